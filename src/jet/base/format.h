@@ -1,0 +1,144 @@
+#pragma once
+
+#include "jet/base/row_id.h"
+
+#include <cstddef>
+#include <cstdint>
+
+namespace jet {
+
+enum class JetVersion : std::uint8_t {
+    Jet3, ///< Access 97: pages of 2048 bytes, text in code page 1252
+    Jet4, ///< Access 2000 to 2003: pages of 4096 bytes, text in UTF-16
+};
+
+enum class PageType : Byte {
+    Header = 0,
+    Data = 1,
+    Definition = 2,
+    IndexNode = 3,
+    IndexLeaf = 4,
+    UsageBitmap = 5,
+    FreedDefinition = 8,
+    FreedData = 9,
+};
+
+inline constexpr PageNumber kHeaderPage = 0;
+inline constexpr PageNumber kGlobalMapPage = 1;
+inline constexpr PageNumber kObjectsPage = 2;       ///< definition of MSysObjects
+inline constexpr PageNumber kAcesPage = 3;          ///< definition of MSysACEs
+inline constexpr PageNumber kQueriesPage = 4;       ///< definition of MSysQueries
+inline constexpr PageNumber kRelationshipsPage = 5; ///< definition of MSysRelationships
+
+inline constexpr std::size_t kMaxColumns = 255;      ///< columns that a table may ever have had
+inline constexpr std::size_t kMaxIndexes = 32;       ///< logical indexes of a table
+inline constexpr std::size_t kMaxIndexColumns = 10;
+inline constexpr std::size_t kMaxNameUnits = 64;     ///< characters (UTF-16 code units) of a name
+inline constexpr std::size_t kMaxTextUnits = 255;    ///< characters of a text column
+inline constexpr std::size_t kMaxRowsPerPage = 255;
+inline constexpr std::size_t kMaxLongValue = (1u << 30) - 1; ///< bytes
+inline constexpr std::size_t kRowPointerSize = 4;
+inline constexpr std::size_t kLongValueHeaderSize = 12;
+inline constexpr std::uint32_t kDefinitionMagic = 1625; ///< Jet 4: in definitions, descriptors, logical indexes
+inline constexpr std::uint32_t kRealIndexMagic = 1923;  ///< Jet 4: in real index blocks
+
+/// Everything in which the two file formats differ, as data. Offsets and sizes are bytes; `kAbsent` marks a field that a
+/// format does not have. Source: pages written by Access 97, 2000 and 2003.
+struct Format {
+    static constexpr std::size_t kAbsent = ~std::size_t{0};
+
+    struct DataPageLayout {
+        std::size_t rowCount;
+        std::size_t slots; ///< the header's size: the first slot begins here
+    };
+    struct UsageMapLayout {
+        std::size_t recordSize;     ///< of a new record, inline or reference form
+        std::size_t bitsPerPage;    ///< pages that one bitmap page (type 5) covers
+    };
+    struct DefinitionLayout {
+        std::size_t length;
+        std::size_t magic;
+        std::size_t rowCount;
+        std::size_t lastAutonumber;
+        std::size_t autonumberStep;
+        std::size_t tableType;
+        std::size_t columnsEver;
+        std::size_t variableColumnsEver;
+        std::size_t columnCount;
+        std::size_t logicalIndexCount;
+        std::size_t realIndexCount;
+        std::size_t ownedPages;
+        std::size_t freeSpacePages;
+        std::size_t sections; ///< where the statistics of the first index begin
+        std::size_t statisticsSize;
+        std::size_t columnSize;
+        std::size_t realIndexSize;
+        std::size_t logicalIndexSize;
+        std::size_t nameLengthSize; ///< bytes of the length before a name
+    };
+    struct ColumnLayout {
+        std::size_t magic;
+        std::size_t number;
+        std::size_t variableIndex;
+        std::size_t position;
+        std::size_t country;   ///< Jet 3: a copy of page 0
+        std::size_t sortOrder; ///< locale id; in numeric columns precision and scale
+        std::size_t codePage;
+        std::size_t sortVersion;
+        std::size_t flags;
+        std::size_t moreFlags;
+        std::size_t fixedOffset;
+        std::size_t size;
+    };
+    struct RealIndexLayout {
+        std::size_t columns; ///< ten slots: column number u16, order u8
+        std::size_t usageMap;
+        std::size_t root;
+        std::size_t flags;
+        Byte alwaysSet; ///< flag bits that every index of the format carries
+    };
+    struct LogicalIndexLayout {
+        std::size_t number;
+        std::size_t realIndex;
+        std::size_t side;
+        std::size_t partnerIndex;
+        std::size_t partnerTable;
+        std::size_t cascadeUpdate;
+        std::size_t cascadeDelete;
+        std::size_t type;
+    };
+    struct IndexPageLayout {
+        std::size_t previous;
+        std::size_t next;
+        std::size_t tail;
+        std::size_t prefixLength;
+        std::size_t prefixLengthSize;
+        std::size_t level;
+        std::size_t mask;
+        std::size_t maskSize;
+        std::size_t entries;
+        std::size_t room; ///< bytes for entries
+    };
+
+    JetVersion version;
+    std::size_t pageSize;
+    PageNumber maxPages;         ///< 1 GB or 2 GB
+    std::size_t textUnitSize;    ///< bytes of a character
+    std::size_t rowNumberSize;   ///< bytes of the counts and offsets in a row
+    std::size_t maxRecordSize;   ///< bytes of a row without its long values
+    std::size_t maxInlineLong;   ///< long values up to this size stay in the row
+    std::size_t maxSingleLong;   ///< ... up to this size in one record of a shared page
+    std::size_t longPartSize;    ///< value bytes of each full record of a chain (without its 4-byte pointer)
+    std::size_t commitCounters;  ///< in page 0: 256 u16 at the page's end
+    DataPageLayout dataPage;
+    UsageMapLayout usageMap;
+    DefinitionLayout definition;
+    ColumnLayout column;
+    RealIndexLayout realIndex;
+    LogicalIndexLayout logicalIndex;
+    IndexPageLayout indexPage;
+};
+
+[[nodiscard]] const Format& FormatOf(JetVersion version) noexcept;
+
+} // namespace jet

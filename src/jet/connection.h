@@ -1,0 +1,48 @@
+#pragma once
+
+#include "jet/base/format.h"
+#include "jet/error.h"
+#include "jet/recordset.h"
+#include "jet/rowset.h"
+
+#include <filesystem>
+#include <memory>
+#include <string_view>
+
+namespace jet {
+
+/// One open database. Everything done since the last Commit() is one unit: after a crash the file is as at that commit.
+/// Destroying the connection without Commit() drops what came after the last one. One thread.
+class Connection {
+public:
+    /// Makes an empty database. It is written under another name beside `path` and takes its place at the first Commit(), so
+    /// that a kill leaves no half-written one. Throws DatabaseExists when `path` exists, InvalidPath.
+    [[nodiscard]] static std::unique_ptr<Connection> Create(const std::filesystem::path& path, JetVersion version);
+    /// Throws FileNotFound, NotADatabase, UnrecognizedFormat, NotAValidPassword, ReadOnly, FileInUse.
+    [[nodiscard]] static std::unique_ptr<Connection> Open(const std::filesystem::path& path);
+    ~Connection();
+    Connection(const Connection&) = delete;
+    Connection& operator=(const Connection&) = delete;
+
+    /// Runs one statement: CREATE TABLE, CREATE [UNIQUE] INDEX ... [WITH PRIMARY], ALTER TABLE (ADD COLUMN, DROP COLUMN, ADD
+    /// CONSTRAINT ... FOREIGN KEY, DROP CONSTRAINT), DROP TABLE, DROP INDEX, DELETE * FROM, UPDATE t SET a = b. A statement
+    /// that fails has changed nothing.
+    void Execute(std::string_view sql);
+    [[nodiscard]] Rowset OpenSchema(SchemaKind kind, const Restrictions& restrictions = {});
+    /// Throws TableNotFound.
+    [[nodiscard]] Recordset OpenTable(std::string_view table);
+
+    void Commit();
+
+    [[nodiscard]] JetVersion Version() const noexcept;
+    /// Tables, queries and relations that can still be made before the format's limit of objects is reached.
+    [[nodiscard]] std::size_t ObjectsLeft();
+
+private:
+    friend class Recordset;
+    class Impl;
+    explicit Connection(std::unique_ptr<Impl> impl);
+    std::unique_ptr<Impl> impl_;
+};
+
+} // namespace jet

@@ -1,0 +1,77 @@
+#pragma once
+
+#include "jet/base/value.h"
+
+#include <cstddef>
+#include <cstdint>
+#include <memory>
+#include <optional>
+#include <string>
+#include <string_view>
+
+namespace jet {
+
+/// An updatable view of one table: rows one after another, and one record at a time that is being added.
+///
+/// Fields are addressed by position, 0-based in the order of the table's columns; Generation() tells when positions and field
+/// count have changed (a column was added or dropped through any path on the connection).
+class Recordset {
+public:
+    enum class State { Closed = 0, Open = 1 };
+
+    ~Recordset();
+    Recordset(Recordset&&) noexcept;
+    Recordset& operator=(Recordset&&) noexcept;
+
+    [[nodiscard]] const std::string& Source() const noexcept; ///< the table's name
+    [[nodiscard]] State GetState() const noexcept;
+    void Close(); ///< drops a pending record
+
+    // Fields.
+
+    [[nodiscard]] std::uint64_t Generation() const noexcept;
+    [[nodiscard]] std::size_t FieldCount() const;
+    [[nodiscard]] const std::string& FieldName(std::size_t field) const;
+    /// Position of the field of exactly this name, letter case included; nullopt when there is none.
+    [[nodiscard]] std::optional<std::size_t> FieldIndex(std::string_view name) const;
+    [[nodiscard]] bool IsMemo(std::size_t field) const;
+    /// Of the pending record, else of the current one. Reading the autonumber of a pending record gives it its number.
+    [[nodiscard]] Value Get(std::size_t field);
+
+    // A record being added.
+
+    void AddNew();
+    [[nodiscard]] bool IsPending() const noexcept;
+    /// Text, converted to the column's type. Throws FieldTooSmall (3163), WrongType (3421); the field keeps its value then.
+    void SetText(std::size_t field, std::string_view utf8);
+    void SetLong(std::size_t field, std::int32_t value);
+    void Set(std::size_t field, const Value& value);
+    /// Saves the pending record, which becomes the current one. Throws and stays pending when the engine refuses it
+    /// (DuplicateKey, RelatedRecordRequired, RecordTooLarge ...).
+    void Update();
+    /// Drops the pending record; its autonumber is given back when it was the last.
+    void CancelUpdate();
+    /// Deletes the current record; of a pending one the same as CancelUpdate().
+    void Delete();
+    /// The primary key's or any autonumber of the record last saved; nullopt when the table has none.
+    [[nodiscard]] std::optional<std::int32_t> LastAutonumber() const noexcept;
+    /// A token for the record last saved, by which it can be deleted later.
+    [[nodiscard]] std::uint64_t Bookmark() const noexcept;
+    void DeleteBookmark(std::uint64_t bookmark);
+    /// Characters that did not exist in the file's code page and became "?" since the recordset was opened (Access 97).
+    [[nodiscard]] std::size_t ReplacedCharacters() const noexcept;
+
+    // Walking.
+
+    [[nodiscard]] bool Eof();
+    void MoveFirst();
+    void MoveNext();
+
+private:
+    friend class Connection;
+    class Impl;
+    explicit Recordset(std::unique_ptr<Impl> impl);
+    std::unique_ptr<Impl> impl_;
+};
+
+} // namespace jet

@@ -1,0 +1,74 @@
+#pragma once
+
+#include "jet/base/format.h"
+#include "jet/store/pager.h"
+
+#include <optional>
+
+namespace jet {
+
+/// What a slot of a data page holds.
+enum class SlotState { Row, Moved, MovedHere, Deleted };
+
+/// The rows of one data page. A view: it owns nothing and is cheap to copy.
+///
+///   Jet 4  Jet 3  size  field (little-endian)
+///       0      0     1  page type, 0x01
+///       2      2     2  free bytes between the slots and the lowest row
+///       4      4     4  page number of the owning table definition; "LVAL"; 0 on pages of usage maps
+///       8      -     4  on the first page of a long value's chain its tag, else 0
+///      12      8     2  number of slots, n
+///      14     10   2*n  slots: byte offset of each row, flags in the top bits
+///
+/// Invariant: rows fill the page from its end downwards; row i ends where row i-1 begins.
+/// Source: pages written by Access 97, 2000 and 2003.
+class DataPage {
+public:
+    /// Views `page`, one whole page of type 0x01; `number` is for messages only. Throws CorruptPage when the slots overrun
+    /// the page.
+    DataPage(ByteSpan page, PageNumber number, const Format& format);
+
+    [[nodiscard]] std::size_t SlotCount() const noexcept { return slotCount_; }
+    [[nodiscard]] std::uint32_t Owner() const noexcept { return LoadU32(page_, 4); }
+    [[nodiscard]] std::size_t FreeBytes() const noexcept { return LoadU16(page_, 2); }
+    [[nodiscard]] SlotState State(std::size_t slot) const noexcept;
+    /// The bytes in `slot` (0 to SlotCount() - 1), whatever its state; of a moved row its 4-byte new address first.
+    /// Throws CorruptPage when the slot points outside the page.
+    [[nodiscard]] ByteSpan Row(std::size_t slot) const;
+
+private:
+    ByteSpan page_;
+    PageNumber number_;
+    const Format* format_;
+    std::size_t slotCount_;
+};
+
+/// Changes to one data page. Row numbers stay with their rows for life: a deleted slot is not given out again.
+class DataPageEditor {
+public:
+    DataPageEditor(const MutablePageRef& page, const Format& format);
+
+    /// Makes an empty data page of a zeroed one.
+    static void MakeEmpty(const MutablePageRef& page, const Format& format, std::uint32_t owner);
+
+    [[nodiscard]] DataPage View() const;
+    /// Is there room for a new row of `size` bytes, its slot included?
+    [[nodiscard]] bool Fits(std::size_t size) const;
+    /// Appends a row of `size` bytes and gives its slot; the bytes, not yet written, are RowBytes(slot).
+    std::uint8_t Append(std::size_t size, SlotState state = SlotState::Row);
+    [[nodiscard]] MutableBytes RowBytes(std::size_t slot);
+    /// Gives `slot` another size: the rows behind it are shifted, its content up to the smaller size stays. False, and nothing
+    /// changed, when the page has no room.
+    [[nodiscard]] bool Resize(std::size_t slot, std::size_t size);
+    void SetState(std::size_t slot, SlotState state);
+    /// Marks the slot deleted and takes its bytes back.
+    void Delete(std::size_t slot);
+
+private:
+    MutablePageRef page_;
+    const Format* format_;
+};
+
+inline constexpr std::uint32_t kLongValueOwner = 0x4C41564C; ///< "LVAL"
+
+} // namespace jet

@@ -1,0 +1,34 @@
+#pragma once
+
+#include "jet/base/bytes.h"
+
+#include <cstdint>
+#include <filesystem>
+#include <memory>
+
+namespace jet {
+
+/// The seam to the operating system: one open file. Tests put a failing one in its place.
+class File {
+public:
+    virtual ~File() = default;
+
+    /// Fills `out` from byte `offset`; throws Error (DiskError) when the file ends before.
+    virtual void ReadAt(std::uint64_t offset, MutableBytes out) = 0;
+    /// Throws Error: DiskFull or DiskError.
+    virtual void WriteAt(std::uint64_t offset, ByteSpan bytes) = 0;
+    [[nodiscard]] virtual std::uint64_t Size() = 0;
+    virtual void Truncate(std::uint64_t size) = 0;
+    /// Everything written is on the disk when this returns.
+    virtual void Sync() = 0;
+};
+
+enum class OpenMode {
+    ReadWrite,
+    CreateNew, ///< fails when the file exists
+};
+
+/// Opens a real file. Throws Error: FileNotFound, DatabaseExists, ReadOnly, InvalidPath.
+[[nodiscard]] std::unique_ptr<File> OpenFile(const std::filesystem::path& path, OpenMode mode);
+
+} // namespace jet

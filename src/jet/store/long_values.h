@@ -1,0 +1,39 @@
+#pragma once
+
+#include "jet/base/row_id.h"
+#include "jet/store/pager.h"
+#include "jet/store/usage_map.h"
+
+#include <string_view>
+
+namespace jet {
+
+/// The long values (memo, OLE) of one column of one table: in the row itself, in a record of a shared LVAL page, or in a chain
+/// of such pages.
+///
+///   field in the row: u32 length and form (top bits: 0x80 inline, 0x40 single, 0 chain) · row pointer · tag · inline bytes
+class LongValues {
+public:
+    LongValues(Pager& pager, RowId ownedPages, RowId freeSpacePages);
+
+    /// Stores `value` and appends its field (12 bytes, plus the value when it stays inline) to `field`. `mayStayInline` is
+    /// false for values that must have a record of their own. Throws RecordTooLarge over kMaxLongValue bytes.
+    void Write(ByteSpan value, Bytes& field, bool mayStayInline = true);
+    /// The same for a value whose inline form and stored form differ (a memo is compressed only in the row): stored inline
+    /// as `inlineForm` when `value` has at most the format's maxInlineLong bytes.
+    void Write(ByteSpan value, ByteSpan inlineForm, Bytes& field);
+    /// The value's bytes. Throws CorruptPage when the chain is broken, too long or goes round.
+    [[nodiscard]] static Bytes Read(Pager& pager, ByteSpan field, PageNumber rowPage);
+    /// Deletes the records that `field` names; pages that hold nothing else are freed.
+    void Delete(ByteSpan field);
+    /// Frees all pages of the column.
+    void DeleteAll();
+
+private:
+    Pager* pager_;
+    UsageMap owned_;
+    UsageMap freeSpace_;
+    PageNumber lastPage_ = 0; ///< where the next small value is tried first
+};
+
+} // namespace jet

@@ -1,0 +1,35 @@
+#pragma once
+
+#include "jet/table/table_def.h"
+
+#include <optional>
+#include <vector>
+
+namespace jet {
+
+/// The values of one record, in stored form, by column index (position in TableDef::columns, 0-based). All bytes lie in one
+/// buffer that is kept from record to record. A memo or OLE value is held as its resolved bytes.
+class Record {
+public:
+    /// All fields Null (booleans False), for `columnCount` columns.
+    void Reset(std::size_t columnCount);
+    [[nodiscard]] std::size_t ColumnCount() const noexcept { return fields_.size(); }
+
+    void SetNull(std::size_t column);
+    void SetStored(std::size_t column, ByteSpan stored);
+    /// Room for `size` bytes in the buffer that become the field's value; to be filled at once.
+    [[nodiscard]] MutableBytes SetSized(std::size_t column, std::size_t size);
+    [[nodiscard]] bool IsNull(std::size_t column) const noexcept { return fields_[column].size == kNull; }
+    [[nodiscard]] std::optional<ByteSpan> Stored(std::size_t column) const noexcept;
+
+private:
+    static constexpr std::size_t kNull = ~std::size_t{0};
+    struct Field {
+        std::size_t begin = 0;
+        std::size_t size = kNull;
+    };
+    std::vector<Field> fields_;
+    Bytes buffer_;
+};
+
+} // namespace jet

@@ -1,0 +1,120 @@
+#pragma once
+
+#include "jet/index/index_tree.h"
+#include "jet/store/long_values.h"
+#include "jet/table/record.h"
+#include "jet/table/table_def.h"
+
+#include <functional>
+#include <memory>
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace jet {
+
+class Table;
+
+/// What relations ask to be told of. Called before anything is changed; throws to refuse. Cascades act from inside.
+class RowHook {
+public:
+    virtual ~RowHook() = default;
+    virtual void BeforeInsert(Table& table, const Record& record) = 0;
+    virtual void BeforeUpdate(Table& table, RowId row, const Record& before, const Record& after) = 0;
+    virtual void BeforeDelete(Table& table, RowId row, const Record& before) = 0;
+};
+
+/// A column as a statement asks for it.
+struct ColumnSpec {
+    std::string name;
+    ColumnType type = ColumnType::Text;
+    std::size_t characters = kMaxTextUnits; ///< text
+    bool autonumber = false;
+    bool required = false; ///< NOT NULL: a property of the table in the catalog, not part of the descriptor
+};
+
+/// An index as a statement asks for it.
+struct IndexSpec {
+    std::string name;
+    std::vector<std::pair<std::string, SortOrder>> columns;
+    bool unique = false;
+    bool primary = false;
+};
+
+/// One open table: its definition, rows, long values and indexes. One object per table and connection; recordsets share it.
+///
+/// Row count, autonumber and index statistics are kept in memory and reach the definition page by FlushCounters().
+class Table {
+public:
+    Table(Pager& pager, PageNumber definitionPage, std::string name);
+    ~Table();
+    Table(const Table&) = delete;
+    Table& operator=(const Table&) = delete;
+
+    /// A new, empty table of the columns given: definition page, then map page. Throws TooManyFields, FieldDefinedTwice,
+    /// TwoAutoNumbers, InvalidName.
+    [[nodiscard]] static PageNumber Create(Pager& pager, const std::vector<ColumnSpec>& columns);
+
+    [[nodiscard]] const std::string& Name() const noexcept { return name_; }
+    [[nodiscard]] const TableDef& Definition() const noexcept { return def_; }
+    [[nodiscard]] Pager& GetPager() const noexcept { return *pager_; }
+    /// Counts the changes of the columns: whoever keeps column indexes looks them up anew when it has moved.
+    [[nodiscard]] std::uint64_t Generation() const noexcept { return generation_; }
+    void SetHook(RowHook* hook) noexcept { hook_ = hook; }
+    void SetRequired(std::size_t column, bool required) { def_.columns[column].required = required; }
+
+    // Rows. A row is named by its home slot, which never changes.
+
+    /// Throws DuplicateKey, NullInPrimaryKey, FieldRequired, RecordTooLarge, and what the hook throws; nothing is changed then.
+    RowId Insert(const Record& record);
+    /// Replaces all values of `row`.
+    void Update(RowId row, const Record& record);
+    void Delete(RowId row);
+    /// All values; long values resolved.
+    void Read(RowId row, Record& record) const;
+    [[nodiscard]] Value Get(const Record& record, std::size_t column) const;
+    /// The next autonumber, which from now on counts as given.
+    [[nodiscard]] std::int32_t TakeAutonumber();
+    /// Gives `number` back when it is the last one given.
+    void ReturnAutonumber(std::int32_t number) noexcept;
+
+    /// First live row behind `after` in storage order (nullopt: from the start); nullopt at the end. Rows may be changed and
+    /// deleted while walking.
+    [[nodiscard]] std::optional<RowId> NextRow(std::optional<RowId> after) const;
+
+    // Keys.
+
+    /// The key of `record` in real index `index` (0-based); nullopt when the index leaves such a record out.
+    [[nodiscard]] std::optional<Bytes> KeyOf(std::size_t index, const Record& record) const;
+    [[nodiscard]] IndexTree& Tree(std::size_t index) const;
+
+    // Structure.
+
+    void AddColumn(const ColumnSpec& column);
+    void DropColumn(std::string_view name);
+    /// Fills the index from the rows. Throws IndexExists, PrimaryKeyExists, TooManyIndexes, NoSuchField, DuplicateKey,
+    /// NullInPrimaryKey.
+    void CreateIndex(const IndexSpec& index);
+    /// Removes a logical index, and its real one when no other uses it.
+    void DropIndex(std::string_view name);
+    /// Adds one side of a relation; gives the new entry's number. On the referencing side the real index on exactly `columns` is
+    /// shared, or made when there is none. The partner's number may be set later.
+    std::uint32_t AddRelationIndex(LogicalIndex entry, const std::vector<std::uint16_t>& columns);
+    void SetPartner(std::uint32_t indexNumber, std::uint32_t partnerIndex);
+    /// Writes the table anew with column numbers from 0, as compacting does. Row ids change.
+    void Renumber();
+    /// Frees everything that belongs to the table.
+    void Destroy();
+    void FlushCounters();
+
+private:
+    struct Parts;
+    Pager* pager_;
+    std::string name_;
+    TableDef def_;
+    std::uint64_t generation_ = 0;
+    RowHook* hook_ = nullptr;
+    std::unique_ptr<Parts> parts_; ///< trees, long-value stores, insert position
+};
+
+} // namespace jet

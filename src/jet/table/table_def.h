@@ -1,0 +1,111 @@
+#pragma once
+
+#include "jet/base/format.h"
+#include "jet/base/value.h"
+#include "jet/index/index_key.h"
+#include "jet/store/pager.h"
+
+#include <array>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace jet {
+
+namespace column_flags {
+inline constexpr Byte kFixed = 0x01;      ///< the value lies in the fixed area
+inline constexpr Byte kUpdatable = 0x02;  ///< set in every column
+inline constexpr Byte kAutonumber = 0x04;
+inline constexpr Byte kSystem = 0x10;     ///< column of one of the four basic system tables
+inline constexpr Byte kOwnerId = 0x20;    ///< holds owner ids
+inline constexpr Byte kHyperlink = 0x80;
+} // namespace column_flags
+
+inline constexpr Byte kMoreFlagsCompressed = 0x01; ///< Jet 4 text: stored compressed where that is possible
+
+/// One column, as its descriptor says. `raw` keeps the descriptor's bytes, so that what we do not know survives.
+struct Column {
+    std::string name; ///< UTF-8
+    ColumnType type = ColumnType::Long;
+    std::uint16_t number = 0;        ///< permanent; its bit in the null mask
+    std::uint16_t variableIndex = 0; ///< place in a row's variable offset table
+    std::uint16_t position = 0;      ///< display order
+    Byte flags = 0;
+    Byte moreFlags = 0;
+    std::uint16_t fixedOffset = 0; ///< from the first byte of the fixed area
+    std::uint16_t size = 0;        ///< bytes
+    Collation collation;
+    std::uint8_t precision = 0, scale = 0; ///< numeric
+    RowId longValueOwned, longValueFree;   ///< usage maps of a memo or OLE column
+    bool required = false;                 ///< from the table's properties
+    std::array<Byte, 25> raw{};
+
+    [[nodiscard]] bool IsFixed() const noexcept { return flags & column_flags::kFixed; }
+    [[nodiscard]] bool IsAutonumber() const noexcept { return flags & column_flags::kAutonumber; }
+};
+
+namespace index_flags {
+inline constexpr Byte kUnique = 0x01;
+inline constexpr Byte kIgnoreNulls = 0x02;
+inline constexpr Byte kRequired = 0x08;
+} // namespace index_flags
+
+struct IndexColumn {
+    std::uint16_t column = 0; ///< the column's permanent number
+    SortOrder order = SortOrder::Ascending;
+};
+
+/// A tree.
+struct RealIndex {
+    std::uint32_t entriesAtBuild = 0;
+    std::uint32_t distinctKeys = 0;
+    std::vector<IndexColumn> columns;
+    RowId usageMap;
+    PageNumber root = 0;
+    Byte flags = 0;
+
+    [[nodiscard]] bool IsUnique() const noexcept { return flags & index_flags::kUnique; }
+};
+
+enum class IndexType : Byte { Plain = 0, Primary = 1, Relation = 2 };
+enum class RelationSide : Byte { None = 0, Referenced = 1, Referencing = 2 };
+enum class DeleteRule : Byte { NoAction = 0, Cascade = 1, SetNull = 2 };
+
+/// A name and a purpose, tied to a real index.
+struct LogicalIndex {
+    std::string name;
+    std::uint32_t number = 0;    ///< unique in the table
+    std::uint32_t realIndex = 0; ///< 0-based position
+    IndexType type = IndexType::Plain;
+    RelationSide side = RelationSide::None;
+    std::uint32_t partnerIndex = 0xFFFFFFFF; ///< index number in the other table
+    PageNumber partnerTable = 0;             ///< definition page of the other table
+    bool cascadeUpdates = false;
+    DeleteRule onDelete = DeleteRule::NoAction;
+};
+
+/// A table definition: a chain of pages of type 2, read as one stream.
+struct TableDef {
+    std::vector<PageNumber> pages; ///< the chain; the first is the table's id
+    std::uint32_t rowCount = 0;
+    std::uint32_t lastAutonumber = 0;
+    Byte tableType = 0x4E; ///< 'N' user table, 'S' basic system table
+    std::uint16_t columnsEver = 0;
+    std::uint16_t variableColumnsEver = 0;
+    RowId ownedPages, freeSpacePages;
+    std::vector<Column> columns;          ///< in the file's order
+    std::vector<RealIndex> realIndexes;
+    std::vector<LogicalIndex> logicalIndexes; ///< in name order, as keys of the default sort order
+
+    [[nodiscard]] std::optional<std::size_t> ColumnIndex(std::string_view name) const; ///< as the sort order compares
+    [[nodiscard]] std::optional<std::size_t> ColumnByNumber(std::uint16_t number) const noexcept;
+    [[nodiscard]] const LogicalIndex* PrimaryKey() const noexcept;
+};
+
+/// Throws CorruptPage.
+[[nodiscard]] TableDef ReadTableDef(Pager& pager, PageNumber page);
+/// Writes `def` over its chain, which grows or shrinks as needed (`def.pages` follows).
+void WriteTableDef(Pager& pager, TableDef& def);
+
+} // namespace jet

@@ -1,0 +1,56 @@
+#pragma once
+
+#include "log/host.h"
+#include "log/run_flags.h"
+#include "log/runtime_error.h"
+
+#include <cstdio>
+#include <functional>
+#include <memory>
+#include <string>
+#include <string_view>
+
+namespace velmora {
+
+/// The record of what a run did: the protocol text, newest line first, and, while a file is open, the protocol file.
+class ProtocolLog {
+public:
+    /// `commandLine` builds the command line that reproduces the current settings; asked for in error reports only.
+    ProtocolLog(RunFlags& flags, Host& host, std::function<std::string()> commandLine);
+    ~ProtocolLog();
+    ProtocolLog(const ProtocolLog&) = delete;
+    ProtocolLog& operator=(const ProtocolLog&) = delete;
+
+    /// Appends to the file at `path` (UTF-8 name) from now on; it is made when missing. Throws RuntimeError.
+    void OpenFile(const std::string& path);
+    void CloseFile();
+    [[nodiscard]] bool IsFileOpen() const noexcept { return file_ != nullptr; }
+
+    /// One line for the user: time stamp, a blank, `text`. Stands first in Text(), and in the file when `alsoToFile`.
+    void ProtocolAppend(std::string_view text, bool alsoToFile = true);
+    /// One line for the developer: only with blDebug, only to the file.
+    void Trace(std::string_view text);
+    [[nodiscard]] bool IsTracing() const noexcept { return flags_.blDebug && file_ != nullptr; }
+    /// One line into the file when it is open. A failing write is an error of the run, reported once.
+    void WriteProtocolFile(std::string_view text);
+    /// The error report: the line, the block in the file, the message box unless quiet; sets blAbort.
+    void ErrorReport(std::string_view procedureName, std::string_view statement, const RuntimeError& error);
+
+    [[nodiscard]] const std::string& Text() const; ///< txtPROT: newest line first, lines end in CR LF
+    void ClearText();
+    [[nodiscard]] RunFlags& Flags() noexcept { return flags_; }
+    [[nodiscard]] Host& GetHost() noexcept { return host_; }
+    /// Number of error reports since the last ClearText().
+    [[nodiscard]] int ErrorCount() const noexcept { return errorCount_; }
+
+private:
+    RunFlags& flags_;
+    Host& host_;
+    std::function<std::string()> commandLine_;
+    std::FILE* file_ = nullptr;
+    std::string lines_; ///< oldest first; Text() turns it round
+    mutable std::string text_;
+    int errorCount_ = 0;
+};
+
+} // namespace velmora

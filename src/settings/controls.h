@@ -1,0 +1,58 @@
+#pragma once
+
+#include <string>
+#include <vector>
+
+namespace velmora {
+
+enum class CheckState { Unchecked = 0, Checked = 1, Grey = 2 };
+
+struct CheckControl {
+    CheckState value = CheckState::Unchecked;
+    bool enabled = true;
+    bool visible = true;
+    [[nodiscard]] bool Checked() const noexcept { return value == CheckState::Checked; }
+};
+
+struct TextControl {
+    std::string text; ///< UTF-8
+    bool enabled = true;
+};
+
+struct ComboControl {
+    std::vector<std::string> items;
+    std::size_t selected = 0;
+    bool enabled = true;
+    [[nodiscard]] const std::string& Text() const { return items[selected]; }
+};
+
+/// The state of the main window's controls: the single place where a user or the command line sets an option. A window binds its
+/// widgets to this data both ways; without a window the data is all there is. Members bear the controls' own names.
+struct Controls {
+    TextControl txtFILE_XML, txtFILE_XML_RENAMED, txtXML_URL, txtXML_USER, txtXML_PASSWORD;
+    TextControl txtFILE_MDB, txtFILE_TXT, txtFILE_LOG, txtFILE_MAPPING, txtDELIMITER;
+    ComboControl cboDatabase{{"Access 2000", "Access 97"}};
+    int tabSourceType = 0; ///< 0 local file, 1 URL
+    int tabMain = 0;       ///< selected page of the main window, 0 = "Converter"
+
+    CheckControl chkRecreateDatabase{CheckState::Checked}, chkCreateTableRelations{CheckState::Checked};
+    CheckControl chkExtendMDB{CheckState::Checked}, chkImportAttributes{CheckState::Checked};
+    CheckControl chkEmptyTables, chkQuiet, chkOneTablePerElement, chkSkipEmptyWrappingTags, chkEnableTagMapping;
+    CheckControl chkDebug{CheckState::Unchecked, true, false};
+    CheckControl chkAPPEND{CheckState::Checked}, chkEXPORT_COLUMN_NAMES{CheckState::Checked};
+
+    TextControl txtATTR_PREFIX{"attr_"}, txtKEY_PRIMARY{"PKEY"}, txtKEY_FOREIGN{"FKEY"};
+    TextControl txtTABLE_PREFIX, txtTABLE_SUFFIX;
+
+    std::string btnConvertCaption = "Convert"; ///< "Working..." while a run is going on
+    bool btnConvertEnabled = true;
+    std::string btnQuitCaption = "Exit"; ///< "Cancel" while a run is going on
+    bool optionsEnabled = true;
+    std::string txtXML;     ///< structure description
+    std::string lblVersion;
+
+    /// What depends on what: with "Re-create database" checked, extending and emptying are disabled, and so on.
+    void UpdateEnabled();
+};
+
+} // namespace velmora

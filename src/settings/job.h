@@ -1,0 +1,29 @@
+#pragma once
+
+#include "log/procedure.h"
+#include "log/protocol_log.h"
+#include "settings/controls.h"
+#include "settings/conversion_settings.h"
+
+namespace velmora {
+
+/// What a whole run shares. Made by the application, handed down by reference.
+struct Job {
+    explicit Job(Host& theHost);
+    Job(const Job&) = delete;
+    Job& operator=(const Job&) = delete;
+
+    Host& host;
+    Controls controls;
+    ConversionSettings settings;
+    ProtocolLog log; ///< refers to `settings` and `controls`
+};
+
+/// See Procedure in log/procedure.h.
+template <class Body>
+bool Procedure(Job& job, std::string_view name, Body&& body)
+{
+    return Procedure(job.log, name, {}, std::forward<Body>(body));
+}
+
+} // namespace velmora

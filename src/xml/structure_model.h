@@ -1,0 +1,56 @@
+#pragma once
+
+#include "settings/conversion_settings.h"
+#include "xml/document.h"
+
+#include <cstdint>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace velmora {
+
+/// Content kinds of an element.
+inline constexpr std::int32_t kNumericContent = 131; ///< also for empty content
+inline constexpr std::int32_t kTextContent = 12;
+
+/// What is known of one distinct element (or attribute) path.
+struct ElementInfo {
+    PathId strPath = PathTree::kNoPath; ///< the key; its text with a closing "/" is made by StructureModel::PathText
+    std::int32_t lngMaxChildren = 0;    ///< largest number of child elements seen in one occurrence
+    std::int32_t lngColumns = 0;        ///< data columns of its table; set by the schema builder
+    std::int32_t lngMaxTwins = 0;       ///< most siblings with the same tag, itself not counted; over 0: a repeated leaf
+    std::int32_t lngAttributes = 0;     ///< attributes of the first occurrence
+    std::int32_t intLevel = 0;          ///< nesting depth, 0 for the document element
+    std::string strName;                ///< tag, or attribute prefix and name; may get a suffix "_L" n
+    bool blSharedTable = false;         ///< shares one table with other elements of the same name
+    double dblMaxSize = 0;              ///< numeric content: largest value; text: a length in characters
+    std::int32_t lngDataType = kNumericContent;
+    std::int32_t lngTableNo = 0; ///< elements that share a table share the number; 0: none given
+};
+
+/// The structure of one document: one ElementInfo per distinct path, in order of first appearance, numbered from 1 (element 0
+/// stays empty). A parent stands before its children, an element before its attributes.
+class StructureModel {
+public:
+    StructureModel() : elements_(1) {}
+
+    [[nodiscard]] std::size_t UpperBound() const noexcept { return elements_.size() - 1; }
+    [[nodiscard]] ElementInfo& Element(std::size_t number) { return elements_[number]; }
+    [[nodiscard]] const ElementInfo& Element(std::size_t number) const { return elements_[number]; }
+    /// Number of the entry for `path`, 0 when there is none. O(1).
+    [[nodiscard]] std::size_t Find(PathId path) const noexcept { return path < byPath_.size() ? byPath_[path] : 0; }
+    std::size_t Append(ElementInfo info);
+
+    std::int32_t lngRecordEstimate = 0; ///< approximate number of records that the import will write
+    std::int32_t lngProgressMax = 0;
+
+private:
+    std::vector<ElementInfo> elements_;
+    std::vector<std::size_t> byPath_;
+};
+
+/// Does the entry stand for a table? Every other is a column of the nearest table above it.
+[[nodiscard]] bool IsTableElement(const ElementInfo& info, const ConversionSettings& settings) noexcept;
+
+} // namespace velmora
