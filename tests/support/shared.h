@@ -1,0 +1,50 @@
+#pragma once
+
+#include <filesystem>
+#include <gtest/gtest.h>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace velmora::testing {
+
+/// The folder with the shared corpus and checker, from the environment variable VELMORA_SHARED; nullopt when that is
+/// unset or empty. Throws std::runtime_error when it names something that is not a folder, so that a wrong setting
+/// fails instead of skipping.
+[[nodiscard]] std::optional<std::filesystem::path> SharedFolder();
+
+/// Gives `variable` the shared folder, or ends the test: skipped when VELMORA_SHARED is unset, failed when it is wrong.
+#define REQUIRE_SHARED(variable)                                                                                       \
+    if (!::velmora::testing::SharedFolder())                                                                           \
+        GTEST_SKIP() << "skipped: VELMORA_SHARED is not set (the folder with the shared corpus and checker)";          \
+    const std::filesystem::path variable = *::velmora::testing::SharedFolder()
+
+/// A new empty folder below the system's folder for temporary files; removed with everything in it at the end.
+class TempFolder {
+public:
+    TempFolder();
+    ~TempFolder();
+    TempFolder(const TempFolder&) = delete;
+    TempFolder& operator=(const TempFolder&) = delete;
+
+    [[nodiscard]] const std::filesystem::path& Path() const noexcept { return path_; }
+    [[nodiscard]] std::filesystem::path operator/(const std::filesystem::path& name) const { return path_ / name; }
+
+private:
+    std::filesystem::path path_;
+};
+
+/// Writes `content` to `path`, byte for byte, in place of what was there. Throws when that fails.
+void WriteFile(const std::filesystem::path& path, std::string_view content);
+/// The bytes of `path`. Throws when it cannot be read.
+[[nodiscard]] std::string ReadFile(const std::filesystem::path& path);
+
+/// Runs the shared checker on databases and fails with its report when it finds anything wrong in one of them. One call
+/// for many files is much quicker than many calls. Succeeds without checking when VELMORA_SHARED is unset.
+[[nodiscard]] ::testing::AssertionResult ExpectSound(const std::vector<std::filesystem::path>& files);
+[[nodiscard]] ::testing::AssertionResult ExpectSound(const std::filesystem::path& file);
+
+#define EXPECT_SOUND(file) EXPECT_TRUE(::velmora::testing::ExpectSound(file))
+
+} // namespace velmora::testing
