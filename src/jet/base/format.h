@@ -30,20 +30,23 @@ inline constexpr PageNumber kAcesPage = 3;          ///< definition of MSysACEs
 inline constexpr PageNumber kQueriesPage = 4;       ///< definition of MSysQueries
 inline constexpr PageNumber kRelationshipsPage = 5; ///< definition of MSysRelationships
 
-inline constexpr std::size_t kMaxColumns = 255;      ///< columns that a table may ever have had
-inline constexpr std::size_t kMaxIndexes = 32;       ///< logical indexes of a table
+inline constexpr std::size_t kMaxColumns = 255; ///< columns that a table may ever have had
+inline constexpr std::size_t kMaxIndexes = 32;  ///< logical indexes of a table
 inline constexpr std::size_t kMaxIndexColumns = 10;
-inline constexpr std::size_t kMaxNameUnits = 64;     ///< characters (UTF-16 code units) of a name
-inline constexpr std::size_t kMaxTextUnits = 255;    ///< characters of a text column
+inline constexpr std::size_t kMaxNameUnits = 64;  ///< characters (UTF-16 code units) of a name
+inline constexpr std::size_t kMaxTextUnits = 255; ///< characters of a text column
 inline constexpr std::size_t kMaxRowsPerPage = 255;
 inline constexpr std::size_t kMaxLongValue = (1u << 30) - 1; ///< bytes
 inline constexpr std::size_t kRowPointerSize = 4;
 inline constexpr std::size_t kLongValueHeaderSize = 12;
+inline constexpr std::size_t kInlineMapBits = 5;        ///< where the bitmap begins in an inline usage map
+inline constexpr std::size_t kReferenceMapEntries = 1;  ///< where the page numbers begin in a reference usage map
+inline constexpr std::size_t kBitmapPageBits = 4;       ///< where the bitmap begins in a page of type UsageBitmap
 inline constexpr std::uint32_t kDefinitionMagic = 1625; ///< Jet 4: in definitions, descriptors, logical indexes
 inline constexpr std::uint32_t kRealIndexMagic = 1923;  ///< Jet 4: in real index blocks
 
-/// Everything in which the two file formats differ, as data. Offsets and sizes are bytes; `kAbsent` marks a field that a
-/// format does not have. Source: pages written by Access 97, 2000 and 2003.
+/// Everything in which the two file formats differ, as data. Offsets and sizes are bytes; `kAbsent` marks a field that
+/// a format does not have. Source: pages written by Access 97, 2000 and 2003.
 struct Format {
     static constexpr std::size_t kAbsent = ~std::size_t{0};
 
@@ -52,8 +55,8 @@ struct Format {
         std::size_t slots; ///< the header's size: the first slot begins here
     };
     struct UsageMapLayout {
-        std::size_t recordSize;     ///< of a new record, inline or reference form
-        std::size_t bitsPerPage;    ///< pages that one bitmap page (type 5) covers
+        std::size_t recordSize;  ///< of a new record, inline or reference form
+        std::size_t bitsPerPage; ///< pages that one bitmap page (type 5) covers
     };
     struct DefinitionLayout {
         std::size_t length;
@@ -122,14 +125,14 @@ struct Format {
 
     JetVersion version;
     std::size_t pageSize;
-    PageNumber maxPages;         ///< 1 GB or 2 GB
-    std::size_t textUnitSize;    ///< bytes of a character
-    std::size_t rowNumberSize;   ///< bytes of the counts and offsets in a row
-    std::size_t maxRecordSize;   ///< bytes of a row without its long values
-    std::size_t maxInlineLong;   ///< long values up to this size stay in the row
-    std::size_t maxSingleLong;   ///< ... up to this size in one record of a shared page
-    std::size_t longPartSize;    ///< value bytes of each full record of a chain (without its 4-byte pointer)
-    std::size_t commitCounters;  ///< in page 0: 256 u16 at the page's end
+    PageNumber maxPages;        ///< 1 GB or 2 GB
+    std::size_t textUnitSize;   ///< bytes of a character
+    std::size_t rowNumberSize;  ///< bytes of the counts and offsets in a row
+    std::size_t maxRecordSize;  ///< bytes of a row without its long values
+    std::size_t maxInlineLong;  ///< long values up to this size stay in the row
+    std::size_t maxSingleLong;  ///< ... up to this size in one record of a shared page
+    std::size_t longPartSize;   ///< value bytes of each full record of a chain (without its 4-byte pointer)
+    std::size_t commitCounters; ///< in page 0: 256 u16 at the page's end
     DataPageLayout dataPage;
     UsageMapLayout usageMap;
     DefinitionLayout definition;

@@ -1,7 +1,7 @@
 #pragma once
 
 #include "jet/base/format.h"
-#include "jet/store/pager.h"
+#include "jet/store/page_cache.h"
 
 #include <optional>
 
@@ -24,19 +24,32 @@ enum class SlotState { Row, Moved, MovedHere, Deleted };
 /// Source: pages written by Access 97, 2000 and 2003.
 class DataPage {
 public:
-    /// Views `page`, one whole page of type 0x01; `number` is for messages only. Throws CorruptPage when the slots overrun
-    /// the page.
+    /// Views `page`, one whole page of type 0x01; `number` is for messages only. Throws CorruptPage when the slots
+    /// overrun the page.
     DataPage(ByteSpan page, PageNumber number, const Format& format);
 
     [[nodiscard]] std::size_t SlotCount() const noexcept { return slotCount_; }
     [[nodiscard]] std::uint32_t Owner() const noexcept { return LoadU32(page_, 4); }
-    [[nodiscard]] std::size_t FreeBytes() const noexcept { return LoadU16(page_, 2); }
+    /// Bytes between the slots and the lowest row, as they are (the page's own count may be wrong in a damaged file).
+    /// Throws CorruptPage when the two overlap.
+    [[nodiscard]] std::size_t FreeBytes() const;
     [[nodiscard]] SlotState State(std::size_t slot) const noexcept;
     /// The bytes in `slot` (0 to SlotCount() - 1), whatever its state; of a moved row its 4-byte new address first.
     /// Throws CorruptPage when the slot points outside the page.
     [[nodiscard]] ByteSpan Row(std::size_t slot) const;
+    /// Is there room for a new row of `size` bytes, its slot included? Throws CorruptPage when the lowest row overlaps
+    /// the slots.
+    [[nodiscard]] bool Fits(std::size_t size) const;
+    /// The row that a pointer promises in `slot`. Throws CorruptPage when there is no such slot, or it holds no
+    /// ordinary row.
+    [[nodiscard]] ByteSpan LiveRow(std::size_t slot) const;
 
 private:
+    friend class DataPageEditor;
+    [[nodiscard]] std::size_t SlotsEnd() const noexcept;
+    [[nodiscard]] std::size_t Begin(std::size_t slot) const noexcept;
+    [[nodiscard]] std::size_t End(std::size_t slot) const noexcept;
+
     ByteSpan page_;
     PageNumber number_;
     const Format* format_;
@@ -51,14 +64,13 @@ public:
     /// Makes an empty data page of a zeroed one.
     static void MakeEmpty(const MutablePageRef& page, const Format& format, std::uint32_t owner);
 
-    [[nodiscard]] DataPage View() const;
-    /// Is there room for a new row of `size` bytes, its slot included?
-    [[nodiscard]] bool Fits(std::size_t size) const;
-    /// Appends a row of `size` bytes and gives its slot; the bytes, not yet written, are RowBytes(slot).
+    [[nodiscard]] DataPage View() const { return {page_.Bytes(), page_.Number(), *format_}; }
+    [[nodiscard]] bool Fits(std::size_t size) const { return View().Fits(size); }
+    /// Appends a row of `size` bytes, which Fits, and gives its slot; the bytes, not yet written, are RowBytes(slot).
     std::uint8_t Append(std::size_t size, SlotState state = SlotState::Row);
     [[nodiscard]] MutableBytes RowBytes(std::size_t slot);
-    /// Gives `slot` another size: the rows behind it are shifted, its content up to the smaller size stays. False, and nothing
-    /// changed, when the page has no room.
+    /// Gives `slot` another size: the rows behind it are shifted, its content up to the smaller size stays, bytes that
+    /// join are zero. False, and nothing changed, when the page has no room.
     [[nodiscard]] bool Resize(std::size_t slot, std::size_t size);
     void SetState(std::size_t slot, SlotState state);
     /// Marks the slot deleted and takes its bytes back.
@@ -69,6 +81,9 @@ private:
     const Format* format_;
 };
 
+inline constexpr std::uint32_t kUsageMapOwner = 0;           ///< of pages that hold records of usage maps
+inline constexpr std::uint32_t kGlobalMapOwner = 1;          ///< of page 1
 inline constexpr std::uint32_t kLongValueOwner = 0x4C41564C; ///< "LVAL"
+inline constexpr std::size_t kLongValueTag = 8;              ///< Jet 4: where the first page of a chain has its tag
 
 } // namespace jet

@@ -5,6 +5,7 @@
 #include <cstdint>
 #include <filesystem>
 #include <memory>
+#include <string>
 
 namespace jet {
 
@@ -21,6 +22,8 @@ public:
     virtual void Truncate(std::uint64_t size) = 0;
     /// Everything written is on the disk when this returns.
     virtual void Sync() = 0;
+    /// What messages call the file.
+    [[nodiscard]] virtual std::string Name() const { return "database"; }
 };
 
 enum class OpenMode {
@@ -28,7 +31,7 @@ enum class OpenMode {
     CreateNew, ///< fails when the file exists
 };
 
-/// Opens a real file. Throws Error: FileNotFound, DatabaseExists, ReadOnly, InvalidPath.
+/// Opens a real file. Throws Error: FileNotFound, DatabaseExists, ReadOnly, InvalidPath, DiskFull, DiskError.
 [[nodiscard]] std::unique_ptr<File> OpenFile(const std::filesystem::path& path, OpenMode mode);
 
 } // namespace jet

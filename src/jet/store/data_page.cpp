@@ -1,0 +1,184 @@
+#include "jet/store/data_page.h"
+
+#include "jet/error.h"
+
+#include <algorithm>
+#include <cassert>
+#include <cstring>
+#include <string>
+
+namespace jet {
+
+namespace {
+
+constexpr std::size_t kFreeBytes = 2;
+constexpr std::size_t kOwner = 4;
+constexpr std::size_t kSlotSize = 2;
+constexpr std::uint16_t kOffsetMask = 0x1FFF;
+constexpr std::uint16_t kMoved = 0x4000;
+constexpr std::uint16_t kMovedHere = 0x8000;
+constexpr std::uint16_t kDeleted = 0xC000;
+constexpr std::uint16_t kStateMask = 0xC000;
+
+constexpr std::uint16_t FlagsOf(SlotState state)
+{
+    switch (state) {
+    case SlotState::Moved:
+        return kMoved;
+    case SlotState::MovedHere:
+        return kMovedHere;
+    case SlotState::Deleted:
+        return kDeleted;
+    case SlotState::Row:
+        break;
+    }
+    return 0;
+}
+
+} // namespace
+
+DataPage::DataPage(ByteSpan page, PageNumber number, const Format& format)
+    : page_(page), number_(number), format_(&format), slotCount_(LoadU16(page, format.dataPage.rowCount))
+{
+    if (page_[0] != static_cast<Byte>(PageType::Data))
+        throw CorruptPage(number_, "a data page is expected here, but its type is " + std::to_string(page_[0]));
+    if (SlotsEnd() > page_.size())
+        throw CorruptPage(number_, "its " + std::to_string(slotCount_) + " slots overrun it");
+}
+
+std::size_t DataPage::SlotsEnd() const noexcept
+{
+    return format_->dataPage.slots + kSlotSize * slotCount_;
+}
+
+std::size_t DataPage::Begin(std::size_t slot) const noexcept
+{
+    return LoadU16(page_, format_->dataPage.slots + kSlotSize * slot) & kOffsetMask;
+}
+
+std::size_t DataPage::End(std::size_t slot) const noexcept
+{
+    return slot == 0 ? page_.size() : Begin(slot - 1);
+}
+
+SlotState DataPage::State(std::size_t slot) const noexcept
+{
+    assert(slot < slotCount_);
+    switch (LoadU16(page_, format_->dataPage.slots + kSlotSize * slot) & kStateMask) {
+    case kMoved:
+        return SlotState::Moved;
+    case kMovedHere:
+        return SlotState::MovedHere;
+    case kDeleted:
+        return SlotState::Deleted;
+    default:
+        return SlotState::Row;
+    }
+}
+
+ByteSpan DataPage::Row(std::size_t slot) const
+{
+    assert(slot < slotCount_);
+    const std::size_t begin = Begin(slot);
+    const std::size_t end = End(slot);
+    if (begin < SlotsEnd() || begin > end || end > page_.size())
+        throw CorruptPage(number_, "row " + std::to_string(slot) + " stands from byte " + std::to_string(begin) +
+                                       " to " + std::to_string(end));
+    return page_.subspan(begin, end - begin);
+}
+
+std::size_t DataPage::FreeBytes() const
+{
+    const std::size_t lowest = End(slotCount_);
+    if (lowest < SlotsEnd() || lowest > page_.size())
+        throw CorruptPage(number_, "its lowest row begins at byte " + std::to_string(lowest));
+    return lowest - SlotsEnd();
+}
+
+bool DataPage::Fits(std::size_t size) const
+{
+    return slotCount_ < kMaxRowsPerPage && size + kSlotSize <= FreeBytes();
+}
+
+ByteSpan DataPage::LiveRow(std::size_t slot) const
+{
+    if (slot >= slotCount_ || State(slot) != SlotState::Row)
+        throw CorruptPage(number_, "row " + std::to_string(slot) + " is referred to, but not there");
+    return Row(slot);
+}
+
+DataPageEditor::DataPageEditor(const MutablePageRef& page, const Format& format) : page_(page), format_(&format)
+{
+    // Whatever is changed relies on slots that lie in the page.
+    static_cast<void>(View());
+}
+
+void DataPageEditor::MakeEmpty(const MutablePageRef& page, const Format& format, std::uint32_t owner)
+{
+    const MutableBytes data = page.Data();
+    data[0] = static_cast<Byte>(PageType::Data);
+    data[1] = 1;
+    StoreU16(data, kFreeBytes, static_cast<std::uint16_t>(format.pageSize - format.dataPage.slots));
+    StoreU32(data, kOwner, owner);
+}
+
+std::uint8_t DataPageEditor::Append(std::size_t size, SlotState state)
+{
+    assert(Fits(size));
+    const DataPage view = View();
+    const std::size_t slot = view.SlotCount();
+    const std::size_t begin = view.End(slot) - size;
+    StoreU16(page_.Data(), view.SlotsEnd(), static_cast<std::uint16_t>(begin | FlagsOf(state)));
+    StoreU16(page_.Data(), format_->dataPage.rowCount, static_cast<std::uint16_t>(slot + 1));
+    StoreU16(page_.Data(), kFreeBytes, static_cast<std::uint16_t>(begin - view.SlotsEnd() - kSlotSize));
+    return static_cast<std::uint8_t>(slot);
+}
+
+MutableBytes DataPageEditor::RowBytes(std::size_t slot)
+{
+    const ByteSpan row = View().Row(slot);
+    return page_.Data().subspan(static_cast<std::size_t>(row.data() - page_.Data().data()), row.size());
+}
+
+bool DataPageEditor::Resize(std::size_t slot, std::size_t size)
+{
+    const DataPage view = View();
+    for (std::size_t i = slot; i < view.SlotCount(); ++i)
+        static_cast<void>(view.Row(i)); // nothing is moved unless all of it lies within the page
+    const std::size_t oldSize = view.Row(slot).size();
+    if (size > oldSize && size - oldSize > view.FreeBytes())
+        return false;
+
+    const std::size_t begin = view.Begin(slot);
+    const std::size_t lowest = view.End(view.SlotCount());
+    const std::size_t kept =
+        begin + std::min(size, oldSize) - lowest; // this row's bytes that stay, and the rows below it
+    Byte* const data = page_.Data().data();
+    std::memmove(data + lowest + oldSize - size, data + lowest, kept);
+    if (size > oldSize)
+        std::fill_n(data + view.End(slot) - (size - oldSize), size - oldSize, Byte{0});
+    else
+        std::fill_n(data + lowest, oldSize - size, Byte{0});
+
+    for (std::size_t i = slot; i < view.SlotCount(); ++i) {
+        const std::size_t at = format_->dataPage.slots + kSlotSize * i;
+        StoreU16(page_.Data(), at, static_cast<std::uint16_t>(LoadU16(page_.Bytes(), at) + oldSize - size));
+    }
+    StoreU16(page_.Data(), kFreeBytes, static_cast<std::uint16_t>(view.FreeBytes()));
+    return true;
+}
+
+void DataPageEditor::SetState(std::size_t slot, SlotState state)
+{
+    assert(slot < View().SlotCount());
+    const std::size_t at = format_->dataPage.slots + kSlotSize * slot;
+    StoreU16(page_.Data(), at, static_cast<std::uint16_t>((LoadU16(page_.Bytes(), at) & ~kStateMask) | FlagsOf(state)));
+}
+
+void DataPageEditor::Delete(std::size_t slot)
+{
+    static_cast<void>(Resize(slot, 0));
+    SetState(slot, SlotState::Deleted);
+}
+
+} // namespace jet

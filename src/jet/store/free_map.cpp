@@ -1,0 +1,264 @@
+#include "jet/store/free_map.h"
+
+#include "jet/error.h"
+#include "jet/store/bitmap.h"
+#include "jet/store/data_page.h"
+
+#include <algorithm>
+
+namespace jet {
+
+namespace {
+
+constexpr Byte kInlineForm = 0;
+constexpr Byte kReferenceForm = 1;
+constexpr std::size_t kGrowthStep = 4; ///< bytes by which the record grows
+constexpr Byte kAllFree = 0xFF;
+
+} // namespace
+
+FreeMap::FreeMap(PageCache& cache, const Format& format, RowId record)
+    : cache_(&cache), format_(&format), record_(record)
+{
+}
+
+void FreeMap::MakePage(const MutablePageRef& page, const Format& format)
+{
+    DataPageEditor::MakeEmpty(page, format, kGlobalMapOwner);
+    DataPageEditor editor(page, format);
+    const std::size_t size = format.usageMap.recordSize;
+    const MutableBytes freePages = editor.RowBytes(editor.Append(size));
+    std::ranges::fill(freePages.subspan(kInlineMapBits), kAllFree);
+    ClearBit(freePages.subspan(kInlineMapBits), kHeaderPage);
+    ClearBit(freePages.subspan(kInlineMapBits), kGlobalMapPage);
+    editor.Append(size);
+}
+
+PageNumber FreeMap::Take()
+{
+    Load();
+    for (;;) {
+        const PageNumber page = LowestFree();
+        Cover(page);
+        // Covering a page may take it for the map itself.
+        if (!TestBit(bits_, page))
+            continue;
+        Mark(page, false);
+        hint_ = std::size_t{page} + 1;
+        return page;
+    }
+}
+
+void FreeMap::Give(PageNumber page)
+{
+    Load();
+    if (page >= cache_->PageCount() || page <= kGlobalMapPage || TestBit(bits_, page))
+        throw CorruptPage(page, "it is to be given back, but is not in use");
+    Cover(page);
+    Mark(page, true);
+    hint_ = std::min<std::size_t>(hint_, page);
+}
+
+bool FreeMap::Contains(PageNumber page)
+{
+    Load();
+    return page < cache_->PageCount() && TestBit(bits_, page);
+}
+
+void FreeMap::Load()
+{
+    if (loaded_)
+        return;
+    const PageRef page = cache_->Read(record_.page);
+    const ByteSpan record = DataPage(page.Bytes(), record_.page, *format_).LiveRow(record_.slot);
+    if (record.size() > kInlineMapBits && record[0] == kInlineForm)
+        LoadInline(record);
+    else if (record.size() > kReferenceMapEntries && record[0] == kReferenceForm)
+        LoadReference(record);
+    else
+        throw CorruptPage(record_.page, "the map of free pages has neither of the known forms");
+
+    // Some files hold zeros behind their end, from pages that were reserved and never used; and no file's first pages
+    // are free.
+    bits_.resize(std::max<std::size_t>(bits_.size(), cache_->PageCount() / 8 + 1));
+    for (std::size_t bit = cache_->PageCount(); bit < Covered(); ++bit)
+        SetBit(bits_, bit);
+    ClearBit(bits_, kHeaderPage);
+    ClearBit(bits_, kGlobalMapPage);
+    loaded_ = true;
+}
+
+void FreeMap::LoadInline(ByteSpan record)
+{
+    inline_ = true;
+    firstPage_ = LoadU32(record, 1);
+    if (firstPage_ % 8 != 0 || firstPage_ >= format_->maxPages)
+        throw CorruptPage(record_.page, "the map of free pages begins at page " + std::to_string(firstPage_));
+    const ByteSpan bits = record.subspan(kInlineMapBits);
+    recordBits_ = bits.size() * 8;
+    bits_.assign(firstPage_ / 8, 0);
+    AppendBytes(bits_, bits);
+}
+
+void FreeMap::LoadReference(ByteSpan record)
+{
+    inline_ = false;
+    bitmapPages_.resize((record.size() - kReferenceMapEntries) / 4);
+    const std::size_t partBytes = format_->usageMap.bitsPerPage / 8;
+    bits_.clear();
+    for (std::size_t part = 0; part < bitmapPages_.size(); ++part) {
+        bitmapPages_[part] = LoadU32(record, kReferenceMapEntries + 4 * part);
+        if (bitmapPages_[part] == 0)
+            continue;
+        const PageRef page = cache_->Read(bitmapPages_[part]);
+        if (page.Type() != PageType::UsageBitmap)
+            throw CorruptPage(page.Number(), "the map of free pages refers to it, but it is no bitmap");
+        bits_.resize(part * partBytes);
+        AppendBytes(bits_, page.Bytes().subspan(kBitmapPageBits));
+    }
+}
+
+/// The lowest page that can be taken. Throws DatabaseFull.
+PageNumber FreeMap::LowestFree()
+{
+    std::optional<std::size_t> page = NextSetBit(bits_, hint_);
+    if (!page) {
+        page = Covered();
+        ExtendTo(Covered() + 8 * kGrowthStep);
+    }
+    hint_ = *page;
+    if (*page >= format_->maxPages)
+        throw Error(ErrorNumber::DatabaseFull);
+    return static_cast<PageNumber>(*page);
+}
+
+/// Pages behind the end of the file join the bits in memory; they are free.
+void FreeMap::ExtendTo(std::size_t bits)
+{
+    if (bits > Covered())
+        bits_.resize((bits + 7) / 8, kAllFree);
+}
+
+/// Makes room in the file's map for the bit of `page`.
+void FreeMap::Cover(PageNumber page)
+{
+    if (inline_) {
+        if (page < firstPage_)
+            ConvertToReference(page);
+        else if (page - firstPage_ >= recordBits_)
+            GrowInline(page);
+    } else if (!IsCovered(page)) {
+        AddBitmapPage(PartOf(page));
+    }
+}
+
+void FreeMap::GrowInline(PageNumber page)
+{
+    const std::size_t bits = std::size_t{page} - firstPage_ + 1;
+    const std::size_t bytes = (bits + 8 * kGrowthStep - 1) / (8 * kGrowthStep) * kGrowthStep;
+    DataPageEditor editor(cache_->Write(record_.page), *format_);
+    if (!editor.Resize(record_.slot, kInlineMapBits + bytes)) {
+        ConvertToReference(page);
+        return;
+    }
+    ExtendTo(firstPage_ + 8 * bytes);
+    const std::size_t known = recordBits_ / 8;
+    const ByteSpan added = ByteSpan(bits_).subspan(firstPage_ / 8 + known, bytes - known);
+    std::ranges::copy(added, editor.RowBytes(record_.slot).subspan(kInlineMapBits + known).begin());
+    recordBits_ = 8 * bytes;
+}
+
+/// One more part of a reference map: its bitmap page may well lie in the part that it describes.
+void FreeMap::AddBitmapPage(std::size_t part)
+{
+    if (part >= bitmapPages_.size()) {
+        DataPageEditor editor(cache_->Write(record_.page), *format_);
+        if (!editor.Resize(record_.slot, kReferenceMapEntries + 4 * (part + 1)))
+            throw CorruptPage(record_.page, "the record of the map of free pages cannot grow");
+        bitmapPages_.resize(part + 1);
+    }
+    ExtendTo((part + 1) * format_->usageMap.bitsPerPage);
+    // The page that is taken may lie in another part, which then needs its bitmap page first: one that lies in itself.
+    while (!IsCovered(LowestFree()) && PartOf(LowestFree()) != part)
+        AddBitmapPage(PartOf(LowestFree()));
+    const PageNumber page = TakeForMap();
+    bitmapPages_[part] = page;
+    FillBitmapPage(page, part);
+    Store(page);
+    DataPageEditor editor(cache_->Write(record_.page), *format_);
+    StoreU32(editor.RowBytes(record_.slot), kReferenceMapEntries + 4 * part, page);
+}
+
+/// Gives the record the reference form, with bitmap pages for every part up to that of `page`.
+void FreeMap::ConvertToReference(PageNumber page)
+{
+    const std::size_t pages = std::max<std::size_t>(std::size_t{page} + 1, cache_->PageCount());
+    const std::size_t parts = (pages + format_->usageMap.bitsPerPage - 1) / format_->usageMap.bitsPerPage;
+    ExtendTo(parts * format_->usageMap.bitsPerPage);
+
+    std::vector<PageNumber> taken;
+    try {
+        while (taken.size() < parts)
+            taken.push_back(TakeForMap());
+    } catch (const Error&) {
+        for (const PageNumber one : taken)
+            SetBit(bits_, one);
+        throw;
+    }
+
+    DataPageEditor editor(cache_->Write(record_.page), *format_);
+    const std::size_t size = std::max(format_->usageMap.recordSize, kReferenceMapEntries + 4 * parts);
+    if (!editor.Resize(record_.slot, size))
+        throw CorruptPage(record_.page, "there is no room for the map of free pages");
+    const MutableBytes record = editor.RowBytes(record_.slot);
+    std::ranges::fill(record, Byte{0});
+    record[0] = kReferenceForm;
+    for (std::size_t part = 0; part < parts; ++part) {
+        StoreU32(record, kReferenceMapEntries + 4 * part, taken[part]);
+        FillBitmapPage(taken[part], part);
+    }
+    inline_ = false;
+    bitmapPages_ = std::move(taken);
+    bitmapPages_.resize((size - kReferenceMapEntries) / 4);
+}
+
+/// The lowest free page, taken in memory only.
+PageNumber FreeMap::TakeForMap()
+{
+    const PageNumber page = LowestFree();
+    ClearBit(bits_, page);
+    return page;
+}
+
+void FreeMap::FillBitmapPage(PageNumber page, std::size_t part)
+{
+    const std::size_t partBytes = format_->usageMap.bitsPerPage / 8;
+    const MutableBytes data = cache_->Fresh(page).Data();
+    data[0] = static_cast<Byte>(PageType::UsageBitmap);
+    data[1] = 1;
+    std::ranges::copy(ByteSpan(bits_).subspan(part * partBytes, partBytes), data.begin() + kBitmapPageBits);
+}
+
+void FreeMap::Mark(PageNumber page, bool free)
+{
+    if (free)
+        SetBit(bits_, page);
+    else
+        ClearBit(bits_, page);
+    Store(page);
+}
+
+/// Copies the bit of `page` (and its neighbours in the byte) to where the file's map has it.
+void FreeMap::Store(PageNumber page)
+{
+    const Byte byte = bits_[page / 8];
+    if (inline_) {
+        DataPageEditor editor(cache_->Write(record_.page), *format_);
+        editor.RowBytes(record_.slot)[kInlineMapBits + (page - firstPage_) / 8] = byte;
+        return;
+    }
+    const std::size_t bit = page % format_->usageMap.bitsPerPage;
+    cache_->Write(bitmapPages_[PartOf(page)]).Data()[kBitmapPageBits + bit / 8] = byte;
+}
+
+} // namespace jet

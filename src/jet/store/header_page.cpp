@@ -1,0 +1,171 @@
+#include "jet/store/header_page.h"
+
+#include "jet/base/rc4.h"
+#include "jet/error.h"
+
+#include <algorithm>
+#include <array>
+#include <bit>
+#include <string>
+
+namespace jet {
+
+namespace {
+
+constexpr std::array<Byte, 4> kSignature{0, 1, 0, 0};
+constexpr std::string_view kJetName{"Standard Jet DB\0", 16};
+constexpr std::string_view kLaterName{"Standard ACE DB\0", 16};
+constexpr std::size_t kName = 0x04;
+constexpr std::size_t kVersion = 0x14;
+
+constexpr std::size_t kMasked = 0x18;
+constexpr std::array<Byte, 4> kMaskKey{0xC7, 0xDA, 0x39, 0x6B};
+
+// Within the masked area.
+constexpr std::size_t kFreePages = 0x18;
+constexpr std::size_t kReleasedPages = 0x1C;
+constexpr std::size_t kSystemTables = 0x20;
+constexpr std::size_t kCountry = 0x38;
+constexpr std::size_t kJet3SortOrder = 0x3A;
+constexpr std::size_t kCodePage = 0x3C;
+constexpr std::size_t kPageKey = 0x3E;
+constexpr std::size_t kPassword = 0x42;
+constexpr std::size_t kJet3PasswordSize = 20;
+constexpr std::size_t kJet4PasswordSize = 40;
+constexpr std::size_t kJet3Build = 0x56;
+constexpr std::size_t kJet4Build = 0x6A;
+constexpr std::size_t kJet4SortOrder = 0x6E;
+constexpr std::size_t kJet4SortVersion = 0x71;
+constexpr std::size_t kCreationDate = 0x72;
+
+// Behind it, Jet 4 only.
+constexpr std::size_t kConstant = 0x98;
+constexpr std::array<Byte, 8> kConstantBytes{0x54, 0x06, 0, 0, '4', '.', '0', 0};
+
+constexpr std::uint16_t kJet3Country = 1; ///< as in Jet 3 files that the Jet 4 engine makes
+constexpr std::size_t kCommitSlots = 256;
+constexpr std::uint16_t kCommitUnused = 0x0100;
+constexpr std::uint16_t kCommitFirst = 0x0101;
+
+std::size_t MaskedSize(JetVersion version)
+{
+    return version == JetVersion::Jet3 ? 126 : 128;
+}
+
+void ApplyMask(MutableBytes page, JetVersion version)
+{
+    ApplyRc4(kMaskKey, page.subspan(kMasked, MaskedSize(version)));
+}
+
+/// What the password's bytes of Jet 4 are masked with once more: the whole days of the creation date, over and over.
+void ApplyDayMask(MutableBytes password, double creationDate)
+{
+    const bool usable = creationDate >= 0 && creationDate < 4294967296.0;
+    std::array<Byte, 4> mask{};
+    StoreU32(mask, 0, usable ? static_cast<std::uint32_t>(creationDate) : 0);
+    for (std::size_t i = 0; i < password.size(); ++i)
+        password[i] ^= mask[i % mask.size()];
+}
+
+bool HoldsText(ByteSpan bytes, std::size_t at, std::string_view text)
+{
+    return std::equal(text.begin(), text.end(), bytes.begin() + static_cast<std::ptrdiff_t>(at),
+                      [](char c, Byte b) { return static_cast<Byte>(c) == b; });
+}
+
+JetVersion VersionOf(ByteSpan page, std::string_view name)
+{
+    const bool later = HoldsText(page, kName, kLaterName);
+    if (!std::equal(kSignature.begin(), kSignature.end(), page.begin()) ||
+        (!later && !HoldsText(page, kName, kJetName)))
+        throw Error(ErrorNumber::NotADatabase, {name});
+    if (later || page[kVersion] > 1)
+        throw Error(ErrorNumber::UnrecognizedFormat, {name}, "It was made by Access 2007 or later.");
+    return page[kVersion] == 0 ? JetVersion::Jet3 : JetVersion::Jet4;
+}
+
+bool HasPassword(MutableBytes plain, const DatabaseHeader& header)
+{
+    const bool jet3 = header.version == JetVersion::Jet3;
+    const MutableBytes password = plain.subspan(kPassword, jet3 ? kJet3PasswordSize : kJet4PasswordSize);
+    if (!jet3)
+        ApplyDayMask(password, header.creationDate);
+    return std::ranges::any_of(password, [](Byte b) { return b != 0; });
+}
+
+} // namespace
+
+Bytes UnmaskedHeader(ByteSpan page)
+{
+    Bytes plain(page.begin(), page.begin() + kHeaderSize);
+    ApplyMask(plain, plain[kVersion] == 0 ? JetVersion::Jet3 : JetVersion::Jet4);
+    return plain;
+}
+
+DatabaseHeader ReadHeader(ByteSpan page, std::string_view name)
+{
+    DatabaseHeader header;
+    header.version = VersionOf(page, name);
+    Bytes plain = UnmaskedHeader(page);
+    if (LoadU32(plain, kPageKey) != 0)
+        throw Error(ErrorNumber::UnrecognizedFormat, {name}, "It is encoded; decode it in Access first.");
+
+    header.freePages = RowId::FromPointer(LoadU32(plain, kFreePages));
+    header.codePage = LoadU16(plain, kCodePage);
+    if (header.version == JetVersion::Jet3) {
+        header.country = LoadU16(plain, kCountry);
+        header.sortOrder = LoadU16(plain, kJet3SortOrder);
+        header.build = LoadU16(plain, kJet3Build);
+    } else {
+        header.sortOrder = LoadU16(plain, kJet4SortOrder);
+        header.sortVersion = plain[kJet4SortVersion];
+        header.build = LoadU32(plain, kJet4Build);
+        header.creationDate = std::bit_cast<double>(LoadU64(plain, kCreationDate));
+    }
+    if (HasPassword(plain, header))
+        throw Error(ErrorNumber::NotAValidPassword, {},
+                    "(" + std::string(name) + " is protected by a password; remove it in Access first.)");
+    return header;
+}
+
+void MakeHeader(MutableBytes page, const DatabaseHeader& header)
+{
+    const bool jet3 = header.version == JetVersion::Jet3;
+    std::ranges::copy(kSignature, page.begin());
+    std::ranges::copy(kJetName, page.begin() + kName);
+    page[kVersion] = jet3 ? 0 : 1;
+
+    StoreU32(page, kFreePages, RowId{kGlobalMapPage, 0}.Pointer());
+    StoreU32(page, kReleasedPages, RowId{kGlobalMapPage, 1}.Pointer());
+    StoreU32(page, kSystemTables, kObjectsPage);
+    StoreU32(page, kSystemTables + 4, kAcesPage);
+    StoreU32(page, kSystemTables + 8, kQueriesPage);
+    StoreU32(page, kSystemTables + 12, kRelationshipsPage);
+    StoreU16(page, kCodePage, kWesternCodePage);
+    if (jet3) {
+        StoreU16(page, kCountry, kJet3Country);
+        StoreU16(page, kJet3SortOrder, kGeneralSortOrder);
+        StoreU32(page, kJet3Build, header.build);
+    } else {
+        // No password is twenty zero units, which the day mask turns into something else.
+        ApplyDayMask(page.subspan(kPassword, kJet4PasswordSize), header.creationDate);
+        StoreU32(page, kJet4Build, header.build);
+        StoreU16(page, kJet4SortOrder, kGeneralSortOrder);
+        StoreU64(page, kCreationDate, std::bit_cast<std::uint64_t>(header.creationDate));
+        std::ranges::copy(kConstantBytes, page.begin() + kConstant);
+    }
+    ApplyMask(page, header.version);
+
+    const std::size_t counters = FormatOf(header.version).commitCounters;
+    for (std::size_t slot = 0; slot < kCommitSlots; ++slot)
+        StoreU16(page, counters + 2 * slot, slot == 0 ? kCommitFirst : kCommitUnused);
+}
+
+void CountCommit(MutableBytes page, const Format& format)
+{
+    // 0 means that a write is under way, 1 that a damaged page was met: the count goes round past both.
+    const auto next = static_cast<std::uint16_t>(LoadU16(page, format.commitCounters) + 1);
+    StoreU16(page, format.commitCounters, next < 2 ? 2 : next);
+}
+
+} // namespace jet

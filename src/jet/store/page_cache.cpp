@@ -1,0 +1,124 @@
+#include "jet/store/page_cache.h"
+
+#include "jet/error.h"
+
+#include <algorithm>
+
+namespace jet {
+
+namespace {
+
+/// Enough for every page that one operation holds at a time, however small the budget.
+constexpr std::size_t kMinFrames = 32;
+
+} // namespace
+
+PageCache::PageCache(File& file, std::size_t pageSize, PageNumber pageCount, std::size_t budgetBytes)
+    : file_(&file), pageSize_(pageSize), pageCount_(pageCount),
+      maxFrames_(std::max(budgetBytes / pageSize, kMinFrames)), table_(pageCount)
+{
+}
+
+MutablePageRef PageCache::Fresh(PageNumber page)
+{
+    if (page >= table_.size())
+        table_.resize(std::max<std::size_t>(std::size_t{page} + 1, table_.size() * 2));
+    Frame* frame = table_[page];
+    if (frame == nullptr) {
+        frame = &FreeFrame();
+        Enter(*frame, page);
+    }
+    std::fill_n(frame->data.get(), pageSize_, Byte{0});
+    frame->dirty = true;
+    hasChanges_ = true;
+    pageCount_ = std::max(pageCount_, page + 1);
+    return MutablePageRef(frame);
+}
+
+Frame* PageCache::Load(PageNumber page)
+{
+    if (page >= pageCount_)
+        throw CorruptPage(page, "it is referred to, but the file has only " + std::to_string(pageCount_) + " pages");
+    Frame& frame = FreeFrame();
+    try {
+        file_->ReadAt(std::uint64_t{page} * pageSize_, {frame.data.get(), pageSize_});
+    } catch (...) {
+        unused_.push_back(&frame);
+        throw;
+    }
+    Enter(frame, page);
+    return &frame;
+}
+
+/// A frame that belongs to no page.
+Frame& PageCache::FreeFrame()
+{
+    if (!unused_.empty()) {
+        Frame* frame = unused_.back();
+        unused_.pop_back();
+        return *frame;
+    }
+    if (frames_.size() >= maxFrames_)
+        if (Frame* victim = Victim()) {
+            if (victim->dirty)
+                WriteFrame(*victim);
+            table_[victim->number] = nullptr;
+            return *victim;
+        }
+    unused_.reserve(frames_.size() + 1); // so that giving a frame back cannot fail
+    Frame& frame = frames_.emplace_back();
+    frame.data = std::make_unique_for_overwrite<Byte[]>(pageSize_);
+    frame.size = pageSize_;
+    return frame;
+}
+
+/// The next frame that can be taken, nullptr when every page is held.
+Frame* PageCache::Victim()
+{
+    // Two rounds: the first may do no more than take everybody's mark away.
+    for (std::size_t step = 0; step < 2 * frames_.size(); ++step) {
+        Frame& frame = frames_[hand_];
+        hand_ = hand_ + 1 == frames_.size() ? 0 : hand_ + 1;
+        if (frame.pins != 0)
+            continue;
+        if (!frame.recent)
+            return &frame;
+        frame.recent = false;
+    }
+    return nullptr;
+}
+
+void PageCache::Enter(Frame& frame, PageNumber page) noexcept
+{
+    frame.number = page;
+    frame.dirty = false;
+    frame.recent = true;
+    table_[page] = &frame;
+}
+
+/// The one place where a page of the file is overwritten: whatever must be kept of its old content has to be kept here.
+void PageCache::WriteFrame(Frame& frame)
+{
+    file_->WriteAt(std::uint64_t{frame.number} * pageSize_, {frame.data.get(), pageSize_});
+    frame.dirty = false;
+}
+
+void PageCache::WriteBack()
+{
+    for (PageNumber page = kHeaderPage + 1; page < pageCount_; ++page)
+        WriteIfDirty(page);
+}
+
+void PageCache::WriteBackHeader()
+{
+    WriteIfDirty(kHeaderPage);
+    hasChanges_ = false;
+}
+
+void PageCache::WriteIfDirty(PageNumber page)
+{
+    if (Frame* frame = table_[page]; frame != nullptr && frame->dirty)
+        WriteFrame(*frame);
+}
+
+} // namespace jet

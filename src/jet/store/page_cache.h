@@ -1,0 +1,126 @@
+#pragma once
+
+#include "jet/base/format.h"
+#include "jet/store/file.h"
+
+#include <cassert>
+#include <cstddef>
+#include <deque>
+#include <memory>
+#include <utility>
+#include <vector>
+
+namespace jet {
+
+/// One page in memory.
+struct Frame {
+    std::unique_ptr<Byte[]> data;
+    std::size_t size = 0;
+    PageNumber number = 0;
+    std::uint32_t pins = 0;
+    bool dirty = false;  ///< differs from the file
+    bool recent = false; ///< used since the eviction's hand last passed
+};
+
+/// A page that stays in memory as long as this object lives. Cheap to move; copies share the pin. Must not outlive its
+/// cache.
+class PageRef {
+public:
+    PageRef() = default;
+    PageRef(const PageRef& other) noexcept : PageRef(other.frame_) {}
+    PageRef(PageRef&& other) noexcept : frame_(std::exchange(other.frame_, nullptr)) {}
+    PageRef& operator=(PageRef other) noexcept
+    {
+        std::swap(frame_, other.frame_);
+        return *this;
+    }
+    ~PageRef()
+    {
+        if (frame_ != nullptr)
+            --frame_->pins;
+    }
+
+    [[nodiscard]] explicit operator bool() const noexcept { return frame_ != nullptr; }
+    [[nodiscard]] PageNumber Number() const noexcept { return frame_->number; }
+    [[nodiscard]] ByteSpan Bytes() const noexcept { return {frame_->data.get(), frame_->size}; } ///< one whole page
+    [[nodiscard]] PageType Type() const noexcept { return static_cast<PageType>(frame_->data[0]); }
+
+protected:
+    friend class PageCache;
+    explicit PageRef(Frame* frame) noexcept : frame_(frame)
+    {
+        if (frame_ != nullptr)
+            ++frame_->pins;
+    }
+    Frame* frame_ = nullptr;
+};
+
+/// A page that may be changed: it is written at the next commit, or before when memory runs short.
+class MutablePageRef : public PageRef {
+public:
+    MutablePageRef() = default;
+    [[nodiscard]] MutableBytes Data() const noexcept { return {frame_->data.get(), frame_->size}; }
+
+private:
+    friend class PageCache;
+    using PageRef::PageRef;
+};
+
+/// The pages of one file that are in memory. A cached page is found by one look into a table; when the budget is used
+/// up, a clock hand takes pages that nobody holds and nobody used lately. A page that is pinned stays, budget or not.
+class PageCache {
+public:
+    PageCache(File& file, std::size_t pageSize, PageNumber pageCount, std::size_t budgetBytes);
+    PageCache(const PageCache&) = delete;
+    PageCache& operator=(const PageCache&) = delete;
+
+    [[nodiscard]] PageNumber PageCount() const noexcept { return pageCount_; }
+
+    /// Throws CorruptPage when `page` lies outside the file.
+    [[nodiscard]] PageRef Read(PageNumber page) { return PageRef(Fetch(page)); }
+    /// The same, to be changed.
+    [[nodiscard]] MutablePageRef Write(PageNumber page)
+    {
+        Frame* frame = Fetch(page);
+        frame->dirty = true;
+        hasChanges_ = true;
+        return MutablePageRef(frame);
+    }
+    /// `page`, all zero whatever the file holds there; the file grows when the page lies behind its end.
+    [[nodiscard]] MutablePageRef Fresh(PageNumber page);
+
+    /// Has a page been changed since page 0 was last written?
+    [[nodiscard]] bool HasChanges() const noexcept { return hasChanges_; }
+    /// Writes every changed page except page 0 (kHeaderPage), in ascending order.
+    void WriteBack();
+    /// Writes page 0.
+    void WriteBackHeader();
+
+private:
+    Frame* Fetch(PageNumber page)
+    {
+        Frame* frame = page < table_.size() ? table_[page] : nullptr;
+        if (frame == nullptr)
+            return Load(page);
+        frame->recent = true;
+        return frame;
+    }
+    Frame* Load(PageNumber page);
+    Frame& FreeFrame();
+    Frame* Victim();
+    void Enter(Frame& frame, PageNumber page) noexcept;
+    void WriteIfDirty(PageNumber page);
+    void WriteFrame(Frame& frame);
+
+    File* file_;
+    std::size_t pageSize_;
+    PageNumber pageCount_;
+    std::size_t maxFrames_;
+    std::vector<Frame*> table_;  ///< by page number; nullptr = not in memory
+    std::deque<Frame> frames_;   ///< a deque, so that frames never move
+    std::vector<Frame*> unused_; ///< frames without a page, left by a read that failed
+    std::size_t hand_ = 0;
+    bool hasChanges_ = false;
+};
+
+} // namespace jet

@@ -1,0 +1,87 @@
+#include "jet/store/pager.h"
+
+#include "jet/error.h"
+#include "jet/store/data_page.h"
+
+#include <array>
+#include <string>
+
+namespace jet {
+
+Pager::Pager(std::unique_ptr<File> file, const DatabaseHeader& header, PageNumber pageCount, std::size_t cacheBytes)
+    : file_(std::move(file)), header_(header), format_(&FormatOf(header.version)),
+      cache_(*file_, format_->pageSize, pageCount, cacheBytes), freeMap_(cache_, *format_, header.freePages)
+{
+}
+
+std::unique_ptr<Pager> Pager::Create(std::unique_ptr<File> file, const NewFile& what, std::size_t cacheBytes)
+{
+    DatabaseHeader wanted;
+    wanted.version = what.version;
+    wanted.creationDate = what.creationDate;
+    wanted.build = what.build;
+    Bytes header(FormatOf(what.version).pageSize);
+    MakeHeader(header, wanted);
+
+    std::unique_ptr<Pager> pager(new Pager(std::move(file), ReadHeader(header, "new database"), 0, cacheBytes));
+    const MutablePageRef page = pager->cache_.Fresh(kHeaderPage);
+    std::ranges::copy(header, page.Data().begin());
+    pager->headerPin_ = page;
+    FreeMap::MakePage(pager->cache_.Fresh(kGlobalMapPage), *pager->format_);
+    return pager;
+}
+
+std::unique_ptr<Pager> Pager::Open(std::unique_ptr<File> file, std::size_t cacheBytes)
+{
+    const std::string name = file->Name();
+    const std::uint64_t size = file->Size();
+    std::array<Byte, kHeaderSize> start{};
+    if (size < start.size())
+        throw Error(ErrorNumber::NotADatabase, {name}, "It has only " + std::to_string(size) + " bytes.");
+    file->ReadAt(0, start);
+    const DatabaseHeader header = ReadHeader(start, name);
+
+    const Format& format = FormatOf(header.version);
+    if (size % format.pageSize != 0)
+        throw Error(ErrorNumber::NotADatabase, {name},
+                    "Its " + std::to_string(size) + " bytes are not whole pages of " + std::to_string(format.pageSize) +
+                        ".");
+    if (size / format.pageSize > format.maxPages)
+        throw Error(ErrorNumber::NotADatabase, {name}, "It is larger than a database can be.");
+    const auto pageCount = static_cast<PageNumber>(size / format.pageSize);
+    std::unique_ptr<Pager> pager(new Pager(std::move(file), header, pageCount, cacheBytes));
+    pager->headerPin_ = pager->Read(kHeaderPage);
+    return pager;
+}
+
+MutablePageRef Pager::Allocate()
+{
+    return cache_.Fresh(freeMap_.Take());
+}
+
+void Pager::Free(PageNumber page)
+{
+    freeMap_.Give(page);
+}
+
+void Pager::Commit()
+{
+    if (!cache_.HasChanges())
+        return;
+    cache_.WriteBack();
+    file_->Sync();
+    // The header comes last: until it is there, a new file is no database, and a commit counter vouches for all before
+    // it.
+    CountCommit(cache_.Write(kHeaderPage).Data(), *format_);
+    cache_.WriteBackHeader();
+    file_->Sync();
+}
+
+void Pager::ThrowWrongType(const PageRef& page, PageType wanted)
+{
+    throw CorruptPage(page.Number(), "a page of type " + std::to_string(static_cast<int>(wanted)) +
+                                         " is expected here, but its type is " +
+                                         std::to_string(static_cast<int>(page.Type())));
+}
+
+} // namespace jet

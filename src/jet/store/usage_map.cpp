@@ -1,0 +1,270 @@
+#include "jet/store/usage_map.h"
+
+#include "jet/error.h"
+#include "jet/store/bitmap.h"
+#include "jet/store/data_page.h"
+
+#include <algorithm>
+#include <string>
+
+namespace jet {
+
+namespace {
+
+constexpr Byte kInlineForm = 0;
+constexpr Byte kReferenceForm = 1;
+constexpr std::size_t kGrowthStep = 4; ///< bytes by which an inline record grows
+
+/// The record of a usage map, both forms, as it stands in its page. A view.
+struct MapRecord {
+    ByteSpan bytes;
+
+    MapRecord(ByteSpan row, PageNumber page, const Format& format) : bytes(row)
+    {
+        const bool known = (bytes.size() > kInlineMapBits && bytes[0] == kInlineForm) ||
+                           (bytes.size() > kReferenceMapEntries && bytes[0] == kReferenceForm);
+        if (!known)
+            throw CorruptPage(page, "a usage map has neither of the known forms");
+        if (IsInline() && (FirstPage() % 8 != 0 || FirstPage() >= format.maxPages))
+            throw CorruptPage(page, "a usage map begins at page " + std::to_string(FirstPage()));
+    }
+
+    [[nodiscard]] bool IsInline() const { return bytes[0] == kInlineForm; }
+
+    // The inline form.
+    [[nodiscard]] PageNumber FirstPage() const { return LoadU32(bytes, 1); }
+    [[nodiscard]] ByteSpan Bits() const { return bytes.subspan(kInlineMapBits); }
+    [[nodiscard]] bool Covers(PageNumber page) const
+    {
+        return page >= FirstPage() && page - FirstPage() < 8 * Bits().size();
+    }
+    [[nodiscard]] bool IsEmpty() const { return !NextSetBit(Bits(), 0); }
+
+    // The reference form.
+    [[nodiscard]] std::size_t PartCount() const { return (bytes.size() - kReferenceMapEntries) / 4; }
+    /// 0 when the part has no bitmap page.
+    [[nodiscard]] PageNumber BitmapPage(std::size_t part) const
+    {
+        return part < PartCount() ? LoadU32(bytes, kReferenceMapEntries + 4 * part) : 0;
+    }
+};
+
+/// A record together with the pin on its page.
+struct PinnedRecord {
+    PageRef page;
+    MapRecord record;
+
+    PinnedRecord(Pager& pager, RowId id)
+        : page(pager.Read(id.page)),
+          record(DataPage(page.Bytes(), id.page, pager.GetFormat()).LiveRow(id.slot), id.page, pager.GetFormat())
+    {
+    }
+};
+
+ByteSpan BitsOf(const PageRef& bitmapPage)
+{
+    return bitmapPage.Bytes().subspan(kBitmapPageBits);
+}
+
+MutableBytes BitsOf(const MutablePageRef& bitmapPage)
+{
+    return bitmapPage.Data().subspan(kBitmapPageBits);
+}
+
+MutablePageRef NewBitmapPage(Pager& pager)
+{
+    MutablePageRef page = pager.Allocate();
+    page.Data()[0] = static_cast<Byte>(PageType::UsageBitmap);
+    page.Data()[1] = 1;
+    return page;
+}
+
+std::optional<PageNumber> NextInReference(Pager& pager, const MapRecord& record, PageNumber from)
+{
+    const std::size_t bitsPerPage = pager.GetFormat().usageMap.bitsPerPage;
+    std::size_t bit = from % bitsPerPage;
+    for (std::size_t part = from / bitsPerPage; part < record.PartCount(); ++part, bit = 0) {
+        if (record.BitmapPage(part) == 0)
+            continue;
+        const PageRef page = pager.Read(record.BitmapPage(part), PageType::UsageBitmap);
+        if (const auto found = NextSetBit(BitsOf(page), bit))
+            return static_cast<PageNumber>(part * bitsPerPage + *found);
+    }
+    return std::nullopt;
+}
+
+/// One change to one map: the page with its record, to be written.
+class MapEditor {
+public:
+    MapEditor(Pager& pager, RowId id) : pager_(pager), id_(id), editor_(pager.Write(id.page), pager.GetFormat()) {}
+
+    void Add(PageNumber page)
+    {
+        if (!Record().IsInline()) {
+            AddToReference(page);
+            return;
+        }
+        if (!Record().Covers(page) && Record().IsEmpty())
+            StoreU32(Bytes(), 1, page & ~PageNumber{7});
+        if (Record().Covers(page) || GrowTo(page))
+            SetBit(Bytes().subspan(kInlineMapBits), page - Record().FirstPage());
+        else
+            ConvertToReference(page);
+    }
+
+private:
+    [[nodiscard]] MutableBytes Bytes() { return editor_.RowBytes(id_.slot); }
+    [[nodiscard]] MapRecord Record() { return {Bytes(), id_.page, pager_.GetFormat()}; }
+
+    bool GrowTo(PageNumber page)
+    {
+        if (page < Record().FirstPage())
+            return false;
+        const std::size_t bits = std::size_t{page} - Record().FirstPage() + 1;
+        const std::size_t words = (bits + 8 * kGrowthStep - 1) / (8 * kGrowthStep);
+        return editor_.Resize(id_.slot, kInlineMapBits + kGrowthStep * words);
+    }
+
+    void AddToReference(PageNumber page)
+    {
+        const std::size_t bitsPerPage = pager_.GetFormat().usageMap.bitsPerPage;
+        const std::size_t part = page / bitsPerPage;
+        MutablePageRef bitmap;
+        if (const PageNumber number = Record().BitmapPage(part); number != 0) {
+            static_cast<void>(pager_.Read(number, PageType::UsageBitmap));
+            bitmap = pager_.Write(number);
+        } else {
+            if (part >= Record().PartCount() && !editor_.Resize(id_.slot, kReferenceMapEntries + 4 * (part + 1)))
+                throw CorruptPage(id_.page, "the record of a usage map cannot grow");
+            bitmap = NewBitmapPage(pager_);
+            StoreU32(Bytes(), kReferenceMapEntries + 4 * part, bitmap.Number());
+        }
+        SetBit(BitsOf(bitmap), page % bitsPerPage);
+    }
+
+    /// Gives the record the other form, with `page` in it.
+    void ConvertToReference(PageNumber page)
+    {
+        std::vector<PageNumber> members{page};
+        for (auto bit = NextSetBit(Record().Bits(), 0); bit; bit = NextSetBit(Record().Bits(), *bit + 1))
+            members.push_back(static_cast<PageNumber>(Record().FirstPage() + *bit));
+        std::ranges::sort(members);
+
+        const std::size_t bitsPerPage = pager_.GetFormat().usageMap.bitsPerPage;
+        const std::size_t parts = members.back() / bitsPerPage + 1;
+        std::vector<MutablePageRef> bitmaps(parts);
+        try {
+            for (const PageNumber member : members) {
+                MutablePageRef& bitmap = bitmaps[member / bitsPerPage];
+                if (!bitmap)
+                    bitmap = NewBitmapPage(pager_);
+                SetBit(BitsOf(bitmap), member % bitsPerPage);
+            }
+            Rewrite(bitmaps);
+        } catch (const Error&) {
+            for (const MutablePageRef& bitmap : bitmaps)
+                if (bitmap)
+                    pager_.Free(bitmap.Number());
+            throw;
+        }
+    }
+
+    void Rewrite(const std::vector<MutablePageRef>& bitmaps)
+    {
+        const std::size_t size =
+            std::max(pager_.GetFormat().usageMap.recordSize, kReferenceMapEntries + 4 * bitmaps.size());
+        if (!editor_.Resize(id_.slot, size))
+            throw CorruptPage(id_.page, "there is no room for a usage map");
+        const MutableBytes record = Bytes();
+        std::ranges::fill(record, Byte{0});
+        record[0] = kReferenceForm;
+        for (std::size_t part = 0; part < bitmaps.size(); ++part)
+            if (bitmaps[part])
+                StoreU32(record, kReferenceMapEntries + 4 * part, bitmaps[part].Number());
+    }
+
+    Pager& pager_;
+    RowId id_;
+    DataPageEditor editor_;
+};
+
+} // namespace
+
+std::optional<RowId> UsageMap::CreateRecord(Pager& pager, PageNumber mapPage)
+{
+    const std::size_t size = pager.GetFormat().usageMap.recordSize;
+    DataPageEditor editor(pager.Write(mapPage), pager.GetFormat());
+    if (!editor.Fits(size))
+        return std::nullopt;
+    const std::uint8_t slot = editor.Append(size);
+    std::ranges::fill(editor.RowBytes(slot), Byte{0});
+    return RowId{mapPage, slot};
+}
+
+bool UsageMap::Contains(PageNumber page) const
+{
+    const PinnedRecord pinned(*pager_, record_);
+    const MapRecord& record = pinned.record;
+    if (record.IsInline())
+        return record.Covers(page) && TestBit(record.Bits(), page - record.FirstPage());
+    const std::size_t bitsPerPage = pager_->GetFormat().usageMap.bitsPerPage;
+    const PageNumber bitmap = record.BitmapPage(page / bitsPerPage);
+    return bitmap != 0 && TestBit(BitsOf(pager_->Read(bitmap, PageType::UsageBitmap)), page % bitsPerPage);
+}
+
+void UsageMap::Add(PageNumber page)
+{
+    if (!Contains(page))
+        MapEditor(*pager_, record_).Add(page);
+}
+
+void UsageMap::Remove(PageNumber page)
+{
+    if (!Contains(page))
+        return;
+    const PinnedRecord pinned(*pager_, record_);
+    if (pinned.record.IsInline()) {
+        DataPageEditor editor(pager_->Write(record_.page), pager_->GetFormat());
+        ClearBit(editor.RowBytes(record_.slot).subspan(kInlineMapBits), page - pinned.record.FirstPage());
+    } else {
+        const std::size_t bitsPerPage = pager_->GetFormat().usageMap.bitsPerPage;
+        const MutablePageRef bitmap = pager_->Write(pinned.record.BitmapPage(page / bitsPerPage));
+        ClearBit(BitsOf(bitmap), page % bitsPerPage);
+    }
+}
+
+std::optional<PageNumber> UsageMap::Next(PageNumber from) const
+{
+    const PinnedRecord pinned(*pager_, record_);
+    const MapRecord& record = pinned.record;
+    if (!record.IsInline())
+        return NextInReference(*pager_, record, from);
+    const PageNumber first = record.FirstPage();
+    const auto bit = NextSetBit(record.Bits(), from > first ? from - first : 0);
+    return bit ? std::optional(static_cast<PageNumber>(first + *bit)) : std::nullopt;
+}
+
+std::vector<PageNumber> UsageMap::Pages() const
+{
+    std::vector<PageNumber> pages;
+    for (auto page = Next(0); page; page = Next(*page + 1))
+        pages.push_back(*page);
+    return pages;
+}
+
+void UsageMap::Destroy()
+{
+    std::vector<PageNumber> bitmaps;
+    {
+        const PinnedRecord pinned(*pager_, record_);
+        if (!pinned.record.IsInline())
+            for (std::size_t part = 0; part < pinned.record.PartCount(); ++part)
+                if (const PageNumber bitmap = pinned.record.BitmapPage(part); bitmap != 0)
+                    bitmaps.push_back(bitmap);
+    }
+    for (const PageNumber bitmap : bitmaps)
+        pager_->Free(bitmap);
+    DataPageEditor(pager_->Write(record_.page), pager_->GetFormat()).Delete(record_.slot);
+}
+
+} // namespace jet
