@@ -162,4 +162,9 @@ Error CorruptPage(PageNumber page, std::string_view what)
             Error::Text{"Page " + std::to_string(page) + ": " + std::string(what) + "; the database is damaged."}};
 }
 
+Error CorruptValue(std::string_view what)
+{
+    return {ErrorNumber::NotADatabase, Error::Text{std::string(what) + "; the database is damaged."}};
+}
+
 } // namespace jet

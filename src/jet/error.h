@@ -89,6 +89,7 @@ public:
 
 private:
     friend Error CorruptPage(PageNumber page, std::string_view what);
+    friend Error CorruptValue(std::string_view what);
     struct Text {
         std::string whole;
     };
@@ -101,5 +102,7 @@ private:
 /// Bytes that contradict the format: NotADatabase (3049) with a text that names the page. For whatever is read from a
 /// file; never for a mistake of our own.
 [[nodiscard]] Error CorruptPage(PageNumber page, std::string_view what);
+/// The same for bytes whose page is not known where they are read.
+[[nodiscard]] Error CorruptValue(std::string_view what);
 
 } // namespace jet

@@ -15,8 +15,9 @@ namespace jet {
 void AppendUtf16(Bytes& out, std::string_view utf8);
 /// Appends `utf8` in code page 1252; characters outside it become "?". Gives their number.
 std::size_t AppendCp1252(Bytes& out, std::string_view utf8);
-/// Appends a text value as a row of `format` holds it. With `compress` (Jet 4), the compressed form is taken exactly when all
-/// characters are 0x01 to 0xFF and there are at least 3 of them. Gives the number of characters that became "?" (Jet 3).
+/// Appends a text value as a row of `format` holds it. With `compress` (Jet 4), the compressed form is taken exactly
+/// when all characters are 0x01 to 0xFF and there are at least 3 of them. Gives the number of characters that became
+/// "?" (Jet 3).
 std::size_t AppendText(Bytes& out, const Format& format, std::string_view utf8, bool compress);
 
 /// Stored text back as UTF-8: plain or compressed UTF-16LE, or code page 1252.

@@ -3,6 +3,7 @@
 #include "jet/base/format.h"
 #include "jet/base/value.h"
 
+#include <string>
 #include <string_view>
 
 namespace jet {
@@ -10,19 +11,25 @@ namespace jet {
 /// What the stored form of a value depends on besides the value.
 struct ValueType {
     ColumnType type = ColumnType::Long;
-    std::size_t sizeBytes = 0;   ///< the column's declared size
-    bool compressed = false;     ///< Jet 4 text: compressed form wanted
+    std::size_t sizeBytes = 0; ///< the column's declared size
+    bool compressed = false;   ///< Jet 4 text: compressed form wanted
     std::uint8_t precision = 0, scale = 0;
 };
 
-/// A value as a row holds it. Throws FieldTooSmall, WrongType. Null and booleans have no stored form: not for them.
+/// A value as a row holds it. A number may stand for every numeric type that can hold it; text (std::string) is read as
+/// ParseText does. Throws FieldTooSmall, WrongType. Null and booleans have no stored form: not for them.
 void EncodeValue(Bytes& out, const Format& format, const ValueType& type, const Value& value);
-/// Text of a user (a document's content) as a value of the column's type: numbers, dates, GUIDs and booleans are read the way a
-/// provider converts text. Throws WrongType when it cannot be read, FieldTooSmall when it is too long.
+/// Text of a user (a document's content) as a value of the column's type; see ParseText. Throws WrongType when it
+/// cannot be read, FieldTooSmall when it is too long.
 void EncodeText(Bytes& out, const Format& format, const ValueType& type, std::string_view utf8);
-/// The reverse. Throws CorruptPage-like Error when the bytes do not fit the type.
+/// Text as a value of the column's type, the way a provider converts it: numbers (half is rounded to even), dates,
+/// GUIDs, and booleans ("True", "False", or a number). Throws WrongType when it cannot be read.
+[[nodiscard]] Value ParseText(const ValueType& type, std::string_view utf8);
+/// The reverse of EncodeValue; for a long value of the bytes themselves, not of its field. Throws CorruptValue when the
+/// bytes do not fit the type.
 [[nodiscard]] Value DecodeValue(ByteSpan stored, const Format& format, const ValueType& type);
-/// A value as text: how a text export or a dump shows it. Null is empty; numbers in the shortest form that reads back the same.
+/// A value as text: how a text export or a dump shows it. Null is empty; numbers in the shortest form that reads back
+/// the same, booleans "True" and "False", dates "2024-03-05 14:07:09", bytes hexadecimal, GUIDs in braces.
 [[nodiscard]] std::string ToText(const Value& value);
 
 } // namespace jet

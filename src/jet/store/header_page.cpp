@@ -122,6 +122,10 @@ DatabaseHeader ReadHeader(ByteSpan page, std::string_view name)
         header.build = LoadU32(plain, kJet4Build);
         header.creationDate = std::bit_cast<double>(LoadU64(plain, kCreationDate));
     }
+    // Text of Jet 3 is bytes of the code page; written in the wrong one it would be other text.
+    if (header.version == JetVersion::Jet3 && header.codePage != kWesternCodePage)
+        throw Error(ErrorNumber::UnrecognizedFormat, {name},
+                    "Its text is in code page " + std::to_string(header.codePage) + ", not 1252.");
     if (HasPassword(plain, header))
         throw Error(ErrorNumber::NotAValidPassword, {},
                     "(" + std::string(name) + " is protected by a password; remove it in Access first.)");

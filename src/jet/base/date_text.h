@@ -1,0 +1,19 @@
+#pragma once
+
+#include "jet/base/value.h"
+
+#include <optional>
+#include <string>
+#include <string_view>
+
+namespace jet {
+
+/// "2024-03-05 14:07:09", to the nearest second. Days outside the years 100 to 9999 (what the engine allows) are shown
+/// as their number.
+[[nodiscard]] std::string DateText(DateTime date);
+
+/// A date (2024-03-05 or 3/5/2024, month first), a time (14:07 or 14:07:09), or both with a blank or "T" between them.
+/// nullopt when it is none of these.
+[[nodiscard]] std::optional<DateTime> ParseDate(std::string_view text);
+
+} // namespace jet

@@ -1,0 +1,287 @@
+#include "jet/base/text_codec.h"
+
+#include <algorithm>
+#include <array>
+#include <optional>
+
+namespace jet {
+
+namespace {
+
+constexpr char32_t kReplacement = 0xFFFD;
+constexpr char32_t kWordJoiner = 0x2060;
+constexpr std::array<Byte, 2> kCompressedMark{0xFF, 0xFE};
+constexpr std::size_t kMinCompressed = 3; ///< characters; fewer would not get shorter
+
+/// Code page 1252 from 0x80 to 0x9F; the five bytes without a character stand for themselves, so that they survive.
+constexpr std::array<char16_t, 32> kCp1252High{
+    0x20AC, 0x0081, 0x201A, 0x0192, 0x201E, 0x2026, 0x2020, 0x2021, 0x02C6, 0x2030, 0x0160,
+    0x2039, 0x0152, 0x008D, 0x017D, 0x008F, 0x0090, 0x2018, 0x2019, 0x201C, 0x201D, 0x2022,
+    0x2013, 0x2014, 0x02DC, 0x2122, 0x0161, 0x203A, 0x0153, 0x009D, 0x017E, 0x0178,
+};
+
+bool IsAscii(char c)
+{
+    return static_cast<unsigned char>(c) < 0x80;
+}
+
+/// The number of characters below 0x80 at the start of `text`.
+std::size_t AsciiLength(std::string_view text)
+{
+    std::size_t n = 0;
+    for (std::uint64_t word = 0; n + sizeof word <= text.size(); n += sizeof word) {
+        std::memcpy(&word, text.data() + n, sizeof word);
+        if ((word & 0x8080808080808080) != 0)
+            break;
+    }
+    while (n < text.size() && IsAscii(text[n]))
+        ++n;
+    return n;
+}
+
+/// Reads one character of `text` (not empty) from its start and takes it off. Anything that is not UTF-8 costs one byte
+/// and gives U+FFFD; the three-byte form of a surrogate is taken as it stands.
+char32_t TakeCharacter(std::string_view& text)
+{
+    const auto lead = static_cast<unsigned char>(text[0]);
+    const std::size_t length = lead < 0x80   ? 1
+                               : lead < 0xC2 ? 0
+                               : lead < 0xE0 ? 2
+                               : lead < 0xF0 ? 3
+                               : lead < 0xF5 ? 4
+                                             : 0;
+    if (length == 0 || length > text.size()) {
+        text.remove_prefix(1);
+        return kReplacement;
+    }
+    constexpr std::array<unsigned char, 5> kLeadBits{0, 0x7F, 0x1F, 0x0F, 0x07};
+    constexpr std::array<char32_t, 5> kSmallest{0, 0, 0x80, 0x800, 0x10000};
+    char32_t character = lead & kLeadBits[length];
+    bool valid = true;
+    for (std::size_t i = 1; i < length; ++i) {
+        const auto next = static_cast<unsigned char>(text[i]);
+        valid = valid && (next & 0xC0) == 0x80;
+        character = character << 6 | (next & 0x3F);
+    }
+    if (!valid || character < kSmallest[length] || character > 0x10FFFF) {
+        text.remove_prefix(1);
+        return kReplacement;
+    }
+    text.remove_prefix(length);
+    return character;
+}
+
+void PushUnit(Bytes& out, char32_t unit)
+{
+    out.push_back(static_cast<Byte>(unit));
+    out.push_back(static_cast<Byte>(unit >> 8));
+}
+
+void PushUtf16(Bytes& out, char32_t character)
+{
+    if (character >= 0x10000) {
+        PushUnit(out, 0xD800 + ((character - 0x10000) >> 10));
+        PushUnit(out, 0xDC00 + ((character - 0x10000) & 0x3FF));
+    } else {
+        PushUnit(out, character);
+    }
+}
+
+void PushUtf8(std::string& out, char32_t character)
+{
+    if (character < 0x80) {
+        out.push_back(static_cast<char>(character));
+    } else if (character < 0x800) {
+        out.push_back(static_cast<char>(0xC0 | character >> 6));
+        out.push_back(static_cast<char>(0x80 | (character & 0x3F)));
+    } else if (character < 0x10000) {
+        out.push_back(static_cast<char>(0xE0 | character >> 12));
+        out.push_back(static_cast<char>(0x80 | (character >> 6 & 0x3F)));
+        out.push_back(static_cast<char>(0x80 | (character & 0x3F)));
+    } else {
+        out.push_back(static_cast<char>(0xF0 | character >> 18));
+        out.push_back(static_cast<char>(0x80 | (character >> 12 & 0x3F)));
+        out.push_back(static_cast<char>(0x80 | (character >> 6 & 0x3F)));
+        out.push_back(static_cast<char>(0x80 | (character & 0x3F)));
+    }
+}
+
+std::optional<Byte> ToCp1252(char32_t character)
+{
+    if (character < 0x80 || (character >= 0xA0 && character <= 0xFF))
+        return static_cast<Byte>(character);
+    const auto* high = std::ranges::find(kCp1252High, character);
+    if (high == kCp1252High.end())
+        return std::nullopt;
+    return static_cast<Byte>(0x80 + (high - kCp1252High.begin()));
+}
+
+/// Appends `utf8` compressed; false, and nothing appended, when a character is not 0x01 to 0xFF or there are too few.
+bool AppendCompressed(Bytes& out, std::string_view utf8)
+{
+    if (utf8.size() < kMinCompressed)
+        return false;
+    const std::size_t start = out.size();
+    AppendBytes(out, kCompressedMark);
+    while (!utf8.empty()) {
+        const std::size_t ascii = AsciiLength(utf8);
+        if (std::memchr(utf8.data(), 0, ascii) != nullptr) {
+            out.resize(start);
+            return false;
+        }
+        const auto* bytes = reinterpret_cast<const Byte*>(utf8.data());
+        out.insert(out.end(), bytes, bytes + ascii);
+        utf8.remove_prefix(ascii);
+        if (utf8.empty())
+            break;
+        const char32_t character = TakeCharacter(utf8);
+        if (character > 0xFF) {
+            out.resize(start);
+            return false;
+        }
+        out.push_back(static_cast<Byte>(character));
+    }
+    if (out.size() - start < kCompressedMark.size() + kMinCompressed) {
+        out.resize(start);
+        return false;
+    }
+    return true;
+}
+
+/// A text that begins with U+FEFF would pass for a compressed one when stored plain. It is stored in the compressed
+/// form, switched to plain at its start; where a character forbids that (a low byte of 0 would switch back), U+2060,
+/// which means the same, takes the place of the mark. Gives the number of characters replaced.
+std::size_t AppendMarkedText(Bytes& out, std::string_view utf8)
+{
+    const std::size_t start = out.size();
+    AppendBytes(out, kCompressedMark);
+    out.push_back(0);
+    const std::size_t units = out.size();
+    AppendUtf16(out, utf8);
+    for (std::size_t at = units; at < out.size(); at += 2)
+        if (out[at] == 0) {
+            out.erase(out.begin() + static_cast<std::ptrdiff_t>(start),
+                      out.begin() + static_cast<std::ptrdiff_t>(units));
+            StoreU16(out, start, static_cast<std::uint16_t>(kWordJoiner));
+            return 1;
+        }
+    return 0;
+}
+
+bool IsCompressed(ByteSpan stored)
+{
+    return stored.size() >= kCompressedMark.size() && std::ranges::equal(stored.first(2), kCompressedMark);
+}
+
+std::string DecodeUtf16(ByteSpan stored)
+{
+    std::string text;
+    text.reserve(stored.size() / 2);
+    for (std::size_t at = 0; at + 1 < stored.size(); at += 2) {
+        char32_t character = LoadU16(stored, at);
+        if (character >= 0xD800 && character < 0xDC00 && at + 3 < stored.size())
+            if (const char32_t low = LoadU16(stored, at + 2); low >= 0xDC00 && low < 0xE000) {
+                character = 0x10000 + ((character - 0xD800) << 10) + (low - 0xDC00);
+                at += 2;
+            }
+        PushUtf8(text, character);
+    }
+    return text;
+}
+
+std::string DecodeCp1252(ByteSpan stored)
+{
+    std::string text;
+    text.reserve(stored.size());
+    for (const Byte byte : stored)
+        PushUtf8(text, byte >= 0x80 && byte < 0xA0 ? kCp1252High[byte - 0x80] : byte);
+    return text;
+}
+
+} // namespace
+
+std::size_t Utf16Length(std::string_view utf8) noexcept
+{
+    std::size_t units = 0;
+    while (!utf8.empty()) {
+        const std::size_t ascii = AsciiLength(utf8);
+        units += ascii;
+        utf8.remove_prefix(ascii);
+        if (!utf8.empty())
+            units += TakeCharacter(utf8) >= 0x10000 ? 2 : 1;
+    }
+    return units;
+}
+
+void AppendUtf16(Bytes& out, std::string_view utf8)
+{
+    while (!utf8.empty()) {
+        const std::size_t ascii = AsciiLength(utf8);
+        const std::size_t at = out.size();
+        out.resize(at + 2 * ascii);
+        Byte* const units = out.data() + at;
+        for (std::size_t i = 0; i < ascii; ++i)
+            units[2 * i] = static_cast<Byte>(utf8[i]);
+        utf8.remove_prefix(ascii);
+        if (!utf8.empty())
+            PushUtf16(out, TakeCharacter(utf8));
+    }
+}
+
+std::size_t AppendCp1252(Bytes& out, std::string_view utf8)
+{
+    std::size_t replaced = 0;
+    while (!utf8.empty()) {
+        const std::size_t ascii = AsciiLength(utf8);
+        const auto* bytes = reinterpret_cast<const Byte*>(utf8.data());
+        out.insert(out.end(), bytes, bytes + ascii);
+        utf8.remove_prefix(ascii);
+        if (utf8.empty())
+            break;
+        const std::optional<Byte> byte = ToCp1252(TakeCharacter(utf8));
+        out.push_back(byte.value_or('?'));
+        replaced += byte ? 0 : 1;
+    }
+    return replaced;
+}
+
+std::size_t AppendText(Bytes& out, const Format& format, std::string_view utf8, bool compress)
+{
+    constexpr std::string_view kMarkUtf8 = "\xEF\xBB\xBF"; // U+FEFF
+    if (format.version == JetVersion::Jet3)
+        return AppendCp1252(out, utf8);
+    if (utf8.starts_with(kMarkUtf8))
+        return AppendMarkedText(out, utf8);
+    if (!compress || !AppendCompressed(out, utf8))
+        AppendUtf16(out, utf8);
+    return 0;
+}
+
+std::string DecodeText(ByteSpan stored, const Format& format)
+{
+    if (format.version == JetVersion::Jet3)
+        return DecodeCp1252(stored);
+    return IsCompressed(stored) ? DecodeUtf16(ExpandUtf16(stored)) : DecodeUtf16(stored);
+}
+
+Bytes ExpandUtf16(ByteSpan stored)
+{
+    if (!IsCompressed(stored))
+        return {stored.begin(), stored.end()};
+    Bytes plain;
+    plain.reserve(2 * stored.size());
+    bool compressed = true;
+    for (std::size_t at = kCompressedMark.size(); at < stored.size(); ++at) {
+        if (stored[at] == 0) {
+            compressed = !compressed;
+        } else if (compressed) {
+            PushUnit(plain, stored[at]);
+        } else if (at + 1 < stored.size()) {
+            PushUnit(plain, LoadU16(stored, at));
+            ++at;
+        }
+    }
+    return plain;
+}
+
+} // namespace jet

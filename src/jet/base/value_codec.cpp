@@ -1,0 +1,427 @@
+#include "jet/base/value_codec.h"
+
+#include "jet/base/date_text.h"
+#include "jet/base/decimal.h"
+#include "jet/base/text_codec.h"
+#include "jet/error.h"
+
+#include <algorithm>
+#include <array>
+#include <bit>
+#include <charconv>
+#include <cmath>
+#include <limits>
+#include <optional>
+
+namespace jet {
+
+namespace {
+
+constexpr unsigned kCurrencyScale = 4;
+constexpr std::size_t kGuidSize = 16;
+constexpr std::size_t kNumericSize = 17;
+constexpr Byte kNumericNegative = 0x80;
+/// Where the bytes of a GUID's text form stand in its stored form: u32, u16, u16 little-endian, then as printed.
+constexpr std::array<std::size_t, kGuidSize> kGuidOrder{3, 2, 1, 0, 5, 4, 7, 6, 8, 9, 10, 11, 12, 13, 14, 15};
+
+[[noreturn]] void ThrowWrongType()
+{
+    throw Error(ErrorNumber::WrongType);
+}
+
+std::string_view Trimmed(std::string_view text)
+{
+    constexpr std::string_view kBlanks = " \t\r\n\f\v";
+    const std::size_t first = text.find_first_not_of(kBlanks);
+    if (first == std::string_view::npos)
+        return {};
+    return text.substr(first, text.find_last_not_of(kBlanks) - first + 1);
+}
+
+template <typename Number>
+std::optional<Number> ParseNumber(std::string_view text)
+{
+    if (text.starts_with('+') && !text.starts_with("+-"))
+        text.remove_prefix(1);
+    Number value{};
+    const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), value);
+    if (error != std::errc{} || end != text.data() + text.size())
+        return std::nullopt;
+    return value;
+}
+
+/// A finite number.
+double ParseDouble(std::string_view text)
+{
+    const std::optional<double> value = ParseNumber<double>(text);
+    if (!value || !std::isfinite(*value))
+        ThrowWrongType();
+    return *value;
+}
+
+/// `value` as a whole number of type Whole, half rounded to even.
+template <typename Whole>
+Whole Round(double value)
+{
+    const double rounded = std::nearbyint(value);
+    if (!(rounded >= static_cast<double>(std::numeric_limits<Whole>::min()) &&
+          rounded < static_cast<double>(std::numeric_limits<Whole>::max()) + 1))
+        ThrowWrongType();
+    return static_cast<Whole>(rounded);
+}
+
+template <typename Whole>
+Whole WholeOf(const Value& value)
+{
+    if (const auto* number = std::get_if<std::int32_t>(&value)) {
+        if (*number < std::numeric_limits<Whole>::min() || *number > std::numeric_limits<Whole>::max())
+            ThrowWrongType();
+        return static_cast<Whole>(*number);
+    }
+    if (const auto* number = std::get_if<double>(&value))
+        return Round<Whole>(*number);
+    if (const auto* number = std::get_if<Currency>(&value))
+        return Round<Whole>(static_cast<double>(number->tenThousandths) / 10'000);
+    ThrowWrongType();
+}
+
+double DoubleOf(const Value& value)
+{
+    if (const auto* number = std::get_if<double>(&value))
+        return *number;
+    if (const auto* number = std::get_if<std::int32_t>(&value))
+        return *number;
+    if (const auto* number = std::get_if<Currency>(&value))
+        return static_cast<double>(number->tenThousandths) / 10'000;
+    if (const auto* date = std::get_if<DateTime>(&value))
+        return date->days;
+    ThrowWrongType();
+}
+
+float SingleOf(const Value& value)
+{
+    const double wide = DoubleOf(value);
+    if (std::isfinite(wide) && std::abs(wide) > std::numeric_limits<float>::max())
+        ThrowWrongType();
+    return static_cast<float>(wide);
+}
+
+Currency CurrencyFrom(const Decimal& decimal)
+{
+    const std::uint64_t magnitude = std::uint64_t{decimal.magnitude[2]} << 32 | decimal.magnitude[3];
+    const std::uint64_t limit = std::uint64_t{1} << 63;
+    if (decimal.magnitude[0] != 0 || decimal.magnitude[1] != 0 || magnitude > limit - (decimal.negative ? 0 : 1))
+        ThrowWrongType();
+    return {static_cast<std::int64_t>(decimal.negative ? ~magnitude + 1 : magnitude)};
+}
+
+Currency CurrencyOf(const Value& value)
+{
+    if (const auto* currency = std::get_if<Currency>(&value))
+        return *currency;
+    if (const auto* number = std::get_if<std::int32_t>(&value))
+        return {std::int64_t{*number} * 10'000};
+    return {Round<std::int64_t>(DoubleOf(value) * 10'000)};
+}
+
+Decimal ParseDecimalOrThrow(std::string_view text, unsigned scale)
+{
+    const std::optional<Decimal> decimal = ParseDecimal(text, scale);
+    if (!decimal)
+        ThrowWrongType();
+    return *decimal;
+}
+
+Guid ParseGuid(std::string_view text)
+{
+    if (text.size() >= 2 && text.front() == '{' && text.back() == '}')
+        text = text.substr(1, text.size() - 2);
+    Guid guid;
+    std::size_t at = 0;
+    for (std::size_t i = 0; i < kGuidSize; ++i) {
+        if ((i == 4 || i == 6 || i == 8 || i == 10) && (at >= text.size() || text[at++] != '-'))
+            ThrowWrongType();
+        const std::string_view pair = text.substr(std::min(at, text.size()), 2);
+        const auto [end, error] = std::from_chars(pair.data(), pair.data() + pair.size(), guid.bytes[i], 16);
+        if (error != std::errc{} || pair.size() != 2 || end != pair.data() + 2)
+            ThrowWrongType();
+        at += 2;
+    }
+    if (at != text.size())
+        ThrowWrongType();
+    return guid;
+}
+
+bool ParseBoolean(std::string_view text)
+{
+    const auto is = [text](std::string_view word) {
+        return std::ranges::equal(text, word, [](char a, char b) { return (a | 0x20) == b; });
+    };
+    if (is("true"))
+        return true;
+    return !is("false") && ParseDouble(text) != 0;
+}
+
+template <typename Unsigned>
+void AppendInteger(Bytes& out, Unsigned value)
+{
+    for (std::size_t i = 0; i < sizeof value; ++i)
+        out.push_back(static_cast<Byte>(value >> 8 * i));
+}
+
+void AppendDouble(Bytes& out, double value)
+{
+    AppendInteger(out, std::bit_cast<std::uint64_t>(value));
+}
+
+void AppendGuid(Bytes& out, const Guid& guid)
+{
+    for (const std::size_t from : kGuidOrder)
+        out.push_back(guid.bytes[from]);
+}
+
+void AppendNumeric(Bytes& out, const ValueType& type, const Value& value)
+{
+    Decimal decimal;
+    if (const auto* numeric = std::get_if<Numeric>(&value)) {
+        decimal = {numeric->negative, numeric->magnitude, numeric->scale};
+        if (decimal.scale != type.scale)
+            decimal = ParseDecimalOrThrow(DecimalText(decimal), type.scale);
+    } else {
+        decimal = ParseDecimalOrThrow(ToText(value), type.scale);
+    }
+    if (type.precision != 0 && DigitCount(decimal) > type.precision)
+        throw Error(ErrorNumber::FieldTooSmall);
+    out.push_back(decimal.negative ? kNumericNegative : 0);
+    for (const std::uint32_t word : decimal.magnitude)
+        AppendInteger(out, word);
+}
+
+void AppendBinary(Bytes& out, const ValueType& type, const Value& value)
+{
+    const auto* bytes = std::get_if<Bytes>(&value);
+    if (bytes == nullptr)
+        ThrowWrongType();
+    if (type.type != ColumnType::Ole && bytes->size() > type.sizeBytes)
+        throw Error(ErrorNumber::FieldTooSmall);
+    AppendBytes(out, *bytes);
+}
+
+void AppendTextValue(Bytes& out, const Format& format, const ValueType& type, std::string_view utf8)
+{
+    // No text has more characters than bytes, so most need no counting.
+    const std::size_t maxUnits = type.sizeBytes / format.textUnitSize;
+    if (type.type == ColumnType::Text && utf8.size() > maxUnits && Utf16Length(utf8) > maxUnits)
+        throw Error(ErrorNumber::FieldTooSmall);
+    AppendText(out, format, utf8, type.compressed);
+}
+
+ByteSpan Exactly(ByteSpan stored, std::size_t size)
+{
+    if (stored.size() != size)
+        throw CorruptValue("A value of " + std::to_string(size) + " bytes is stored in " +
+                           std::to_string(stored.size()));
+    return stored;
+}
+
+Guid DecodeGuid(ByteSpan stored)
+{
+    Guid guid;
+    for (std::size_t i = 0; i < kGuidSize; ++i)
+        guid.bytes[kGuidOrder[i]] = stored[i];
+    return guid;
+}
+
+Numeric DecodeNumeric(ByteSpan stored, std::uint8_t scale)
+{
+    Numeric numeric{.negative = (stored[0] & kNumericNegative) != 0, .magnitude = {}, .scale = scale};
+    for (std::size_t i = 0; i < numeric.magnitude.size(); ++i)
+        numeric.magnitude[i] = LoadU32(stored, 1 + 4 * i);
+    return numeric;
+}
+
+std::string HexText(ByteSpan bytes)
+{
+    constexpr std::string_view kDigits = "0123456789ABCDEF";
+    std::string text;
+    text.reserve(2 * bytes.size());
+    for (const Byte byte : bytes) {
+        text += kDigits[byte >> 4];
+        text += kDigits[byte & 0x0F];
+    }
+    return text;
+}
+
+/// One overload for each thing that a value can be.
+struct TextOf {
+    std::string operator()(Null) const { return {}; }
+    std::string operator()(bool value) const { return value ? "True" : "False"; }
+    std::string operator()(std::int32_t value) const { return std::to_string(value); }
+    std::string operator()(double value) const
+    {
+        std::array<char, 32> text{};
+        return {text.data(), std::to_chars(text.data(), text.data() + text.size(), value).ptr};
+    }
+    std::string operator()(Currency value) const
+    {
+        const bool negative = value.tenThousandths < 0;
+        const auto bits = static_cast<std::uint64_t>(value.tenThousandths);
+        const std::uint64_t magnitude = negative ? ~bits + 1 : bits;
+        return DecimalText({negative,
+                            {0, 0, static_cast<std::uint32_t>(magnitude >> 32), static_cast<std::uint32_t>(magnitude)},
+                            kCurrencyScale});
+    }
+    std::string operator()(DateTime value) const { return DateText(value); }
+    std::string operator()(const std::string& value) const { return value; }
+    std::string operator()(const Bytes& value) const { return HexText(value); }
+    std::string operator()(const Guid& value) const
+    {
+        std::string text = HexText(value.bytes);
+        for (const std::size_t at : {20, 16, 12, 8})
+            text.insert(at, 1, '-');
+        return "{" + text + "}";
+    }
+    std::string operator()(const Numeric& value) const
+    {
+        return DecimalText({value.negative, value.magnitude, value.scale});
+    }
+};
+
+} // namespace
+
+void EncodeValue(Bytes& out, const Format& format, const ValueType& type, const Value& value)
+{
+    if (const auto* text = std::get_if<std::string>(&value)) {
+        EncodeText(out, format, type, *text);
+        return;
+    }
+    switch (type.type) {
+    case ColumnType::Byte:
+        out.push_back(WholeOf<std::uint8_t>(value));
+        return;
+    case ColumnType::Integer:
+        AppendInteger(out, static_cast<std::uint16_t>(WholeOf<std::int16_t>(value)));
+        return;
+    case ColumnType::Long:
+        AppendInteger(out, static_cast<std::uint32_t>(WholeOf<std::int32_t>(value)));
+        return;
+    case ColumnType::Currency:
+        AppendInteger(out, static_cast<std::uint64_t>(CurrencyOf(value).tenThousandths));
+        return;
+    case ColumnType::Single:
+        AppendInteger(out, std::bit_cast<std::uint32_t>(SingleOf(value)));
+        return;
+    case ColumnType::Double:
+    case ColumnType::DateTime:
+        AppendDouble(out, DoubleOf(value));
+        return;
+    case ColumnType::Binary:
+    case ColumnType::Ole:
+    case ColumnType::FixedBinary:
+        AppendBinary(out, type, value);
+        return;
+    case ColumnType::Text:
+    case ColumnType::Memo:
+        AppendTextValue(out, format, type, ToText(value));
+        return;
+    case ColumnType::Guid:
+        if (const auto* guid = std::get_if<Guid>(&value)) {
+            AppendGuid(out, *guid);
+            return;
+        }
+        break;
+    case ColumnType::Numeric:
+        AppendNumeric(out, type, value);
+        return;
+    case ColumnType::Boolean:
+        break;
+    }
+    ThrowWrongType();
+}
+
+void EncodeText(Bytes& out, const Format& format, const ValueType& type, std::string_view utf8)
+{
+    if (type.type == ColumnType::Text || type.type == ColumnType::Memo)
+        AppendTextValue(out, format, type, utf8);
+    else
+        EncodeValue(out, format, type, ParseText(type, utf8));
+}
+
+Value ParseText(const ValueType& type, std::string_view utf8)
+{
+    const std::string_view text = Trimmed(utf8);
+    switch (type.type) {
+    case ColumnType::Text:
+    case ColumnType::Memo:
+        return std::string(utf8);
+    case ColumnType::Boolean:
+        return ParseBoolean(text);
+    case ColumnType::Byte:
+    case ColumnType::Integer:
+    case ColumnType::Long:
+        if (const std::optional<std::int32_t> whole = ParseNumber<std::int32_t>(text))
+            return *whole;
+        return Round<std::int32_t>(ParseDouble(text));
+    case ColumnType::Currency:
+        return CurrencyFrom(ParseDecimalOrThrow(text, kCurrencyScale));
+    case ColumnType::Single:
+    case ColumnType::Double:
+        return ParseDouble(text);
+    case ColumnType::DateTime:
+        if (const std::optional<DateTime> date = ParseDate(text))
+            return *date;
+        break;
+    case ColumnType::Guid:
+        return ParseGuid(text);
+    case ColumnType::Numeric: {
+        const Decimal decimal = ParseDecimalOrThrow(text, type.scale);
+        return Numeric{decimal.negative, decimal.magnitude, type.scale};
+    }
+    case ColumnType::Binary:
+    case ColumnType::Ole:
+    case ColumnType::FixedBinary:
+        break;
+    }
+    ThrowWrongType();
+}
+
+Value DecodeValue(ByteSpan stored, const Format& format, const ValueType& type)
+{
+    switch (type.type) {
+    case ColumnType::Byte:
+        return std::int32_t{Exactly(stored, 1)[0]};
+    case ColumnType::Integer:
+        return std::int32_t{static_cast<std::int16_t>(LoadU16(Exactly(stored, 2), 0))};
+    case ColumnType::Long:
+        return LoadI32(Exactly(stored, 4), 0);
+    case ColumnType::Currency:
+        return Currency{static_cast<std::int64_t>(LoadU64(Exactly(stored, 8), 0))};
+    case ColumnType::Single:
+        return double{std::bit_cast<float>(LoadU32(Exactly(stored, 4), 0))};
+    case ColumnType::Double:
+        return std::bit_cast<double>(LoadU64(Exactly(stored, 8), 0));
+    case ColumnType::DateTime:
+        return DateTime{std::bit_cast<double>(LoadU64(Exactly(stored, 8), 0))};
+    case ColumnType::Binary:
+    case ColumnType::Ole:
+    case ColumnType::FixedBinary:
+        return Bytes(stored.begin(), stored.end());
+    case ColumnType::Text:
+    case ColumnType::Memo:
+        return DecodeText(stored, format);
+    case ColumnType::Guid:
+        return DecodeGuid(Exactly(stored, kGuidSize));
+    case ColumnType::Numeric:
+        return DecodeNumeric(Exactly(stored, kNumericSize), type.scale);
+    case ColumnType::Boolean:
+        break;
+    }
+    throw CorruptValue("A value has a type that has no bytes in a row");
+}
+
+std::string ToText(const Value& value)
+{
+    return std::visit(TextOf{}, value);
+}
+
+} // namespace jet
