@@ -1,0 +1,48 @@
+# The ways to build and check velmora. Everything built goes into build/.
+
+SHELL := /bin/sh
+JOBS ?= $(shell nproc 2>/dev/null || echo 2)
+PROGRAM := build/velmora
+
+.PHONY: all setup build run test test-sanitize bench check-large clean
+
+all: build
+
+# Installs the packages that are missing; says nothing when all are there.
+setup:
+	@tools/setup.sh
+
+# The optimised program, at build/velmora.
+build: setup
+	@cmake --preset release --log-level=WARNING
+	@cmake --build --preset release --parallel $(JOBS) --target velmora
+	@cp build/release/src/console/velmora $(PROGRAM)
+
+# Converts the example orders and shows the tables that came out.
+run: build
+	@examples/run.sh $(PROGRAM)
+
+# Builds everything and runs every test.
+test: build
+	@cmake --build --preset release --parallel $(JOBS)
+	@ctest --preset release --parallel $(JOBS)
+
+# The same tests with assertions, under AddressSanitizer and UndefinedBehaviorSanitizer.
+test-sanitize: setup
+	@cmake --preset sanitize --log-level=WARNING
+	@cmake --build --preset sanitize --parallel $(JOBS)
+	@ctest --preset sanitize --parallel $(JOBS)
+
+# CPU time and memory of a conversion beside its floor.
+bench: build
+	@cmake --build --preset release --parallel $(JOBS) --target bench_floor
+	@python3 bench/run.py --program $(PROGRAM) --floor build/release/bench/bench_floor --data build/bench
+
+# The large inputs: some minutes, some gigabytes. VELMORA_SHARED names the shared corpus (../shared otherwise).
+check-large: build
+	@cmake --preset sanitize --log-level=WARNING
+	@cmake --build --preset sanitize --parallel $(JOBS) --target velmora
+	@python3 bench/check_large.py --program $(PROGRAM) --sanitized build/sanitize/src/console/velmora --data build/large
+
+clean:
+	@rm -rf build
