@@ -15,8 +15,8 @@ enum class Buttons { Ok, OkCancel, RetryCancel, YesNoCancel };
 enum class Answer { Ok, Cancel, Retry, Yes, No };
 enum class ProgressBarId { Files, Records };
 
-/// What the converter asks of a person or shows to one. The window, the console and the tests' scripted host implement it; no
-/// other code knows which one is there. Boxes are never asked for in a quiet run.
+/// What the converter asks of a person or shows to one. The window, the console and the tests' scripted host implement
+/// it; no other code knows which one is there. Boxes are never asked for in a quiet run.
 class Host {
 public:
     virtual ~Host() = default;

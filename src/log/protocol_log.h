@@ -3,16 +3,20 @@
 #include "log/host.h"
 #include "log/run_flags.h"
 #include "log/runtime_error.h"
+#include "platform/clock.h"
 
 #include <cstdio>
 #include <functional>
-#include <memory>
 #include <string>
 #include <string_view>
+#include <vector>
 
 namespace velmora {
 
 /// The record of what a run did: the protocol text, newest line first, and, while a file is open, the protocol file.
+///
+/// What is written reaches the file with every line for the user, every error report, and whenever a second has passed:
+/// a process that is killed loses little, and a trace of millions of lines still goes out in large pieces.
 class ProtocolLog {
 public:
     /// `commandLine` builds the command line that reproduces the current settings; asked for in error reports only.
@@ -29,9 +33,14 @@ public:
     /// One line for the user: time stamp, a blank, `text`. Stands first in Text(), and in the file when `alsoToFile`.
     void ProtocolAppend(std::string_view text, bool alsoToFile = true);
     /// One line for the developer: only with blDebug, only to the file.
-    void Trace(std::string_view text);
+    void Trace(std::string_view text)
+    {
+        if (IsTracing())
+            WriteTraceLine(text);
+    }
     [[nodiscard]] bool IsTracing() const noexcept { return flags_.blDebug && file_ != nullptr; }
-    /// One line into the file when it is open. A failing write is an error of the run, reported once.
+    /// One line into the file when it is open. A failing write is an error of the run, reported once: the file is
+    /// closed then.
     void WriteProtocolFile(std::string_view text);
     /// The error report: the line, the block in the file, the message box unless quiet; sets blAbort.
     void ErrorReport(std::string_view procedureName, std::string_view statement, const RuntimeError& error);
@@ -44,12 +53,21 @@ public:
     [[nodiscard]] int ErrorCount() const noexcept { return errorCount_; }
 
 private:
+    void WriteTraceLine(std::string_view text);
+    /// Puts one line into the file's buffer; sends the buffer on when `flush` or when a second has passed.
+    void WriteLine(std::string_view stamp, std::string_view gap, std::string_view text, bool flush);
+    void ReportWriteError();
+
     RunFlags& flags_;
     Host& host_;
     std::function<std::string()> commandLine_;
+    TimeStampClock clock_;
     std::FILE* file_ = nullptr;
-    std::string lines_; ///< oldest first; Text() turns it round
-    mutable std::string text_;
+    std::string path_;
+    std::int64_t flushedAt_ = 0;     ///< CoarseMilliseconds() of the last flush
+    std::vector<std::string> lines_; ///< oldest first; Text() turns them round
+    mutable std::string text_;       ///< made by Text()
+    mutable bool textIsCurrent_ = true;
     int errorCount_ = 0;
 };
 

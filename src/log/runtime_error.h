@@ -5,8 +5,8 @@
 
 namespace velmora {
 
-/// A run-time failure: a number and a description. Numbers are those of the language (9 "Subscript out of range", 53 "File not
-/// found") or of the database engine (3163 and the like).
+/// A run-time failure: a number and a description. Numbers are those of the language (9 "Subscript out of range", 53
+/// "File not found") or of the database engine (3163 and the like).
 class RuntimeError : public std::runtime_error {
 public:
     RuntimeError(int number, const std::string& description) : std::runtime_error(description), number_(number) {}
@@ -19,6 +19,7 @@ private:
 
 namespace runtime_errors {
 inline constexpr int kInvalidProcedureCall = 5;
+inline constexpr int kOutOfMemory = 7;
 inline constexpr int kSubscriptOutOfRange = 9;
 inline constexpr int kBadFileName = 52;
 inline constexpr int kFileNotFound = 53;

@@ -12,7 +12,8 @@ struct MappingEntry {
     std::string name; ///< the table or column name in its place
 };
 
-/// The user's table of other names for XML tags, in the order in which it was read or typed. Entries are numbered from 1.
+/// The user's table of other names for XML tags, in the order in which it was read or typed. Entries are numbered
+/// from 1.
 class TagMap {
 public:
     [[nodiscard]] std::size_t UpperBound() const noexcept { return entries_.size(); }

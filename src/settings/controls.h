@@ -26,8 +26,9 @@ struct ComboControl {
     [[nodiscard]] const std::string& Text() const { return items[selected]; }
 };
 
-/// The state of the main window's controls: the single place where a user or the command line sets an option. A window binds its
-/// widgets to this data both ways; without a window the data is all there is. Members bear the controls' own names.
+/// The state of the main window's controls: the single place where a user or the command line sets an option. A window
+/// binds its widgets to this data both ways; without a window the data is all there is. Members bear the controls' own
+/// names.
 struct Controls {
     TextControl txtFILE_XML, txtFILE_XML_RENAMED, txtXML_URL, txtXML_USER, txtXML_PASSWORD;
     TextControl txtFILE_MDB, txtFILE_TXT, txtFILE_LOG, txtFILE_MAPPING, txtDELIMITER;
@@ -48,7 +49,7 @@ struct Controls {
     bool btnConvertEnabled = true;
     std::string btnQuitCaption = "Exit"; ///< "Cancel" while a run is going on
     bool optionsEnabled = true;
-    std::string txtXML;     ///< structure description
+    std::string txtXML; ///< structure description
     std::string lblVersion;
 
     /// What depends on what: with "Re-create database" checked, extending and emptying are disabled, and so on.

@@ -5,6 +5,8 @@
 #include "settings/controls.h"
 #include "settings/conversion_settings.h"
 
+#include <utility>
+
 namespace velmora {
 
 /// What a whole run shares. Made by the application, handed down by reference.
@@ -23,7 +25,14 @@ struct Job {
 template <class Body>
 bool Procedure(Job& job, std::string_view name, Body&& body)
 {
-    return Procedure(job.log, name, {}, std::forward<Body>(body));
+    return Procedure(job.log, name, std::string_view(), std::forward<Body>(body));
+}
+
+/// With an argument for the trace line: a text, or a callable that builds one.
+template <class Argument, class Body>
+bool Procedure(Job& job, std::string_view name, const Argument& argument, Body&& body)
+{
+    return Procedure(job.log, name, argument, std::forward<Body>(body));
 }
 
 } // namespace velmora

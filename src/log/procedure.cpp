@@ -1,0 +1,60 @@
+#include "log/procedure.h"
+
+#include "platform/utf8.h"
+
+namespace velmora {
+
+namespace {
+
+/// A document may nest its elements without end, and so may the path that a trace line shows.
+constexpr std::size_t kMaxTracedArgument = 1000;
+
+} // namespace
+
+void Step::operator()(std::string_view what)
+{
+    copy_ = what;
+    Keep(copy_);
+}
+
+void Step::Keep(std::string_view what)
+{
+    what_ = what;
+    build_ = nullptr;
+    log_.Trace(what_);
+}
+
+void Step::TraceBuilt()
+{
+    if (log_.IsTracing())
+        log_.Trace(build_(room_));
+}
+
+std::string Step::Statement() const
+{
+    return std::string(name_) + ": " + (build_ != nullptr ? build_(room_) : std::string(what_));
+}
+
+namespace procedure_detail {
+
+void TraceEntry(ProtocolLog& log, std::string_view name, std::string_view argument)
+{
+    log.Trace(std::string(name) + ": " + std::string(CutUtf8(argument, kMaxTracedArgument)));
+}
+
+void ReportCurrentException(ProtocolLog& log, std::string_view name, const Step& step)
+{
+    try {
+        throw;
+    } catch (const RuntimeError& error) {
+        log.ErrorReport(name, step.Statement(), error);
+    } catch (const std::bad_alloc&) {
+        log.ErrorReport(name, step.Statement(), RuntimeError(runtime_errors::kOutOfMemory, "Out of memory"));
+    } catch (const std::exception& error) {
+        log.ErrorReport(name, step.Statement(), RuntimeError(runtime_errors::kApplicationDefined, error.what()));
+    }
+}
+
+} // namespace procedure_detail
+
+} // namespace velmora
