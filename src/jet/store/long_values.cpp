@@ -93,7 +93,8 @@ Bytes ReadChain(Pager& pager, const FieldHeader& header, PageNumber rowPage)
                           "a long value of " + std::to_string(header.length) + " bytes is larger than the file");
     Bytes value;
     value.reserve(header.length);
-    for (RowId id = header.first; value.size() < header.length;) {
+    RowId id = header.first;
+    while (value.size() < header.length) {
         if (id.IsNone())
             throw CorruptPage(rowPage, "the chain of a long value ends after " + std::to_string(value.size()) + " of " +
                                            std::to_string(header.length) + " bytes");
@@ -101,6 +102,9 @@ Bytes ReadChain(Pager& pager, const FieldHeader& header, PageNumber rowPage)
         AppendBytes(value, part.value.first(std::min(part.value.size(), header.length - value.size())));
         id = part.next;
     }
+    if (!id.IsNone())
+        throw CorruptPage(rowPage,
+                          "the chain of a long value goes on behind its " + std::to_string(header.length) + " bytes");
     return value;
 }
 

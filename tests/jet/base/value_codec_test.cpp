@@ -1,0 +1,146 @@
+#include "jet/base/value_codec.h"
+
+#include "hex.h"
+#include "jet/error.h"
+
+#include <gtest/gtest.h>
+#include <optional>
+
+namespace jet::testing {
+
+namespace {
+
+const Format& kFormat = FormatOf(JetVersion::Jet4);
+
+ValueType TypeOf(ColumnType type)
+{
+    return {.type = type, .sizeBytes = 20, .compressed = false, .precision = 18, .scale = 3};
+}
+
+} // namespace
+
+TEST(ValueCodec, StoresValuesAsAccessDoes)
+{
+    struct Case {
+        const char* name;
+        ColumnType type;
+        Value value;
+        const char* bytes;
+        const char* text;
+    };
+    const Guid guid{{0x12, 0x34, 0x56, 0x78, 0x9A, 0xBC, 0xDE, 0xF0, 1, 2, 3, 4, 5, 6, 7, 8}};
+    const Case cases[] = {
+        {"byte", ColumnType::Byte, 255, "FF", "255"},
+        {"integer", ColumnType::Integer, -2, "FE FF", "-2"},
+        {"long", ColumnType::Long, -1234567, "79 29 ED FF", "-1234567"},
+        {"currency", ColumnType::Currency, Currency{-12'345'600}, "00 9F 43 FF FF FF FF FF", "-1234.56"},
+        {"smallest currency", ColumnType::Currency, Currency{INT64_MIN}, "00 00 00 00 00 00 00 80",
+         "-922337203685477.5808"},
+        {"single", ColumnType::Single, 0.5, "00 00 00 3F", "0.5"},
+        {"double", ColumnType::Double, 0.1, "9A 99 99 99 99 99 B9 3F", "0.1"},
+        {"date", ColumnType::DateTime, DateTime{42329.5}, "00 00 00 00 30 AB E4 40", "2015-11-21 12:00:00"},
+        {"the time counts forward before day 0", ColumnType::DateTime, DateTime{-1.25}, "00 00 00 00 00 00 F4 BF",
+         "1899-12-29 06:00:00"},
+        {"binary", ColumnType::Binary, Bytes{1, 0xAB}, "01 AB", "01AB"},
+        {"text", ColumnType::Text, std::string("Aß"), "41 00 DF 00", "Aß"},
+        {"guid", ColumnType::Guid, guid, "78 56 34 12 BC 9A F0 DE 01 02 03 04 05 06 07 08",
+         "{12345678-9ABC-DEF0-0102-030405060708}"},
+        {"numeric", ColumnType::Numeric, Numeric{true, {0, 0, 1, 2}, 3},
+         "80 00 00 00 00 00 00 00 00 01 00 00 00 02 00 00 00", "-4294967.298"},
+    };
+    for (const Case& c : cases) {
+        SCOPED_TRACE(c.name);
+        Bytes stored;
+        EncodeValue(stored, kFormat, TypeOf(c.type), c.value);
+        EXPECT_EQ(Hex(stored), c.bytes);
+        EXPECT_EQ(DecodeValue(stored, kFormat, TypeOf(c.type)), c.value);
+        EXPECT_EQ(ToText(c.value), c.text);
+        if (c.type != ColumnType::Binary) {
+            Bytes fromText;
+            EncodeText(fromText, kFormat, TypeOf(c.type), c.text);
+            EXPECT_EQ(Hex(fromText), c.bytes);
+        }
+    }
+}
+
+TEST(ValueCodec, ReadsTextTheWayAProviderDoes)
+{
+    struct Case {
+        const char* name;
+        ColumnType type;
+        std::string_view text;
+        std::optional<ErrorNumber> error;
+        const char* shown;
+    };
+    constexpr auto kWrong = ErrorNumber::WrongType;
+    constexpr auto kSmall = ErrorNumber::FieldTooSmall;
+    const Case cases[] = {
+        {"blanks around", ColumnType::Long, " +17\n", {}, "17"},
+        {"half to even, down", ColumnType::Long, "2.5", {}, "2"},
+        {"half to even, up", ColumnType::Long, "3.5", {}, "4"},
+        {"exponent", ColumnType::Long, "1e3", {}, "1000"},
+        {"too large", ColumnType::Long, "2147483648", kWrong, ""},
+        {"too large for the type", ColumnType::Byte, "256", kWrong, ""},
+        {"no number", ColumnType::Long, "12a", kWrong, ""},
+        {"nothing", ColumnType::Long, "", kWrong, ""},
+        {"infinity is no number", ColumnType::Double, "inf", kWrong, ""},
+        {"too large for a single", ColumnType::Single, "1e39", kWrong, ""},
+        {"currency is exact", ColumnType::Currency, "922337203685477.5807", {}, "922337203685477.5807"},
+        {"currency is rounded", ColumnType::Currency, "-0.00005", {}, "-0.0001"},
+        {"currency overflows", ColumnType::Currency, "922337203685477.5808", kWrong, ""},
+        {"a huge exponent ends at once", ColumnType::Currency, "1e2000000000", kWrong, ""},
+        {"a tiny exponent is nothing", ColumnType::Currency, "1e-2000000000", {}, "0"},
+        {"numeric keeps its scale", ColumnType::Numeric, "1.2345", {}, "1.235"},
+        {"numeric over its precision", ColumnType::Numeric, "1234567890123456", kSmall, ""},
+        {"month first", ColumnType::DateTime, "3/5/2024 14:07", {}, "2024-03-05 14:07:00"},
+        {"ISO", ColumnType::DateTime, "2024-02-29T23:59:59.9", {}, "2024-03-01 00:00:00"},
+        {"time only", ColumnType::DateTime, "06:00", {}, "1899-12-30 06:00:00"},
+        {"no such day", ColumnType::DateTime, "2023-02-29", kWrong, ""},
+        {"guid without braces",
+         ColumnType::Guid,
+         "12345678-9abc-def0-0102-030405060708",
+         {},
+         "{12345678-9ABC-DEF0-0102-030405060708}"},
+        {"guid cut short", ColumnType::Guid, "{12345678-9abc-def0-0102-0304050607}", kWrong, ""},
+        {"text that just fits", ColumnType::Text, "äääääääääa", {}, "äääääääääa"},
+        {"text too long", ColumnType::Text, "ääääääääääa", kSmall, ""},
+        {"surrogates count as two", ColumnType::Text, "123456789\U0001F600", kSmall, ""},
+        {"memo of any length", ColumnType::Memo, "12345678901234567890", {}, "12345678901234567890"},
+    };
+    for (const Case& c : cases) {
+        SCOPED_TRACE(c.name);
+        Bytes stored;
+        try {
+            EncodeText(stored, kFormat, TypeOf(c.type), c.text);
+            EXPECT_FALSE(c.error);
+            EXPECT_EQ(ToText(DecodeValue(stored, kFormat, TypeOf(c.type))), c.shown);
+        } catch (const Error& error) {
+            EXPECT_EQ(error.Number(), c.error);
+        }
+    }
+    EXPECT_EQ(ParseText(TypeOf(ColumnType::Boolean), "TRUE"), Value(true));
+    EXPECT_EQ(ParseText(TypeOf(ColumnType::Boolean), "-1"), Value(true));
+    EXPECT_EQ(ParseText(TypeOf(ColumnType::Boolean), "false"), Value(false));
+}
+
+TEST(ValueCodec, BytesOfAnotherSizeAreDamage)
+{
+    for (const ColumnType type :
+         {ColumnType::Byte, ColumnType::Integer, ColumnType::Long, ColumnType::Currency, ColumnType::Single,
+          ColumnType::Double, ColumnType::DateTime, ColumnType::Guid, ColumnType::Numeric, ColumnType::Boolean}) {
+        SCOPED_TRACE(static_cast<int>(type));
+        EXPECT_THROW(static_cast<void>(DecodeValue(Bytes(3), kFormat, TypeOf(type))), Error);
+        EXPECT_THROW(static_cast<void>(DecodeValue(Bytes(), kFormat, TypeOf(type))), Error);
+    }
+}
+
+TEST(Error, NamesTakeTheirPlaces)
+{
+    const Error error(ErrorNumber::NoSuchIndex, {"PrimaryKey", "orders"}, "Nothing was changed.");
+    EXPECT_STREQ(error.what(), "No such index 'PrimaryKey' on table 'orders'. Nothing was changed.");
+    EXPECT_EQ(error.HResult(), 0x80040E14u);
+    EXPECT_STREQ(CorruptPage(17, "row 3 begins at byte 4100").what(),
+                 "Page 17: row 3 begins at byte 4100; the database is damaged.");
+}
+
+} // namespace jet::testing

@@ -1,0 +1,135 @@
+#include "jet/store/usage_map.h"
+
+#include "jet/store/data_page.h"
+#include "memory_file.h"
+
+#include <gtest/gtest.h>
+#include <random>
+#include <set>
+
+namespace jet::testing {
+
+namespace {
+
+constexpr Byte kReferenceForm = 1;
+
+struct MapPage {
+    MemoryDisk disk;
+    std::unique_ptr<Pager> pager;
+    PageNumber page;
+
+    explicit MapPage(JetVersion version) : pager(NewPager(disk, version))
+    {
+        const MutablePageRef fresh = pager->Allocate();
+        DataPageEditor::MakeEmpty(fresh, pager->GetFormat(), kUsageMapOwner);
+        page = fresh.Number();
+    }
+    [[nodiscard]] ByteSpan Record(const UsageMap& map) const
+    {
+        return DataPage(pager->Read(page).Bytes(), page, pager->GetFormat()).Row(map.Record().slot);
+    }
+};
+
+} // namespace
+
+TEST(UsageMap, BehavesLikeASet)
+{
+    const unsigned seed = std::random_device{}();
+    SCOPED_TRACE(seed);
+    std::mt19937 random(seed);
+    for (const JetVersion version : kBothVersions) {
+        // From a map that stays as it is to one that spreads over the largest possible file.
+        for (const PageNumber range : {300u, 2'000u, 40'000u, 524'288u}) {
+            SCOPED_TRACE(range);
+            MapPage host(version);
+            UsageMap map(*host.pager, *UsageMap::CreateRecord(*host.pager, host.page));
+            UsageMap neighbour(*host.pager, *UsageMap::CreateRecord(*host.pager, host.page));
+            neighbour.Add(5);
+            std::set<PageNumber> model;
+            for (int step = 0; step < 3000; ++step) {
+                const auto page = static_cast<PageNumber>(random() % range);
+                if (random() % 3 != 0) {
+                    map.Add(page);
+                    model.insert(page);
+                } else {
+                    map.Remove(page);
+                    model.erase(page);
+                }
+                ASSERT_EQ(map.Contains(page), model.contains(page));
+                const auto from = static_cast<PageNumber>(random() % range);
+                const auto next = model.lower_bound(from);
+                ASSERT_EQ(map.Next(from), next == model.end() ? std::nullopt : std::optional(*next));
+            }
+            EXPECT_EQ(map.Pages(), std::vector<PageNumber>(model.begin(), model.end()));
+            EXPECT_EQ(neighbour.Pages(), std::vector<PageNumber>{5});
+        }
+    }
+}
+
+TEST(UsageMap, TakesTheFormThatAccessGivesIt)
+{
+    for (const JetVersion version : kBothVersions) {
+        MapPage host(version);
+        const std::size_t usual = host.pager->GetFormat().usageMap.recordSize;
+        UsageMap map(*host.pager, *UsageMap::CreateRecord(*host.pager, host.page));
+        // The first page of an empty map is where its bits begin.
+        map.Add(3003);
+        EXPECT_EQ(host.Record(map).size(), usual);
+        EXPECT_EQ(LoadU32(host.Record(map), 1), 3000u);
+        // A page behind the range makes the record longer, by whole groups of 32 pages.
+        const auto behind = static_cast<PageNumber>(3000 + (usual - 5) * 8);
+        map.Add(behind);
+        EXPECT_EQ(host.Record(map).size(), usual + 4);
+        EXPECT_EQ(host.Record(map)[0], 0);
+        // A page before it asks for the other form, with a record of the usual size and a page of bits.
+        map.Add(7);
+        EXPECT_EQ(host.Record(map).size(), usual);
+        EXPECT_EQ(host.Record(map)[0], kReferenceForm);
+        EXPECT_EQ(LoadU32(host.Record(map), 1), host.page + 1);
+        EXPECT_EQ(map.Pages(), (std::vector<PageNumber>{7, 3003, behind}));
+        map.Destroy();
+        EXPECT_EQ(FreePages(*host.pager), std::vector<PageNumber>{host.page + 1});
+    }
+}
+
+TEST(UsageMap, APageOfMapsHoldsAsManyAsAccessPutsThere)
+{
+    for (const auto& [version, expected] : {std::pair(JetVersion::Jet3, 15), std::pair(JetVersion::Jet4, 57)}) {
+        MapPage host(version);
+        int count = 0;
+        while (UsageMap::CreateRecord(*host.pager, host.page))
+            ++count;
+        EXPECT_EQ(count, expected);
+    }
+}
+
+TEST(UsageMap, RecordsThatAreNoMapsAreDamage)
+{
+    struct Case {
+        const char* name;
+        Byte form;
+        std::uint32_t word;
+    };
+    const Case cases[] = {
+        {"unknown form", 7, 0},
+        {"begins within a byte", 0, 3},
+        {"begins behind every file", 0, 0xFFFFFFF8},
+        {"bitmap page outside the file", 1, 0x00FFFFFF},
+        {"bitmap page of another type", 1, 1},
+    };
+    for (const Case& c : cases) {
+        SCOPED_TRACE(c.name);
+        MapPage host(JetVersion::Jet4);
+        UsageMap map(*host.pager, *UsageMap::CreateRecord(*host.pager, host.page));
+        DataPageEditor editor(host.pager->Write(host.page), host.pager->GetFormat());
+        editor.RowBytes(map.Record().slot)[0] = c.form;
+        StoreU32(editor.RowBytes(map.Record().slot), 1, c.word);
+        EXPECT_THROW(static_cast<void>(map.Pages()), Error);
+        EXPECT_THROW(map.Add(4), Error);
+        EXPECT_THROW(map.Remove(4), Error);
+    }
+    MapPage host(JetVersion::Jet4);
+    EXPECT_THROW(static_cast<void>(UsageMap(*host.pager, RowId{host.page, 9}).Pages()), Error);
+}
+
+} // namespace jet::testing
