@@ -1,0 +1,35 @@
+#include "app/application.h"
+
+#include "app/version.h"
+#include "mapping/tag_map_file.h"
+#include "settings/command_line.h"
+
+namespace velmora {
+
+void Application::Form_Load(std::string_view commandLine)
+{
+    Controls& controls = job_.controls;
+    tagMap_.Clear();
+    controls.tabMain = 0;
+    controls.tabSourceType = 0;
+    controls.lblVersion = Version();
+    controls.cboDatabase.selected = 0;
+    controls.chkAPPEND.value = CheckState::Checked;
+    controls.chkEXPORT_COLUMN_NAMES.value = CheckState::Checked;
+    job_.settings.blDebug = false;
+
+    ApplyCommandLine(commandLine, controls, job_.settings.blDebug, [this](std::string_view token) {
+        job_.log.ProtocolAppend("Unknown parameter:" + std::string(token));
+    });
+    controls.UpdateEnabled();
+    // Known before the mapping file is read: an error in it must not stop an unattended run with a box.
+    job_.settings.blQuiet = controls.chkQuiet.Checked();
+
+    job_.host.SetProgressRange(ProgressBarId::Records, 100);
+    const bool isMappingNamed = !controls.txtFILE_MAPPING.text.empty();
+    mappingLoaded_ = !isMappingNamed || velLoadTagMapping(job_, tagMap_, controls.txtFILE_MAPPING.text);
+    controls.chkEnableTagMapping.value = isMappingNamed ? CheckState::Checked : CheckState::Unchecked;
+    job_.host.ControlsChanged();
+}
+
+} // namespace velmora

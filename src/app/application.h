@@ -1,0 +1,39 @@
+#pragma once
+
+#include "driver/batch.h"
+#include "mapping/tag_map.h"
+#include "settings/job.h"
+
+#include <string_view>
+
+namespace velmora {
+
+/// The program without its front end: what one process shares, its start-up, and the runs it is asked for.
+class Application {
+public:
+    explicit Application(Host& host) : job_(host), batch_(job_, tagMap_) {}
+
+    /// The start-up: sets the controls to their first state, then by the raw command line (without the program's name),
+    /// and loads the mapping file that it names. Unknown words go to the protocol. Throws CommandLineError when the
+    /// line makes no sense as a whole. Whether a run follows at once is for the caller to read from
+    /// Job().controls.chkQuiet.
+    void Form_Load(std::string_view commandLine);
+
+    /// The "Convert" button.
+    RunOutcome Convert() { return batch_.btnConvert_Click(); }
+    /// The "Cancel" button: ends the run that is going on; nothing without one.
+    void Cancel() { batch_.btnQuit_Click(); }
+
+    [[nodiscard]] Job& GetJob() noexcept { return job_; }
+    [[nodiscard]] TagMap& GetTagMap() noexcept { return tagMap_; }
+    /// False when the start-up named a mapping file that was missing or could not be read to its end.
+    [[nodiscard]] bool MappingLoaded() const noexcept { return mappingLoaded_; }
+
+private:
+    Job job_;
+    TagMap tagMap_;
+    Batch batch_;
+    bool mappingLoaded_ = true;
+};
+
+} // namespace velmora

@@ -1,0 +1,10 @@
+#include "app/version.h"
+
+namespace velmora {
+
+std::string_view Version() noexcept
+{
+    return VELMORA_VERSION;
+}
+
+} // namespace velmora

@@ -1,0 +1,10 @@
+#pragma once
+
+#include <string>
+
+namespace velmora {
+
+/// What `--help` writes. Lines end in LF.
+[[nodiscard]] std::string HelpText();
+
+} // namespace velmora

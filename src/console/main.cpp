@@ -1,0 +1,86 @@
+// velmora: conversions from a command line, without a window.
+
+#include "app/application.h"
+#include "app/version.h"
+#include "console/closing_table.h"
+#include "console/console_host.h"
+#include "console/exit_status.h"
+#include "console/help.h"
+#include "platform/interrupt.h"
+#include "platform/program.h"
+#include "settings/command_line.h"
+
+#include <algorithm>
+#include <exception>
+#include <string>
+#include <vector>
+
+namespace {
+
+using namespace velmora;
+
+constexpr std::string_view kWindowProgram = "velmora-gui";
+
+/// Whether the command line asks for a run without a window. What else it says is not looked at yet.
+bool WantsQuietRun(const std::string& line)
+{
+    Controls controls;
+    bool debug = false;
+    ApplyCommandLine(line, controls, debug, [](std::string_view) {});
+    return controls.chkQuiet.Checked();
+}
+
+ExitStatus OpenWindow(ConsoleHost& host, const std::vector<std::string>& arguments)
+{
+    const bool isInstalled = HasSiblingProgram(kWindowProgram);
+    if (isInstalled && HasDisplay() && BecomeSiblingProgram(kWindowProgram, arguments))
+        return ExitStatus::Success;
+    host.WriteError(std::string("without +quiet the window opens, ") +
+                    (isInstalled ? "and there is no display to open it on\n" : "and this installation has none\n") +
+                    "To convert here, write for example\n"
+                    "  velmora xml=orders.xml mdb=orders.mdb +quiet\n"
+                    "velmora --help lists every option");
+    return ExitStatus::NothingToConvert;
+}
+
+ExitStatus RunQuietly(ConsoleHost& host, const std::string& line)
+{
+    Application application(host);
+    host.SetCancel([&application] { application.Cancel(); });
+    application.Form_Load(line);
+    const RunOutcome outcome = application.Convert();
+    const std::string table = ClosingTable(outcome.tables);
+    if (!table.empty())
+        host.Write("\n" + table);
+    return StatusOf(outcome, application.MappingLoaded());
+}
+
+ExitStatus Main(const std::vector<std::string>& arguments)
+{
+    const auto given = [&arguments](std::string_view word) {
+        return std::find(arguments.begin(), arguments.end(), word) != arguments.end();
+    };
+    ConsoleHost host;
+    if (given("--help") || given("--version")) {
+        host.Write(given("--help") ? HelpText() : "velmora " + std::string(Version()) + "\n");
+        return ExitStatus::Success;
+    }
+    CatchInterrupts();
+    try {
+        const std::string line = JoinArguments(arguments);
+        return WantsQuietRun(line) ? RunQuietly(host, line) : OpenWindow(host, arguments);
+    } catch (const CommandLineError& error) {
+        host.WriteError(error.what());
+        return ExitStatus::NothingToConvert;
+    } catch (const std::exception& error) {
+        host.WriteError(error.what());
+        return ExitStatus::Error;
+    }
+}
+
+} // namespace
+
+int main(int argc, char* argv[])
+{
+    return static_cast<int>(Main(std::vector<std::string>(argv + 1, argv + std::max(argc, 1))));
+}
