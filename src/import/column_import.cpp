@@ -1,0 +1,219 @@
+#include "import/column_import.h"
+
+#include "schema/engine_errors.h"
+
+namespace velmora {
+
+ColumnImport::ColumnImport(Job& job, DatabaseSession& session, const Document& document, const StructureModel& model,
+                           const TagMap& map, TableSinks& sinks, ValueAccount& account)
+    : job_(job), document_(document), model_(model), sinks_(sinks), fields_(document, job.settings, map, sinks),
+      writer_(job, session, account)
+{
+}
+
+void ColumnImport::velImportNodeColumns(ElementId element, int sink)
+{
+    Procedure(job_, "velImportNodeColumns", [&](Step& step) {
+        for (ElementId leaf = document_.FirstChild(element); leaf != kNoElement; leaf = document_.NextSibling(leaf)) {
+            if (document_.ChildCount(leaf) > 0 || !HasText(document_.Content(leaf)))
+                continue;
+            step([this, leaf, sink] {
+                return "Insert value for [" + sinks_[sink].records->Source() + "].[" + fields_.ColumnOfLeaf(leaf) + "]";
+            });
+            try {
+                if (!ImportLeaf(leaf, sink) && !job_.settings.blAbort)
+                    ImportLeafIntoOwnTable(leaf, sink);
+            } catch (const RuntimeError& error) {
+                if (!IsLockConflict(error))
+                    throw;
+                lockConflict_ = error;
+            }
+            if (job_.settings.blAbort || lockConflict_)
+                return;
+        }
+    });
+    ThrowIfLocked();
+}
+
+void ColumnImport::velImportNodeAttributes(ElementId element, int sink)
+{
+    Procedure(job_, "velImportNodeAttributes", [&](Step& step) {
+        try {
+            SetAttributes(element, sink, step);
+        } catch (const RuntimeError& error) {
+            if (!IsLockConflict(error))
+                throw;
+            lockConflict_ = error;
+        }
+    });
+    ThrowIfLocked();
+}
+
+/// A lock held by somebody else is for the builder of the record to wait for; it is no failure of the procedure that
+/// met it.
+void ColumnImport::ThrowIfLocked()
+{
+    if (!lockConflict_)
+        return;
+    const RuntimeError conflict = *lockConflict_;
+    lockConflict_.reset();
+    throw conflict;
+}
+
+/// False when the record's table has no column for the leaf.
+bool ColumnImport::ImportLeaf(ElementId leaf, int sinkNumber)
+{
+    TableSink& sink = sinks_[sinkNumber];
+    const auto field = fields_.InParent(sink, leaf);
+    return field && SetUnlessWrongType(sink, *field, leaf);
+}
+
+bool ColumnImport::SetUnlessWrongType(TableSink& sink, std::size_t field, ElementId leaf)
+{
+    try {
+        writer_.Set(sink, field, {{}, document_.NameText(document_.Name(leaf))}, document_.Content(leaf),
+                    {leaf, ValueOrigin::kOwnText});
+        return true;
+    } catch (const RuntimeError& error) {
+        if (error.Number() != engine_errors::kWrongType)
+            throw;
+        return false;
+    }
+}
+
+void ColumnImport::ImportOwnText(ElementId leaf, TableSink& sink)
+{
+    // A record without its text is still a record: the loss is counted, not fatal.
+    if (const auto field = fields_.InOwnTable(sink, leaf))
+        (void)SetUnlessWrongType(sink, *field, leaf);
+}
+
+void ColumnImport::ImportLeafIntoOwnTable(ElementId leaf, int ownerSink)
+{
+    const int number = SinkOf(leaf);
+    if (number == TableSinks::kNone || !sinks_[number].HasTable())
+        return;
+    TableSink& sink = sinks_[number];
+    TableSink& owner = sinks_[ownerSink];
+    writer_.Begin(sink);
+    if (job_.settings.blOneTablePerElement)
+        writer_.SetMasterTable(sink, owner.records->Source());
+    writer_.SetForeignKey(sink, writer_.Key(owner));
+    ImportOwnText(leaf, sink);
+    if (job_.settings.blAbort)
+        return;
+    Save(number, ownerSink);
+}
+
+void ColumnImport::SetAttributes(ElementId element, int sinkNumber, Step& step)
+{
+    TableSink& sink = sinks_[sinkNumber];
+    sink.values.attributeOwner = element;
+    const std::uint32_t count = document_.AttributeCount(element);
+    for (std::uint32_t index = 0; index < count; ++index) {
+        const std::string_view value = document_.AttributeValue(element, index);
+        if (value.empty())
+            continue;
+        ++sink.values.attributesOffered;
+        const NameId name = document_.AttributeName(element, index);
+        step([this, name, &sink] {
+            return "Import attribute [" + std::string(document_.NameText(name)) + "] into table [" +
+                   sink.records->Source() + "]";
+        });
+        const auto field = fields_.Attribute(sink, sinkNumber, element, index);
+        if (!field)
+            continue; // an element of the same name has taken the column's place: the loss is counted
+        writer_.Set(sink, *field, {job_.settings.strAttrPrefix, document_.NameText(name)}, value, {element, name});
+        if (job_.settings.blAbort)
+            return;
+    }
+}
+
+void ColumnImport::velImportTwinBabyElements(ElementId leaf, std::int32_t ownerKey, int ownerSink)
+{
+    const std::string_view content = document_.Content(leaf);
+    const bool withAttributes = job_.settings.blImportAttributes && document_.AttributeCount(leaf) > 0;
+    const int number = SinkOf(leaf);
+    if ((content.empty() && !withAttributes) || number == TableSinks::kNone || !sinks_[number].HasTable())
+        return;
+    const bool completed = Procedure(job_, "velImportTwinBabyElements", [&](Step& step) {
+        TableSink& sink = sinks_[number];
+        step([&sink] { return "Add new record to table [" + sink.records->Source() + "]"; });
+        writer_.Begin(sink);
+        writer_.SetForeignKey(sink, ownerKey);
+        writer_.SetMasterTable(sink, ownerSink == 0 ? std::string_view() : sinks_[ownerSink].records->Source());
+        if (!content.empty()) {
+            step([this, leaf, &sink] {
+                return "Insert value for [" + sink.records->Source() + "].[" + fields_.ColumnOfLeaf(leaf) + "]";
+            });
+            ImportOwnText(leaf, sink);
+        }
+        if (withAttributes && !job_.settings.blAbort) {
+            step([this, leaf] {
+                return "Tag " + PathOf(leaf) + " has 0 children but " + std::to_string(document_.AttributeCount(leaf)) +
+                       " attributes.";
+            });
+            velImportNodeAttributes(leaf, number);
+        }
+        if (job_.settings.blAbort)
+            return;
+        step([&sink] { return "Update record in table [" + sink.records->Source() + "]"; });
+        Save(number, ownerSink);
+        CountRecord();
+    });
+    if (!completed || job_.settings.blAbort)
+        writer_.Abandon(kNoElement);
+}
+
+void ColumnImport::velImportNodeAttributesRecord(ElementId leaf, int leafSink, int ownerSink, std::int32_t ownerKey)
+{
+    TableSink& sink = sinks_[leafSink];
+    if (!sink.HasTable())
+        return;
+    const bool completed = Procedure(job_, "velImportNodeAttributesRecord", [&](Step& step) {
+        step([this, leaf] {
+            return "Tag " + PathOf(leaf) + " has 0 children but " + std::to_string(document_.AttributeCount(leaf)) +
+                   " attributes.";
+        });
+        step([&sink] { return "Add new record to table  [" + sink.records->Source() + "] (Attributes only)"; });
+        writer_.Begin(sink);
+        writer_.SetForeignKey(sink, ownerKey);
+        SetAttributes(leaf, leafSink, step);
+        if (job_.settings.blAbort)
+            return;
+        step([&sink] { return "Update record in table [" + sink.records->Source() + "]"; });
+        Save(leafSink, ownerSink);
+        CountRecord();
+    });
+    if (!completed || job_.settings.blAbort)
+        writer_.Abandon(kNoElement);
+}
+
+void ColumnImport::Save(int sinkNumber, int ownerSink)
+{
+    TableSink& sink = sinks_[sinkNumber];
+    try {
+        writer_.Save(sink);
+    } catch (const RuntimeError& error) {
+        if (error.Number() != engine_errors::kRelatedRecordRequired)
+            throw;
+        const std::string owner =
+            ownerSink == 0 ? "no record" : "a record of " + document_.PathText(sinks_[ownerSink].element.strPath);
+        throw RuntimeError(error.Number(), std::string(error.what()) + " (" + document_.PathText(sink.element.strPath) +
+                                               " belongs to " + owner + ", and its table [" + sink.records->Source() +
+                                               "] already refers to another one; -relations goes without)");
+    }
+}
+
+void ColumnImport::CountRecord()
+{
+    ++records_;
+    if (records_ <= model_.lngRecordEstimate) {
+        job_.host.SetProgress(ProgressBarId::Records, records_);
+    } else if (!estimateExceeded_) {
+        estimateExceeded_ = true;
+        job_.log.ProtocolAppend("Counting of records was innacurate. Import goes on...");
+    }
+}
+
+} // namespace velmora

@@ -1,0 +1,61 @@
+#pragma once
+
+#include "import/table_sinks.h"
+#include "mapping/tag_map.h"
+#include "settings/conversion_settings.h"
+#include "xml/document.h"
+
+#include <cstddef>
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace velmora {
+
+/// Where the values of a document go: field positions, looked up by name once per path or attribute and again only when
+/// the table's columns have changed.
+class FieldFinder {
+public:
+    FieldFinder(const Document& document, const ConversionSettings& settings, const TagMap& map,
+                const TableSinks& sinks);
+
+    /// The field for a leaf's text in the record of the leaf's parent. `sink` is the parent's, always the same for one
+    /// path.
+    [[nodiscard]] std::optional<std::size_t> InParent(const TableSink& sink, ElementId leaf)
+    {
+        return Leaf(inParent_, sink, leaf);
+    }
+    /// The field for a leaf's text in a record of the leaf's own table.
+    [[nodiscard]] std::optional<std::size_t> InOwnTable(const TableSink& sink, ElementId leaf)
+    {
+        return Leaf(inOwnTable_, sink, leaf);
+    }
+    /// The field for the attribute number `index` (from 0) of `element` in the sink number `sinkNumber`.
+    [[nodiscard]] std::optional<std::size_t> Attribute(const TableSink& sink, int sinkNumber, ElementId element,
+                                                       std::uint32_t index);
+    /// Column names, made anew at every call: for messages.
+    [[nodiscard]] std::string ColumnOfLeaf(ElementId leaf) const;
+    [[nodiscard]] std::string ColumnOfAttribute(NameId attribute) const;
+
+private:
+    struct Slot {
+        std::uint64_t layout = 0; ///< of the recordset when the position was found; 0: never
+        std::optional<std::size_t> field;
+    };
+    struct AttributeSlot {
+        NameId name;
+        Slot slot;
+    };
+
+    std::optional<std::size_t> Leaf(std::vector<Slot>& slots, const TableSink& sink, ElementId leaf);
+
+    const Document& document_;
+    const ConversionSettings& settings_;
+    const TagMap& map_;
+    std::vector<Slot> inParent_;                         ///< by the leaf's path
+    std::vector<Slot> inOwnTable_;                       ///< by the leaf's path
+    std::vector<std::vector<AttributeSlot>> attributes_; ///< by sink, in order of first appearance
+};
+
+} // namespace velmora

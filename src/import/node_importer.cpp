@@ -1,0 +1,241 @@
+#include "import/node_importer.h"
+
+#include "import/column_import.h"
+#include "schema/engine_errors.h"
+
+#include <chrono>
+#include <string>
+#include <vector>
+
+namespace velmora {
+
+namespace {
+
+constexpr std::chrono::seconds kRetryTime{10};
+
+/// An element whose children are being walked.
+struct Level {
+    ElementId element = kNoElement;
+    ElementId child = kNoElement; ///< the next one
+    int sink = TableSinks::kNone; ///< kNone: a wrapping element
+    int parentSink = 0;           ///< what its children's records belong to is this one, for a wrapping element
+    std::int32_t parentKey = 0;
+    std::int32_t key = 0; ///< of its own record
+    int childSink = 0;    ///< the current child sink: see ImportLeafBesideColumns
+};
+
+/// One walk over one document, depth first. Levels stand on a stack of their own: a document may be nested as deep as
+/// it likes.
+class NodeImporter {
+public:
+    NodeImporter(Job& job, const Document& document, TableSinks& sinks, ColumnImport& columns)
+        : job_(job), document_(document), sinks_(sinks), columns_(columns)
+    {
+    }
+
+    void velImportNode();
+
+private:
+    void Enter(ElementId element, int parentSink, std::int32_t parentKey, Step& step);
+    [[nodiscard]] bool BuildRecord(Level& level, Step& step);
+    [[nodiscard]] bool TryBuildRecord(Level& level, Step& step);
+    void ImportChild(Level& level, ElementId child, Step& step);
+    void ImportChildOfWrapper(const Level& level, ElementId child, Step& step);
+    void ImportLeafBesideColumns(Level& level, ElementId leaf);
+    [[nodiscard]] bool HasColumnsToImport(const ElementInfo& element) const;
+    [[nodiscard]] std::string_view SourceOf(int sink) const;
+
+    Job& job_;
+    const Document& document_;
+    TableSinks& sinks_;
+    ColumnImport& columns_;
+    std::vector<Level> levels_;
+};
+
+void NodeImporter::velImportNode()
+{
+    Procedure(job_, "velImportNode", [&](Step& step) {
+        Enter(document_.Root(), 0, 0, step);
+        while (!levels_.empty() && !job_.settings.blAbort) {
+            Level& level = levels_.back();
+            const ElementId child = level.child;
+            if (child == kNoElement) {
+                levels_.pop_back();
+                continue;
+            }
+            level.child = document_.NextSibling(child);
+            ImportChild(level, child, step); // may add a level
+        }
+    });
+}
+
+void NodeImporter::Enter(ElementId element, int parentSink, std::int32_t parentKey, Step& step)
+{
+    job_.host.ProcessEvents();
+    job_.log.Trace("velImportNode: ");
+    if (job_.settings.blAbort)
+        return;
+    Level level{.element = element,
+                .child = document_.FirstChild(element),
+                .sink = columns_.SinkOf(element),
+                .parentSink = parentSink,
+                .parentKey = parentKey};
+    // Without a table an element is passed through, as a wrapping one is.
+    if (level.sink != TableSinks::kNone && !sinks_[level.sink].HasTable())
+        level.sink = TableSinks::kNone;
+    if (level.sink != TableSinks::kNone) {
+        if (!BuildRecord(level, step))
+            return;
+        const auto parentPath = [this, element] {
+            return document_.PathText(document_.Paths().Parent(document_.Path(element)));
+        };
+        step([parentPath] { return "Move to the beginning of " + parentPath(); });
+        step([parentPath] { return "Loop through elements of " + parentPath() + " that have children"; });
+    }
+    levels_.push_back(level);
+}
+
+/// Builds the element's record, again and again for a while when somebody else holds a lock. False when the run is
+/// aborted.
+bool NodeImporter::BuildRecord(Level& level, Step& step)
+{
+    const auto start = std::chrono::steady_clock::now();
+    for (;;) {
+        try {
+            if (TryBuildRecord(level, step))
+                return true;
+            columns_.Writer().Abandon(level.element);
+            return false;
+        } catch (const RuntimeError& error) {
+            columns_.Writer().Abandon(level.element);
+            if (!IsLockConflict(error) || std::chrono::steady_clock::now() - start >= kRetryTime)
+                throw;
+        }
+        const TableSink& sink = sinks_[level.sink];
+        job_.log.ProtocolAppend("E_FAIL on table [" + sink.records->Source() + "], record " +
+                                std::to_string(sink.savedRecords + 1));
+        job_.host.ProcessEvents();
+        if (job_.settings.blAbort)
+            return false;
+    }
+}
+
+bool NodeImporter::TryBuildRecord(Level& level, Step& step)
+{
+    TableSink& sink = sinks_[level.sink];
+    RecordWriter& writer = columns_.Writer();
+    const bool withAttributes = job_.settings.blImportAttributes && document_.AttributeCount(level.element) > 0;
+
+    step([&records = *sink.records] { return "Add new record to table [" + records.Source() + "]"; });
+    writer.Begin(sink);
+    if (job_.settings.blOneTablePerElement && level.parentSink != 0)
+        writer.SetMasterTable(sink, SourceOf(level.parentSink));
+    writer.SetForeignKey(sink, level.parentKey);
+    if (withAttributes) {
+        step([&records = *sink.records] { return "Import all attributes into table [" + records.Source() + "]"; });
+        columns_.velImportNodeAttributes(level.element, level.sink);
+    }
+    if (!job_.settings.blAbort && HasColumnsToImport(sink.element)) {
+        step([&records = *sink.records] { return "Import all columns into table [" + records.Source() + "]"; });
+        columns_.velImportNodeColumns(level.element, level.sink);
+    }
+    if (job_.settings.blAbort)
+        return false;
+    step([&records = *sink.records] { return "Update record in table [" + records.Source() + "]"; });
+    columns_.Save(level.sink, level.parentSink);
+    if (job_.settings.blAbort)
+        return false;
+    columns_.CountRecord();
+    level.key = writer.Key(sink);
+    return true;
+}
+
+/// An element whose columns are no more than its attributes has no leaf to look for. Repeated leaves that stand beside
+/// nothing else are not found by it either. Meant so.
+bool NodeImporter::HasColumnsToImport(const ElementInfo& element) const
+{
+    return job_.settings.blImportAttributes ? element.lngColumns > element.lngAttributes : element.lngColumns >= 1;
+}
+
+void NodeImporter::ImportChild(Level& level, ElementId child, Step& step)
+{
+    if (level.sink == TableSinks::kNone) {
+        ImportChildOfWrapper(level, child, step);
+        return;
+    }
+    step([this, child] { return "  Analyse tag <" + std::string(document_.NameText(document_.Name(child))) + ">"; });
+    if (document_.ChildCount(child) > 0) {
+        const int sink = level.sink;
+        const std::int32_t key = level.key;
+        Enter(child, sink, key, step);
+        return;
+    }
+    ImportLeafBesideColumns(level, child);
+}
+
+/// The children of a wrapping element belong to the record that encloses it.
+void NodeImporter::ImportChildOfWrapper(const Level& level, ElementId child, Step& step)
+{
+    const int parentSink = level.parentSink;
+    const std::int32_t parentKey = level.parentKey;
+    const int sink = columns_.SinkOf(child);
+    if (sink == TableSinks::kNone && job_.settings.blSkipEmptyWrappingTags)
+        throw RuntimeError(runtime_errors::kSubscriptOutOfRange,
+                           "Subscript out of range: " + columns_.PathOf(child) +
+                               " has no table with columns of its own and stands in the wrapping element " +
+                               columns_.PathOf(level.element) + "; without +skip_empty it is imported");
+    if (sink != TableSinks::kNone && sinks_[sink].element.lngMaxTwins > 0)
+        columns_.velImportTwinBabyElements(child, parentKey, parentSink);
+    if (document_.ChildCount(child) > 0)
+        Enter(child, parentSink, parentKey, step);
+}
+
+/// A leaf among the children of an element that has a record. Whether it is taken for a repeated one depends on the
+/// current child sink, which a sibling with attributes has selected: a leaf without attributes in front of all of those
+/// is none. Meant so; the repeated leaves themselves are imported with their parent's columns.
+void NodeImporter::ImportLeafBesideColumns(Level& level, ElementId leaf)
+{
+    if (level.childSink > 0 && sinks_[level.childSink].element.lngMaxTwins > 0) {
+        columns_.velImportTwinBabyElements(leaf, level.key, level.sink);
+        return;
+    }
+    if (!job_.settings.blImportAttributes || document_.AttributeCount(leaf) == 0)
+        return;
+    level.childSink = columns_.SinkOf(leaf);
+    if (level.childSink != TableSinks::kNone)
+        columns_.velImportNodeAttributesRecord(leaf, level.childSink, level.sink, level.key);
+}
+
+std::string_view NodeImporter::SourceOf(int sink) const
+{
+    return sinks_[sink].records->Source();
+}
+
+void ReportLoss(Job& job, const ValueAccount& account)
+{
+    const ValueAccount::Loss loss = account.Settle(job.settings.strAttrPrefix);
+    if (loss.lost > 0)
+        job.log.ProtocolAppend("Not imported: " + std::to_string(loss.lost) + " of " + std::to_string(loss.offered) +
+                               " values, the first at " + loss.firstPath);
+}
+
+} // namespace
+
+void ImportDocument(Job& job, DatabaseSession& session, const Document& document, const StructureModel& model,
+                    const TagMap& map, TableSinks& sinks)
+{
+    if (job.settings.blAbort)
+        return;
+    job.log.ProtocolAppend("Import XML: Approx. " + std::to_string(model.lngRecordEstimate) +
+                           " records will be imported");
+    ValueAccount account(document);
+    ColumnImport columns(job, session, document, model, map, sinks, account);
+    job.log.Trace("--- Start importing nodes -----------------");
+    if (!document.IsEmpty())
+        NodeImporter(job, document, sinks, columns).velImportNode();
+    job.log.ProtocolAppend("Import XML: " + std::to_string(columns.RecordCount()) + " records were imported");
+    if (!job.settings.blAbort)
+        ReportLoss(job, account);
+}
+
+} // namespace velmora

@@ -1,0 +1,221 @@
+#include "import/record_writer.h"
+
+#include "schema/column_widening.h"
+#include "schema/engine_errors.h"
+#include "schema/table_name.h"
+
+#include <algorithm>
+#include <string>
+
+namespace velmora {
+
+namespace {
+
+/// A memo takes up to this many bytes of the record for itself, so that widening a shorter text gains nothing.
+constexpr std::size_t kMemoBytesInRecord = 64;
+
+void ClearValues(PendingValues& values)
+{
+    for (const std::size_t field : values.filled)
+        values.byField[field] = {};
+    values.filled.clear();
+    values.attributeOwner = kNoElement;
+    values.attributesOffered = 0;
+}
+
+void PutValue(PendingValues& values, std::size_t field, ValueOrigin origin)
+{
+    if (values.byField[field].element == kNoElement)
+        values.filled.push_back(field);
+    values.byField[field] = origin;
+}
+
+/// The values of a pending record, by their columns' names, while positions change.
+class ValuesByName {
+public:
+    explicit ValuesByName(TableSink& sink) : sink_(sink)
+    {
+        for (const std::size_t field : sink.values.filled)
+            named_.emplace_back(sink.records->FieldName(field), sink.values.byField[field]);
+    }
+    void PutBack() const
+    {
+        PendingValues& values = sink_.values;
+        values.byField.assign(sink_.records->FieldCount(), {});
+        values.filled.clear();
+        for (const auto& [name, origin] : named_)
+            if (const auto field = sink_.records->FieldIndex(name))
+                PutValue(values, *field, origin);
+    }
+
+private:
+    TableSink& sink_;
+    std::vector<std::pair<std::string, ValueOrigin>> named_;
+};
+
+} // namespace
+
+void RecordWriter::Begin(TableSink& sink)
+{
+    sink.records->AddNew();
+    begun_.push_back(&sink);
+    ClearValues(sink.values);
+    FindKeys(sink);
+}
+
+void RecordWriter::FindKeys(TableSink& sink) const
+{
+    const std::uint64_t layout = sink.records->Layout();
+    if (sink.keyLayout == layout)
+        return;
+    sink.keyLayout = layout;
+    sink.values.byField.assign(sink.records->FieldCount(), {});
+    sink.primaryKey = sink.records->FieldIndex(job_.settings.strKeyPrimary);
+    sink.foreignKey = sink.records->FieldIndex(job_.settings.strKeyForeign);
+    sink.masterTable = sink.records->FieldIndex(kMasterTable);
+}
+
+void RecordWriter::SetForeignKey(TableSink& sink, std::int32_t key)
+{
+    if (!sink.foreignKey)
+        return;
+    try {
+        sink.records->SetLong(*sink.foreignKey, key);
+    } catch (const RuntimeError& error) {
+        if (IsLockConflict(error))
+            throw;
+    }
+}
+
+void RecordWriter::SetMasterTable(TableSink& sink, std::string_view ownerTable)
+{
+    if (!sink.masterTable)
+        return;
+    try {
+        sink.records->SetText(*sink.masterTable, ownerTable);
+    } catch (const RuntimeError& error) {
+        if (IsLockConflict(error))
+            throw;
+    }
+}
+
+void RecordWriter::Set(TableSink& sink, std::size_t field, const RawName& rawName, std::string_view value,
+                       ValueOrigin origin)
+{
+    for (;;) {
+        try {
+            sink.records->SetText(field, value);
+            PutValue(sink.values, field, origin);
+            return;
+        } catch (const RuntimeError& error) {
+            if (error.Number() != engine_errors::kFieldTooSmall || sink.records->IsMemo(field))
+                throw;
+        }
+        const auto moved = Widen(sink, field, ColumnToWiden(sink, field, rawName));
+        if (!moved)
+            return;
+        field = *moved;
+    }
+}
+
+/// The column that bears the value's own name goes first, even where a mapping has sent the value elsewhere; it must be
+/// one that can be widened, so that every round brings the value closer to its place.
+std::string RecordWriter::ColumnToWiden(const TableSink& sink, std::size_t field, const RawName& rawName) const
+{
+    const std::string name = rawName.Text();
+    const auto raw = sink.records->FieldIndex(name);
+    const bool isKey = name == job_.settings.strKeyPrimary || name == job_.settings.strKeyForeign;
+    if (raw && !isKey && !sink.records->IsMemo(*raw))
+        return name;
+    return sink.records->FieldName(field);
+}
+
+std::optional<std::size_t> RecordWriter::Widen(TableSink& sink, std::size_t field, const std::string& column)
+{
+    const std::string meant = sink.records->FieldName(field);
+    const auto other = std::find_if(begun_.begin(), begun_.end(), [&](const TableSink* begun) {
+        return begun != &sink && begun->records->Source() == sink.records->Source();
+    });
+    TableSink* const sharing = other == begun_.end() ? nullptr : *other;
+    const ValuesByName values(sink);
+    std::optional<ValuesByName> sharedValues;
+    if (sharing)
+        sharedValues.emplace(*sharing);
+    if (!velChangeColumnToMemo(job_, session_, *sink.records, column, sharing ? &*sharing->records : nullptr))
+        return std::nullopt;
+    FindKeys(sink);
+    values.PutBack();
+    if (sharing) {
+        FindKeys(*sharing);
+        sharedValues->PutBack();
+    }
+    return sink.records->FieldIndex(meant);
+}
+
+void RecordWriter::Save(TableSink& sink)
+{
+    for (;;) {
+        try {
+            sink.records->Update();
+            break;
+        } catch (const RuntimeError& error) {
+            if (error.Number() != engine_errors::kRecordTooLarge)
+                throw;
+            const auto longest = sink.records->LongestText(kMemoBytesInRecord);
+            if (!longest)
+                throw;
+            if (!Widen(sink, *longest, sink.records->FieldName(*longest)))
+                return;
+        }
+    }
+    begun_.pop_back();
+    ++sink.savedRecords;
+    account_.Stored(sink.values);
+    if (begun_.empty())
+        KeepProvisionalRows();
+    else
+        AddProvisionalRow(sink);
+}
+
+/// The owner stands: what was saved for it stays.
+void RecordWriter::KeepProvisionalRows()
+{
+    for (TableSink* const sink : provisional_)
+        sink->provisionalRows.clear();
+    provisional_.clear();
+}
+
+void RecordWriter::AddProvisionalRow(TableSink& sink)
+{
+    if (sink.provisionalRows.empty())
+        provisional_.push_back(&sink);
+    sink.provisionalRows.push_back(sink.records->Bookmark());
+}
+
+std::int32_t RecordWriter::Key(TableSink& sink)
+{
+    FindKeys(sink);
+    return sink.primaryKey ? sink.records->GetLong(*sink.primaryKey) : 0;
+}
+
+void RecordWriter::Abandon(ElementId owner)
+{
+    for (; !begun_.empty(); begun_.pop_back()) {
+        TableSink& sink = *begun_.back();
+        if (sink.records->IsOpen() && sink.records->IsPending())
+            sink.records->CancelUpdate();
+    }
+    if (provisional_.empty())
+        return;
+    for (TableSink* const sink : provisional_) {
+        sink->savedRecords -= static_cast<std::int64_t>(sink->provisionalRows.size());
+        if (sink->records->IsOpen())
+            for (const std::uint64_t row : sink->provisionalRows)
+                sink->records->DeleteBookmark(row);
+        sink->provisionalRows.clear();
+    }
+    provisional_.clear();
+    account_.TakeBackChildTexts(owner);
+}
+
+} // namespace velmora

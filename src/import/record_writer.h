@@ -1,0 +1,64 @@
+#pragma once
+
+#include "import/table_sinks.h"
+#include "import/value_account.h"
+#include "schema/database_session.h"
+#include "settings/job.h"
+
+#include <cstdint>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace velmora {
+
+/// What a value is called in the document: put together only when somebody asks.
+struct RawName {
+    std::string_view prefix; ///< of attributes; empty for an element
+    std::string_view name;
+    [[nodiscard]] std::string Text() const { return std::string(prefix).append(name); }
+};
+
+/// Builds records in sinks, one at a time, or one inside another: a repeated leaf's while its owner's is not yet saved.
+/// Repairs what can be repaired on the way: a text too long for its column, a record too large for a page.
+///
+/// Where a repair fails, that failure has been reported, blAbort is set, and the operation returns without effect.
+class RecordWriter {
+public:
+    RecordWriter(Job& job, DatabaseSession& session, ValueAccount& account)
+        : job_(job), session_(session), account_(account)
+    {
+    }
+
+    void Begin(TableSink& sink);
+    // Key columns that the table does not have, or that take no such value, are passed over.
+    void SetForeignKey(TableSink& sink, std::int32_t key);
+    void SetMasterTable(TableSink& sink, std::string_view ownerTable);
+    /// Puts a value of the document into a field. When the column is too small, the column named `rawName` is widened,
+    /// and the one that was meant where there is none.
+    void Set(TableSink& sink, std::size_t field, const RawName& rawName, std::string_view value, ValueOrigin origin);
+    /// Saves the record begun last. Every finished record passes here. It stays pending when the engine refuses it.
+    /// Rows saved while their owner is pending go with it when that is abandoned.
+    void Save(TableSink& sink);
+    /// The primary key of the pending record, else of the one last saved; 0 when the table has none.
+    [[nodiscard]] std::int32_t Key(TableSink& sink);
+    /// Drops every record that is not yet saved, and the rows saved for `owner`, if that is the element of such a
+    /// record.
+    void Abandon(ElementId owner);
+
+private:
+    void KeepProvisionalRows();
+    void AddProvisionalRow(TableSink& sink);
+    void FindKeys(TableSink& sink) const;
+    [[nodiscard]] std::string ColumnToWiden(const TableSink& sink, std::size_t field, const RawName& rawName) const;
+    /// The new position of the column that stood at `field`; nullopt when widening failed.
+    [[nodiscard]] std::optional<std::size_t> Widen(TableSink& sink, std::size_t field, const std::string& column);
+
+    Job& job_;
+    DatabaseSession& session_;
+    ValueAccount& account_;
+    std::vector<TableSink*> begun_;       ///< sinks with a pending record, the oldest first
+    std::vector<TableSink*> provisional_; ///< sinks with provisional rows
+};
+
+} // namespace velmora

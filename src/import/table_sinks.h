@@ -1,0 +1,81 @@
+#pragma once
+
+#include "mapping/tag_map.h"
+#include "schema/database_session.h"
+#include "settings/job.h"
+#include "xml/document.h"
+#include "xml/structure_model.h"
+
+#include <cstdint>
+#include <optional>
+#include <vector>
+
+namespace velmora {
+
+/// One value of the document: an element's own text, or one of its attributes.
+struct ValueOrigin {
+    static constexpr NameId kOwnText = ~NameId{0};
+    ElementId element = kNoElement;
+    NameId attribute = kOwnText;
+};
+
+/// Which values of the document stand in the fields of the record that is being built. A later value for the same field
+/// takes the place of the earlier one.
+struct PendingValues {
+    std::vector<ValueOrigin> byField;      ///< by position; no element where the field holds no value of the document
+    std::vector<std::size_t> filled;       ///< positions that hold one
+    ElementId attributeOwner = kNoElement; ///< element whose attributes were offered to the record
+    std::uint32_t attributesOffered = 0;
+};
+
+/// One table's output during the import of one document.
+struct TableSink {
+    ElementInfo element;              ///< the model's entry as it was when the sink was opened
+    std::optional<Recordset> records; ///< none: the database has no such table
+
+    // Positions of the key columns, found anew when the layout is another one.
+    std::uint64_t keyLayout = 0;
+    std::optional<std::size_t> primaryKey, foreignKey, masterTable;
+
+    PendingValues values;
+    std::int64_t savedRecords = 0;
+    /// Rows saved for a record of the owner that is itself not yet saved.
+    std::vector<std::uint64_t> provisionalRows;
+
+    [[nodiscard]] bool HasTable() const noexcept { return records.has_value(); }
+};
+
+/// The sinks of one document, addressed by number from 1. Number 0 is never a table: it stands for "no owner".
+class TableSinks {
+public:
+    static constexpr int kNone = -1;
+
+    TableSinks() : sinks_(1) {}
+
+    [[nodiscard]] int UpperBound() const noexcept { return static_cast<int>(sinks_.size()) - 1; }
+    [[nodiscard]] TableSink& operator[](int number) { return sinks_[static_cast<std::size_t>(number)]; }
+    TableSink& Append(const ElementInfo& element);
+    /// Number of the sink for `path`; kNone when there is none, or when `skipWithoutColumns` and it has no data
+    /// columns: such an element is a wrapping one. O(1).
+    [[nodiscard]] int Lookup(PathId path, bool skipWithoutColumns) const noexcept
+    {
+        const int number = path < byPath_.size() ? byPath_[path] : kNone;
+        if (number != kNone && skipWithoutColumns && sinks_[static_cast<std::size_t>(number)].element.lngColumns < 1)
+            return kNone;
+        return number;
+    }
+
+private:
+    std::vector<TableSink> sinks_;
+    std::vector<int> byPath_;
+};
+
+/// Opens one sink per element of `model` that has children, repetitions or attributes, in its order. A table that is
+/// missing in the database keeps its place, without a recordset.
+void velOpenTables(Job& job, DatabaseSession& session, StructureModel& model, const TagMap& map, TableSinks& sinks);
+
+/// Closes every recordset, dropping records that an interrupted import left pending, and adds what was saved to the
+/// session's reports. Goes on after a cancel or an error.
+void velCloseTables(Job& job, DatabaseSession& session, TableSinks& sinks);
+
+} // namespace velmora

@@ -1,0 +1,30 @@
+#pragma once
+
+#include "schema/database_session.h"
+
+#include <string>
+
+namespace velmora {
+
+// What the open database already holds. None of these changes it. A failure ends in the error report, and the answer is
+// false then.
+
+/// Has the table a column of exactly this name, letter case included?
+[[nodiscard]] bool velCheckExistsColumn(Job& job, DatabaseSession& session, const std::string& table,
+                                        const std::string& column);
+
+/// Is there a user table of this name? Views, links and system tables do not count.
+[[nodiscard]] bool velCheckExistsTable(Job& job, DatabaseSession& session, const std::string& table);
+
+/// Has `child` a foreign key already? Any one counts, whichever table it refers to. Without one, `relation` becomes a
+/// free name: when it is taken, `child` and "_LINK_0" in its place; that name being taken as well is a failure.
+[[nodiscard]] bool velCheckExistsRelation(Job& job, DatabaseSession& session, const std::string& parent,
+                                          const std::string& child, std::string& relation);
+
+/// Does any index of the table cover the column? Without one, `index` becomes a free name: when it is taken, table,
+/// "_", column and
+/// "_0" in its place; that name being taken as well is a failure.
+[[nodiscard]] bool velCheckExistsIndex(Job& job, DatabaseSession& session, const std::string& table,
+                                       const std::string& column, std::string& index);
+
+} // namespace velmora

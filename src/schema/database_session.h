@@ -1,0 +1,58 @@
+#pragma once
+
+#include "jet/connection.h"
+#include "schema/recordset.h"
+#include "schema/table_report.h"
+#include "schema/target_file.h"
+#include "settings/job.h"
+
+#include <deque>
+#include <filesystem>
+#include <memory>
+#include <string>
+#include <string_view>
+#include <unordered_map>
+#include <vector>
+
+namespace velmora {
+
+/// The one open database of a run: every statement, catalog query and recordset goes through it. The engine's failures
+/// come out as RuntimeError.
+class DatabaseSession {
+public:
+    /// Makes an empty database at `path`, where nothing may stand. It appears there with the first Commit().
+    void Create(const std::filesystem::path& path, jet::JetVersion version);
+    void Open(const std::filesystem::path& path);
+    /// Puts the database at `path` aside for one that Create() makes; it is gone with the first Commit(), and comes
+    /// back when there is none. False when the file cannot be removed.
+    [[nodiscard]] bool PutAside(const std::filesystem::path& path) { return replaced_.PutAside(path); }
+    [[nodiscard]] bool IsOpen() const noexcept { return connection_ != nullptr; }
+    /// Drops what came after the last Commit(). Every recordset must be closed before.
+    void Close() noexcept { connection_.reset(); }
+
+    /// Runs one statement and leaves its failure to the caller.
+    void ExecuteSql(std::string_view sql);
+    [[nodiscard]] jet::Rowset OpenSchema(jet::SchemaKind kind, const jet::Restrictions& restrictions);
+    [[nodiscard]] Recordset OpenTable(std::string_view table);
+    /// Opens `recordset`, which was closed while its table's columns changed, on the same table again.
+    void Reopen(Recordset& recordset);
+    void Commit();
+    /// Tables and relations that the file can still take.
+    [[nodiscard]] std::size_t ObjectsLeft();
+
+    /// The account of `table`, begun with the first question for it. It stays where it is.
+    [[nodiscard]] TableReport& Report(std::string_view table);
+    /// The accounts of all tables, in order of first use.
+    [[nodiscard]] std::vector<TableReport> Reports() const { return {reports_.begin(), reports_.end()}; }
+
+private:
+    std::unique_ptr<jet::Connection> connection_;
+    ReplacedFile replaced_;
+    std::deque<TableReport> reports_;
+    std::unordered_map<std::string, TableReport*> reportByTable_;
+};
+
+/// Opens the target database that the controls name: made anew, made because there is none, or as it is.
+void velOpenDatabase(Job& job, DatabaseSession& session);
+
+} // namespace velmora

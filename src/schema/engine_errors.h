@@ -1,0 +1,31 @@
+#pragma once
+
+#include "log/runtime_error.h"
+
+namespace jet {
+class Error;
+}
+
+namespace velmora {
+
+/// Numbers of the database engine's errors that the converter decides by.
+namespace engine_errors {
+inline constexpr int kTooManyIndexes = 3039;
+inline constexpr int kRecordTooLarge = 3047;
+inline constexpr int kInvalidName = 3125;
+inline constexpr int kFieldTooSmall = 3163;
+inline constexpr int kTooManyFields = 3190;
+inline constexpr int kFieldDefinedTwice = 3191;
+inline constexpr int kRelatedRecordRequired = 3201;
+inline constexpr int kDataViolatesRelation = 3379;
+inline constexpr int kFieldExists = 3380;
+inline constexpr int kWrongType = 3421;
+} // namespace engine_errors
+
+/// The engine's failure as one of the run: number and text kept.
+[[nodiscard]] RuntimeError FromEngine(const jet::Error& error);
+
+/// Is this the failure of a moment, because someone else holds a lock? Only these are worth another try.
+[[nodiscard]] bool IsLockConflict(const RuntimeError& error) noexcept;
+
+} // namespace velmora

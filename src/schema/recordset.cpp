@@ -1,0 +1,114 @@
+#include "schema/recordset.h"
+
+#include "jet/error.h"
+#include "schema/engine_errors.h"
+
+#include <charconv>
+
+namespace velmora {
+
+namespace {
+
+template <class Operation>
+decltype(auto) Translated(Operation&& operation)
+{
+    try {
+        return operation();
+    } catch (const jet::Error& error) {
+        throw FromEngine(error);
+    }
+}
+
+} // namespace
+
+void Recordset::AddNew()
+{
+    Translated([&] { records_.AddNew(); });
+}
+
+void Recordset::SetText(std::size_t field, std::string_view utf8)
+{
+    Translated([&] { records_.SetText(field, utf8); });
+}
+
+void Recordset::SetLong(std::size_t field, std::int32_t value)
+{
+    Translated([&] { records_.SetLong(field, value); });
+}
+
+void Recordset::Update()
+{
+    Translated([&] { records_.Update(); });
+}
+
+void Recordset::CancelUpdate()
+{
+    Translated([&] { records_.CancelUpdate(); });
+}
+
+std::int32_t Recordset::GetLong(std::size_t field)
+{
+    const jet::Value value = Translated([&] { return records_.Get(field); });
+    if (const auto* number = std::get_if<std::int32_t>(&value))
+        return *number;
+    std::int32_t parsed = 0;
+    if (const auto* text = std::get_if<std::string>(&value))
+        std::from_chars(text->data(), text->data() + text->size(), parsed);
+    return parsed;
+}
+
+std::optional<std::size_t> Recordset::LongestText(std::size_t minimumBytes)
+{
+    return Translated([&] {
+        std::optional<std::size_t> longest;
+        std::size_t most = minimumBytes;
+        for (std::size_t field = 0; field < FieldCount(); ++field) {
+            if (IsMemo(field))
+                continue;
+            const jet::Value value = records_.Get(field);
+            const auto* text = std::get_if<std::string>(&value);
+            if (!text || text->size() <= most)
+                continue;
+            most = text->size();
+            longest = field;
+        }
+        return longest;
+    });
+}
+
+void Recordset::DeleteBookmark(std::uint64_t bookmark)
+{
+    Translated([&] { records_.DeleteBookmark(bookmark); });
+}
+
+void Recordset::Reopen(jet::Recordset records)
+{
+    firstLayout_ = Layout() + 1;
+    records_ = std::move(records);
+}
+
+SuspendedRecord::SuspendedRecord(Recordset& recordset)
+{
+    Translated([&] {
+        jet::Recordset& records = recordset.records_;
+        for (std::size_t field = 0; field < records.FieldCount(); ++field)
+            fields_.emplace_back(records.FieldName(field), records.Get(field));
+        records.Delete();
+    });
+}
+
+void SuspendedRecord::Restore(Recordset& recordset) const
+{
+    Translated([&] {
+        jet::Recordset& records = recordset.records_;
+        records.AddNew();
+        for (const auto& [name, value] : fields_) {
+            if (jet::IsNull(value))
+                continue;
+            if (const auto field = records.FieldIndex(name))
+                records.Set(*field, value);
+        }
+    });
+}
+
+} // namespace velmora

@@ -1,0 +1,82 @@
+#pragma once
+
+#include "jet/recordset.h"
+
+#include <cstddef>
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <utility>
+#include <vector>
+
+namespace velmora {
+
+/// An open table to which records are added: the engine's recordset with the engine's failures as RuntimeError.
+///
+/// Fields are addressed by position, 0-based; Layout() tells when positions have changed.
+class Recordset {
+public:
+    explicit Recordset(jet::Recordset records) : records_(std::move(records)) {}
+
+    [[nodiscard]] const std::string& Source() const noexcept { return records_.Source(); } ///< the table's name
+    [[nodiscard]] bool IsOpen() const noexcept { return records_.GetState() == jet::Recordset::State::Open; }
+    void Close() { records_.Close(); }
+
+    /// Changes whenever a column of the table was added or dropped, through whatever recordset or statement, and when
+    /// the table was opened again. Never 0.
+    [[nodiscard]] std::uint64_t Layout() const noexcept { return firstLayout_ + records_.Generation(); }
+    [[nodiscard]] std::size_t FieldCount() const { return records_.FieldCount(); }
+    [[nodiscard]] const std::string& FieldName(std::size_t field) const { return records_.FieldName(field); }
+    /// Position of the field of exactly this name, letter case included.
+    [[nodiscard]] std::optional<std::size_t> FieldIndex(std::string_view name) const
+    {
+        return records_.FieldIndex(name);
+    }
+    [[nodiscard]] bool IsMemo(std::size_t field) const { return records_.IsMemo(field); }
+
+    void AddNew();
+    [[nodiscard]] bool IsPending() const noexcept { return records_.IsPending(); }
+    /// Throws 3163 (the field is too small) and 3421 (no conversion to the column's type); the field keeps its value
+    /// then.
+    void SetText(std::size_t field, std::string_view utf8);
+    void SetLong(std::size_t field, std::int32_t value);
+    /// Saves the pending record. When the engine refuses it, it stays pending.
+    void Update();
+    void CancelUpdate();
+    /// Whole number in a field of the pending record, else of the record last saved; 0 when there is none. An
+    /// autonumber that is asked for here is given to the pending record.
+    [[nodiscard]] std::int32_t GetLong(std::size_t field);
+    /// Of a pending record: the text column that is not a memo and holds the most bytes, when that is more than
+    /// `minimumBytes`.
+    [[nodiscard]] std::optional<std::size_t> LongestText(std::size_t minimumBytes);
+
+    /// By this token the record last saved can be deleted later.
+    [[nodiscard]] std::uint64_t Bookmark() const noexcept { return records_.Bookmark(); }
+    void DeleteBookmark(std::uint64_t bookmark);
+
+private:
+    friend class SuspendedRecord;
+    friend class DatabaseSession;
+
+    /// Puts a newly opened recordset on the same table in the place of this one.
+    void Reopen(jet::Recordset records);
+
+    jet::Recordset records_;
+    std::uint64_t firstLayout_ = 1;
+};
+
+/// A record that was begun and not yet saved, taken out of its recordset while the table's columns change, and put
+/// back.
+class SuspendedRecord {
+public:
+    /// Keeps every field's name and value, then drops the pending record of `recordset`.
+    explicit SuspendedRecord(Recordset& recordset);
+    /// Begins the record anew and sets every field that had a value, the keys included.
+    void Restore(Recordset& recordset) const;
+
+private:
+    std::vector<std::pair<std::string, jet::Value>> fields_;
+};
+
+} // namespace velmora

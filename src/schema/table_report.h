@@ -1,0 +1,16 @@
+#pragma once
+
+#include <cstdint>
+#include <string>
+
+namespace velmora {
+
+/// What happened to one database table in a run.
+struct TableReport {
+    std::string table;
+    std::int64_t records = 0;
+    std::int64_t newColumns = 0; ///< added to a table that was there already
+    std::int64_t widenedColumns = 0;
+};
+
+} // namespace velmora
