@@ -1,0 +1,132 @@
+// Who may include whom: one table, held against every #include in the sources.
+
+#include "support/shared.h"
+
+#include <algorithm>
+#include <filesystem>
+#include <gtest/gtest.h>
+#include <iterator>
+#include <regex>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace velmora::testing {
+namespace {
+
+/// One part of the house and the parts that it may include, itself aside; blank-separated.
+///
+/// `jet` is the engine's face: the files that lie in src/jet itself. Two of them are parts of their own, plain data
+/// that layers below the face make: errors, which every layer throws, and the rows that answer a question to the
+/// catalog.
+struct Part {
+    std::string_view name;
+    std::string_view mayInclude;
+};
+constexpr Part kParts[] = {
+    {"jet/base", "jet/error"},
+    {"jet/error", "jet/base"},
+    {"jet/rowset", "jet/base jet/error"},
+    {"jet/store", "jet/base jet/error"},
+    {"jet/index", "jet/base jet/error jet/store"},
+    {"jet/table", "jet/base jet/error jet/store jet/index"},
+    {"jet/catalog", "jet/base jet/error jet/store jet/index jet/table jet/rowset"},
+    {"jet/relations", "jet/base jet/error jet/store jet/index jet/table jet/catalog"},
+    {"jet/sql", "jet/base jet/error jet/store jet/index jet/table jet/catalog jet/relations"},
+    {"jet", "jet/base jet/error jet/store jet/index jet/table jet/catalog jet/relations jet/sql jet/rowset"},
+    {"platform", ""},
+    {"log", "platform"},
+    {"settings", "platform log"},
+    {"mapping", "platform log settings"},
+    {"xml", "platform log settings mapping"},
+    {"schema", "platform log settings mapping xml jet jet/error jet/rowset"},
+    {"import", "platform log settings mapping xml schema"},
+    {"driver", "platform log settings mapping xml schema import"},
+    {"app", "platform log settings mapping xml schema import driver"},
+    {"console", "platform log settings mapping xml schema import driver app"},
+    {"ui", "platform log settings mapping xml schema import driver app"},
+};
+
+/// Libraries from outside that only one part knows: a pattern for the header's name, and the only part.
+struct OutsideLibrary {
+    const char* header;
+    std::string_view onlyIn;
+};
+const OutsideLibrary kOutsideLibraries[] = {
+    {"Q[A-Z].*", "ui"},
+    {"expat.*\\.h", "xml"},
+    {"iconv\\.h", "xml"},
+};
+
+bool IsListed(std::string_view list, const std::string& word)
+{
+    return (" " + std::string(list) + " ").find(" " + word + " ") != std::string::npos;
+}
+
+const Part* FindPart(const std::string& name)
+{
+    const auto found =
+        std::find_if(std::begin(kParts), std::end(kParts), [&](const Part& p) { return p.name == name; });
+    return found == std::end(kParts) ? nullptr : found;
+}
+
+/// The part that a path below src/ belongs to: "jet/store/file.h" to "jet/store", "jet/recordset.h" to "jet".
+std::string PartOf(const std::filesystem::path& path)
+{
+    std::vector<std::string> names;
+    for (const std::filesystem::path& name : path)
+        names.push_back(name.string());
+    if (names.size() < 2)
+        return {};
+    if (names[0] != "jet")
+        return names[0];
+    if (names.size() > 2)
+        return "jet/" + names[1];
+    const std::string own = "jet/" + path.stem().string();
+    return FindPart(own) != nullptr ? own : "jet";
+}
+
+/// What is wrong with one include; empty when nothing is.
+std::string Objection(const std::filesystem::path& source, const std::string& header, bool quoted)
+{
+    const std::string from = PartOf(source);
+    const Part* part = FindPart(from);
+    if (part == nullptr)
+        return "lies in a folder that is no part of the house";
+    if (!quoted) {
+        for (const OutsideLibrary& library : kOutsideLibraries)
+            if (std::regex_match(header, std::regex(library.header)) && library.onlyIn != from)
+                return "only " + std::string(library.onlyIn) + "/ may know this library";
+        return {};
+    }
+    const std::string to = PartOf(header);
+    if (FindPart(to) == nullptr)
+        return "does not start at src/ with the name of a part";
+    if (to != from && !IsListed(part->mayInclude, to))
+        return from + " may not include " + to;
+    return {};
+}
+
+TEST(Architecture, EveryIncludePointsDownwards)
+{
+    const std::filesystem::path root = VELMORA_SOURCE_FOLDER;
+    const std::regex include(R"re(^[ \t]*#[ \t]*include[ \t]*([<"])([^>"]+)[>"])re", std::regex::multiline);
+    int includes = 0;
+    for (const auto& entry : std::filesystem::recursive_directory_iterator(root)) {
+        const std::string extension = entry.path().extension().string();
+        if (extension != ".h" && extension != ".cpp" && extension != ".inc")
+            continue;
+        const std::filesystem::path source = std::filesystem::relative(entry.path(), root);
+        const std::string text = ReadFile(entry.path());
+        for (std::sregex_iterator match(text.begin(), text.end(), include), end; match != end; ++match) {
+            ++includes;
+            const std::string header = (*match)[2];
+            EXPECT_EQ(Objection(source, header, (*match)[1] == "\""), "")
+                << source.generic_string() << " includes " << header;
+        }
+    }
+    EXPECT_GT(includes, 0) << "no sources found in " << root;
+}
+
+} // namespace
+} // namespace velmora::testing
