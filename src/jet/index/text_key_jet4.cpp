@@ -1,0 +1,234 @@
+#include "jet/index/collation.h"
+#include "jet/index/text_key.h"
+
+#include <algorithm>
+#include <bit>
+#include <vector>
+
+namespace jet {
+
+namespace {
+
+constexpr std::uint16_t kBlank = 0x20;
+constexpr Byte kSeparator = 0x01;
+constexpr Byte kNoSecondary = 0x02; ///< of a character without an accent; dropped from the end of the list
+constexpr Byte kEnd = 0x00;
+constexpr Byte kFullKana = 3;
+constexpr Byte kSmallKana = 2;
+constexpr std::array<Byte, 5> kKanaEnd{0xFF, 0x02, 0x80, 0xFF, 0x80};
+constexpr Byte kHiddenFollows = 0xFF; ///< between kana and hidden entries
+constexpr Byte kHiddenMark = 0x06;    ///< third byte of each hidden entry
+
+/// What one code unit contributes to a key.
+struct Weight {
+    WeightKind kind = WeightKind::None;
+    Byte primarySize = 0;
+    Byte secondarySize = 0;
+    std::array<Byte, 4> primary{};
+    std::array<Byte, 2> secondary{};
+};
+
+template <std::size_t kSize> Byte StoreCode(std::array<Byte, kSize>& bytes, std::uint32_t code)
+{
+    const auto size = static_cast<std::size_t>((std::bit_width(code) + 7) / 8);
+    for (std::size_t i = 0; i < size; ++i)
+        bytes[i] = static_cast<Byte>(code >> 8 * (size - 1 - i));
+    return static_cast<Byte>(size);
+}
+
+/// The code that follows: 00 and 01 do not occur in a code's last place.
+std::uint32_t NextCode(std::uint32_t code)
+{
+    return (code & 0xFF) != 0xFF ? code + 1 : NextCode(code >> 8) << 8 | 0x02;
+}
+
+std::vector<Weight> ExpandWeights()
+{
+    std::vector<Weight> weights(0x10000);
+    for (const Jet4WeightRow& row : kJet4General) {
+        std::uint32_t primary = row.primary;
+        std::uint32_t secondary = row.secondary;
+        std::uint32_t& moving = primary != 0 ? primary : secondary;
+        for (std::uint32_t unit = row.first; unit <= row.last; ++unit) {
+            Weight& weight = weights[unit];
+            weight.kind = row.kind;
+            weight.primarySize = StoreCode(weight.primary, primary);
+            weight.secondarySize = StoreCode(weight.secondary, secondary);
+            if (row.steps)
+                moving = NextCode(moving);
+        }
+    }
+    return weights;
+}
+
+/// By code unit; 65,536 of them.
+const std::vector<Weight>& Weights()
+{
+    static const std::vector<Weight> weights = ExpandWeights();
+    return weights;
+}
+
+/// The parts of one key while its text is read. The arrays hold what 255 code units can give at most.
+class KeyParts {
+public:
+    void Add(const Weight& weight)
+    {
+        switch (weight.kind) {
+        case WeightKind::None:
+            break;
+        case WeightKind::FullKana:
+        case WeightKind::SmallKana:
+            AddKana(weight.kind == WeightKind::SmallKana);
+            [[fallthrough]];
+        case WeightKind::Plain:
+        case WeightKind::Accented:
+            AddLetter(weight);
+            break;
+        case WeightKind::Modifier:
+            Modify(weight.secondary[0]);
+            break;
+        case WeightKind::Hidden:
+            Hide(weight.secondary[0]);
+            break;
+        }
+    }
+
+    /// Appends everything up to and with the closing 00.
+    void AppendTo(Bytes& key) const
+    {
+        AppendBytes(key, {primary_.data(), primaryCount_});
+        key.push_back(kSeparator);
+        AppendBytes(key, {secondary_.data(), SignificantSecondaries()});
+        if (kanaCount_ != 0 || hiddenCount_ != 0) {
+            key.insert(key.end(), 2, kSeparator);
+            if (kanaCount_ != 0)
+                AppendKana(key);
+            if (hiddenCount_ != 0) {
+                if (kanaCount_ != 0)
+                    key.push_back(kHiddenFollows);
+                key.push_back(kSeparator);
+                AppendBytes(key, {hidden_.data(), hiddenCount_});
+            }
+        }
+        key.push_back(kEnd);
+    }
+
+private:
+    void AddLetter(const Weight& weight)
+    {
+        for (std::size_t i = 0; i < weight.primarySize; ++i)
+            primary_[primaryCount_++] = weight.primary[i];
+        if (weight.secondarySize == 0)
+            secondary_[secondaryCount_++] = kNoSecondary;
+        for (std::size_t i = 0; i < weight.secondarySize; ++i)
+            secondary_[secondaryCount_++] = weight.secondary[i];
+    }
+
+    void AddKana(bool isSmall)
+    {
+        kana_[kanaCount_++] = isSmall ? kSmallKana : kFullKana;
+        if (isSmall)
+            significantKana_ = kanaCount_;
+    }
+
+    void Modify(Byte code)
+    {
+        if (secondaryCount_ != 0) {
+            Byte& last = secondary_[secondaryCount_ - 1];
+            last = static_cast<Byte>(last + code);
+            return;
+        }
+        secondary_[secondaryCount_++] = code;
+        uncounted_ = 1;
+    }
+
+    void Hide(Byte code)
+    {
+        const auto place = static_cast<std::uint16_t>(0x8000 | (7 + 4 * (secondaryCount_ - uncounted_)));
+        for (const Byte byte : {static_cast<Byte>(place >> 8), static_cast<Byte>(place), kHiddenMark, code})
+            hidden_[hiddenCount_++] = byte;
+    }
+
+    [[nodiscard]] std::size_t SignificantSecondaries() const
+    {
+        std::size_t count = secondaryCount_;
+        while (count != 0 && secondary_[count - 1] <= kNoSecondary)
+            --count;
+        return count;
+    }
+
+    /// Three kana to a byte, from its high end; full-size ones at the end are dropped.
+    void AppendKana(Bytes& key) const
+    {
+        for (std::size_t at = 0; at < significantKana_; at += 3) {
+            const auto size = [&](std::size_t i) { return at + i < significantKana_ ? kana_[at + i] : Byte{0}; };
+            key.push_back(static_cast<Byte>(0x80 | size(0) << 4 | size(1) << 2 | size(2)));
+        }
+        AppendBytes(key, kKanaEnd);
+    }
+
+    std::array<Byte, 4 * kMaxTextUnits> primary_;
+    std::array<Byte, 2 * kMaxTextUnits> secondary_;
+    std::array<Byte, kMaxTextUnits> kana_;
+    std::array<Byte, 4 * kMaxTextUnits> hidden_;
+    std::size_t primaryCount_ = 0;
+    std::size_t secondaryCount_ = 0;
+    std::size_t uncounted_ = 0; ///< 1 when the secondary list begins with a modifier's own byte
+    std::size_t kanaCount_ = 0;
+    std::size_t significantKana_ = 0; ///< kana up to the last small one
+    std::size_t hiddenCount_ = 0;
+};
+
+} // namespace
+
+KeyUnits KeyUnits::OfUtf16(ByteSpan utf16)
+{
+    KeyUnits result;
+    result.count_ = std::min(utf16.size() / 2, kMaxTextUnits);
+    for (std::size_t i = 0; i < result.count_; ++i)
+        result.units_[i] = LoadU16(utf16, 2 * i);
+    return result;
+}
+
+KeyUnits KeyUnits::OfStored(ByteSpan stored)
+{
+    if (stored.size() < 2 || stored[0] != 0xFF || stored[1] != 0xFE)
+        return OfUtf16(stored);
+    KeyUnits result;
+    bool compressed = true;
+    std::size_t at = 2;
+    while (at < stored.size() && result.count_ < kMaxTextUnits) {
+        if (stored[at] == 0) {
+            compressed = !compressed;
+            ++at;
+        } else if (compressed) {
+            result.units_[result.count_++] = stored[at++];
+        } else {
+            if (at + 1 == stored.size())
+                break;
+            result.units_[result.count_++] = LoadU16(stored, at);
+            at += 2;
+        }
+    }
+    return result;
+}
+
+void AppendJet4TextKey(Bytes& key, const KeyUnits& text, SortOrder order)
+{
+    std::size_t count = text.Count();
+    while (count != 0 && text[count - 1] == kBlank)
+        --count;
+
+    const std::vector<Weight>& weights = Weights();
+    KeyParts parts;
+    for (std::size_t i = 0; i < count; ++i)
+        parts.Add(weights[text[i]]);
+    const std::size_t begin = key.size();
+    parts.AppendTo(key);
+    if (order == SortOrder::Descending) {
+        Complement(MutableBytes(key).subspan(begin));
+        key.push_back(kEnd);
+    }
+}
+
+} // namespace jet
