@@ -7,8 +7,9 @@
 
 namespace jet {
 
-/// The values of one record, in stored form, by column index (position in TableDef::columns, 0-based). All bytes lie in one
-/// buffer that is kept from record to record. A memo or OLE value is held as its resolved bytes.
+/// The values of one record, in stored form, by column index (position in TableDef::columns, 0-based). All bytes lie in
+/// one buffer that is kept from record to record. A memo or OLE value is held as its resolved bytes; a boolean as one
+/// byte, 0 or 1, and Null is False.
 class Record {
 public:
     /// All fields Null (booleans False), for `columnCount` columns.
@@ -16,6 +17,7 @@ public:
     [[nodiscard]] std::size_t ColumnCount() const noexcept { return fields_.size(); }
 
     void SetNull(std::size_t column);
+    /// `stored` may be part of this record.
     void SetStored(std::size_t column, ByteSpan stored);
     /// Room for `size` bytes in the buffer that become the field's value; to be filled at once.
     [[nodiscard]] MutableBytes SetSized(std::size_t column, std::size_t size);

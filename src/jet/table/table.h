@@ -41,7 +41,8 @@ struct IndexSpec {
     bool primary = false;
 };
 
-/// One open table: its definition, rows, long values and indexes. One object per table and connection; recordsets share it.
+/// One open table: its definition, rows, long values and indexes. One object per table and connection; recordsets share
+/// it.
 ///
 /// Row count, autonumber and index statistics are kept in memory and reach the definition page by FlushCounters().
 class Table {
@@ -51,8 +52,8 @@ public:
     Table(const Table&) = delete;
     Table& operator=(const Table&) = delete;
 
-    /// A new, empty table of the columns given: definition page, then map page. Throws TooManyFields, FieldDefinedTwice,
-    /// TwoAutoNumbers, InvalidName.
+    /// A new, empty table of the columns given: definition page, then map page. Throws TooManyFields,
+    /// FieldDefinedTwice, TwoAutoNumbers, InvalidName.
     [[nodiscard]] static PageNumber Create(Pager& pager, const std::vector<ColumnSpec>& columns);
 
     [[nodiscard]] const std::string& Name() const noexcept { return name_; }
@@ -62,57 +63,81 @@ public:
     [[nodiscard]] std::uint64_t Generation() const noexcept { return generation_; }
     void SetHook(RowHook* hook) noexcept { hook_ = hook; }
     void SetRequired(std::size_t column, bool required) { def_.columns[column].required = required; }
+    /// From now on the values of this memo or OLE column never stay in the row, however short.
+    void SetNeverInline(std::size_t column) { def_.columns[column].neverInline = true; }
 
     // Rows. A row is named by its home slot, which never changes.
 
-    /// Throws DuplicateKey, NullInPrimaryKey, FieldRequired, RecordTooLarge, and what the hook throws; nothing is changed then.
+    /// Throws DuplicateKey, NullInPrimaryKey, FieldRequired, RecordTooLarge, DatabaseFull, and what the hook throws;
+    /// nothing is changed then. The hook is asked last, when the table itself has nothing against the record.
     RowId Insert(const Record& record);
-    /// Replaces all values of `row`.
+    /// Replaces all values of `row`; throws as Insert(), and RecordDeleted. A long value that stays the same is not
+    /// written again. `record` must not be changed by the hook.
     void Update(RowId row, const Record& record);
+    /// Throws RecordDeleted. When the hook has deleted the row itself (a cascade that goes round), that is all.
     void Delete(RowId row);
-    /// All values; long values resolved.
+    /// All values; long values resolved. Throws RecordDeleted when there is no such row.
     void Read(RowId row, Record& record) const;
+    [[nodiscard]] bool Exists(RowId row) const;
     [[nodiscard]] Value Get(const Record& record, std::size_t column) const;
     /// The next autonumber, which from now on counts as given.
     [[nodiscard]] std::int32_t TakeAutonumber();
     /// Gives `number` back when it is the last one given.
     void ReturnAutonumber(std::int32_t number) noexcept;
 
-    /// First live row behind `after` in storage order (nullopt: from the start); nullopt at the end. Rows may be changed and
-    /// deleted while walking.
+    /// First live row behind `after` in storage order (nullopt: from the start); nullopt at the end. Rows may be
+    /// changed and deleted while walking.
     [[nodiscard]] std::optional<RowId> NextRow(std::optional<RowId> after) const;
 
     // Keys.
 
     /// The key of `record` in real index `index` (0-based); nullopt when the index leaves such a record out.
     [[nodiscard]] std::optional<Bytes> KeyOf(std::size_t index, const Record& record) const;
+    /// The same into a buffer that is used again and again: `key` is replaced. False when the index leaves the record
+    /// out.
+    [[nodiscard]] bool MakeKey(std::size_t index, const Record& record, Bytes& key) const;
     [[nodiscard]] IndexTree& Tree(std::size_t index) const;
 
     // Structure.
 
+    // A function that throws has changed nothing. Each of them writes the definition, counters included.
+
+    /// Throws FieldExists, TooManyFields (255 columns stand in the table; numbers used up by dropped ones are won back
+    /// by Renumber()), TwoAutoNumbers, InvalidName, SizeTooLong. An autonumber column numbers the rows that are there
+    /// from 1.
     void AddColumn(const ColumnSpec& column);
+    /// Throws NoSuchField, FieldInIndex (also for the last column), FieldInRelation.
     void DropColumn(std::string_view name);
     /// Fills the index from the rows. Throws IndexExists, PrimaryKeyExists, TooManyIndexes, NoSuchField, DuplicateKey,
     /// NullInPrimaryKey.
     void CreateIndex(const IndexSpec& index);
-    /// Removes a logical index, and its real one when no other uses it.
+    /// Removes a logical index (of any type), and its real one when no other uses it. Throws NoSuchIndex.
     void DropIndex(std::string_view name);
-    /// Adds one side of a relation; gives the new entry's number. On the referencing side the real index on exactly `columns` is
-    /// shared, or made when there is none. The partner's number may be set later.
+    /// Adds one side of a relation; gives the new entry's number, which is Definition().NextIndexNumber() of before. Of
+    /// `entry` name, side, partner and rules count. `columns` are permanent column numbers. On the referencing side the
+    /// real index on exactly these columns is shared, or made when there is none; the referenced side needs a unique
+    /// one. The partner's number may be set later. Throws IndexNameTaken, TooManyIndexes, NotUniquelyIndexed.
     std::uint32_t AddRelationIndex(LogicalIndex entry, const std::vector<std::uint16_t>& columns);
     void SetPartner(std::uint32_t indexNumber, std::uint32_t partnerIndex);
     /// Writes the table anew with column numbers from 0, as compacting does. Row ids change.
     void Renumber();
-    /// Frees everything that belongs to the table.
+    /// Frees everything that belongs to the table; nothing but the destructor may be called afterwards.
     void Destroy();
+    /// Before every commit.
     void FlushCounters();
 
 private:
     struct Parts;
+    class RowChange;
+    class Rewrite;
+    void AddIndex(LogicalIndex entry, const RealIndex* wanted);
+    void Adopt(TableDef def);
+    void NumberRows(std::size_t column);
     Pager* pager_;
     std::string name_;
     TableDef def_;
     std::uint64_t generation_ = 0;
+    bool countersChanged_ = false;
     RowHook* hook_ = nullptr;
     std::unique_ptr<Parts> parts_; ///< trees, long-value stores, insert position
 };

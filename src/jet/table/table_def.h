@@ -2,6 +2,7 @@
 
 #include "jet/base/format.h"
 #include "jet/base/value.h"
+#include "jet/base/value_codec.h"
 #include "jet/index/index_key.h"
 #include "jet/store/pager.h"
 
@@ -14,11 +15,11 @@
 namespace jet {
 
 namespace column_flags {
-inline constexpr Byte kFixed = 0x01;      ///< the value lies in the fixed area
-inline constexpr Byte kUpdatable = 0x02;  ///< set in every column
+inline constexpr Byte kFixed = 0x01;     ///< the value lies in the fixed area
+inline constexpr Byte kUpdatable = 0x02; ///< set in every column
 inline constexpr Byte kAutonumber = 0x04;
-inline constexpr Byte kSystem = 0x10;     ///< column of one of the four basic system tables
-inline constexpr Byte kOwnerId = 0x20;    ///< holds owner ids
+inline constexpr Byte kSystem = 0x10;  ///< column of one of the four basic system tables
+inline constexpr Byte kOwnerId = 0x20; ///< holds owner ids
 inline constexpr Byte kHyperlink = 0x80;
 } // namespace column_flags
 
@@ -39,10 +40,15 @@ struct Column {
     std::uint8_t precision = 0, scale = 0; ///< numeric
     RowId longValueOwned, longValueFree;   ///< usage maps of a memo or OLE column
     bool required = false;                 ///< from the table's properties
+    bool neverInline = false;              ///< long values always get a record of their own; ours, not the file's
     std::array<Byte, 25> raw{};
 
     [[nodiscard]] bool IsFixed() const noexcept { return flags & column_flags::kFixed; }
     [[nodiscard]] bool IsAutonumber() const noexcept { return flags & column_flags::kAutonumber; }
+    /// Bytes of a value in the fixed area of a row; 0 for a boolean, which is a bit of the null mask.
+    [[nodiscard]] std::size_t FixedSize() const noexcept;
+    /// What the value codec asks for.
+    [[nodiscard]] ValueType GetValueType() const noexcept;
 };
 
 namespace index_flags {
@@ -56,7 +62,7 @@ struct IndexColumn {
     SortOrder order = SortOrder::Ascending;
 };
 
-/// A tree.
+/// A tree. `raw` and `rawStatistics` keep the bytes of its two blocks.
 struct RealIndex {
     std::uint32_t entriesAtBuild = 0;
     std::uint32_t distinctKeys = 0;
@@ -64,6 +70,8 @@ struct RealIndex {
     RowId usageMap;
     PageNumber root = 0;
     Byte flags = 0;
+    std::array<Byte, 52> raw{};
+    std::array<Byte, 12> rawStatistics{};
 
     [[nodiscard]] bool IsUnique() const noexcept { return flags & index_flags::kUnique; }
 };
@@ -83,10 +91,15 @@ struct LogicalIndex {
     PageNumber partnerTable = 0;             ///< definition page of the other table
     bool cascadeUpdates = false;
     DeleteRule onDelete = DeleteRule::NoAction;
+    std::array<Byte, 28> raw{};
 };
 
 /// A table definition: a chain of pages of type 2, read as one stream.
+///
+/// What the engine does not know of it (`rawHeader`, the `raw` of its parts) is written back as it was read. Reading
+/// checks that columns and indexes refer to things that exist, so the rest of the engine need not.
 struct TableDef {
+    const Format* format = nullptr;
     std::vector<PageNumber> pages; ///< the chain; the first is the table's id
     std::uint32_t rowCount = 0;
     std::uint32_t lastAutonumber = 0;
@@ -94,18 +107,35 @@ struct TableDef {
     std::uint16_t columnsEver = 0;
     std::uint16_t variableColumnsEver = 0;
     RowId ownedPages, freeSpacePages;
-    std::vector<Column> columns;          ///< in the file's order
+    std::vector<Column> columns; ///< in the file's order
     std::vector<RealIndex> realIndexes;
-    std::vector<LogicalIndex> logicalIndexes; ///< in name order, as keys of the default sort order
+    std::vector<LogicalIndex> logicalIndexes;  ///< in name order, as keys of the default sort order
+    std::vector<std::uint16_t> longValueOrder; ///< column numbers in the order of the list of long-value maps
+    std::array<Byte, 64> rawHeader{};          ///< what stands before the first section
 
     [[nodiscard]] std::optional<std::size_t> ColumnIndex(std::string_view name) const; ///< as the sort order compares
     [[nodiscard]] std::optional<std::size_t> ColumnByNumber(std::uint16_t number) const noexcept;
     [[nodiscard]] const LogicalIndex* PrimaryKey() const noexcept;
+    /// The logical index of that name, as the sort order compares; nullptr when there is none.
+    [[nodiscard]] const LogicalIndex* IndexByName(std::string_view name) const;
+    [[nodiscard]] const LogicalIndex* IndexByNumber(std::uint32_t number) const noexcept;
+    /// The number that the next logical index gets: greatest + 1.
+    [[nodiscard]] std::uint32_t NextIndexNumber() const noexcept;
 };
 
-/// Throws CorruptPage.
+/// The definition that begins on `page`. Throws CorruptPage.
 [[nodiscard]] TableDef ReadTableDef(Pager& pager, PageNumber page);
-/// Writes `def` over its chain, which grows or shrinks as needed (`def.pages` follows).
+/// The same from the joined content of the chain (the first page whole, the others without their first 8 bytes).
+[[nodiscard]] TableDef ParseTableDef(const Format& format, ByteSpan stream, PageNumber page);
+
+/// Writes `def` over its chain, which grows or shrinks as needed (`def.pages` follows). Logical indexes are written in
+/// the order in which they stand. Nothing is changed when no page is left (DatabaseFull).
 void WriteTableDef(Pager& pager, TableDef& def);
+/// The joined content; its first 8 bytes, the head of the first page, are zero.
+[[nodiscard]] Bytes SerializeTableDef(const Format& format, const TableDef& def);
+/// Writes only row count, autonumber and index statistics.
+void WriteTableCounters(Pager& pager, const TableDef& def);
+/// Puts the logical indexes in the order that the file wants.
+void SortIndexesByName(TableDef& def);
 
 } // namespace jet

@@ -1,0 +1,112 @@
+#include "jet/table/column_design.h"
+
+#include "jet/base/text_codec.h"
+#include "jet/error.h"
+
+#include <algorithm>
+
+namespace jet {
+
+namespace {
+
+constexpr std::uint8_t kDefaultPrecision = 18;
+constexpr std::size_t kMaxBinarySize = 510;
+constexpr std::string_view kRefusedInNames = ".![]`";
+
+std::uint16_t SizeOf(const ColumnSpec& spec, const Format& format)
+{
+    switch (spec.type) {
+    case ColumnType::Boolean:
+        return 1;
+    case ColumnType::Text:
+        if (spec.characters == 0 || spec.characters > kMaxTextUnits)
+            throw Error(ErrorNumber::SizeTooLong, {spec.name});
+        return static_cast<std::uint16_t>(spec.characters * format.textUnitSize);
+    case ColumnType::Binary:
+        if (spec.characters == 0 || spec.characters > std::min(kMaxBinarySize, format.textUnitSize * kMaxTextUnits))
+            throw Error(ErrorNumber::SizeTooLong, {spec.name});
+        return static_cast<std::uint16_t>(spec.characters);
+    default: {
+        Column column;
+        column.type = spec.type;
+        return static_cast<std::uint16_t>(column.FixedSize());
+    }
+    }
+}
+
+bool GoesToFixedArea(ColumnType type)
+{
+    return type != ColumnType::Text && type != ColumnType::Binary && !IsLongValue(type);
+}
+
+void SetCollation(Column& column, const Format& format, const DatabaseHeader& header)
+{
+    column.collation = {.locale = header.sortOrder, .version = header.sortVersion};
+    if (format.column.country != Format::kAbsent)
+        StoreU16(column.raw, format.column.country, header.country);
+    if (format.column.codePage != Format::kAbsent)
+        StoreU16(column.raw, format.column.codePage, header.codePage);
+}
+
+} // namespace
+
+void CheckName(std::string_view name)
+{
+    const std::size_t units = Utf16Length(name);
+    const bool refused = std::any_of(name.begin(), name.end(), [](char c) {
+        return static_cast<unsigned char>(c) < 0x20 || kRefusedInNames.find(c) != std::string_view::npos;
+    });
+    if (units == 0 || units > kMaxNameUnits || refused || name.front() == ' ')
+        throw Error(ErrorNumber::InvalidName, {name});
+}
+
+std::uint16_t FixedAreaEnd(const TableDef& def) noexcept
+{
+    std::size_t end = 0;
+    for (const Column& column : def.columns) {
+        if (column.IsFixed() && column.type != ColumnType::Boolean)
+            end = std::max(end, column.fixedOffset + column.FixedSize());
+    }
+    return static_cast<std::uint16_t>(end);
+}
+
+Column& DesignColumn(TableDef& def, const ColumnSpec& spec, const DatabaseHeader& header)
+{
+    const Format& format = *def.format;
+    CheckName(spec.name);
+    const auto isAutonumber = [](const Column& column) { return column.IsAutonumber(); };
+    if (spec.autonumber && std::any_of(def.columns.begin(), def.columns.end(), isAutonumber))
+        throw Error(ErrorNumber::TwoAutoNumbers);
+
+    Column column;
+    column.name = spec.name;
+    column.type = spec.type;
+    column.size = SizeOf(spec, format);
+    column.required = spec.required;
+    column.flags = column_flags::kUpdatable;
+    column.number = def.columnsEver;
+    column.variableIndex = def.variableColumnsEver;
+    SetCollation(column, format, header);
+    if (spec.autonumber)
+        column.flags |= column_flags::kAutonumber;
+    if (GoesToFixedArea(spec.type)) {
+        column.flags |= column_flags::kFixed;
+        if (spec.type != ColumnType::Boolean)
+            column.fixedOffset = FixedAreaEnd(def);
+    } else {
+        ++def.variableColumnsEver;
+    }
+    if (spec.type == ColumnType::Numeric) {
+        column.precision = kDefaultPrecision;
+    } else if (format.version == JetVersion::Jet4 && (spec.type == ColumnType::Text || spec.type == ColumnType::Memo)) {
+        column.moreFlags = kMoreFlagsCompressed;
+    }
+    for (const Column& other : def.columns)
+        column.position = std::max<std::uint16_t>(column.position, static_cast<std::uint16_t>(other.position + 1));
+    ++def.columnsEver;
+    if (IsLongValue(spec.type))
+        def.longValueOrder.push_back(column.number);
+    return def.columns.emplace_back(std::move(column));
+}
+
+} // namespace jet

@@ -1,0 +1,20 @@
+#pragma once
+
+#include "jet/store/header_page.h"
+#include "jet/table/table.h"
+
+namespace jet {
+
+/// Throws InvalidName unless `name` has 1 to 64 characters, none of them . ! [ ] ` or a control character, and does not
+/// begin with a blank.
+void CheckName(std::string_view name);
+
+/// Adds the column to `def` as its last: next number, next place in the row, the file's own sort order. A memo or OLE
+/// column still wants its usage maps. Throws InvalidName, SizeTooLong, TwoAutoNumbers; that the name is new, and that
+/// there is a number left, is the caller's business.
+Column& DesignColumn(TableDef& def, const ColumnSpec& spec, const DatabaseHeader& header);
+
+/// The end of the fixed area as the columns that stand make it: where the next fixed column goes.
+[[nodiscard]] std::uint16_t FixedAreaEnd(const TableDef& def) noexcept;
+
+} // namespace jet

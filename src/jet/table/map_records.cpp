@@ -1,0 +1,68 @@
+#include "jet/table/map_records.h"
+
+#include "jet/store/data_page.h"
+#include "jet/store/usage_map.h"
+
+#include <algorithm>
+
+namespace jet {
+
+namespace {
+
+bool HoldsLiveRecord(Pager& pager, PageNumber number)
+{
+    const PageRef page = pager.Read(number, PageType::Data);
+    const DataPage view(page.Bytes(), number, pager.GetFormat());
+    for (std::size_t slot = 0; slot < view.SlotCount(); ++slot) {
+        if (view.State(slot) != SlotState::Deleted)
+            return true;
+    }
+    return false;
+}
+
+} // namespace
+
+std::vector<PageNumber> MapPages(const TableDef& def)
+{
+    std::vector<PageNumber> pages;
+    const auto add = [&pages](RowId record) {
+        if (!record.IsNone() && std::find(pages.begin(), pages.end(), record.page) == pages.end())
+            pages.push_back(record.page);
+    };
+    add(def.ownedPages);
+    add(def.freeSpacePages);
+    for (const Column& column : def.columns) {
+        add(column.longValueOwned);
+        add(column.longValueFree);
+    }
+    for (const RealIndex& index : def.realIndexes)
+        add(index.usageMap);
+    return pages;
+}
+
+PageNumber AllocateMapPage(Pager& pager)
+{
+    const MutablePageRef page = pager.Allocate();
+    DataPageEditor::MakeEmpty(page, pager.GetFormat(), 0);
+    return page.Number();
+}
+
+RowId PlaceMapRecord(Pager& pager, const TableDef& def)
+{
+    for (const PageNumber page : MapPages(def)) {
+        if (const std::optional<RowId> record = UsageMap::CreateRecord(pager, page))
+            return *record;
+    }
+    return UsageMap::CreateRecord(pager, AllocateMapPage(pager)).value();
+}
+
+void RemoveMapRecord(Pager& pager, RowId record)
+{
+    if (record.IsNone())
+        return;
+    UsageMap(pager, record).Destroy();
+    if (!HoldsLiveRecord(pager, record.page))
+        pager.Free(record.page);
+}
+
+} // namespace jet

@@ -1,0 +1,298 @@
+#include "jet/table/row_change.h"
+
+#include "jet/error.h"
+#include "jet/table/memo_form.h"
+#include "jet/table/record_reader.h"
+
+#include <algorithm>
+#include <cstring>
+
+namespace jet {
+
+namespace {
+
+RowScratch& AcquireScratch(std::vector<std::unique_ptr<RowScratch>>& all, std::size_t& used)
+{
+    if (used == all.size())
+        all.push_back(std::make_unique<RowScratch>());
+    return *all[used++];
+}
+
+bool SameBytes(ByteSpan a, ByteSpan b)
+{
+    return a.size() == b.size() && std::equal(a.begin(), a.end(), b.begin());
+}
+
+} // namespace
+
+Table::RowChange::RowChange(Table& table)
+    : table_(table), parts_(*table.parts_), scratch_(AcquireScratch(parts_.scratch, parts_.changesUnderWay))
+{
+}
+
+bool Table::RowChange::ReadBefore(RowId row)
+{
+    const RowStore::Found found = parts_.rows.Find(row);
+    if (!found)
+        return false;
+    scratch_.oldRow.assign(found.bytes.begin(), found.bytes.end());
+    ReadRecord(*table_.pager_, table_.def_, found, parts_.allColumns, scratch_.before);
+    MakeKeys(scratch_.before, scratch_.oldKeys);
+    return true;
+}
+
+bool Table::RowChange::IsUnchanged(RowId row) const
+{
+    const RowStore::Found found = parts_.rows.Find(row);
+    return found && SameBytes(found.bytes, scratch_.oldRow);
+}
+
+void Table::RowChange::CheckInsert(const Record& record)
+{
+    PrepareFields(record, false);
+    MakeKeys(record, scratch_.keys);
+    for (std::size_t i = 0; i < scratch_.keys.size(); ++i)
+        CheckKey(i, scratch_.keys[i]);
+}
+
+void Table::RowChange::CheckUpdate(const Record& record)
+{
+    PrepareFields(record, true);
+    MakeKeys(record, scratch_.keys);
+    for (std::size_t i = 0; i < scratch_.keys.size(); ++i) {
+        if (KeyChanges(i))
+            CheckKey(i, scratch_.keys[i]);
+    }
+}
+
+/// Brings all fields into the form that the row holds, except that long values which need pages only keep their place;
+/// so the row's size is known before anything is changed.
+void Table::RowChange::PrepareFields(const Record& record, bool isUpdate)
+{
+    const std::vector<Column>& columns = table_.def_.columns;
+    scratch_.fields.assign(columns.size(), RowField{});
+    scratch_.longFieldAt.resize(columns.size());
+    scratch_.keptLongValues.assign(columns.size(), false);
+    scratch_.longFields.clear();
+    scratch_.expandedMemos.clear();
+    scratch_.outside.clear();
+    for (std::size_t i = 0; i < columns.size(); ++i) {
+        const std::optional<ByteSpan> stored = record.Stored(i);
+        RowField& field = scratch_.fields[i];
+        if (columns[i].type == ColumnType::Boolean) {
+            field.isSet = stored && !stored->empty() && (*stored)[0] != 0;
+            continue;
+        }
+        if (!stored) {
+            if (columns[i].required)
+                throw Error(ErrorNumber::FieldRequired, {columns[i].name});
+            continue;
+        }
+        field.isSet = true;
+        if (IsLongValue(columns[i].type))
+            PrepareLongValue(i, record, *stored, isUpdate);
+        else
+            field.bytes = *stored;
+    }
+    // Only now does the buffer of long values stay where it is.
+    for (std::size_t i = 0; i < columns.size(); ++i) {
+        if (RowField& field = scratch_.fields[i]; field.isSet && IsLongValue(columns[i].type)) {
+            const std::size_t begin = scratch_.longFieldAt[i];
+            field.bytes = ByteSpan(scratch_.longFields).subspan(begin, field.bytes.size());
+        }
+    }
+    size_ = parts_.layout.Measure(scratch_.fields);
+    if (size_ > table_.def_.format->maxRecordSize)
+        throw Error(ErrorNumber::RecordTooLarge);
+}
+
+/// Appends the field of a long value to `longFields`: whole when it stays in the row, else 12 bytes to be filled later.
+void Table::RowChange::PrepareLongValue(std::size_t column, const Record& record, ByteSpan stored, bool isUpdate)
+{
+    const Column& kind = table_.def_.columns[column];
+    const Format& format = *table_.def_.format;
+    const std::size_t begin = scratch_.longFields.size();
+    scratch_.longFieldAt[column] = begin;
+    const std::optional<ByteSpan> old = isUpdate ? scratch_.before.Stored(column) : std::nullopt;
+    if (&record != &scratch_.before && old && SameBytes(*old, stored)) {
+        const RowView view(scratch_.oldRow, table_.def_, table_.def_.pages.front());
+        AppendBytes(scratch_.longFields, view.Field(kind).value());
+        scratch_.keptLongValues[column] = true;
+    } else {
+        MemoForm form{stored, stored};
+        if (kind.type == ColumnType::Memo)
+            form = FormOfMemo(stored, format, scratch_.memo);
+        if (form.plain.size() <= format.maxInlineLong && !kind.neverInline) {
+            parts_.longValues[column]->Write(form.plain, form.inRow, scratch_.longFields);
+        } else {
+            if (form.plain.size() > kMaxLongValue)
+                throw Error(ErrorNumber::RecordTooLarge);
+            if (form.plain.data() == scratch_.memo.data() && !form.plain.empty())
+                form.plain = scratch_.expandedMemos.emplace_back(std::move(scratch_.memo));
+            scratch_.outside.push_back({column, begin, form.plain, false});
+            scratch_.longFields.resize(begin + kLongValueHeaderSize);
+        }
+    }
+    // Holds no more than the size for now.
+    scratch_.fields[column].bytes = ByteSpan(scratch_.longFields).subspan(begin);
+}
+
+void Table::RowChange::MakeKeys(const Record& record, std::vector<Key>& keys) const
+{
+    keys.resize(parts_.keyPlans.size());
+    for (std::size_t i = 0; i < keys.size(); ++i) {
+        const KeyPlan& plan = parts_.keyPlans[i];
+        keys[i].bytes.clear();
+        keys[i].facts = plan.Append(keys[i].bytes, record);
+        keys[i].inIndex = !plan.LeavesOut(keys[i].facts);
+    }
+}
+
+void Table::RowChange::CheckKey(std::size_t index, const Key& key) const
+{
+    const KeyPlan& plan = parts_.keyPlans[index];
+    if (plan.IsRequired() && key.facts.anyNull)
+        throw Error(ErrorNumber::NullInPrimaryKey);
+    if (plan.MustBeUnique(key.facts) && parts_.trees[index]->Contains(key.bytes))
+        throw Error(ErrorNumber::DuplicateKey);
+}
+
+bool Table::RowChange::KeyChanges(std::size_t index) const
+{
+    const Key& old = scratch_.oldKeys[index];
+    const Key& now = scratch_.keys[index];
+    return old.inIndex != now.inIndex || old.bytes != now.bytes;
+}
+
+RowId Table::RowChange::Insert(const Record& record)
+{
+    std::optional<RowId> row;
+    std::size_t indexed = 0;
+    try {
+        WriteLongValues();
+        const RowStore::Room room = parts_.rows.Insert(size_);
+        row = room.at;
+        parts_.layout.Encode(scratch_.fields, room.bytes);
+        for (; indexed < scratch_.keys.size(); ++indexed)
+            InsertKey(indexed, *row);
+    } catch (...) {
+        RemoveNewKeys(indexed, row.value_or(RowId{}), false);
+        if (row)
+            parts_.rows.Delete(*row);
+        DeleteWrittenLongValues();
+        throw;
+    }
+    ++table_.def_.rowCount;
+    RaiseAutonumber(record);
+    table_.countersChanged_ = true;
+    return *row;
+}
+
+void Table::RowChange::Update(RowId row, const Record& record)
+{
+    std::size_t indexed = 0;
+    try {
+        WriteLongValues();
+        for (; indexed < scratch_.keys.size(); ++indexed) {
+            if (KeyChanges(indexed))
+                InsertKey(indexed, row);
+        }
+        const RowStore::Room room = parts_.rows.Replace(row, size_);
+        parts_.layout.Encode(scratch_.fields, room.bytes);
+    } catch (...) {
+        RemoveNewKeys(indexed, row, true);
+        DeleteWrittenLongValues();
+        throw;
+    }
+    RaiseAutonumber(record);
+    table_.countersChanged_ = true;
+    for (std::size_t i = 0; i < scratch_.oldKeys.size(); ++i) {
+        if (scratch_.oldKeys[i].inIndex && KeyChanges(i))
+            parts_.trees[i]->Remove(scratch_.oldKeys[i].bytes, row);
+    }
+    DeleteOldLongValues(true);
+}
+
+void Table::RowChange::Delete(RowId row)
+{
+    for (std::size_t i = 0; i < scratch_.oldKeys.size(); ++i) {
+        if (scratch_.oldKeys[i].inIndex)
+            parts_.trees[i]->Remove(scratch_.oldKeys[i].bytes, row);
+    }
+    parts_.rows.Delete(row);
+    DeleteOldLongValues(false);
+    if (table_.def_.rowCount != 0)
+        --table_.def_.rowCount;
+    table_.countersChanged_ = true;
+}
+
+void Table::RowChange::WriteLongValues()
+{
+    for (RowScratch::Outside& value : scratch_.outside) {
+        scratch_.writtenField.clear();
+        parts_.longValues[value.column]->Write(value.value, scratch_.writtenField, false);
+        std::memcpy(scratch_.longFields.data() + value.fieldAt, scratch_.writtenField.data(), kLongValueHeaderSize);
+        value.written = true;
+    }
+}
+
+/// Part of giving up: what cannot be taken back either is left, as pages that belong to the column and to no row.
+void Table::RowChange::DeleteWrittenLongValues() noexcept
+{
+    for (RowScratch::Outside& value : scratch_.outside) {
+        if (!value.written)
+            continue;
+        try {
+            parts_.longValues[value.column]->Delete(
+                ByteSpan(scratch_.longFields).subspan(value.fieldAt, kLongValueHeaderSize));
+        } catch (...) {
+        }
+        value.written = false;
+    }
+}
+
+void Table::RowChange::InsertKey(std::size_t index, RowId row)
+{
+    const Key& key = scratch_.keys[index];
+    if (!key.inIndex)
+        return;
+    if (parts_.trees[index]->Insert(key.bytes, row))
+        ++table_.def_.realIndexes[index].distinctKeys;
+}
+
+void Table::RowChange::RemoveNewKeys(std::size_t count, RowId row, bool onlyChanged) noexcept
+{
+    for (std::size_t i = 0; i < count; ++i) {
+        if (!scratch_.keys[i].inIndex || (onlyChanged && !KeyChanges(i)))
+            continue;
+        try {
+            parts_.trees[i]->Remove(scratch_.keys[i].bytes, row);
+        } catch (...) {
+        }
+    }
+}
+
+void Table::RowChange::DeleteOldLongValues(bool keepUnchanged)
+{
+    const RowView view(scratch_.oldRow, table_.def_, table_.def_.pages.front());
+    for (std::size_t i = 0; i < table_.def_.columns.size(); ++i) {
+        if (!parts_.longValues[i] || (keepUnchanged && scratch_.keptLongValues[i]))
+            continue;
+        if (const std::optional<ByteSpan> field = view.Field(table_.def_.columns[i]))
+            parts_.longValues[i]->Delete(*field);
+    }
+}
+
+/// The file's number is never less than one in use, also when the number came from outside.
+void Table::RowChange::RaiseAutonumber(const Record& record)
+{
+    if (!parts_.autonumber)
+        return;
+    const std::optional<ByteSpan> stored = record.Stored(*parts_.autonumber);
+    if (!stored || stored->size() != sizeof(std::int32_t))
+        return;
+    if (LoadI32(*stored, 0) > static_cast<std::int32_t>(table_.def_.lastAutonumber))
+        table_.def_.lastAutonumber = LoadU32(*stored, 0);
+}
+
+} // namespace jet

@@ -1,0 +1,238 @@
+#include "jet/table/row_codec.h"
+
+#include "jet/error.h"
+
+#include <algorithm>
+#include <cassert>
+#include <cstring>
+
+namespace jet {
+
+namespace {
+
+/// When a row moves, its place has to hold a pointer.
+constexpr std::size_t kMinRowSize = kRowPointerSize;
+constexpr std::size_t kJumpUnit = 256;
+constexpr Byte kJumpFiller = 0xFF;
+
+std::size_t LoadNumber(ByteSpan row, std::size_t at, JetVersion version)
+{
+    return version == JetVersion::Jet3 ? row[at] : LoadU16(row, at);
+}
+
+void StoreNumber(MutableBytes row, std::size_t at, std::size_t value, JetVersion version)
+{
+    if (version == JetVersion::Jet3)
+        row[at] = static_cast<Byte>(value);
+    else
+        StoreU16(row, at, static_cast<std::uint16_t>(value));
+}
+
+} // namespace
+
+RowLayout::RowLayout(const TableDef& def)
+    : version_(def.format->version), numberSize_(def.format->rowNumberSize), fieldCount_(def.columnsEver),
+      maskSize_((fieldCount_ + 7) / 8), variable_(def.variableColumnsEver, kNoColumn)
+{
+    std::size_t fixedSize = 0;
+    for (std::size_t i = 0; i < def.columns.size(); ++i) {
+        const Column& column = def.columns[i];
+        numbers_.push_back(column.number);
+        if (!column.IsFixed()) {
+            variable_[column.variableIndex] = i;
+        } else if (column.type != ColumnType::Boolean) {
+            const Byte filler = column.type == ColumnType::Text ? Byte{' '} : Byte{0};
+            fixed_.push_back({i, column.fixedOffset, column.FixedSize(), filler});
+            fixedSize = std::max(fixedSize, column.fixedOffset + column.FixedSize());
+        }
+    }
+    fixedEnd_ = numberSize_ + fixedSize;
+    // Rows of hardly more than booleans: the fixed area is made longer.
+    if (variable_.empty() && fixedEnd_ + maskSize_ < kMinRowSize)
+        fixedEnd_ = kMinRowSize - maskSize_;
+}
+
+std::size_t RowLayout::VariableBytes(std::span<const RowField> fields) const
+{
+    std::size_t size = 0;
+    for (const std::size_t column : variable_) {
+        if (column != kNoColumn && fields[column].isSet)
+            size += fields[column].bytes.size();
+    }
+    return size;
+}
+
+std::size_t RowLayout::JumpTableSize(std::size_t sizeWithout) const
+{
+    std::size_t jumps = 0;
+    if (version_ == JetVersion::Jet3) {
+        while (jumps != (sizeWithout + jumps - 1) / kJumpUnit)
+            ++jumps;
+    }
+    return jumps;
+}
+
+std::size_t RowLayout::Measure(std::span<const RowField> fields) const
+{
+    std::size_t size = fixedEnd_ + maskSize_;
+    if (!variable_.empty()) {
+        size += VariableBytes(fields) + (variable_.size() + 2) * numberSize_;
+        size += JumpTableSize(size);
+    }
+    return size;
+}
+
+void RowLayout::Encode(std::span<const RowField> fields, MutableBytes row) const
+{
+    StoreNumber(row, 0, fieldCount_, version_);
+    EncodeFixed(fields, row);
+    if (!variable_.empty())
+        EncodeVariable(fields, row);
+    EncodeMask(fields, row);
+}
+
+void RowLayout::EncodeFixed(std::span<const RowField> fields, MutableBytes row) const
+{
+    std::memset(row.data() + numberSize_, 0, fixedEnd_ - numberSize_);
+    for (const Fixed& fixed : fixed_) {
+        const RowField& field = fields[fixed.column];
+        if (!field.isSet)
+            continue;
+        const std::size_t at = numberSize_ + fixed.offset;
+        const std::size_t size = std::min(field.bytes.size(), fixed.size);
+        if (size != 0)
+            std::memcpy(row.data() + at, field.bytes.data(), size);
+        if (fixed.filler != 0 && size < fixed.size) {
+            const std::size_t unit = version_ == JetVersion::Jet3 ? 1 : 2;
+            for (std::size_t i = size; i + unit <= fixed.size; i += unit)
+                row[at + i] = fixed.filler;
+        }
+    }
+}
+
+void RowLayout::EncodeVariable(std::span<const RowField> fields, MutableBytes row) const
+{
+    const std::size_t count = variable_.size();
+    const std::size_t numberAt = row.size() - maskSize_ - numberSize_;
+    StoreNumber(row, numberAt, count, version_);
+    std::size_t jumps = 0;
+    if (version_ == JetVersion::Jet3) {
+        jumps = (row.size() - 1) / kJumpUnit;
+        std::memset(row.data() + numberAt - jumps, kJumpFiller, jumps);
+    }
+    const std::size_t offsetsEnd = numberAt - jumps;
+    std::size_t at = fixedEnd_;
+    std::size_t jumped = 0;
+    const auto storeOffset = [&](std::size_t entry) {
+        if (version_ == JetVersion::Jet3) {
+            for (; jumped < jumps && at >= kJumpUnit * (jumped + 1); ++jumped)
+                row[numberAt - 1 - jumped] = static_cast<Byte>(entry);
+        }
+        StoreNumber(row, offsetsEnd - (entry + 1) * numberSize_, at, version_);
+    };
+    for (std::size_t i = 0; i < count; ++i) {
+        storeOffset(i);
+        if (variable_[i] == kNoColumn || !fields[variable_[i]].isSet)
+            continue;
+        const ByteSpan bytes = fields[variable_[i]].bytes;
+        if (!bytes.empty())
+            std::memcpy(row.data() + at, bytes.data(), bytes.size());
+        at += bytes.size();
+    }
+    storeOffset(count);
+    assert(at + (count + 1) * numberSize_ == offsetsEnd);
+}
+
+void RowLayout::EncodeMask(std::span<const RowField> fields, MutableBytes row) const
+{
+    Byte* mask = row.data() + row.size() - maskSize_;
+    std::memset(mask, 0, maskSize_);
+    for (std::size_t i = 0; i < numbers_.size(); ++i) {
+        if (fields[i].isSet)
+            mask[numbers_[i] >> 3] |= static_cast<Byte>(1u << (numbers_[i] & 7));
+    }
+}
+
+RowView::RowView(ByteSpan row, const TableDef& def, PageNumber page)
+    : row_(row), page_(page), version_(def.format->version), fixedBegin_(def.format->rowNumberSize)
+{
+    if (row.size() < fixedBegin_ + 1)
+        throw CorruptPage(page, "a row of " + std::to_string(row.size()) + " bytes is too short");
+    fieldCount_ = LoadNumber(row, 0, version_);
+    const std::size_t maskSize = (fieldCount_ + 7) / 8;
+    if (fieldCount_ == 0 || fieldCount_ > kMaxColumns || row.size() < fixedBegin_ + maskSize)
+        throw CorruptPage(page, "a row says that it has " + std::to_string(fieldCount_) + " fields");
+    maskBegin_ = row.size() - maskSize;
+    fixedEnd_ = maskBegin_;
+    if (def.variableColumnsEver != 0) {
+        if (maskBegin_ < 2 * fixedBegin_)
+            throw CorruptPage(page, "a row has no room for the number of its variable fields");
+        ReadOffsets(maskBegin_ - fixedBegin_);
+    }
+}
+
+void RowView::ReadOffsets(std::size_t numberAt)
+{
+    variableCount_ = LoadNumber(row_, numberAt, version_);
+    std::size_t jumpBytes = version_ == JetVersion::Jet3 ? (row_.size() - 1) / kJumpUnit : 0;
+    const std::size_t tail = jumpBytes + (variableCount_ + 1) * fixedBegin_;
+    if (numberAt < fixedBegin_ + tail)
+        throw CorruptPage(page_, "the offsets of a row's variable fields do not fit the row");
+    const std::size_t offsetsBegin = numberAt - tail;
+    offsetsEnd_ = numberAt - jumpBytes;
+    jumps_ = row_.subspan(offsetsEnd_, jumpBytes);
+    // Only offsets up to where the table begins need a jump. More bytes than those are fillers, by what most say in
+    // front; by one description behind.
+    const std::size_t needed = offsetsBegin / kJumpUnit;
+    if (jumpBytes > needed) {
+        const bool fillersBehind = needed != 0 && jumps_.back() == kJumpFiller && variableCount_ != kJumpFiller;
+        jumps_ = fillersBehind ? jumps_.first(needed) : jumps_.last(needed);
+    }
+    std::size_t previous = fixedBegin_;
+    for (std::size_t i = 0; i <= variableCount_; ++i) {
+        const std::size_t offset = Offset(i);
+        if (offset < previous || offset > offsetsBegin)
+            throw CorruptPage(page_, "the offsets of a row's variable fields contradict each other");
+        previous = offset;
+    }
+    fixedEnd_ = Offset(0);
+}
+
+std::size_t RowView::Offset(std::size_t entry) const noexcept
+{
+    const std::size_t low = LoadNumber(row_, offsetsEnd_ - (entry + 1) * fixedBegin_, version_);
+    if (jumps_.empty())
+        return low;
+    std::size_t jumped = 0;
+    while (jumped < jumps_.size() && jumps_[jumps_.size() - 1 - jumped] <= entry)
+        ++jumped;
+    return low + kJumpUnit * jumped;
+}
+
+bool RowView::IsSet(const Column& column) const noexcept
+{
+    return column.number < fieldCount_ && (row_[maskBegin_ + (column.number >> 3)] >> (column.number & 7) & 1);
+}
+
+std::optional<ByteSpan> RowView::Field(const Column& column) const
+{
+    if (!IsSet(column))
+        return std::nullopt;
+    if (column.IsFixed()) {
+        const std::size_t begin = fixedBegin_ + column.fixedOffset;
+        if (begin + column.FixedSize() > fixedEnd_)
+            throw CorruptPage(page_, "field '" + column.name + "' lies outside the fixed part of its row");
+        return row_.subspan(begin, column.FixedSize());
+    }
+    if (column.variableIndex >= variableCount_)
+        throw CorruptPage(page_, "field '" + column.name + "' is missing in its row");
+    const std::size_t begin = Offset(column.variableIndex);
+    const std::size_t size = Offset(column.variableIndex + std::size_t{1}) - begin;
+    const bool anySize =
+        column.type == ColumnType::Text || column.type == ColumnType::Binary || IsLongValue(column.type);
+    if (!anySize && size != column.FixedSize())
+        throw CorruptPage(page_, "field '" + column.name + "' has " + std::to_string(size) + " bytes");
+    return row_.subspan(begin, size);
+}
+
+} // namespace jet

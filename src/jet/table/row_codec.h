@@ -1,0 +1,89 @@
+#pragma once
+
+#include "jet/table/table_def.h"
+
+#include <optional>
+#include <span>
+#include <vector>
+
+namespace jet {
+
+/// One field on its way into a row: its bytes as the row holds them (a long value: its 12-byte head and what follows),
+/// or Null. Of a boolean, whose value is its bit of the null mask, `isSet` is all there is.
+struct RowField {
+    ByteSpan bytes;
+    bool isSet = false; ///< not Null; boolean: True
+};
+
+/// How the fields of one table become a row. Made once per state of the definition.
+///
+///   Jet 4: u16 field count · fixed area · variable data · u16 offsets, last first · u16 variable fields · null mask
+///   Jet 3: the same with u8, and between offsets and number the jump table: one byte per started 256 bytes of the row,
+///          the number of the first offset that lies behind that many bytes
+///
+/// Without variable columns the parts from the data to the number are left out.
+/// Source: rows written by Access 97, 2000 and 2003.
+class RowLayout {
+public:
+    explicit RowLayout(const TableDef& def);
+
+    /// Bytes of the row of these fields, given by column index. Only their sizes are looked at.
+    [[nodiscard]] std::size_t Measure(std::span<const RowField> fields) const;
+    /// Writes the row; `row` has exactly Measure() bytes, none of which belongs to a field. A fixed text or binary
+    /// field that is shorter than its column is filled up with blanks or zeros.
+    void Encode(std::span<const RowField> fields, MutableBytes row) const;
+
+private:
+    struct Fixed {
+        std::size_t column; ///< index
+        std::size_t offset; ///< from the start of the fixed area
+        std::size_t size;
+        Byte filler;
+    };
+    static constexpr std::size_t kNoColumn = ~std::size_t{0};
+
+    [[nodiscard]] std::size_t VariableBytes(std::span<const RowField> fields) const;
+    [[nodiscard]] std::size_t JumpTableSize(std::size_t sizeWithout) const;
+    void EncodeFixed(std::span<const RowField> fields, MutableBytes row) const;
+    void EncodeVariable(std::span<const RowField> fields, MutableBytes row) const;
+    void EncodeMask(std::span<const RowField> fields, MutableBytes row) const;
+
+    JetVersion version_;
+    std::size_t numberSize_;
+    std::size_t fieldCount_;
+    std::size_t fixedEnd_; ///< from the start of the row
+    std::size_t maskSize_;
+    std::vector<Fixed> fixed_;
+    std::vector<std::size_t> variable_;  ///< column index by variable index; kNoColumn where one was dropped
+    std::vector<std::uint16_t> numbers_; ///< column number by column index
+};
+
+/// The parts of a row that was read. A view: valid as long as the row's bytes.
+class RowView {
+public:
+    /// `page` is for messages only. Throws CorruptPage when the parts do not fit each other.
+    RowView(ByteSpan row, const TableDef& def, PageNumber page);
+
+    /// Boolean: its value. Others: not Null. False for a column that is younger than the row.
+    [[nodiscard]] bool IsSet(const Column& column) const noexcept;
+    /// The field as the row holds it; nullopt when Null. Not for booleans. Throws CorruptPage when it lies outside the
+    /// row or has another size than its type wants.
+    [[nodiscard]] std::optional<ByteSpan> Field(const Column& column) const;
+
+private:
+    void ReadOffsets(std::size_t numberAt);
+    [[nodiscard]] std::size_t Offset(std::size_t entry) const noexcept;
+
+    ByteSpan row_;
+    PageNumber page_;
+    JetVersion version_;
+    std::size_t fieldCount_;
+    std::size_t maskBegin_;
+    std::size_t fixedBegin_;
+    std::size_t fixedEnd_;
+    std::size_t variableCount_ = 0;
+    std::size_t offsetsEnd_ = 0; ///< offset of field 0 stands right before it
+    ByteSpan jumps_;             ///< in reading order from its end
+};
+
+} // namespace jet

@@ -1,0 +1,252 @@
+#include "jet/table/row_store.h"
+
+#include "jet/error.h"
+
+namespace jet {
+
+namespace {
+
+/// A page with less than this share of its bytes free is taken out of the map of pages with room ...
+constexpr std::size_t kFullShare = 10;
+/// ... and one whose slots are used up with less than this.
+constexpr std::size_t kUsedUpShare = 4;
+constexpr std::size_t kHalfShare = 2;
+/// How many pages of that map one insert looks at before it begins a new page.
+constexpr int kTries = 4;
+
+} // namespace
+
+RowStore::RowStore(Pager& pager, PageNumber definitionPage, RowId ownedPages, RowId freeSpacePages)
+    : pager_(&pager), definitionPage_(definitionPage), owned_(pager, ownedPages), freeSpace_(pager, freeSpacePages)
+{
+}
+
+bool RowStore::IsOurs(const PageRef& page) const noexcept
+{
+    return page.Type() == PageType::Data && LoadU32(page.Bytes(), 4) == definitionPage_;
+}
+
+RowStore::Found RowStore::Find(RowId home) const
+{
+    const Format& format = pager_->GetFormat();
+    PageRef page = pager_->Read(home.page);
+    if (!IsOurs(page))
+        return {};
+    const DataPage view(page.Bytes(), home.page, format);
+    if (home.slot >= view.SlotCount())
+        return {};
+    const SlotState state = view.State(home.slot);
+    if (state == SlotState::Row)
+        return {std::move(page), home, view.Row(home.slot)};
+    if (state != SlotState::Moved)
+        return {};
+    const ByteSpan pointer = view.Row(home.slot);
+    if (pointer.size() < kRowPointerSize)
+        throw CorruptPage(home.page, "row " + std::to_string(home.slot) + " has moved, but not said where to");
+    const RowId at = RowId::FromPointer(LoadU32(pointer, 0));
+    PageRef target = pager_->Read(at.page);
+    if (!IsOurs(target))
+        throw CorruptPage(at.page, "a row has moved here, but the page belongs to something else");
+    const DataPage targetView(target.Bytes(), at.page, format);
+    if (at.slot >= targetView.SlotCount() || targetView.State(at.slot) != SlotState::MovedHere)
+        throw CorruptPage(at.page, "a row has moved to slot " + std::to_string(at.slot) + ", but is not there");
+    return {std::move(target), at, targetView.Row(at.slot)};
+}
+
+RowStore::Room RowStore::Place(std::size_t size, SlotState state)
+{
+    MutablePageRef page = PageWithRoom(size);
+    DataPageEditor editor(page, pager_->GetFormat());
+    const std::uint8_t slot = editor.Append(size, state);
+    const RowId at{page.Number(), slot};
+    return {std::move(page), at, editor.RowBytes(slot)};
+}
+
+MutablePageRef RowStore::PageWithRoom(std::size_t size)
+{
+    if (insertPage_ != 0 && HasRoom(insertPage_, size))
+        return pager_->Write(insertPage_);
+    for (int i = 0; i < kTries; ++i) {
+        const std::optional<PageNumber> candidate = NextCandidate();
+        if (!candidate)
+            break;
+        if (HasRoom(*candidate, size)) {
+            insertPage_ = *candidate;
+            return pager_->Write(*candidate);
+        }
+    }
+    return NewPage();
+}
+
+std::optional<PageNumber> RowStore::NextCandidate()
+{
+    if (!candidates_)
+        candidates_ = HasFreeSpaceMap() ? freeSpace_.Pages() : std::vector<PageNumber>{};
+    while (!candidates_->empty()) {
+        const PageNumber page = candidates_->back();
+        candidates_->pop_back();
+        // It may have been freed since it was noted.
+        if (page != insertPage_ && IsOurs(pager_->Read(page)) && !pager_->IsFree(page))
+            return page;
+    }
+    return std::nullopt;
+}
+
+bool RowStore::HasRoom(PageNumber page, std::size_t size)
+{
+    const PageRef ref = pager_->Read(page, PageType::Data);
+    const DataPage view(ref.Bytes(), page, pager_->GetFormat());
+    if (view.Fits(size))
+        return true;
+    const std::size_t share = view.SlotCount() >= kMaxRowsPerPage ? kUsedUpShare : kFullShare;
+    if (HasFreeSpaceMap() && view.FreeBytes() < pager_->GetFormat().pageSize / share)
+        freeSpace_.Remove(page);
+    return false;
+}
+
+MutablePageRef RowStore::NewPage()
+{
+    MutablePageRef page = pager_->Allocate();
+    const PageNumber number = page.Number();
+    try {
+        DataPageEditor::MakeEmpty(page, pager_->GetFormat(), definitionPage_);
+        owned_.Add(number);
+        if (HasFreeSpaceMap())
+            freeSpace_.Add(number);
+    } catch (const Error&) {
+        page = MutablePageRef();
+        owned_.Remove(number);
+        pager_->Free(number);
+        throw;
+    }
+    insertPage_ = number;
+    return page;
+}
+
+RowStore::Room RowStore::Replace(RowId home, std::size_t size)
+{
+    const Format& format = pager_->GetFormat();
+    const RowId at = Find(home).at;
+    const bool moved = at != home;
+    const auto resized = [&](RowId place) -> std::optional<Room> {
+        MutablePageRef page = pager_->Write(place.page);
+        DataPageEditor editor(page, format);
+        const std::size_t before = editor.View().FreeBytes();
+        if (!editor.Resize(place.slot, size))
+            return std::nullopt;
+        NoteRoom(place.page, before, editor.View().FreeBytes());
+        return Room{std::move(page), place, editor.RowBytes(place.slot)};
+    };
+    if (std::optional<Room> room = resized(at))
+        return std::move(*room);
+    if (moved) {
+        if (std::optional<Room> room = resized(home)) {
+            DataPageEditor(room->page, format).SetState(home.slot, SlotState::Row);
+            DeleteSlot(at);
+            return std::move(*room);
+        }
+    }
+    Room room = Place(size, SlotState::MovedHere);
+    StorePointer(home, room.at);
+    if (moved)
+        DeleteSlot(at);
+    return room;
+}
+
+/// Makes of the home slot a pointer to the row's new place. Jet 3 shortens it to the pointer, Jet 4 leaves its length.
+void RowStore::StorePointer(RowId home, RowId at)
+{
+    const Format& format = pager_->GetFormat();
+    DataPageEditor editor(pager_->Write(home.page), format);
+    const std::size_t size = editor.View().Row(home.slot).size();
+    if (format.version == JetVersion::Jet3 || size < kRowPointerSize) {
+        if (!editor.Resize(home.slot, kRowPointerSize))
+            throw CorruptPage(home.page, "row " + std::to_string(home.slot) + " is too short to be moved");
+    }
+    editor.SetState(home.slot, SlotState::Moved);
+    StoreU32(editor.RowBytes(home.slot), 0, at.Pointer());
+}
+
+void RowStore::Delete(RowId home)
+{
+    const RowId at = Find(home).at;
+    DeleteSlot(home);
+    if (at != home)
+        DeleteSlot(at);
+}
+
+void RowStore::DeleteSlot(RowId at)
+{
+    std::size_t before = 0;
+    std::size_t after = 0;
+    bool empty = true;
+    {
+        DataPageEditor editor(pager_->Write(at.page), pager_->GetFormat());
+        before = editor.View().FreeBytes();
+        editor.Delete(at.slot);
+        const DataPage view = editor.View();
+        after = view.FreeBytes();
+        for (std::size_t slot = view.SlotCount(); empty && slot-- > 0;)
+            empty = view.State(slot) == SlotState::Deleted;
+    }
+    if (empty)
+        GiveBack(at.page);
+    else
+        NoteRoom(at.page, before, after);
+}
+
+void RowStore::GiveBack(PageNumber page)
+{
+    owned_.Remove(page);
+    if (HasFreeSpaceMap())
+        freeSpace_.Remove(page);
+    if (insertPage_ == page)
+        insertPage_ = 0;
+    pager_->Free(page);
+}
+
+/// Puts a page that got room back into the search, but only when it passes one of a few marks: so no page is noted more
+/// than three times, however many of its rows go.
+void RowStore::NoteRoom(PageNumber page, std::size_t before, std::size_t after)
+{
+    const auto passed = [&](std::size_t share) {
+        const std::size_t mark = pager_->GetFormat().pageSize / share;
+        return before < mark && after >= mark;
+    };
+    if (!passed(kFullShare) && !passed(kUsedUpShare) && !passed(kHalfShare))
+        return;
+    if (HasFreeSpaceMap())
+        freeSpace_.Add(page);
+    if (candidates_ && page != insertPage_)
+        candidates_->push_back(page);
+}
+
+std::optional<RowId> RowStore::Next(std::optional<RowId> after) const
+{
+    std::size_t slot = after ? after->slot + std::size_t{1} : 0;
+    std::optional<PageNumber> number = after ? after->page : owned_.Next(0);
+    for (; number; number = owned_.Next(*number + 1), slot = 0) {
+        const PageRef page = pager_->Read(*number);
+        if (!IsOurs(page)) {
+            if (after && after->page == *number)
+                continue; // freed behind the walker's back, and used for something else
+            throw CorruptPage(*number, "the table counts it as its own, but it belongs to something else");
+        }
+        const DataPage view(page.Bytes(), *number, pager_->GetFormat());
+        for (; slot < view.SlotCount(); ++slot) {
+            const SlotState state = view.State(slot);
+            if (state == SlotState::Row || state == SlotState::Moved)
+                return RowId{*number, static_cast<std::uint8_t>(slot)};
+        }
+    }
+    return std::nullopt;
+}
+
+void RowStore::Clear()
+{
+    for (const PageNumber page : owned_.Pages())
+        GiveBack(page);
+    candidates_.reset();
+}
+
+} // namespace jet

@@ -1,0 +1,70 @@
+#pragma once
+
+#include "jet/store/data_page.h"
+#include "jet/store/usage_map.h"
+
+#include <optional>
+#include <vector>
+
+namespace jet {
+
+/// The rows of one table on its data pages, as bytes. A row is named by its home slot, which stays the same for life: a
+/// row that outgrows its page moves to another, and its home slot keeps the address.
+///
+/// The page of the last insert is kept at hand; the maps of owned pages and of pages with room change only when a page
+/// is begun, is full, or gets room again.
+class RowStore {
+public:
+    RowStore(Pager& pager, PageNumber definitionPage, RowId ownedPages, RowId freeSpacePages);
+
+    /// A row that was found, and where its bytes lie.
+    struct Found {
+        PageRef page; ///< empty when there is no such row
+        RowId at;
+        ByteSpan bytes;
+        [[nodiscard]] explicit operator bool() const noexcept { return static_cast<bool>(page); }
+    };
+    /// Room for a row; `bytes` are to be filled at once.
+    struct Room {
+        MutablePageRef page;
+        RowId at;
+        MutableBytes bytes;
+    };
+
+    /// The row whose home is `home`; nothing when it was deleted or never was. Throws CorruptPage.
+    [[nodiscard]] Found Find(RowId home) const;
+    /// Appends a row of `size` bytes (at most Format::maxRecordSize).
+    [[nodiscard]] Room Insert(std::size_t size) { return Place(size, SlotState::Row); }
+    /// Gives a row that exists another size, where it is or elsewhere. What the old bytes were is lost. Nothing is
+    /// changed when no page is left (DatabaseFull).
+    [[nodiscard]] Room Replace(RowId home, std::size_t size);
+    /// Deletes a row that exists. A page that holds nothing any more is freed.
+    void Delete(RowId home);
+    /// First row behind `after` in the order of pages (nullopt: from the start); nullopt at the end. `after` may be
+    /// gone.
+    [[nodiscard]] std::optional<RowId> Next(std::optional<RowId> after) const;
+    /// Frees all data pages; the maps are empty then.
+    void Clear();
+
+private:
+    [[nodiscard]] Room Place(std::size_t size, SlotState state);
+    [[nodiscard]] MutablePageRef PageWithRoom(std::size_t size);
+    [[nodiscard]] MutablePageRef NewPage();
+    [[nodiscard]] bool HasRoom(PageNumber page, std::size_t size);
+    [[nodiscard]] std::optional<PageNumber> NextCandidate();
+    void StorePointer(RowId home, RowId at);
+    void DeleteSlot(RowId at);
+    void GiveBack(PageNumber page);
+    void NoteRoom(PageNumber page, std::size_t before, std::size_t after);
+    [[nodiscard]] bool IsOurs(const PageRef& page) const noexcept;
+    [[nodiscard]] bool HasFreeSpaceMap() const noexcept { return !freeSpace_.Record().IsNone(); }
+
+    Pager* pager_;
+    PageNumber definitionPage_;
+    UsageMap owned_;
+    UsageMap freeSpace_;
+    PageNumber insertPage_ = 0;                         ///< of the last insert; 0 = none
+    std::optional<std::vector<PageNumber>> candidates_; ///< pages with room to be looked at, the next one last
+};
+
+} // namespace jet

@@ -1,0 +1,180 @@
+#include "jet/table/table.h"
+
+#include "jet/error.h"
+#include "jet/table/column_design.h"
+#include "jet/table/map_records.h"
+#include "jet/table/record_reader.h"
+#include "jet/table/table_parts.h"
+
+#include <algorithm>
+#include <numeric>
+
+namespace jet {
+
+Table::Parts::Parts(Pager& pager, const TableDef& def)
+    : rows(pager, def.pages.front(), def.ownedPages, def.freeSpacePages), layout(def), allColumns(def.columns.size())
+{
+    std::iota(allColumns.begin(), allColumns.end(), std::size_t{0});
+    for (const RealIndex& index : def.realIndexes) {
+        keyPlans.emplace_back(def, index);
+        trees.push_back(std::make_unique<IndexTree>(pager, index.root, index.usageMap, def.pages.front()));
+    }
+    for (std::size_t i = 0; i < def.columns.size(); ++i) {
+        const Column& column = def.columns[i];
+        longValues.push_back(IsLongValue(column.type)
+                                 ? std::make_unique<LongValues>(pager, column.longValueOwned, column.longValueFree)
+                                 : nullptr);
+        if (column.IsAutonumber() && column.type == ColumnType::Long)
+            autonumber = i;
+    }
+}
+
+Table::Table(Pager& pager, PageNumber definitionPage, std::string name)
+    : pager_(&pager), name_(std::move(name)), def_(ReadTableDef(pager, definitionPage)),
+      parts_(std::make_unique<Parts>(pager, def_))
+{
+}
+
+Table::~Table() = default;
+
+PageNumber Table::Create(Pager& pager, const std::vector<ColumnSpec>& columns)
+{
+    const Format& format = pager.GetFormat();
+    TableDef def;
+    def.format = &format;
+    if (format.definition.autonumberStep != Format::kAbsent)
+        StoreU32(def.rawHeader, format.definition.autonumberStep, 1);
+    if (columns.size() > kMaxColumns)
+        throw Error(ErrorNumber::TooManyFields);
+    std::vector<Bytes> nameKeys;
+    for (const ColumnSpec& spec : columns) {
+        DesignColumn(def, spec, pager.Header());
+        nameKeys.push_back(TextKey(format, spec.name));
+    }
+    std::sort(nameKeys.begin(), nameKeys.end());
+    if (std::adjacent_find(nameKeys.begin(), nameKeys.end()) != nameKeys.end())
+        throw Error(ErrorNumber::FieldDefinedTwice);
+
+    def.pages.push_back(pager.Allocate().Number());
+    std::vector<PageNumber> mapPages;
+    try {
+        mapPages.push_back(AllocateMapPage(pager));
+        def.ownedPages = UsageMap::CreateRecord(pager, mapPages.front()).value();
+        def.freeSpacePages = UsageMap::CreateRecord(pager, mapPages.front()).value();
+        for (Column& column : def.columns) {
+            if (!IsLongValue(column.type))
+                continue;
+            column.longValueOwned = PlaceMapRecord(pager, def);
+            column.longValueFree = PlaceMapRecord(pager, def);
+        }
+        WriteTableDef(pager, def);
+    } catch (...) {
+        for (const PageNumber page : def.ownedPages.IsNone() ? mapPages : MapPages(def))
+            pager.Free(page);
+        for (const PageNumber page : def.pages)
+            pager.Free(page);
+        throw;
+    }
+    return def.pages.front();
+}
+
+void Table::Destroy()
+{
+    for (const std::unique_ptr<LongValues>& values : parts_->longValues) {
+        if (values)
+            values->DeleteAll();
+    }
+    for (const std::unique_ptr<IndexTree>& tree : parts_->trees)
+        tree->Destroy();
+    parts_->rows.Clear();
+    for (const RealIndex& index : def_.realIndexes)
+        RemoveMapRecord(*pager_, index.usageMap);
+    for (const Column& column : def_.columns) {
+        RemoveMapRecord(*pager_, column.longValueOwned);
+        RemoveMapRecord(*pager_, column.longValueFree);
+    }
+    RemoveMapRecord(*pager_, def_.freeSpacePages);
+    RemoveMapRecord(*pager_, def_.ownedPages);
+    pager_->Write(def_.pages.front()).Data()[0] = static_cast<Byte>(PageType::FreedDefinition);
+    for (const PageNumber page : def_.pages)
+        pager_->Free(page);
+    parts_.reset();
+}
+
+void Table::FlushCounters()
+{
+    if (parts_ == nullptr || !countersChanged_)
+        return;
+    WriteTableCounters(*pager_, def_);
+    countersChanged_ = false;
+}
+
+/// Makes `def`, which has just been written, the table's definition.
+void Table::Adopt(TableDef def)
+{
+    auto parts = std::make_unique<Parts>(*pager_, def);
+    def_ = std::move(def);
+    parts_ = std::move(parts);
+    countersChanged_ = false;
+}
+
+Value Table::Get(const Record& record, std::size_t column) const
+{
+    const std::optional<ByteSpan> stored = record.Stored(column);
+    const Column& kind = def_.columns[column];
+    if (kind.type == ColumnType::Boolean)
+        return Value(stored && !stored->empty() && (*stored)[0] != 0);
+    return stored ? DecodeValue(*stored, *def_.format, kind.GetValueType()) : Value(Null{});
+}
+
+std::int32_t Table::TakeAutonumber()
+{
+    countersChanged_ = true;
+    return static_cast<std::int32_t>(++def_.lastAutonumber);
+}
+
+void Table::ReturnAutonumber(std::int32_t number) noexcept
+{
+    if (def_.lastAutonumber != static_cast<std::uint32_t>(number))
+        return;
+    --def_.lastAutonumber;
+    countersChanged_ = true;
+}
+
+std::optional<RowId> Table::NextRow(std::optional<RowId> after) const
+{
+    return parts_->rows.Next(after);
+}
+
+bool Table::Exists(RowId row) const
+{
+    return static_cast<bool>(parts_->rows.Find(row));
+}
+
+void Table::Read(RowId row, Record& record) const
+{
+    const RowStore::Found found = parts_->rows.Find(row);
+    if (!found)
+        throw Error(ErrorNumber::RecordDeleted);
+    ReadRecord(*pager_, def_, found, parts_->allColumns, record);
+}
+
+std::optional<Bytes> Table::KeyOf(std::size_t index, const Record& record) const
+{
+    Bytes key;
+    return MakeKey(index, record, key) ? std::optional<Bytes>(std::move(key)) : std::nullopt;
+}
+
+bool Table::MakeKey(std::size_t index, const Record& record, Bytes& key) const
+{
+    key.clear();
+    const KeyPlan& plan = parts_->keyPlans[index];
+    return !plan.LeavesOut(plan.Append(key, record));
+}
+
+IndexTree& Table::Tree(std::size_t index) const
+{
+    return *parts_->trees[index];
+}
+
+} // namespace jet

@@ -1,0 +1,111 @@
+#include "jet/error.h"
+#include "jet/table/column_design.h"
+#include "jet/table/map_records.h"
+#include "jet/table/table_parts.h"
+
+#include <algorithm>
+#include <utility>
+
+namespace jet {
+
+namespace {
+
+/// The kind of logical index that stands on a column: Plain or Primary when there is one of these, else Relation.
+std::optional<IndexType> IndexOn(const TableDef& def, std::uint16_t column)
+{
+    std::optional<IndexType> found;
+    for (const LogicalIndex& index : def.logicalIndexes) {
+        const std::vector<IndexColumn>& columns = def.realIndexes[index.realIndex].columns;
+        const bool uses = std::any_of(columns.begin(), columns.end(),
+                                      [column](const IndexColumn& part) { return part.column == column; });
+        if (uses && (!found || found == IndexType::Relation))
+            found = index.type;
+    }
+    return found;
+}
+
+} // namespace
+
+void Table::AddColumn(const ColumnSpec& spec)
+{
+    if (def_.ColumnIndex(spec.name))
+        throw Error(ErrorNumber::FieldExists, {spec.name, name_});
+    if (def_.columns.size() == kMaxColumns)
+        throw Error(ErrorNumber::TooManyFields);
+    TableDef def = def_;
+    DesignColumn(def, spec, pager_->Header());
+    if (def.columnsEver > kMaxColumns) {
+        Renumber();
+        def = def_;
+        DesignColumn(def, spec, pager_->Header());
+    }
+    Column& column = def.columns.back();
+    if (column.IsAutonumber())
+        def.lastAutonumber = 0;
+    try {
+        if (IsLongValue(column.type)) {
+            column.longValueOwned = PlaceMapRecord(*pager_, def);
+            column.longValueFree = PlaceMapRecord(*pager_, def);
+        }
+        WriteTableDef(*pager_, def);
+    } catch (...) {
+        RemoveMapRecord(*pager_, column.longValueOwned);
+        RemoveMapRecord(*pager_, column.longValueFree);
+        throw;
+    }
+    const bool numbersRows = column.IsAutonumber();
+    Adopt(std::move(def));
+    ++generation_;
+    if (!numbersRows)
+        return;
+    try {
+        NumberRows(def_.columns.size() - 1);
+    } catch (...) {
+        DropColumn(spec.name);
+        throw;
+    }
+}
+
+/// Gives the rows that are there the autonumbers 1, 2, 3 ...
+void Table::NumberRows(std::size_t column)
+{
+    RowHook* const hook = std::exchange(hook_, nullptr); // nothing refers to a new column yet
+    try {
+        Record record;
+        for (std::optional<RowId> row = NextRow(std::nullopt); row; row = NextRow(row)) {
+            Read(*row, record);
+            StoreI32(record.SetSized(column, sizeof(std::int32_t)), 0, TakeAutonumber());
+            Update(*row, record);
+        }
+    } catch (...) {
+        hook_ = hook;
+        throw;
+    }
+    hook_ = hook;
+}
+
+void Table::DropColumn(std::string_view name)
+{
+    const std::optional<std::size_t> position = def_.ColumnIndex(name);
+    if (!position)
+        throw Error(ErrorNumber::NoSuchField, {name, name_});
+    const Column column = def_.columns[*position];
+    if (const std::optional<IndexType> index = IndexOn(def_, column.number))
+        throw Error(index == IndexType::Relation ? ErrorNumber::FieldInRelation : ErrorNumber::FieldInIndex, {name});
+    if (def_.columns.size() == 1)
+        throw Error(ErrorNumber::FieldInIndex, {name});
+
+    TableDef def = def_;
+    def.columns.erase(def.columns.begin() + static_cast<std::ptrdiff_t>(*position));
+    std::erase(def.longValueOrder, column.number);
+    WriteTableDef(*pager_, def);
+    if (IsLongValue(column.type)) {
+        parts_->longValues[*position]->DeleteAll();
+        RemoveMapRecord(*pager_, column.longValueOwned);
+        RemoveMapRecord(*pager_, column.longValueFree);
+    }
+    Adopt(std::move(def));
+    ++generation_;
+}
+
+} // namespace jet
