@@ -9,7 +9,8 @@
 namespace velmora {
 
 using NameId = std::uint32_t; ///< an interned tag or attribute name; equal ids, equal names
-using PathId = std::uint32_t; ///< an element path: a node of the tree of distinct paths; 0 = the path "/", above the document element
+using PathId = std::uint32_t; ///< an element path: a node of the tree of distinct paths; 0 = the path "/", above the
+                              ///< document element
 using ElementId = std::uint32_t;
 
 inline constexpr ElementId kNoElement = ~ElementId{0};
@@ -35,8 +36,8 @@ private:
     std::unique_ptr<Impl> impl_;
 };
 
-/// One XML document, parsed once into a compact tree: flat arrays, names interned, text in one arena. Never changes after loading,
-/// except that paths and names may be added (attributes and repeated leaves have paths too).
+/// One XML document, parsed once into a compact tree: flat arrays, names interned, text in one arena. Never changes
+/// after loading, except that paths and names may be added (attributes and repeated leaves have paths too).
 class Document {
 public:
     Document();

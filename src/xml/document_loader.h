@@ -2,22 +2,26 @@
 
 #include "xml/document.h"
 
+#include <cstddef>
 #include <functional>
 #include <string>
-#include <vector>
 
 namespace velmora {
 
+/// From here on a document's arrays live in a temporary file.
+inline constexpr std::size_t kDocumentMemoryBudgetBytes = std::size_t{512} << 20;
+
 struct LoadResult {
     Document document;
-    std::string problem;            ///< why the document is empty: line, column and reason; empty when it was read
+    std::string problem;             ///< why the document is empty: line, column and reason; empty when it was read
     std::size_t skippedEntities = 0; ///< references that the parser skipped because their declaration was external
     std::string firstSkipped;        ///< name of the first of them
 };
 
-/// Reads the XML file at `path` (UTF-8 name). Never throws for what the document holds: a file that is not well-formed, or that
-/// cannot be read, gives an empty document and `problem`. No external entity is ever fetched. `proceed` is asked now and then;
-/// when it answers false the load ends with an empty document.
-[[nodiscard]] LoadResult LoadDocument(const std::string& path, const std::function<bool()>& proceed);
+/// Reads the XML file at `path` (UTF-8 name). Never throws for what the document holds: a file that is not well-formed,
+/// or that cannot be read, gives an empty document and `problem`. No external entity is ever fetched. `proceed` is
+/// asked now and then; when it answers false the load ends with an empty document.
+[[nodiscard]] LoadResult LoadDocument(const std::string& path, const std::function<bool()>& proceed,
+                                      std::size_t memoryBudgetBytes = kDocumentMemoryBudgetBytes);
 
 } // namespace velmora

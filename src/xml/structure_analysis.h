@@ -13,11 +13,12 @@ struct LoadedXml {
     bool readable = true; ///< false: the file could not be read or is not well-formed, and a protocol line says so
 };
 
-/// Loads one XML file. A missing file ends in the error report; one that cannot be read gives an empty document and a protocol
-/// line that says where and why. Entities that the parser had to skip are counted and named in one line.
+/// Loads one XML file. A missing file ends in the error report; one that cannot be read gives an empty document and a
+/// protocol line that says where and why. Entities that the parser had to skip are counted and named in one line.
 [[nodiscard]] LoadedXml velLoadXML(Job& job, const std::string& path);
 
-/// Walks the whole document once and derives the structure; then gives tables their numbers and same-named ones their suffixes.
+/// Walks the whole document once and derives the structure; then gives tables their numbers and same-named ones their
+/// suffixes.
 void velAnalyseXML(Job& job, Document& document, StructureModel& model);
 
 } // namespace velmora

@@ -19,18 +19,18 @@ struct ElementInfo {
     PathId strPath = PathTree::kNoPath; ///< the key; its text with a closing "/" is made by StructureModel::PathText
     std::int32_t lngMaxChildren = 0;    ///< largest number of child elements seen in one occurrence
     std::int32_t lngColumns = 0;        ///< data columns of its table; set by the schema builder
-    std::int32_t lngMaxTwins = 0;       ///< most siblings with the same tag, itself not counted; over 0: a repeated leaf
-    std::int32_t lngAttributes = 0;     ///< attributes of the first occurrence
-    std::int32_t intLevel = 0;          ///< nesting depth, 0 for the document element
-    std::string strName;                ///< tag, or attribute prefix and name; may get a suffix "_L" n
-    bool blSharedTable = false;         ///< shares one table with other elements of the same name
-    double dblMaxSize = 0;              ///< numeric content: largest value; text: a length in characters
+    std::int32_t lngMaxTwins = 0;   ///< most siblings with the same tag, itself not counted; over 0: a repeated leaf
+    std::int32_t lngAttributes = 0; ///< attributes of the first occurrence
+    std::int32_t intLevel = 0;      ///< nesting depth, 0 for the document element
+    std::string strName;            ///< tag, or attribute prefix and name; may get a suffix "_L" n
+    bool blSharedTable = false;     ///< shares one table with other elements of the same name
+    double dblMaxSize = 0;          ///< numeric content: largest value; text: a length in characters
     std::int32_t lngDataType = kNumericContent;
     std::int32_t lngTableNo = 0; ///< elements that share a table share the number; 0: none given
 };
 
-/// The structure of one document: one ElementInfo per distinct path, in order of first appearance, numbered from 1 (element 0
-/// stays empty). A parent stands before its children, an element before its attributes.
+/// The structure of one document: one ElementInfo per distinct path, in order of first appearance, numbered from 1
+/// (element 0 stays empty). A parent stands before its children, an element before its attributes.
 class StructureModel {
 public:
     StructureModel() : elements_(1) {}

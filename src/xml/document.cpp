@@ -1,0 +1,127 @@
+#include "xml/document.h"
+
+#include "xml/document_data.h"
+
+#include <algorithm>
+#include <vector>
+
+namespace velmora {
+
+Document::Document() : impl_(std::make_unique<Impl>()) {}
+Document::~Document() = default;
+Document::Document(Document&&) noexcept = default;
+Document& Document::operator=(Document&&) noexcept = default;
+
+std::size_t Document::ElementCount() const noexcept
+{
+    return impl_->elements.Size();
+}
+
+PathTree& Document::Paths() noexcept
+{
+    return impl_->paths;
+}
+
+const PathTree& Document::Paths() const noexcept
+{
+    return impl_->paths;
+}
+
+NameId Document::Intern(std::string_view name)
+{
+    return impl_->names.Intern(name);
+}
+
+std::string_view Document::NameText(NameId name) const noexcept
+{
+    return impl_->names.Text(name);
+}
+
+std::string Document::PathText(PathId path, std::size_t limit) const
+{
+    // A path may have a hundred thousand steps: only those that may be shown are turned into text.
+    std::vector<PathId> steps;
+    for (PathId at = path; at != 0; at = Paths().Parent(at))
+        steps.push_back(at);
+    const auto stepText = [&](std::size_t depth) { return NameText(Paths().Name(steps[steps.size() - 1 - depth])); };
+
+    constexpr std::string_view kCut = "...";
+    std::string head = "/";
+    std::size_t depth = 0;
+    for (; depth < steps.size() && head.size() <= limit; ++depth)
+        head.append("/").append(stepText(depth));
+    if (depth == steps.size() && head.size() <= limit)
+        return head;
+
+    std::string tail; // as many closing steps as fit into half of the limit
+    const std::size_t half = limit / 2;
+    for (std::size_t last = steps.size(); last > 0; --last) {
+        const std::string_view name = stepText(last - 1);
+        if (tail.size() + name.size() + 1 > half)
+            break;
+        tail.insert(0, name).insert(0, "/");
+    }
+    std::size_t keep = limit - std::min(limit, kCut.size() + tail.size());
+    while (keep > 0 && (static_cast<unsigned char>(head[keep]) & 0xC0) == 0x80)
+        --keep; // not in the middle of a character
+    return head.substr(0, keep).append(kCut).append(tail);
+}
+
+NameId Document::Name(ElementId element) const noexcept
+{
+    return impl_->paths.Name(Path(element));
+}
+
+PathId Document::Path(ElementId element) const noexcept
+{
+    return impl_->groups[impl_->elements[element].group].path;
+}
+
+ElementId Document::Parent(ElementId element) const noexcept
+{
+    return impl_->groups[impl_->elements[element].group].parent;
+}
+
+ElementId Document::FirstChild(ElementId element) const noexcept
+{
+    return impl_->elements[element].childCount == 0 ? kNoElement : element + 1;
+}
+
+ElementId Document::NextSibling(ElementId element) const noexcept
+{
+    return impl_->elements[element].nextSibling;
+}
+
+std::uint32_t Document::ChildCount(ElementId element) const noexcept
+{
+    return impl_->elements[element].childCount;
+}
+
+std::uint32_t Document::SameTagCount(ElementId element) const noexcept
+{
+    return impl_->groups[impl_->elements[element].group].count;
+}
+
+std::string_view Document::Content(ElementId element) const noexcept
+{
+    return impl_->Text(impl_->elements[element].content);
+}
+
+std::uint32_t Document::AttributeCount(ElementId element) const noexcept
+{
+    const bool isLast = element + 1 == impl_->elements.Size();
+    const std::size_t end = isLast ? impl_->attributes.Size() : impl_->elements[element + 1].firstAttribute;
+    return static_cast<std::uint32_t>(end) - impl_->elements[element].firstAttribute;
+}
+
+NameId Document::AttributeName(ElementId element, std::uint32_t index) const noexcept
+{
+    return impl_->attributes[impl_->elements[element].firstAttribute + index].name;
+}
+
+std::string_view Document::AttributeValue(ElementId element, std::uint32_t index) const noexcept
+{
+    return impl_->Text(impl_->attributes[impl_->elements[element].firstAttribute + index].value);
+}
+
+} // namespace velmora

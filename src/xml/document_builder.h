@@ -1,0 +1,54 @@
+#pragma once
+
+#include "xml/document.h"
+#include "xml/document_data.h"
+
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace velmora {
+
+/// Builds a Document from a parser's events, in their order. Every call throws std::length_error with a text for the
+/// user when the document is larger than the arrays can number.
+class DocumentBuilder {
+public:
+    explicit DocumentBuilder(std::size_t memoryBudgetBytes);
+
+    /// `attributes` are names and values by turns, ended by nullptr.
+    void StartElement(std::string_view name, const char* const* attributes);
+    void Text(std::string_view piece);
+    void EndElement();
+
+    /// Bytes of text held so far, attribute values included.
+    [[nodiscard]] std::size_t TextBytes() const noexcept { return data_.text.Size(); }
+    [[nodiscard]] std::size_t OpenElements() const noexcept { return open_.size(); }
+    /// Tag of the innermost open element; empty when none is open.
+    [[nodiscard]] std::string_view OpenTag() const noexcept;
+    /// The finished document. The builder is of no use afterwards.
+    [[nodiscard]] Document Take() noexcept { return std::move(document_); }
+
+private:
+    struct OpenElement {
+        ElementId id = 0;
+        PathId path = 0;
+        ElementId lastChild = kNoElement;
+        std::uint32_t childCount = 0;
+        std::size_t mixedBegin = 0; ///< where its text begins in mixed_
+    };
+
+    void AddAttributes(const char* const* attributes);
+    [[nodiscard]] std::uint32_t GroupOf(ElementId parent, PathId path);
+    void ClosePieceBesideChild();
+    [[nodiscard]] TextRange CloseText(std::size_t begin);
+
+    Document document_;
+    Document::Impl& data_;
+    std::vector<OpenElement> open_;
+    std::size_t pieceBegin_ = 0; ///< the text arena's end is the piece of text that is being read; here it begins
+    /// Texts of open elements that have children, innermost last: a text goes to the arena when it is complete.
+    std::string mixed_;
+    std::vector<std::uint32_t> lastGroup_; ///< by path: the group made last
+};
+
+} // namespace velmora

@@ -1,0 +1,264 @@
+#include "xml/structure_analysis.h"
+
+#include "xml/content_kind.h"
+#include "xml/document_loader.h"
+#include "xml/table_names.h"
+
+#include <algorithm>
+#include <filesystem>
+#include <string_view>
+#include <vector>
+
+namespace velmora {
+
+namespace {
+
+/// What one occurrence of an element or attribute tells.
+struct Occurrence {
+    std::int32_t childCount = 0;
+    std::int32_t twinCount = 0; ///< siblings with the same tag, itself not counted; 0 for an element with children
+    std::int32_t attributeCount = 0;
+    std::string_view content;
+
+    [[nodiscard]] bool IsRepeatedLeaf() const noexcept
+    {
+        return childCount == 0 && attributeCount == 0 && twinCount >= 1;
+    }
+};
+
+/// The siblings being walked at one level of the document.
+struct SiblingRun {
+    ElementId element = kNoElement; ///< where the walk stands
+    PathId parentPath = 0;
+    std::int32_t plainLeafCount = 0; ///< leaves that are columns of their parent's record
+};
+
+class StructureAnalyser {
+public:
+    StructureAnalyser(Job& job, Document& document, StructureModel& model)
+        : job_(job), document_(document), paths_(document.Paths()), model_(model)
+    {
+    }
+
+    void WalkDocument();
+
+private:
+    void BeginRun(ElementId first, PathId parentPath);
+    void EndRun(const SiblingRun& run, ElementId last);
+    void RegisterWithAttributes(ElementId element);
+    void CountLeaf(SiblingRun& run);
+
+    void Register(std::int32_t level, PathId path, NameId name, const Occurrence& seen);
+    void Append(std::int32_t level, PathId path, NameId name, const Occurrence& seen);
+    void RegisterInnerEntry(std::int32_t level, PathId path, NameId name, std::string_view content);
+    static void Merge(ElementInfo& entry, const Occurrence& seen);
+    [[nodiscard]] NameId WithAttributePrefix(NameId attribute);
+
+    Job& job_;
+    Document& document_;
+    PathTree& paths_;
+    StructureModel& model_;
+    std::vector<SiblingRun> runs_; ///< innermost last: a run's level is its place
+    std::vector<NameId> prefixed_; ///< by attribute name: the name of its column, kNoName until it is asked for
+    static constexpr NameId kNoName = ~NameId{0};
+};
+
+/// The walk keeps its own stack: the depth of a document is not limited by that of the program's.
+void StructureAnalyser::WalkDocument()
+{
+    BeginRun(document_.Root(), 0);
+    while (!runs_.empty()) {
+        if (job_.settings.blAbort)
+            return;
+        SiblingRun& run = runs_.back();
+        const ElementId element = run.element;
+        RegisterWithAttributes(element);
+        if (const ElementId child = document_.FirstChild(element); child != kNoElement) {
+            BeginRun(child, document_.Path(element));
+            continue;
+        }
+        CountLeaf(run);
+        // On to the next sibling, or, where a run ends, to that of the nearest element above it.
+        while (!runs_.empty()) {
+            SiblingRun& innermost = runs_.back();
+            const ElementId last = innermost.element;
+            innermost.element = document_.NextSibling(last);
+            if (innermost.element != kNoElement)
+                break;
+            EndRun(innermost, last);
+            runs_.pop_back();
+        }
+    }
+}
+
+void StructureAnalyser::BeginRun(ElementId first, PathId parentPath)
+{
+    if (job_.log.IsTracing())
+        job_.log.Trace("velAnalyseNode: " + document_.PathText(parentPath));
+    ++model_.lngRecordEstimate;
+    job_.host.ProcessEvents();
+    runs_.push_back({first, parentPath, 0});
+}
+
+/// A run without a plain leaf is one of wrapping tags only. With attributes imported, the attributes of the last
+/// sibling count against the plain leaves of all: an estimate, and meant so.
+void StructureAnalyser::EndRun(const SiblingRun& run, ElementId last)
+{
+    if (!job_.settings.blSkipEmptyWrappingTags)
+        return;
+    const std::int32_t attributes =
+        job_.settings.blImportAttributes ? static_cast<std::int32_t>(document_.AttributeCount(last)) : 0;
+    if (run.plainLeafCount - attributes == 0)
+        --model_.lngRecordEstimate;
+}
+
+void StructureAnalyser::RegisterWithAttributes(ElementId element)
+{
+    const auto level = static_cast<std::int32_t>(runs_.size()) - 1;
+    const PathId path = document_.Path(element);
+    Occurrence seen;
+    seen.childCount = static_cast<std::int32_t>(document_.ChildCount(element));
+    seen.twinCount =
+        seen.childCount == 0 && level >= 1 ? static_cast<std::int32_t>(document_.SameTagCount(element)) - 1 : 0;
+    seen.attributeCount = static_cast<std::int32_t>(document_.AttributeCount(element));
+    seen.content = document_.Content(element);
+    Register(level, path, document_.Name(element), seen);
+    if (!job_.settings.blImportAttributes)
+        return;
+    const std::uint32_t count = document_.AttributeCount(element);
+    for (std::uint32_t i = 0; i < count; ++i) {
+        const NameId name = WithAttributePrefix(document_.AttributeName(element, i));
+        Register(level + 1, paths_.Child(path, name), name, {.content = document_.AttributeValue(element, i)});
+    }
+}
+
+void StructureAnalyser::CountLeaf(SiblingRun& run)
+{
+    const bool attributesOnly = document_.AttributeCount(run.element) >= 1 && document_.Content(run.element).empty();
+    if (attributesOnly || document_.SameTagCount(run.element) >= 2)
+        ++model_.lngRecordEstimate;
+    else
+        ++run.plainLeafCount;
+}
+
+void StructureAnalyser::Register(std::int32_t level, PathId path, NameId name, const Occurrence& seen)
+{
+    const std::size_t number = model_.Find(path);
+    if (number == 0) {
+        Append(level, path, name, seen);
+        return;
+    }
+    ElementInfo& entry = model_.Element(number);
+    if (seen.IsRepeatedLeaf() && entry.lngMaxChildren == 0 && entry.lngMaxTwins == 0) {
+        entry.lngMaxTwins = seen.twinCount;
+        RegisterInnerEntry(level, path, name, seen.content);
+        return;
+    }
+    Merge(entry, seen);
+}
+
+void StructureAnalyser::Append(std::int32_t level, PathId path, NameId name, const Occurrence& seen)
+{
+    const ContentKind kind = ClassifyContent(seen.content);
+    ElementInfo entry;
+    entry.strPath = path;
+    entry.lngMaxChildren = seen.childCount;
+    entry.lngMaxTwins = seen.twinCount;
+    entry.lngAttributes = seen.attributeCount;
+    entry.intLevel = level;
+    entry.strName = std::string(document_.NameText(name));
+    entry.dblMaxSize = kind.size;
+    entry.lngDataType = kind.dataType;
+    model_.Append(std::move(entry));
+    if (seen.IsRepeatedLeaf())
+        RegisterInnerEntry(level, path, name, seen.content);
+}
+
+/// A repeated leaf is a table with one column of its own name.
+void StructureAnalyser::RegisterInnerEntry(std::int32_t level, PathId path, NameId name, std::string_view content)
+{
+    Register(level + 1, paths_.Child(path, name), name, {.content = content});
+}
+
+/// A text entry keeps the length that it got first: the import widens a column when a value does not fit.
+void StructureAnalyser::Merge(ElementInfo& entry, const Occurrence& seen)
+{
+    entry.lngMaxChildren = std::max(entry.lngMaxChildren, seen.childCount);
+    entry.lngMaxTwins = std::max(entry.lngMaxTwins, seen.twinCount);
+    if (entry.lngDataType != kNumericContent || seen.content.empty())
+        return;
+    const ContentKind kind = ClassifyContent(seen.content);
+    if (kind.size <= 0)
+        return;
+    entry.lngDataType = kind.dataType;
+    entry.dblMaxSize = std::max(entry.dblMaxSize, kind.size);
+}
+
+NameId StructureAnalyser::WithAttributePrefix(NameId attribute)
+{
+    if (attribute >= prefixed_.size())
+        prefixed_.resize(attribute + std::size_t{1}, kNoName);
+    NameId& name = prefixed_[attribute];
+    if (name == kNoName)
+        name = document_.Intern(job_.settings.strAttrPrefix + std::string(document_.NameText(attribute)));
+    return name;
+}
+
+/// The lines about what the load left out.
+void ReportLoad(Job& job, const std::string& path, const LoadResult& loaded)
+{
+    if (!loaded.problem.empty())
+        job.log.ProtocolAppend("Not loaded: " + path + ": " + loaded.problem);
+    if (loaded.skippedEntities != 0) {
+        job.log.ProtocolAppend("Entities without a text of their own, left out: " +
+                               std::to_string(loaded.skippedEntities) + ", the first is &" + loaded.firstSkipped + ";");
+    }
+}
+
+} // namespace
+
+LoadedXml velLoadXML(Job& job, const std::string& path)
+{
+    LoadedXml result;
+    Procedure(job.log, "velLoadXML", path, [&](Step& step) {
+        const auto fail = [&](int number, const char* message) {
+            step(message);
+            throw RuntimeError(number, message);
+        };
+        if (path.empty())
+            fail(runtime_errors::kApplicationDefined, "Source XML file not specified");
+        std::error_code ignored;
+        if (!std::filesystem::exists(std::filesystem::u8path(path), ignored))
+            fail(runtime_errors::kFileNotFound, "Source XML file not found");
+        job.log.ProtocolAppend("Open XML");
+        // The words of the trace are fixed, whatever the parser is: those who read traces look for them.
+        step("Initialize ActiveX");
+        step("Load file into ActiveX");
+        LoadResult loaded = LoadDocument(path, [&] {
+            job.host.ProcessEvents();
+            return !job.settings.blAbort;
+        });
+        ReportLoad(job, path, loaded);
+        result.readable = loaded.problem.empty();
+        result.document = std::move(loaded.document);
+    });
+    return result;
+}
+
+void velAnalyseXML(Job& job, Document& document, StructureModel& model)
+{
+    Procedure(job.log, "velAnalyseXML", {}, [&](Step& step) {
+        job.log.ProtocolAppend("Analyse XML");
+        model = StructureModel();
+        if (!document.IsEmpty()) {
+            step("Analyse structure");
+            StructureAnalyser(job, document, model).WalkDocument();
+        }
+        model.lngProgressMax = model.lngRecordEstimate - 1;
+        job.host.SetProgressRange(ProgressBarId::Records, std::max(1, model.lngRecordEstimate));
+        step("Resolve table names");
+        ResolveTableNames(model, job.settings);
+    });
+}
+
+} // namespace velmora

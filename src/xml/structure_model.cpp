@@ -1,0 +1,23 @@
+#include "xml/structure_model.h"
+
+#include <utility>
+
+namespace velmora {
+
+std::size_t StructureModel::Append(ElementInfo info)
+{
+    const std::size_t number = elements_.size();
+    if (info.strPath >= byPath_.size())
+        byPath_.resize(info.strPath + std::size_t{1});
+    byPath_[info.strPath] = number;
+    elements_.push_back(std::move(info));
+    return number;
+}
+
+bool IsTableElement(const ElementInfo& info, const ConversionSettings& settings) noexcept
+{
+    return info.lngMaxChildren >= 1 || info.lngMaxTwins >= 1 ||
+           (settings.blImportAttributes && info.lngAttributes >= 1);
+}
+
+} // namespace velmora
