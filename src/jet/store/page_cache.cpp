@@ -10,6 +10,8 @@ namespace {
 
 /// Enough for every page that one operation holds at a time, however small the budget.
 constexpr std::size_t kMinFrames = 32;
+/// Pages written in one go: enough that the system's cost for each call and block no longer shows.
+constexpr PageNumber kMaxRun = 32;
 
 } // namespace
 
@@ -30,7 +32,6 @@ MutablePageRef PageCache::Fresh(PageNumber page)
     }
     std::fill_n(frame->data.get(), pageSize_, Byte{0});
     frame->dirty = true;
-    hasChanges_ = true;
     pageCount_ = std::max(pageCount_, page + 1);
     return MutablePageRef(frame);
 }
@@ -61,7 +62,7 @@ Frame& PageCache::FreeFrame()
     if (frames_.size() >= maxFrames_)
         if (Frame* victim = Victim()) {
             if (victim->dirty)
-                WriteFrame(*victim);
+                WriteRun(victim->number, false);
             table_[victim->number] = nullptr;
             return *victim;
         }
@@ -96,29 +97,50 @@ void PageCache::Enter(Frame& frame, PageNumber page) noexcept
     table_[page] = &frame;
 }
 
-/// The one place where a page of the file is overwritten: whatever must be kept of its old content has to be kept here.
-void PageCache::WriteFrame(Frame& frame)
+/// Writes the changed pages from `page` on, which is one, up to the first that is not, in one go; of those that
+/// somebody holds only when `heldToo`. Gives the page behind them.
+PageNumber PageCache::WriteRun(PageNumber page, bool heldToo)
 {
-    file_->WriteAt(std::uint64_t{frame.number} * pageSize_, {frame.data.get(), pageSize_});
-    frame.dirty = false;
+    const auto belongs = [&](PageNumber number) {
+        const Frame* frame = number < pageCount_ ? table_[number] : nullptr;
+        return frame != nullptr && frame->dirty && (heldToo || frame->pins == 0);
+    };
+    writeBuffer_.clear();
+    PageNumber end = page;
+    while (belongs(end) && end - page < kMaxRun)
+        AppendBytes(writeBuffer_, {table_[end++]->data.get(), pageSize_});
+    WriteToFile(page, writeBuffer_);
+    for (PageNumber written = page; written < end; ++written)
+        table_[written]->dirty = false;
+    return end;
+}
+
+/// The one place where pages of the file are overwritten: whatever must be kept of their old content has to be kept
+/// here.
+void PageCache::WriteToFile(PageNumber page, ByteSpan pages)
+{
+    file_->WriteAt(std::uint64_t{page} * pageSize_, pages);
+}
+
+bool PageCache::HasChanges() const noexcept
+{
+    return std::ranges::any_of(frames_, &Frame::dirty);
 }
 
 void PageCache::WriteBack()
 {
-    for (PageNumber page = kHeaderPage + 1; page < pageCount_; ++page)
-        WriteIfDirty(page);
+    for (PageNumber page = kHeaderPage + 1; page < pageCount_;)
+        if (const Frame* frame = table_[page]; frame != nullptr && frame->dirty)
+            page = WriteRun(page, true);
+        else
+            ++page;
 }
 
 void PageCache::WriteBackHeader()
 {
-    WriteIfDirty(kHeaderPage);
-    hasChanges_ = false;
-}
-
-void PageCache::WriteIfDirty(PageNumber page)
-{
-    if (Frame* frame = table_[page]; frame != nullptr && frame->dirty)
-        WriteFrame(*frame);
+    Frame& header = *table_[kHeaderPage];
+    WriteToFile(kHeaderPage, {header.data.get(), pageSize_});
+    header.dirty = false;
 }
 
 } // namespace jet

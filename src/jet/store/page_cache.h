@@ -3,7 +3,6 @@
 #include "jet/base/format.h"
 #include "jet/store/file.h"
 
-#include <cassert>
 #include <cstddef>
 #include <deque>
 #include <memory>
@@ -55,11 +54,16 @@ protected:
     Frame* frame_ = nullptr;
 };
 
-/// A page that may be changed: it is written at the next commit, or before when memory runs short.
+/// A page that may be changed: it is written at the next commit, or before when memory runs short. May be kept across
+/// commits; what Data() gave before one may not.
 class MutablePageRef : public PageRef {
 public:
     MutablePageRef() = default;
-    [[nodiscard]] MutableBytes Data() const noexcept { return {frame_->data.get(), frame_->size}; }
+    [[nodiscard]] MutableBytes Data() const noexcept
+    {
+        frame_->dirty = true;
+        return {frame_->data.get(), frame_->size};
+    }
 
 private:
     friend class PageCache;
@@ -67,7 +71,8 @@ private:
 };
 
 /// The pages of one file that are in memory. A cached page is found by one look into a table; when the budget is used
-/// up, a clock hand takes pages that nobody holds and nobody used lately. A page that is pinned stays, budget or not.
+/// up, a clock hand takes pages that nobody holds and nobody used lately. Changed pages that are neighbours are written
+/// together. A page that is pinned stays, budget or not.
 class PageCache {
 public:
     PageCache(File& file, std::size_t pageSize, PageNumber pageCount, std::size_t budgetBytes);
@@ -83,14 +88,13 @@ public:
     {
         Frame* frame = Fetch(page);
         frame->dirty = true;
-        hasChanges_ = true;
         return MutablePageRef(frame);
     }
     /// `page`, all zero whatever the file holds there; the file grows when the page lies behind its end.
     [[nodiscard]] MutablePageRef Fresh(PageNumber page);
 
-    /// Has a page been changed since page 0 was last written?
-    [[nodiscard]] bool HasChanges() const noexcept { return hasChanges_; }
+    /// Has a page been changed since it was last written?
+    [[nodiscard]] bool HasChanges() const noexcept;
     /// Writes every changed page except page 0 (kHeaderPage), in ascending order.
     void WriteBack();
     /// Writes page 0.
@@ -109,8 +113,8 @@ private:
     Frame& FreeFrame();
     Frame* Victim();
     void Enter(Frame& frame, PageNumber page) noexcept;
-    void WriteIfDirty(PageNumber page);
-    void WriteFrame(Frame& frame);
+    PageNumber WriteRun(PageNumber page, bool heldToo);
+    void WriteToFile(PageNumber page, ByteSpan pages);
 
     File* file_;
     std::size_t pageSize_;
@@ -120,7 +124,7 @@ private:
     std::deque<Frame> frames_;   ///< a deque, so that frames never move
     std::vector<Frame*> unused_; ///< frames without a page, left by a read that failed
     std::size_t hand_ = 0;
-    bool hasChanges_ = false;
+    Bytes writeBuffer_; ///< adjacent pages on their way to the file
 };
 
 } // namespace jet
