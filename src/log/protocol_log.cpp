@@ -99,7 +99,8 @@ void ProtocolLog::WriteLine(std::string_view stamp, std::string_view gap, std::s
     if (file_ == nullptr)
         return;
     for (const std::string_view part : {stamp, gap, text, kLineEnd})
-        std::fwrite(part.data(), 1, part.size(), file_);
+        if (!part.empty())
+            std::fwrite(part.data(), 1, part.size(), file_);
     const std::int64_t now = CoarseMilliseconds();
     if (flush || now - flushedAt_ >= kFlushMilliseconds) {
         std::fflush(file_);

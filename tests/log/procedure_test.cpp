@@ -1,0 +1,104 @@
+#include "log/procedure.h"
+
+#include "log/recording_host.h"
+#include "support/shared.h"
+
+#include <gtest/gtest.h>
+
+namespace velmora {
+namespace {
+
+class ProcedureTest : public ::testing::Test {
+protected:
+    testing::TempFolder folder;
+    testing::RecordingHost host;
+    RunFlags flags{.blAbort = false, .blQuiet = true, .blDebug = false};
+    ProtocolLog log{flags, host, [] { return std::string(); }};
+};
+
+TEST_F(ProcedureTest, ReportsTheStepThatWasReached)
+{
+    struct Case {
+        const char* name;
+        std::function<void(Step&)> body;
+        const char* line;
+        const char* error;
+    };
+    const std::string table = "person";
+    const Case cases[] = {
+        {"no step", [](Step&) { throw RuntimeError(9, "Subscript out of range"); },
+         "Error: velTest: ", "9: Subscript out of range"},
+        {"a text",
+         [](Step& step) {
+             step("Open");
+             step("Open table [" + std::string("order") + "]");
+             throw RuntimeError(3163, "The field is too small");
+         },
+         "Error: velTest: Open table [order]", "3163: The field is too small"},
+        {"a text that is built only now",
+         [&](Step& step) {
+             step("before");
+             const int number = 7;
+             step([&table, number] { return "Row " + std::to_string(number) + " of " + table; });
+             throw std::runtime_error("odd");
+         },
+         "Error: velTest: Row 7 of person", "513: odd"},
+        {"a literal after a callable",
+         [](Step& step) {
+             step([] { return std::string("built"); });
+             step("Save");
+             throw std::bad_alloc();
+         },
+         "Error: velTest: Save", "7: Out of memory"},
+    };
+    for (const Case& c : cases) {
+        SCOPED_TRACE(c.name);
+        flags.blAbort = false;
+        host.lines.clear();
+        host.errors.clear();
+        EXPECT_FALSE(Procedure(log, "velTest", "argument", c.body));
+        EXPECT_TRUE(flags.blAbort);
+        EXPECT_EQ(host.lines, std::vector<std::string>{c.line});
+        EXPECT_EQ(host.errors, std::vector<std::string>{c.error});
+    }
+}
+
+TEST_F(ProcedureTest, DoesNothingInAnAbortedRun)
+{
+    bool ran = false;
+    flags.blAbort = true;
+    EXPECT_FALSE(Procedure(log, "velTest", "", [&](Step&) { ran = true; }));
+    EXPECT_FALSE(ran);
+    EXPECT_TRUE(host.errors.empty());
+    flags.blAbort = false;
+    EXPECT_TRUE(Procedure(log, "velTest", "", [&](Step&) { ran = true; }));
+    EXPECT_TRUE(ran);
+}
+
+TEST_F(ProcedureTest, TracesItsArgumentCutAndItsSteps)
+{
+    int built = 0;
+    const auto run = [&] {
+        Procedure(
+            log, "velTest", [&] { return ++built, std::string(2000, 'x'); },
+            [&](Step& step) {
+                step("one");
+                step([&built] { return "built " + std::to_string(++built); });
+            });
+    };
+    run();
+    EXPECT_EQ(built, 0) << "texts are built only for a trace or a report";
+
+    flags.blDebug = true;
+    log.OpenFile((folder / "run.log").string());
+    run();
+    log.CloseFile();
+    std::string text = testing::ReadFile(folder / "run.log");
+    std::vector<std::string> lines;
+    for (std::size_t end; (end = text.find("\r\n")) != std::string::npos; text.erase(0, end + 2))
+        lines.push_back(text.substr(19, end - 19));
+    EXPECT_EQ(lines, (std::vector<std::string>{"    velTest: " + std::string(1000, 'x'), "    one", "    built 2"}));
+}
+
+} // namespace
+} // namespace velmora

@@ -1,0 +1,88 @@
+#include "mapping/tag_map.h"
+#include "mapping/tag_map_file.h"
+
+#include "log/recording_host.h"
+#include "support/shared.h"
+
+#include <gtest/gtest.h>
+
+namespace velmora {
+namespace {
+
+/// The entries as `<tag>[name]`, one behind the other.
+std::string Text(const TagMap& map)
+{
+    std::string text;
+    for (std::size_t number = 1; number <= map.UpperBound(); ++number)
+        text += "<" + map.Entry(number).tag + ">[" + map.Entry(number).name + "]";
+    return text;
+}
+
+TEST(TagMap, FindsTheFirstEntryWithExactlyTheTag)
+{
+    TagMap map;
+    map.Add({"item", "Article"});
+    map.Add({"item", "Second"});
+    map.Add({"", "x"});
+    map.Add({"", ""});
+    EXPECT_EQ(map.Lookup("item"), "Article");
+    EXPECT_EQ(map.Lookup("Item"), "Item");
+    EXPECT_EQ(map.Lookup("items"), "items");
+    map.Compact();
+    EXPECT_EQ(Text(map), "<item>[Article]<item>[Second]<>[x]");
+    map.Remove(1);
+    EXPECT_EQ(Text(map), "<item>[Second]<>[x]");
+}
+
+TEST(TagMapFile, IsReadLineByLine)
+{
+    struct Case {
+        const char* name;
+        const char* content;
+        const char* entries;
+        const char* error = "";
+    };
+    const Case cases[] = {
+        {"two lines", "a\tb\r\nc\td\r\n", "<a>[b]<c>[d]"},
+        {"other line ends, none at the end", "a\tb\nc\td\re\tf", "<a>[b]<c>[d]<e>[f]"},
+        {"byte order mark", "\xEF\xBB\xBF\xC3\xA4\tb\r\n", "<\xC3\xA4>[b]"},
+        {"further tabs belong to the name", "a\tb\tc\r\n", "<a>[b\tc]"},
+        {"nothing is trimmed", " a \t b \r\n", "< a >[ b ]"},
+        {"empty tag, empty name", "\tx\r\ny\t\r\n", "<>[x]<y>[]"},
+        {"a line without a tab ends the reading", "a\tb\r\nc\td\r\nnotes\r\ne\tf\r\n", "<a>[b]<c>[d]"},
+        {"an empty line is an error", "a\tb\r\n\r\nc\td\r\n", "<a>[b]<>[]", "5: Invalid procedure call or argument"},
+        {"empty file", "", ""},
+    };
+    const testing::TempFolder folder;
+    const std::string path = (folder / "map.tsv").string();
+    for (const Case& c : cases) {
+        SCOPED_TRACE(c.name);
+        testing::RecordingHost host;
+        Job job(host);
+        TagMap map;
+        map.Add({"old", "entry"});
+        testing::WriteFile(path, c.content);
+        const bool isRead = velLoadTagMapping(job, map, path);
+        EXPECT_EQ(Text(map), c.entries);
+        EXPECT_EQ(host.errors, *c.error ? std::vector<std::string>{c.error} : std::vector<std::string>{});
+        EXPECT_EQ(isRead, *c.error == '\0');
+        EXPECT_EQ(host.controlsChanged, 1) << "the list is redrawn in any case";
+    }
+}
+
+TEST(TagMapFile, AMissingFileKeepsTheMap)
+{
+    const testing::TempFolder folder;
+    testing::RecordingHost host;
+    Job job(host);
+    TagMap map;
+    map.Add({"old", "entry"});
+    EXPECT_FALSE(velLoadTagMapping(job, map, (folder / "none.tsv").string()));
+    EXPECT_FALSE(velLoadTagMapping(job, map, folder.Path().string()));
+    EXPECT_EQ(Text(map), "<old>[entry]");
+    EXPECT_EQ(host.lines, std::vector<std::string>(2, "Tag-mapping file was not found!"));
+    EXPECT_FALSE(job.settings.blAbort);
+}
+
+} // namespace
+} // namespace velmora

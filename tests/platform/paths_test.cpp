@@ -1,0 +1,85 @@
+#include "platform/paths.h"
+
+#include "support/shared.h"
+
+#include <gtest/gtest.h>
+
+namespace velmora {
+namespace {
+
+namespace fs = std::filesystem;
+
+TEST(Paths, FolderAndNameTogetherAreThePath)
+{
+    struct Case {
+        const char* path;
+        const char* folder;
+        const char* name;
+    };
+    const Case cases[] = {
+        {"/data/in/a.xml", "/data/in/", "a.xml"},
+        {"C:\\data\\a.xml", "C:\\data\\", "a.xml"},
+        {"a.xml", "", "a.xml"},
+        {"folder/", "folder/", ""},
+        {"", "", ""},
+    };
+    for (const Case& c : cases) {
+        SCOPED_TRACE(c.path);
+        EXPECT_EQ(FolderPart(c.path), c.folder);
+        EXPECT_EQ(NamePart(c.path), c.name);
+    }
+}
+
+TEST(Paths, TellsFoldersFromFiles)
+{
+    const testing::TempFolder folder;
+    const std::string base = folder.Path().string();
+    testing::WriteFile(folder / "file", "");
+    EXPECT_TRUE(FolderExists(base));
+    EXPECT_TRUE(FolderExists(base + "\\"));
+    EXPECT_FALSE(FolderExists(base + "/file"));
+    EXPECT_FALSE(FolderExists(base + "/none"));
+    EXPECT_FALSE(FolderExists(""));
+    EXPECT_TRUE(FileExists(base + "/file"));
+    EXPECT_FALSE(FileExists(base));
+    EXPECT_FALSE(FileExists(""));
+}
+
+TEST(Paths, OneFileIsRecognisedUnderItsOtherNames)
+{
+    const testing::TempFolder folder;
+    const std::string base = folder.Path().string();
+    testing::WriteFile(folder / "a", "");
+    testing::WriteFile(folder / "b", "");
+    fs::create_hard_link(folder / "a", folder / "hard");
+    fs::create_symlink("a", folder / "soft");
+    fs::create_directory(folder / "sub");
+    fs::create_directory_symlink("sub", folder / "other");
+
+    struct Case {
+        const char* name;
+        std::string first, second;
+        bool same;
+    };
+    const Case cases[] = {
+        {"equal", "/a", "/a", true},
+        {"different files", "/a", "/b", false},
+        {"hard link", "/a", "/hard", true},
+        {"symbolic link", "/soft", "/a", true},
+        {"through the parent", "/sub/../a", "/a", true},
+        {"not there yet", "/sub/new", "/sub/./new", true},
+        {"not there yet, through a linked folder", "/other/new", "/sub/new", true},
+        {"not there yet, other separator", "\\sub\\new", "/sub/new", true},
+        {"not there, different", "/sub/new", "/sub/newer", false},
+    };
+    for (const Case& c : cases) {
+        SCOPED_TRACE(c.name);
+        EXPECT_EQ(IsSameFile(base + c.first, base + c.second), c.same);
+        EXPECT_EQ(IsSameFile(base + c.second, base + c.first), c.same);
+    }
+    EXPECT_FALSE(IsSameFile("", ""));
+    EXPECT_TRUE(IsSameFile("new", fs::current_path().string() + "/new"));
+}
+
+} // namespace
+} // namespace velmora

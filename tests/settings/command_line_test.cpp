@@ -1,0 +1,279 @@
+#include "settings/available_options.h"
+#include "settings/command_line.h"
+#include "settings/command_line_builder.h"
+
+#include "platform/paths.h"
+#include "platform/program.h"
+
+#include <gtest/gtest.h>
+#include <random>
+
+namespace velmora {
+namespace {
+
+using Texts = std::vector<std::string>;
+
+/// A state of the controls that a command line has set.
+struct Parsed {
+    explicit Parsed(std::string_view line)
+    {
+        ApplyCommandLine(line, controls, debug, [this](std::string_view token) { unknown.emplace_back(token); });
+    }
+    Controls controls;
+    bool debug = false;
+    Texts unknown;
+};
+
+std::string ArgumentsOf(const Controls& controls, bool debug = false)
+{
+    const std::string line = BuildCommandLine(controls, debug);
+    const std::string program = ProgramFolder() + kPathSeparator + ProgramName();
+    EXPECT_EQ(line.substr(0, program.size()), program);
+    return line.substr(program.size());
+}
+
+TEST(CommandLine, IsSplitAtBlanksOutsideQuotedValues)
+{
+    struct Case {
+        const char* line;
+        Texts tokens;
+    };
+    const Case cases[] = {
+        {"", {""}},
+        {"a", {"a"}},
+        {"a b", {"a", "b"}},
+        {"a  b", {"a", "", "b"}},
+        {R"(xml="C:\My Files\a.xml" +quiet)", {R"(xml="C:\My Files\a.xml")", "+quiet"}},
+        {R"(q xml="a b")", {"q", R"(xml="a b")", ""}},
+        {R"(q xml="ab")", {"q", R"(xml="ab")"}},
+        {R"(xml="" q)", {R"(xml="")", "q"}},
+        {R"("a b" c)", {R"("a)", R"(b")", "c"}},
+        {R"(x=a="b c" d)", {R"(x=a="b)", R"(c")", "d"}},
+        // Behind a closing quote one character is always the delimiter.
+        {R"(x="a b"c d)", {R"(x="a b")", "", "d"}},
+    };
+    for (const Case& c : cases) {
+        SCOPED_TRACE(c.line);
+        const std::vector<std::string_view> tokens = SplitCommandLine(c.line, ' ');
+        EXPECT_EQ(Texts(tokens.begin(), tokens.end()), c.tokens);
+    }
+}
+
+TEST(CommandLine, AQuoteThatIsNeverClosedMakesTheWholeLineAnError)
+{
+    for (const char* line : {R"(q xml="a b)", R"(xml="ab)", R"(xml=")", R"(xml="a b m=c q)", R"(log="a" m="b)"}) {
+        SCOPED_TRACE(line);
+        Controls controls;
+        bool debug = false;
+        EXPECT_THROW(ApplyCommandLine(line, controls, debug, [](std::string_view) {}), CommandLineError);
+        EXPECT_FALSE(controls.chkQuiet.Checked());
+        EXPECT_EQ(controls.txtFILE_XML.text + controls.txtFILE_LOG.text, "");
+    }
+}
+
+TEST(CommandLine, SwitchesAreAsUnevenAsScriptsKnowThem)
+{
+    struct Case {
+        const char* words;
+        CheckControl Controls::*control;
+        CheckState value;
+    };
+    const CheckState on = CheckState::Checked;
+    const CheckState off = CheckState::Unchecked;
+    const Case cases[] = {
+        {"+quiet quiet q +q +QUIET Q", &Controls::chkQuiet, on},
+        {"-quiet -q", &Controls::chkQuiet, off},
+        {"+relations relations +r r", &Controls::chkCreateTableRelations, on},
+        {"-relations -r", &Controls::chkCreateTableRelations, off},
+        {"+recreate_database recreate_database +d d", &Controls::chkRecreateDatabase, on},
+        {"-recreate_database -d", &Controls::chkRecreateDatabase, off},
+        {"debug DeBug", &Controls::chkDebug, on},
+        {"+one_table_per_element +o", &Controls::chkOneTablePerElement, on},
+        {"-one_table_per_element -o", &Controls::chkOneTablePerElement, off},
+        {"+extend_mdb extend_mdb", &Controls::chkExtendMDB, on},
+        {"-extend_mdb", &Controls::chkExtendMDB, off},
+        {"+empty_tables empty_tables e +e", &Controls::chkEmptyTables, on},
+        {"-empty_tables -e", &Controls::chkEmptyTables, off},
+        {"append +append", &Controls::chkAPPEND, on},
+        {"-append", &Controls::chkAPPEND, off},
+        {"columns +columns", &Controls::chkEXPORT_COLUMN_NAMES, on},
+        {"-columns", &Controls::chkEXPORT_COLUMN_NAMES, off},
+        {"attributes +attributes a +a", &Controls::chkImportAttributes, on},
+        {"-attributes -a", &Controls::chkImportAttributes, off},
+        {"skip_empty +skip_empty", &Controls::chkSkipEmptyWrappingTags, on},
+        {"-skip_empty", &Controls::chkSkipEmptyWrappingTags, off},
+    };
+    for (const Case& c : cases) {
+        for (const std::string_view word : SplitCommandLine(c.words, ' ')) {
+            SCOPED_TRACE(word);
+            Controls controls;
+            bool debug = false;
+            (controls.*c.control).value = CheckState::Grey;
+            ApplyCommandLine(word, controls, debug, [](std::string_view token) { ADD_FAILURE() << token; });
+            EXPECT_EQ((controls.*c.control).value, c.value);
+            EXPECT_EQ(debug, c.control == &Controls::chkDebug);
+            EXPECT_EQ(controls.chkDebug.visible, debug);
+        }
+    }
+    const Texts unknown = {"o", "one_table_per_element", "-debug", "+debug", "+extend", "--quiet", "xml", "nokey=1"};
+    for (const std::string& word : unknown) {
+        SCOPED_TRACE(word);
+        EXPECT_EQ(Parsed(word).unknown, Texts{word});
+    }
+}
+
+TEST(CommandLine, KeysSetTextsAsTheyStand)
+{
+    struct Case {
+        const char* words;
+        TextControl Controls::*control;
+    };
+    const Case cases[] = {
+        {"primary pkey p", &Controls::txtKEY_PRIMARY},
+        {"foreign fkey f", &Controls::txtKEY_FOREIGN},
+        {"attr at", &Controls::txtATTR_PREFIX},
+        {"table_prefix tp", &Controls::txtTABLE_PREFIX},
+        {"table_suffix ts", &Controls::txtTABLE_SUFFIX},
+        {"xml x XML", &Controls::txtFILE_XML},
+        {"txt", &Controls::txtFILE_TXT},
+        {"delimiter", &Controls::txtDELIMITER},
+        {"rename n", &Controls::txtFILE_XML_RENAMED},
+        {"t tags", &Controls::txtFILE_MAPPING},
+        {"mdb m", &Controls::txtFILE_MDB},
+        {"log logfile l", &Controls::txtFILE_LOG},
+        {"url", &Controls::txtXML_URL},
+        {"pwd", &Controls::txtXML_PASSWORD},
+        {"auth", &Controls::txtXML_USER},
+    };
+    const std::pair<const char*, const char*> values[] = {
+        {"Plain", "Plain"}, {"\"With Blank\" q", "With Blank"}, {"a=B", "a=B"}, {"", ""}, {"\"\"", ""},
+        {"a\"b", "a\"b"},
+    };
+    for (const Case& c : cases) {
+        for (const std::string_view word : SplitCommandLine(c.words, ' ')) {
+            for (const auto& [written, value] : values) {
+                const std::string line = std::string(word) + "=" + written;
+                SCOPED_TRACE(line);
+                const Parsed parsed(line);
+                EXPECT_EQ((parsed.controls.*c.control).text, value);
+                EXPECT_EQ(parsed.unknown, Texts{});
+            }
+        }
+    }
+    for (const auto& [line, format] : {std::pair("ver=2000", "Access 2000"),
+                                       {"v=97", "Access 97"},
+                                       {"ver=2003", "Access 97"},
+                                       {"VER=", "Access 97"}})
+        EXPECT_EQ(Parsed(line).controls.cboDatabase.Text(), format) << line;
+}
+
+TEST(CommandLine, ReportsWhatItDoesNotKnowAndGoesOn)
+{
+    const Parsed parsed(R"(  foo  -quiet Bar="1 2" xml=first q xml=last mdb="a b")");
+    EXPECT_EQ(parsed.unknown, (Texts{"foo", "", R"(Bar="1 2")", ""}));
+    EXPECT_TRUE(parsed.controls.chkQuiet.Checked()) << "the last one counts";
+    EXPECT_EQ(parsed.controls.txtFILE_XML.text, "last");
+    EXPECT_EQ(parsed.controls.txtFILE_MDB.text, "a b");
+    EXPECT_EQ(Parsed("   ").unknown, Texts{});
+}
+
+TEST(CommandLine, IsBuiltFromTheArgumentsOfAProcess)
+{
+    struct Case {
+        Texts arguments;
+        const char* line;
+    };
+    const Case cases[] = {
+        {{}, ""},
+        {{"xml=a.xml", "+quiet"}, "xml=a.xml +quiet"},
+        {{"xml=a b.xml", "+quiet"}, R"(xml="a b.xml" +quiet)"},
+        {{"xml=", "q"}, "xml= q"},
+        // A quoted value at the end would leave an empty token behind it; the last switch is put there.
+        {{"-q", "q", "l=c", "xml=a b.xml"}, R"(-q l=c xml="a b.xml" q)"},
+        {{"q", "xml=a b.xml", "mdb=c d.mdb"}, R"(xml="a b.xml" mdb="c d.mdb" q)"},
+        {{"xml=a b.xml"}, R"(xml="a b.xml")"},
+        {{"xml=a=b c", "q"}, R"(xml="a=b c" q)"},
+    };
+    for (const Case& c : cases) {
+        SCOPED_TRACE(c.line);
+        EXPECT_EQ(JoinArguments(c.arguments), c.line);
+    }
+    EXPECT_THROW((void)JoinArguments({"q", "xml=a\"b.xml"}), CommandLineError);
+}
+
+TEST(CommandLine, IsBuiltFromWhatDiffersFromTheStart)
+{
+    struct Case {
+        const char* given;
+        const char* built;
+    };
+    const Case cases[] = {
+        {"xml=a.xml mdb=b.mdb",
+         R"( xml="a.xml" mdb="b.mdb" +attributes attr="attr_" +relations pkey="PKEY" fkey="FKEY")"},
+        {"-d", R"( -recreate_database +extend_mdb +attributes attr="attr_" +relations pkey="PKEY" fkey="FKEY")"},
+        {"-d -extend_mdb e +o +skip_empty ver=97 tp=x",
+         R"( -recreate_database -extend_mdb +empty_tables +attributes attr="attr_" +skip_empty)"},
+        {"ver=97 -a -r +o skip_empty tp=x_ ts=_y debug",
+         R"( ver=97 -attributes +one_table_per_element +skip_empty -relations table_prefix="x_" table_suffix="_y" debug)"},
+        {"at= p= f= -append -columns delimiter=; txt=out rename=r log=l tags=t q",
+         R"( rename="r" txt="out" -append -columns delimiter=";" log="l" tags="t" +attributes +relations +quiet)"},
+        {"auth=me pwd=secret -a -r", " -attributes -relations"},
+        {"auth=me pwd=secret url=http://x -a -r", R"( url="http://x" auth="me" pwd="secret" -attributes -relations)"},
+    };
+    for (const Case& c : cases) {
+        SCOPED_TRACE(c.given);
+        const Parsed parsed(c.given);
+        EXPECT_EQ(ArgumentsOf(parsed.controls, parsed.debug), c.built);
+    }
+}
+
+TEST(CommandLine, WhatIsBuiltReadsBackToTheSame)
+{
+    std::mt19937 random(20240305);
+    const auto chance = [&random] { return random() % 2 == 0; };
+    for (int round = 0; round < 500; ++round) {
+        SCOPED_TRACE(round);
+        Controls controls;
+        for (const KeyRow& key : KeyTable())
+            if (key.control != nullptr && chance())
+                (controls.*key.control).text = "C:\\a b=" + std::to_string(random() % 100) + ".x y";
+        for (const SwitchRow& row : SwitchTable())
+            if (row.control != &Controls::chkDebug && chance())
+                (controls.*row.control).value = row.value;
+        controls.cboDatabase.selected = random() % 2;
+        const bool debug = chance();
+
+        const std::string line = ArgumentsOf(controls, debug);
+        const Parsed parsed(line);
+        EXPECT_EQ(ArgumentsOf(parsed.controls, parsed.debug), line);
+        EXPECT_EQ(parsed.controls.txtFILE_XML.text, controls.txtFILE_XML.text);
+        EXPECT_EQ(parsed.controls.chkRecreateDatabase.value, controls.chkRecreateDatabase.value);
+        EXPECT_EQ(parsed.debug, debug);
+        for (const std::string& token : parsed.unknown)
+            EXPECT_EQ(token, "") << "only the empty token behind a quoted value at the end";
+    }
+}
+
+TEST(CommandLine, OptionsThatDoNotWorkYetAreNamed)
+{
+    struct Case {
+        const char* line;
+        const char* named; ///< nullptr: works
+    };
+    const Case cases[] = {
+        {"xml=a mdb=b", nullptr},     {"-d +extend_mdb", nullptr}, {"ver=2000 e", nullptr},
+        {"auth=me -append", nullptr}, {"txt=out", "txt="},         {"rename=r", "rename="},
+        {"url=http://x", "url="},     {"ver=97", "ver=97"},        {"-d e", "+empty_tables"},
+    };
+    for (const Case& c : cases) {
+        SCOPED_TRACE(c.line);
+        const auto message = UnavailableOption(Parsed(c.line).controls);
+        ASSERT_EQ(message.has_value(), c.named != nullptr);
+        if (message) {
+            EXPECT_NE(message->find(c.named), std::string::npos);
+        }
+    }
+}
+
+} // namespace
+} // namespace velmora
