@@ -15,8 +15,8 @@ namespace jet {
 /// Destroying the connection without Commit() drops what came after the last one. One thread.
 class Connection {
 public:
-    /// Makes an empty database. It is written under another name beside `path` and takes its place at the first Commit(), so
-    /// that a kill leaves no half-written one. Throws DatabaseExists when `path` exists, InvalidPath.
+    /// Makes an empty database. It is written under another name beside `path` and takes its place at the first
+    /// Commit(), so that a kill leaves no half-written one. Throws DatabaseExists when `path` exists, InvalidPath.
     [[nodiscard]] static std::unique_ptr<Connection> Create(const std::filesystem::path& path, JetVersion version);
     /// Throws FileNotFound, NotADatabase, UnrecognizedFormat, NotAValidPassword, ReadOnly, FileInUse.
     [[nodiscard]] static std::unique_ptr<Connection> Open(const std::filesystem::path& path);
@@ -24,9 +24,9 @@ public:
     Connection(const Connection&) = delete;
     Connection& operator=(const Connection&) = delete;
 
-    /// Runs one statement: CREATE TABLE, CREATE [UNIQUE] INDEX ... [WITH PRIMARY], ALTER TABLE (ADD COLUMN, DROP COLUMN, ADD
-    /// CONSTRAINT ... FOREIGN KEY, DROP CONSTRAINT), DROP TABLE, DROP INDEX, DELETE * FROM, UPDATE t SET a = b. A statement
-    /// that fails has changed nothing.
+    /// Runs one statement: CREATE TABLE, CREATE [UNIQUE] INDEX ... [WITH PRIMARY], ALTER TABLE (ADD COLUMN, DROP
+    /// COLUMN, ADD CONSTRAINT ... FOREIGN KEY, DROP CONSTRAINT), DROP TABLE, DROP INDEX, DELETE * FROM, UPDATE t SET a
+    /// = b. A statement that fails has changed nothing.
     void Execute(std::string_view sql);
     [[nodiscard]] Rowset OpenSchema(SchemaKind kind, const Restrictions& restrictions = {});
     /// Throws TableNotFound.

@@ -13,8 +13,8 @@ namespace jet {
 
 /// An updatable view of one table: rows one after another, and one record at a time that is being added.
 ///
-/// Fields are addressed by position, 0-based in the order of the table's columns; Generation() tells when positions and field
-/// count have changed (a column was added or dropped through any path on the connection).
+/// Fields are addressed by position, 0-based in the order of the table's columns; Generation() tells when positions and
+/// field count have changed (a column was added or dropped through any path on the connection).
 class Recordset {
 public:
     enum class State { Closed = 0, Open = 1 };
@@ -42,7 +42,8 @@ public:
 
     void AddNew();
     [[nodiscard]] bool IsPending() const noexcept;
-    /// Text, converted to the column's type. Throws FieldTooSmall (3163), WrongType (3421); the field keeps its value then.
+    /// Text, converted to the column's type. Throws FieldTooSmall (3163), WrongType (3421); the field keeps its value
+    /// then.
     void SetText(std::size_t field, std::string_view utf8);
     void SetLong(std::size_t field, std::int32_t value);
     void Set(std::size_t field, const Value& value);

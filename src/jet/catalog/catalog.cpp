@@ -1,0 +1,218 @@
+#include "jet/catalog/catalog.h"
+
+#include "jet/catalog/name_key.h"
+#include "jet/catalog/property_blob.h"
+#include "jet/catalog/system_columns.h"
+#include "jet/error.h"
+
+#include <algorithm>
+#include <string>
+
+namespace jet {
+
+namespace {
+
+/// Tables, queries, relations and whatever else has a row in MSysObjects.
+constexpr std::size_t kMaxObjects = 32'768;
+
+std::int32_t IdOf(const Table& table)
+{
+    return static_cast<std::int32_t>(table.Definition().pages.front());
+}
+
+} // namespace
+
+Catalog::Catalog(Pager& pager) : pager_(&pager), objects_(pager), relationships_(pager)
+{
+    // Nobody may have two objects for one table; the engine's own ones belong to the lists.
+    const auto borrow = [&](PageNumber page, SystemTable& table) {
+        tables_.emplace(page, std::shared_ptr<Table>(std::shared_ptr<Table>(), &table.Rows()));
+    };
+    borrow(kObjectsPage, objects_.ObjectRows());
+    borrow(kAcesPage, objects_.PermissionRows());
+    borrow(kRelationshipsPage, relationships_.Rows());
+}
+
+// ---- Tables ---------------------------------------------------------------------------------------------------------
+
+const CatalogObject* Catalog::FindTable(std::string_view name) const
+{
+    const CatalogObject* object = objects_.Find(kTablesContainer, name);
+    return object && object->type == ObjectType::Table ? object : nullptr;
+}
+
+std::shared_ptr<Table> Catalog::Open(std::string_view name)
+{
+    const CatalogObject* object = FindTable(name);
+    if (!object)
+        throw Error(ErrorNumber::TableNotFound, {name});
+    return OpenPage(static_cast<PageNumber>(object->id));
+}
+
+std::shared_ptr<Table> Catalog::OpenForChange(std::string_view name)
+{
+    if (const CatalogObject* object = FindTable(name); object && object->flags & kSystemObjectFlag)
+        throw Error(ErrorNumber::ReadOnly, {}, "(" + object->name + " is a table of the engine's own.)");
+    return Open(name);
+}
+
+std::shared_ptr<Table> Catalog::OpenPage(PageNumber definitionPage)
+{
+    if (const auto open = tables_.find(definitionPage); open != tables_.end())
+        return open->second;
+    const CatalogObject* object = objects_.FindById(static_cast<std::int32_t>(definitionPage));
+    if (!object || object->type != ObjectType::Table)
+        throw Error(ErrorNumber::TableNotFound, {"page " + std::to_string(definitionPage)});
+    auto table = std::make_shared<Table>(*pager_, definitionPage, object->name);
+    table->SetHook(hook_);
+    ApplyProperties(*table);
+    tables_.emplace(definitionPage, table);
+    return table;
+}
+
+void Catalog::ApplyProperties(Table& table)
+{
+    if (!objects_.FindById(IdOf(table))->hasProperties)
+        return;
+    const PropertyBlob properties = objects_.Properties(IdOf(table));
+    const std::vector<Column>& columns = table.Definition().columns;
+    for (std::size_t i = 0; i < columns.size(); ++i)
+        table.SetRequired(i, properties.FindBoolean(columns[i].name, kRequiredProperty));
+}
+
+std::vector<PageNumber> Catalog::TablesWithIndex(std::string_view name)
+{
+    if (!indexNames_) {
+        indexNames_.emplace(GetFormat());
+        for (const CatalogObject* object : objects_.ChildrenOf(kTablesContainer))
+            if (object->type == ObjectType::Table)
+                indexNames_->Note(ReadTableDef(*pager_, static_cast<PageNumber>(object->id)));
+    }
+    return indexNames_->TablesWith(name);
+}
+
+std::size_t Catalog::ObjectsLeft() const noexcept
+{
+    return objects_.Count() < kMaxObjects ? kMaxObjects - objects_.Count() : 0;
+}
+
+void Catalog::CheckRoomForObject() const
+{
+    if (ObjectsLeft() == 0)
+        throw Error(ErrorNumber::DatabaseFull, {}, "A database holds at most 32768 objects.");
+}
+
+// ---- Changes of structure -------------------------------------------------------------------------------------------
+
+/// Puts NOT NULL of the columns that ask for it into the table's properties.
+void Catalog::StoreRequired(std::int32_t id, std::span<const ColumnSpec> columns)
+{
+    if (!std::ranges::any_of(columns, &ColumnSpec::required))
+        return;
+    PropertyBlob properties = objects_.Properties(id);
+    for (const ColumnSpec& column : columns)
+        if (column.required)
+            properties.SetBoolean(column.name, kRequiredProperty, true);
+    objects_.SetProperties(id, properties);
+}
+
+void Catalog::CreateTable(std::string_view name, const std::vector<ColumnSpec>& columns)
+{
+    CheckName(GetFormat(), name);
+    for (const ColumnSpec& column : columns)
+        CheckName(GetFormat(), column.name);
+    if (const CatalogObject* taken = objects_.Find(kTablesContainer, name))
+        throw Error(ErrorNumber::TableExists, {taken->name});
+    CheckRoomForObject();
+
+    const PageNumber page = Table::Create(*pager_, columns);
+    objects_.Add(static_cast<std::int32_t>(page), kTablesContainer, name, ObjectType::Table);
+    StoreRequired(static_cast<std::int32_t>(page), columns);
+    ++structureVersion_;
+}
+
+void Catalog::CheckCanDrop(std::string_view name)
+{
+    if (!FindTable(name))
+        throw Error(ErrorNumber::NoSuchTable, {name});
+    const std::shared_ptr<Table> table = OpenForChange(name);
+    constexpr long kOursAndTheCache = 2;
+    if (table.use_count() > kOursAndTheCache)
+        throw Error(ErrorNumber::TableLocked, {name});
+}
+
+void Catalog::DropTable(std::string_view name)
+{
+    CheckCanDrop(name);
+    const std::shared_ptr<Table> table = Open(name);
+    const PageNumber page = table->Definition().pages.front();
+    if (indexNames_)
+        indexNames_->Forget(page);
+    objects_.Remove(static_cast<std::int32_t>(page));
+    tables_.erase(page);
+    table->Destroy();
+    ++structureVersion_;
+}
+
+void Catalog::AddColumn(Table& table, const ColumnSpec& column)
+{
+    CheckName(GetFormat(), column.name);
+    table.AddColumn(column);
+    StoreRequired(IdOf(table), {&column, 1});
+    NoteChange(table);
+}
+
+void Catalog::DropColumn(Table& table, std::string_view column)
+{
+    const std::optional<std::size_t> position = table.Definition().ColumnIndex(column);
+    if (!position)
+        throw Error(ErrorNumber::NoSuchField, {column, table.Name()});
+    const std::string name = table.Definition().columns[*position].name;
+    table.DropColumn(name);
+    if (objects_.FindById(IdOf(table))->hasProperties) {
+        PropertyBlob properties = objects_.Properties(IdOf(table));
+        if (properties.RemoveColumn(name))
+            objects_.SetProperties(IdOf(table), properties);
+    }
+    NoteChange(table);
+}
+
+void Catalog::CreateIndex(Table& table, const IndexSpec& index)
+{
+    CheckName(GetFormat(), index.name);
+    table.CreateIndex(index);
+    NoteChange(table);
+}
+
+void Catalog::DropIndex(Table& table, std::string_view name)
+{
+    const TableDef& def = table.Definition();
+    const LogicalIndex* index = def.IndexByName(name);
+    if (!index)
+        throw Error(ErrorNumber::NoSuchIndex, {name, table.Name()});
+    // What a relation refers to must stay; on its referencing side the relation keeps the tree for itself.
+    const auto needs = [&](const LogicalIndex& other) {
+        return other.type == IndexType::Relation && other.side == RelationSide::Referenced &&
+               other.realIndex == index->realIndex;
+    };
+    if (index->type == IndexType::Relation || std::ranges::any_of(def.logicalIndexes, needs))
+        throw Error(ErrorNumber::TableInRelation, {}, "(" + std::string(name) + ")");
+    table.DropIndex(name);
+    NoteChange(table);
+}
+
+void Catalog::NoteChange(Table& table)
+{
+    objects_.Touch(IdOf(table));
+    if (indexNames_)
+        indexNames_->Note(table.Definition());
+    ++structureVersion_;
+}
+
+void Catalog::FlushCounters()
+{
+    for (const auto& [page, table] : tables_)
+        table->FlushCounters();
+}
+
+} // namespace jet

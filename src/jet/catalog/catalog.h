@@ -1,0 +1,87 @@
+#pragma once
+
+#include "jet/catalog/index_names.h"
+#include "jet/catalog/object_list.h"
+#include "jet/catalog/relationship_list.h"
+#include "jet/table/table.h"
+
+#include <memory>
+#include <optional>
+#include <span>
+#include <string_view>
+#include <unordered_map>
+#include <vector>
+
+namespace jet {
+
+/// What the database consists of: its tables by name, and every change of their structure together with the rows of the
+/// system tables that tell of it. Names compare as the sort order does. A change that is refused has changed nothing.
+class Catalog {
+public:
+    /// Throws CorruptPage when the system tables cannot be read.
+    explicit Catalog(Pager& pager);
+
+    /// Told of every change of a row in the tables opened from now on.
+    void SetRowHook(RowHook* hook) noexcept { hook_ = hook; }
+    [[nodiscard]] Pager& GetPager() const noexcept { return *pager_; }
+    [[nodiscard]] const Format& GetFormat() const noexcept { return pager_->GetFormat(); }
+    [[nodiscard]] ObjectList& Objects() noexcept { return objects_; }
+    [[nodiscard]] RelationshipList& Relationships() noexcept { return relationships_; }
+
+    // Tables.
+
+    /// The table of that name; nullptr when there is none (a query or a link of that name is none).
+    [[nodiscard]] const CatalogObject* FindTable(std::string_view name) const;
+    /// The one object that stands for the table on this connection. Throws TableNotFound.
+    [[nodiscard]] std::shared_ptr<Table> Open(std::string_view name);
+    /// The same, for a statement that changes the table. Throws ReadOnly for the engine's own tables.
+    [[nodiscard]] std::shared_ptr<Table> OpenForChange(std::string_view name);
+    /// By its definition page. Throws TableNotFound.
+    [[nodiscard]] std::shared_ptr<Table> OpenPage(PageNumber definitionPage);
+    /// The definition pages of the tables that have an index of that name.
+    [[nodiscard]] std::vector<PageNumber> TablesWithIndex(std::string_view name);
+    /// Objects that can still be made before the format's limit is reached.
+    [[nodiscard]] std::size_t ObjectsLeft() const noexcept;
+
+    // Changes of structure.
+
+    /// Throws TableExists, InvalidName, SizeTooLong, TooManyFields, FieldDefinedTwice, TwoAutoNumbers, DatabaseFull.
+    void CreateTable(std::string_view name, const std::vector<ColumnSpec>& columns);
+    /// Throws NoSuchTable, ReadOnly, TableLocked (while a recordset is open on the table).
+    void CheckCanDrop(std::string_view name);
+    /// The table takes part in no relation and can be dropped.
+    void DropTable(std::string_view name);
+    /// Throws FieldExists, InvalidName, SizeTooLong,
+    /// TooManyFields, TwoAutoNumbers.
+    void AddColumn(Table& table, const ColumnSpec& column);
+    /// Throws NoSuchField, FieldInIndex (also for the last column), FieldInRelation.
+    void DropColumn(Table& table, std::string_view column);
+    /// Throws InvalidName, IndexExists, PrimaryKeyExists, TooManyIndexes, TooManyIndexFields, NoSuchField,
+    /// DuplicateKey, NullInPrimaryKey.
+    void CreateIndex(Table& table, const IndexSpec& index);
+    /// Throws NoSuchIndex, TableInRelation.
+    void DropIndex(Table& table, std::string_view name);
+    /// To be called after a change of a table's definition that was not made here.
+    void NoteChange(Table& table);
+    /// Counts changes of any table's definition.
+    [[nodiscard]] std::uint64_t StructureVersion() const noexcept { return structureVersion_; }
+
+    /// Throws DatabaseFull when no more objects fit.
+    void CheckRoomForObject() const;
+    /// Writes what the tables keep in memory (row counts, autonumbers, statistics) to their pages.
+    void FlushCounters();
+
+private:
+    void ApplyProperties(Table& table);
+    void StoreRequired(std::int32_t id, std::span<const ColumnSpec> columns);
+
+    Pager* pager_;
+    RowHook* hook_ = nullptr;
+    ObjectList objects_;
+    RelationshipList relationships_;
+    std::unordered_map<PageNumber, std::shared_ptr<Table>> tables_; ///< those opened so far
+    std::optional<IndexNames> indexNames_;                          ///< once asked for
+    std::uint64_t structureVersion_ = 0;
+};
+
+} // namespace jet

@@ -1,0 +1,84 @@
+#pragma once
+
+#include "jet/recordset.h"
+#include "jet/relations/integrity.h"
+#include "jet/table/table.h"
+
+#include <memory>
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace jet {
+
+/// See Recordset. Fields are the table's columns by their positions; what is kept by position is brought up to date
+/// before anything is done after the columns have changed.
+class Recordset::Impl final : public PendingRecord {
+public:
+    Impl(std::shared_ptr<Table> table, ReferentialIntegrity& integrity);
+    ~Impl() override { Close(); }
+    Impl(const Impl&) = delete;
+    Impl& operator=(const Impl&) = delete;
+
+    [[nodiscard]] const std::string& Source() const noexcept { return source_; }
+    [[nodiscard]] bool IsOpen() const noexcept { return table_ != nullptr; }
+    void Close() noexcept;
+
+    [[nodiscard]] std::uint64_t Generation() const noexcept { return table_ ? table_->Generation() : generation_; }
+    [[nodiscard]] const std::vector<Column>& Columns() const { return OpenTable().Definition().columns; }
+    [[nodiscard]] const Column& ColumnAt(std::size_t field) const;
+    [[nodiscard]] Value Get(std::size_t field);
+
+    void AddNew();
+    [[nodiscard]] bool IsPending() const noexcept { return pending_; }
+    void SetText(std::size_t field, std::string_view utf8);
+    void SetLong(std::size_t field, std::int32_t value);
+    void Set(std::size_t field, const Value& value);
+    void Update();
+    void CancelUpdate() noexcept;
+    void Delete();
+    [[nodiscard]] std::optional<std::int32_t> LastAutonumber() const noexcept { return lastAutonumber_; }
+    [[nodiscard]] std::uint64_t Bookmark() const noexcept;
+    void DeleteBookmark(std::uint64_t bookmark);
+    [[nodiscard]] std::size_t ReplacedCharacters() const noexcept { return replaced_; }
+
+    [[nodiscard]] bool Eof();
+    void MoveFirst();
+    void MoveNext();
+
+    [[nodiscard]] const Table& PendingTable() const override { return *table_; }
+    [[nodiscard]] const Record& PendingValues() override;
+
+private:
+    [[nodiscard]] Table& OpenTable() const;
+    /// The column for a field that is about to be set. Throws NoCurrentRecord unless a record is pending.
+    const Column& ColumnToSet(std::size_t field);
+    void Follow();
+    void TakeLayout();
+    void NoteOwnNumber(std::size_t field, std::int32_t value);
+    void EncodeTextInto(const Column& column, std::string_view utf8);
+
+    std::shared_ptr<Table> table_; ///< none once closed
+    ReferentialIntegrity& integrity_;
+    std::string source_;
+
+    // As of generation_.
+    std::uint64_t generation_ = 0;
+    std::vector<Column> columns_;
+    std::optional<std::size_t> autonumber_;
+    RowId rowsMap_; ///< the map of the table's pages: another one when the rows were written anew and have new places
+
+    bool pending_ = false;
+    bool started_ = false;                    ///< row_ tells where we are
+    bool loaded_ = false;                     ///< record_ holds the current row
+    std::optional<RowId> row_;                ///< the current row; none behind the last
+    Record record_;                           ///< the pending record, else see loaded_
+    std::optional<std::int32_t> takenNumber_; ///< given to the pending record by the table
+    std::optional<std::int32_t> lastAutonumber_;
+    RowId lastSaved_;
+    RowId lastSavedMap_;
+    std::size_t replaced_ = 0;
+    Bytes encoded_; ///< kept from field to field
+};
+
+} // namespace jet

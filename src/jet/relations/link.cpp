@@ -1,0 +1,111 @@
+#include "jet/relations/link.h"
+
+#include "jet/error.h"
+
+namespace jet {
+
+namespace {
+
+std::vector<std::uint16_t> NumbersOf(const RealIndex& index)
+{
+    std::vector<std::uint16_t> numbers;
+    for (const IndexColumn& column : index.columns)
+        numbers.push_back(column.column);
+    return numbers;
+}
+
+KeyMaker Foreign(const Table& index, const RealIndex& real, const Table& values, const RealIndex& valuesIndex)
+{
+    KeyMaker maker(index, real.columns);
+    maker.ReadFrom(values, NumbersOf(valuesIndex));
+    return maker;
+}
+
+} // namespace
+
+KeyMaker::KeyMaker(const Table& table, const std::vector<IndexColumn>& columns) : format_(table.Definition().format)
+{
+    for (const IndexColumn& column : columns) {
+        const std::size_t position = table.Definition().ColumnByNumber(column.column).value();
+        const Column& described = table.Definition().columns[position];
+        columns_.push_back({described.type, column.order, described.collation});
+        positions_.push_back(position);
+    }
+}
+
+void KeyMaker::ReadFrom(const Table& table, const std::vector<std::uint16_t>& numbers)
+{
+    positions_.clear();
+    for (const std::uint16_t number : numbers)
+        positions_.push_back(table.Definition().ColumnByNumber(number).value());
+}
+
+bool KeyMaker::Make(Bytes& key, const Record& record) const
+{
+    static constexpr Byte kFalse[] = {0};
+    key.clear();
+    for (std::size_t i = 0; i < columns_.size(); ++i) {
+        std::optional<ByteSpan> stored = record.Stored(positions_[i]);
+        if (!stored && columns_[i].type == ColumnType::Boolean)
+            stored = ByteSpan(kFalse);
+        if (!stored)
+            return false;
+        AppendKey(key, *format_, columns_[i], stored);
+    }
+    return true;
+}
+
+Link* LinkCache::LinkOf(Table& child, const LogicalIndex& entry)
+{
+    const PageNumber page = child.Definition().pages.front();
+    std::unique_ptr<Link>& link = links_[{page, entry.number}];
+    if (link)
+        return link.get();
+    Table& parent = *catalog_->OpenPage(entry.partnerTable);
+    const LogicalIndex* partner = parent.Definition().IndexByNumber(entry.partnerIndex);
+    const RealIndex& childIndex = child.Definition().realIndexes[entry.realIndex];
+    if (!partner || partner->side != RelationSide::Referenced ||
+        parent.Definition().realIndexes[partner->realIndex].columns.size() != childIndex.columns.size())
+        throw CorruptPage(page, "the relation " + entry.name + " does not fit its other side in " + parent.Name());
+    const RealIndex& parentIndex = parent.Definition().realIndexes[partner->realIndex];
+    link.reset(new Link{&child,
+                        &parent,
+                        entry.realIndex,
+                        partner->realIndex,
+                        KeyMaker(child, childIndex.columns),
+                        Foreign(child, childIndex, parent, parentIndex),
+                        Foreign(parent, parentIndex, child, childIndex),
+                        KeyMaker(parent, parentIndex.columns),
+                        entry.cascadeUpdates,
+                        entry.onDelete,
+                        {}});
+    return link.get();
+}
+
+const LinkCache::TableLinks& LinkCache::Of(Table& table)
+{
+    if (version_ != catalog_->StructureVersion()) {
+        version_ = catalog_->StructureVersion();
+        tables_.clear();
+        links_.clear();
+    }
+    if (const auto known = tables_.find(&table); known != tables_.end())
+        return known->second;
+
+    TableLinks links;
+    for (const LogicalIndex& entry : table.Definition().logicalIndexes) {
+        if (entry.side == RelationSide::Referencing) {
+            links.toParents.push_back(LinkOf(table, entry));
+        } else if (entry.side == RelationSide::Referenced) {
+            Table& child = *catalog_->OpenPage(entry.partnerTable);
+            const LogicalIndex* partner = child.Definition().IndexByNumber(entry.partnerIndex);
+            if (!partner || partner->side != RelationSide::Referencing)
+                throw CorruptPage(table.Definition().pages.front(),
+                                  "the relation entry " + entry.name + " has no other side in " + child.Name());
+            links.toChildren.push_back(LinkOf(child, *partner));
+        }
+    }
+    return tables_.emplace(&table, std::move(links)).first->second;
+}
+
+} // namespace jet

@@ -1,0 +1,25 @@
+#include "jet/rowset.h"
+
+#include "jet/base/value_codec.h"
+#include "jet/error.h"
+
+#include <algorithm>
+
+namespace jet {
+
+const Value& Rowset::Field(std::string_view name) const
+{
+    const auto field = std::ranges::find(fields_, name);
+    if (field == fields_.end())
+        throw Error(ErrorNumber::ItemNotFound, {}, "(" + std::string(name) + ")");
+    if (Eof())
+        throw Error(ErrorNumber::NoCurrentRecord);
+    return rows_[at_][static_cast<std::size_t>(field - fields_.begin())];
+}
+
+std::string Rowset::Text(std::string_view name) const
+{
+    return ToText(Field(name));
+}
+
+} // namespace jet
