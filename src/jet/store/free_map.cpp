@@ -186,7 +186,8 @@ void FreeMap::AddBitmapPage(std::size_t part)
     FillBitmapPage(page, part);
     Store(page);
     DataPageEditor editor(cache_->Write(record_.page), *format_);
-    StoreU32(editor.RowBytes(record_.slot), kReferenceMapEntries + 4 * part, page);
+    const std::size_t at = kReferenceMapEntries + 4 * part;
+    StoreU32(RecordBytes(editor, at + 4), at, page);
 }
 
 /// Gives the record the reference form, with bitmap pages for every part up to that of `page`.
@@ -248,13 +249,23 @@ void FreeMap::Mark(PageNumber page, bool free)
     Store(page);
 }
 
+/// The record, of at least `size` bytes: in a damaged file something else may claim page 1, and change it.
+MutableBytes FreeMap::RecordBytes(DataPageEditor& editor, std::size_t size) const
+{
+    const MutableBytes record = editor.RowBytes(record_.slot);
+    if (record.size() < size)
+        throw CorruptPage(record_.page, "the map of free pages has become shorter");
+    return record;
+}
+
 /// Copies the bit of `page` (and its neighbours in the byte) to where the file's map has it.
 void FreeMap::Store(PageNumber page)
 {
     const Byte byte = bits_[page / 8];
     if (inline_) {
         DataPageEditor editor(cache_->Write(record_.page), *format_);
-        editor.RowBytes(record_.slot)[kInlineMapBits + (page - firstPage_) / 8] = byte;
+        const std::size_t at = kInlineMapBits + (page - firstPage_) / 8;
+        RecordBytes(editor, at + 1)[at] = byte;
         return;
     }
     const std::size_t bit = page % format_->usageMap.bitsPerPage;

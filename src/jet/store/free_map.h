@@ -4,6 +4,8 @@
 
 namespace jet {
 
+class DataPageEditor;
+
 /// The global map: which pages of the file are free. A usage map (see usage_map.h) in a record of page 1 in which a set
 /// bit means free; it covers every page of the file, and all bits behind the file's end are set. Its record grows in
 /// place by four bytes at a time and becomes a reference map when page 1 is full; the bitmap pages are then allocated
@@ -43,6 +45,7 @@ private:
     [[nodiscard]] PageNumber TakeForMap();
     void FillBitmapPage(PageNumber page, std::size_t part);
     void Mark(PageNumber page, bool free);
+    [[nodiscard]] MutableBytes RecordBytes(DataPageEditor& editor, std::size_t size) const;
     void Store(PageNumber page);
 
     PageCache* cache_;

@@ -55,9 +55,18 @@ struct PinnedRecord {
     MapRecord record;
 
     PinnedRecord(Pager& pager, RowId id)
-        : page(pager.Read(id.page)),
-          record(DataPage(page.Bytes(), id.page, pager.GetFormat()).LiveRow(id.slot), id.page, pager.GetFormat())
+        : page(pager.Read(id.page)), record(RowOf(page, id, pager.GetFormat()), id.page, pager.GetFormat())
     {
+    }
+
+    static ByteSpan RowOf(const PageRef& page, RowId id, const Format& format)
+    {
+        // A pointer to anything else, were it followed, would let bits be set in rows of a table or the global map.
+        const DataPage view(page.Bytes(), id.page, format);
+        if (view.Owner() != kUsageMapOwner)
+            throw CorruptPage(id.page, "it is referred to as a page of usage maps, but belongs to " +
+                                           std::to_string(view.Owner()));
+        return view.LiveRow(id.slot);
     }
 };
 

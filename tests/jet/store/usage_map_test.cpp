@@ -130,6 +130,8 @@ TEST(UsageMap, RecordsThatAreNoMapsAreDamage)
     }
     MapPage host(JetVersion::Jet4);
     EXPECT_THROW(static_cast<void>(UsageMap(*host.pager, RowId{host.page, 9}).Pages()), Error);
+    // The map of free pages is nobody's to change.
+    EXPECT_THROW(UsageMap(*host.pager, RowId{kGlobalMapPage, 0}).Add(4), Error);
 }
 
 } // namespace jet::testing
