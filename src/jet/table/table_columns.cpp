@@ -1,7 +1,7 @@
 #include "jet/error.h"
 #include "jet/table/column_design.h"
 #include "jet/table/map_records.h"
-#include "jet/table/table_parts.h"
+#include "jet/table/rewrite.h"
 
 #include <algorithm>
 #include <utility>
@@ -40,22 +40,30 @@ void Table::AddColumn(const ColumnSpec& spec)
         DesignColumn(def, spec, pager_->Header());
     }
     Column& column = def.columns.back();
-    if (column.IsAutonumber())
+    const bool numbersRows = column.IsAutonumber();
+    if (numbersRows)
         def.lastAutonumber = 0;
+    // Rows of a table that never had a variable column lack the whole variable part, and nothing in a row tells: so
+    // with the first such column the rows are written anew.
+    const bool rewrites = !column.IsFixed() && def_.variableColumnsEver == 0 && NextRow(std::nullopt);
     try {
         if (IsLongValue(column.type)) {
             column.longValueOwned = PlaceMapRecord(*pager_, def);
             column.longValueFree = PlaceMapRecord(*pager_, def);
         }
-        WriteTableDef(*pager_, def);
+        if (rewrites)
+            Rewrite(*this, def).Run();
+        else
+            WriteTableDef(*pager_, def);
     } catch (...) {
         RemoveMapRecord(*pager_, column.longValueOwned);
         RemoveMapRecord(*pager_, column.longValueFree);
         throw;
     }
-    const bool numbersRows = column.IsAutonumber();
-    Adopt(std::move(def));
-    ++generation_;
+    if (!rewrites) {
+        Adopt(std::move(def));
+        ++generation_;
+    }
     if (!numbersRows)
         return;
     try {

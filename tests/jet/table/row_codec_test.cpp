@@ -1,0 +1,162 @@
+#include "jet/table/row_codec.h"
+
+#include "jet/error.h"
+
+#include <gtest/gtest.h>
+#include <random>
+
+namespace jet::testing {
+
+namespace {
+
+struct Layout {
+    TableDef def;
+
+    explicit Layout(JetVersion version) { def.format = &FormatOf(version); }
+    void Add(ColumnType type, std::uint16_t size, std::uint16_t fixedOffset = 0)
+    {
+        Column column;
+        column.name = "c";
+        column.type = type;
+        column.size = size;
+        column.number = def.columnsEver++;
+        if (type == ColumnType::Text) {
+            column.variableIndex = def.variableColumnsEver++;
+        } else {
+            column.flags = column_flags::kFixed;
+            column.fixedOffset = fixedOffset;
+        }
+        def.columns.push_back(column);
+    }
+};
+
+Bytes Encode(const TableDef& def, const std::vector<RowField>& fields)
+{
+    const RowLayout layout(def);
+    Bytes row(layout.Measure(fields), 0xEE);
+    layout.Encode(fields, row);
+    return row;
+}
+
+std::string Hex(ByteSpan bytes)
+{
+    static constexpr char kDigits[] = "0123456789ABCDEF";
+    std::string text;
+    for (const Byte b : bytes)
+        text += {kDigits[b >> 4], kDigits[b & 15]};
+    return text;
+}
+
+} // namespace
+
+TEST(RowCodec, RowsAreWrittenAsAccessWritesThem)
+{
+    const Bytes number = {1, 2, 3, 4};
+    const Bytes text = {'A', 'b'};
+    struct Case {
+        const char* name;
+        JetVersion version;
+        bool number, text, flag;
+        const char* bytes;
+    };
+    const Case cases[] = {
+        {"Jet 4", JetVersion::Jet4, true, true, true, "0300 01020304 4162 0800 0600 0100 07"},
+        {"Jet 4, all Null", JetVersion::Jet4, false, false, false, "0300 00000000 0600 0600 0100 00"},
+        {"Jet 3", JetVersion::Jet3, true, true, true, "03 01020304 4162 07 05 01 07"},
+        {"Jet 3, text Null", JetVersion::Jet3, true, false, false, "03 01020304 05 05 01 01"},
+    };
+    for (const Case& c : cases) {
+        SCOPED_TRACE(c.name);
+        Layout layout(c.version);
+        layout.Add(ColumnType::Long, 4);
+        layout.Add(ColumnType::Text, 100);
+        layout.Add(ColumnType::Boolean, 1);
+        std::string expected = c.bytes;
+        std::erase(expected, ' ');
+        EXPECT_EQ(Hex(Encode(layout.def, {{number, c.number}, {text, c.text}, {{}, c.flag}})), expected);
+    }
+}
+
+TEST(RowCodec, ARowOfBooleansHasRoomForAPointer)
+{
+    for (const JetVersion version : {JetVersion::Jet3, JetVersion::Jet4}) {
+        Layout layout(version);
+        layout.Add(ColumnType::Boolean, 1);
+        const Bytes row = Encode(layout.def, {{{}, true}});
+        EXPECT_EQ(row.size(), 4u);
+        EXPECT_TRUE(RowView(row, layout.def, 1).IsSet(layout.def.columns[0]));
+    }
+}
+
+TEST(RowCodec, JumpTableNamesTheFirstFieldBehindEach256Bytes)
+{
+    // 45 fields: field 14 begins at 256 or more, field 23 at 512, the end at 768; the row has more than 1024 bytes.
+    Layout layout(JetVersion::Jet3);
+    std::vector<Bytes> texts(45);
+    for (std::size_t i = 0; i < texts.size(); ++i) {
+        layout.Add(ColumnType::Text, 255);
+        texts[i].assign(i < 14 ? 19 : i < 23 ? 29 : i < 44 ? 8 : 280, 'x');
+    }
+    std::vector<RowField> fields;
+    for (const Bytes& text : texts)
+        fields.push_back({text, true});
+    const Bytes row = Encode(layout.def, fields);
+    ASSERT_GT(row.size(), 1024u);
+    EXPECT_EQ(Hex(ByteSpan(row).last(11).first(5)), "FF2D170E2D");
+    const RowView view(row, layout.def, 1);
+    for (std::size_t i = 0; i < texts.size(); ++i)
+        EXPECT_EQ(view.Field(layout.def.columns[i]).value().size(), texts[i].size()) << "field " << i;
+}
+
+TEST(RowCodec, FieldsComeBackAsTheyWere)
+{
+    const unsigned seed = 20240305;
+    SCOPED_TRACE("seed " + std::to_string(seed));
+    std::mt19937 random(seed);
+    const auto below = [&random](unsigned limit) { return static_cast<std::uint16_t>(random() % limit); };
+    for (int round = 0; round < 400; ++round) {
+        Layout layout(round % 2 == 0 ? JetVersion::Jet3 : JetVersion::Jet4);
+        const std::size_t maxSize = layout.def.format->maxRecordSize;
+        std::vector<Bytes> bytes;
+        std::vector<RowField> fields;
+        std::size_t left = maxSize / 2;
+        std::uint16_t fixedEnd = 0;
+        const int count = 1 + below(round % 5 == 0 ? 255 : 12);
+        for (int i = 0; i < count; ++i) {
+            const bool fixed = below(4) == 0 && fixedEnd < 200;
+            layout.Add(fixed ? ColumnType::Long : ColumnType::Text, fixed ? 4 : 255, fixedEnd);
+            if (fixed)
+                fixedEnd += 4;
+            const std::size_t size = fixed ? 4 : std::min<std::size_t>(below(300), left);
+            left -= fixed ? 0 : size;
+            bytes.emplace_back(size);
+            for (Byte& b : bytes.back())
+                b = static_cast<Byte>(random());
+        }
+        for (const Bytes& b : bytes)
+            fields.push_back({b, below(5) != 0});
+        const Bytes row = Encode(layout.def, fields);
+        const RowView view(row, layout.def, 1);
+        for (std::size_t i = 0; i < fields.size(); ++i) {
+            const std::optional<ByteSpan> field = view.Field(layout.def.columns[i]);
+            ASSERT_EQ(field.has_value(), fields[i].isSet) << "round " << round << ", field " << i;
+            if (field) {
+                ASSERT_EQ(Hex(*field), Hex(bytes[i])) << "round " << round << ", field " << i;
+            }
+        }
+
+        // Damaged or cut, a row is refused or read as something else; nothing is read outside of it.
+        Bytes damaged(row.begin(), row.begin() + below(static_cast<unsigned>(row.size())) + 1);
+        for (int i = 0; i < 3; ++i)
+            damaged[random() % damaged.size()] = static_cast<Byte>(random());
+        try {
+            const RowView other(damaged, layout.def, 1);
+            for (const Column& column : layout.def.columns)
+                static_cast<void>(other.Field(column));
+        } catch (const Error& error) {
+            EXPECT_EQ(error.Number(), ErrorNumber::NotADatabase);
+        }
+    }
+}
+
+} // namespace jet::testing
