@@ -108,6 +108,15 @@ std::string HiddenName(std::uint32_t number)
     return name + kLetters[number % count];
 }
 
+/// Names do not differ by letter case, so ".rd" of number 29 meets ".rD" of number 3: then two letters are taken.
+std::string FreeHiddenName(const TableDef& def)
+{
+    std::uint32_t number = def.NextIndexNumber();
+    while (def.IndexByName(HiddenName(number)))
+        number += 52;
+    return HiddenName(number);
+}
+
 void AddIndexEntries(const Sides& sides, const RelationSpec& spec)
 {
     LogicalIndex entry;
@@ -122,7 +131,7 @@ void AddIndexEntries(const Sides& sides, const RelationSpec& spec)
     const std::uint32_t childNumber = sides.child->AddRelationIndex(std::move(childEntry), sides.childColumns);
 
     LogicalIndex parentEntry = entry;
-    parentEntry.name = HiddenName(sides.parent->Definition().NextIndexNumber());
+    parentEntry.name = FreeHiddenName(sides.parent->Definition());
     parentEntry.side = RelationSide::Referenced;
     parentEntry.partnerTable = sides.child->Definition().pages.front();
     parentEntry.partnerIndex = childNumber;
