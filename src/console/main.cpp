@@ -46,7 +46,11 @@ ExitStatus OpenWindow(ConsoleHost& host, const std::vector<std::string>& argumen
 ExitStatus RunQuietly(ConsoleHost& host, const std::string& line)
 {
     Application application(host);
-    host.SetCancel([&application] { application.Cancel(); });
+    host.SetCancel([&application] {
+        // A quiet run is cancelled without a question, and so without the line that follows the answer.
+        application.GetJob().log.ProtocolAppend("Operation cancelled by user");
+        application.Cancel();
+    });
     application.Form_Load(line);
     const RunOutcome outcome = application.Convert();
     const std::string table = ClosingTable(outcome.tables);

@@ -1,0 +1,87 @@
+// The program as a user starts it.
+
+#include "support/process.h"
+#include "support/shared.h"
+
+#include <gtest/gtest.h>
+
+namespace velmora::testing {
+namespace {
+
+class ProgramTest : public ::testing::Test {
+protected:
+    [[nodiscard]] ProcessResult Run(std::vector<std::string> arguments) const
+    {
+        arguments.insert(arguments.begin(), VELMORA_PROGRAM);
+        return RunProcess(arguments, {{"DISPLAY", ""}, {"WAYLAND_DISPLAY", ""}}, folder.Path());
+    }
+
+    TempFolder folder;
+};
+
+bool Contains(const std::string& text, std::string_view part)
+{
+    return text.find(part) != std::string::npos;
+}
+
+TEST_F(ProgramTest, SaysAtOnceWhyThereIsNothingToConvert)
+{
+    WriteFile(folder / "a.xml", "<a><b>1</b></a>");
+    struct Case {
+        std::vector<std::string> arguments;
+        const char* output; ///< in standard output or standard error
+    };
+    const Case cases[] = {
+        {{}, "xml=orders.xml mdb=orders.mdb +quiet"},
+        {{"xml=a.xml", "mdb=new.mdb"}, "without +quiet"},
+        {{"+quiet", "mdb=new.mdb"}, "No XML file specified!"},
+        {{"+quiet", "mdb=new.mdb", "xml=none.xml"}, "File does not exist!"},
+        {{"+quiet", "mdb=new.mdb", "xml=none*"}, "No files to import"},
+        {{"+quiet", "mdb=a.xml", "xml=./a.xml"}, "a.xml"},
+        {{"+quiet", "mdb=new.mdb", "xml=a.xml", "txt=out"}, "Not available in this version"},
+        {{"+quiet", "mdb=new.mdb", "xml=a\"b.xml"}, "a\"b.xml"},
+    };
+    for (const Case& c : cases) {
+        SCOPED_TRACE(c.output);
+        const ProcessResult result = Run(c.arguments);
+        EXPECT_EQ(result.status, 2);
+        EXPECT_TRUE(Contains(result.output + result.errors, c.output)) << result.output << result.errors;
+        EXPECT_FALSE(std::filesystem::exists(folder / "new.mdb"));
+        EXPECT_EQ(ReadFile(folder / "a.xml"), "<a><b>1</b></a>");
+    }
+}
+
+TEST_F(ProgramTest, HelpAndVersionComeBeforeEverythingElse)
+{
+    const ProcessResult help = Run({"xml=\"", "--help"});
+    EXPECT_EQ(help.status, 0);
+    EXPECT_TRUE(Contains(help.output, "Exit status"));
+    EXPECT_EQ(help.errors, "");
+    const ProcessResult version = Run({"--version", "+quiet"});
+    EXPECT_EQ(version.status, 0);
+    EXPECT_EQ(version.output.substr(0, 8), "velmora ");
+}
+
+TEST_F(ProgramTest, ConvertsAndTellsWhatHappened)
+{
+    WriteFile(folder / "one file.xml", "<people><person><name>Ann</name></person></people>");
+    WriteFile(folder / "broken.xml", "<people><person>");
+    const ProcessResult result = Run({"quiet", "bogus", "log=run.log", "mdb=all.mdb", "xml=one file.xml"});
+    EXPECT_EQ(result.status, 0) << result.output << result.errors;
+    EXPECT_EQ(result.errors, "") << "no progress outside a terminal";
+    EXPECT_TRUE(Contains(result.output, " Unknown parameter:bogus\n"));
+    EXPECT_FALSE(Contains(result.output, "Unknown parameter:\n")) << "quotes are the program's own affair";
+    EXPECT_TRUE(Contains(result.output, "File 1 of 1: one file.xml\n"));
+    EXPECT_TRUE(Contains(result.output, "Columns widened\n"));
+    EXPECT_TRUE(Contains(ReadFile(folder / "run.log"), " Done\r\n"));
+    EXPECT_SOUND(folder / "all.mdb");
+
+    EXPECT_EQ(Run({"q", "mdb=all.mdb", "xml=*.xml"}).status, 3) << "a source that is no XML";
+    EXPECT_EQ(Run({"q", "mdb=all.mdb", "xml=one file.xml", "tags=none.tsv"}).status, 3);
+    const ProcessResult failed = Run({"q", "mdb=no/such/folder/all.mdb", "xml=one file.xml"});
+    EXPECT_EQ(failed.status, 1);
+    EXPECT_TRUE(Contains(failed.errors, "velmora: error ")) << failed.errors;
+}
+
+} // namespace
+} // namespace velmora::testing

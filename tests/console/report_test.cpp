@@ -1,0 +1,116 @@
+#include "console/closing_table.h"
+#include "console/exit_status.h"
+#include "console/help.h"
+#include "console/printable.h"
+#include "console/progress_line.h"
+#include "settings/command_line.h"
+
+#include <gtest/gtest.h>
+#include <regex>
+
+namespace velmora {
+namespace {
+
+TEST(ProgressLine, ShowsWhatIsKnownInTheWidthThereIs)
+{
+    struct Case {
+        const char* name;
+        ProgressState state;
+        std::size_t columns;
+        const char* line;
+    };
+    const ProgressState half{.files = 1, .records = 500, .recordsTotal = 1000, .importMilliseconds = 2000};
+    ProgressState young = half;
+    young.importMilliseconds = 100;
+    const Case cases[] = {
+        {"reading", {.files = 1, .recordsTotal = 100, .fileMilliseconds = 3700}, 80, "reading, 0:03"},
+        {"reading the second of three",
+         {.files = 3, .filesDone = 1, .fileMilliseconds = 61000},
+         80,
+         "2 of 3  reading, 1:01"},
+        {"half", half, 80, "[#############              ]   50%  500 of about 1000 records, 250/s, 0:02 left"},
+        {"no rate yet", young, 80, "[###############               ]   50%  500 of about 1000 records"},
+        {"narrow", half, 60, "[###    ]   50%  500 of about 1000 records, 250/s, 0:02 left"},
+        {"too narrow for a bar", half, 20, "50%  500 of about 10"},
+        {"more than estimated",
+         {.files = 1, .records = 300, .recordsTotal = 200, .importMilliseconds = 1000},
+         60,
+         "[########]  100%  300 of about 200 records, 300/s, 0:00 left"},
+        {"hours left",
+         {.files = 2, .filesDone = 1, .records = 1, .recordsTotal = 3724, .importMilliseconds = 1000},
+         70,
+         "2 of 2  [          ]    0%  1 of about 3724 records, 1/s, 1:02:03 left"},
+    };
+    for (const Case& c : cases) {
+        SCOPED_TRACE(c.name);
+        const std::string line = ProgressLine(c.state, c.columns);
+        EXPECT_LE(line.size(), c.columns);
+        EXPECT_EQ(line, c.line);
+    }
+}
+
+TEST(ClosingTable, AlignsNamesLeftAndNumbersRight)
+{
+    EXPECT_EQ(ClosingTable({}), "");
+    const TableReport reports[] = {{"stra\xC3\x9F"
+                                    "e",
+                                    12, 3, 0},
+                                   {"a\x1B[31m", 1000, 0, 1}};
+    EXPECT_EQ(ClosingTable(std::span(reports, 1)), "Table   Records  New columns  Columns widened\n"
+                                                   "---------------------------------------------\n"
+                                                   "stra\xC3\x9F"
+                                                   "e       12            3                0\n");
+    EXPECT_EQ(ClosingTable(reports), "Table             Records  New columns  Columns widened\n"
+                                     "-------------------------------------------------------\n"
+                                     "stra\xC3\x9F"
+                                     "e                 12            3                0\n"
+                                     "a?[31m               1000            0                1\n"
+                                     "-------------------------------------------------------\n"
+                                     "Total (2 tables)     1012            3                1\n");
+}
+
+TEST(Printable, KeepsTextAndDropsWhatSteersATerminal)
+{
+    EXPECT_EQ(Printable("a\tb\r\nc \xC3\xA4\xE2\x82\xAC"), "a\tb\nc \xC3\xA4\xE2\x82\xAC");
+    EXPECT_EQ(Printable("\x1B]0;x\x07\r\x7F\xC2\x9B"), "?]0;x????");
+}
+
+TEST(Help, NamesEveryWordOfTheCommandLine)
+{
+    const std::string help = HelpText();
+    const auto names = [&help](std::string_view word, const char* end) {
+        const std::string escaped = std::regex_replace(std::string(word), std::regex("\\+"), "\\+");
+        return std::regex_search(help, std::regex("(^|[\\s,])" + escaped + end));
+    };
+    for (const SwitchRow& row : SwitchTable())
+        for (const std::string_view word : row.words)
+            EXPECT_TRUE(names(word, "(?=[\\s,]|$)")) << word;
+    for (const KeyRow& row : KeyTable())
+        for (const std::string_view word : row.words)
+            EXPECT_TRUE(names(word, "=")) << word;
+    for (std::size_t begin = 0, end; (end = help.find('\n', begin)) != std::string::npos; begin = end + 1)
+        EXPECT_LE(end - begin, 80U) << help.substr(begin, end - begin);
+}
+
+TEST(ExitStatus, IsTheGravestOfWhatHappened)
+{
+    struct Case {
+        const char* name;
+        RunOutcome outcome;
+        bool mappingLoaded;
+        int status;
+    };
+    const Case cases[] = {
+        {"converted", {.convertedFiles = 2}, true, 0},
+        {"error", {.failed = true, .unreadableFiles = 1}, true, 1},
+        {"nothing to do", {.nothingToDo = true}, false, 2},
+        {"unreadable", {.unreadableFiles = 1, .convertedFiles = 2}, true, 3},
+        {"no mapping", {.convertedFiles = 1}, false, 3},
+        {"cancelled", {.failed = true, .cancelled = true}, true, 130},
+    };
+    for (const Case& c : cases)
+        EXPECT_EQ(static_cast<int>(StatusOf(c.outcome, c.mappingLoaded)), c.status) << c.name;
+}
+
+} // namespace
+} // namespace velmora
