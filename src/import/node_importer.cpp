@@ -141,12 +141,12 @@ bool NodeImporter::TryBuildRecord(Level& level, Step& step)
     }
     if (job_.settings.blAbort)
         return false;
+    level.key = writer.Key(sink); // the pending record has it at hand; the saved one would have to be read
     step([&records = *sink.records] { return "Update record in table [" + records.Source() + "]"; });
     columns_.Save(level.sink, level.parentSink);
     if (job_.settings.blAbort)
         return false;
     columns_.CountRecord();
-    level.key = writer.Key(sink);
     return true;
 }
 

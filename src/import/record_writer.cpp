@@ -4,7 +4,6 @@
 #include "schema/engine_errors.h"
 #include "schema/table_name.h"
 
-#include <algorithm>
 #include <string>
 
 namespace velmora {
@@ -77,6 +76,7 @@ void RecordWriter::FindKeys(TableSink& sink) const
 
 void RecordWriter::SetForeignKey(TableSink& sink, std::int32_t key)
 {
+    sink.provisionalKey = key;
     if (!sink.foreignKey)
         return;
     try {
@@ -133,22 +133,12 @@ std::string RecordWriter::ColumnToWiden(const TableSink& sink, std::size_t field
 std::optional<std::size_t> RecordWriter::Widen(TableSink& sink, std::size_t field, const std::string& column)
 {
     const std::string meant = sink.records->FieldName(field);
-    const auto other = std::find_if(begun_.begin(), begun_.end(), [&](const TableSink* begun) {
-        return begun != &sink && begun->records->Source() == sink.records->Source();
-    });
-    TableSink* const sharing = other == begun_.end() ? nullptr : *other;
+    // Only this sink can have a pending record on the table: an owner on the same one would have had the column itself.
     const ValuesByName values(sink);
-    std::optional<ValuesByName> sharedValues;
-    if (sharing)
-        sharedValues.emplace(*sharing);
-    if (!velChangeColumnToMemo(job_, session_, *sink.records, column, sharing ? &*sharing->records : nullptr))
+    if (!velChangeColumnToMemo(job_, session_, *sink.records, column))
         return std::nullopt;
     FindKeys(sink);
     values.PutBack();
-    if (sharing) {
-        FindKeys(*sharing);
-        sharedValues->PutBack();
-    }
     return sink.records->FieldIndex(meant);
 }
 
@@ -207,15 +197,27 @@ void RecordWriter::Abandon(ElementId owner)
     }
     if (provisional_.empty())
         return;
-    for (TableSink* const sink : provisional_) {
-        sink->savedRecords -= static_cast<std::int64_t>(sink->provisionalRows.size());
-        if (sink->records->IsOpen())
-            for (const std::uint64_t row : sink->provisionalRows)
-                sink->records->DeleteBookmark(row);
-        sink->provisionalRows.clear();
-    }
+    for (TableSink* const sink : provisional_)
+        RemoveProvisionalRows(*sink);
     provisional_.clear();
     account_.TakeBackChildTexts(owner);
+}
+
+void RecordWriter::RemoveProvisionalRows(TableSink& sink)
+{
+    sink.savedRecords -= static_cast<std::int64_t>(sink.provisionalRows.size());
+    try {
+        if (sink.records->IsOpen())
+            for (const std::uint64_t row : sink.provisionalRows)
+                sink.records->DeleteBookmark(row);
+    } catch (const RuntimeError& error) {
+        if (error.Number() != engine_errors::kRecordDeleted)
+            throw;
+        // A widening has made the engine write the table anew, with all rows in other places: their key tells them.
+        if (sink.foreignKey)
+            sink.records->DeleteRows(*sink.foreignKey, sink.provisionalKey);
+    }
+    sink.provisionalRows.clear();
 }
 
 } // namespace velmora

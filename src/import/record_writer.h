@@ -49,6 +49,7 @@ public:
 private:
     void KeepProvisionalRows();
     void AddProvisionalRow(TableSink& sink);
+    void RemoveProvisionalRows(TableSink& sink);
     void FindKeys(TableSink& sink) const;
     [[nodiscard]] std::string ColumnToWiden(const TableSink& sink, std::size_t field, const RawName& rawName) const;
     /// The new position of the column that stood at `field`; nullopt when widening failed.

@@ -41,6 +41,7 @@ struct TableSink {
     std::int64_t savedRecords = 0;
     /// Rows saved for a record of the owner that is itself not yet saved.
     std::vector<std::uint64_t> provisionalRows;
+    std::int32_t provisionalKey = 0; ///< that record's key
 
     [[nodiscard]] bool HasTable() const noexcept { return records.has_value(); }
 };

@@ -3,7 +3,6 @@
 #include "platform/clock.h"
 
 #include <ctime>
-#include <optional>
 
 namespace velmora {
 
@@ -20,18 +19,12 @@ std::string TemporaryName()
 
 } // namespace
 
-bool velChangeColumnToMemo(Job& job, DatabaseSession& session, Recordset& records, const std::string& column,
-                           Recordset* alsoPending)
+bool velChangeColumnToMemo(Job& job, DatabaseSession& session, Recordset& records, const std::string& column)
 {
     const std::string table = records.Source();
     return Procedure(job.log, "velChangeColumnToMemo", "[" + column + "] " + table, [&](Step& step) {
-        // The younger record goes first and comes back last, so that each finds the counter as it was when it was
-        // begun.
         step("Save the pending record of [" + table + "]");
         const SuspendedRecord suspended(records);
-        std::optional<SuspendedRecord> alsoSuspended;
-        if (alsoPending)
-            alsoSuspended.emplace(*alsoPending);
         records.Close();
 
         const std::string inTable = "ALTER TABLE [" + table + "] ";
@@ -49,8 +42,6 @@ bool velChangeColumnToMemo(Job& job, DatabaseSession& session, Recordset& record
 
         step("Restore the pending record of [" + table + "]");
         session.Reopen(records);
-        if (alsoSuspended)
-            alsoSuspended->Restore(*alsoPending);
         suspended.Restore(records);
         ++session.Report(table).widenedColumns;
     });

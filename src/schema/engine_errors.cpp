@@ -9,6 +9,7 @@ static_assert(engine_errors::kTooManyIndexes == static_cast<int>(jet::ErrorNumbe
 static_assert(engine_errors::kRecordTooLarge == static_cast<int>(jet::ErrorNumber::RecordTooLarge));
 static_assert(engine_errors::kInvalidName == static_cast<int>(jet::ErrorNumber::InvalidName));
 static_assert(engine_errors::kFieldTooSmall == static_cast<int>(jet::ErrorNumber::FieldTooSmall));
+static_assert(engine_errors::kRecordDeleted == static_cast<int>(jet::ErrorNumber::RecordDeleted));
 static_assert(engine_errors::kTooManyFields == static_cast<int>(jet::ErrorNumber::TooManyFields));
 static_assert(engine_errors::kFieldDefinedTwice == static_cast<int>(jet::ErrorNumber::FieldDefinedTwice));
 static_assert(engine_errors::kRelatedRecordRequired == static_cast<int>(jet::ErrorNumber::RelatedRecordRequired));

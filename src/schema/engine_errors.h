@@ -14,6 +14,7 @@ inline constexpr int kTooManyIndexes = 3039;
 inline constexpr int kRecordTooLarge = 3047;
 inline constexpr int kInvalidName = 3125;
 inline constexpr int kFieldTooSmall = 3163;
+inline constexpr int kRecordDeleted = 3167;
 inline constexpr int kTooManyFields = 3190;
 inline constexpr int kFieldDefinedTwice = 3191;
 inline constexpr int kRelatedRecordRequired = 3201;

@@ -81,6 +81,15 @@ void Recordset::DeleteBookmark(std::uint64_t bookmark)
     Translated([&] { records_.DeleteBookmark(bookmark); });
 }
 
+void Recordset::DeleteRows(std::size_t field, std::int32_t key)
+{
+    Translated([&] {
+        for (records_.MoveFirst(); !records_.Eof(); records_.MoveNext())
+            if (records_.Get(field) == jet::Value(key))
+                records_.Delete();
+    });
+}
+
 void Recordset::Reopen(jet::Recordset records)
 {
     firstLayout_ = Layout() + 1;

@@ -54,6 +54,8 @@ public:
     /// By this token the record last saved can be deleted later.
     [[nodiscard]] std::uint64_t Bookmark() const noexcept { return records_.Bookmark(); }
     void DeleteBookmark(std::uint64_t bookmark);
+    /// Deletes every row with `key` in `field`; reads the whole table.
+    void DeleteRows(std::size_t field, std::int32_t key);
 
 private:
     friend class SuspendedRecord;
