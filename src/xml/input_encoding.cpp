@@ -111,13 +111,13 @@ InputEncoding ForDeclaration(std::string_view declared, std::string_view declara
     // The declaration could be read letter by letter: a file that says UTF-16 there has been saved anew by a program
     // that did not change what it says.
     if (*sample != kDeclarationStart)
-        return {"UTF-8", ""};
-    return {"UTF-8", charset};
+        return {true, ""};
+    return {true, charset};
 }
 
 InputEncoding Converted(const char* charset)
 {
-    return {"UTF-8", charset};
+    return {true, charset};
 }
 
 } // namespace
@@ -127,21 +127,21 @@ InputEncoding DetectEncoding(std::string_view firstBytes)
     const auto startsWith = [&](std::string_view bytes) { return firstBytes.substr(0, bytes.size()) == bytes; };
     using namespace std::string_view_literals;
     if (startsWith("\xEF\xBB\xBF"sv))
-        return {"UTF-8", ""};
+        return {true, ""};
     if (startsWith("\xFF\xFE\0\0"sv) || startsWith("\0\0\xFE\xFF"sv))
         return Converted("UTF-32");
     if (startsWith("\xFF\xFE"sv) || startsWith("\xFE\xFF"sv))
-        return {"UTF-16", ""};
+        return Converted("UTF-16");
     if (startsWith("<\0\0\0"sv))
         return Converted("UTF-32LE");
     if (startsWith("\0\0\0<"sv))
         return Converted("UTF-32BE");
     if (startsWith("<\0"sv))
-        return {"UTF-16LE", ""};
+        return Converted("UTF-16LE");
     if (startsWith("\0<"sv))
-        return {"UTF-16BE", ""};
-    if (startsWith(
-            "\x4C\x6F\xA7\x94"sv)) { // "<?xm" in every EBCDIC code page; 037 reads the declaration of all of them
+        return Converted("UTF-16BE");
+    // "<?xm" in every EBCDIC code page; 037 reads the declaration of all of them.
+    if (startsWith("\x4C\x6F\xA7\x94"sv)) {
         const std::string declaration = ConvertSample("IBM037", firstBytes).value_or("");
         return ForDeclaration(DeclaredName(declaration), firstBytes);
     }

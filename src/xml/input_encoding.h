@@ -8,9 +8,9 @@ namespace velmora {
 
 /// How the bytes of an XML file become characters.
 struct InputEncoding {
-    std::string parserName;  ///< what the parser is told, whatever the declaration says; empty: it finds out by itself
-    std::string convertFrom; ///< iconv's name of the encoding to convert to UTF-8 first; empty: the parser reads the
-                             ///< bytes as they are
+    bool isUtf8 = false;     ///< the parser gets UTF-8, whatever the declaration says; otherwise it finds out by itself
+    std::string convertFrom; ///< iconv's name of the encoding to convert to UTF-8 first; empty: the parser gets the
+                             ///< file's own bytes
 };
 
 /// So many first bytes of a file are enough for DetectEncoding: declarations are short.

@@ -16,7 +16,7 @@ inline constexpr std::int32_t kTextContent = 12;
 
 /// What is known of one distinct element (or attribute) path.
 struct ElementInfo {
-    PathId strPath = PathTree::kNoPath; ///< the key; its text with a closing "/" is made by StructureModel::PathText
+    PathId strPath = PathTree::kNoPath; ///< the key; Document::PathText makes its text
     std::int32_t lngMaxChildren = 0;    ///< largest number of child elements seen in one occurrence
     std::int32_t lngColumns = 0;        ///< data columns of its table; set by the schema builder
     std::int32_t lngMaxTwins = 0;   ///< most siblings with the same tag, itself not counted; over 0: a repeated leaf

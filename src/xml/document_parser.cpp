@@ -1,0 +1,192 @@
+#include "xml/document_parser.h"
+
+#include "xml/parse_problem.h"
+
+#include <algorithm>
+#include <new>
+#include <stdexcept>
+
+namespace velmora {
+
+namespace {
+
+/// Entities may multiply a document by a hundred (the parser's own limit), but only until their text comes to this
+/// size.
+constexpr unsigned long long kEntityThresholdBytes = 1 << 20;
+/// However long the file is, its text stays below this and four times what was read so far. Every encoding stays below
+/// as well.
+constexpr std::size_t kTextAllowanceBytes = std::size_t{128} << 20;
+constexpr std::size_t kTextPerByte = 4;
+
+} // namespace
+
+DocumentParser::DocumentParser(bool isUtf8, std::size_t memoryBudgetBytes)
+    : parser_(XML_ParserCreate(isUtf8 ? "UTF-8" : nullptr)), builder_(memoryBudgetBytes)
+{
+    if (!parser_)
+        throw std::bad_alloc();
+    XML_Parser parser = parser_.get();
+    XML_SetUserData(parser, this);
+    XML_SetElementHandler(parser, OnStart, OnEnd);
+    XML_SetCharacterDataHandler(parser, OnText);
+    XML_SetSkippedEntityHandler(parser, OnSkippedEntity);
+    XML_SetStartDoctypeDeclHandler(parser, OnDoctype);
+    XML_SetEntityDeclHandler(parser, OnEntityDeclaration);
+    XML_SetParamEntityParsing(parser, XML_PARAM_ENTITY_PARSING_NEVER);
+    // The handler is there to count: it reads nothing, so the entity has no text.
+    XML_SetExternalEntityRefHandler(parser, OnExternalEntity);
+    XML_SetExternalEntityRefHandlerArg(parser, this);
+    XML_SetBillionLaughsAttackProtectionActivationThreshold(parser, kEntityThresholdBytes);
+}
+
+template <class Step>
+void DocumentParser::Guard(Step&& step) noexcept
+{
+    if (failure_)
+        return; // the parser may still report what it has at hand
+    try {
+        step();
+    } catch (...) {
+        failure_ = std::current_exception();
+        XML_StopParser(parser_.get(), XML_FALSE);
+    }
+}
+
+void DocumentParser::OnStart(void* self, const XML_Char* name, const XML_Char** attributes)
+{
+    auto& parser = *static_cast<DocumentParser*>(self);
+    parser.Guard([&] {
+        parser.builder_.StartElement(name, attributes);
+        if (parser.hasDoctype_ && *attributes != nullptr)
+            parser.skipped_.CountInTag(parser.CurrentTag());
+    });
+}
+
+void DocumentParser::OnEnd(void* self, const XML_Char*)
+{
+    auto& parser = *static_cast<DocumentParser*>(self);
+    parser.Guard([&] { parser.builder_.EndElement(); });
+}
+
+void DocumentParser::OnText(void* self, const XML_Char* text, int length)
+{
+    auto& parser = *static_cast<DocumentParser*>(self);
+    parser.Guard([&] {
+        parser.builder_.Text({text, static_cast<std::size_t>(length)});
+        if (parser.builder_.TextBytes() > parser.textLimit_)
+            throw std::length_error("its entities make too much text of it");
+    });
+}
+
+void DocumentParser::OnSkippedEntity(void* self, const XML_Char* name, int isParameterEntity)
+{
+    auto& parser = *static_cast<DocumentParser*>(self);
+    if (isParameterEntity == 0)
+        parser.Guard([&] { parser.skipped_.Count(name); });
+}
+
+int DocumentParser::OnExternalEntity(XML_Parser self, const XML_Char* context, const XML_Char*, const XML_Char*,
+                                     const XML_Char*)
+{
+    // The argument set for this handler comes in the parser's place.
+    auto& parser = *reinterpret_cast<DocumentParser*>(self);
+    parser.Guard([&] {
+        const std::string_view open =
+            context == nullptr ? std::string_view{} : context; // names with form feeds between
+        parser.skipped_.Count(open.substr(open.rfind('\f') + 1));
+    });
+    return XML_STATUS_OK;
+}
+
+void DocumentParser::OnDoctype(void* self, const XML_Char*, const XML_Char*, const XML_Char*, int)
+{
+    static_cast<DocumentParser*>(self)->hasDoctype_ = true;
+}
+
+void DocumentParser::OnEntityDeclaration(void* self, const XML_Char* name, int isParameterEntity, const XML_Char*, int,
+                                         const XML_Char*, const XML_Char*, const XML_Char*, const XML_Char*)
+{
+    auto& parser = *static_cast<DocumentParser*>(self);
+    if (isParameterEntity == 0)
+        parser.Guard([&] { parser.skipped_.Declare(name); });
+}
+
+/// The tag being reported, as it stands in the input.
+std::string_view DocumentParser::CurrentTag() const noexcept
+{
+    int offset = 0;
+    int size = 0;
+    const char* const context = XML_GetInputContext(parser_.get(), &offset, &size);
+    const int length = std::min(XML_GetCurrentByteCount(parser_.get()), size - offset);
+    if (context == nullptr || offset < 0 || length <= 0)
+        return {};
+    return {context + offset, static_cast<std::size_t>(length)};
+}
+
+void* DocumentParser::Buffer(std::size_t bytes)
+{
+    void* const buffer = XML_GetBuffer(parser_.get(), static_cast<int>(bytes));
+    if (buffer == nullptr)
+        throw std::bad_alloc();
+    return buffer;
+}
+
+void DocumentParser::CountInput(std::size_t bytes) noexcept
+{
+    bytesGiven_ += bytes;
+    textLimit_ = kTextAllowanceBytes + kTextPerByte * bytesGiven_;
+}
+
+bool DocumentParser::ParseBuffer(std::size_t bytes)
+{
+    CountInput(bytes);
+    return Succeeded(XML_ParseBuffer(parser_.get(), static_cast<int>(bytes), XML_FALSE));
+}
+
+bool DocumentParser::Parse(std::string_view bytes)
+{
+    CountInput(bytes.size());
+    return Succeeded(XML_Parse(parser_.get(), bytes.data(), static_cast<int>(bytes.size()), XML_FALSE));
+}
+
+bool DocumentParser::Finish()
+{
+    return Succeeded(XML_Parse(parser_.get(), "", 0, XML_TRUE));
+}
+
+bool DocumentParser::Succeeded(XML_Status status)
+{
+    if (failure_) {
+        try {
+            std::rethrow_exception(failure_);
+        } catch (const std::length_error& tooLarge) {
+            problem_ = AtPosition(parser_.get(), tooLarge.what());
+            return false;
+        }
+    }
+    if (status == XML_STATUS_OK)
+        return true;
+    if (XML_GetErrorCode(parser_.get()) == XML_ERROR_NO_MEMORY)
+        throw std::bad_alloc();
+    problem_ = DescribeParserError(parser_.get(), builder_.OpenTag());
+    return false;
+}
+
+bool DocumentParser::IsStuck() noexcept
+{
+    const XML_Index index = XML_GetCurrentByteIndex(parser_.get());
+    const bool stuck = index == lastIndex_;
+    lastIndex_ = index;
+    return stuck;
+}
+
+LoadResult DocumentParser::Take()
+{
+    LoadResult result;
+    result.document = builder_.Take();
+    result.skippedEntities = skipped_.Number();
+    result.firstSkipped = skipped_.First();
+    return result;
+}
+
+} // namespace velmora

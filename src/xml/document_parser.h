@@ -1,0 +1,72 @@
+#pragma once
+
+#include "xml/document_builder.h"
+#include "xml/document_loader.h"
+#include "xml/skipped_entities.h"
+
+#include <cstddef>
+#include <exception>
+#include <memory>
+#include <string>
+#include <string_view>
+
+#include <expat.h>
+
+namespace velmora {
+
+/// One parse: takes the parser's events and gives them to the builder.
+class DocumentParser {
+public:
+    /// `isUtf8`: whatever the document declares.
+    DocumentParser(bool isUtf8, std::size_t memoryBudgetBytes);
+
+    /// Where up to `bytes` bytes for the next ParseBuffer go.
+    [[nodiscard]] void* Buffer(std::size_t bytes);
+    /// These return false when the document is not well-formed or too large: Problem() says why then.
+    [[nodiscard]] bool ParseBuffer(std::size_t bytes);
+    [[nodiscard]] bool Parse(std::string_view bytes);
+    [[nodiscard]] bool Finish();
+
+    /// Is the parser waiting for the end of a token that began before the last call?
+    [[nodiscard]] bool IsStuck() noexcept;
+    [[nodiscard]] const std::string& Problem() const noexcept { return problem_; }
+    /// The finished document and what is known of skipped entities.
+    [[nodiscard]] LoadResult Take();
+
+private:
+    static void XMLCALL OnStart(void* self, const XML_Char* name, const XML_Char** attributes);
+    static void XMLCALL OnEnd(void* self, const XML_Char* name);
+    static void XMLCALL OnText(void* self, const XML_Char* text, int length);
+    static void XMLCALL OnSkippedEntity(void* self, const XML_Char* name, int isParameterEntity);
+    static int XMLCALL OnExternalEntity(XML_Parser self, const XML_Char* context, const XML_Char* base,
+                                        const XML_Char* systemId, const XML_Char* publicId);
+    static void XMLCALL OnDoctype(void* self, const XML_Char* name, const XML_Char* systemId, const XML_Char* publicId,
+                                  int hasInternalSubset);
+    static void XMLCALL OnEntityDeclaration(void* self, const XML_Char* name, int isParameterEntity,
+                                            const XML_Char* value, int length, const XML_Char* base,
+                                            const XML_Char* systemId, const XML_Char* publicId,
+                                            const XML_Char* notation);
+
+    /// Runs `step`; what it throws is kept until the parser, which is C, has returned.
+    template <class Step>
+    void Guard(Step&& step) noexcept;
+    [[nodiscard]] bool Succeeded(XML_Status status);
+    void CountInput(std::size_t bytes) noexcept;
+    [[nodiscard]] std::string_view CurrentTag() const noexcept;
+
+    struct ParserDeleter {
+        void operator()(XML_Parser parser) const noexcept { XML_ParserFree(parser); }
+    };
+
+    std::unique_ptr<XML_ParserStruct, ParserDeleter> parser_;
+    DocumentBuilder builder_;
+    std::exception_ptr failure_;
+    std::string problem_;
+    std::size_t bytesGiven_ = 0;
+    std::size_t textLimit_ = 0;
+    XML_Index lastIndex_ = -1;
+    bool hasDoctype_ = false; ///< without one there is no entity that could be skipped
+    SkippedEntities skipped_;
+};
+
+} // namespace velmora

@@ -1,0 +1,113 @@
+#include "xml/loaded_text.h"
+
+#include <algorithm>
+#include <filesystem>
+#include <fstream>
+#include <gtest/gtest.h>
+#include <map>
+#include <set>
+#include <sstream>
+
+namespace velmora {
+namespace {
+
+namespace fs = std::filesystem;
+
+LoadResult LoadFile(const fs::path& path)
+{
+    return LoadDocument(path.string(), [] { return true; });
+}
+
+/// A file of tab-separated columns with a heading: one map per line.
+std::vector<std::map<std::string, std::string>> ReadTable(const fs::path& path)
+{
+    std::ifstream file(path);
+    const auto fields = [](const std::string& line) {
+        std::vector<std::string> result;
+        std::istringstream stream(line);
+        for (std::string field; std::getline(stream, field, '\t');)
+            result.push_back(field);
+        return result;
+    };
+    std::string line;
+    std::getline(file, line);
+    const std::vector<std::string> heading = fields(line);
+    std::vector<std::map<std::string, std::string>> rows;
+    while (std::getline(file, line)) {
+        const std::vector<std::string> values = fields(line);
+        std::map<std::string, std::string>& row = rows.emplace_back();
+        for (std::size_t i = 0; i < std::min(values.size(), heading.size()); ++i)
+            row[heading[i]] = values[i];
+    }
+    return rows;
+}
+
+/// Elements, attributes, depth, paths, and the longest attribute in characters.
+std::string Figures(const Document& document)
+{
+    std::size_t attributes = 0, depth = 0, longest = 0;
+    std::vector<std::size_t> depths(document.ElementCount(), 1);
+    for (ElementId e = 0; e < document.ElementCount(); ++e) {
+        attributes += document.AttributeCount(e);
+        if (e != 0)
+            depths[e] = depths[document.Parent(e)] + 1;
+        depth = std::max(depth, depths[e]);
+        for (std::uint32_t i = 0; i < document.AttributeCount(e); ++i) {
+            const std::string_view value = document.AttributeValue(e, i);
+            const auto characters =
+                std::count_if(value.begin(), value.end(), [](char c) { return (c & 0xC0) != 0x80; });
+            longest = std::max(longest, static_cast<std::size_t>(characters));
+        }
+    }
+    std::ostringstream text;
+    text << document.ElementCount() << " elements, " << attributes << " attributes, depth " << depth << ", "
+         << document.Paths().Size() - 1 << " paths, longest attribute " << longest;
+    return text.str();
+}
+
+TEST(Corpus, EveryRealFileHasTheFiguresCountedElsewhere)
+{
+    REQUIRE_SHARED(shared);
+    const fs::path folder = shared / "corpus" / "xml";
+    const auto rows = ReadTable(folder / "facts.tsv");
+    ASSERT_GT(rows.size(), 30u);
+    for (const auto& row : rows) {
+        SCOPED_TRACE(row.at("file"));
+        const LoadResult loaded = LoadFile(folder / row.at("file"));
+        EXPECT_EQ(loaded.problem, "");
+        EXPECT_EQ(Figures(loaded.document), row.at("elements") + " elements, " + row.at("attributes") +
+                                                " attributes, depth " + row.at("depth") + ", " + row.at("paths") +
+                                                " paths, longest attribute " + row.at("longest_attribute"));
+    }
+}
+
+TEST(Corpus, HostileFilesLoadOrSayWhyNot)
+{
+    REQUIRE_SHARED(shared);
+    // All others must be refused.
+    const std::map<std::string, std::size_t> elementsOf = {
+        {"external-entity-file.xml", 5}, {"external-entity-http.xml", 3}, {"external-parameter-entity.xml", 3},
+        {"names-by-case.xml", 10},       {"names-long.xml", 13},          {"names-reserved.xml", 13},
+        {"says-utf16-is-utf8.xml", 3},   {"text-255-256-65535.xml", 15},  {"utf16le-without-bom.xml", 10},
+        {"wide-300.xml", 603},
+    };
+    const std::set<std::string> skipping = {"external-entity-file.xml", "external-entity-http.xml",
+                                            "external-parameter-entity.xml"};
+    std::size_t files = 0;
+    for (const fs::directory_entry& entry : fs::directory_iterator(shared / "corpus" / "hostile")) {
+        const std::string name = entry.path().filename().string();
+        if (entry.path().extension() != ".xml")
+            continue;
+        SCOPED_TRACE(name);
+        ++files;
+        const LoadResult loaded = LoadFile(entry.path());
+        const auto expected = elementsOf.find(name);
+        EXPECT_EQ(loaded.document.ElementCount(), expected == elementsOf.end() ? 0u : expected->second);
+        EXPECT_EQ(loaded.problem.empty(), expected != elementsOf.end()) << loaded.problem;
+        EXPECT_EQ(loaded.skippedEntities, skipping.contains(name) ? 1u : 0u);
+    }
+    EXPECT_GT(files, 30u);
+}
+
+} // namespace
+} // namespace velmora

@@ -1,0 +1,207 @@
+#include "xml/document_loader.h"
+
+#include "xml/loaded_text.h"
+
+#include <gtest/gtest.h>
+
+namespace velmora {
+namespace {
+
+using namespace std::string_literals;
+using testing::DocumentText;
+using testing::LoadBytes;
+
+/// Each ASCII character of `text` as `width` bytes.
+std::string Wide(std::string_view text, int width, bool bigEndian)
+{
+    std::string bytes;
+    for (const char c : text) {
+        const std::string zeros(static_cast<std::size_t>(width) - 1, '\0');
+        bytes += bigEndian ? zeros + c : c + zeros;
+    }
+    return bytes;
+}
+
+TEST(DocumentLoader, ReadsEveryEncoding)
+{
+    struct Case {
+        const char* name;
+        std::string bytes;
+        const char* content;
+    };
+    const auto declared = [](const char* encoding, const std::string& content) {
+        return "<?xml version=\"1.0\" encoding=\""s + encoding + "\"?><a>" + content + "</a>";
+    };
+    const Case cases[] = {
+        {"UTF-8 mark", "\xEF\xBB\xBF<a>\xC3\xA4</a>", "ä"},
+        {"UTF-8 mark beats the declaration", "\xEF\xBB\xBF" + declared("ISO-8859-1", "\xC3\xA4"), "ä"},
+        {"ISO-8859-1", declared("iso-8859-1", "\xE4"), "ä"},
+        {"ISO-8859-1 without a hyphen", declared("ISO8859-1", "\xE4"), "ä"},
+        {"single quotes and blanks", "<?xml version='1.0' encoding = 'windows-1252' ?><a>\x80</a>", "€"},
+        {"windows-1251", declared("windows-1251", "\xC4\xE0"), "Да"},
+        {"ISO-8859-2", declared("ISO-8859-2", "\xB9"), "š"},
+        {"Shift_JIS", declared("Shift_JIS", "\x93\xFA\x96\x7B\\~"), "日本\\~"},
+        {"Shift_JIS with characters of the code page", declared("shift_jis", "\x87\x40"), "①"},
+        {"EUC-JP", declared("EUC-JP", "\xC6\xFC\xCB\xDC"), "日本"},
+        {"ISO-2022-JP, which has states", declared("ISO-2022-JP", "\x1B$BF|K\\\x1B(B"), "日本"},
+        {"GB2312", declared("GB2312", "\xD6\xD0"), "中"},
+        {"Big5", declared("Big5", "\xA4\xA4"), "中"},
+        {"EUC-KR", declared("EUC-KR", "\xC7\xD1"), "한"},
+        {"KOI8-R", declared("KOI8-R", "\xC4"), "д"},
+        {"UTF-16LE with mark", "\xFF\xFE" + Wide("<a>", 2, false) + "\xE4\0"s + Wide("</a>", 2, false), "ä"},
+        {"UTF-16BE with mark that says UTF-8", "\xFE\xFF" + Wide(declared("UTF-8", "x"), 2, true), "x"},
+        {"surrogate pair", "\xFF\xFE" + Wide("<a>", 2, false) + "\x3D\xD8\x00\xDE"s + Wide("</a>", 2, false), "😀"},
+        {"UTF-16LE without mark", Wide(declared("UTF-16", "x"), 2, false), "x"},
+        {"UTF-16BE without mark", Wide("<a>x</a>", 2, true), "x"},
+        {"UTF-32LE with mark", "\xFF\xFE\0\0"s + Wide("<a>x</a>", 4, false), "x"},
+        {"UTF-32BE with mark", "\0\0\xFE\xFF"s + Wide("<a>x</a>", 4, true), "x"},
+        {"UTF-32BE without mark", Wide("<a>x</a>", 4, true), "x"},
+        {"says UTF-16, is UTF-8", declared("UTF-16", "\xC3\xA4"), "ä"},
+        {"EBCDIC",
+         "\x4C\x6F\xA7\x94\x93\x40\xA5\x85\x99\xA2\x89\x96\x95\x7E\x7F\xF1\x4B\xF0\x7F\x40\x85\x95\x83\x96\x84\x89\x95"
+         "\x87"
+         "\x7E\x7F\xC9\xC2\xD4\xF0\xF3\xF7\x7F\x6F\x6E\x4C\x81\x6E\xF1\x4C\x61\x81\x6E",
+         "1"},
+    };
+    for (const Case& c : cases) {
+        SCOPED_TRACE(c.name);
+        const LoadResult loaded = LoadBytes(c.bytes);
+        EXPECT_EQ(loaded.problem, "");
+        ASSERT_EQ(loaded.document.ElementCount(), 1u);
+        EXPECT_EQ(loaded.document.Content(0), c.content);
+    }
+}
+
+TEST(DocumentLoader, JoinsCharactersThatChunksCut)
+{
+    // Two bytes each, behind an odd number of bytes: every chunk of an even size ends within one of them.
+    std::string bytes = "<?xml version='1.0' encoding='EUC-JP' ?><aa>";
+    ASSERT_EQ(bytes.size() % 2, 0u);
+    bytes += "x";
+    std::string expected = "x";
+    for (int i = 0; i < 300'000; ++i) {
+        bytes += "\xC6\xFC";
+        expected += "日";
+    }
+    const LoadResult loaded = LoadBytes(bytes + "</aa>");
+    EXPECT_EQ(loaded.problem, "");
+    ASSERT_EQ(loaded.document.ElementCount(), 1u);
+    EXPECT_TRUE(loaded.document.Content(0) == expected);
+}
+
+TEST(DocumentLoader, SaysWhereAndWhyAFileCannotBeRead)
+{
+    struct Case {
+        const char* bytes;
+        const char* problem;
+    };
+    const Case cases[] = {
+        {"", "line 1, column 1: the file holds no element"},
+        {"<a>\n <b></c>\n</a>", "line 2, column 7: mismatched tag: this end tag does not close <b>"},
+        {"<a>\n <b>", "line 2, column 5: the file ends inside of <b>"},
+        {"<a/>\n<b/>", "line 2, column 1: something follows behind the end of the document element"},
+        {"<ä>&x;</ä>", "line 1, column 4: undefined entity"},
+        {"<?xml version='1.0' encoding='no-such-code'?><a/>", "line 1, column 31: unknown encoding"},
+        {"<?xml version='1.0' encoding='EUC-JP'?>\n<a>\n\xC6\x01</a>",
+         "line 3: bytes that are not EUC-JP, at byte 45 of the file"},
+        {"<?xml version='1.0' encoding='EUC-JP'?><a/>\n\xC6",
+         "line 2: the file ends in the middle of a character of EUC-JP, at byte 45 of the file"},
+    };
+    for (const Case& c : cases) {
+        SCOPED_TRACE(c.bytes);
+        const LoadResult loaded = LoadBytes(c.bytes);
+        EXPECT_EQ(loaded.problem, c.problem);
+        EXPECT_TRUE(loaded.document.IsEmpty());
+    }
+    const testing::TempFolder folder;
+    const auto load = [](const std::filesystem::path& path) {
+        return LoadDocument(path.string(), [] { return true; });
+    };
+    EXPECT_EQ(load(folder.Path()).problem, "cannot be read: Is a directory");
+    EXPECT_EQ(load(folder / "missing.xml").problem, "cannot be read: No such file or directory");
+}
+
+TEST(DocumentLoader, FetchesNothingAndCountsWhatItLeavesOut)
+{
+    const testing::TempFolder folder;
+    testing::WriteFile(folder / "secret.txt", "secret");
+    const std::string file = (folder / "secret.txt").string();
+    struct Case {
+        const char* name;
+        std::string xml;
+        const char* expected;
+        std::size_t skipped;
+        const char* first;
+    };
+    const Case cases[] = {
+        {"external entity", "<!DOCTYPE a [<!ENTITY e SYSTEM '" + file + "'>]><a>1&e;2&e;</a>", "a [12] x1\n", 2, "e"},
+        {"declared outside", "<!DOCTYPE a SYSTEM '" + file + "'><a>1&e;&amp;</a>", "a [1&] x1\n", 1, "e"},
+        {"in attributes", "<!DOCTYPE a SYSTEM '" + file + "' [<!ENTITY i 'in'>]><a b='&i;&e;&#65;&lt;'>&i;</a>",
+         "a b=inA< [in] x1\n", 1, "e"},
+        {"behind a parameter entity",
+         "<!DOCTYPE a [<!ENTITY % p SYSTEM '" + file + "'>%p;<!ENTITY e 'late'>]><a>&e;</a>", "a x1\n", 1, "e"},
+    };
+    for (const Case& c : cases) {
+        SCOPED_TRACE(c.name);
+        const LoadResult loaded = LoadBytes(c.xml);
+        EXPECT_EQ(loaded.problem, "");
+        EXPECT_EQ(DocumentText(loaded.document), c.expected);
+        EXPECT_EQ(loaded.skippedEntities, c.skipped);
+        EXPECT_EQ(loaded.firstSkipped, c.first);
+    }
+}
+
+TEST(DocumentLoader, StopsEntityBombs)
+{
+    std::string doubling = "<!DOCTYPE a [<!ENTITY e0 'lol'>";
+    for (int i = 1; i < 40; ++i) {
+        const std::string before = "&e" + std::to_string(i - 1) + ";";
+        doubling += "<!ENTITY e" + std::to_string(i) + " '" + before + before + "'>";
+    }
+    std::string references;
+    for (int i = 0; i < 100'000; ++i)
+        references += "&x;";
+    const std::string longEntity = "<!DOCTYPE a [<!ENTITY x '" + std::string(100'000, 'x') + "'>]><a>";
+    // Long enough for the parser's own limit, which is a multiple of the input, to be a large one.
+    const std::string padding = "<!--" + std::string(4'000'000, 'x') + "-->";
+    const std::string bombs[] = {doubling + "]><a>&e39;</a>", doubling + "]><a b='&e39;'/>",
+                                 longEntity + references + "</a>", longEntity + padding + references + "</a>"};
+    for (const std::string& bomb : bombs) {
+        SCOPED_TRACE(bomb.substr(0, 60));
+        const LoadResult loaded = LoadBytes(bomb);
+        EXPECT_TRUE(loaded.document.IsEmpty());
+        EXPECT_TRUE(loaded.problem.ends_with(": its entities make too much text of it")) << loaded.problem;
+    }
+}
+
+TEST(DocumentLoader, EndsWhenToldTo)
+{
+    const testing::TempFolder folder;
+    const std::string path = (folder / "document.xml").string();
+    testing::WriteFile(path, "<a>" + std::string(1'000'000, 'x') + "</a>");
+    int asked = 0;
+    const LoadResult loaded = LoadDocument(path, [&] { return ++asked < 3; });
+    EXPECT_EQ(asked, 3);
+    EXPECT_TRUE(loaded.document.IsEmpty());
+    EXPECT_EQ(loaded.problem, "");
+}
+
+TEST(DocumentLoader, GivesTheSameDocumentFromAMappedFile)
+{
+    std::string xml = "<list>";
+    for (int i = 0; i < 20'000; ++i) {
+        const std::string number = std::to_string(i);
+        xml += "<record id='" + number + "'>text " + number + "<leaf>" + number + "</leaf></record>";
+    }
+    xml += "</list>";
+    const std::string inMemory = DocumentText(LoadBytes(xml).document);
+    EXPECT_GT(inMemory.size(), 500'000u);
+    // From the first byte on, and from the middle of the load on.
+    for (const std::size_t budget : {std::size_t{0}, std::size_t{1'000'000}}) {
+        SCOPED_TRACE(budget);
+        EXPECT_TRUE(DocumentText(LoadBytes(xml, budget).document) == inMemory);
+    }
+}
+
+} // namespace
+} // namespace velmora

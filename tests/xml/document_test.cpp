@@ -1,0 +1,85 @@
+#include "xml/document.h"
+
+#include "xml/loaded_text.h"
+
+#include <gtest/gtest.h>
+
+namespace velmora {
+namespace {
+
+using testing::DocumentText;
+using testing::LoadBytes;
+
+TEST(Document, KeepsWhatTheFileHolds)
+{
+    struct Case {
+        const char* name;
+        const char* xml;
+        const char* expected;
+    };
+    const Case cases[] = {
+        {"document element alone", "<a/>", "a x1\n"},
+        {"white space of a leaf is content", "<a> \n </a>", "a [ \n ] x1\n"},
+        {"white space between children is not", "<a>\n <b/>\n\t<c/>\r\n</a>", "a x1\n b x1\n c x1\n"},
+        {"nor beside a comment", "<a> <!-- x --> <b/></a>", "a x1\n b x1\n"},
+        {"text beside children stays as it stands", "<p>one <b>two</b> three<i/>\n</p>",
+         "p [one  three] x1\n b [two] x1\n i x1\n"},
+        {"text around nested mixed content", "<p>1<q>2<r>3</r>4</q>5</p>", "p [15] x1\n q [24] x1\n  r [3] x1\n"},
+        {"CDATA and references join, comments and instructions do not",
+         "<a>x<![CDATA[<&>]]>&lt;<!--no--><?no no?>&#65;</a>", "a [x<&><A] x1\n"},
+        {"internal entities and default attributes",
+         "<!DOCTYPE a [<!ENTITY e 'ent'><!ATTLIST a d CDATA 'def'>]><a b='&e;'>&e;</a>", "a b=ent d=def [ent] x1\n"},
+        {"prefixes stay", "<n:a xmlns:n='u' n:b='1'/>", "n:a xmlns:n=u n:b=1 x1\n"},
+        {"tags are counted per parent", "<a><b/><c/><b/><d><b/></d><b/></a>",
+         "a x1\n b x3\n c x1\n b x3\n d x1\n  b x1\n b x3\n"},
+        {"parents of one path count apart", "<a><b><c/><c/></b><b><c/></b></a>",
+         "a x1\n b x2\n  c x2\n  c x2\n b x2\n  c x1\n"},
+        {"line ends become LF", "<a>1\r\n2\r3</a>", "a [1\n2\n3] x1\n"},
+    };
+    for (const Case& c : cases) {
+        SCOPED_TRACE(c.name);
+        const LoadResult loaded = LoadBytes(c.xml);
+        EXPECT_EQ(loaded.problem, "");
+        EXPECT_EQ(DocumentText(loaded.document), c.expected);
+    }
+}
+
+TEST(Document, LeadsFromChildToChild)
+{
+    const Document document = LoadBytes("<a><b><c/></b>x<d/><e/></a>").document;
+    std::string tags;
+    for (ElementId e = document.FirstChild(document.Root()); e != kNoElement; e = document.NextSibling(e))
+        tags += document.NameText(document.Name(e));
+    EXPECT_EQ(tags, "bde");
+    EXPECT_EQ(document.ChildCount(document.Root()), 3u);
+    EXPECT_EQ(document.NextSibling(document.Root()), kNoElement);
+    EXPECT_EQ(document.FirstChild(2), kNoElement);
+}
+
+TEST(Document, WritesPathsAndCutsLongOnesInTheMiddle)
+{
+    const Document document = LoadBytes("<first><second><third><Ü/></third></second></first>").document;
+    const PathId path = document.Path(3);
+    EXPECT_EQ(document.PathText(0), "/");
+    EXPECT_EQ(document.PathText(path), "//first/second/third/Ü");
+    EXPECT_EQ(document.PathText(path, 23), "//first/second/third/Ü");
+    EXPECT_EQ(document.PathText(path, 20), "//first/.../third/Ü"); // only whole steps stand at the end
+    EXPECT_EQ(document.PathText(path, 22).size(), 22u);
+}
+
+TEST(PathTree, GivesEachChildOneNumberAmongManyPaths)
+{
+    PathTree tree;
+    std::vector<PathId> made;
+    for (NameId name = 0; name < 5000; ++name)
+        made.push_back(tree.Child(name % 7 == 0 || made.empty() ? 0 : made.back(), name));
+    for (NameId name = 0; name < 5000; ++name) {
+        ASSERT_EQ(tree.Name(made[name]), name);
+        ASSERT_EQ(tree.FindChild(tree.Parent(made[name]), name), made[name]);
+    }
+    EXPECT_EQ(tree.Size(), 5001u);
+    EXPECT_EQ(tree.FindChild(0, 1), PathTree::kNoPath);
+}
+
+} // namespace
+} // namespace velmora

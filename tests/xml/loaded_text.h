@@ -1,0 +1,40 @@
+#pragma once
+
+#include "support/shared.h"
+#include "xml/document_loader.h"
+
+#include <string>
+#include <string_view>
+
+namespace velmora::testing {
+
+/// Loads `bytes` as a file.
+inline LoadResult LoadBytes(std::string_view bytes, std::size_t memoryBudgetBytes = kDocumentMemoryBudgetBytes)
+{
+    const TempFolder folder;
+    const std::string path = (folder / "document.xml").string();
+    WriteFile(path, bytes);
+    return LoadDocument(
+        path, [] { return true; }, memoryBudgetBytes);
+}
+
+/// One line per element: tag, attributes, content in brackets when there is any, and how many siblings bear the tag.
+inline std::string DocumentText(const Document& document)
+{
+    std::string text;
+    for (ElementId element = 0; element < document.ElementCount(); ++element) {
+        for (ElementId above = document.Parent(element); above != kNoElement; above = document.Parent(above))
+            text += ' ';
+        text += document.NameText(document.Name(element));
+        for (std::uint32_t i = 0; i < document.AttributeCount(element); ++i) {
+            text += " " + std::string(document.NameText(document.AttributeName(element, i))) + "=" +
+                    std::string(document.AttributeValue(element, i));
+        }
+        if (!document.Content(element).empty())
+            text += " [" + std::string(document.Content(element)) + "]";
+        text += " x" + std::to_string(document.SameTagCount(element)) + "\n";
+    }
+    return text;
+}
+
+} // namespace velmora::testing

@@ -1,0 +1,237 @@
+#include "xml/structure_analysis.h"
+
+#include "support/scripted_host.h"
+#include "xml/loaded_text.h"
+#include "xml/table_names.h"
+
+#include <functional>
+#include <gtest/gtest.h>
+
+namespace velmora {
+namespace {
+
+using testing::LoadBytes;
+
+/// One line per entry: path, name when the path does not end in it, level, children, twins, attributes, kind and size,
+/// table number, "shared". A table's line begins with "T".
+std::string ModelText(const StructureModel& model, const Document& document, const ConversionSettings& settings)
+{
+    std::string text;
+    for (std::size_t i = 1; i <= model.UpperBound(); ++i) {
+        const ElementInfo& info = model.Element(i);
+        const std::string path = document.PathText(info.strPath);
+        text += IsTableElement(info, settings) ? "T " : "- ";
+        text += path;
+        if (!path.ends_with("/" + info.strName))
+            text += " (" + info.strName + ")";
+        for (const std::int32_t number : {info.intLevel, info.lngMaxChildren, info.lngMaxTwins, info.lngAttributes})
+            text += " " + std::to_string(number);
+        std::string size = std::to_string(info.dblMaxSize);
+        size.erase(size.find_last_not_of('0') + 1);
+        if (size.back() == '.')
+            size.pop_back();
+        text += (info.lngDataType == kNumericContent ? " num " : " str ") + size;
+        text += " #" + std::to_string(info.lngTableNo) + (info.blSharedTable ? " shared\n" : "\n");
+    }
+    return text + "records " + std::to_string(model.lngRecordEstimate) + "\n";
+}
+
+struct Analysis {
+    Analysis() : job(host)
+    {
+        job.settings.blImportAttributes = true;
+        job.settings.strAttrPrefix = "attr_";
+    }
+
+    std::string Run(const char* xml)
+    {
+        Document document = LoadBytes(xml).document;
+        velAnalyseXML(job, document, model);
+        return ModelText(model, document, job.settings);
+    }
+
+    testing::ScriptedHost host;
+    Job job;
+    StructureModel model;
+};
+
+TEST(StructureAnalysis, DerivesTheModel)
+{
+    const auto plain = [](ConversionSettings&) {};
+    const auto withoutAttributes = [](ConversionSettings& s) { s.blImportAttributes = false; };
+    const auto skipWrapping = [](ConversionSettings& s) { s.blSkipEmptyWrappingTags = true; };
+    const auto skipWithoutAttributes = [](ConversionSettings& s) {
+        s.blSkipEmptyWrappingTags = true;
+        s.blImportAttributes = false;
+    };
+    const auto onePerElement = [](ConversionSettings& s) { s.blOneTablePerElement = true; };
+    struct Case {
+        const char* name;
+        const char* xml;
+        std::function<void(ConversionSettings&)> setUp;
+        const char* expected;
+    };
+    const Case cases[] = {
+        {"document element alone", "<a>7</a>", plain, "- //a 0 0 0 0 num 7 #0\nrecords 1\n"},
+        {"the same, wrapping tags skipped: its run holds a plain leaf", "<a>7</a>", skipWrapping,
+         "- //a 0 0 0 0 num 7 #0\nrecords 1\n"},
+        {"repeated leaf: a table with a column of its name", "<a><b>1</b><b>2</b></a>", plain,
+         "T //a 0 2 0 0 num 0 #11\nT //a/b 1 0 1 0 num 2 #12\n- //a/b/b 2 0 0 0 num 1 #0\nrecords 4\n"},
+        {"leaf first single and then repeated", "<a><r><b>x</b></r><r><b>abc</b><b>longer</b></r></a>", plain,
+         "T //a 0 2 0 0 num 0 #11\nT //a/r 1 2 0 0 num 0 #12\nT //a/r/b 2 0 1 0 str 1 #13\n- //a/r/b/b 3 0 0 0 str 3 "
+         "#0\n"
+         "records 6\n"},
+        {"repeated leaf with attributes has no inner entry", "<a><b i='1'>x</b><b/></a>", plain,
+         "T //a 0 2 0 0 num 0 #11\nT //a/b 1 0 1 1 str 1 #12\n- //a/b/attr_i 2 0 0 0 num 1 #0\nrecords 4\n"},
+        {"but gets one when a later occurrence has none and was not repeated before",
+         "<a><r><b i='1'>x</b></r><r><b/><b/></r></a>", plain,
+         "T //a 0 2 0 0 num 0 #11\nT //a/r 1 2 0 0 num 0 #12\nT //a/r/b 2 0 1 1 str 1 #13\n"
+         "- //a/r/b/attr_i 3 0 0 0 num 1 #0\n- //a/r/b/b 3 0 0 0 num 0 #0\nrecords 6\n"},
+        {"attributes make a table only when imported", "<a><b i='1'/></a>", withoutAttributes,
+         "T //a 0 1 0 0 num 0 #11\n- //a/b 1 0 0 1 num 0 #0\nrecords 3\n"},
+        {"attributes of the first occurrence only are counted", "<a><c><b/></c><c><b i='1'/></c></a>", plain,
+         "T //a 0 2 0 0 num 0 #11\nT //a/c 1 1 0 0 num 0 #12\n- //a/c/b 2 0 0 0 num 0 #0\n"
+         "- //a/c/b/attr_i 3 0 0 0 num 1 #0\nrecords 5\n"},
+        {"numbers then text: the larger of value and length", "<a><b>12</b><b>abc</b></a>", plain,
+         "T //a 0 2 0 0 num 0 #11\nT //a/b 1 0 1 0 str 12 #12\n- //a/b/b 2 0 0 0 num 12 #0\nrecords 4\n"},
+        {"text keeps its first length, empty content changes nothing", "<a><b>abc</b><b/><b>abcdef</b></a>", plain,
+         "T //a 0 3 0 0 num 0 #11\nT //a/b 1 0 2 0 str 3 #12\n- //a/b/b 2 0 0 0 str 3 #0\nrecords 5\n"},
+        {"negative numbers do not change the size", "<a><b>-1</b><b>-5</b></a>", plain,
+         "T //a 0 2 0 0 num 0 #11\nT //a/b 1 0 1 0 num -1 #12\n- //a/b/b 2 0 0 0 num -1 #0\nrecords 4\n"},
+        {"attribute that meets a child of its name", "<a><b attr_i='1'/><c i='22'><attr_i>xyz</attr_i></c></a>", plain,
+         "T //a 0 2 0 0 num 0 #11\nT //a/b 1 0 0 1 num 0 #12\n- //a/b/attr_attr_i 2 0 0 0 num 1 #0\n"
+         "T //a/c 1 1 0 1 num 0 #14\n- //a/c/attr_i 2 0 0 0 str 22 #0\nrecords 4\n"},
+        {"same-named tables are told apart", "<a><x><i><k/></i></x><y><i><k/></i></y><z/></a>", plain,
+         "T //a 0 3 0 0 num 0 #11\nT //a/x 1 1 0 0 num 0 #12\nT //a/x/i (i_L1) 2 1 0 0 num 0 #13\n"
+         "- //a/x/i/k 3 0 0 0 num 0 #0\nT //a/y 1 1 0 0 num 0 #15\nT //a/y/i (i_L2) 2 1 0 0 num 0 #16\n"
+         "- //a/y/i/k 3 0 0 0 num 0 #0\n- //a/z 1 0 0 0 num 0 #0\nrecords 6\n"},
+        {"or share one table", "<a><x><i><k/></i></x><y><i><k/></i></y><z/></a>", onePerElement,
+         "T //a 0 3 0 0 num 0 #11\nT //a/x 1 1 0 0 num 0 #12\nT //a/x/i 2 1 0 0 num 0 #13 shared\n"
+         "- //a/x/i/k 3 0 0 0 num 0 #0\nT //a/y 1 1 0 0 num 0 #15\nT //a/y/i 2 1 0 0 num 0 #13 shared\n"
+         "- //a/y/i/k 3 0 0 0 num 0 #0\n- //a/z 1 0 0 0 num 0 #0\nrecords 6\n"},
+        {"a column of the same name keeps it", "<a><x><i><k/></i></x><i x='1'/><i n='2'><k><i l='1'/></k></i></a>",
+         withoutAttributes,
+         "T //a 0 3 0 0 num 0 #11\nT //a/x 1 1 0 0 num 0 #12\nT //a/x/i (i_L1) 2 1 0 0 num 0 #13\n"
+         "- //a/x/i/k 3 0 0 0 num 0 #0\nT //a/i (i_L2) 1 1 1 1 num 0 #15\nT //a/i/k 2 1 0 0 num 0 #16\n"
+         "- //a/i/k/i 3 0 0 1 num 0 #0\nrecords 8\n"},
+        {"wrapping tags skipped: the last sibling's attributes count against the leaves",
+         "<a><w><b>1</b><c i='1'>2</c></w><w><b>1</b></w></a>", skipWrapping,
+         "T //a 0 2 0 0 num 0 #11\nT //a/w 1 2 0 0 num 0 #12\n- //a/w/b 2 0 0 0 num 1 #0\n"
+         "T //a/w/c 2 0 0 1 num 2 #14\n- //a/w/c/attr_i 3 0 0 0 num 1 #0\nrecords 2\n"},
+        {"without attributes only runs without a plain leaf are skipped",
+         "<a><w><b>1</b><c i='1'/></w><w><b i='1'/></w></a>", skipWithoutAttributes,
+         "T //a 0 2 0 0 num 0 #11\nT //a/w 1 2 0 0 num 0 #12\n- //a/w/b 2 0 0 0 num 1 #0\n- //a/w/c 2 0 0 1 num 0 #0\n"
+         "records 3\n"},
+    };
+    for (const Case& c : cases) {
+        SCOPED_TRACE(c.name);
+        Analysis analysis;
+        c.setUp(analysis.job.settings);
+        EXPECT_EQ(analysis.Run(c.xml), c.expected);
+        EXPECT_EQ(analysis.model.lngProgressMax, analysis.model.lngRecordEstimate - 1);
+    }
+}
+
+TEST(StructureAnalysis, ATableThatIsTheLastEntryHasNeitherNumberNorSuffix)
+{
+    Analysis analysis;
+    analysis.job.settings.blImportAttributes = false;
+    const char* const xml = "<a><i><k/></i><x><i n='1'/><i n='2'/></x></a>";
+    const std::string expected = "T //a 0 2 0 0 num 0 #11\nT //a/i 1 1 0 0 num 0 #12\n- //a/i/k 2 0 0 0 num 0 #0\n"
+                                 "T //a/x 1 2 0 0 num 0 #14\nT //a/x/i 2 0 1 1 num 0 #0\nrecords 6\n";
+    EXPECT_EQ(analysis.Run(xml), expected);
+    analysis.job.settings.blOneTablePerElement = true;
+    EXPECT_EQ(analysis.Run(xml), expected);
+}
+
+TEST(StructureAnalysis, NamesMadeByTheSuffixMayMeetNamesOfTheDocument)
+{
+    const auto names = [](std::initializer_list<const char*> tables) {
+        StructureModel model;
+        for (const char* table : tables) {
+            ElementInfo info;
+            info.strPath = static_cast<PathId>(model.UpperBound() + 1);
+            info.strName = table;
+            info.lngMaxChildren = 1;
+            model.Append(info);
+        }
+        ResolveTableNames(model, ConversionSettings());
+        std::string text;
+        for (std::size_t i = 1; i <= model.UpperBound(); ++i)
+            text += (i > 1 ? " " : "") + model.Element(i).strName;
+        return text;
+    };
+    EXPECT_EQ(names({"i", "i", "i", "i"}), "i_L1 i_L2 i_L3 i");
+    EXPECT_EQ(names({"i", "i_L2", "i", "end"}), "i_L1 i_L2_L1 i_L2_L2 end");
+    EXPECT_EQ(names({"i", "i", "i_L2", "i_L2", "end"}), "i_L1 i_L2_L1 i_L2_L2 i_L2_L3 end");
+    EXPECT_EQ(names({"i_L1", "i", "i", "end"}),
+              "i_L1 i_L1 i_L2 end"); // its turn is over before the other gets its name
+    EXPECT_EQ(names({"i"}), "i");
+}
+
+TEST(StructureAnalysis, WritesItsProtocolAndStopsWhenCancelled)
+{
+    Analysis analysis;
+    int events = 0;
+    analysis.host.onEvents = [&] { ++events; };
+    analysis.Run("<a><b><c/></b><b><c/></b></a>");
+    EXPECT_EQ(events, 4); // one per run of siblings
+    EXPECT_EQ(analysis.host.lines, std::vector<std::string>{"Analyse XML"});
+    EXPECT_EQ(analysis.host.maximum[ProgressBarId::Records], 4);
+
+    EXPECT_EQ(analysis.Run(""), "records 0\n");
+    EXPECT_EQ(analysis.host.maximum[ProgressBarId::Records], 1);
+
+    analysis.host.onEvents = [&] { analysis.job.settings.blAbort = true; };
+    EXPECT_EQ(analysis.Run("<a><b/></a>"), "records 1\n"); // before the document element was registered
+}
+
+TEST(LoadXml, ReportsWhatItCouldNotRead)
+{
+    struct Case {
+        const char* name;
+        const char* xml;
+        std::vector<std::string> lines;
+        bool readable;
+    };
+    const Case cases[] = {
+        {"a good file", "<a/>", {"Open XML"}, true},
+        {"a bad one, which is no error of the run",
+         "<a>\n</b>",
+         {"Open XML", "Not loaded: PATH: line 2, column 3: mismatched tag: this end tag does not close <a>"},
+         false},
+        {"skipped entities",
+         "<!DOCTYPE a SYSTEM 'x'><a>&one;&two;</a>",
+         {"Open XML", "Entities without a text of their own, left out: 2, the first is &one;"},
+         true},
+    };
+    for (const Case& c : cases) {
+        SCOPED_TRACE(c.name);
+        const testing::TempFolder folder;
+        const std::string path = (folder / "document.xml").string();
+        testing::WriteFile(path, c.xml);
+        testing::ScriptedHost host;
+        Job job(host);
+        EXPECT_EQ(velLoadXML(job, path).readable, c.readable);
+        for (std::string& line : host.lines) {
+            if (const std::size_t at = line.find(path); at != std::string::npos)
+                line.replace(at, path.size(), "PATH");
+        }
+        EXPECT_EQ(host.lines, c.lines);
+        EXPECT_FALSE(job.settings.blAbort);
+    }
+    const testing::TempFolder folder;
+    for (const auto& [path, message] : {std::pair<std::string, std::string>{"", "Source XML file not specified"},
+                                        {(folder / "none.xml").string(), "Source XML file not found"}}) {
+        testing::ScriptedHost host;
+        Job job(host);
+        job.settings.blQuiet = true;
+        EXPECT_TRUE(velLoadXML(job, path).document.IsEmpty());
+        EXPECT_TRUE(job.settings.blAbort);
+        ASSERT_EQ(host.errors.size(), 1u);
+        EXPECT_EQ(host.errors[0].second, message);
+    }
+}
+
+} // namespace
+} // namespace velmora
