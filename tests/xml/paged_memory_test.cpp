@@ -10,7 +10,7 @@ namespace {
 
 TEST(PagedMemory, GoesToAFileWhenTheSharedBudgetIsSpent)
 {
-    MemoryBudget budget{1'000'000, 0};
+    MemoryBudget budget{2'000'000, 0};
     {
         PagedArray<std::uint32_t> first(budget), second(budget);
         for (std::uint32_t i = 0; i < 1'000'000; ++i) {
