@@ -4,6 +4,7 @@
 #include "jet/store/bitmap.h"
 
 #include <algorithm>
+#include <bit>
 #include <cassert>
 #include <cstring>
 #include <string>
@@ -116,12 +117,24 @@ void IndexPage::ReadEnds(std::vector<std::uint16_t>& ends) const
     const ByteSpan mask = page_.subspan(layout_->mask, layout_->maskSize);
     const std::size_t smallest = IsLeaf() ? kRowPointerSize : kRowPointerSize + kChildSize;
     std::size_t begin = 0;
-    for (auto end = NextSetBit(mask, 0); end && *end <= used_; end = NextSetBit(mask, *end + 1)) {
-        const std::size_t prefix = ends.empty() ? 0 : prefixLength_;
-        if (*end - begin + prefix <= smallest || (ends.empty() && *end < prefixLength_))
-            throw CorruptPage(number_, "index entry " + std::to_string(ends.size()) + " is too short");
-        ends.push_back(static_cast<std::uint16_t>(*end));
-        begin = *end;
+    // Eight bytes of the mask at a time: a page of some hundred entries is read on every insert that is no append.
+    for (std::size_t at = 0; at < mask.size() && at * 8 <= used_; at += 8) {
+        std::uint64_t word = 0;
+        if (at + 8 <= mask.size())
+            word = LoadU64(mask, at);
+        else
+            for (std::size_t i = at; i < mask.size(); ++i)
+                word |= static_cast<std::uint64_t>(mask[i]) << 8 * (i - at);
+        for (; word != 0; word &= word - 1) {
+            const std::size_t end = at * 8 + static_cast<std::size_t>(std::countr_zero(word));
+            if (end > used_)
+                break;
+            const std::size_t prefix = ends.empty() ? 0 : prefixLength_;
+            if (end - begin + prefix <= smallest || (ends.empty() && end < prefixLength_))
+                throw CorruptPage(number_, "index entry " + std::to_string(ends.size()) + " is too short");
+            ends.push_back(static_cast<std::uint16_t>(end));
+            begin = end;
+        }
     }
     if (begin != used_)
         throw CorruptPage(number_, "the index page's entries end at byte " + std::to_string(begin) + ", not at " +

@@ -162,6 +162,15 @@ IndexTree::Cursor IndexTree::Seek(ByteSpan key) const
 
 bool IndexTree::Contains(ByteSpan key) const
 {
+    // Counters only grow and records refer to the parent just made: most questions are answered by the very last entry.
+    if (lastLeaf_ != 0) {
+        LastOf(lastLeaf_, last_);
+        const ByteSpan lastKey = ByteSpan(last_).first(last_.empty() ? 0 : last_.size() - kRowPointerSize);
+        if (Less(lastKey, key))
+            return false;
+        if (std::ranges::equal(lastKey, key))
+            return true;
+    }
     PageRef ref = Descend(key, nullptr);
     std::size_t at = 0;
     for (;;) {

@@ -100,7 +100,7 @@ private:
 
     // Buffers that are kept from insert to insert.
     Bytes entry_;
-    Bytes last_;
+    mutable Bytes last_;
     mutable std::vector<std::uint16_t> ends_;
 };
 
