@@ -16,7 +16,7 @@ setup:
 build: setup
 	@cmake --preset release --log-level=WARNING
 	@cmake --build --preset release --parallel $(JOBS) --target velmora
-	@cp build/release/src/console/velmora $(PROGRAM)
+	@cp build/release/velmora $(PROGRAM)
 
 # Converts the example orders and shows the tables that came out.
 run: build
@@ -42,7 +42,7 @@ bench: build
 check-large: build
 	@cmake --preset sanitize --log-level=WARNING
 	@cmake --build --preset sanitize --parallel $(JOBS) --target velmora
-	@python3 bench/check_large.py --program $(PROGRAM) --sanitized build/sanitize/src/console/velmora --data build/large
+	@python3 bench/check_large.py --program $(PROGRAM) --sanitized build/sanitize/velmora --data build/large
 
 clean:
 	@rm -rf build
