@@ -1,0 +1,91 @@
+// Loads arbitrary bytes as an XML file, with little memory so that the mapped file is used as well, walks the document
+// once through its whole interface, and analyses it.
+#include "settings/job.h"
+#include "xml/document_loader.h"
+#include "xml/structure_analysis.h"
+
+#include <cstdint>
+#include <cstdio>
+#include <cstdlib>
+#include <string>
+
+#include <unistd.h>
+
+namespace {
+
+class SilentHost : public velmora::Host {
+public:
+    void ShowMessage(std::string_view, velmora::Icon) override {}
+    velmora::Answer Ask(std::string_view, std::string_view, velmora::Buttons, velmora::Icon, velmora::Answer) override
+    {
+        return velmora::Answer::Cancel;
+    }
+    std::optional<std::string> InputBox(std::string_view, std::string_view) override { return std::nullopt; }
+    void ProcessEvents() override {}
+    void SetProgressRange(velmora::ProgressBarId, std::int64_t) override {}
+    void SetProgress(velmora::ProgressBarId, std::int64_t) override {}
+    void ProtocolLineAdded(std::string_view) override {}
+    void ErrorReported(int, std::string_view) override {}
+    void ControlsChanged() override {}
+};
+
+/// The one file that all inputs are written to.
+const std::string& InputPath()
+{
+    static const std::string path = "/dev/shm/velmora-fuzz-" + std::to_string(getpid()) + ".xml";
+    static const int removal = std::atexit([] { std::remove(InputPath().c_str()); });
+    static_cast<void>(removal);
+    return path;
+}
+
+void Check(bool holds)
+{
+    if (!holds)
+        std::abort();
+}
+
+void CheckDocument(const velmora::Document& document)
+{
+    std::size_t children = 0;
+    for (velmora::ElementId element = 0; element < document.ElementCount(); ++element) {
+        std::uint32_t counted = 0;
+        for (velmora::ElementId child = document.FirstChild(element); child != velmora::kNoElement;
+             child = document.NextSibling(child)) {
+            Check(document.Parent(child) == element);
+            ++counted;
+        }
+        Check(counted == document.ChildCount(element));
+        children += counted;
+        Check(document.SameTagCount(element) >= 1);
+        Check(document.Content(element).find('\0') == std::string_view::npos);
+        for (std::uint32_t i = 0; i < document.AttributeCount(element); ++i)
+            Check(!document.NameText(document.AttributeName(element, i)).empty() &&
+                  document.AttributeValue(element, i).find('\0') == std::string_view::npos);
+        Check(document.PathText(document.Path(element), 40).size() <= 40);
+    }
+    Check(document.IsEmpty() || children + 1 == document.ElementCount());
+}
+
+} // namespace
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size)
+{
+    std::FILE* const file = std::fopen(InputPath().c_str(), "wb");
+    Check(file != nullptr);
+    std::fwrite(data, 1, size, file);
+    std::fclose(file);
+
+    constexpr std::size_t kMemoryBudgetBytes = 128 * 1024; // two of the four arrays go to a file
+    velmora::LoadResult loaded = velmora::LoadDocument(
+        InputPath(), [] { return true; }, kMemoryBudgetBytes);
+    Check(loaded.document.IsEmpty() == !loaded.problem.empty());
+    CheckDocument(loaded.document);
+
+    SilentHost host;
+    velmora::Job job(host);
+    job.settings.blImportAttributes = true;
+    velmora::StructureModel model;
+    velmora::velAnalyseXML(job, loaded.document, model);
+    Check(model.UpperBound() + 1 >= loaded.document.Paths().Size() || loaded.document.IsEmpty());
+    return 0;
+}
