@@ -49,9 +49,9 @@ void RemoveLeftover(const std::filesystem::path& path)
 class Connection::Impl {
 public:
     /// `unfinished`: where a new file stands until its first commit moves it to `path`.
-    Impl(std::unique_ptr<Pager> pager, std::filesystem::path path, std::filesystem::path unfinished)
-        : pager_(std::move(pager)), path_(std::move(path)), unfinished_(std::move(unfinished)), catalog_(*pager_),
-          integrity_(catalog_), executor_(catalog_, integrity_)
+    Impl(std::unique_ptr<Pager> pager, std::filesystem::path path, std::filesystem::path unfinished, Existing existing)
+        : pager_(std::move(pager)), path_(std::move(path)), unfinished_(std::move(unfinished)), existing_(existing),
+          catalog_(*pager_), integrity_(catalog_), executor_(catalog_, integrity_)
     {
     }
 
@@ -65,7 +65,7 @@ public:
         catalog_.FlushCounters();
         pager_->Commit();
         if (!unfinished_.Path().empty())
-            unfinished_.MoveTo(path_);
+            unfinished_.MoveTo(path_, existing_);
     }
 
 private:
@@ -83,9 +83,9 @@ private:
         UnfinishedFile& operator=(const UnfinishedFile&) = delete;
 
         [[nodiscard]] const std::filesystem::path& Path() const noexcept { return path_; }
-        void MoveTo(const std::filesystem::path& target)
+        void MoveTo(const std::filesystem::path& target, Existing existing)
         {
-            if (std::filesystem::exists(target))
+            if (existing == Existing::Refuse && std::filesystem::exists(target))
                 throw Error(ErrorNumber::DatabaseExists, {}, "(" + target.string() + ")");
             std::error_code failure;
             std::filesystem::rename(path_, target, failure);
@@ -101,6 +101,7 @@ private:
     std::unique_ptr<Pager> pager_;
     std::filesystem::path path_;
     UnfinishedFile unfinished_;
+    Existing existing_;
     Catalog catalog_;
     ReferentialIntegrity integrity_;
     sql::Executor executor_;
@@ -109,9 +110,22 @@ private:
 Connection::Connection(std::unique_ptr<Impl> impl) : impl_(std::move(impl)) {}
 Connection::~Connection() = default;
 
-std::unique_ptr<Connection> Connection::Create(const std::filesystem::path& path, JetVersion version)
+bool Connection::CanReplace(const std::filesystem::path& path)
 {
-    if (std::filesystem::exists(path))
+    std::error_code error;
+    if (!std::filesystem::is_regular_file(path, error))
+        return false;
+    try {
+        static_cast<void>(OpenFile(path, OpenMode::ReadWrite));
+        return true;
+    } catch (const Error&) {
+        return false;
+    }
+}
+
+std::unique_ptr<Connection> Connection::Create(const std::filesystem::path& path, JetVersion version, Existing existing)
+{
+    if (existing == Existing::Refuse && std::filesystem::exists(path))
         throw Error(ErrorNumber::DatabaseExists, {}, "(" + path.string() + ")");
     std::filesystem::path unfinished = path;
     unfinished += kNewFileSuffix;
@@ -122,7 +136,7 @@ std::unique_ptr<Connection> Connection::Create(const std::filesystem::path& path
         Pager::Create(OpenFile(unfinished, OpenMode::CreateNew), {version, now.days, kOwnBuild});
     BuildEmptyDatabase(*pager, now);
     return std::unique_ptr<Connection>(
-        new Connection(std::make_unique<Impl>(std::move(pager), path, std::move(unfinished))));
+        new Connection(std::make_unique<Impl>(std::move(pager), path, std::move(unfinished), existing)));
 }
 
 std::unique_ptr<Connection> Connection::Open(const std::filesystem::path& path)
@@ -130,7 +144,7 @@ std::unique_ptr<Connection> Connection::Open(const std::filesystem::path& path)
     std::unique_ptr<Pager> pager = Pager::Open(OpenFile(path, OpenMode::ReadWrite));
     RequireOwnFile(pager->Header(), path);
     return std::unique_ptr<Connection>(
-        new Connection(std::make_unique<Impl>(std::move(pager), path, std::filesystem::path())));
+        new Connection(std::make_unique<Impl>(std::move(pager), path, std::filesystem::path(), Existing::Refuse)));
 }
 
 void Connection::Execute(std::string_view sql)

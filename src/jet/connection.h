@@ -11,13 +11,20 @@
 
 namespace jet {
 
+/// What to do with a file that stands where a new database is to be.
+enum class Existing { Refuse, Replace };
+
 /// One open database. Everything done since the last Commit() is one unit: after a crash the file is as at that commit.
 /// Destroying the connection without Commit() drops what came after the last one. One thread.
 class Connection {
 public:
     /// Makes an empty database. It is written under another name beside `path` and takes its place at the first
     /// Commit(), so that a kill leaves no half-written one. Throws DatabaseExists when `path` exists, InvalidPath.
-    [[nodiscard]] static std::unique_ptr<Connection> Create(const std::filesystem::path& path, JetVersion version);
+    /// With Existing::Replace the file that stands there stays until that commit and is then replaced in one step.
+    [[nodiscard]] static std::unique_ptr<Connection> Create(const std::filesystem::path& path, JetVersion version,
+                                                            Existing existing = Existing::Refuse);
+    /// Can an ordinary file at `path` be replaced: is it one, and has nobody else locked it?
+    [[nodiscard]] static bool CanReplace(const std::filesystem::path& path);
     /// Throws FileNotFound, NotADatabase, UnrecognizedFormat, NotAValidPassword, ReadOnly, FileInUse.
     [[nodiscard]] static std::unique_ptr<Connection> Open(const std::filesystem::path& path);
     ~Connection();

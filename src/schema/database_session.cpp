@@ -20,10 +20,10 @@ decltype(auto) Translated(Operation&& operation)
     }
 }
 
-/// Makes room for a new database: what stands at `target` is put aside.
-void RemoveOld(Job& job, DatabaseSession& session, const fs::path& target)
+/// A new database will take the place of what stands at `target`.
+void RemoveOld(Job& job, const fs::path& target)
 {
-    if (session.PutAside(target)) {
+    if (jet::Connection::CanReplace(target)) {
         job.log.ProtocolAppend("MDB file deleted");
         return;
     }
@@ -31,8 +31,8 @@ void RemoveOld(Job& job, DatabaseSession& session, const fs::path& target)
     throw RuntimeError(
         runtime_errors::kPermissionDenied,
         "The database \"" + job.controls.txtFILE_MDB.text +
-            "\" could not be deleted: it is no ordinary file, or its folder cannot be written; it was left as it "
-            "is (-recreate_database keeps it and adds to it)");
+            "\" could not be deleted: it is no ordinary file, is in use or must not be written; it was left as "
+            "it is (-recreate_database keeps it and adds to it)");
 }
 
 void CreateNew(Job& job, DatabaseSession& session, const fs::path& target, Step& step)
@@ -40,14 +40,15 @@ void CreateNew(Job& job, DatabaseSession& session, const fs::path& target, Step&
     step("Create MDB File");
     job.log.ProtocolAppend("Create database");
     const bool access97 = job.controls.cboDatabase.Text() == "Access 97";
-    session.Create(target, access97 ? jet::JetVersion::Jet3 : jet::JetVersion::Jet4);
+    session.Create(target, access97 ? jet::JetVersion::Jet3 : jet::JetVersion::Jet4,
+                   job.settings.blRecreateDatabase ? jet::Existing::Replace : jet::Existing::Refuse);
 }
 
 } // namespace
 
-void DatabaseSession::Create(const fs::path& path, jet::JetVersion version)
+void DatabaseSession::Create(const fs::path& path, jet::JetVersion version, jet::Existing existing)
 {
-    connection_ = Translated([&] { return jet::Connection::Create(path, version); });
+    connection_ = Translated([&] { return jet::Connection::Create(path, version, existing); });
 }
 
 void DatabaseSession::Open(const fs::path& path)
@@ -78,7 +79,6 @@ void DatabaseSession::Reopen(Recordset& recordset)
 void DatabaseSession::Commit()
 {
     Translated([&] { connection_->Commit(); });
-    replaced_.Discard();
 }
 
 std::size_t DatabaseSession::ObjectsLeft()
@@ -102,10 +102,10 @@ void velOpenDatabase(Job& job, DatabaseSession& session)
             throw RuntimeError(runtime_errors::kBadFileName, "Target MDB file not specified");
         }
         const fs::path target = PathFromUtf8(NativePath(job.controls.txtFILE_MDB.text));
-        ReplacedFile::Recover(target);
-        if (job.settings.blRecreateDatabase && fs::exists(target))
-            RemoveOld(job, session, target);
-        if (!fs::exists(target)) {
+        const bool exists = fs::exists(target);
+        if (job.settings.blRecreateDatabase && exists)
+            RemoveOld(job, target);
+        if (job.settings.blRecreateDatabase || !exists) {
             CreateNew(job, session, target, step);
             return; // a new database is open already
         }

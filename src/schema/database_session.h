@@ -3,7 +3,6 @@
 #include "jet/connection.h"
 #include "schema/recordset.h"
 #include "schema/table_report.h"
-#include "schema/target_file.h"
 #include "settings/job.h"
 
 #include <deque>
@@ -20,12 +19,10 @@ namespace velmora {
 /// come out as RuntimeError.
 class DatabaseSession {
 public:
-    /// Makes an empty database at `path`, where nothing may stand. It appears there with the first Commit().
-    void Create(const std::filesystem::path& path, jet::JetVersion version);
+    /// Makes an empty database at `path`. It appears there with the first Commit(): until then an old one stays, so
+    /// that there is a whole database at every moment.
+    void Create(const std::filesystem::path& path, jet::JetVersion version, jet::Existing existing);
     void Open(const std::filesystem::path& path);
-    /// Puts the database at `path` aside for one that Create() makes; it is gone with the first Commit(), and comes
-    /// back when there is none. False when the file cannot be removed.
-    [[nodiscard]] bool PutAside(const std::filesystem::path& path) { return replaced_.PutAside(path); }
     [[nodiscard]] bool IsOpen() const noexcept { return connection_ != nullptr; }
     /// Drops what came after the last Commit(). Every recordset must be closed before.
     void Close() noexcept { connection_.reset(); }
@@ -47,7 +44,6 @@ public:
 
 private:
     std::unique_ptr<jet::Connection> connection_;
-    ReplacedFile replaced_;
     std::deque<TableReport> reports_;
     std::unordered_map<std::string, TableReport*> reportByTable_;
 };
