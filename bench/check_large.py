@@ -56,7 +56,8 @@ def many_children(options, verdict):
     count = 5_000_000
     xml, mdb = (os.path.join(options.data, f"children.{ending}") for ending in ("xml", "mdb"))
     with open(xml, "w", encoding="ascii") as file:
-        file.write("<list>\n")
+        # A list is imported where its parent has a column of its own besides.
+        file.write("<list><title>all</title>\n")
         for begin in range(0, count, 10_000):
             file.write("".join(f"<entry>{number}</entry>\n" for number in range(begin, begin + 10_000)))
         file.write("</list>\n")
