@@ -59,7 +59,7 @@ std::string Document::PathText(PathId path, std::size_t limit) const
         const std::string_view name = stepText(last - 1);
         if (tail.size() + name.size() + 1 > half)
             break;
-        tail.insert(0, name).insert(0, "/");
+        tail.insert(0, name).insert(std::size_t{0}, 1, '/');
     }
     std::size_t keep = limit - std::min(limit, kCut.size() + tail.size());
     while (keep > 0 && (static_cast<unsigned char>(head[keep]) & 0xC0) == 0x80)

@@ -8,7 +8,8 @@ constexpr std::size_t kMaxTagShown = 100;
 
 std::string Reason(XML_Error error, std::string_view openTag)
 {
-    const std::string tag = "<" + std::string(openTag.substr(0, kMaxTagShown)) + ">";
+    std::string tag = "<";
+    tag.append(openTag.substr(0, kMaxTagShown)).append(">");
     switch (error) {
     case XML_ERROR_SYNTAX:
         return "syntax error, this is not XML";

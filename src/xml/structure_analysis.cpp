@@ -250,6 +250,7 @@ void velAnalyseXML(Job& job, Document& document, StructureModel& model)
     Procedure(job.log, "velAnalyseXML", {}, [&](Step& step) {
         job.log.ProtocolAppend("Analyse XML");
         model = StructureModel();
+        model.Reserve(document.Paths().Size());
         if (!document.IsEmpty()) {
             step("Analyse structure");
             StructureAnalyser(job, document, model).WalkDocument();

@@ -14,6 +14,12 @@ std::size_t StructureModel::Append(ElementInfo info)
     return number;
 }
 
+void StructureModel::Reserve(std::size_t count)
+{
+    elements_.reserve(count + 1);
+    byPath_.reserve(count + 1);
+}
+
 bool IsTableElement(const ElementInfo& info, const ConversionSettings& settings) noexcept
 {
     return info.lngMaxChildren >= 1 || info.lngMaxTwins >= 1 ||

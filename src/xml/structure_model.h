@@ -41,6 +41,8 @@ public:
     /// Number of the entry for `path`, 0 when there is none. O(1).
     [[nodiscard]] std::size_t Find(PathId path) const noexcept { return path < byPath_.size() ? byPath_[path] : 0; }
     std::size_t Append(ElementInfo info);
+    /// Makes room for so many entries and paths.
+    void Reserve(std::size_t count);
 
     std::int32_t lngRecordEstimate = 0; ///< approximate number of records that the import will write
     std::int32_t lngProgressMax = 0;

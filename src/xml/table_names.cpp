@@ -1,8 +1,9 @@
 #include "xml/table_names.h"
 
-#include <set>
+#include <algorithm>
 #include <string>
 #include <unordered_map>
+#include <vector>
 
 namespace velmora {
 
@@ -34,10 +35,11 @@ void ShareTables(StructureModel& model, const ConversionSettings& settings)
 /// well: what then meets is told apart by a second suffix, when the turn of the first of them comes.
 void NumberTables(StructureModel& model, const ConversionSettings& settings)
 {
-    std::unordered_map<std::string, std::set<std::size_t>> entriesOfName;
+    std::unordered_map<std::string, std::vector<std::size_t>> entriesOfName; // in ascending order
+    entriesOfName.reserve(model.UpperBound());
     for (std::size_t i = 1; i < model.UpperBound(); ++i) {
         if (IsTableElement(model.Element(i), settings))
-            entriesOfName[model.Element(i).strName].insert(i);
+            entriesOfName[model.Element(i).strName].push_back(i);
     }
     for (std::size_t i = 1; i < model.UpperBound(); ++i) {
         ElementInfo& entry = model.Element(i);
@@ -50,11 +52,14 @@ void NumberTables(StructureModel& model, const ConversionSettings& settings)
             continue;
         const std::string& name = sameName.key();
         int counter = 1;
-        for (auto j = sameName.mapped().upper_bound(i); j != sameName.mapped().end(); ++j) {
-            ElementInfo& other = model.Element(*j);
+        for (const std::size_t j : sameName.mapped()) {
+            if (j <= i)
+                continue;
+            ElementInfo& other = model.Element(j);
             entry.strName = name + "_L1";
             other.strName = name + "_L" + std::to_string(++counter);
-            entriesOfName[other.strName].insert(*j);
+            std::vector<std::size_t>& renamed = entriesOfName[other.strName];
+            renamed.insert(std::lower_bound(renamed.begin(), renamed.end(), j), j);
         }
     }
 }

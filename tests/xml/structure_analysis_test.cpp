@@ -2,6 +2,7 @@
 
 #include "support/scripted_host.h"
 #include "xml/loaded_text.h"
+#include "xml/structure_report.h"
 #include "xml/table_names.h"
 
 #include <functional>
@@ -184,6 +185,24 @@ TEST(StructureAnalysis, WritesItsProtocolAndStopsWhenCancelled)
 
     analysis.host.onEvents = [&] { analysis.job.settings.blAbort = true; };
     EXPECT_EQ(analysis.Run("<a><b/></a>"), "records 1\n"); // before the document element was registered
+}
+
+TEST(StructureReport, ShowsOneLinePerElementBelowItsHeading)
+{
+    testing::ScriptedHost host;
+    Job job(host);
+    StructureModel model;
+    Document document = LoadBytes("<list><entry id='1'>1.5</entry><entry>abc</entry></list>").document;
+    velAnalyseXML(job, document, model);
+    EXPECT_EQ(StructureReport(model, document),
+              "        Level\r\n"
+              "        |    Children\r\n"
+              "        |    |      Siblings\r\n"
+              "        |    |      |    Attributes\r\n"
+              "        |    |      |    |    Type             Name  XPath\r\n"
+              "----------------------------------------------------------\r\n"
+              "11      0    2      0    0    Num(0)           list  //list\r\n"
+              "0       1    0      1    1    Str(3)           entry //list/entry\r\n");
 }
 
 TEST(LoadXml, ReportsWhatItCouldNotRead)
