@@ -1,0 +1,153 @@
+#include "jet/face/database.h"
+
+namespace jet {
+namespace {
+
+using testing::Database;
+using testing::kVersions;
+
+template <typename Action>
+std::optional<ErrorNumber> ErrorOf(const Action& action)
+{
+    try {
+        action();
+    } catch (const Error& error) {
+        return error.Number();
+    }
+    return std::nullopt;
+}
+
+/// A table whose records carry an `id`, which is its key, and a `ref` to the id of the table `to`.
+void MakeTable(Database& database, const std::string& name, const std::string& to, const std::string& rules)
+{
+    if (!database.Schema(SchemaKind::Tables, {"", "", name}, {"TABLE_NAME"}).size()) {
+        database.Execute("CREATE TABLE [" + name + "] (id Long, ref Long, aim Long)");
+        database.Execute("CREATE UNIQUE INDEX [" + name + "_id] ON [" + name + "] (id) WITH PRIMARY");
+    }
+    if (!to.empty())
+        database.Execute("ALTER TABLE [" + name + "] ADD CONSTRAINT [" + name +
+                         "_LINK] FOREIGN KEY (ref) REFERENCES [" + to + "] (id) " + rules);
+}
+
+constexpr const char* kBoth = "ON UPDATE CASCADE ON DELETE CASCADE";
+
+TEST(Integrity, ARowNeedsTheRowItRefersTo)
+{
+    for (const JetVersion version : kVersions) {
+        Database database(version);
+        MakeTable(database, "a", "", "");
+        MakeTable(database, "b", "a", kBoth);
+        database.Add("a", {{"id", "1"}});
+        EXPECT_EQ(ErrorOf([&] { database.Add("b", {{"id", "1"}, {"ref", "1"}}); }), std::nullopt);
+        EXPECT_EQ(ErrorOf([&] { database.Add("b", {{"id", "2"}, {"ref", "2"}}); }), ErrorNumber::RelatedRecordRequired);
+        EXPECT_EQ(ErrorOf([&] { database.Add("b", {{"id", "3"}}); }), std::nullopt);
+        // A key that was found once is looked up again after its row has gone.
+        EXPECT_EQ(ErrorOf([&] { database.Add("b", {{"id", "4"}, {"ref", "1"}}); }), std::nullopt);
+        database.Execute("DELETE * FROM a");
+        EXPECT_EQ(ErrorOf([&] { database.Add("b", {{"id", "5"}, {"ref", "1"}}); }), ErrorNumber::RelatedRecordRequired);
+        EXPECT_EQ(database.Rows("b"), "3||\n");
+        EXPECT_TRUE(database.AllSound());
+    }
+}
+
+TEST(Integrity, AKeyGivenToAPendingRecordCountsAsPresent)
+{
+    Database database(JetVersion::Jet4);
+    MakeTable(database, "a", "", "");
+    MakeTable(database, "b", "a", kBoth);
+    Recordset parent = database.Open("a");
+    parent.AddNew();
+    EXPECT_EQ(ErrorOf([&] { database.Add("b", {{"id", "1"}, {"ref", "7"}}); }), ErrorNumber::RelatedRecordRequired);
+    parent.SetLong(0, 7);
+    EXPECT_EQ(ErrorOf([&] { database.Add("b", {{"id", "1"}, {"ref", "7"}}); }), std::nullopt);
+    // A column added meanwhile moves the pending record's fields, not its key.
+    database.Execute("ALTER TABLE a ADD COLUMN more Longtext");
+    database.Execute("ALTER TABLE a DROP COLUMN ref");
+    EXPECT_EQ(ErrorOf([&] { database.Add("b", {{"id", "2"}, {"ref", "7"}}); }), std::nullopt);
+    parent.CancelUpdate();
+    EXPECT_EQ(ErrorOf([&] { database.Add("b", {{"id", "3"}, {"ref", "7"}}); }), ErrorNumber::RelatedRecordRequired);
+}
+
+TEST(Integrity, ADeleteCascadesThroughAnyDepthAndRoundCycles)
+{
+    for (const JetVersion version : kVersions) {
+        Database database(version);
+        // a <- b <- c <- a, and a chain within one table.
+        MakeTable(database, "a", "", "");
+        MakeTable(database, "b", "a", kBoth);
+        MakeTable(database, "c", "b", kBoth);
+        MakeTable(database, "a", "c", kBoth);
+        MakeTable(database, "chain", "chain", kBoth);
+        database.Add("a", {{"id", "1"}});
+        database.Add("b", {{"id", "2"}, {"ref", "1"}});
+        database.Add("c", {{"id", "3"}, {"ref", "2"}});
+        database.Add("a", {{"id", "4"}, {"ref", "3"}});
+        database.Add("b", {{"id", "5"}, {"ref", "4"}});
+        database.Add("b", {{"id", "6"}});
+
+        Recordset chain = database.Open("chain");
+        constexpr int kLength = 1'500;
+        for (int i = 0; i < kLength; ++i) {
+            chain.AddNew();
+            chain.SetLong(0, i);
+            chain.SetLong(1, i == 0 ? 0 : i - 1); // the first refers to itself
+            chain.Update();
+        }
+        Recordset first = database.Open("a");
+        first.Delete();
+        EXPECT_EQ(database.Rows("a"), "");
+        EXPECT_EQ(database.Rows("b"), "6||\n");
+        EXPECT_EQ(database.Rows("c"), "");
+        chain.MoveFirst();
+        chain.Delete();
+        EXPECT_EQ(database.Count("chain"), 0u);
+        EXPECT_TRUE(database.AllSound());
+    }
+}
+
+TEST(Integrity, AnUpdateCascadesOrIsRefused)
+{
+    Database database(JetVersion::Jet4);
+    MakeTable(database, "a", "a", "ON UPDATE CASCADE");
+    MakeTable(database, "b", "a", kBoth);
+    MakeTable(database, "strict", "b", "");
+    database.Add("a", {{"id", "1"}, {"ref", "1"}, {"aim", "11"}});
+    database.Add("a", {{"id", "2"}, {"ref", "1"}, {"aim", "12"}});
+    database.Add("b", {{"id", "1"}, {"ref", "1"}, {"aim", "2"}});
+    database.Add("strict", {{"id", "1"}, {"ref", "1"}, {"aim", "1"}});
+
+    database.Execute("UPDATE a SET id = aim");
+    EXPECT_EQ(database.Rows("a"), "11|11|11\n12|11|12\n");
+    EXPECT_EQ(database.Rows("b"), "1|11|2\n");
+    EXPECT_EQ(database.Try("UPDATE b SET id = aim"), ErrorNumber::RelatedRecords);
+    EXPECT_EQ(database.Try("UPDATE b SET ref = aim"), ErrorNumber::RelatedRecordRequired);
+    EXPECT_EQ(database.Rows("b"), "1|11|2\n");
+    EXPECT_EQ(database.Rows("strict"), "1|1|1\n");
+    EXPECT_TRUE(database.AllSound());
+}
+
+TEST(Integrity, ARefusedStatementLeavesEveryRow)
+{
+    Database database(JetVersion::Jet3);
+    MakeTable(database, "a", "", "");
+    MakeTable(database, "b", "a", kBoth);
+    MakeTable(database, "c", "b", "");
+    database.Add("a", {{"id", "1"}, {"aim", "5"}});
+    database.Add("a", {{"id", "2"}, {"aim", "5"}});
+    database.Add("b", {{"id", "1"}, {"ref", "1"}});
+    database.Add("b", {{"id", "2"}, {"ref", "2"}});
+    database.Add("c", {{"id", "1"}, {"ref", "2"}});
+    const std::string before = database.Rows("a") + database.Rows("b") + database.Rows("c");
+
+    EXPECT_EQ(database.Try("DELETE * FROM a"), ErrorNumber::RelatedRecords) << "the second row may not go";
+    EXPECT_EQ(database.Try("UPDATE a SET id = aim"), ErrorNumber::DuplicateKey)
+        << "the second row gets the first's key";
+    EXPECT_EQ(database.Rows("a") + database.Rows("b") + database.Rows("c"), before);
+    database.Execute("DELETE * FROM c");
+    database.Execute("DELETE * FROM a");
+    EXPECT_EQ(database.Rows("b"), "");
+    EXPECT_TRUE(database.AllSound());
+}
+
+} // namespace
+} // namespace jet
