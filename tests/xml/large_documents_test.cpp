@@ -53,8 +53,7 @@ TEST(LargeDocuments, DistinctPathsAreNotSearchedForOneByOne)
     constexpr int kPaths = 20'000; // a search from the first would take 400 million steps for each of the two rounds
     std::string round;
     for (int i = 0; i < kPaths; ++i) {
-        const std::string tag = "t" + std::to_string(i);
-        round += "<" + tag + " a='1'/>";
+        round.append("<t").append(std::to_string(i)).append(" a='1'/>");
     }
     LoadResult loaded = LoadBytes("<a><b>" + round + "</b><b>" + round + "</b></a>");
     EXPECT_EQ(loaded.document.Paths().Size(), kPaths + 3u);

@@ -27,12 +27,12 @@ inline std::string DocumentText(const Document& document)
             text += ' ';
         text += document.NameText(document.Name(element));
         for (std::uint32_t i = 0; i < document.AttributeCount(element); ++i) {
-            text += " " + std::string(document.NameText(document.AttributeName(element, i))) + "=" +
-                    std::string(document.AttributeValue(element, i));
+            text.append(" ").append(document.NameText(document.AttributeName(element, i)));
+            text.append("=").append(document.AttributeValue(element, i));
         }
         if (!document.Content(element).empty())
-            text += " [" + std::string(document.Content(element)) + "]";
-        text += " x" + std::to_string(document.SameTagCount(element)) + "\n";
+            text.append(" [").append(document.Content(element)).append("]");
+        text.append(" x").append(std::to_string(document.SameTagCount(element))).append("\n");
     }
     return text;
 }
