@@ -1,9 +1,9 @@
 #include "jet/index/index_page.h"
 
 #include "jet/error.h"
-#include "jet/store/bitmap.h"
 
 #include <algorithm>
+#include <array>
 #include <bit>
 #include <cassert>
 #include <cstring>
@@ -13,281 +13,377 @@ namespace jet {
 
 namespace {
 
-constexpr std::size_t kChildSize = 4;
+constexpr std::size_t kFreeSpace = 2; ///< offset of the field
+constexpr std::size_t kOwner = 4;
+constexpr std::size_t kWordBits = 64;
 
-/// Bytes that two entries have in common at their beginning.
-std::size_t CommonLength(ByteSpan a, ByteSpan b) noexcept
+constexpr std::size_t WordsOf(std::size_t maskSize)
 {
-    const std::size_t limit = std::min(a.size(), b.size());
-    return static_cast<std::size_t>(
-        std::mismatch(a.begin(), a.begin() + static_cast<std::ptrdiff_t>(limit), b.begin()).first - a.begin());
+    return (maskSize + 7) / 8;
 }
 
-int Compare(ByteSpan a, ByteSpan b) noexcept
+/// The bits 0 to `count` - 1; all of them from 64 on.
+constexpr std::uint64_t LowBits(std::size_t count)
 {
-    const std::size_t common = std::min(a.size(), b.size());
-    if (const int order = common == 0 ? 0 : std::memcmp(a.data(), b.data(), common); order != 0)
-        return order;
-    return a.size() == b.size() ? 0 : a.size() < b.size() ? -1 : 1;
+    return count >= kWordBits ? ~std::uint64_t{0} : (std::uint64_t{1} << count) - 1;
+}
+
+/// LoadU64, in one load where the processor can: a search looks at dozens of these.
+std::uint64_t LoadWord(const Byte* at)
+{
+    if constexpr (std::endian::native == std::endian::little) {
+        std::uint64_t word = 0;
+        std::memcpy(&word, at, sizeof word);
+        return word;
+    } else {
+        return LoadU64({at, 8}, 0);
+    }
+}
+
+void StoreWord(Byte* at, std::uint64_t word)
+{
+    if constexpr (std::endian::native == std::endian::little)
+        std::memcpy(at, &word, sizeof word);
+    else
+        StoreU64({at, 8}, 0, word);
+}
+
+void SetBit(MutableBytes mask, std::size_t bit)
+{
+    mask[bit / 8] = static_cast<Byte>(mask[bit / 8] | 1U << bit % 8);
+}
+
+/// A page's mask in registers' size, to move its bits.
+class MaskWords {
+public:
+    explicit MaskWords(ByteSpan mask) : count_(WordsOf(mask.size()))
+    {
+        words_[count_ - 1] = 0;
+        for (std::size_t i = 0; i < mask.size() / 8; ++i)
+            words_[i] = LoadWord(mask.data() + 8 * i);
+        for (std::size_t i = mask.size() / 8 * 8; i < mask.size(); ++i)
+            words_[i / 8] |= std::uint64_t{mask[i]} << 8 * (i % 8);
+    }
+
+    /// Moves the bits above `bit` up by `distance`.
+    void MoveUp(std::size_t bit, std::size_t distance)
+    {
+        for (std::size_t i = count_; i-- > bit / kWordBits;) {
+            const std::uint64_t stay = words_[i] & LowBits(i == bit / kWordBits ? bit % kWordBits + 1 : 0);
+            std::uint64_t moved = 0;
+            if (const std::size_t far = distance / kWordBits; i >= far) {
+                moved = Above(i - far, bit) << distance % kWordBits;
+                if (i > far && distance % kWordBits != 0)
+                    moved |= Above(i - far - 1, bit) >> (kWordBits - distance % kWordBits);
+            }
+            words_[i] = stay | moved;
+        }
+    }
+
+    /// Moves the bits above `bit` + `distance` down by `distance`, over those from `bit` + 1 on.
+    void MoveDown(std::size_t bit, std::size_t distance)
+    {
+        const std::size_t far = distance / kWordBits;
+        for (std::size_t i = bit / kWordBits; i < count_; ++i) {
+            const std::uint64_t stay = words_[i] & LowBits(i == bit / kWordBits ? bit % kWordBits + 1 : 0);
+            std::uint64_t moved = Above(i + far, bit + distance) >> distance % kWordBits;
+            if (distance % kWordBits != 0)
+                moved |= Above(i + far + 1, bit + distance) << (kWordBits - distance % kWordBits);
+            words_[i] = stay | moved;
+        }
+    }
+
+    void StoreTo(MutableBytes mask) const
+    {
+        for (std::size_t i = 0; i < mask.size() / 8; ++i)
+            StoreWord(mask.data() + 8 * i, words_[i]);
+        for (std::size_t i = mask.size() / 8 * 8; i < mask.size(); ++i)
+            mask[i] = static_cast<Byte>(words_[i / 8] >> 8 * (i % 8));
+    }
+
+private:
+    /// The bits of one word that lie above `bit` of the mask.
+    [[nodiscard]] std::uint64_t Above(std::size_t word, std::size_t bit) const
+    {
+        if (word >= count_ || (word + 1) * kWordBits <= bit + 1)
+            return 0;
+        const std::size_t below = bit + 1 > word * kWordBits ? bit + 1 - word * kWordBits : 0;
+        return words_[word] & ~LowBits(below);
+    }
+
+    static constexpr std::size_t kMaxWords = 57; // WordsOf(453), the longest mask
+    std::array<std::uint64_t, kMaxWords> words_;
+    std::size_t count_;
+};
+
+std::size_t CommonPrefix(ByteSpan a, ByteSpan b)
+{
+    return static_cast<std::size_t>(std::ranges::mismatch(a, b).in1 - a.begin());
 }
 
 } // namespace
 
-ByteSpan IndexEntries::operator[](std::size_t index) const noexcept
+int CompareBytes(ByteSpan a, ByteSpan b) noexcept
 {
-    const std::size_t begin = index == 0 ? 0 : ends_[index - 1];
-    return ByteSpan(bytes_).subspan(begin, ends_[index] - begin);
-}
-
-void IndexEntries::Append(ByteSpan entry)
-{
-    AppendBytes(bytes_, entry);
-    ends_.push_back(static_cast<std::uint32_t>(bytes_.size()));
-}
-
-void IndexEntries::Insert(std::size_t index, ByteSpan entry)
-{
-    const std::size_t begin = index == 0 ? 0 : ends_[index - 1];
-    bytes_.insert(bytes_.begin() + static_cast<std::ptrdiff_t>(begin), entry.begin(), entry.end());
-    ends_.insert(ends_.begin() + static_cast<std::ptrdiff_t>(index), static_cast<std::uint32_t>(begin));
-    for (std::size_t i = index; i < ends_.size(); ++i)
-        ends_[i] += static_cast<std::uint32_t>(entry.size());
-}
-
-void IndexEntries::Erase(std::size_t index)
-{
-    const std::size_t begin = index == 0 ? 0 : ends_[index - 1];
-    const std::size_t size = ends_[index] - begin;
-    const auto first = bytes_.begin() + static_cast<std::ptrdiff_t>(begin);
-    bytes_.erase(first, first + static_cast<std::ptrdiff_t>(size));
-    ends_.erase(ends_.begin() + static_cast<std::ptrdiff_t>(index));
-    for (std::size_t i = index; i < ends_.size(); ++i)
-        ends_[i] -= static_cast<std::uint32_t>(size);
-}
-
-void IndexEntries::Clear() noexcept
-{
-    bytes_.clear();
-    ends_.clear();
-}
-
-void IndexEntries::CopyTo(IndexEntries& out, std::size_t from, std::size_t to) const
-{
-    for (std::size_t i = from; i < to; ++i)
-        out.Append((*this)[i]);
-}
-
-std::size_t IndexEntries::CommonPrefix() const noexcept
-{
-    if (Count() < 2)
-        return 0;
-    std::size_t prefix = CommonLength((*this)[0], (*this)[Count() - 1]); // sorted: what these share, all share
-    for (std::size_t i = 0; i < Count(); ++i)
-        prefix = std::min(prefix, (*this)[i].size() - 1);
-    return prefix;
-}
-
-std::size_t IndexEntries::PackedSize(std::size_t prefix) const noexcept
-{
-    return Count() == 0 ? 0 : bytes_.size() - (Count() - 1) * prefix;
+    const std::size_t common = std::min(a.size(), b.size());
+    if (const int order = common == 0 ? 0 : std::memcmp(a.data(), b.data(), common); order != 0)
+        return order;
+    return a.size() < b.size() ? -1 : static_cast<int>(a.size() > b.size());
 }
 
 IndexPage::IndexPage(ByteSpan page, PageNumber number, const Format& format)
-    : page_(page), layout_(&format.indexPage), number_(number),
-      prefixLength_(layout_->prefixLengthSize == 1 ? page[layout_->prefixLength] : LoadU16(page, layout_->prefixLength))
+    : page_(page), number_(number), format_(&format)
 {
-    if (page[0] != static_cast<Byte>(PageType::IndexNode) && page[0] != static_cast<Byte>(PageType::IndexLeaf))
-        throw CorruptPage(number, "an index page is expected here, but its type is " + std::to_string(page[0]));
-    const std::size_t free = LoadU16(page, 2);
-    if (free > layout_->room)
-        throw CorruptPage(number, "the index page says that " + std::to_string(free) + " bytes are free");
-    used_ = layout_->room - free;
-    if (prefixLength_ > used_)
-        throw CorruptPage(number, "the index page's prefix of " + std::to_string(prefixLength_) + " bytes is too long");
-}
-
-ByteSpan IndexPage::Stored(std::size_t begin, std::size_t end) const noexcept
-{
-    return page_.subspan(layout_->entries + begin, end - begin);
-}
-
-void IndexPage::ReadEnds(std::vector<std::uint16_t>& ends) const
-{
-    ends.clear();
-    const ByteSpan mask = page_.subspan(layout_->mask, layout_->maskSize);
-    const std::size_t smallest = IsLeaf() ? kRowPointerSize : kRowPointerSize + kChildSize;
-    std::size_t begin = 0;
-    // Eight bytes of the mask at a time: a page of some hundred entries is read on every insert that is no append.
-    for (std::size_t at = 0; at < mask.size() && at * 8 <= used_; at += 8) {
-        std::uint64_t word = 0;
-        if (at + 8 <= mask.size())
-            word = LoadU64(mask, at);
-        else
-            for (std::size_t i = at; i < mask.size(); ++i)
-                word |= static_cast<std::uint64_t>(mask[i]) << 8 * (i - at);
-        for (; word != 0; word &= word - 1) {
-            const std::size_t end = at * 8 + static_cast<std::size_t>(std::countr_zero(word));
-            if (end > used_)
-                break;
-            const std::size_t prefix = ends.empty() ? 0 : prefixLength_;
-            if (end - begin + prefix <= smallest || (ends.empty() && end < prefixLength_))
-                throw CorruptPage(number_, "index entry " + std::to_string(ends.size()) + " is too short");
-            ends.push_back(static_cast<std::uint16_t>(end));
-            begin = end;
-        }
-    }
-    if (begin != used_)
-        throw CorruptPage(number_, "the index page's entries end at byte " + std::to_string(begin) + ", not at " +
-                                       std::to_string(used_));
-}
-
-void IndexPage::ReadEntry(std::size_t index, const std::vector<std::uint16_t>& ends, Bytes& entry) const
-{
-    entry.clear();
-    if (index > 0)
-        AppendBytes(entry, Prefix());
-    AppendBytes(entry, Stored(index == 0 ? 0 : ends[index - 1], ends[index]));
-}
-
-void IndexPage::ReadEntries(IndexEntries& entries) const
-{
-    std::vector<std::uint16_t> ends;
-    ReadEnds(ends);
-    entries.Clear();
-    Bytes entry;
-    for (std::size_t i = 0; i < ends.size(); ++i) {
-        ReadEntry(i, ends, entry);
-        entries.Append(entry);
-    }
-}
-
-void IndexPage::ReadLast(Bytes& entry) const
-{
-    entry.clear();
+    if (!IsLeaf() && page_[0] != static_cast<Byte>(PageType::IndexNode))
+        throw CorruptPage(number_, "an index page is expected here, but its type is " + std::to_string(int{page_[0]}));
+    const Format::IndexPageLayout& layout = format_->indexPage;
+    used_ = HighestBit();
+    if (used_ > layout.room)
+        throw CorruptPage(number_, "an index entry ends at byte " + std::to_string(used_) + " of " +
+                                       std::to_string(layout.room));
     if (used_ == 0)
         return;
-    const ByteSpan mask = page_.subspan(layout_->mask, layout_->maskSize);
-    std::size_t begin = used_ - 1;
-    while (begin > 0 && !TestBit(mask, begin))
-        --begin;
-    if (begin > 0)
-        AppendBytes(entry, Prefix());
-    AppendBytes(entry, Stored(begin, used_));
-    if (entry.size() <= (IsLeaf() ? kRowPointerSize : kRowPointerSize + kChildSize))
-        throw CorruptPage(number_, "the last index entry is too short");
+    const std::size_t prefixSize =
+        layout.prefixLengthSize == 1 ? page_[layout.prefixLength] : LoadU16(page_, layout.prefixLength);
+    if (prefixSize >= After(0))
+        throw CorruptPage(number_, "the common prefix of " + std::to_string(prefixSize) +
+                                       " bytes is not shorter than the first index entry");
+    prefixSize_ = prefixSize;
 }
 
-std::size_t IndexPage::LowerBound(ByteSpan target, const std::vector<std::uint16_t>& ends) const
+std::uint64_t IndexPage::MaskWord(std::size_t word) const noexcept
 {
-    if (ends.empty())
+    const Format::IndexPageLayout& layout = format_->indexPage;
+    // The last word reaches into the entries, which follow at once: their bytes are cut off.
+    const std::uint64_t value = LoadWord(page_.data() + layout.mask + 8 * word);
+    return value & LowBits((layout.maskSize - 8 * word) * 8);
+}
+
+/// The bit at which the last entry ends; 0 when there is none.
+std::size_t IndexPage::HighestBit() const noexcept
+{
+    // The free space says where it is; only an empty page, or a damaged one, has to be searched.
+    const std::size_t used = format_->indexPage.room - LoadU16(page_, kFreeSpace);
+    if (used <= format_->indexPage.room && (MaskWord(used / kWordBits) >> used % kWordBits & 1) != 0)
+        return used;
+    for (std::size_t word = WordsOf(format_->indexPage.maskSize); word-- > 0;)
+        if (const std::uint64_t bits = MaskWord(word); bits != 0)
+            return word * kWordBits + static_cast<std::size_t>(std::bit_width(bits)) - 1;
+    return 0;
+}
+
+std::size_t IndexPage::After(std::size_t place) const noexcept
+{
+    assert(place < used_);
+    std::size_t word = (place + 1) / kWordBits;
+    std::uint64_t bits = MaskWord(word) & ~LowBits((place + 1) % kWordBits);
+    while (bits == 0)
+        bits = MaskWord(++word); // ends at the bit of used_ at the latest
+    return word * kWordBits + static_cast<std::size_t>(std::countr_zero(bits));
+}
+
+std::size_t IndexPage::Before(std::size_t place) const noexcept
+{
+    assert(place > prefixSize_);
+    std::size_t word = (place - 1) / kWordBits;
+    std::uint64_t bits = MaskWord(word) & LowBits((place - 1) % kWordBits + 1);
+    while (bits == 0 && word > prefixSize_ / kWordBits)
+        bits = MaskWord(--word);
+    const std::size_t end = bits == 0 ? 0 : word * kWordBits + static_cast<std::size_t>(std::bit_width(bits)) - 1;
+    return std::max(end, prefixSize_);
+}
+
+std::size_t IndexPage::Ordinal(std::size_t place) const noexcept
+{
+    if (place <= prefixSize_)
         return 0;
-    const std::size_t behind = IsLeaf() ? 0 : kChildSize;
-    if (Compare(Stored(0, ends[0] - behind), target) >= 0)
-        return 0;
-    // Every entry begins with the prefix: where the target differs from it, all entries lie on one side.
-    const std::size_t shared = std::min(prefixLength_, target.size());
-    if (const int order = shared == 0 ? 0 : std::memcmp(Prefix().data(), target.data(), shared); order != 0)
-        return order > 0 ? 1 : ends.size();
-    if (target.size() < prefixLength_)
-        return 1;
-    const ByteSpan rest = target.subspan(prefixLength_);
-    std::size_t low = 1;
-    std::size_t high = ends.size();
+    std::size_t count = 0;
+    for (std::size_t word = 0; word <= place / kWordBits; ++word) {
+        std::uint64_t bits = MaskWord(word);
+        if (word == place / kWordBits)
+            bits &= LowBits(place % kWordBits + 1);
+        count += static_cast<std::size_t>(std::popcount(bits));
+    }
+    return count;
+}
+
+std::size_t IndexPage::LowerBound(ByteSpan wanted) const noexcept
+{
+    if (const int order = CompareBytes(wanted.first(std::min(wanted.size(), prefixSize_)), Prefix()); order != 0)
+        return order < 0 ? Begin() : End();
+    const ByteSpan own = wanted.subspan(prefixSize_);
+    std::size_t low = Begin(); // every entry before is less than `wanted`
+    std::size_t high = End();  // no entry from here on is
     while (low < high) {
-        const std::size_t middle = (low + high) / 2;
-        // A prefix that reaches into the child page number leaves nothing of the part that is compared.
-        const std::size_t begin = ends[middle - 1];
-        const std::size_t end = std::max<std::size_t>(begin, ends[middle] - behind);
-        if (Compare(Stored(begin, end), rest) < 0)
-            low = middle + 1;
+        const std::size_t middle = low + (high - low) / 2;
+        const std::size_t place = std::max(low, Before(middle + 1));
+        const std::size_t end = After(place);
+        if (CompareBytes(Stored(place, end - place), own) < 0)
+            low = end;
         else
-            high = middle;
+            high = place;
     }
     return low;
 }
 
-PageNumber IndexPage::Child(std::size_t index, const std::vector<std::uint16_t>& ends) const
+int IndexPage::Compare(std::size_t place, ByteSpan wanted) const noexcept
 {
-    if (index == ends.size())
-        return Tail();
-    if (index > 0 && ends[index] < ends[index - 1] + kChildSize) {
-        Bytes entry;
-        ReadEntry(index, ends, entry);
-        return LoadBigU32(entry, entry.size() - kChildSize);
+    const std::size_t head = std::min(wanted.size(), prefixSize_);
+    if (const int order = CompareBytes(Prefix(), wanted.first(head)); order != 0)
+        return order;
+    return CompareBytes(OwnPart(place), wanted.subspan(head));
+}
+
+bool IndexPage::HasKey(std::size_t place, ByteSpan key) const noexcept
+{
+    const ByteSpan own = OwnPart(place);
+    if (prefixSize_ + own.size() != key.size() + kRowPointerSize)
+        return false;
+    // The prefix may reach into the row pointer.
+    const std::size_t head = std::min(key.size(), prefixSize_);
+    return std::ranges::equal(Prefix().first(head), key.first(head)) &&
+           std::ranges::equal(own.first(key.size() - head), key.subspan(head));
+}
+
+void IndexPage::RequireEntrySize(std::size_t size) const
+{
+    if (size <= kRowPointerSize + (IsLeaf() ? 0 : kChildPointerSize))
+        throw CorruptPage(number_, "an index entry has only " + std::to_string(size) + " bytes");
+}
+
+void IndexPage::CopyEntry(std::size_t place, Bytes& entry) const
+{
+    const ByteSpan own = OwnPart(place);
+    RequireEntrySize(prefixSize_ + own.size());
+    entry.clear();
+    AppendBytes(entry, Prefix());
+    AppendBytes(entry, own);
+}
+
+PageNumber IndexPage::Child(std::size_t place) const
+{
+    const ByteSpan own = OwnPart(place);
+    RequireEntrySize(prefixSize_ + own.size());
+    std::array<Byte, kChildPointerSize> pointer{};
+    const std::size_t size = std::min(own.size(), pointer.size());
+    std::ranges::copy(Prefix().last(std::min(prefixSize_, pointer.size() - size)), pointer.begin());
+    std::ranges::copy(own.last(size), pointer.end() - static_cast<std::ptrdiff_t>(size));
+    return LoadBigU32(pointer, 0);
+}
+
+EntryList IndexPage::Entries() const
+{
+    EntryList entries;
+    const std::size_t count = Count();
+    entries.Reserve(count + 1, used_ + count * prefixSize_);
+    for (std::size_t place = Begin(); place != End(); place = After(place)) {
+        const ByteSpan own = OwnPart(place);
+        RequireEntrySize(prefixSize_ + own.size());
+        entries.Add(Prefix(), own);
     }
-    return LoadBigU32(page_, layout_->entries + ends[index] - kChildSize);
+    return entries;
 }
 
-void IndexPageEditor::MakeEmpty(PageNumber definitionPage, std::uint8_t level)
+PagePacking Unpacked(const EntryList& entries, std::size_t first, std::size_t count)
 {
-    const MutableBytes page = page_.Data();
-    std::ranges::fill(page, Byte{0});
-    page[0] = static_cast<Byte>(level == 0 ? PageType::IndexLeaf : PageType::IndexNode);
-    page[1] = 1;
-    StoreU16(page, 2, static_cast<std::uint16_t>(format_->indexPage.room));
-    StoreU32(page, 4, definitionPage);
-    page[format_->indexPage.level] = level;
+    return {0, entries.Size(first, count)};
 }
 
-void IndexPageEditor::WriteEntries(const IndexEntries& entries, std::size_t prefix)
+PagePacking Packed(const Format& format, const EntryList& entries, std::size_t first, std::size_t count)
+{
+    if (count == 0)
+        return {};
+    // As entries ascend, what the first and the last share, all share.
+    const ByteSpan low = entries[first];
+    const ByteSpan high = entries[first + count - 1];
+    const std::size_t longest = format.indexPage.prefixLengthSize == 1 ? 0xFF : 0xFFFF;
+    const std::size_t prefixSize = std::min({CommonPrefix(low, high), low.size() - 1, high.size() - 1, longest});
+    return {prefixSize, entries.Size(first, count) - (count - 1) * prefixSize};
+}
+
+void IndexPageEditor::MakeEmpty(const MutablePageRef& page, const Format& format, PageNumber definitionPage,
+                                std::uint8_t level)
+{
+    const MutableBytes bytes = page.Data();
+    std::ranges::fill(bytes, Byte{0});
+    bytes[0] = static_cast<Byte>(level == 0 ? PageType::IndexLeaf : PageType::IndexNode);
+    bytes[1] = 1;
+    bytes[format.indexPage.level] = level;
+    StoreU32(bytes, kOwner, definitionPage);
+    IndexPageEditor(page, format).SetUsed(0);
+}
+
+void IndexPageEditor::SetUsed(std::size_t used)
+{
+    StoreU16(page_.Data(), kFreeSpace, static_cast<std::uint16_t>(format_->indexPage.room - used));
+}
+
+bool IndexPageEditor::Insert(const IndexPage& view, std::size_t place, ByteSpan entry)
+{
+    const std::size_t prefixSize = view.prefixSize_;
+    if (entry.size() <= prefixSize || entry.size() - prefixSize > view.FreeBytes() ||
+        !std::ranges::equal(entry.first(prefixSize), view.Prefix()))
+        return false;
+    const Format::IndexPageLayout& layout = format_->indexPage;
+    const ByteSpan own = entry.subspan(prefixSize);
+    const std::size_t used = view.used_;
+    Byte* const at = page_.Data().data() + layout.entries + place;
+    std::memmove(at + own.size(), at, used - place);
+    std::memcpy(at, own.data(), own.size());
+    const MutableBytes mask = page_.Data().subspan(layout.mask, layout.maskSize);
+    if (place != used) {
+        MaskWords words(mask);
+        words.MoveUp(place, own.size());
+        words.StoreTo(mask);
+    }
+    SetBit(mask, place + own.size());
+    if (used == 0) // an empty page's prefix means nothing
+        std::fill_n(page_.Data().begin() + static_cast<std::ptrdiff_t>(layout.prefixLength), layout.prefixLengthSize,
+                    Byte{0});
+    SetUsed(used + own.size());
+    return true;
+}
+
+void IndexPageEditor::Remove(const IndexPage& view, std::size_t place)
 {
     const Format::IndexPageLayout& layout = format_->indexPage;
+    const std::size_t end = view.After(place);
+    const std::size_t used = view.used_;
+    if (place == view.Begin() && end == used) {
+        SetEntries({}, 0, 0, {});
+        return;
+    }
+    Byte* const at = page_.Data().data() + layout.entries + place;
+    const std::size_t size = end - place;
+    std::memmove(at, at + size, used - end);
+    std::memset(page_.Data().data() + layout.entries + used - size, 0, size);
+    const MutableBytes mask = page_.Data().subspan(layout.mask, layout.maskSize);
+    MaskWords words(mask);
+    words.MoveDown(place, size);
+    words.StoreTo(mask);
+    SetUsed(used - size);
+}
+
+void IndexPageEditor::SetEntries(const EntryList& entries, std::size_t first, std::size_t count,
+                                 const PagePacking& packing)
+{
+    const Format::IndexPageLayout& layout = format_->indexPage;
+    assert(packing.usedBytes <= layout.room);
     const MutableBytes page = page_.Data();
-    const MutableBytes mask = page.subspan(layout.mask, layout.maskSize);
-    const std::size_t used = entries.PackedSize(prefix);
-    assert(used <= layout.room);
     std::ranges::fill(page.subspan(layout.mask), Byte{0});
+    const MutableBytes mask = page.subspan(layout.mask, layout.maskSize);
     std::size_t at = 0;
-    for (std::size_t i = 0; i < entries.Count(); ++i) {
-        const ByteSpan stored = entries[i].subspan(i == 0 ? 0 : prefix);
+    for (std::size_t i = first; i < first + count; ++i) {
+        const ByteSpan stored = i == first ? entries[i] : entries[i].subspan(packing.prefixSize);
         std::ranges::copy(stored, page.begin() + static_cast<std::ptrdiff_t>(layout.entries + at));
         at += stored.size();
         SetBit(mask, at);
     }
-    StoreU16(page, 2, static_cast<std::uint16_t>(layout.room - used));
     if (layout.prefixLengthSize == 1)
-        page[layout.prefixLength] = static_cast<Byte>(prefix);
+        page[layout.prefixLength] = static_cast<Byte>(packing.prefixSize);
     else
-        StoreU16(page, layout.prefixLength, static_cast<std::uint16_t>(prefix));
-}
-
-bool IndexPageEditor::InsertInPlace(std::size_t index, std::size_t at, ByteSpan entry)
-{
-    const Format::IndexPageLayout& layout = format_->indexPage;
-    const MutableBytes page = page_.Data();
-    const IndexPage view(page, page_.Number(), *format_);
-    const std::size_t prefix = view.PrefixLength();
-    if (prefix > 0 &&
-        (index == 0 || entry.size() <= prefix || std::memcmp(entry.data(), page.data() + layout.entries, prefix) != 0))
-        return false;
-    const ByteSpan stored = entry.subspan(prefix);
-    if (view.Used() + stored.size() > layout.room)
-        return false;
-    Byte* const place = page.data() + layout.entries + at;
-    std::memmove(place + stored.size(), place, view.Used() - at);
-    std::memcpy(place, stored.data(), stored.size());
-    ShiftMask(at + 1, stored.size());
-    SetBit(page.subspan(layout.mask, layout.maskSize), at + stored.size());
-    StoreU16(page, 2, static_cast<std::uint16_t>(layout.room - view.Used() - stored.size()));
-    return true;
-}
-
-/// Moves the mask's bits from `fromBit` on by `by` places towards the end; the places that become free are cleared.
-void IndexPageEditor::ShiftMask(std::size_t fromBit, std::size_t by)
-{
-    const Format::IndexPageLayout& layout = format_->indexPage;
-    const MutableBytes mask = page_.Data().subspan(layout.mask, layout.maskSize);
-    const std::size_t last = layout.room - (LoadU16(page_.Data(), 2)); // the highest bit that can be set
-    for (std::size_t bit = last + 1; bit-- > fromBit;) {
-        if (bit % 8 == 7 && bit >= fromBit + 7 && mask[bit / 8] == 0) {
-            bit -= 7; // eight places without an end
-            continue;
-        }
-        if (TestBit(mask, bit)) {
-            ClearBit(mask, bit);
-            SetBit(mask, bit + by);
-        }
-    }
+        StoreU16(page, layout.prefixLength, static_cast<std::uint16_t>(packing.prefixSize));
+    SetUsed(at);
 }
 
 } // namespace jet

@@ -1,112 +1,136 @@
 #pragma once
 
 #include "jet/base/format.h"
+#include "jet/index/entry_list.h"
 #include "jet/store/pager.h"
 
 #include <cstdint>
-#include <vector>
 
 namespace jet {
 
-/// The entries of one index page, unpacked, in one buffer.
-///
-/// A leaf's entry is key · row pointer (4 bytes, page and slot, most significant first); a node's entry has the child's
-/// page number (4 bytes, most significant first) behind that.
-class IndexEntries {
-public:
-    [[nodiscard]] std::size_t Count() const noexcept { return ends_.size(); }
-    [[nodiscard]] ByteSpan operator[](std::size_t index) const noexcept;
-    void Append(ByteSpan entry);
-    void Insert(std::size_t index, ByteSpan entry);
-    void Erase(std::size_t index);
-    void Clear() noexcept;
-    /// Entries `from` up to `to` (exclusive), appended to `out`.
-    void CopyTo(IndexEntries& out, std::size_t from, std::size_t to) const;
+/// Bytes behind the key in an entry: the row pointer and, in nodes, the child page.
+inline constexpr std::size_t kChildPointerSize = 4;
 
-    /// Bytes that the first entries and the last one have in common, leaving at least one byte of each.
-    [[nodiscard]] std::size_t CommonPrefix() const noexcept;
-    /// Bytes that the entries take on a page with a prefix of `prefix` bytes.
-    [[nodiscard]] std::size_t PackedSize(std::size_t prefix) const noexcept;
+/// Less than, equal to or greater than 0, as `a` sorts before, with or after `b`: byte by byte, the shorter one first.
+[[nodiscard]] int CompareBytes(ByteSpan a, ByteSpan b) noexcept;
 
-private:
-    Bytes bytes_;
-    std::vector<std::uint32_t> ends_;
-};
-
-/// One index page, read in place. A view, cheap to make and to copy.
+/// One page of an index. A view: it owns nothing and is cheap to copy.
 ///
-///   Jet 4  Jet 3  size  field (numbers little-endian)
-///       0      0     1  3 node, 4 leaf
-///       2      2     2  free bytes of the room for entries
-///       4      4     4  definition page of the table
-///      12      8     4  previous page of the level, 0 = none
-///      16     12     4  next page of the level
-///      20     16     4  tail: the last child of a node, which has no entry
-///      24     20   2/1  prefix: bytes that every entry but the first leaves out, being those of the first
-///      26     21     1  level, 0 in leaves
-///      27     22        mask: bit k is set when an entry ends at byte k of the entries
-///     480    248        entries, packed from the front
+///   Jet 4  Jet 3  size     field (little-endian, but entries are big-endian)
+///       0      0  1        page type: 3 node, 4 leaf
+///       1      1  1        1
+///       2      2  2        free space: room - bytes used by entries
+///       4      4  4        first definition page of the table
+///      12      8  4        previous page of the level, 0 = none
+///      16     12  4        next page of the level, 0 = none
+///      20     16  4        tail: the last child of a node, which has no entry; 0 in leaves
+///      24     20  2, 1     length of the common prefix
+///      26     21  1        level: 0 in leaves
+///      27     22  453, 226 mask: bit k is set when an entry ends (the next begins) at byte k of the entries
+///     480    248  to end   entries: key, row pointer, in nodes the child page
 ///
-/// Invariant: the highest bit of the mask is the number of bytes used, and room - used is the free field.
-/// Source: index pages written by Access 97, 2000 and 2003.
+/// The first entry is stored whole; from the others the prefix, which they share with it, is left out. So what is left
+/// of every entry, its own part, lies behind the prefix in one row, and an entry is named by its *place*: the offset at
+/// which its own part begins.
+///
+/// Invariant: entries ascend as bytes. Source: pages written by Access 97, 2000 and 2003.
 class IndexPage {
 public:
-    /// Throws CorruptPage when the page is no index page or its fields contradict each other.
+    /// Views `page`, one whole page; `number` is for messages only. Throws CorruptPage when the page is not an index
+    /// page or its mask or prefix leaves the page.
     IndexPage(ByteSpan page, PageNumber number, const Format& format);
+    IndexPage(const PageRef& page, const Format& format) : IndexPage(page.Bytes(), page.Number(), format) {}
 
-    [[nodiscard]] bool IsLeaf() const noexcept { return static_cast<PageType>(page_[0]) == PageType::IndexLeaf; }
-    [[nodiscard]] PageNumber Previous() const noexcept { return LoadU32(page_, layout_->previous); }
-    [[nodiscard]] PageNumber Next() const noexcept { return LoadU32(page_, layout_->next); }
-    [[nodiscard]] PageNumber Tail() const noexcept { return LoadU32(page_, layout_->tail); }
-    [[nodiscard]] std::size_t PrefixLength() const noexcept { return prefixLength_; }
-    [[nodiscard]] std::uint8_t Level() const noexcept { return page_[layout_->level]; }
-    [[nodiscard]] std::size_t Used() const noexcept { return used_; }
     [[nodiscard]] PageNumber Number() const noexcept { return number_; }
+    [[nodiscard]] bool IsLeaf() const noexcept { return page_[0] == static_cast<Byte>(PageType::IndexLeaf); }
+    [[nodiscard]] std::uint8_t Level() const noexcept { return page_[format_->indexPage.level]; }
+    [[nodiscard]] PageNumber Previous() const noexcept { return LoadU32(page_, format_->indexPage.previous); }
+    [[nodiscard]] PageNumber Next() const noexcept { return LoadU32(page_, format_->indexPage.next); }
+    [[nodiscard]] PageNumber Tail() const noexcept { return LoadU32(page_, format_->indexPage.tail); }
+    [[nodiscard]] ByteSpan Prefix() const noexcept { return Stored(0, prefixSize_); }
+    [[nodiscard]] std::size_t UsedBytes() const noexcept { return used_; }
+    [[nodiscard]] std::size_t FreeBytes() const noexcept { return format_->indexPage.room - used_; }
+    [[nodiscard]] bool IsEmpty() const noexcept { return used_ == 0; }
+    /// Number of entries. Counts the mask's bits.
+    [[nodiscard]] std::size_t Count() const noexcept { return Ordinal(End()); }
 
-    /// Where each entry ends, counted from the first entry; throws CorruptPage when entries are too short.
-    void ReadEnds(std::vector<std::uint16_t>& ends) const;
-    /// All entries, whole.
-    void ReadEntries(IndexEntries& entries) const;
-    /// The last entry, whole, into `entry`; empty when there is none.
-    void ReadLast(Bytes& entry) const;
-    /// Index of the first entry that is >= `target` as bytes (a node's child page does not take part); `ends` from
-    /// ReadEnds.
-    [[nodiscard]] std::size_t LowerBound(ByteSpan target, const std::vector<std::uint16_t>& ends) const;
-    /// Entry `index`, whole, into `entry`.
-    void ReadEntry(std::size_t index, const std::vector<std::uint16_t>& ends, Bytes& entry) const;
-    /// The child that entry `index` of a node names; the tail when `index` is the number of entries.
-    [[nodiscard]] PageNumber Child(std::size_t index, const std::vector<std::uint16_t>& ends) const;
+    /// Place of the first entry; End() when there is none.
+    [[nodiscard]] std::size_t Begin() const noexcept { return prefixSize_; }
+    /// The place behind the last entry.
+    [[nodiscard]] std::size_t End() const noexcept { return used_; }
+    /// Place of the entry behind the one at `place`, which is not End().
+    [[nodiscard]] std::size_t After(std::size_t place) const noexcept;
+    /// Place of the entry before `place`, which is not Begin().
+    [[nodiscard]] std::size_t Before(std::size_t place) const noexcept;
+    /// Number of entries before `place`.
+    [[nodiscard]] std::size_t Ordinal(std::size_t place) const noexcept;
+
+    /// The entry's bytes behind the prefix.
+    [[nodiscard]] ByteSpan OwnPart(std::size_t place) const noexcept { return Stored(place, After(place) - place); }
+    /// Place of the first entry that is not less than `wanted`.
+    [[nodiscard]] std::size_t LowerBound(ByteSpan wanted) const noexcept;
+    /// Compares the entry at `place`, whole, with `wanted`.
+    [[nodiscard]] int Compare(std::size_t place, ByteSpan wanted) const noexcept;
+    /// Is the key of the leaf's entry at `place` exactly `key`?
+    [[nodiscard]] bool HasKey(std::size_t place, ByteSpan key) const noexcept;
+    /// Puts the whole entry at `place` into `entry`. Throws CorruptPage when it is too short to be one.
+    void CopyEntry(std::size_t place, Bytes& entry) const;
+    /// The child page that a node's entry names. Throws CorruptPage like CopyEntry.
+    [[nodiscard]] PageNumber Child(std::size_t place) const;
+    /// All entries, whole. Throws CorruptPage like CopyEntry.
+    [[nodiscard]] EntryList Entries() const;
 
 private:
-    [[nodiscard]] ByteSpan Stored(std::size_t begin, std::size_t end) const noexcept;
-    [[nodiscard]] ByteSpan Prefix() const noexcept { return Stored(0, prefixLength_); }
+    friend class IndexPageEditor;
+    [[nodiscard]] ByteSpan Stored(std::size_t offset, std::size_t size) const noexcept
+    {
+        return page_.subspan(format_->indexPage.entries + offset, size);
+    }
+    [[nodiscard]] std::uint64_t MaskWord(std::size_t word) const noexcept;
+    [[nodiscard]] std::size_t HighestBit() const noexcept;
+    void RequireEntrySize(std::size_t size) const;
 
     ByteSpan page_;
-    const Format::IndexPageLayout* layout_;
     PageNumber number_;
-    std::size_t prefixLength_;
-    std::size_t used_;
+    const Format* format_;
+    std::size_t prefixSize_ = 0;
+    std::size_t used_ = 0;
 };
 
-/// Writes to one index page.
+/// How `count` entries of a list from `first` lie on a page.
+struct PagePacking {
+    std::size_t prefixSize = 0;
+    std::size_t usedBytes = 0;
+};
+/// Each entry whole.
+[[nodiscard]] PagePacking Unpacked(const EntryList& entries, std::size_t first, std::size_t count);
+/// With the longest prefix that all entries share; at least one byte of each entry stays.
+[[nodiscard]] PagePacking Packed(const Format& format, const EntryList& entries, std::size_t first, std::size_t count);
+
+/// Changes to one index page. A view taken before a change is void after it.
 class IndexPageEditor {
 public:
     IndexPageEditor(const MutablePageRef& page, const Format& format) : page_(page), format_(&format) {}
 
-    /// Makes an empty page of the level out of any page: links and tail are 0.
-    void MakeEmpty(PageNumber definitionPage, std::uint8_t level);
+    /// Makes an empty page of a zeroed one; level 0 is a leaf.
+    static void MakeEmpty(const MutablePageRef& page, const Format& format, PageNumber definitionPage,
+                          std::uint8_t level);
+
+    [[nodiscard]] IndexPage View() const { return {page_, *format_}; }
+
     void SetPrevious(PageNumber page) { StoreU32(page_.Data(), format_->indexPage.previous, page); }
     void SetNext(PageNumber page) { StoreU32(page_.Data(), format_->indexPage.next, page); }
     void SetTail(PageNumber page) { StoreU32(page_.Data(), format_->indexPage.tail, page); }
-    /// Replaces all entries. They must fit with this prefix.
-    void WriteEntries(const IndexEntries& entries, std::size_t prefix);
-    /// Puts one entry before stored entry `index` (`at` = the byte where that begins) without touching the prefix.
-    /// False, and nothing changed, when it has no room or does not go with the prefix.
-    [[nodiscard]] bool InsertInPlace(std::size_t index, std::size_t at, ByteSpan entry);
+
+    /// Puts `entry` at `place` of `view`, which shows this page. False, and nothing changed, when it does not begin
+    /// with the page's prefix or has no room.
+    [[nodiscard]] bool Insert(const IndexPage& view, std::size_t place, ByteSpan entry);
+    void Remove(const IndexPage& view, std::size_t place);
+    /// Replaces all entries by `count` ones of `entries` from `first`; the rest of the page becomes zero.
+    void SetEntries(const EntryList& entries, std::size_t first, std::size_t count, const PagePacking& packing);
 
 private:
-    void ShiftMask(std::size_t fromBit, std::size_t by);
-
+    void SetUsed(std::size_t used);
     MutablePageRef page_;
     const Format* format_;
 };

@@ -5,38 +5,41 @@
 #include "jet/store/pager.h"
 #include "jet/store/usage_map.h"
 
-#include <cstddef>
-#include <cstdint>
+#include <span>
 #include <vector>
 
 namespace jet {
 
-/// One index's B-tree: entries (key, row) in ascending order of their bytes. The root page never changes.
+/// One index's B-tree: entries (key, row) in ascending order of their bytes. The root page never changes. One object
+/// per index that is changed.
 ///
 /// Appends in ascending order fill leaves completely, as Access does; the rightmost leaf is kept at hand, so such an
 /// insert does not descend from the root. Fill, packing and splits follow what Access's own pages show.
 ///
-/// A node's entry names a child and holds that child's last entry; the rightmost child of every node has no entry and
-/// is named by the tail. In trees of three and more levels the entry for a node holds the last entry of the subtree,
-/// its tail included, so that a search that takes the first entry >= its target always goes down the right way.
+/// Every node has a tail, its last child, for which it has no entry; each other child's entry is a copy of the last
+/// entry that stands on the child's page. Of a child that is a node itself this is less than what its tail leads to, so
+/// above such nodes an entry does not tell by itself on which side of it a key lies: see Descend.
 class IndexTree {
 public:
     /// Walks entries in order. Invalid after the tree is changed.
     class Cursor {
     public:
-        [[nodiscard]] bool AtEnd() const noexcept { return at_ >= entries_.Count(); }
-        [[nodiscard]] ByteSpan Key() const noexcept;
-        [[nodiscard]] RowId Row() const noexcept;
+        [[nodiscard]] bool AtEnd() const noexcept { return !page_; }
+        [[nodiscard]] ByteSpan Key() const noexcept { return ByteSpan(entry_).first(entry_.size() - kRowPointerSize); }
+        [[nodiscard]] RowId Row() const noexcept
+        {
+            return RowId::FromPointer(LoadBigU32(entry_, entry_.size() - kRowPointerSize));
+        }
         void Next();
 
     private:
         friend class IndexTree;
-        void Load(PageNumber leaf);
+        void Settle();
 
         Pager* pager_ = nullptr;
-        IndexEntries entries_; ///< of one leaf
-        std::size_t at_ = 0;
-        PageNumber next_ = 0;
+        PageRef page_; ///< none at the end
+        std::size_t place_ = 0;
+        Bytes entry_;
         std::size_t pagesSeen_ = 0; ///< a chain that goes round is found by this
     };
 
@@ -46,8 +49,8 @@ public:
     /// Makes `root`, a freshly allocated page, an empty leaf.
     static void MakeEmpty(const MutablePageRef& root, const Format& format, PageNumber definitionPage);
 
-    /// Adds an entry that is not there yet; true when no entry beside it has the same key. Throws RecordTooLarge when
-    /// the entry is larger than a third of a page, which a node could not hold beside others.
+    /// Adds an entry that is not there yet; true when no other has the same key. Throws RecordTooLarge when the key is
+    /// longer than about half a page, DatabaseFull when there is no page for it; nothing has changed then.
     bool Insert(ByteSpan key, RowId row);
     /// False when there is no such entry.
     bool Remove(ByteSpan key, RowId row);
@@ -58,50 +61,60 @@ public:
     [[nodiscard]] bool Contains(ByteSpan key) const;
     /// Back to an empty root leaf; all other pages are freed.
     void Clear();
-    /// Frees all pages, root included.
+    /// Frees all pages, root included. The usage map stays, empty.
     void Destroy();
     [[nodiscard]] PageNumber Root() const noexcept { return root_; }
 
 private:
-    /// A page on the way down and the child taken there: an entry's index, or the number of entries for the tail.
+    /// A node on the way down to a leaf, and the child taken: 0 to number of entries.
     struct Step {
-        PageNumber page = 0;
-        std::size_t child = 0;
+        PageNumber page;
+        std::size_t child;
+        bool isTail;
     };
     using Path = std::vector<Step>;
+    struct Children;
+    struct Piece;
+    class NewPages;
 
     [[nodiscard]] const Format& GetFormat() const noexcept { return pager_->GetFormat(); }
-    [[nodiscard]] PageRef Descend(ByteSpan target, Path* path) const;
-    [[nodiscard]] PageRef DescendToLast(Path& path) const;
-    bool InsertBehindLast(bool& isNew);
-    void AppendToLeaf(const MutablePageRef& leaf);
-    void InsertRewriting(Path& path, const MutablePageRef& leaf, std::size_t at);
-    void StartLeaf(const MutablePageRef& leaf, ByteSpan last);
-    [[nodiscard]] bool HasNeighbourKey(const IndexPage& page, std::size_t at) const;
-    void StoreOrSplit(Path& path, PageNumber page, IndexEntries& entries, bool atEnd);
-    void Split(Path& path, PageNumber page, IndexEntries& entries, bool atEnd);
-    void SplitRoot(IndexEntries& lower, IndexEntries& upper, ByteSpan separator, PageNumber lowerTail);
-    void AddToParent(Path& path, ByteSpan separator, PageNumber lower, PageNumber upper);
-    [[nodiscard]] MutablePageRef NewPage(std::uint8_t level);
-    void LinkBehind(PageNumber page, const MutablePageRef& fresh);
+    [[nodiscard]] IndexPage View(const PageRef& page) const { return {page, GetFormat()}; }
+
+    // Search (index_tree.cpp).
+    [[nodiscard]] PageRef FindLeaf(ByteSpan wanted) const;
+    [[nodiscard]] PageRef Descend(ByteSpan wanted, Path* path) const;
+    [[nodiscard]] bool Reaches(PageNumber subtree, ByteSpan wanted) const;
+    [[nodiscard]] bool HasNeighbour(const IndexPage& leaf, std::size_t place, ByteSpan key) const;
+
+    // Changes of more than one page (index_tree_change.cpp). A step of `path` is named by its depth; path.size() is
+    // that of the leaf.
+    void InsertRebuilding();
+    void RemoveLast();
+    void StorePage(const Path& path, std::size_t depth, PageNumber page, std::uint8_t level, const EntryList& entries,
+                   std::span<const Piece> pieces);
+    void StoreNode(const Path& path, std::size_t depth, std::uint8_t level, const Children& children);
+    void ReplaceChildren(const Path& path, std::size_t depth, std::size_t first, std::size_t count,
+                         const Children& replacement);
+    void RenameInParent(const Path& path, std::size_t depth, PageNumber page, ByteSpan key);
+    void RemovePage(const Path& path, std::size_t depth, PageNumber page);
+    void JoinSibling(const Path& path, std::size_t depth, const Children& only);
+    void TakeContentOf(PageNumber child);
     void Unlink(PageNumber page);
     void FreePage(PageNumber page);
-    void RemoveChild(Path& path);
-    void ReplaceSeparator(Path& path, ByteSpan last);
-    void Collapse(PageNumber child);
-    void JoinNeighbour(Path& path);
-    void LastOf(PageNumber page, Bytes& entry) const;
+    [[nodiscard]] PageNumber NextOf(PageNumber page) const;
+    [[nodiscard]] std::uint8_t LevelOf(PageNumber page) const;
+    [[nodiscard]] static EntryList NodeEntries(const Children& children);
+    [[nodiscard]] static Piece NodePiece(const Format& format, const Children& children, const EntryList& entries,
+                                         std::size_t first, std::size_t end);
+    [[nodiscard]] Children ReadChildren(PageNumber node) const;
+    [[nodiscard]] Bytes LastEntry(PageNumber page) const;
 
     Pager* pager_;
     PageNumber root_;
     UsageMap pages_;
     PageNumber definitionPage_;
     PageNumber lastLeaf_ = 0; ///< rightmost leaf, 0 = not known
-
-    // Buffers that are kept from insert to insert.
-    Bytes entry_;
-    mutable Bytes last_;
-    mutable std::vector<std::uint16_t> ends_;
+    Bytes entry_;             ///< the one that is inserted or removed
 };
 
 } // namespace jet

@@ -28,7 +28,8 @@ struct Weight {
     std::array<Byte, 2> secondary{};
 };
 
-template <std::size_t kSize> Byte StoreCode(std::array<Byte, kSize>& bytes, std::uint32_t code)
+template <std::size_t kSize>
+Byte StoreCode(std::array<Byte, kSize>& bytes, std::uint32_t code)
 {
     const auto size = static_cast<std::size_t>((std::bit_width(code) + 7) / 8);
     for (std::size_t i = 0; i < size; ++i)

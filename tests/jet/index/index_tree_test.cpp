@@ -1,0 +1,241 @@
+#include "jet/index/index_tree.h"
+
+#include "jet/error.h"
+#include "jet/index/tree_checker.h"
+#include "jet/store/data_page.h"
+
+#include <functional>
+#include <random>
+
+namespace jet {
+namespace {
+
+using testing::CheckTree;
+using testing::TreeFile;
+
+Bytes LongKey(std::uint32_t value)
+{
+    Bytes key(5, 0x7F);
+    StoreBigU32(key, 1, value ^ 0x80000000U);
+    return key;
+}
+
+/// A key of `size` bytes of which none is a prefix of another.
+Bytes WideKey(std::uint32_t value, std::size_t size)
+{
+    Bytes key(size, 0x40);
+    key.front() = static_cast<Byte>(value);
+    StoreBigU32(key, size - 5, value);
+    key.back() = 0;
+    return key;
+}
+
+RowId RowOf(std::uint32_t number)
+{
+    return {100 + number / 200, static_cast<std::uint8_t>(number % 200)};
+}
+
+Bytes EntryOf(ByteSpan key, RowId row)
+{
+    Bytes entry(key.begin(), key.end());
+    entry.resize(key.size() + 4);
+    StoreBigU32(entry, key.size(), row.Pointer());
+    return entry;
+}
+
+std::vector<std::size_t> LeafCounts(TreeFile& file)
+{
+    std::vector<std::size_t> counts;
+    const std::vector<PageNumber> leaves = file.Levels().back();
+    for (const PageNumber leaf : leaves) {
+        const PageRef ref = file.pager->Read(leaf);
+        counts.push_back(IndexPage(ref, file.pager->GetFormat()).Count());
+    }
+    return counts;
+}
+
+TEST(IndexTree, AppendsFillLeavesAsAccessDoes)
+{
+    struct Case {
+        JetVersion version;
+        std::uint32_t count;
+        std::vector<std::size_t> leaves;
+    };
+    const Case cases[] = {
+        {JetVersion::Jet3, 200, {200}},
+        {JetVersion::Jet3, 1000, {255, 256, 256, 233}},
+        {JetVersion::Jet4, 1500, {602, 602, 296}},
+    };
+    for (const Case& c : cases) {
+        TreeFile file(c.version);
+        std::set<Bytes> expected;
+        for (std::uint32_t i = 1; i <= c.count; ++i) {
+            EXPECT_TRUE(file.tree.Insert(LongKey(i), RowOf(i)));
+            expected.insert(EntryOf(LongKey(i), RowOf(i)));
+        }
+        EXPECT_EQ(LeafCounts(file), c.leaves);
+        CheckTree(file, expected);
+    }
+}
+
+/// Inserts and removes at random, with `keyOf` numbers below `numbers`, and compares with a set.
+void RunAgainstModel(JetVersion version, unsigned seed, std::uint32_t numbers, int steps, std::size_t fewestLevels,
+                     const std::function<Bytes(std::uint32_t)>& keyOf)
+{
+    SCOPED_TRACE("Jet " + std::to_string(3 + static_cast<int>(version)) + ", seed " + std::to_string(seed));
+    TreeFile file(version);
+    std::mt19937 random(seed);
+    std::set<Bytes> model;
+    std::multiset<Bytes> keys;
+    std::size_t highest = 0;
+    for (int step = 0; step < steps; ++step) {
+        // First the tree grows, then it shrinks to nothing.
+        const bool grows = random() % 10 < (step < steps / 2 ? 8U : 2U);
+        const std::uint32_t number = random() % numbers;
+        const Bytes key = keyOf(number);
+        const RowId row = RowOf(number);
+        const Bytes entry = EntryOf(key, row);
+        if (model.contains(entry) || !grows) {
+            Bytes victim = entry;
+            if (const auto at = model.lower_bound(entry); at != model.end())
+                victim = *at;
+            const ByteSpan victimKey = ByteSpan(victim).first(victim.size() - 4);
+            const bool was = model.erase(victim) != 0;
+            if (was)
+                keys.erase(keys.find(Bytes(victimKey.begin(), victimKey.end())));
+            ASSERT_EQ(file.tree.Remove(victimKey, RowId::FromPointer(LoadBigU32(victim, victim.size() - 4))), was);
+        } else {
+            ASSERT_EQ(file.tree.Insert(key, row), !keys.contains(key));
+            model.insert(entry);
+            keys.insert(key);
+        }
+        const Bytes probe = keyOf(random() % numbers);
+        ASSERT_EQ(file.tree.Contains(probe), keys.contains(probe));
+        const auto atLeast = model.lower_bound(probe);
+        const IndexTree::Cursor cursor = file.tree.Seek(probe);
+        ASSERT_EQ(cursor.AtEnd(), atLeast == model.end());
+        if (!cursor.AtEnd()) {
+            ASSERT_EQ(EntryOf(cursor.Key(), cursor.Row()), *atLeast);
+        }
+        if (step % (steps / 20) == 0) {
+            CheckTree(file, model);
+            if (::testing::Test::HasFatalFailure())
+                return;
+            highest = std::max(highest, file.Levels().size());
+        }
+    }
+    while (!model.empty()) {
+        auto victim = std::next(model.begin(), static_cast<long>(random() % std::min<std::size_t>(model.size(), 50)));
+        ASSERT_TRUE(file.tree.Remove(ByteSpan(*victim).first(victim->size() - 4),
+                                     RowId::FromPointer(LoadBigU32(*victim, victim->size() - 4))));
+        model.erase(victim);
+        if (model.size() % 500 == 0)
+            CheckTree(file, model);
+    }
+    CheckTree(file, model);
+    EXPECT_EQ(file.map.Pages(), std::vector<PageNumber>{file.root});
+    EXPECT_GE(highest, fewestLevels);
+}
+
+TEST(IndexTree, HoldsWhatAModelHolds)
+{
+    for (const JetVersion version : testing::kBothVersions) {
+        const std::size_t half = FormatOf(version).indexPage.room / 2 - 8;
+        for (const unsigned seed : {11U, 12U}) {
+            RunAgainstModel(version, seed, 1U << 20, 3000, 2, LongKey);
+            RunAgainstModel(version, seed, 20000, 8000, 2, [](std::uint32_t n) { return LongKey(n % 7); });
+            RunAgainstModel(version, seed, 1U << 20, 3000, 2,
+                            [](std::uint32_t n) { return WideKey(n, 6 + n % 97 * 2); });
+            // Two or three entries to a page: many levels, and splits that need three pages.
+            RunAgainstModel(version, seed, 3000, 1500, 4,
+                            [&](std::uint32_t n) { return WideKey(n, n % 3 == 0 ? 8 + n % 20 : half - n % 40); });
+        }
+    }
+}
+
+TEST(IndexTree, GrowsAndShrinksFromEitherEnd)
+{
+    for (const JetVersion version : testing::kBothVersions) {
+        for (const bool insertsDown : {false, true}) {
+            for (const bool removesDown : {false, true}) {
+                SCOPED_TRACE(std::to_string(insertsDown) + std::to_string(removesDown));
+                constexpr std::uint32_t kCount = 6000;
+                TreeFile file(version);
+                const auto keyOf = [](std::uint32_t i) { return WideKey(i * 0x10001, 60); };
+                std::set<Bytes> model;
+                for (std::uint32_t n = 0; n < kCount; ++n) {
+                    const std::uint32_t i = insertsDown ? kCount - n : n;
+                    file.tree.Insert(keyOf(i), RowOf(i));
+                    model.insert(EntryOf(keyOf(i), RowOf(i)));
+                }
+                CheckTree(file, model);
+                EXPECT_GE(file.Levels().size(), 3U);
+                while (!model.empty()) {
+                    const auto victim = removesDown ? std::prev(model.end()) : model.begin();
+                    ASSERT_TRUE(
+                        file.tree.Remove(ByteSpan(*victim).first(60), RowId::FromPointer(LoadBigU32(*victim, 60))));
+                    model.erase(victim);
+                    if (model.size() % 1000 == 0)
+                        CheckTree(file, model);
+                }
+                EXPECT_EQ(file.map.Pages(), std::vector<PageNumber>{file.root});
+            }
+        }
+    }
+}
+
+TEST(IndexTree, GivesItsPagesBack)
+{
+    TreeFile file(JetVersion::Jet4);
+    const auto fill = [&] {
+        for (std::uint32_t i = 0; i < 5000; ++i)
+            file.tree.Insert(LongKey(i), RowOf(i));
+    };
+    fill();
+    file.tree.Clear();
+    CheckTree(file, {});
+    fill();
+    EXPECT_EQ(std::ranges::distance(LeafCounts(file)), 9);
+    file.tree.Destroy();
+    EXPECT_TRUE(file.map.Pages().empty());
+    EXPECT_TRUE(file.pager->IsFree(file.root));
+}
+
+TEST(IndexTree, RefusesWhatItCannotHold)
+{
+    TreeFile file(JetVersion::Jet3);
+    const std::size_t longest = file.pager->GetFormat().indexPage.room / 2 - 8;
+    file.tree.Insert(Bytes(longest, 1), RowOf(1));
+    EXPECT_THROW(file.tree.Insert(Bytes(longest + 1, 2), RowOf(2)), Error);
+    EXPECT_THROW(file.tree.Insert(Bytes(longest, 1), RowOf(1)), Error); // the entry is there already
+    CheckTree(file, {EntryOf(Bytes(longest, 1), RowOf(1))});
+}
+
+TEST(IndexTree, DamagedTreesEndInAnError)
+{
+    for (const char* damage : {"a child that is its parent", "leaves in a circle", "a node without children"}) {
+        SCOPED_TRACE(damage);
+        TreeFile file(JetVersion::Jet4);
+        for (std::uint32_t i = 0; i < 2000; ++i)
+            file.tree.Insert(LongKey(i), RowOf(i));
+        const PageNumber firstLeaf = file.Levels().back().front();
+        IndexPageEditor root(file.pager->Write(file.root), file.pager->GetFormat());
+        if (damage[0] == 'a' && damage[2] == 'c')
+            root.SetTail(file.root);
+        else if (damage[0] == 'l')
+            IndexPageEditor(file.pager->Write(file.Levels().back().back()), file.pager->GetFormat()).SetNext(firstLeaf);
+        else
+            IndexPageEditor::MakeEmpty(file.pager->Write(file.root), file.pager->GetFormat(), 7, 1);
+        IndexTree tree(*file.pager, file.root, file.map.Record(), testing::kOwner);
+        EXPECT_THROW(
+            {
+                for (auto at = tree.First(); !at.AtEnd(); at.Next()) {
+                }
+                tree.Insert(LongKey(5000), RowOf(5000));
+            },
+            Error);
+    }
+}
+
+} // namespace
+} // namespace jet
