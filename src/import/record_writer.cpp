@@ -5,6 +5,7 @@
 #include "schema/table_name.h"
 
 #include <string>
+#include <utility>
 
 namespace velmora {
 
@@ -130,12 +131,12 @@ std::string RecordWriter::ColumnToWiden(const TableSink& sink, std::size_t field
     return sink.records->FieldName(field);
 }
 
-std::optional<std::size_t> RecordWriter::Widen(TableSink& sink, std::size_t field, const std::string& column)
+std::optional<std::size_t> RecordWriter::Widen(TableSink& sink, std::size_t field, std::string column)
 {
     const std::string meant = sink.records->FieldName(field);
     // Only this sink can have a pending record on the table: an owner on the same one would have had the column itself.
     const ValuesByName values(sink);
-    if (!velChangeColumnToMemo(job_, session_, *sink.records, column))
+    if (!velChangeColumnToMemo(job_, session_, *sink.records, std::move(column)))
         return std::nullopt;
     FindKeys(sink);
     values.PutBack();

@@ -53,7 +53,7 @@ private:
     void FindKeys(TableSink& sink) const;
     [[nodiscard]] std::string ColumnToWiden(const TableSink& sink, std::size_t field, const RawName& rawName) const;
     /// The new position of the column that stood at `field`; nullopt when widening failed.
-    [[nodiscard]] std::optional<std::size_t> Widen(TableSink& sink, std::size_t field, const std::string& column);
+    [[nodiscard]] std::optional<std::size_t> Widen(TableSink& sink, std::size_t field, std::string column);
 
     Job& job_;
     DatabaseSession& session_;

@@ -19,7 +19,7 @@ std::string TemporaryName()
 
 } // namespace
 
-bool velChangeColumnToMemo(Job& job, DatabaseSession& session, Recordset& records, const std::string& column)
+bool velChangeColumnToMemo(Job& job, DatabaseSession& session, Recordset& records, std::string column)
 {
     const std::string table = records.Source();
     return Procedure(job.log, "velChangeColumnToMemo", "[" + column + "] " + table, [&](Step& step) {

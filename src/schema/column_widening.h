@@ -11,7 +11,6 @@ namespace velmora {
 /// Recordset::Layout(). A failure ends in the error report; the record is gone then, and false comes back.
 ///
 /// No other recordset on the table may have a pending record.
-[[nodiscard]] bool velChangeColumnToMemo(Job& job, DatabaseSession& session, Recordset& records,
-                                         const std::string& column);
+[[nodiscard]] bool velChangeColumnToMemo(Job& job, DatabaseSession& session, Recordset& records, std::string column);
 
 } // namespace velmora

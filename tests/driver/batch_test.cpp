@@ -1,0 +1,248 @@
+#include "driver/conversion.h"
+
+namespace velmora::testing {
+
+namespace {
+
+const std::string kThree = "<r><p><n>1</n></p><p><n>2</n></p><p><n>3</n></p></r>";
+
+TEST(Batch, FilesOfOneRunExtendTheTablesOfThoseBefore)
+{
+    Conversion run;
+    run.Xml("<r><p><n>1</n></p></r>", "b.xml");
+    run.Xml("<r><p><n>2</n><m>x</m><q><z>1</z></q></p></r>", "c.xml");
+    run.Xml("<r><p><n>0</n></p></r>", "a.xml");
+    const RunOutcome outcome = run.Run();
+    EXPECT_FALSE(outcome.failed) << run.Error();
+    EXPECT_EQ(outcome.convertedFiles, 3);
+    EXPECT_EQ(run.Dump("p"), "PKEY|FKEY|n|m\n1|1|0|\n2|2|1|\n3|3|2|x\n");
+    EXPECT_EQ(run.Dump("q"), "PKEY|FKEY|z\n1|3|1\n");
+    EXPECT_EQ(run.Relations(), "p.FKEY -> r.PKEY\nq.FKEY -> p.PKEY\n");
+    EXPECT_EQ(run.Said("New column: [p].[m]"), 1);
+    for (int n = 1; n <= 3; ++n)
+        EXPECT_EQ(run.Said("File " + std::to_string(n) +
+                           " of 3: " + run.Path(std::string(1, static_cast<char>('a' + n - 1)) + ".xml").string()),
+                  1);
+    ASSERT_EQ(outcome.tables.size(), 3u);
+    EXPECT_EQ(outcome.tables[1].table, "p");
+    EXPECT_EQ(outcome.tables[1].records, 3);
+    EXPECT_EQ(outcome.tables[1].newColumns, 1);
+}
+
+TEST(Batch, ARelationOnAFilledTableIsMadeWhereItsRowsAllowIt)
+{
+    Conversion run;
+    run.Options("+one_table_per_element");
+    run.Xml("<r><a><item><x>1</x></item></a><b><item><x>2</x></item></b><z>e</z></r>");
+    EXPECT_FALSE(run.Run().failed);
+    EXPECT_EQ(run.Relations(), "a.FKEY -> r.PKEY\nb.FKEY -> r.PKEY\n");
+
+    run.Options("-recreate_database -one_table_per_element").Xml("<r><a><item><x>3</x></item></a><y>f</y></r>");
+    EXPECT_FALSE(run.Run().failed) << run.Error();
+    EXPECT_EQ(run.Dump("item"), "PKEY|FKEY|x\n1|1|1\n2|1|2\n3|2|3\n") << "the marker of shared tables is gone";
+    EXPECT_EQ(run.Relations(), "a.FKEY -> r.PKEY\nb.FKEY -> r.PKEY\nitem.FKEY -> a.PKEY\n");
+}
+
+TEST(Batch, ARelationThatRowsForbidIsLeftOut)
+{
+    Conversion run;
+    run.Xml("<p><n>1</n></p>", "a.xml").Xml("<r><p><n>2</n></p></r>", "b.xml");
+    EXPECT_FALSE(run.Run().failed) << run.Error();
+    EXPECT_EQ(run.Said("Relation between [p] and [r] left out"), 1);
+    EXPECT_EQ(run.Dump("p"), "PKEY|FKEY|n\n1|0|1\n2|1|2\n");
+    EXPECT_EQ(run.Relations(), "");
+}
+
+TEST(Batch, ATableMayHaveMoreChildrenThanItCanHaveIndexes)
+{
+    constexpr int kChildren = 40;
+    std::string children;
+    for (int child = 0; child < kChildren; ++child) {
+        const std::string tag = "t" + std::to_string(child);
+        children += "<" + tag + "><n>" + std::to_string(child) + "</n></" + tag + ">";
+    }
+    Conversion run;
+    EXPECT_FALSE(run.Xml("<r>" + children + "</r>").Run().failed) << run.Error();
+    EXPECT_GT(run.Said("left out"), 0);
+    EXPECT_EQ(run.Dump("t39"), "PKEY|FKEY|n\n1|1|39\n");
+}
+
+TEST(Batch, NothingToDoTouchesNothing)
+{
+    struct Case {
+        const char* name;
+        void (*set)(Conversion&);
+        const char* line;
+    };
+    const Case cases[] = {
+        {"no source", [](Conversion& c) { c.job.controls.txtFILE_XML.text = "  "; }, "No XML file specified!"},
+        {"no match", [](Conversion& c) { c.job.controls.txtFILE_XML.text = c.Path("*.none").string(); },
+         "No files to import"},
+        {"no such file", [](Conversion& c) { c.job.controls.txtFILE_XML.text = c.Path("none.xml").string(); },
+         "File does not exist!"},
+        {"the target is a source", [](Conversion& c) { c.job.controls.txtFILE_MDB.text = c.Path("./a.xml").string(); },
+         "is also the XML file"},
+        {"the target is the protocol",
+         [](Conversion& c) { c.job.controls.txtFILE_LOG.text = c.job.controls.txtFILE_MDB.text; },
+         "is also the protocol file"},
+        {"the target is the mapping",
+         [](Conversion& c) { c.job.controls.txtFILE_MAPPING.text = c.job.controls.txtFILE_MDB.text; },
+         "is also the tag-mapping file"},
+        {"the protocol is a source", [](Conversion& c) { c.job.controls.txtFILE_LOG.text = c.Path("a.xml").string(); },
+         "is also the XML file"},
+        {"an option that is not there", [](Conversion& c) { c.job.controls.txtXML_URL.text = "http://x"; }, "(url=)"},
+    };
+    for (const Case& c : cases) {
+        SCOPED_TRACE(c.name);
+        Conversion run;
+        run.Xml(kThree);
+        WriteFile(run.Target(), "old");
+        c.set(run);
+        const RunOutcome outcome = run.batch.btnConvert_Click();
+        EXPECT_TRUE(outcome.nothingToDo);
+        EXPECT_FALSE(outcome.failed);
+        EXPECT_EQ(run.Said(c.line), 1) << ::testing::PrintToString(run.host.lines);
+        EXPECT_EQ(run.Said("Done"), 1);
+        EXPECT_EQ(ReadFile(run.Target()), "old");
+        std::filesystem::remove(run.Target());
+        EXPECT_EQ(ReadFile(run.Path("a.xml")), kThree);
+        EXPECT_EQ(run.job.controls.btnConvertCaption, "Convert");
+    }
+}
+
+TEST(Batch, AFileThatCannotBeReadIsCountedAndTheOthersGoOn)
+{
+    Conversion run;
+    run.Xml("<r><p>", "a.xml").Xml(kThree, "b.xml");
+    const RunOutcome outcome = run.Run();
+    EXPECT_FALSE(outcome.failed);
+    EXPECT_EQ(outcome.unreadableFiles, 1);
+    EXPECT_EQ(outcome.convertedFiles, 1);
+    EXPECT_EQ(run.Said("Import XML: 0 records were imported"), 1);
+    EXPECT_EQ(run.Dump("p"), "PKEY|FKEY|n\n1|1|1\n2|1|2\n3|1|3\n");
+}
+
+TEST(Batch, ACancelKeepsWhatWasSaved)
+{
+    Conversion run;
+    run.Xml(kThree);
+    int events = 0;
+    bool importing = false;
+    run.host.onEvents = [&] {
+        importing = importing || run.Said("Import XML: Approx.") > 0;
+        if (importing && ++events == 3) // the document element and one record are done
+            run.batch.btnQuit_Click();
+    };
+    const RunOutcome outcome = run.Run();
+    EXPECT_TRUE(outcome.cancelled);
+    EXPECT_FALSE(outcome.failed);
+    EXPECT_EQ(run.Dump("p"), "PKEY|FKEY|n\n1|1|1\n");
+    EXPECT_EQ(run.Said("what was saved until then stays"), 1);
+    EXPECT_EQ(run.Said("Done"), 1);
+}
+
+TEST(Batch, ACancelIsAskedForUnlessTheRunIsQuiet)
+{
+    for (const bool confirmed : {false, true}) {
+        SCOPED_TRACE(confirmed);
+        Conversion run;
+        run.Options("-quiet").Xml(kThree);
+        run.host.answers = {confirmed ? Answer::Ok : Answer::Cancel};
+        bool asked = false;
+        run.host.onEvents = [&] {
+            if (!std::exchange(asked, true))
+                run.batch.btnQuit_Click();
+        };
+        EXPECT_EQ(run.Run().cancelled, confirmed);
+        EXPECT_EQ(run.Said("Operation cancelled by user"), confirmed ? 1 : 0);
+        ASSERT_EQ(run.host.messages.size(), 1u);
+        run.batch.btnQuit_Click();
+        EXPECT_EQ(run.host.messages.size(), 1u) << "without a run there is nothing to cancel";
+    }
+}
+
+TEST(Batch, ADatabaseIsMadeAnewOnlyWhenTheNewOneStands)
+{
+    Conversion run;
+    EXPECT_FALSE(run.Xml(kThree).Run().failed);
+    EXPECT_EQ(run.Said("MDB file deleted"), 0);
+    const std::string old = ReadFile(run.Target());
+    bool stoodTillTheEnd = true;
+    run.host.onEvents = [&] { stoodTillTheEnd = stoodTillTheEnd && ReadFile(run.Target()) == old; };
+    EXPECT_FALSE(run.Xml("<r><q><n>1</n></q></r>").Run().failed);
+    EXPECT_TRUE(stoodTillTheEnd);
+    EXPECT_EQ(run.Said("MDB file deleted"), 1);
+    EXPECT_EQ(run.Tables(), "q r ");
+}
+
+TEST(Batch, ATargetThatCannotBeDeletedEndsTheRun)
+{
+    Conversion run;
+    run.Xml(kThree);
+    std::filesystem::create_directory(run.Target());
+    const RunOutcome outcome = run.batch.btnConvert_Click();
+    EXPECT_TRUE(outcome.failed);
+    EXPECT_EQ(run.Said("Could not delete MDB file"), 1);
+    EXPECT_NE(run.Error().find("70 "), std::string::npos) << run.Error();
+    EXPECT_TRUE(std::filesystem::is_directory(run.Target()));
+}
+
+TEST(Batch, AForeignFileIsRefusedUntouched)
+{
+    Conversion run;
+    run.Options("-recreate_database").Xml(kThree);
+    WriteFile(run.Target(), "no database");
+    EXPECT_TRUE(run.batch.btnConvert_Click().failed);
+    EXPECT_EQ(ReadFile(run.Target()), "no database");
+    std::filesystem::remove(run.Target());
+}
+
+TEST(Batch, TheProtocolFileTellsTheWholeRun)
+{
+    Conversion run;
+    run.Options("debug").Xml(kThree);
+    run.job.controls.txtFILE_LOG.text = run.Path("run.log").string();
+    run.Run();
+    const std::string log = ReadFile(run.Path("run.log"));
+    std::size_t at = 0;
+    for (const char* line : {"==================================================\r\n",
+                             "Protocoll file opened",
+                             "btnConvert_Click: Debug mode: True",
+                             "velOpenDatabase: ",
+                             "Create MDB File",
+                             "Create database",
+                             "File 1 of 1: ",
+                             "Open XML",
+                             "Analyse XML",
+                             "Create tables",
+                             "Check if table [r] exists",
+                             "Create table [r]",
+                             "Create index [r_PKEY]",
+                             "New column [p].[n]?",
+                             "Create relations",
+                             "Create relation between [p] and [r]",
+                             "Create Index on [p_FKEY]",
+                             "Check if constraint named [p_LINK] exists",
+                             "velOpenTables: ",
+                             "Open table [p]",
+                             "Import XML: Approx. 5 records will be imported",
+                             "--- Start importing nodes -----------------",
+                             "velImportNode: ",
+                             "Add new record to table [r]",
+                             "Update record in table [r]",
+                             "  Analyse tag <p>",
+                             "Insert value for [p].[n]",
+                             "Import XML: 4 records were imported",
+                             "Close tables",
+                             "Close table [p]",
+                             "Done",
+                             "Closing protocoll file"}) {
+        const std::size_t found = log.find(line, at);
+        ASSERT_NE(found, log.npos) << line << "\n" << log.substr(at, 2000);
+        at = found;
+    }
+}
+
+} // namespace
+
+} // namespace velmora::testing
