@@ -4,6 +4,7 @@
 
 #include <cerrno>
 #include <fcntl.h>
+#include <sys/file.h>
 #include <sys/stat.h>
 #include <system_error>
 #include <unistd.h>
@@ -44,6 +45,21 @@ std::string SystemMessage(int code)
     default:
         ThrowIo(name, code);
     }
+}
+
+/// Keeps other processes out for as long as the descriptor is open. File systems without locks let everyone in.
+void LockWhole(int descriptor, const std::string& name)
+{
+#ifdef F_OFD_SETLK
+    struct flock whole {};
+    whole.l_type = F_WRLCK;
+    whole.l_whence = SEEK_SET;
+    const int failed = ::fcntl(descriptor, F_OFD_SETLK, &whole);
+#else
+    const int failed = ::flock(descriptor, LOCK_EX | LOCK_NB);
+#endif
+    if (failed && (errno == EAGAIN || errno == EACCES || errno == EWOULDBLOCK))
+        throw Error(ErrorNumber::FileInUse, {name});
 }
 
 class PosixFile final : public File {
@@ -124,6 +140,7 @@ std::unique_ptr<File> OpenFile(const std::filesystem::path& path, OpenMode mode)
         ThrowIo(path.string(), errno);
     if (!S_ISREG(status.st_mode))
         throw Error(ErrorNumber::InvalidPath, {path.string()});
+    LockWhole(descriptor, path.string());
     return file;
 }
 

@@ -31,7 +31,8 @@ enum class OpenMode {
     CreateNew, ///< fails when the file exists
 };
 
-/// Opens a real file. Throws Error: FileNotFound, DatabaseExists, ReadOnly, InvalidPath, DiskFull, DiskError.
+/// Opens a real file and keeps it locked against others, this process included, until it is closed. Throws Error:
+/// FileNotFound, DatabaseExists, ReadOnly, InvalidPath, FileInUse, DiskFull, DiskError.
 [[nodiscard]] std::unique_ptr<File> OpenFile(const std::filesystem::path& path, OpenMode mode);
 
 } // namespace jet

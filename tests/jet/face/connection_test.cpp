@@ -1,0 +1,122 @@
+#include "jet/face/database.h"
+
+namespace jet {
+namespace {
+
+namespace fs = std::filesystem;
+using testing::Database;
+using testing::kVersions;
+using velmora::testing::TempFolder;
+
+template <typename Action>
+std::optional<ErrorNumber> ErrorOf(const Action& action)
+{
+    try {
+        action();
+    } catch (const Error& error) {
+        return error.Number();
+    }
+    return std::nullopt;
+}
+
+TEST(Connection, ANewFileTakesItsPlaceAtTheFirstCommit)
+{
+    const TempFolder folder;
+    const fs::path target = folder / "new.mdb";
+    {
+        const auto connection = Connection::Create(target, JetVersion::Jet4);
+        EXPECT_FALSE(fs::exists(target));
+    }
+    EXPECT_TRUE(fs::is_empty(folder.Path())) << "dropped without a commit";
+    {
+        const auto connection = Connection::Create(target, JetVersion::Jet4);
+        connection->Execute("CREATE TABLE t (a Long)");
+        connection->Commit();
+        EXPECT_TRUE(fs::exists(target));
+        connection->Execute("CREATE TABLE u (a Long)");
+        connection->Commit();
+    }
+    EXPECT_EQ(std::distance(fs::directory_iterator(folder.Path()), {}), 1);
+    EXPECT_SOUND(target);
+    EXPECT_EQ(ErrorOf([&] { static_cast<void>(Connection::Create(target, JetVersion::Jet4)); }),
+              ErrorNumber::DatabaseExists);
+}
+
+TEST(Connection, TheLeftoverOfAKilledRunIsReplaced)
+{
+    const TempFolder folder;
+    velmora::testing::WriteFile(folder / "a.mdb.velmora-new", "half a database");
+    const auto connection = Connection::Create(folder / "a.mdb", JetVersion::Jet3);
+    connection->Commit();
+    EXPECT_SOUND(folder / "a.mdb");
+}
+
+TEST(Connection, AFileInUseIsNotOpenedASecondTime)
+{
+    const TempFolder folder;
+    const fs::path path = folder / "a.mdb";
+    const auto first = Connection::Create(path, JetVersion::Jet4);
+    EXPECT_EQ(ErrorOf([&] { static_cast<void>(Connection::Create(path, JetVersion::Jet4)); }), ErrorNumber::FileInUse);
+    first->Commit();
+    EXPECT_EQ(ErrorOf([&] { static_cast<void>(Connection::Open(path)); }), ErrorNumber::FileInUse);
+}
+
+TEST(Connection, WhatAccessMadeIsLeftAlone)
+{
+    REQUIRE_SHARED(shared);
+    const TempFolder folder;
+    struct Case {
+        const char* file;
+        ErrorNumber number;
+    };
+    const Case cases[] = {
+        {"adox_jet4.mdb", ErrorNumber::ReadOnly},
+        {"testV1997.mdb", ErrorNumber::ReadOnly},
+        {"V2000_with-password.mdb", ErrorNumber::NotAValidPassword},
+        {"README.md", ErrorNumber::NotADatabase},
+        {"missing.mdb", ErrorNumber::FileNotFound},
+    };
+    for (const Case& c : cases) {
+        SCOPED_TRACE(c.file);
+        const fs::path original = shared / "corpus/mdb" / c.file;
+        const fs::path copy = folder / c.file;
+        const bool isThere = fs::exists(original);
+        const std::string content = isThere ? velmora::testing::ReadFile(original) : std::string();
+        if (isThere)
+            velmora::testing::WriteFile(copy, content);
+        EXPECT_EQ(ErrorOf([&] { static_cast<void>(Connection::Open(copy)); }), c.number);
+        EXPECT_TRUE(!isThere || velmora::testing::ReadFile(copy) == content) << "the file was touched";
+    }
+}
+
+TEST(Connection, QuestionsAboutOneNameDoNotDependOnTheNumberOfTables)
+{
+    Database database(JetVersion::Jet4);
+    for (int i = 0; i < 300; ++i) {
+        const std::string table = "t" + std::to_string(i);
+        database.Execute("CREATE TABLE [" + table + "] (PKEY Counter NOT NULL, FKEY Long)");
+        EXPECT_EQ(database.Schema(SchemaKind::Indexes, {"", "", table + "_FKEY"}, {"TABLE_NAME"}), "");
+        database.Execute("CREATE INDEX [" + table + "_FKEY] ON [" + table + "] (FKEY)");
+        EXPECT_EQ(database.Schema(SchemaKind::Indexes, {"", "", table + "_FKEY"}, {"TABLE_NAME"}), table + "\n");
+        EXPECT_EQ(database.Schema(SchemaKind::Tables, {"", "", table, "TABLE"}, {"TABLE_NAME"}), table + "\n");
+    }
+    database.Execute("DROP TABLE t7");
+    EXPECT_EQ(database.Schema(SchemaKind::Indexes, {"", "", "t7_FKEY"}, {"TABLE_NAME"}), "");
+    EXPECT_EQ(database.Face().ObjectsLeft(), 32'768u - 8 - 299);
+    EXPECT_TRUE(database.AllSound());
+}
+
+TEST(Rowset, SaysWhatIsNotThere)
+{
+    Database database(JetVersion::Jet4);
+    Rowset rows = database.Face().OpenSchema(SchemaKind::Tables, {"", "", "", "SYSTEM TABLE"});
+    EXPECT_EQ(rows.Text("TABLE_NAME"), "MSysACEs");
+    EXPECT_EQ(rows.Text("DESCRIPTION"), "");
+    EXPECT_EQ(ErrorOf([&] { static_cast<void>(rows.Field("x")); }), ErrorNumber::ItemNotFound);
+    while (!rows.Eof())
+        rows.MoveNext();
+    EXPECT_EQ(ErrorOf([&] { static_cast<void>(rows.Field("TABLE_NAME")); }), ErrorNumber::NoCurrentRecord);
+}
+
+} // namespace
+} // namespace jet

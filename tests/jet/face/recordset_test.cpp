@@ -1,0 +1,197 @@
+#include "jet/face/database.h"
+
+namespace jet {
+namespace {
+
+using testing::Database;
+using testing::kVersions;
+
+template <typename Action>
+std::optional<ErrorNumber> ErrorOf(const Action& action)
+{
+    try {
+        action();
+    } catch (const Error& error) {
+        return error.Number();
+    }
+    return std::nullopt;
+}
+
+void MakeTable(Database& database)
+{
+    database.Execute("CREATE TABLE t (PKEY Counter NOT NULL, a Text(5), b Longtext, n Long)");
+    database.Execute("CREATE UNIQUE INDEX t_PKEY ON t (PKEY) WITH PRIMARY");
+}
+
+TEST(Recordset, AFieldThatDoesNotFitKeepsItsValue)
+{
+    for (const JetVersion version : kVersions) {
+        Database database(version);
+        MakeTable(database);
+        Recordset records = database.Open("t");
+        records.AddNew();
+        records.SetText(1, "åäö€");
+        EXPECT_EQ(ErrorOf([&] { records.SetText(1, "123456"); }), ErrorNumber::FieldTooSmall);
+        EXPECT_EQ(ErrorOf([&] { records.SetText(3, "12 apples"); }), ErrorNumber::WrongType);
+        records.SetText(3, " -12 ");
+        EXPECT_EQ(records.Get(1), Value("åäö€"));
+        records.SetText(1, "€€€€€");
+        records.Update();
+        EXPECT_EQ(database.Rows("t"), "1|€€€€€||-12\n");
+        EXPECT_EQ(records.ReplacedCharacters(), 0u);
+        EXPECT_TRUE(database.AllSound());
+    }
+}
+
+TEST(Recordset, ACharacterIsAUtf16UnitOrAByte)
+{
+    struct Case {
+        const char* name;
+        JetVersion version;
+        const char* text;
+        const char* stored; ///< nullptr: too long
+    };
+    const Case cases[] = {
+        {"two units each", JetVersion::Jet4, "😀😀", "😀😀"},
+        {"six units", JetVersion::Jet4, "😀😀😀", nullptr},
+        {"outside the code page", JetVersion::Jet3, "жжж", "???"},
+        {"six bytes", JetVersion::Jet3, "äöüäöü", nullptr},
+    };
+    for (const Case& c : cases) {
+        SCOPED_TRACE(c.name);
+        Database database(c.version);
+        MakeTable(database);
+        Recordset records = database.Open("t");
+        records.AddNew();
+        EXPECT_EQ(ErrorOf([&] { records.SetText(1, c.text); }),
+                  c.stored ? std::nullopt : std::optional(ErrorNumber::FieldTooSmall));
+        EXPECT_EQ(records.Get(1), c.stored ? Value(c.stored) : Value());
+        EXPECT_EQ(records.ReplacedCharacters(), std::string_view(c.text) == "жжж" ? 3u : 0u);
+    }
+}
+
+TEST(Recordset, AnAutonumberIsGivenOnceAndTakenBack)
+{
+    Database database(JetVersion::Jet4);
+    MakeTable(database);
+    Recordset records = database.Open("t");
+    Recordset other = database.Open("t");
+    records.AddNew();
+    EXPECT_EQ(records.Get(0), Value(1));
+    records.CancelUpdate();
+    records.AddNew();
+    records.Update();
+    EXPECT_EQ(records.LastAutonumber(), 1) << "the number was given back";
+
+    // Begun anew with its own number, a record keeps it even if others are added before it is saved.
+    records.AddNew();
+    EXPECT_EQ(records.Get(0), Value(2));
+    records.CancelUpdate();
+    records.AddNew();
+    records.SetLong(0, 2);
+    other.AddNew();
+    other.Update();
+    EXPECT_EQ(other.LastAutonumber(), 3);
+    records.Update();
+    EXPECT_EQ(records.LastAutonumber(), 2);
+    records.AddNew();
+    records.SetLong(0, 2);
+    EXPECT_EQ(ErrorOf([&] { records.Update(); }), ErrorNumber::DuplicateKey);
+    EXPECT_TRUE(records.IsPending());
+    records.SetLong(0, 4);
+    records.Update();
+    EXPECT_EQ(database.Rows("t"), "1|||\n3|||\n2|||\n4|||\n");
+    EXPECT_TRUE(database.AllSound());
+}
+
+TEST(Recordset, FollowsColumnsThatChangeUnderIt)
+{
+    for (const JetVersion version : kVersions) {
+        Database database(version);
+        MakeTable(database);
+        Recordset records = database.Open("t");
+        records.AddNew();
+        records.SetText(1, "text");
+        records.SetText(2, "memo");
+        records.SetLong(3, 7);
+        const std::uint64_t generation = records.Generation();
+        database.Execute("ALTER TABLE t ADD COLUMN a2 Longtext");
+        database.Execute("ALTER TABLE t DROP COLUMN a");
+        database.Execute("ALTER TABLE t ADD COLUMN a Longtext");
+        database.Execute("ALTER TABLE t DROP COLUMN n");
+        EXPECT_NE(records.Generation(), generation);
+        EXPECT_EQ(records.FieldCount(), 4u);
+        EXPECT_EQ(records.FieldIndex("a"), 3u);
+        EXPECT_EQ(records.FieldIndex("A"), std::nullopt) << "letter case counts";
+        EXPECT_TRUE(records.IsMemo(3));
+        EXPECT_FALSE(records.IsMemo(0));
+        records.SetText(2, "new");
+        records.Update();
+        EXPECT_EQ(database.Rows("t"), "1|memo|new|text\n") << "a text stays with its column while that is widened";
+
+        records.AddNew();
+        records.SetText(3, "kept");
+        database.Execute("ALTER TABLE t DROP COLUMN b");
+        records.Update();
+        EXPECT_EQ(database.Rows("t"), "1|new|text\n2||kept\n");
+        EXPECT_TRUE(database.AllSound());
+    }
+}
+
+TEST(Recordset, WalksAndDeletes)
+{
+    Database database(JetVersion::Jet4);
+    MakeTable(database);
+    EXPECT_TRUE(database.Open("t").Eof());
+    Recordset records = database.Open("t");
+    std::uint64_t bookmark = 0;
+    for (int i = 0; i < 5; ++i) {
+        records.AddNew();
+        records.SetLong(3, i);
+        records.Update();
+        if (i == 3)
+            bookmark = records.Bookmark();
+    }
+    records.DeleteBookmark(bookmark);
+    EXPECT_EQ(ErrorOf([&] { records.DeleteBookmark(bookmark); }), ErrorNumber::RecordDeleted);
+    records.MoveFirst();
+    records.MoveNext();
+    records.Delete();
+    EXPECT_EQ(ErrorOf([&] { static_cast<void>(records.Get(0)); }), ErrorNumber::RecordDeleted);
+    records.MoveNext();
+    EXPECT_EQ(records.Get(3), Value(2));
+    EXPECT_EQ(database.Rows("t"), "1|||0\n3|||2\n5|||4\n");
+    records.MoveNext();
+    records.MoveNext();
+    EXPECT_TRUE(records.Eof());
+    EXPECT_EQ(ErrorOf([&] { records.MoveNext(); }), ErrorNumber::NoCurrentRecord);
+    EXPECT_EQ(ErrorOf([&] { records.SetLong(3, 1); }), ErrorNumber::NoCurrentRecord);
+    records.Close();
+    EXPECT_EQ(records.GetState(), Recordset::State::Closed);
+    EXPECT_EQ(records.Source(), "t");
+    EXPECT_EQ(ErrorOf([&] { records.AddNew(); }), ErrorNumber::NoCurrentRecord);
+    EXPECT_EQ(ErrorOf([&] { database.Open("MSysObjects").AddNew(); }), ErrorNumber::ReadOnly);
+}
+
+TEST(Recordset, HoldsLongTextsOfEveryKind)
+{
+    for (const JetVersion version : kVersions) {
+        Database database(version);
+        MakeTable(database);
+        std::vector<std::string> texts{
+            "", "x", std::string(32, 'a'), std::string(33, 'a'), std::string(5000, 'b'), std::string(300'000, 'c')};
+        if (version == JetVersion::Jet4)
+            texts.push_back("ж😀\u3042 mixed with plain letters");
+        for (const std::string& text : texts)
+            database.Add("t", {{"b", text}});
+        database.Reopen();
+        std::vector<std::string> read;
+        for (Recordset records = database.Open("t"); !records.Eof(); records.MoveNext())
+            read.push_back(std::get<std::string>(records.Get(2)));
+        EXPECT_TRUE(read == texts);
+        EXPECT_TRUE(database.AllSound());
+    }
+}
+
+} // namespace
+} // namespace jet

@@ -1,0 +1,169 @@
+#include "jet/face/database.h"
+#include "support/process.h"
+
+namespace jet {
+namespace {
+
+using testing::Database;
+using testing::kVersions;
+
+TEST(Statement, EveryChangeLeavesASoundFile)
+{
+    constexpr const char* kStatements[] = {
+        "CREATE TABLE [person] ([PKEY] Counter NOT NULL, [FKEY] Long, [name] String, [note] Longtext, [size] Text(40) "
+        "NOT NULL);",
+        "CREATE UNIQUE INDEX [person_PKEY] ON [person] ([PKEY]) WITH PRIMARY;",
+        "CREATE TABLE [phone] ([PKEY] Counter NOT NULL, [FKEY] Long, [MASTER_TABLE] String, [number] String);",
+        "CREATE UNIQUE INDEX [phone_PKEY] ON [phone] ([PKEY]) WITH PRIMARY;",
+        "CREATE INDEX [phone_FKEY] ON [phone] ([FKEY]);",
+        "ALTER TABLE [phone] ADD CONSTRAINT [phone_LINK] FOREIGN KEY ([FKEY]) REFERENCES [person] ([PKEY]) ON UPDATE "
+        "CASCADE "
+        "ON DELETE CASCADE;",
+        "ALTER TABLE [phone] DROP COLUMN [MASTER_TABLE];",
+        "ALTER TABLE [person] ADD COLUMN [more] Longtext NOT NULL",
+        "ALTER TABLE [person] DROP COLUMN [size]",
+        "CREATE INDEX [by name] ON [person] ([name] DESC, [FKEY])",
+        "DROP INDEX [by name] ON [person]",
+        "ALTER TABLE [phone] DROP CONSTRAINT [phone_LINK]",
+        "DELETE * FROM [person]",
+        "DROP TABLE [person]",
+        "DROP TABLE [phone]",
+    };
+    for (const JetVersion version : kVersions) {
+        Database database(version);
+        for (const char* sql : kStatements) {
+            SCOPED_TRACE(sql);
+            EXPECT_EQ(database.Try(sql), std::nullopt);
+            database.Keep();
+        }
+        EXPECT_EQ(database.Schema(SchemaKind::Tables, {"", "", "", "TABLE"}, {"TABLE_NAME"}), "");
+        EXPECT_TRUE(database.AllSound());
+    }
+}
+
+TEST(Statement, ARefusedOneHasChangedNothing)
+{
+    struct Case {
+        std::string sql;
+        ErrorNumber number;
+    };
+    std::string manyColumns = "CREATE TABLE wide (c0 Long";
+    for (int i = 1; i < 256; ++i)
+        manyColumns += ", c" + std::to_string(i) + " Long";
+    const Case cases[] = {
+        {"CREATE TABLE T (a Long)", ErrorNumber::TableExists},
+        {"CREATE TABLE [] (a Long)", ErrorNumber::InvalidName},
+        {"CREATE TABLE [a.b] (a Long)", ErrorNumber::InvalidName},
+        {"CREATE TABLE [" + std::string(65, 'n') + "] (a Long)", ErrorNumber::InvalidName},
+        {"CREATE TABLE n (a Long, [b!] Long)", ErrorNumber::InvalidName},
+        {"CREATE TABLE n (a Long, A String)", ErrorNumber::FieldDefinedTwice},
+        {"CREATE TABLE n (a Counter, b Counter)", ErrorNumber::TwoAutoNumbers},
+        {"CREATE TABLE n (a Text(256))", ErrorNumber::SizeTooLong},
+        {manyColumns + ")", ErrorNumber::TooManyFields},
+        {"ALTER TABLE x ADD COLUMN a Long", ErrorNumber::NoSuchTable},
+        {"ALTER TABLE t ADD COLUMN NAME Long", ErrorNumber::FieldExists},
+        {"ALTER TABLE t DROP COLUMN x", ErrorNumber::NoSuchField},
+        {"ALTER TABLE t DROP COLUMN PKEY", ErrorNumber::FieldInIndex},
+        {"CREATE INDEX t_pkey ON t (name)", ErrorNumber::IndexExists},
+        {"CREATE UNIQUE INDEX p ON t (name) WITH PRIMARY", ErrorNumber::PrimaryKeyExists},
+        {"CREATE UNIQUE INDEX u ON t (name)", ErrorNumber::DuplicateKey},
+        {"CREATE INDEX i ON t (x)", ErrorNumber::NoSuchField},
+        {"CREATE INDEX i ON x (a)", ErrorNumber::NoSuchTable},
+        {"DROP INDEX x ON t", ErrorNumber::NoSuchIndex},
+        {"DROP TABLE x", ErrorNumber::NoSuchTable},
+        {"DROP TABLE MSysObjects", ErrorNumber::ReadOnly},
+        {"DELETE * FROM x", ErrorNumber::TableNotFound},
+        {"DELETE * FROM MSysACEs", ErrorNumber::ReadOnly},
+        {"UPDATE t SET name = x", ErrorNumber::UnknownParameter},
+        {"UPDATE t SET small = name", ErrorNumber::FieldTooSmall},
+        {"UPDATE t SET n = name", ErrorNumber::WrongType},
+    };
+    for (const JetVersion version : kVersions) {
+        Database database(version);
+        database.Execute("CREATE TABLE t (PKEY Counter NOT NULL, name String, small Text(3), n Long)");
+        database.Execute("CREATE UNIQUE INDEX t_PKEY ON t (PKEY) WITH PRIMARY");
+        for (const char* name : {"abc", "ABC", "longer"})
+            database.Add("t", {{"name", name}, {"small", "x"}, {"n", "7"}});
+        const auto state = [&] {
+            return database.Rows("t") + database.Schema(SchemaKind::Columns, {}, {"TABLE_NAME", "COLUMN_NAME"}) +
+                   database.Schema(SchemaKind::Indexes, {}, {"TABLE_NAME", "INDEX_NAME"});
+        };
+        const std::string before = state();
+        for (const Case& c : cases) {
+            SCOPED_TRACE(c.sql);
+            EXPECT_EQ(database.Try(c.sql), c.number);
+            EXPECT_EQ(state(), before);
+        }
+        EXPECT_TRUE(database.AllSound());
+    }
+}
+
+TEST(Statement, ATableInUseIsNotDropped)
+{
+    Database database(JetVersion::Jet4);
+    database.Execute("CREATE TABLE t (a Long)");
+    {
+        const Recordset open = database.Open("t");
+        EXPECT_EQ(database.Try("DROP TABLE t"), ErrorNumber::TableLocked);
+    }
+    EXPECT_EQ(database.Try("DROP TABLE t"), std::nullopt);
+}
+
+TEST(Statement, WideningATextColumnKeepsTheTable)
+{
+    const std::string statements[] = {
+        "ALTER TABLE [t] ADD COLUMN [tmp_20240131235959] LONGTEXT;",
+        "UPDATE [t] SET [tmp_20240131235959] = [a]",
+        "ALTER TABLE [t] DROP COLUMN [a];",
+        "ALTER TABLE [t] ADD COLUMN [a] LONGTEXT;",
+        "UPDATE [t] SET [a] = [tmp_20240131235959]",
+        "ALTER TABLE [t] DROP COLUMN [tmp_20240131235959];",
+    };
+    for (const JetVersion version : kVersions) {
+        Database database(version);
+        database.Execute("CREATE TABLE t (PKEY Counter NOT NULL, a String, b String)");
+        database.Execute("CREATE UNIQUE INDEX t_PKEY ON t (PKEY) WITH PRIMARY");
+        const std::string wide(255, 'w');
+        database.Add("t", {{"a", "first"}, {"b", "1"}});
+        database.Add("t", {{"b", "2"}});
+        database.Add("t", {{"a", wide}, {"b", "3"}});
+        database.Add("t", {{"a", ""}, {"b", "4"}});
+        // More often than a table has column numbers to give: two for each time.
+        for (int time = 0; time < 140; ++time)
+            for (const std::string& sql : statements)
+                ASSERT_EQ(database.Try(sql), std::nullopt) << sql << ", time " << time;
+        EXPECT_EQ(database.Rows("t"), "1|1|first\n2|2|\n3|3|" + wide + "\n4|4|\n");
+        database.Add("t", {{"a", std::string(3000, 'x')}});
+        EXPECT_EQ(database.Count("t"), 5u);
+        EXPECT_TRUE(database.AllSound());
+
+        database.Reopen();
+        const auto exported = velmora::testing::RunProcess({"mdb-export", database.Path().string(), "t"});
+        const bool isInstalled = exported.status != 127;
+        EXPECT_TRUE(!isInstalled || exported.output.find("3,\"3\",\"" + wide + "\"") != std::string::npos)
+            << exported.output;
+    }
+}
+
+TEST(Statement, NotNullIsAPropertyThatStays)
+{
+    for (const JetVersion version : kVersions) {
+        Database database(version);
+        database.Execute("CREATE TABLE t (a Long NOT NULL, b String NOT NULL, c Long)");
+        database.Execute("ALTER TABLE t ADD COLUMN d Long NOT NULL");
+        database.Execute("ALTER TABLE t DROP COLUMN b");
+        database.Reopen();
+        EXPECT_EQ(database.Schema(SchemaKind::Columns, {"", "", "t"}, {"COLUMN_NAME", "IS_NULLABLE"}),
+                  "a|False\nc|True\nd|False\n");
+        Recordset records = database.Open("t");
+        records.AddNew();
+        records.SetLong(0, 1);
+        EXPECT_THROW(records.Update(), Error);
+        records.SetLong(2, 1);
+        records.Update();
+        EXPECT_TRUE(database.AllSound());
+    }
+}
+
+} // namespace
+} // namespace jet
