@@ -51,7 +51,8 @@ PageNumber Table::Create(Pager& pager, const std::vector<ColumnSpec>& columns)
         DesignColumn(def, spec, pager.Header());
         nameKeys.push_back(TextKey(format, spec.name));
     }
-    std::sort(nameKeys.begin(), nameKeys.end());
+    std::ranges::sort(nameKeys,
+                      [](const Bytes& a, const Bytes& b) { return std::ranges::lexicographical_compare(a, b); });
     if (std::adjacent_find(nameKeys.begin(), nameKeys.end()) != nameKeys.end())
         throw Error(ErrorNumber::FieldDefinedTwice);
 

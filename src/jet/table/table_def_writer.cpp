@@ -237,7 +237,9 @@ void SortIndexesByName(TableDef& def)
         Bytes key = TextKey(*def.format, index.name);
         keyed.emplace_back(std::move(key), std::move(index));
     }
-    std::stable_sort(keyed.begin(), keyed.end(), [](const auto& a, const auto& b) { return a.first < b.first; });
+    std::stable_sort(keyed.begin(), keyed.end(), [](const auto& a, const auto& b) {
+        return std::ranges::lexicographical_compare(a.first, b.first);
+    });
     for (std::size_t i = 0; i < keyed.size(); ++i)
         def.logicalIndexes[i] = std::move(keyed[i].second);
 }

@@ -52,12 +52,11 @@ std::vector<std::string> CheckerRows(const std::filesystem::path& shared, const 
                                      const Table& table)
 {
     static constexpr char kScript[] =
-        "import sys, json, subprocess\n"
-        "for line in subprocess.run([sys.executable, '-m', 'jetcheck', '--dump', sys.argv[2], sys.argv[1]],"
-        " capture_output=True, text=True, check=True).stdout.split('\\n'):\n"
-        "    if line:\n"
-        "        row = json.loads(line)\n"
-        "        print(json.dumps('|'.join('' if row[c] is None else str(row[c]) for c in sys.argv[3:])))\n";
+        "import sys, json\n"
+        "from jetcheck.reader import open_mdb\n"
+        "for row in open_mdb(sys.argv[1]).table(sys.argv[2]).rows():\n"
+        "    v = row.values\n"
+        "    print(json.dumps('|'.join('' if v[c] is None else str(v[c]) for c in sys.argv[3:])))\n";
     std::vector<std::string> arguments = {"python3", "-c", kScript, file.string(), table.Name()};
     for (const Column& column : table.Definition().columns) {
         if (IsCompared(column))

@@ -5,8 +5,8 @@
 #include "jet/table/table.h"
 
 #include <gtest/gtest.h>
-#include <map>
 #include <memory>
+#include <set>
 #include <string>
 #include <vector>
 
@@ -109,16 +109,19 @@ inline void ExpectConsistent(const Table& table)
     const std::vector<RowId> rows = AllRows(table);
     EXPECT_EQ(rows.size(), def.rowCount);
     for (std::size_t i = 0; i < def.realIndexes.size(); ++i) {
-        std::map<std::pair<Bytes, RowId>, int> expected;
+        const auto entry = [](ByteSpan key, RowId row) {
+            return std::string(key.begin(), key.end()) + " " + std::to_string(row.Pointer());
+        };
+        std::multiset<std::string> expected;
         Record record;
         for (const RowId row : rows) {
             table.Read(row, record);
             if (const std::optional<Bytes> key = table.KeyOf(i, record))
-                ++expected[{*key, row}];
+                expected.insert(entry(*key, row));
         }
-        std::map<std::pair<Bytes, RowId>, int> found;
+        std::multiset<std::string> found;
         for (IndexTree::Cursor at = table.Tree(i).First(); !at.AtEnd(); at.Next())
-            ++found[{Bytes(at.Key().begin(), at.Key().end()), at.Row()}];
+            found.insert(entry(at.Key(), at.Row()));
         EXPECT_EQ(found, expected) << "index " << i;
     }
 }
