@@ -3,7 +3,7 @@
 #include "schema/engine_errors.h"
 
 #include <algorithm>
-#include <map>
+#include <set>
 #include <string_view>
 
 namespace velmora {
@@ -16,16 +16,6 @@ std::string Folded(std::string_view name)
     std::transform(folded.begin(), folded.end(), folded.begin(),
                    [](char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c; });
     return folded;
-}
-
-/// A guess that serves messages only: the engine decides.
-bool LooksRefused(std::string_view name)
-{
-    constexpr std::size_t kNameUnits = 64;
-    std::size_t units = 0;
-    for (const unsigned char byte : name)
-        units += (byte & 0xC0) != 0x80 ? (byte >= 0xF0 ? 2 : 1) : 0;
-    return name.empty() || units > kNameUnits || name.front() == ' ' || name.find_first_of("!`[]\"") != name.npos;
 }
 
 std::string_view Kind(DdlObject object)
@@ -52,8 +42,7 @@ std::string_view WhatHelps(int number, const DdlSubject& subject)
         return "a tag mapping (t=) brings several tags into one column, -attributes leaves attributes out";
     case kFieldDefinedTwice:
     case kFieldExists:
-        return "names that differ only in letter case are the same to the database: a tag mapping (t=) gives one of "
-               "them "
+        return "names that differ only in letter case are the same to the database: a tag mapping (t=) gives one "
                "another name; key columns take theirs from pkey= and fkey=, attributes from attr=";
     default:
         if (subject.path.empty())
@@ -69,10 +58,9 @@ std::string_view WhatHelps(int number, const DdlSubject& subject)
 bool ConcernsTheStatement(int number)
 {
     constexpr int kFirstOfDdl = 3265;
-    constexpr int kLastOfDdl = 3411;
+    constexpr int kLastOfDdl = 3411; // no failure of the file has a number between them that a statement can meet
     return number == engine_errors::kInvalidName || number == engine_errors::kTooManyFields ||
-           number == engine_errors::kFieldDefinedTwice ||
-           (number >= kFirstOfDdl && number <= kLastOfDdl && number != 3343);
+           number == engine_errors::kFieldDefinedTwice || (number >= kFirstOfDdl && number <= kLastOfDdl);
 }
 
 } // namespace
@@ -80,19 +68,17 @@ bool ConcernsTheStatement(int number)
 DdlSubject RefusedPart(const DdlSubject& table, const std::vector<NamedColumn>& columns, const RuntimeError& error)
 {
     const std::string_view reason = error.what();
-    std::map<std::string, std::string_view> seen;
+    const auto isNamed = [&](const std::string& name) {
+        return name != table.name && reason.find("'" + name + "'") != reason.npos;
+    };
+    std::set<std::string> seen;
     for (const NamedColumn& column : columns) {
-        if (error.Number() == engine_errors::kFieldDefinedTwice &&
-            !seen.emplace(Folded(column.name), column.name).second)
-            return {column.path, DdlObject::Column, column.name};
-        if (error.Number() != engine_errors::kFieldDefinedTwice && error.Number() != engine_errors::kTooManyFields &&
-            (LooksRefused(column.name) && (column.name.empty() || !LooksRefused(table.name))))
+        const bool isSecond = !seen.insert(Folded(column.name)).second;
+        // A bracket ends the name in the statement, whose rest makes no sense then.
+        const bool breaksStatement = column.name.empty() || column.name.find(']') != std::string::npos;
+        if (error.Number() == engine_errors::kFieldDefinedTwice ? isSecond : breaksStatement || isNamed(column.name))
             return {column.path, DdlObject::Column, column.name};
     }
-    for (const NamedColumn& column : columns)
-        if (error.Number() == engine_errors::kInvalidName && column.name != table.name &&
-            reason.find("'" + column.name + "'") != reason.npos)
-            return {column.path, DdlObject::Column, column.name};
     return table;
 }
 
