@@ -103,14 +103,16 @@ void CopyColumnValues(Table& table, ReferentialIntegrity& integrity, std::size_t
     Converter converter(table, target, source);
     OldValues old;
     try {
+        Bytes before; // the record's own bytes move when it is converted
         for (auto row = table.NextRow(std::nullopt); row; row = table.NextRow(row)) {
             table.Read(*row, record);
             const std::optional<ByteSpan> had = record.Stored(target);
-            const std::optional<Bytes> before =
-                had ? std::optional<Bytes>(std::in_place, had->begin(), had->end()) : std::nullopt;
+            const bool wasNull = !had;
+            if (had)
+                before.assign(had->begin(), had->end());
             converter.Convert(record);
             integrity.UpdateRow(table, *row, record);
-            old.Append(before ? std::optional<ByteSpan>(*before) : std::nullopt);
+            old.Append(wasNull ? std::nullopt : std::optional<ByteSpan>(before));
         }
     } catch (...) {
         old.Replay(table, integrity, target);
