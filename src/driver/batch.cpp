@@ -8,6 +8,7 @@
 #include "settings/available_options.h"
 #include "settings/read_settings.h"
 #include "xml/structure_analysis.h"
+#include "xml/white_space.h"
 
 #include <optional>
 
@@ -17,17 +18,11 @@ namespace {
 
 constexpr std::string_view kWorking = "Working...";
 
-std::string_view Trimmed(std::string_view text)
-{
-    const std::size_t first = text.find_first_not_of(" \t\r\n");
-    return first == text.npos ? std::string_view() : text.substr(first, text.find_last_not_of(" \t\r\n") - first + 1);
-}
-
 /// Why there is nothing to convert; nullopt when there is.
 std::optional<std::string> NoSource(const Controls& controls, const std::vector<std::string>& files)
 {
     const std::string& source = controls.txtFILE_XML.text;
-    if (Trimmed(source).empty())
+    if (TrimWhiteSpace(source).empty())
         return "No XML file specified!";
     if (!files.empty())
         return std::nullopt;

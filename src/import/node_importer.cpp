@@ -5,6 +5,7 @@
 
 #include <chrono>
 #include <string>
+#include <thread>
 #include <vector>
 
 namespace velmora {
@@ -12,6 +13,7 @@ namespace velmora {
 namespace {
 
 constexpr std::chrono::seconds kRetryTime{10};
+constexpr std::chrono::milliseconds kRetryPause{100};
 
 /// An element whose children are being walked.
 struct Level {
@@ -114,6 +116,7 @@ bool NodeImporter::BuildRecord(Level& level, Step& step)
         const TableSink& sink = sinks_[level.sink];
         job_.log.ProtocolAppend("E_FAIL on table [" + sink.records->Source() + "], record " +
                                 std::to_string(sink.savedRecords + 1));
+        std::this_thread::sleep_for(kRetryPause);
         job_.host.ProcessEvents();
         if (job_.settings.blAbort)
             return false;

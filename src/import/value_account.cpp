@@ -1,12 +1,18 @@
 #include "import/value_account.h"
 
+#include "xml/white_space.h"
+
 #include <algorithm>
 
 namespace velmora {
 
 bool HasText(std::string_view content) noexcept
 {
-    return content.find_first_not_of(" \t\r\n") != std::string_view::npos;
+    if (content.empty())
+        return false;
+    const auto first = static_cast<unsigned char>(content.front());
+    const bool isPlain = first > ' ' && first < 0x7F; // nearly every text begins so
+    return isPlain || !TrimWhiteSpace(content).empty();
 }
 
 ValueAccount::ValueAccount(const Document& document)

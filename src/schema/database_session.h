@@ -11,6 +11,7 @@
 #include <string>
 #include <string_view>
 #include <unordered_map>
+#include <unordered_set>
 #include <vector>
 
 namespace velmora {
@@ -37,6 +38,11 @@ public:
     /// Tables and relations that the file can still take.
     [[nodiscard]] std::size_t ObjectsLeft();
 
+    /// Notes that `table` gets no relation in this run: a later file need not try again, at the cost of another look at
+    /// all rows.
+    void LeaveOutRelation(const std::string& table) { leftOut_.insert(table); }
+    [[nodiscard]] bool IsRelationLeftOut(const std::string& table) const { return leftOut_.contains(table); }
+
     /// The account of `table`, begun with the first question for it. It stays where it is.
     [[nodiscard]] TableReport& Report(std::string_view table);
     /// The accounts of all tables, in order of first use.
@@ -46,6 +52,7 @@ private:
     std::unique_ptr<jet::Connection> connection_;
     std::deque<TableReport> reports_;
     std::unordered_map<std::string, TableReport*> reportByTable_;
+    std::unordered_set<std::string> leftOut_; ///< tables
 };
 
 /// Opens the target database that the controls name: made anew, made because there is none, or as it is.

@@ -269,6 +269,8 @@ void SchemaBuilder::CreateRelation(std::size_t entry, const std::string& table, 
 {
     const ConversionSettings& settings = job_.settings;
     const std::string& parent = tables_[nearestTable_[entry]];
+    if (session_.IsRelationLeftOut(table))
+        return;
     step("Create relation between [" + table + "] and [" + parent + "]");
     std::string index = table + "_" + settings.strKeyForeign;
     if (!velCheckExistsIndex(job_, session_, table, settings.strKeyForeign, index)) {
@@ -320,6 +322,7 @@ bool SchemaBuilder::ExecuteIfAllowed(const std::string& sql, const DdlSubject& s
     } catch (const RuntimeError& error) {
         if (error.Number() != engine_errors::kDataViolatesRelation && error.Number() != engine_errors::kTooManyIndexes)
             throw Explain(error, subject);
+        session_.LeaveOutRelation(table);
         job_.log.ProtocolAppend("Relation between [" + table + "] and [" + parent + "] left out: " + error.what());
         return false;
     }

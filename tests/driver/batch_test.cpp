@@ -46,10 +46,10 @@ TEST(Batch, ARelationOnAFilledTableIsMadeWhereItsRowsAllowIt)
 TEST(Batch, ARelationThatRowsForbidIsLeftOut)
 {
     Conversion run;
-    run.Xml("<p><n>1</n></p>", "a.xml").Xml("<r><p><n>2</n></p></r>", "b.xml");
+    run.Xml("<p><n>1</n></p>", "a.xml").Xml("<r><p><n>2</n></p></r>", "b.xml").Xml("<r><p><n>3</n></p></r>", "c.xml");
     EXPECT_FALSE(run.Run().failed) << run.Error();
     EXPECT_EQ(run.Said("Relation between [p] and [r] left out"), 1);
-    EXPECT_EQ(run.Dump("p"), "PKEY|FKEY|n\n1|0|1\n2|1|2\n");
+    EXPECT_EQ(run.Dump("p"), "PKEY|FKEY|n\n1|0|1\n2|1|2\n3|2|3\n");
     EXPECT_EQ(run.Relations(), "");
 }
 

@@ -93,7 +93,7 @@ TEST(ValueLoss, AgreesWithWhatIsFoundInTheTables)
                                    "-relations +skip_empty"};
     int compared = 0;
     Conversions runs;
-    for (unsigned seed = 1; seed <= 60; ++seed) {
+    for (unsigned seed = 1; seed <= 36; ++seed) {
         const char* const words = options[seed % std::size(options)];
         SCOPED_TRACE("seed " + std::to_string(seed) + " " + words);
         const RandomDocument document(seed);
@@ -116,7 +116,7 @@ TEST(ValueLoss, AgreesWithWhatIsFoundInTheTables)
                       1)
                 << document.text << ::testing::PrintToString(run.host.lines);
     }
-    EXPECT_GT(compared, 30);
+    EXPECT_GT(compared, 18);
 }
 
 } // namespace
