@@ -11,19 +11,19 @@ constexpr std::size_t kNarrowestBar = 5;
 /// A rate taken over less than this jumps about.
 constexpr std::int64_t kSettledMilliseconds = 500;
 
-std::string TwoDigits(std::int64_t number)
+/// `number`, below 100, behind a colon and in two digits.
+std::string ColonTwoDigits(std::int64_t number)
 {
-    const std::string text = std::to_string(number);
-    return text.size() < 2 ? "0" + text : text;
+    return {':', static_cast<char>('0' + number / 10), static_cast<char>('0' + number % 10)};
 }
 
 /// `0:07`, `12:30`, `1:02:30`.
 std::string Duration(std::int64_t seconds)
 {
-    const std::string end = ":" + TwoDigits(seconds % 60);
     const std::int64_t minutes = seconds / 60;
+    const std::string end = ColonTwoDigits(seconds % 60);
     return minutes < 60 ? std::to_string(minutes) + end
-                        : std::to_string(minutes / 60) + ":" + TwoDigits(minutes % 60) + end;
+                        : std::to_string(minutes / 60) + ColonTwoDigits(minutes % 60) + end;
 }
 
 std::string RateAndTimeLeft(const ProgressState& state, std::int64_t records)

@@ -102,7 +102,9 @@ std::vector<std::string> OurRows(const Table& table)
         for (std::size_t i = 0; i < values.size(); ++i) {
             if (!IsCompared(table.Definition().columns[i]))
                 continue;
-            line += (first ? "" : "|") + ToText(values[i]);
+            if (!first)
+                line += '|';
+            line += ToText(values[i]);
             first = false;
         }
         lines.push_back(Json(line));
