@@ -20,7 +20,7 @@ struct RunOutcome {
     bool cancelled = false;  ///< by the user
     int unreadableFiles = 0; ///< sources that could not be read
     int convertedFiles = 0;
-    std::vector<TableReport> tables; ///< in order of first use
+    std::vector<TableReport> tables{}; ///< in order of first use
 };
 
 /// Runs one job over one or many XML files: what the "Convert" button does.
