@@ -36,9 +36,9 @@ Database
   +recreate_database  recreate_database  +d  d
                           delete the database and make a new one (default)
   -recreate_database  -d  keep an existing database and add to it
-  +extend_mdb  extend_mdb     with -recreate_database: name each new table in the
-                              protocol (default); missing tables and columns are
-                              added in either case
+  +extend_mdb  extend_mdb     with -recreate_database: name each new table in
+                              the protocol (default); missing tables and columns
+                              are added in either case
   -extend_mdb                 do not name them
 
 Tables and columns
