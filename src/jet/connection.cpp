@@ -18,22 +18,12 @@ namespace jet {
 
 namespace {
 
-/// The build number in page 0 of files that this engine makes. Access shows it nowhere and does not act on it; no
-/// engine of its makers ever carried it, so it tells our files from theirs. Compacting in Access replaces it.
+/// The build number in page 0 of files that this engine makes. Access shows it nowhere and does not act on it, and no
+/// engine of its makers ever carried it: it tells who made a file that is looked into.
 constexpr std::uint32_t kOwnBuild = 27'182;
 
 /// Beside the target, until the first commit.
 constexpr const char* kNewFileSuffix = ".velmora-new";
-
-/// Refuses to change what Access made: for that, every way of storing things that Access knows must be kept up.
-void RequireOwnFile(const DatabaseHeader& header, const std::filesystem::path& path)
-{
-    if (header.build != kOwnBuild)
-        throw Error(ErrorNumber::ReadOnly, {},
-                    "(" + path.string() +
-                        " was made or compacted by Access; such files cannot be changed yet, only files "
-                        "that velmora made. Nothing was written.)");
-}
 
 /// Removes what a run that was killed has left; throws FileInUse while that run is still there.
 void RemoveLeftover(const std::filesystem::path& path)
@@ -142,7 +132,6 @@ std::unique_ptr<Connection> Connection::Create(const std::filesystem::path& path
 std::unique_ptr<Connection> Connection::Open(const std::filesystem::path& path)
 {
     std::unique_ptr<Pager> pager = Pager::Open(OpenFile(path, OpenMode::ReadWrite));
-    RequireOwnFile(pager->Header(), path);
     return std::unique_ptr<Connection>(
         new Connection(std::make_unique<Impl>(std::move(pager), path, std::filesystem::path(), Existing::Refuse)));
 }
