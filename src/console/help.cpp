@@ -7,10 +7,12 @@ namespace velmora {
 namespace {
 
 constexpr const char* kHelp = R"(: loads XML files into Microsoft Access databases
+or into delimited text files
 
 Usage
-  velmora xml=FILE mdb=FILE [option ...] +quiet    convert, here and now
-  velmora [option ...]                             open the window, filled in
+  velmora xml=FILE mdb=FILE [option ...] +quiet     convert, here and now
+  velmora xml=FILE txt=FOLDER [option ...] +quiet   the same, into text files
+  velmora [option ...]                              open the window, filled in
   velmora --help | --version
 
 A switch is one word; a key is a word, "=" and its value. Upper and lower case
@@ -18,14 +20,37 @@ of the words do not matter. Of options that contradict each other the last one
 counts. A value with blanks is put in quotes: xml="my orders.xml". Words that
 are not known are reported and skipped.
 
-Files
+Without +quiet, where there is a terminal and no window, velmora converts in the
+terminal and asks what it has to ask.
+
+Source
   xml=FILE   x=           the XML file; "*" and "?" in its name stand for more
                           letters or one: xml=prod_*.xml converts all matching
                           files, in the order of their names, into one database
+  url=ADDRESS             download the XML file, with curl, and delete it in the
+                          end; auth=USER and pwd=PASSWORD where the server asks
+  rename=PATTERN  n=      rename each XML file when it is converted
+  tags=FILE  t=           names for tags: one a line, tag, tab character, name
+
+Target
   mdb=FILE   m=           the database
+  ver=97  v=              make an Access 97 database; ver=2000 (default) makes
+                          one of Access 2000
   log=FILE   l=  logfile= write the protocol to this file too, behind what is
                           in it already
-  tags=FILE  t=           names for tags: one a line, tag, tab character, name
+
+Text files
+  txt=FOLDER              write a text file for each table into this folder,
+                          which is made when it is missing; the database is a
+                          temporary one unless mdb= names it
+  delimiter=TEXT          what stands between two values; \t is the tab character
+  +columns  columns       a new file begins with the column names (default)
+  -columns                it does not
+  +append  append         write behind what is in a file already (default)
+  -append                 delete old files first
+  +quoted                 put values that hold the delimiter, a quotation mark or
+                          a line break in quotation marks, as RFC 4180 has it
+  -quoted                 write them as they are (default)
 
 Running
   +quiet  quiet  +q  q    convert at once, ask nothing
@@ -34,12 +59,17 @@ Running
 
 Database
   +recreate_database  recreate_database  +d  d
-                          delete the database and make a new one (default)
+                          delete the database and make a new one (default); when
+                          it cannot be deleted, drop all its tables
   -recreate_database  -d  keep an existing database and add to it
   +extend_mdb  extend_mdb     with -recreate_database: name each new table in
                               the protocol (default); missing tables and columns
                               are added in either case
   -extend_mdb                 do not name them
+  +empty_tables  empty_tables  +e  e
+                          with -recreate_database: delete the rows of all tables
+                          first, those that velmora did not make included
+  -empty_tables  -e       do not (default)
 
 Tables and columns
   +relations  relations  +r  r
@@ -62,18 +92,6 @@ Tables and columns
   table_prefix=TEXT  tp=  what all table names begin with
   table_suffix=TEXT  ts=  what all table names end with
 
-Known, but not available in this version
-  txt=FOLDER              export to delimited text files, with
-                          delimiter=TEXT, +columns columns -columns,
-                          +append append -append
-  rename=PATTERN  n=      rename each XML file after its conversion
-  url=ADDRESS             download the XML file, with auth=USER, pwd=PASSWORD
-  ver=97  v=              Access 97 databases; ver=2000, Access 2000, is the
-                          default and works
-  +empty_tables  empty_tables  +e  e
-                          with -recreate_database: empty all tables first
-  -empty_tables  -e       do not (default)
-
 Output
   Protocol lines go to standard output as they are written, errors and, in a
   terminal, the progress to standard error. Ctrl-C cancels: what was saved stays
@@ -83,8 +101,7 @@ Exit status
   0    everything was converted
   1    ended by an error
   2    nothing to convert: no source named or found, a target that must not be
-       written, an option that is not available, or a command line that makes no
-       sense
+       written, or a command line that makes no sense
   3    done, but a source or the file of tag names could not be read
   130  cancelled
 
@@ -92,6 +109,7 @@ Examples
   velmora xml=orders.xml mdb=orders.mdb +quiet
   velmora xml="in/2024*.xml" mdb=all.mdb -recreate_database log=all.log +quiet
   velmora x=a.xml m=a.mdb pkey=ID fkey=PARENT_ID attr="" +skip_empty +q
+  velmora xml=orders.xml txt=out delimiter="," +quoted -append +quiet
 )";
 
 } // namespace

@@ -2,6 +2,7 @@
 
 #include "jet/error.h"
 #include "platform/paths.h"
+#include "schema/drop_tables.h"
 #include "schema/engine_errors.h"
 
 namespace velmora {
@@ -20,28 +21,40 @@ decltype(auto) Translated(Operation&& operation)
     }
 }
 
-/// A new database will take the place of what stands at `target`.
-void RemoveOld(Job& job, const fs::path& target)
+void CreateNew(Job& job, DatabaseSession& session, const fs::path& target, jet::Existing existing)
 {
-    if (jet::Connection::CanReplace(target)) {
-        job.log.ProtocolAppend("MDB file deleted");
-        return;
-    }
-    job.log.ProtocolAppend("Could not delete MDB file");
-    throw RuntimeError(
-        runtime_errors::kPermissionDenied,
-        "The database \"" + job.controls.txtFILE_MDB.text +
-            "\" could not be deleted: it is no ordinary file, is in use or must not be written; it was left as "
-            "it is (-recreate_database keeps it and adds to it)");
+    const bool access97 = job.controls.cboDatabase.Text() == "Access 97";
+    session.Create(target, access97 ? jet::JetVersion::Jet3 : jet::JetVersion::Jet4, existing);
 }
 
-void CreateNew(Job& job, DatabaseSession& session, const fs::path& target, Step& step)
+/// Puts a new database in the place of the one at `target`. False when that one must not be touched; a full or failing
+/// disk is no such reason, and the run ends with it.
+bool TryReplace(Job& job, DatabaseSession& session, const fs::path& target)
 {
-    step("Create MDB File");
-    job.log.ProtocolAppend("Create database");
-    const bool access97 = job.controls.cboDatabase.Text() == "Access 97";
-    session.Create(target, access97 ? jet::JetVersion::Jet3 : jet::JetVersion::Jet4,
-                   job.settings.blRecreateDatabase ? jet::Existing::Replace : jet::Existing::Refuse);
+    if (!jet::Connection::CanReplace(target))
+        return false;
+    try {
+        CreateNew(job, session, target, jet::Existing::Replace);
+        return true;
+    } catch (const RuntimeError& error) {
+        if (IsDiskFailure(error))
+            throw;
+        return false;
+    }
+}
+
+/// The old database is kept, but for its tables.
+void OpenAndDropTables(Job& job, DatabaseSession& session, const fs::path& target, Step& step)
+{
+    job.log.ProtocolAppend("Could not delete MDB file");
+    if (!fs::is_regular_file(target))
+        throw RuntimeError(runtime_errors::kPermissionDenied,
+                           "The database \"" + job.controls.txtFILE_MDB.text +
+                               "\" could not be deleted: it is no ordinary file; it was left as it is");
+    job.log.Trace("blAllTabelesWillBeDropped = True");
+    step("Open ADO Connection");
+    session.Open(target);
+    velDropTablesAll(job, session);
 }
 
 } // namespace
@@ -64,6 +77,14 @@ void DatabaseSession::ExecuteSql(std::string_view sql)
 jet::Rowset DatabaseSession::OpenSchema(jet::SchemaKind kind, const jet::Restrictions& restrictions)
 {
     return Translated([&] { return connection_->OpenSchema(kind, restrictions); });
+}
+
+std::vector<std::string> DatabaseSession::UserTables()
+{
+    std::vector<std::string> names;
+    for (jet::Rowset rows = OpenSchema(jet::SchemaKind::Tables, {"", "", "", "TABLE"}); !rows.Eof(); rows.MoveNext())
+        names.push_back(rows.Text("TABLE_NAME"));
+    return names;
 }
 
 Recordset DatabaseSession::OpenTable(std::string_view table)
@@ -103,14 +124,21 @@ void velOpenDatabase(Job& job, DatabaseSession& session)
         }
         const fs::path target = PathFromUtf8(NativePath(job.controls.txtFILE_MDB.text));
         const bool exists = fs::exists(target);
-        if (job.settings.blRecreateDatabase && exists)
-            RemoveOld(job, target);
-        if (job.settings.blRecreateDatabase || !exists) {
-            CreateNew(job, session, target, step);
-            return; // a new database is open already
+        if (exists && !job.settings.blRecreateDatabase) {
+            step("Open ADO Connection");
+            session.Open(target);
+            return;
         }
-        step("Open ADO Connection");
-        session.Open(target);
+        step("Create MDB File");
+        if (!exists) {
+            job.log.ProtocolAppend("Create database");
+            CreateNew(job, session, target, jet::Existing::Refuse);
+        } else if (TryReplace(job, session, target)) {
+            job.log.ProtocolAppend("MDB file deleted");
+            job.log.ProtocolAppend("Create database");
+        } else {
+            OpenAndDropTables(job, session, target, step);
+        }
     });
 }
 

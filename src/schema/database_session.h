@@ -31,6 +31,8 @@ public:
     /// Runs one statement and leaves its failure to the caller.
     void ExecuteSql(std::string_view sql);
     [[nodiscard]] jet::Rowset OpenSchema(jet::SchemaKind kind, const jet::Restrictions& restrictions);
+    /// The names of all user tables, in the engine's order: no views, links or system tables.
+    [[nodiscard]] std::vector<std::string> UserTables();
     [[nodiscard]] Recordset OpenTable(std::string_view table);
     /// Opens `recordset`, which was closed while its table's columns changed, on the same table again.
     void Reopen(Recordset& recordset);
@@ -55,7 +57,8 @@ private:
     std::unordered_set<std::string> leftOut_; ///< tables
 };
 
-/// Opens the target database that the controls name: made anew, made because there is none, or as it is.
+/// Opens the target database that the controls name: made anew, made because there is none, or as it is. A file that is
+/// to be made anew and cannot be replaced is opened and loses all its tables instead.
 void velOpenDatabase(Job& job, DatabaseSession& session);
 
 } // namespace velmora

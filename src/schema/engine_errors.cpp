@@ -5,6 +5,8 @@
 namespace velmora {
 
 // The header writes the numbers out, because callers above this floor do not see the engine.
+static_assert(engine_errors::kDiskFull == static_cast<int>(jet::ErrorNumber::DiskFull));
+static_assert(engine_errors::kDiskError == static_cast<int>(jet::ErrorNumber::DiskError));
 static_assert(engine_errors::kTooManyIndexes == static_cast<int>(jet::ErrorNumber::TooManyIndexes));
 static_assert(engine_errors::kRecordTooLarge == static_cast<int>(jet::ErrorNumber::RecordTooLarge));
 static_assert(engine_errors::kInvalidName == static_cast<int>(jet::ErrorNumber::InvalidName));
@@ -25,6 +27,11 @@ RuntimeError FromEngine(const jet::Error& error)
 bool IsLockConflict(const RuntimeError& error) noexcept
 {
     return error.Number() == static_cast<int>(jet::ErrorNumber::TableLocked);
+}
+
+bool IsDiskFailure(const RuntimeError& error) noexcept
+{
+    return error.Number() == engine_errors::kDiskFull || error.Number() == engine_errors::kDiskError;
 }
 
 } // namespace velmora

@@ -10,7 +10,9 @@ namespace velmora {
 
 /// Numbers of the database engine's errors that the converter decides by.
 namespace engine_errors {
+inline constexpr int kDiskFull = 3026;
 inline constexpr int kTooManyIndexes = 3039;
+inline constexpr int kDiskError = 3043;
 inline constexpr int kRecordTooLarge = 3047;
 inline constexpr int kInvalidName = 3125;
 inline constexpr int kFieldTooSmall = 3163;
@@ -28,5 +30,8 @@ inline constexpr int kWrongType = 3421;
 
 /// Is this the failure of a moment, because someone else holds a lock? Only these are worth another try.
 [[nodiscard]] bool IsLockConflict(const RuntimeError& error) noexcept;
+
+/// Is the disk full, or does it fail?
+[[nodiscard]] bool IsDiskFailure(const RuntimeError& error) noexcept;
 
 } // namespace velmora

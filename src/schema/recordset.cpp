@@ -1,9 +1,12 @@
 #include "schema/recordset.h"
 
 #include "jet/error.h"
+#include "jet/rowset.h"
 #include "schema/engine_errors.h"
 
+#include <array>
 #include <charconv>
+#include <limits>
 
 namespace velmora {
 
@@ -21,6 +24,24 @@ decltype(auto) Translated(Operation&& operation)
 
 } // namespace
 
+bool Recordset::Eof()
+{
+    return Translated([&] { return records_.Eof(); });
+}
+
+void Recordset::AppendText(std::size_t field, std::string& out)
+{
+    const jet::Value value = Translated([&] { return records_.Get(field); });
+    if (const auto* text = std::get_if<std::string>(&value)) {
+        out += *text;
+    } else if (const auto* number = std::get_if<std::int32_t>(&value)) {
+        std::array<char, std::numeric_limits<std::int32_t>::digits10 + 2> digits{};
+        out.append(digits.data(), std::to_chars(digits.data(), digits.data() + digits.size(), *number).ptr);
+    } else if (!jet::IsNull(value)) {
+        out += jet::Rowset({"value"}, {{value}}).Text("value");
+    }
+}
+
 void Recordset::AddNew()
 {
     Translated([&] { records_.AddNew(); });
@@ -28,7 +49,10 @@ void Recordset::AddNew()
 
 void Recordset::SetText(std::size_t field, std::string_view utf8)
 {
+    const std::size_t replaced = records_.ReplacedCharacters();
     Translated([&] { records_.SetText(field, utf8); });
+    if (records_.ReplacedCharacters() != replaced && firstReplacedColumn_.empty())
+        firstReplacedColumn_ = records_.FieldName(field);
 }
 
 void Recordset::SetLong(std::size_t field, std::int32_t value)
@@ -93,6 +117,7 @@ void Recordset::DeleteRows(std::size_t field, std::int32_t key)
 void Recordset::Reopen(jet::Recordset records)
 {
     firstLayout_ = Layout() + 1;
+    replacedBefore_ = ReplacedCharacters();
     records_ = std::move(records);
 }
 

@@ -35,6 +35,15 @@ public:
     }
     [[nodiscard]] bool IsMemo(std::size_t field) const { return records_.IsMemo(field); }
 
+    /// Is there no row at, or behind, the current one? A recordset just opened stands on its first row.
+    [[nodiscard]] bool Eof();
+    /// Appends the field's value to `out` as text; see below for the forms. Of the pending record, else of the one last
+    /// saved.
+    ///
+    /// Null is empty; text is itself; numbers are in the shortest form that reads back the same, with a point; booleans
+    /// "True" and "False"; dates "2024-03-05 14:07:09"; bytes hexadecimal; GUIDs in braces.
+    void AppendText(std::size_t field, std::string& out);
+
     void AddNew();
     [[nodiscard]] bool IsPending() const noexcept { return records_.IsPending(); }
     /// Throws 3163 (the field is too small) and 3421 (no conversion to the column's type); the field keeps its value
@@ -57,6 +66,11 @@ public:
     /// Deletes every row with `key` in `field`; reads the whole table.
     void DeleteRows(std::size_t field, std::int32_t key);
 
+    /// Characters that the file's code page does not know and that became "?" on their way into fields (Access 97).
+    [[nodiscard]] std::size_t ReplacedCharacters() const { return replacedBefore_ + records_.ReplacedCharacters(); }
+    /// The column of the first of them; empty when there are none.
+    [[nodiscard]] const std::string& FirstReplacedColumn() const noexcept { return firstReplacedColumn_; }
+
 private:
     friend class SuspendedRecord;
     friend class DatabaseSession;
@@ -66,6 +80,8 @@ private:
 
     jet::Recordset records_;
     std::uint64_t firstLayout_ = 1;
+    std::size_t replacedBefore_ = 0; ///< characters, before the table was opened again
+    std::string firstReplacedColumn_;
 };
 
 /// A record that was begun and not yet saved, taken out of its recordset while the table's columns change, and put

@@ -16,8 +16,6 @@ constexpr Unavailable kUnavailable[] = {
      "Not available in this version: export to delimited text files (txt=)"},
     {[](const Controls& c) { return !c.txtFILE_XML_RENAMED.text.empty(); },
      "Not available in this version: renaming the XML file after conversion (rename=)"},
-    {[](const Controls& c) { return c.chkEmptyTables.Checked() && !c.chkRecreateDatabase.Checked(); },
-     "Not available in this version: emptying the tables of an existing database (+empty_tables)"},
 };
 
 } // namespace

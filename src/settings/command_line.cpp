@@ -30,6 +30,8 @@ const SwitchRow kSwitches[] = {
     {{"columns", "+columns"}, &Controls::chkEXPORT_COLUMN_NAMES, kOn},
     {{"-columns"}, &Controls::chkEXPORT_COLUMN_NAMES, kOff},
     {{"-append"}, &Controls::chkAPPEND, kOff},
+    {{"+quoted"}, &Controls::chkQUOTED, kOn},
+    {{"-quoted"}, &Controls::chkQUOTED, kOff},
     {{"attributes", "+attributes", "a", "+a"}, &Controls::chkImportAttributes, kOn},
     {{"skip_empty", "+skip_empty"}, &Controls::chkSkipEmptyWrappingTags, kOn},
     {{"-skip_empty"}, &Controls::chkSkipEmptyWrappingTags, kOff},

@@ -46,6 +46,7 @@ void AddFiles(Line& line, const Controls& controls)
     line.WordIf(!controls.chkAPPEND.Checked(), "-append");
     line.WordIf(!controls.chkEXPORT_COLUMN_NAMES.Checked(), "-columns");
     line.Value("delimiter", controls.txtDELIMITER);
+    line.WordIf(controls.chkQUOTED.Checked(), "+quoted");
     line.Value("log", controls.txtFILE_LOG);
     line.Value("tags", controls.txtFILE_MAPPING);
     if (!controls.txtXML_URL.text.empty()) {

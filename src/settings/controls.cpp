@@ -17,6 +17,7 @@ void Controls::UpdateEnabled()
     txtDELIMITER.enabled = textMode;
     chkEXPORT_COLUMN_NAMES.enabled = textMode;
     chkAPPEND.enabled = textMode;
+    chkQUOTED.enabled = textMode;
 
     txtXML_PASSWORD.enabled = !txtXML_USER.text.empty();
 }

@@ -40,7 +40,7 @@ struct Controls {
     CheckControl chkExtendMDB{CheckState::Checked}, chkImportAttributes{CheckState::Checked};
     CheckControl chkEmptyTables, chkQuiet, chkOneTablePerElement, chkSkipEmptyWrappingTags, chkEnableTagMapping;
     CheckControl chkDebug{CheckState::Unchecked, true, false};
-    CheckControl chkAPPEND{CheckState::Checked}, chkEXPORT_COLUMN_NAMES{CheckState::Checked};
+    CheckControl chkAPPEND{CheckState::Checked}, chkEXPORT_COLUMN_NAMES{CheckState::Checked}, chkQUOTED;
 
     TextControl txtATTR_PREFIX{"attr_"}, txtKEY_PRIMARY{"PKEY"}, txtKEY_FOREIGN{"FKEY"};
     TextControl txtTABLE_PREFIX, txtTABLE_SUFFIX;

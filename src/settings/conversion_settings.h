@@ -25,6 +25,7 @@ struct ConversionSettings : RunFlags {
     std::string strDelimiter;
     bool blAppend = false;
     bool blExportColumnNames = false;
+    bool blQuoted = false;
 };
 
 } // namespace velmora

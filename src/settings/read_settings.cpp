@@ -27,6 +27,7 @@ void ReadTextExport(const Controls& controls, ConversionSettings& settings)
 {
     settings.blTextExport = false;
     settings.blExportColumnNames = false;
+    settings.blQuoted = false;
     // Without a folder nobody reads the delimiter and the append flag: they keep what an earlier run left.
     if (controls.txtFILE_TXT.text.empty())
         return;
@@ -34,6 +35,7 @@ void ReadTextExport(const Controls& controls, ConversionSettings& settings)
     settings.strDelimiter = WithTabs(controls.txtDELIMITER.text);
     settings.blAppend = controls.chkAPPEND.Checked();
     settings.blExportColumnNames = controls.chkEXPORT_COLUMN_NAMES.Checked();
+    settings.blQuoted = controls.chkQUOTED.Checked();
 }
 
 } // namespace

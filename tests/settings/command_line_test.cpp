@@ -96,6 +96,8 @@ TEST(CommandLine, SwitchesAreAsUnevenAsScriptsKnowThem)
         {"-empty_tables -e", &Controls::chkEmptyTables, off},
         {"append +append", &Controls::chkAPPEND, on},
         {"-append", &Controls::chkAPPEND, off},
+        {"+quoted", &Controls::chkQUOTED, on},
+        {"-quoted", &Controls::chkQUOTED, off},
         {"columns +columns", &Controls::chkEXPORT_COLUMN_NAMES, on},
         {"-columns", &Controls::chkEXPORT_COLUMN_NAMES, off},
         {"attributes +attributes a +a", &Controls::chkImportAttributes, on},
@@ -215,8 +217,8 @@ TEST(CommandLine, IsBuiltFromWhatDiffersFromTheStart)
          R"( -recreate_database -extend_mdb +empty_tables +attributes attr="attr_" +skip_empty)"},
         {"ver=97 -a -r +o skip_empty tp=x_ ts=_y debug",
          R"( ver=97 -attributes +one_table_per_element +skip_empty -relations table_prefix="x_" table_suffix="_y" debug)"},
-        {"at= p= f= -append -columns delimiter=; txt=out rename=r log=l tags=t q",
-         R"( rename="r" txt="out" -append -columns delimiter=";" log="l" tags="t" +attributes +relations +quiet)"},
+        {"at= p= f= -append -columns delimiter=; +quoted txt=out rename=r log=l tags=t q",
+         R"( rename="r" txt="out" -append -columns delimiter=";" +quoted log="l" tags="t" +attributes +relations +quiet)"},
         {"auth=me pwd=secret -a -r", " -attributes -relations"},
         {"auth=me pwd=secret url=http://x -a -r", R"( url="http://x" auth="me" pwd="secret" -attributes -relations)"},
     };
@@ -263,7 +265,7 @@ TEST(CommandLine, OptionsThatDoNotWorkYetAreNamed)
     const Case cases[] = {
         {"xml=a mdb=b", nullptr},     {"-d +extend_mdb", nullptr}, {"ver=2000 e", nullptr},
         {"auth=me -append", nullptr}, {"txt=out", "txt="},         {"rename=r", "rename="},
-        {"url=http://x", "url="},     {"ver=97", nullptr},         {"-d e", "+empty_tables"},
+        {"url=http://x", "url="},     {"ver=97", nullptr},         {"-d e", nullptr},
     };
     for (const Case& c : cases) {
         SCOPED_TRACE(c.line);

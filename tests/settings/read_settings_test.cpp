@@ -1,4 +1,5 @@
 #include "settings/read_settings.h"
+#include "settings/text_export_warnings.h"
 
 #include "support/shared.h"
 
@@ -74,16 +75,16 @@ TEST(ReadSettings, TextExportNeedsAFolderAndOtherwiseKeepsTheDelimiter)
 
     controls.txtFILE_TXT.text = folder.Path().string();
     controls.txtDELIMITER.text = "\\t;\\t\\";
-    controls.chkEXPORT_COLUMN_NAMES.value = CheckState::Checked;
+    controls.chkEXPORT_COLUMN_NAMES.value = controls.chkQUOTED.value = CheckState::Checked;
     read();
-    EXPECT_TRUE(settings.blTextExport && settings.blAppend && settings.blExportColumnNames);
+    EXPECT_TRUE(settings.blTextExport && settings.blAppend && settings.blExportColumnNames && settings.blQuoted);
     EXPECT_EQ(settings.strDelimiter, "\t;\t\\");
 
     controls.txtFILE_TXT.text = "";
     controls.txtDELIMITER.text = "|";
     controls.chkAPPEND.value = CheckState::Unchecked;
     read();
-    EXPECT_FALSE(settings.blTextExport || settings.blExportColumnNames);
+    EXPECT_FALSE(settings.blTextExport || settings.blExportColumnNames || settings.blQuoted);
     EXPECT_EQ(settings.strDelimiter, "\t;\t\\");
     EXPECT_TRUE(settings.blAppend);
 
@@ -91,6 +92,37 @@ TEST(ReadSettings, TextExportNeedsAFolderAndOtherwiseKeepsTheDelimiter)
     read();
     EXPECT_FALSE(settings.blTextExport);
     EXPECT_EQ(settings.strDelimiter, "|");
+}
+
+TEST(TextExportWarnings, TellWhatMaySurprise)
+{
+    struct Case {
+        const char* name;
+        ConversionSettings settings;
+        std::size_t sources;
+        std::vector<const char*> told;
+    };
+    ConversionSettings plain;
+    plain.blTextExport = plain.blAppend = true;
+    plain.strDelimiter = ";";
+    ConversionSettings surprising = plain;
+    surprising.blAppend = false;
+    surprising.strDelimiter.clear();
+    ConversionSettings noText = surprising;
+    noText.blTextExport = false;
+    const Case cases[] = {
+        {"nothing", plain, 9, {}},
+        {"no text files", noText, 9, {}},
+        {"one source", surprising, 1, {"delimiter="}},
+        {"many sources", surprising, 2, {"delimiter=", "+append"}},
+    };
+    for (const Case& c : cases) {
+        SCOPED_TRACE(c.name);
+        const std::vector<std::string> lines = TextExportWarnings(c.settings, c.sources);
+        ASSERT_EQ(lines.size(), c.told.size());
+        for (std::size_t i = 0; i < lines.size(); ++i)
+            EXPECT_NE(lines[i].find(c.told[i]), std::string::npos) << lines[i];
+    }
 }
 
 } // namespace

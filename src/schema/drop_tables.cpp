@@ -1,0 +1,90 @@
+#include "schema/drop_tables.h"
+
+#include "schema/engine_errors.h"
+
+#include <string>
+#include <string_view>
+
+namespace velmora {
+
+namespace {
+
+/// What the user is asked, and what the protocol says when the answer is no.
+struct LockedQuestion {
+    std::string_view caption;
+    std::string text;
+    std::string refusal;
+};
+
+/// Runs the statement, again and again while its table is locked and the user wants another try. A user who does not
+/// has aborted the run.
+void ExecuteWhenUnlocked(Job& job, DatabaseSession& session, const std::string& sql, const LockedQuestion& question)
+{
+    for (;;) {
+        try {
+            session.ExecuteSql(sql);
+            return;
+        } catch (const RuntimeError& error) {
+            if (!IsLockConflict(error) || job.settings.blQuiet)
+                throw;
+        }
+        const Answer answer =
+            job.host.Ask(question.text, question.caption, Buttons::RetryCancel, Icon::Question, Answer::Retry);
+        if (answer != Answer::Retry) {
+            job.log.ProtocolAppend(question.refusal);
+            job.settings.blAbort = true;
+            return;
+        }
+    }
+}
+
+void DropRelations(Job& job, DatabaseSession& session, Step& step)
+{
+    step("Drop all foreign keys");
+    for (jet::Rowset keys = session.OpenSchema(jet::SchemaKind::ForeignKeys, {}); !keys.Eof(); keys.MoveNext()) {
+        job.host.ProcessEvents();
+        if (job.settings.blAbort)
+            return;
+        // A key of several columns has a row for each; the first one stands for it.
+        if (keys.Text("ORDINAL") != "1")
+            continue;
+        const std::string relation = keys.Text("FK_NAME");
+        const std::string parent = keys.Text("PK_TABLE_NAME");
+        ExecuteWhenUnlocked(
+            job, session, "ALTER TABLE [" + keys.Text("FK_TABLE_NAME") + "] DROP CONSTRAINT [" + relation + "]",
+            {"Drop constraint",
+             "Table [" + parent + "] is locked.\r\nConstraint [" + relation +
+                 "] could not be dropped.\r\nDo you want to try to drop the constraint one more time?",
+             "Error: Drop constraint [" + relation + "] failed. Table [" + parent + "] is locked. No retry."});
+    }
+}
+
+void DropUserTables(Job& job, DatabaseSession& session, Step& step)
+{
+    step("Drop all tables");
+    for (const std::string& table : session.UserTables()) {
+        job.host.ProcessEvents();
+        if (job.settings.blAbort)
+            return;
+        ExecuteWhenUnlocked(job, session, "DROP TABLE [" + table + "]",
+                            {"Drop table",
+                             "Table [" + table +
+                                 "] is locked und could not be dropped.\r\n"
+                                 "Do you want to try to drop the table one more time?",
+                             "Error: Drop table [" + table + "] failed. Table is locked. No retry."});
+    }
+}
+
+} // namespace
+
+void velDropTablesAll(Job& job, DatabaseSession& session)
+{
+    Procedure(job, "velDropTablesAll", [&](Step& step) {
+        job.log.ProtocolAppend("Drop all tables");
+        DropRelations(job, session, step);
+        if (!job.settings.blAbort)
+            DropUserTables(job, session, step);
+    });
+}
+
+} // namespace velmora
