@@ -3,6 +3,7 @@
 #include "jet/catalog/local_time.h"
 #include "jet/catalog/name_key.h"
 #include "jet/catalog/system_columns.h"
+#include "jet/error.h"
 
 #include <algorithm>
 
@@ -161,7 +162,12 @@ PropertyBlob ObjectList::Properties(std::int32_t id)
         return PropertyBlob(pager_->GetFormat());
     Record record;
     table_.Rows().Read(object.row, record);
-    return {pager_->GetFormat(), table_.Binary(record, kLvProp)};
+    const Bytes blob = table_.Binary(record, kLvProp);
+    try {
+        return {pager_->GetFormat(), blob};
+    } catch (const Error&) { // of one who does not know where the bytes stand
+        throw CorruptPage(object.row.page, "the properties of [" + object.name + "] cannot be read");
+    }
 }
 
 void ObjectList::SetProperties(std::int32_t id, const PropertyBlob& properties)

@@ -21,7 +21,7 @@ constexpr Byte kDefinitionFlag = 1; ///< changing it needs the right to change t
 
 [[noreturn]] void ThrowDamaged()
 {
-    throw Error(ErrorNumber::NotADatabase, {"MSysObjects"}, "The properties of an object are damaged.");
+    throw CorruptValue("The properties of an object overrun their bytes");
 }
 
 /// Reads a part of a blob from front to end; throws when it ends too early.

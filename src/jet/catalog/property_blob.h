@@ -24,7 +24,7 @@ class PropertyBlob {
 public:
     /// Without properties.
     explicit PropertyBlob(const Format& format) : format_(&format) {}
-    /// Throws Error (NotADatabase) when a block or an entry overruns the blob.
+    /// Throws CorruptValue when a block or an entry overruns the blob.
     PropertyBlob(const Format& format, ByteSpan blob);
 
     /// Value bytes of the property `name` of a column; of the object itself when `column` is empty.
@@ -64,5 +64,9 @@ private:
 
 /// NOT NULL: the column refuses Null.
 inline constexpr std::string_view kRequiredProperty = "Required";
+/// Does the text column take the text of no characters?
+inline constexpr std::string_view kAllowZeroLengthProperty = "AllowZeroLength";
+/// An expression, see ParseDefaultValue().
+inline constexpr std::string_view kDefaultValueProperty = "DefaultValue";
 
 } // namespace jet

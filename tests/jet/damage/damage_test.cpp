@@ -1,0 +1,52 @@
+#include "jet/damage/exercise.h"
+#include "jet/damage/page_damage.h"
+
+#include "support/shared.h"
+
+#include <fstream>
+#include <gtest/gtest.h>
+#include <iterator>
+#include <random>
+
+namespace jet::testing {
+namespace {
+
+/// Crashes, endless loops and foreign exceptions end the test program; the seed is then the last one that was printed.
+void DamageAndExercise(const Bytes& file, unsigned seed)
+{
+    SCOPED_TRACE("seed " + std::to_string(seed));
+    std::mt19937 random(seed);
+    Bytes damaged = file;
+    for (unsigned times = 1 + random() % 3; times > 0; --times)
+        Damage(damaged, random);
+    EXPECT_EQ(Exercise(damaged, seed), "");
+}
+
+TEST(DamagedDatabase, IsRefusedWhereTheDamageIs)
+{
+    for (const JetVersion version : {JetVersion::Jet3, JetVersion::Jet4}) {
+        SCOPED_TRACE(version == JetVersion::Jet3 ? "Jet 3" : "Jet 4");
+        const Bytes file = SmallDatabase(version);
+        EXPECT_EQ(Exercise(file, 0), "");
+        for (unsigned seed = 1; seed <= 100; ++seed)
+            DamageAndExercise(file, seed);
+    }
+}
+
+TEST(DamagedDatabase, ThatAccessMadeIsRefusedWhereTheDamageIs)
+{
+    REQUIRE_SHARED(shared);
+    constexpr std::uintmax_t kLargest = 300'000; // larger ones make the test long and have nothing of their own
+    for (const auto& entry : std::filesystem::directory_iterator(shared / "corpus" / "mdb")) {
+        if (entry.path().extension() != ".mdb" || entry.file_size() > kLargest)
+            continue;
+        SCOPED_TRACE(entry.path().filename().string());
+        std::ifstream stream(entry.path(), std::ios::binary);
+        const Bytes file{std::istreambuf_iterator<char>(stream), std::istreambuf_iterator<char>()};
+        for (unsigned seed = 1; seed <= 5; ++seed)
+            DamageAndExercise(file, seed);
+    }
+}
+
+} // namespace
+} // namespace jet::testing

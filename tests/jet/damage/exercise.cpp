@@ -1,0 +1,241 @@
+#include "jet/damage/exercise.h"
+
+#include "jet/connection.h"
+#include "jet/error.h"
+
+#include <filesystem>
+#include <fstream>
+#include <functional>
+#include <iterator>
+#include <memory>
+#include <random>
+#include <vector>
+
+#include <unistd.h>
+
+namespace jet::testing {
+
+namespace {
+
+/// Enough for every form of damage to be met; whole tables would make each run long.
+constexpr std::size_t kMaxRows = 400;
+constexpr std::size_t kMaxTables = 40;
+constexpr std::size_t kChanges = 24;
+
+/// A file in memory that is gone with the object.
+class ScratchFile {
+public:
+    ScratchFile()
+        : path_((std::filesystem::exists("/dev/shm") ? std::filesystem::path("/dev/shm")
+                                                     : std::filesystem::temp_directory_path()) /
+                ("jet-exercise-" + std::to_string(getpid()) + ".mdb"))
+    {
+        Remove();
+    }
+    ~ScratchFile() { Remove(); }
+    ScratchFile(const ScratchFile&) = delete;
+    ScratchFile& operator=(const ScratchFile&) = delete;
+
+    [[nodiscard]] const std::filesystem::path& Path() const { return path_; }
+    void Write(ByteSpan bytes) const
+    {
+        std::ofstream(path_, std::ios::binary)
+            .write(reinterpret_cast<const char*>(bytes.data()), static_cast<std::streamsize>(bytes.size()));
+    }
+    [[nodiscard]] Bytes Read() const
+    {
+        std::ifstream file(path_, std::ios::binary);
+        return {std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>()};
+    }
+
+private:
+    void Remove() const
+    {
+        std::error_code ignored;
+        std::filesystem::remove(path_, ignored);
+    }
+    std::filesystem::path path_;
+};
+
+class Exerciser {
+public:
+    explicit Exerciser(unsigned seed) : random_(seed) {}
+
+    void Run(const std::filesystem::path& path)
+    {
+        Attempt([&] { connection_ = Connection::Open(path); });
+        if (!connection_)
+            return;
+        ReadEverything();
+        for (std::size_t i = 0; i < kChanges && !tables_.empty(); ++i)
+            Attempt([&] { ChangeSomething(); });
+        Attempt([&] { connection_->Commit(); });
+        connection_.reset();
+        Attempt([&] { connection_ = Connection::Open(path); });
+        if (connection_)
+            ReadEverything();
+    }
+    [[nodiscard]] const std::string& Fault() const { return fault_; }
+
+private:
+    void Attempt(const std::function<void()>& action)
+    {
+        try {
+            action();
+        } catch (const Error& error) {
+            const std::string text = error.what();
+            if (error.Number() == ErrorNumber::NotADatabase && connection_ && text.find("Page ") == std::string::npos &&
+                fault_.empty())
+                fault_ = text;
+        }
+    }
+
+    void ReadEverything()
+    {
+        tables_.clear();
+        for (const SchemaKind kind : {SchemaKind::Columns, SchemaKind::ReferentialConstraints,
+                                      SchemaKind::TableConstraints, SchemaKind::Indexes, SchemaKind::ForeignKeys})
+            Attempt([&] { static_cast<void>(connection_->OpenSchema(kind)); });
+        Attempt([&] {
+            for (Rowset rows = connection_->OpenSchema(SchemaKind::Tables); !rows.Eof(); rows.MoveNext())
+                if (tables_.size() < kMaxTables)
+                    tables_.push_back(rows.Text("TABLE_NAME"));
+        });
+        for (const std::string& table : tables_)
+            Attempt([&] { ReadRows(table); });
+    }
+
+    void ReadRows(const std::string& table)
+    {
+        Recordset records = connection_->OpenTable(table);
+        for (std::size_t row = 0; row < kMaxRows && !records.Eof(); ++row, records.MoveNext())
+            for (std::size_t field = 0; field < records.FieldCount(); ++field)
+                Attempt([&] { static_cast<void>(records.Get(field)); });
+    }
+
+    void ChangeSomething()
+    {
+        const std::string& table = tables_[Below(tables_.size())];
+        switch (Below(14)) {
+        case 0:
+            return Execute("CREATE TABLE [new] ([PKEY] Counter NOT NULL, [FKEY] Long, [text] String, [memo] Longtext)");
+        case 1:
+            return Execute("ALTER TABLE [" + table + "] ADD COLUMN [more] Longtext");
+        case 2:
+            return Execute("ALTER TABLE [" + table + "] DROP COLUMN [" + AnyField(table) + "]");
+        case 3:
+            return Execute("CREATE INDEX [fresh] ON [" + table + "] ([" + AnyField(table) + "])");
+        case 4:
+            return Execute("UPDATE [" + table + "] SET [" + AnyField(table) + "] = [" + AnyField(table) + "]");
+        case 5:
+            return Execute("ALTER TABLE [" + table + "] ADD CONSTRAINT [link] FOREIGN KEY ([" + AnyField(table) +
+                           "]) REFERENCES [" + tables_[Below(tables_.size())] +
+                           "] ([PKEY]) ON UPDATE CASCADE ON DELETE CASCADE");
+        case 6:
+            return Execute("DELETE * FROM [" + table + "]");
+        case 7:
+            return Execute("DROP TABLE [" + table + "]");
+        case 8:
+            return connection_->Commit();
+        case 9:
+        case 10:
+            return DeleteSomeRows(table);
+        default:
+            return AddRows(table);
+        }
+    }
+
+    void Execute(const std::string& statement) { connection_->Execute(statement); }
+
+    [[nodiscard]] std::string AnyField(const std::string& table)
+    {
+        const Recordset records = connection_->OpenTable(table);
+        return records.FieldCount() == 0 ? std::string() : records.FieldName(Below(records.FieldCount()));
+    }
+
+    void AddRows(const std::string& table)
+    {
+        Recordset records = connection_->OpenTable(table);
+        for (std::size_t row = Below(30); row > 0; --row) {
+            records.AddNew();
+            for (std::size_t field = 0; field < records.FieldCount(); ++field)
+                Attempt([&] { records.SetText(field, AnyText(records.IsMemo(field))); });
+            records.Update();
+        }
+    }
+
+    [[nodiscard]] std::string AnyText(bool memo)
+    {
+        if (Below(2) == 0)
+            return std::to_string(Below(1000));
+        return std::string(Below(memo && Below(4) == 0 ? 9000 : 60), static_cast<char>('a' + Below(26)));
+    }
+
+    void DeleteSomeRows(const std::string& table)
+    {
+        Recordset records = connection_->OpenTable(table);
+        for (std::size_t row = 0; row < kMaxRows && !records.Eof(); ++row, records.MoveNext())
+            if (Below(3) == 0)
+                records.Delete();
+    }
+
+    [[nodiscard]] std::size_t Below(std::size_t end) { return random_() % end; }
+
+    std::mt19937 random_;
+    std::unique_ptr<Connection> connection_;
+    std::vector<std::string> tables_;
+    std::string fault_;
+};
+
+void AddRow(Recordset& records, const std::vector<std::string>& texts)
+{
+    records.AddNew();
+    for (std::size_t field = 0; field < texts.size(); ++field)
+        if (!texts[field].empty())
+            records.SetText(field + 1, texts[field]);
+    records.Update();
+}
+
+} // namespace
+
+Bytes SmallDatabase(JetVersion version)
+{
+    const ScratchFile file;
+    const std::unique_ptr<Connection> database = Connection::Create(file.Path(), version);
+    database->Execute("CREATE TABLE [order] ([PKEY] Counter NOT NULL, [gone] String, [name] String, [note] Longtext)");
+    database->Execute("CREATE UNIQUE INDEX [order_PKEY] ON [order] ([PKEY]) WITH PRIMARY");
+    database->Execute("CREATE TABLE [item] ([PKEY] Counter NOT NULL, [FKEY] Long, [code] String)");
+    database->Execute("CREATE UNIQUE INDEX [item_PKEY] ON [item] ([PKEY]) WITH PRIMARY");
+    database->Execute("CREATE INDEX [code] ON [item] ([code])");
+    database->Execute("ALTER TABLE [item] ADD CONSTRAINT [item_LINK] FOREIGN KEY ([FKEY]) REFERENCES [order] ([PKEY]) "
+                      "ON UPDATE CASCADE ON DELETE CASCADE");
+    {
+        Recordset orders = database->OpenTable("order");
+        for (int i = 1; i <= 40; ++i)
+            AddRow(orders,
+                   {"g", "order " + std::to_string(i), std::string(static_cast<std::size_t>(i * i * i / 5), 'n')});
+        Recordset items = database->OpenTable("item");
+        for (int i = 1; i <= 300; ++i)
+            AddRow(items, {std::to_string(1 + i % 40), std::string(20, 'x') + std::to_string(i * 7919 % 300)});
+        items.MoveFirst();
+        for (int i = 0; i < 100; ++i, items.MoveNext())
+            if (i % 3 == 0)
+                items.Delete();
+    }
+    database->Execute("ALTER TABLE [order] DROP COLUMN [gone]");
+    database->Execute("ALTER TABLE [order] ADD COLUMN [copy] String");
+    database->Execute("UPDATE [order] SET [copy] = [name]");
+    database->Commit();
+    return file.Read();
+}
+
+std::string Exercise(ByteSpan file, unsigned seed)
+{
+    const ScratchFile scratch;
+    scratch.Write(file);
+    Exerciser exerciser(seed);
+    exerciser.Run(scratch.Path());
+    return exerciser.Fault();
+}
+
+} // namespace jet::testing
