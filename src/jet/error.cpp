@@ -100,6 +100,7 @@ constexpr Entry kEntries[] = {
     {ErrorNumber::FieldRequired, kIntegrityViolation,
      "The field '|' cannot contain a Null value because the Required property for this field is set to True. Enter a "
      "value in this field."},
+    {ErrorNumber::EmptyTextRefused, kIntegrityViolation, "Field '|' cannot be a zero-length string."},
     {ErrorNumber::UnrecognizedFormat, kFail, "Unrecognized database format '|'."},
     {ErrorNumber::RelationTypesDiffer, kErrorsInCommand,
      "Relationship must be on the same number of fields with the same data types."},

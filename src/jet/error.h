@@ -58,6 +58,7 @@ enum class ErrorNumber : int {
     SyntaxErrorInDrop = 3295,
     FieldInRelation = 3303,    ///< Cannot delete this field. It is part of one or more relationships.
     FieldRequired = 3314,      ///< The field '|' cannot contain a Null value because Required is True.
+    EmptyTextRefused = 3315,   ///< Field '|' cannot be a zero-length string.
     UnrecognizedFormat = 3343, ///< Unrecognized database format '|'.
     RelationTypesDiffer = 3368,
     NoSuchTableOrConstraint = 3371, ///< Cannot find table or constraint.
