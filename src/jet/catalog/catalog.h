@@ -63,6 +63,8 @@ public:
     void DropIndex(Table& table, std::string_view name);
     /// To be called after a change of a table's definition that was not made here.
     void NoteChange(Table& table);
+    /// To be called after a change that failed midway: definitions may differ from what was known of them.
+    void NoteFailure() noexcept { ++structureVersion_; }
     /// Counts changes of any table's definition.
     [[nodiscard]] std::uint64_t StructureVersion() const noexcept { return structureVersion_; }
 

@@ -8,7 +8,12 @@ namespace jet::sql {
 
 void Executor::Run(const Statement& statement)
 {
-    std::visit([&](const auto& one) { Execute(one); }, statement);
+    try {
+        std::visit([&](const auto& one) { Execute(one); }, statement);
+    } catch (...) {
+        catalog_.NoteFailure();
+        throw;
+    }
 }
 
 std::shared_ptr<Table> Executor::TableToAlter(std::string_view name)
