@@ -1,5 +1,6 @@
 #include "import/record_writer.h"
 
+#include "import/text_export.h"
 #include "schema/column_widening.h"
 #include "schema/engine_errors.h"
 #include "schema/table_name.h"
@@ -162,17 +163,24 @@ void RecordWriter::Save(TableSink& sink)
     begun_.pop_back();
     ++sink.savedRecords;
     account_.Stored(sink.values);
-    if (begun_.empty())
-        KeepProvisionalRows();
-    else
+    velWriteRecordToFile(job_, sink, false);
+    if (!begun_.empty()) {
         AddProvisionalRow(sink);
+        return;
+    }
+    if (sink.text.file)
+        sink.text.file->Settle();
+    KeepProvisionalRows();
 }
 
 /// The owner stands: what was saved for it stays.
 void RecordWriter::KeepProvisionalRows()
 {
-    for (TableSink* const sink : provisional_)
+    for (TableSink* const sink : provisional_) {
         sink->provisionalRows.clear();
+        if (sink->text.file)
+            sink->text.file->Settle();
+    }
     provisional_.clear();
 }
 
@@ -207,6 +215,8 @@ void RecordWriter::Abandon(ElementId owner)
 void RecordWriter::RemoveProvisionalRows(TableSink& sink)
 {
     sink.savedRecords -= static_cast<std::int64_t>(sink.provisionalRows.size());
+    if (sink.text.file)
+        sink.text.file->RollBack();
     try {
         if (sink.records->IsOpen())
             for (const std::uint64_t row : sink.provisionalRows)

@@ -1,7 +1,10 @@
 #include "import/table_sinks.h"
 
+#include "import/text_export.h"
 #include "schema/catalog_queries.h"
 #include "schema/table_name.h"
+
+#include <string>
 
 namespace velmora {
 
@@ -18,6 +21,9 @@ TableSink& TableSinks::Append(const ElementInfo& element)
 void velOpenTables(Job& job, DatabaseSession& session, StructureModel& model, const TagMap& map, TableSinks& sinks)
 {
     Procedure(job, "velOpenTables", [&](Step& step) {
+        std::optional<TextFileOpener> textFiles;
+        if (job.settings.blTextExport)
+            textFiles.emplace(job, sinks.Texts());
         for (std::size_t number = 1; number <= model.UpperBound(); ++number) {
             ElementInfo& element = model.Element(number);
             if (element.lngMaxChildren < 1 && element.lngMaxTwins < 1 && element.lngAttributes < 1)
@@ -30,9 +36,56 @@ void velOpenTables(Job& job, DatabaseSession& session, StructureModel& model, co
                 continue;
             step("Open table [" + table + "]");
             sink.records.emplace(session.OpenTable(table));
+            if (textFiles)
+                textFiles->Open(sink, step);
         }
     });
 }
+
+namespace {
+
+/// What velCloseTables tells about one document.
+struct Shortfall {
+    std::size_t replacedCharacters = 0;
+    std::string firstReplacedIn; ///< "[table].[column]"
+    std::int64_t recordsWithoutText = 0;
+    std::string firstTableWithoutText;
+};
+
+void Count(const TableSink& sink, bool textExport, Shortfall& shortfall)
+{
+    const Recordset& records = *sink.records;
+    shortfall.replacedCharacters += records.ReplacedCharacters();
+    if (shortfall.firstReplacedIn.empty() && records.ReplacedCharacters() > 0)
+        shortfall.firstReplacedIn = "[" + records.Source() + "].[" + records.FirstReplacedColumn() + "]";
+    if (!textExport || sink.text.file != nullptr || sink.savedRecords == 0)
+        return;
+    shortfall.recordsWithoutText += sink.savedRecords;
+    if (shortfall.firstTableWithoutText.empty())
+        shortfall.firstTableWithoutText = records.Source();
+}
+
+void Tell(ProtocolLog& log, const Shortfall& shortfall)
+{
+    if (shortfall.replacedCharacters > 0)
+        log.ProtocolAppend("Access 97 cannot store " + std::to_string(shortfall.replacedCharacters) +
+                           " characters, which became \"?\", the first in " + shortfall.firstReplacedIn);
+    if (shortfall.recordsWithoutText > 0)
+        log.ProtocolAppend("Not in a text file: " + std::to_string(shortfall.recordsWithoutText) +
+                           " records, the first of table [" + shortfall.firstTableWithoutText + "]");
+}
+
+void CloseRecordset(Recordset& records, Step& step)
+{
+    if (!records.IsOpen())
+        return;
+    if (records.IsPending())
+        records.CancelUpdate();
+    step("Close table [" + records.Source() + "]");
+    records.Close();
+}
+
+} // namespace
 
 void velCloseTables(Job& job, DatabaseSession& session, TableSinks& sinks)
 {
@@ -41,23 +94,31 @@ void velCloseTables(Job& job, DatabaseSession& session, TableSinks& sinks)
         return;
     job.log.ProtocolAppend("Close tables");
     Step step(job.log, "velCloseTables");
-    try {
-        for (int number = 1; number <= sinks.UpperBound(); ++number) {
-            TableSink& sink = sinks[number];
-            if (!sink.records)
-                continue;
-            session.Report(sink.records->Source()).records += sink.savedRecords;
-            if (sink.records->IsOpen()) {
-                if (sink.records->IsPending())
-                    sink.records->CancelUpdate();
-                step("Close table [" + sink.records->Source() + "]");
-                sink.records->Close();
-            }
-            sink.records.reset();
+    // One failure does not keep the others open.
+    const auto attempt = [&](auto&& closing) {
+        try {
+            closing();
+        } catch (const RuntimeError& error) {
+            job.log.ErrorReport("velCloseTables", step.Statement(), error);
         }
-    } catch (const RuntimeError& error) {
-        job.log.ErrorReport("velCloseTables", step.Statement(), error);
+    };
+    Shortfall shortfall;
+    for (int number = 1; number <= sinks.UpperBound(); ++number) {
+        TableSink& sink = sinks[number];
+        if (!sink.records)
+            continue;
+        session.Report(sink.records->Source()).records += sink.savedRecords;
+        Count(sink, job.settings.blTextExport, shortfall);
+        attempt([&] { CloseRecordset(*sink.records, step); });
+        sink.records.reset();
     }
+    for (auto& [path, file] : sinks.Texts().All()) {
+        attempt([&] {
+            step("Close file [" + path + "]");
+            file.Flush();
+        });
+    }
+    Tell(job.log, shortfall);
 }
 
 } // namespace velmora

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "import/text_file.h"
 #include "mapping/tag_map.h"
 #include "schema/database_session.h"
 #include "settings/job.h"
@@ -8,6 +9,7 @@
 
 #include <cstdint>
 #include <optional>
+#include <string>
 #include <vector>
 
 namespace velmora {
@@ -28,6 +30,15 @@ struct PendingValues {
     std::uint32_t attributesOffered = 0;
 };
 
+/// How a sink writes its records into a text file.
+struct TextOutput {
+    TextFile* file = nullptr;                       ///< none: no text file
+    std::vector<std::string> columns;               ///< names, in the order in which a line has them
+    std::uint64_t layout = 0;                       ///< of the recordset, for which `fields` holds
+    std::vector<std::optional<std::size_t>> fields; ///< the columns' positions
+    std::string line;                               ///< kept from record to record
+};
+
 /// One table's output during the import of one document.
 struct TableSink {
     ElementInfo element;              ///< the model's entry as it was when the sink was opened
@@ -38,6 +49,7 @@ struct TableSink {
     std::optional<std::size_t> primaryKey, foreignKey, masterTable;
 
     PendingValues values;
+    TextOutput text;
     std::int64_t savedRecords = 0;
     /// Rows saved for a record of the owner that is itself not yet saved.
     std::vector<std::uint64_t> provisionalRows;
@@ -56,6 +68,7 @@ public:
     [[nodiscard]] int UpperBound() const noexcept { return static_cast<int>(sinks_.size()) - 1; }
     [[nodiscard]] TableSink& operator[](int number) { return sinks_[static_cast<std::size_t>(number)]; }
     TableSink& Append(const ElementInfo& element);
+    [[nodiscard]] TextFiles& Texts() noexcept { return texts_; }
     /// Number of the sink for `path`; kNone when there is none, or when `skipWithoutColumns` and it has no data
     /// columns: such an element is a wrapping one. O(1).
     [[nodiscard]] int Lookup(PathId path, bool skipWithoutColumns) const noexcept
@@ -69,14 +82,16 @@ public:
 private:
     std::vector<TableSink> sinks_;
     std::vector<int> byPath_;
+    TextFiles texts_;
 };
 
-/// Opens one sink per element of `model` that has children, repetitions or attributes, in its order. A table that is
-/// missing in the database keeps its place, without a recordset.
+/// Opens one sink per element of `model` that has children, repetitions or attributes, in its order, with its text file
+/// in a run that exports. A table that is missing in the database keeps its place, without a recordset.
 void velOpenTables(Job& job, DatabaseSession& session, StructureModel& model, const TagMap& map, TableSinks& sinks);
 
-/// Closes every recordset, dropping records that an interrupted import left pending, and adds what was saved to the
-/// session's reports. Goes on after a cancel or an error.
+/// Closes every recordset, dropping records that an interrupted import left pending, and every text file, and adds what
+/// was saved to the session's reports. Tells what did not come through whole: characters that Access 97 does not know,
+/// records without a text file. Goes on after a cancel or an error.
 void velCloseTables(Job& job, DatabaseSession& session, TableSinks& sinks);
 
 } // namespace velmora

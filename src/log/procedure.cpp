@@ -2,6 +2,8 @@
 
 #include "platform/utf8.h"
 
+#include <utility>
+
 namespace velmora {
 
 namespace {
@@ -15,6 +17,13 @@ void Step::operator()(std::string_view what)
 {
     copy_ = what;
     Keep(copy_);
+}
+
+void Step::SetTraced(std::string what)
+{
+    copy_ = std::move(what);
+    what_ = copy_;
+    build_ = nullptr;
 }
 
 void Step::Keep(std::string_view what)

@@ -45,6 +45,10 @@ public:
         };
         TraceBuilt();
     }
+    /// Whether any statement was set.
+    [[nodiscard]] bool IsSet() const noexcept { return build_ != nullptr || !what_.empty(); }
+    /// Sets the statement to a text that has been traced already.
+    void SetTraced(std::string what);
     /// The statement that the error report shows.
     [[nodiscard]] std::string Statement() const;
 
@@ -68,8 +72,8 @@ void TraceEntry(ProtocolLog& log, std::string_view name, std::string_view argume
 /// Reports the exception that is being handled.
 void ReportCurrentException(ProtocolLog& log, std::string_view name, const Step& step);
 
-template <class Body>
-bool Run(ProtocolLog& log, std::string_view name, Body& body)
+template <class Argument, class Body>
+bool Run(ProtocolLog& log, std::string_view name, const Argument& argument, Body& body)
 {
     if (log.Flags().blAbort)
         return false;
@@ -78,6 +82,9 @@ bool Run(ProtocolLog& log, std::string_view name, Body& body)
         body(step);
         return true;
     } catch (const std::exception&) {
+        // What fails before its first step is told by what it was given.
+        if (!step.IsSet())
+            step.SetTraced(std::string(argument()));
         ReportCurrentException(log, name, step);
         return false;
     }
@@ -87,13 +94,14 @@ bool Run(ProtocolLog& log, std::string_view name, Body& body)
 
 /// Runs `body(Step&)` as the procedure `name`: writes the trace line (name, ": ", the first 1,000 bytes of `argument`),
 /// returns at once when the run is aborted, and turns whatever the body throws into the error report, which aborts the
-/// run. True when the body ran to its end.
+/// run; until the body's first step the report shows `argument`. True when the body ran to its end.
 template <class Body>
 bool Procedure(ProtocolLog& log, std::string_view name, std::string_view argument, Body&& body)
 {
     if (log.IsTracing())
         procedure_detail::TraceEntry(log, name, argument);
-    return procedure_detail::Run(log, name, body);
+    return procedure_detail::Run(
+        log, name, [argument] { return argument; }, body);
 }
 
 /// The same with an argument that is built only when it is traced: what runs once per element gives it so.
@@ -102,7 +110,7 @@ bool Procedure(ProtocolLog& log, std::string_view name, const Argument& argument
 {
     if (log.IsTracing())
         procedure_detail::TraceEntry(log, name, argument());
-    return procedure_detail::Run(log, name, body);
+    return procedure_detail::Run(log, name, argument, body);
 }
 
 } // namespace velmora

@@ -1,9 +1,9 @@
 #include "log/protocol_log.h"
 
+#include "log/file_error.h"
 #include "platform/paths.h"
 
 #include <cerrno>
-#include <cstring>
 #include <utility>
 
 namespace velmora {
@@ -14,30 +14,9 @@ constexpr std::string_view kLineEnd = "\r\n";
 constexpr std::size_t kBufferBytes = 256 * 1024;
 constexpr std::int64_t kFlushMilliseconds = 1000;
 
-RuntimeError FileError(const std::string& path, int systemError)
+RuntimeError CannotWrite(const std::string& path, int systemError)
 {
-    using namespace runtime_errors;
-    int number = kPathFileAccess;
-    switch (systemError) {
-    case ENOENT:
-    case ENOTDIR:
-        number = kPathNotFound;
-        break;
-    case EACCES:
-    case EPERM:
-    case EROFS:
-        number = kPermissionDenied;
-        break;
-    case ENOSPC:
-        number = kDiskFull;
-        break;
-    case EIO:
-        number = kDeviceError;
-        break;
-    default:
-        break;
-    }
-    return {number, "The protocol file [" + path + "] cannot be written: " + std::strerror(systemError)};
+    return FileError("The protocol file", path, "cannot be written", systemError);
 }
 
 } // namespace
@@ -59,7 +38,7 @@ void ProtocolLog::OpenFile(const std::string& path)
     path_ = NativePath(path);
     file_ = OpenFileStream(path_, "ab");
     if (file_ == nullptr)
-        throw FileError(path_, errno);
+        throw CannotWrite(path_, errno);
     std::setvbuf(file_, nullptr, _IOFBF, kBufferBytes);
     flushedAt_ = CoarseMilliseconds();
 }
@@ -112,7 +91,7 @@ void ProtocolLog::WriteLine(std::string_view stamp, std::string_view gap, std::s
 
 void ProtocolLog::ReportWriteError()
 {
-    const RuntimeError error = FileError(path_, errno);
+    const RuntimeError error = CannotWrite(path_, errno);
     // Closed first: the report itself writes to the file that is open.
     if (file_ != nullptr)
         std::fclose(std::exchange(file_, nullptr));

@@ -27,7 +27,7 @@ TEST_F(ProcedureTest, ReportsTheStepThatWasReached)
     const std::string table = "person";
     const Case cases[] = {
         {"no step", [](Step&) { throw RuntimeError(9, "Subscript out of range"); },
-         "Error: velTest: ", "9: Subscript out of range"},
+         "Error: velTest: argument", "9: Subscript out of range"},
         {"a text",
          [](Step& step) {
              step("Open");

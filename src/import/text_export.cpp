@@ -1,0 +1,191 @@
+#include "import/text_export.h"
+
+#include "import/quoted_field.h"
+#include "log/file_error.h"
+#include "platform/file_listing.h"
+#include "platform/paths.h"
+
+#include <algorithm>
+#include <filesystem>
+#include <system_error>
+
+namespace velmora {
+
+namespace {
+
+constexpr std::string_view kExtension = ".txt";
+
+bool MayBeTextFile(const std::string& path)
+{
+    const std::string_view name = NamePart(path);
+    if (name.size() < kExtension.size())
+        return false;
+    const std::string_view end = name.substr(name.size() - kExtension.size());
+    return std::equal(end.begin(), end.end(), kExtension.begin(),
+                      [](char a, char b) { return (a >= 'A' && a <= 'Z' ? a - 'A' + 'a' : a) == b; });
+}
+
+void DeleteFile(const std::string& path)
+{
+    std::error_code error;
+    std::filesystem::remove(PathFromUtf8(path), error);
+    if (error)
+        throw FileError("The text file", path, "cannot be deleted", error.value());
+}
+
+/// The first line of the file at `path`, without its end; nullopt when it cannot be read or is longer than `longest`.
+std::optional<std::string> FirstLine(const std::string& path, std::size_t longest)
+{
+    std::FILE* file = OpenFileStream(path, "rb");
+    if (file == nullptr)
+        return std::nullopt;
+    std::string text(longest + 2, '\0');
+    text.resize(std::fread(text.data(), 1, text.size(), file));
+    std::fclose(file);
+    const std::size_t end = text.find("\r\n");
+    return end == text.npos ? std::nullopt : std::optional(text.substr(0, end));
+}
+
+/// Finds the columns' positions anew when the table's layout has changed.
+void FollowLayout(TableSink& sink)
+{
+    TextOutput& text = sink.text;
+    const std::uint64_t layout = sink.records->Layout();
+    if (text.layout == layout)
+        return;
+    text.layout = layout;
+    text.fields.clear();
+    for (const std::string& column : text.columns)
+        text.fields.push_back(sink.records->FieldIndex(column));
+}
+
+/// Puts the parts of a line together in `line`: `append(i, line)` appends the text of part i.
+template <class Append>
+void JoinLine(std::string& line, std::size_t count, const ConversionSettings& settings, Append&& append)
+{
+    line.clear();
+    for (std::size_t i = 0; i < count; ++i) {
+        if (i > 0)
+            line += settings.strDelimiter;
+        const std::size_t begin = line.size();
+        append(i, line);
+        if (settings.blQuoted)
+            QuoteField(line, begin, settings.strDelimiter);
+    }
+    // Many readers take an empty line for none.
+    if (settings.blQuoted && line.empty())
+        line = "\"\"";
+}
+
+void JoinNames(std::string& line, const TextOutput& text, const ConversionSettings& settings)
+{
+    JoinLine(line, text.columns.size(), settings, [&](std::size_t i, std::string& out) { out += text.columns[i]; });
+}
+
+void JoinValues(std::string& line, TableSink& sink, const ConversionSettings& settings)
+{
+    FollowLayout(sink);
+    JoinLine(line, sink.text.fields.size(), settings, [&](std::size_t i, std::string& out) {
+        if (const auto field = sink.text.fields[i])
+            sink.records->AppendText(*field, out);
+    });
+}
+
+} // namespace
+
+std::string TextFileName(std::string_view table)
+{
+    constexpr std::string_view kHexDigits = "0123456789ABCDEF";
+    std::string name;
+    for (const char c : table) {
+        const auto byte = static_cast<unsigned char>(c);
+        if (byte < 0x20 || std::string_view("\\/:*?\"<>|%").find(c) != std::string_view::npos) {
+            name += '%';
+            name += kHexDigits[byte >> 4];
+            name += kHexDigits[byte & 0xF];
+        } else {
+            name += c;
+        }
+    }
+    return name.append(kExtension);
+}
+
+TextFileOpener::TextFileOpener(Job& job, TextFiles& files)
+    : job_(job), files_(files), folder_(NativePath(job.controls.txtFILE_TXT.text))
+{
+    if (!folder_.empty() && folder_.back() != kPathSeparator)
+        folder_ += kPathSeparator;
+    filesOfRun_ = ListFiles(job.controls.txtFILE_XML.text);
+    for (const TextControl& named : {job.controls.txtFILE_LOG, job.controls.txtFILE_MAPPING, job.controls.txtFILE_MDB})
+        filesOfRun_.push_back(named.text);
+    std::erase_if(filesOfRun_, [](const std::string& path) { return !MayBeTextFile(path); });
+}
+
+void TextFileOpener::Open(TableSink& sink, Step& step)
+{
+    if (sink.element.lngTableNo <= 0)
+        return;
+    const std::string& table = sink.records->Source();
+    const std::string path = folder_ + TextFileName(table);
+    TextOutput& text = sink.text;
+    for (std::size_t field = 0; field < sink.records->FieldCount(); ++field)
+        text.columns.push_back(sink.records->FieldName(field));
+
+    text.file = files_.Find(path);
+    if (text.file != nullptr)
+        return;
+    RefuseFileOfTheRun(path);
+    if (!job_.settings.blAppend && FileExists(path)) {
+        step("Delete old file [" + path + "]");
+        DeleteFile(path);
+    }
+    step("Open file [" + path + "]");
+    const bool isNew = !FileExists(path);
+    text.file = &files_.Open(path);
+    if (!job_.settings.blExportColumnNames)
+        return;
+    if (isNew) {
+        step("Write column names [" + path + "]");
+        velWriteRecordToFile(job_, sink, true);
+        text.file->Settle();
+        return;
+    }
+    std::string header;
+    JoinNames(header, text, job_.settings);
+    CompareColumns(sink, header);
+}
+
+/// A document's element may bear the very name of the protocol or of a source.
+void TextFileOpener::RefuseFileOfTheRun(const std::string& path) const
+{
+    for (const std::string& other : filesOfRun_)
+        if (IsSameFile(path, other))
+            throw RuntimeError(runtime_errors::kFileAlreadyOpen,
+                               "The text file [" + path +
+                                   "] is also a file that this run reads or writes; txt= names another folder");
+}
+
+/// Lines behind a first line that names other columns, or the same in another order, would not fit it.
+void TextFileOpener::CompareColumns(const TableSink& sink, const std::string& header) const
+{
+    if (FirstLine(sink.text.file->Path(), header.size()) != header)
+        job_.log.ProtocolAppend("The first line of [" + sink.text.file->Path() +
+                                "] does not name the columns that table [" + sink.records->Source() + "] has now");
+}
+
+void velWriteRecordToFile(Job& job, TableSink& sink, bool header)
+{
+    if (!job.settings.blTextExport || sink.text.file == nullptr)
+        return;
+    const auto argument = [&] { return sink.records->Source() + ": Headers: " + (header ? "True" : "False"); };
+    Procedure(job, "velWriteRecordToFile", argument, [&](Step&) {
+        TextOutput& text = sink.text;
+        if (header)
+            JoinNames(text.line, text, job.settings);
+        else
+            JoinValues(text.line, sink, job.settings);
+        text.file->WriteLine(text.line);
+    });
+}
+
+} // namespace velmora

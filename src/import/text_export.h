@@ -1,0 +1,37 @@
+#pragma once
+
+#include "import/table_sinks.h"
+
+namespace velmora {
+
+/// The name of `table`'s text file, without its folder: the table's name and ".txt". What cannot stand in file names
+/// everywhere (`\ / : * ? " < > |`, control characters) is written as "%" and two hexadecimal digits, and so is "%"
+/// itself: every table has a name of its own.
+[[nodiscard]] std::string TextFileName(std::string_view table);
+
+/// Opens the text files of one document's sinks, all in the folder that the controls name.
+class TextFileOpener {
+public:
+    TextFileOpener(Job& job, TextFiles& files);
+
+    /// Opens the file of a sink whose table is open: behind what is in it, or made anew, with the column names as its
+    /// first line when it is new and they are wanted. Sinks of one table share one file. A sink without a table number
+    /// gets none. Throws when the file cannot be written or is another file of the run.
+    void Open(TableSink& sink, Step& step);
+
+private:
+    void RefuseFileOfTheRun(const std::string& path) const;
+    void CompareColumns(const TableSink& sink, const std::string& header) const;
+
+    Job& job_;
+    TextFiles& files_;
+    std::string folder_;                  ///< with the separator at its end
+    std::vector<std::string> filesOfRun_; ///< those that a text file's name could meet
+};
+
+/// Writes one line into the sink's text file: its column names (`header`), or the record just saved. Values are joined
+/// by the delimiter, in the order that the columns had when the file was opened: a column that is widened on the way
+/// moves in the table, but not in the file. Nothing without a text file. A failure ends in the error report.
+void velWriteRecordToFile(Job& job, TableSink& sink, bool header);
+
+} // namespace velmora

@@ -1,0 +1,94 @@
+#include "import/text_file.h"
+
+#include "log/file_error.h"
+#include "platform/paths.h"
+
+#include <cerrno>
+#include <cstdio>
+#include <filesystem>
+#include <system_error>
+
+namespace velmora {
+
+namespace {
+
+constexpr std::string_view kLineEnd = "\r\n";
+constexpr std::size_t kPieceBytes = 64 * 1024;
+
+} // namespace
+
+TextFile::TextFile(const std::string& path) : path_(path)
+{
+    std::FILE* file = OpenFileStream(path_, "ab");
+    if (file == nullptr)
+        Fail(errno);
+    std::fclose(file);
+    std::error_code error;
+    const std::uintmax_t size = std::filesystem::file_size(PathFromUtf8(path_), error);
+    written_ = settled_ = error ? 0 : size; // a device has no size
+}
+
+void TextFile::WriteLine(std::string_view line)
+{
+    if (failed_)
+        return;
+    buffer_.append(line).append(kLineEnd);
+    if (buffer_.size() >= kPieceBytes)
+        Flush();
+}
+
+void TextFile::RollBack()
+{
+    if (failed_)
+        return;
+    if (settled_ >= written_) {
+        buffer_.resize(settled_ - written_);
+        return;
+    }
+    buffer_.clear();
+    std::error_code error;
+    std::filesystem::resize_file(PathFromUtf8(path_), settled_, error);
+    if (error)
+        Fail(error.value());
+    written_ = settled_;
+}
+
+void TextFile::Flush()
+{
+    if (failed_ || buffer_.empty())
+        return;
+    std::FILE* file = OpenFileStream(path_, "ab");
+    if (file == nullptr)
+        Fail(errno);
+    const bool isWritten = std::fwrite(buffer_.data(), 1, buffer_.size(), file) == buffer_.size();
+    const int writeError = errno;
+    const bool isClosed = std::fclose(file) == 0;
+    if (!isWritten || !isClosed) {
+        const int systemError = isWritten ? errno : writeError;
+        // Half a line is worth nothing: the file ends with the last whole piece.
+        std::error_code ignored;
+        std::filesystem::resize_file(PathFromUtf8(path_), written_, ignored);
+        Fail(systemError);
+    }
+    written_ += buffer_.size();
+    buffer_.clear();
+}
+
+void TextFile::Fail(int systemError)
+{
+    failed_ = true;
+    throw FileError("The text file", path_, "cannot be written", systemError);
+}
+
+TextFile* TextFiles::Find(const std::string& path)
+{
+    const auto found = files_.find(path);
+    return found == files_.end() ? nullptr : &found->second;
+}
+
+TextFile& TextFiles::Open(const std::string& path)
+{
+    return files_.try_emplace(path, path).first->second;
+}
+
+} // namespace velmora

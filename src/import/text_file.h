@@ -1,0 +1,55 @@
+#pragma once
+
+#include <cstdint>
+#include <map>
+#include <string>
+#include <string_view>
+
+namespace velmora {
+
+/// A text file to which lines are appended; they end in CR LF.
+///
+/// Lines are collected and written in large pieces, and the file is open only for that: a document of thousands of
+/// tables needs no thousands of open files. Lines that may yet be taken back are told from those that stay by Settle().
+/// Errors are RuntimeError and name the file; after one the file takes nothing more.
+class TextFile {
+public:
+    /// Makes the file when it is missing. Throws when it cannot be written.
+    explicit TextFile(const std::string& path);
+    TextFile(const TextFile&) = delete;
+    TextFile& operator=(const TextFile&) = delete;
+
+    [[nodiscard]] const std::string& Path() const noexcept { return path_; }
+    /// `line` without its end.
+    void WriteLine(std::string_view line);
+    /// Every line written until now stays.
+    void Settle() noexcept { settled_ = written_ + buffer_.size(); }
+    /// Takes back the lines written since Settle().
+    void RollBack();
+    /// Writes what is still collected.
+    void Flush();
+
+private:
+    [[noreturn]] void Fail(int systemError);
+
+    std::string path_;
+    std::string buffer_;
+    std::uint64_t written_ = 0; ///< size of the file, bytes
+    std::uint64_t settled_ = 0; ///< size that stays, bytes: in the file or in the buffer
+    bool failed_ = false;
+};
+
+/// The text files of one document's import, by path.
+class TextFiles {
+public:
+    /// nullptr when the file has not been opened.
+    [[nodiscard]] TextFile* Find(const std::string& path);
+    /// Opens a file that is not open yet. It stays where it is.
+    [[nodiscard]] TextFile& Open(const std::string& path);
+    [[nodiscard]] std::map<std::string, TextFile>& All() noexcept { return files_; }
+
+private:
+    std::map<std::string, TextFile> files_;
+};
+
+} // namespace velmora
