@@ -1,8 +1,11 @@
 #include "mapping/tag_map_file.h"
 
+#include "log/file_error.h"
 #include "platform/paths.h"
 #include "platform/utf8.h"
 
+#include <cerrno>
+#include <cstdio>
 #include <fstream>
 #include <iterator>
 #include <optional>
@@ -47,6 +50,19 @@ void ReadEntries(std::string_view text, TagMap& map)
     }
 }
 
+void WriteWholeFile(const std::string& path, std::string_view content)
+{
+    std::FILE* file = OpenFileStream(path, "wb");
+    if (file == nullptr)
+        throw FileError("The mapping file", path, "cannot be written", errno);
+    const bool isWritten = std::fwrite(content.data(), 1, content.size(), file) == content.size();
+    const int writeError = errno;
+    if (std::fclose(file) != 0 || !isWritten)
+        throw FileError("The mapping file", path, "cannot be written", isWritten ? errno : writeError);
+}
+
+constexpr std::string_view kSaveProcedure = "btnMappingSave_Click";
+
 } // namespace
 
 bool velLoadTagMapping(Job& job, TagMap& map, const std::string& path)
@@ -66,6 +82,32 @@ bool velLoadTagMapping(Job& job, TagMap& map, const std::string& path)
     });
     job.host.ControlsChanged();
     return found && completed;
+}
+
+bool PrepareSaving(Job& job, TagMap& map)
+{
+    job.log.Trace(std::string(kSaveProcedure).append(": "));
+    map.Compact();
+    job.host.ControlsChanged();
+    return map.UpperBound() > 0;
+}
+
+bool SaveTagMapping(Job& job, const TagMap& map, const std::string& path)
+{
+    job.controls.txtFILE_MAPPING.text = path;
+    Step step(job.log, kSaveProcedure);
+    step("Write mapping into file");
+    std::string content;
+    for (std::size_t number = 1; number <= map.UpperBound(); ++number)
+        content.append(map.Entry(number).tag).append(1, '\t').append(map.Entry(number).name).append("\r\n");
+    try {
+        WriteWholeFile(NativePath(path), content);
+    } catch (const RuntimeError& error) {
+        job.log.ErrorReport(kSaveProcedure, step.Statement(), error);
+        return false;
+    }
+    job.host.ControlsChanged();
+    return true;
 }
 
 } // namespace velmora

@@ -4,6 +4,7 @@
 #include "settings/job.h"
 
 #include <string>
+#include <string_view>
 
 namespace velmora {
 
@@ -12,5 +13,16 @@ namespace velmora {
 /// and an empty one. A missing file leaves `map` as it was, with a protocol line. False when the file was missing or
 /// could not be read to its end.
 bool velLoadTagMapping(Job& job, TagMap& map, const std::string& path);
+
+/// What is shown when there is nothing to save.
+inline constexpr std::string_view kNothingToSave = "There is no mapping to be saved!";
+
+/// The beginning of saving, before a file is chosen: removes the blank entries of `map`. False when none are left, and
+/// the caller shows kNothingToSave then.
+[[nodiscard]] bool PrepareSaving(Job& job, TagMap& map);
+
+/// Writes `map` to `path`, over what may be there, and makes it the mapping file of the controls. False when it could
+/// not be written, after the error report.
+bool SaveTagMapping(Job& job, const TagMap& map, const std::string& path);
 
 } // namespace velmora

@@ -70,6 +70,31 @@ TEST(TagMapFile, IsReadLineByLine)
     }
 }
 
+TEST(TagMapFile, WhatIsSavedReadsBackWithoutBlankEntries)
+{
+    const testing::TempFolder folder;
+    const std::string path = (folder / "map.tsv").string();
+    testing::WriteFile(path, "what was there before, and longer than the new mapping");
+    testing::RecordingHost host;
+    Job job(host);
+    TagMap map;
+    map.Add({"", ""});
+    EXPECT_FALSE(PrepareSaving(job, map));
+    for (const MappingEntry& entry : {MappingEntry{"", ""}, {"\xC3\xA4", "b\tc"}, {"", "x"}, {"a", ""}})
+        map.Add(entry);
+    EXPECT_TRUE(PrepareSaving(job, map));
+    EXPECT_TRUE(SaveTagMapping(job, map, path));
+    EXPECT_EQ(testing::ReadFile(path), "\xC3\xA4\tb\tc\r\n\tx\r\na\t\r\n");
+    EXPECT_EQ(job.controls.txtFILE_MAPPING.text, path);
+    TagMap readBack;
+    EXPECT_TRUE(velLoadTagMapping(job, readBack, path));
+    EXPECT_EQ(Text(readBack), Text(map));
+
+    EXPECT_FALSE(SaveTagMapping(job, map, folder.Path().string()));
+    ASSERT_EQ(host.errors.size(), 1U);
+    EXPECT_NE(host.errors[0].find(folder.Path().string()), std::string::npos);
+}
+
 TEST(TagMapFile, AMissingFileKeepsTheMap)
 {
     const testing::TempFolder folder;
