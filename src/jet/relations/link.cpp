@@ -2,6 +2,8 @@
 
 #include "jet/error.h"
 
+#include <algorithm>
+
 namespace jet {
 
 namespace {
@@ -12,6 +14,17 @@ std::vector<std::uint16_t> NumbersOf(const RealIndex& index)
     for (const IndexColumn& column : index.columns)
         numbers.push_back(column.column);
     return numbers;
+}
+
+/// Can the values of one index be looked up in the other?
+bool SameTypes(const Table& table, const RealIndex& index, const Table& other, const RealIndex& otherIndex)
+{
+    const auto typeIn = [](const Table& owner) {
+        return [&def = owner.Definition()](const IndexColumn& column) {
+            return def.columns[def.ColumnByNumber(column.column).value()].type;
+        };
+    };
+    return std::ranges::equal(index.columns, otherIndex.columns, {}, typeIn(table), typeIn(other));
 }
 
 KeyMaker Foreign(const Table& index, const RealIndex& real, const Table& values, const RealIndex& valuesIndex)
@@ -65,7 +78,7 @@ Link* LinkCache::LinkOf(Table& child, const LogicalIndex& entry)
     const LogicalIndex* partner = parent.Definition().IndexByNumber(entry.partnerIndex);
     const RealIndex& childIndex = child.Definition().realIndexes[entry.realIndex];
     if (!partner || partner->side != RelationSide::Referenced ||
-        parent.Definition().realIndexes[partner->realIndex].columns.size() != childIndex.columns.size())
+        !SameTypes(child, childIndex, parent, parent.Definition().realIndexes[partner->realIndex]))
         throw CorruptPage(page, "the relation " + entry.name + " does not fit its other side in " + parent.Name());
     const RealIndex& parentIndex = parent.Definition().realIndexes[partner->realIndex];
     link.reset(new Link{&child,
