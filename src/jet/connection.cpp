@@ -11,7 +11,6 @@
 #include "jet/store/pager.h"
 
 #include <string>
-#include <system_error>
 #include <utility>
 
 namespace jet {
@@ -25,13 +24,20 @@ constexpr std::uint32_t kOwnBuild = 27'182;
 /// Beside the target, until the first commit.
 constexpr const char* kNewFileSuffix = ".velmora-new";
 
-/// Removes what a run that was killed has left; throws FileInUse while that run is still there.
-void RemoveLeftover(const std::filesystem::path& path)
+std::unique_ptr<File> OpenLocked(FileSystem& system, const std::filesystem::path& path, OpenMode mode)
 {
-    if (!std::filesystem::exists(path))
+    std::unique_ptr<File> file = system.Open(path, mode);
+    LockWhole(*file);
+    return file;
+}
+
+/// Removes what a run that was killed has left; throws FileInUse while that run is still there.
+void RemoveLeftover(FileSystem& system, const std::filesystem::path& path)
+{
+    if (!system.Exists(path))
         return;
-    static_cast<void>(OpenFile(path, OpenMode::ReadWrite));
-    std::filesystem::remove(path);
+    static_cast<void>(OpenLocked(system, path, OpenMode::ReadWrite));
+    system.Remove(path);
 }
 
 } // namespace
@@ -39,9 +45,10 @@ void RemoveLeftover(const std::filesystem::path& path)
 class Connection::Impl {
 public:
     /// `unfinished`: where a new file stands until its first commit moves it to `path`.
-    Impl(std::unique_ptr<Pager> pager, std::filesystem::path path, std::filesystem::path unfinished, Existing existing)
-        : pager_(std::move(pager)), path_(std::move(path)), unfinished_(std::move(unfinished)), existing_(existing),
-          catalog_(*pager_), integrity_(catalog_), executor_(catalog_, integrity_)
+    Impl(FileSystem& system, std::unique_ptr<Pager> pager, std::filesystem::path path, std::filesystem::path unfinished,
+         Existing existing)
+        : pager_(std::move(pager)), path_(std::move(path)), unfinished_(system, std::move(unfinished)),
+          existing_(existing), catalog_(*pager_), integrity_(catalog_), executor_(catalog_, integrity_)
     {
     }
 
@@ -62,12 +69,15 @@ private:
     /// A file that is removed unless it has found its place.
     class UnfinishedFile {
     public:
-        explicit UnfinishedFile(std::filesystem::path path) : path_(std::move(path)) {}
+        UnfinishedFile(FileSystem& system, std::filesystem::path path) : system_(system), path_(std::move(path)) {}
         ~UnfinishedFile()
         {
-            std::error_code ignored;
-            if (!path_.empty())
-                std::filesystem::remove(path_, ignored);
+            try {
+                if (!path_.empty())
+                    system_.Remove(path_);
+            } catch (const Error&) {
+                return; // the next one that is made here removes it
+            }
         }
         UnfinishedFile(const UnfinishedFile&) = delete;
         UnfinishedFile& operator=(const UnfinishedFile&) = delete;
@@ -75,16 +85,15 @@ private:
         [[nodiscard]] const std::filesystem::path& Path() const noexcept { return path_; }
         void MoveTo(const std::filesystem::path& target, Existing existing)
         {
-            if (existing == Existing::Refuse && std::filesystem::exists(target))
+            if (existing == Existing::Refuse && system_.Exists(target))
                 throw Error(ErrorNumber::DatabaseExists, {}, "(" + target.string() + ")");
-            std::error_code failure;
-            std::filesystem::rename(path_, target, failure);
-            if (failure)
-                throw Error(ErrorNumber::DiskError, {}, "(" + target.string() + ": " + failure.message() + ")");
+            system_.Rename(path_, target);
+            system_.SyncFolder(target);
             path_.clear();
         }
 
     private:
+        FileSystem& system_;
         std::filesystem::path path_;
     };
 
@@ -100,40 +109,38 @@ private:
 Connection::Connection(std::unique_ptr<Impl> impl) : impl_(std::move(impl)) {}
 Connection::~Connection() = default;
 
-bool Connection::CanReplace(const std::filesystem::path& path)
+bool Connection::CanReplace(const std::filesystem::path& path, FileSystem& system)
 {
-    std::error_code error;
-    if (!std::filesystem::is_regular_file(path, error))
-        return false;
     try {
-        static_cast<void>(OpenFile(path, OpenMode::ReadWrite));
-        return true;
+        static_cast<void>(OpenLocked(system, path, OpenMode::ReadWrite));
+        return system.MayReplace(path);
     } catch (const Error&) {
         return false;
     }
 }
 
-std::unique_ptr<Connection> Connection::Create(const std::filesystem::path& path, JetVersion version, Existing existing)
+std::unique_ptr<Connection> Connection::Create(const std::filesystem::path& path, JetVersion version, Existing existing,
+                                               FileSystem& system)
 {
-    if (existing == Existing::Refuse && std::filesystem::exists(path))
+    if (existing == Existing::Refuse && system.Exists(path))
         throw Error(ErrorNumber::DatabaseExists, {}, "(" + path.string() + ")");
     std::filesystem::path unfinished = path;
     unfinished += kNewFileSuffix;
-    RemoveLeftover(unfinished);
+    RemoveLeftover(system, unfinished);
 
     const DateTime now = LocalNow();
     std::unique_ptr<Pager> pager =
-        Pager::Create(OpenFile(unfinished, OpenMode::CreateNew), {version, now.days, kOwnBuild});
+        Pager::Create(OpenLocked(system, unfinished, OpenMode::CreateNew), {version, now.days, kOwnBuild});
     BuildEmptyDatabase(*pager, now);
     return std::unique_ptr<Connection>(
-        new Connection(std::make_unique<Impl>(std::move(pager), path, std::move(unfinished), existing)));
+        new Connection(std::make_unique<Impl>(system, std::move(pager), path, std::move(unfinished), existing)));
 }
 
-std::unique_ptr<Connection> Connection::Open(const std::filesystem::path& path)
+std::unique_ptr<Connection> Connection::Open(const std::filesystem::path& path, FileSystem& system)
 {
-    std::unique_ptr<Pager> pager = Pager::Open(OpenFile(path, OpenMode::ReadWrite));
-    return std::unique_ptr<Connection>(
-        new Connection(std::make_unique<Impl>(std::move(pager), path, std::filesystem::path(), Existing::Refuse)));
+    std::unique_ptr<Pager> pager = Pager::Open(OpenLocked(system, path, OpenMode::ReadWrite));
+    return std::unique_ptr<Connection>(new Connection(
+        std::make_unique<Impl>(system, std::move(pager), path, std::filesystem::path(), Existing::Refuse)));
 }
 
 void Connection::Execute(std::string_view sql)

@@ -4,6 +4,7 @@
 #include "jet/error.h"
 #include "jet/recordset.h"
 #include "jet/rowset.h"
+#include "jet/store/file_system.h"
 
 #include <filesystem>
 #include <memory>
@@ -22,11 +23,13 @@ public:
     /// Commit(), so that a kill leaves no half-written one. Throws DatabaseExists when `path` exists, InvalidPath.
     /// With Existing::Replace the file that stands there stays until that commit and is then replaced in one step.
     [[nodiscard]] static std::unique_ptr<Connection> Create(const std::filesystem::path& path, JetVersion version,
-                                                            Existing existing = Existing::Refuse);
+                                                            Existing existing = Existing::Refuse,
+                                                            FileSystem& system = RealFileSystem());
     /// Can an ordinary file at `path` be replaced: is it one, and has nobody else locked it?
-    [[nodiscard]] static bool CanReplace(const std::filesystem::path& path);
+    [[nodiscard]] static bool CanReplace(const std::filesystem::path& path, FileSystem& system = RealFileSystem());
     /// Throws FileNotFound, NotADatabase, UnrecognizedFormat, NotAValidPassword, ReadOnly, FileInUse.
-    [[nodiscard]] static std::unique_ptr<Connection> Open(const std::filesystem::path& path);
+    [[nodiscard]] static std::unique_ptr<Connection> Open(const std::filesystem::path& path,
+                                                          FileSystem& system = RealFileSystem());
     ~Connection();
     Connection(const Connection&) = delete;
     Connection& operator=(const Connection&) = delete;

@@ -1,0 +1,41 @@
+#pragma once
+
+#include "jet/store/file.h"
+
+#include <filesystem>
+#include <memory>
+
+namespace jet {
+
+/// The seam to the operating system: all that the engine asks of it. Failures are thrown as Error (DiskFull, DiskError
+/// and what a function names). A new, renamed or removed entry of a folder outlives a power failure once SyncFolder has
+/// returned, the content of a file once its Sync has.
+class FileSystem {
+public:
+    virtual ~FileSystem() = default;
+
+    /// Opens an ordinary file, without locking it. Throws Error: FileNotFound, DatabaseExists, ReadOnly, InvalidPath.
+    [[nodiscard]] virtual std::unique_ptr<File> Open(const std::filesystem::path& path, OpenMode mode) = 0;
+    /// Is there anything of that name?
+    [[nodiscard]] virtual bool Exists(const std::filesystem::path& path) = 0;
+    /// Throws Error also when there is no such file.
+    virtual void Remove(const std::filesystem::path& path) = 0;
+    /// In one step, in place of what may stand at `to`.
+    virtual void Rename(const std::filesystem::path& from, const std::filesystem::path& to) = 0;
+    /// Entries of the folder in which `file` stands, or stood, are on the disk when this returns.
+    virtual void SyncFolder(const std::filesystem::path& file) = 0;
+    /// Gives `to` the rights of `from`, as far as that is allowed.
+    virtual void CopyRights(const std::filesystem::path& from, const std::filesystem::path& to) = 0;
+    /// The file that `path` means: what a symbolic link points at, even when it is not there yet; else `path` itself.
+    [[nodiscard]] virtual std::filesystem::path Resolve(const std::filesystem::path& path) = 0;
+    /// Do the folder's rights allow to remove `file`, and to put another one in its place?
+    [[nodiscard]] virtual bool MayReplace(const std::filesystem::path& file) = 0;
+};
+
+/// The operating system's own. Has no state.
+[[nodiscard]] FileSystem& RealFileSystem() noexcept;
+
+/// Locks the whole of `file` against others until it is closed. Throws FileInUse.
+void LockWhole(File& file);
+
+} // namespace jet
