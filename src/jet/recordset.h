@@ -11,7 +11,10 @@
 
 namespace jet {
 
-/// An updatable view of one table: rows one after another, and one record at a time that is being added.
+/// An updatable view of one table: rows one after another, and one record at a time that is being added or changed.
+///
+/// The rules that the columns' properties make are kept: Required, AllowZeroLength and a DefaultValue that is a literal
+/// or a simple function. ValidationRule is not looked at, nor is a default value that is any other expression.
 ///
 /// Fields are addressed by position, 0-based in the order of the table's columns; Generation() tells when positions and
 /// field count have changed (a column was added or dropped through any path on the connection).
@@ -38,19 +41,22 @@ public:
     /// Of the pending record, else of the current one. Reading the autonumber of a pending record gives it its number.
     [[nodiscard]] Value Get(std::size_t field);
 
-    // A record being added.
+    // A record being added or changed.
 
+    /// Begins a record, with the default values of its fields.
     void AddNew();
     [[nodiscard]] bool IsPending() const noexcept;
-    /// Text, converted to the column's type. Throws FieldTooSmall (3163), WrongType (3421); the field keeps its value
-    /// then.
+    /// Text, converted to the column's type. Of the pending record; without one, of the current record, which is
+    /// changed when Update() saves it. Throws FieldTooSmall (3163), EmptyTextRefused (3315), WrongType (3421); the
+    /// field keeps its value then.
     void SetText(std::size_t field, std::string_view utf8);
     void SetLong(std::size_t field, std::int32_t value);
     void Set(std::size_t field, const Value& value);
-    /// Saves the pending record, which becomes the current one. Throws and stays pending when the engine refuses it
-    /// (DuplicateKey, RelatedRecordRequired, RecordTooLarge ...).
+    /// Saves the pending record, which becomes the current one, or the changes of the current one, a changed key with
+    /// all that cascades from it. Throws and stays pending when the engine refuses it (DuplicateKey,
+    /// RelatedRecordRequired, RecordTooLarge, FieldRequired ...).
     void Update();
-    /// Drops the pending record; its autonumber is given back when it was the last.
+    /// Drops the pending record, its autonumber given back when it was the last, or the changes of the current one.
     void CancelUpdate();
     /// Deletes the current record; of a pending one the same as CancelUpdate().
     void Delete();

@@ -2,9 +2,13 @@
 
 #include "jet/base/text_codec.h"
 #include "jet/base/value_codec.h"
+#include "jet/catalog/local_time.h"
 #include "jet/error.h"
 
 #include <algorithm>
+#include <bit>
+#include <cmath>
+#include <random>
 
 namespace jet {
 
@@ -50,9 +54,53 @@ void Recordset::Impl::TakeLayout()
     const TableDef& def = table_->Definition();
     generation_ = table_->Generation();
     columns_ = def.columns;
-    rowsMap_ = def.ownedPages;
-    const auto autonumber = std::ranges::find_if(columns_, &Column::IsAutonumber);
-    autonumber_ = autonumber == columns_.end() ? std::nullopt : std::optional(autonumber - columns_.begin());
+    rowsEpoch_ = table_->RowsEpoch();
+    autonumber_.reset();
+    defaults_.clear();
+    for (std::size_t field = 0; field < columns_.size(); ++field) {
+        const std::optional<DefaultValue>& value = columns_[field].rules.defaultValue;
+        // A random autonumber is a default value and nothing else: the table's counter has no part in it.
+        if (value)
+            defaults_.push_back(field);
+        else if (columns_[field].IsAutonumber())
+            autonumber_ = field;
+    }
+}
+
+void Recordset::Impl::SetDefault(std::size_t field)
+{
+    const DefaultValue& value = *columns_[field].rules.defaultValue;
+    const auto setDate = [&](double days) {
+        StoreU64(record_.SetSized(field, sizeof days), 0, std::bit_cast<std::uint64_t>(days));
+    };
+    switch (value.kind) {
+    case DefaultValue::Kind::Stored:
+        return record_.SetStored(field, value.stored);
+    case DefaultValue::Kind::Now:
+        return setDate(LocalNow().days);
+    case DefaultValue::Kind::Today:
+        return setDate(std::floor(LocalNow().days));
+    case DefaultValue::Kind::TimeOfDay: {
+        const double now = LocalNow().days;
+        return setDate(now - std::floor(now));
+    }
+    case DefaultValue::Kind::NewGuid:
+        return SetRandom(record_.SetSized(field, sizeof(Guid::bytes)));
+    case DefaultValue::Kind::RandomNumber:
+        return SetRandom(record_.SetSized(field, sizeof(std::int32_t)));
+    }
+}
+
+void Recordset::Impl::SetRandom(MutableBytes bytes)
+{
+    std::random_device source;
+    std::uniform_int_distribution<unsigned> distribution(0, 0xFF);
+    std::ranges::generate(bytes, [&] { return static_cast<Byte>(distribution(source)); });
+    if (bytes.size() != sizeof(Guid::bytes))
+        return;
+    // The marks of a random GUID: version 4 in the third group, variant 1 in the fourth. The third is little-endian.
+    bytes[7] = static_cast<Byte>((bytes[7] & 0x0F) | 0x40);
+    bytes[8] = static_cast<Byte>((bytes[8] & 0x3F) | 0x80);
 }
 
 /// Follows a change of the columns: the values of a pending record move to the places that columns of the same name
@@ -61,14 +109,12 @@ void Recordset::Impl::Follow()
 {
     if (OpenTable().Generation() == generation_)
         return;
-    if (rowsMap_ != table_->Definition().ownedPages) {
-        row_.reset();
-        started_ = false;
-    }
-    loaded_ = false;
+    if (row_)
+        row_ = table_->Relocated(*row_, rowsEpoch_);
+    loaded_ = editing_;
     const std::vector<Column> old = std::move(columns_);
     TakeLayout();
-    if (!pending_)
+    if (!pending_ && !editing_)
         return;
     const Record values = std::move(record_);
     record_.Reset(columns_.size());
@@ -94,11 +140,36 @@ const Column& Recordset::Impl::ColumnAt(std::size_t field) const
 const Column& Recordset::Impl::ColumnToSet(std::size_t field)
 {
     Follow();
-    if (!pending_)
-        throw Error(ErrorNumber::NoCurrentRecord, {}, "(No record of " + source_ + " has been begun.)");
     if (field >= columns_.size())
         throw Error(ErrorNumber::ItemNotFound, {}, "(field " + std::to_string(field) + " of " + source_ + ")");
+    if (!pending_ && !editing_)
+        BeginEdit();
     return columns_[field];
+}
+
+/// Opens the current record for change.
+void Recordset::Impl::BeginEdit()
+{
+    RequireUserTable();
+    if (!started_ || !row_)
+        throw Error(ErrorNumber::NoCurrentRecord, {}, "(No record of " + source_ + " has been begun.)");
+    Load();
+    editing_ = true;
+}
+
+/// Brings the current row into record_.
+void Recordset::Impl::Load()
+{
+    if (loaded_)
+        return;
+    table_->Read(*row_, record_);
+    loaded_ = true;
+}
+
+void Recordset::Impl::RequireUserTable() const
+{
+    if (table_->Definition().tableType == kSystemTableType)
+        throw Error(ErrorNumber::ReadOnly, {}, "(" + source_ + " is a table of the engine's own.)");
 }
 
 Value Recordset::Impl::Get(std::size_t field)
@@ -112,9 +183,8 @@ Value Recordset::Impl::Get(std::size_t field)
         }
     } else if (Eof()) {
         throw Error(ErrorNumber::NoCurrentRecord);
-    } else if (!loaded_) {
-        table_->Read(*row_, record_);
-        loaded_ = true;
+    } else {
+        Load();
     }
     return table_->Get(record_, field);
 }
@@ -130,12 +200,14 @@ const Record& Recordset::Impl::PendingValues()
 void Recordset::Impl::AddNew()
 {
     Follow();
-    if (table_->Definition().tableType == kSystemTableType)
-        throw Error(ErrorNumber::ReadOnly, {}, "(" + source_ + " is a table of the engine's own.)");
-    if (pending_)
+    RequireUserTable();
+    if (pending_ || editing_)
         Update();
     record_.Reset(columns_.size());
+    for (const std::size_t field : defaults_)
+        SetDefault(field);
     loaded_ = false;
+    editing_ = false;
     pending_ = true;
     integrity_.AddPending(*this);
 }
@@ -143,15 +215,18 @@ void Recordset::Impl::AddNew()
 void Recordset::Impl::EncodeTextInto(const Column& column, std::string_view utf8)
 {
     const Format& format = *table_->Definition().format;
+    if (utf8.empty() && column.rules.refusesEmpty)
+        throw Error(ErrorNumber::EmptyTextRefused, {column.name});
     encoded_.clear();
     // A character takes at least one byte of UTF-8, so most texts need not be counted.
     const bool mayBeLong = column.type == ColumnType::Text && utf8.size() > column.size / format.textUnitSize;
     if (mayBeLong && format.version == JetVersion::Jet4 && Utf16Length(utf8) > column.size / format.textUnitSize)
         throw Error(ErrorNumber::FieldTooSmall);
-    const bool compress = column.type == ColumnType::Text && column.moreFlags & kMoreFlagsCompressed;
-    const std::size_t replaced = AppendText(encoded_, format, utf8, compress);
+    const ValueType type = column.GetValueType();
+    const std::size_t replaced = AppendText(encoded_, format, utf8, type.compressed);
     if (mayBeLong && format.version == JetVersion::Jet3 && encoded_.size() > column.size)
         throw Error(ErrorNumber::FieldTooSmall);
+    FillUp(encoded_, format, type);
     replaced_ += replaced;
 }
 
@@ -185,8 +260,7 @@ void Recordset::Impl::Set(std::size_t field, const Value& value)
     if (const auto* text = std::get_if<std::string>(&value))
         return Set(field, ParseText(column.GetValueType(), *text));
     if (column.type == ColumnType::Boolean) {
-        const auto* flag = std::get_if<bool>(&value);
-        const bool isSet = flag ? *flag : ToText(value) != "0";
+        const bool isSet = ToBoolean(value);
         record_.SetSized(field, 1)[0] = isSet ? 1 : 0;
         return;
     }
@@ -201,7 +275,7 @@ void Recordset::Impl::Set(std::size_t field, const Value& value)
 /// one is saved: a record that is taken back and begun anew keeps its key.
 void Recordset::Impl::NoteOwnNumber(std::size_t field, std::int32_t value)
 {
-    if (field != autonumber_ || takenNumber_ == value)
+    if (!pending_ || field != autonumber_ || takenNumber_ == value)
         return;
     if (takenNumber_)
         table_->ReturnAutonumber(*takenNumber_);
@@ -213,6 +287,8 @@ void Recordset::Impl::NoteOwnNumber(std::size_t field, std::int32_t value)
 void Recordset::Impl::Update()
 {
     Follow();
+    if (editing_)
+        return SaveEdit();
     if (!pending_)
         throw Error(ErrorNumber::NoCurrentRecord, {}, "(No record of " + source_ + " has been begun.)");
     if (autonumber_)
@@ -223,11 +299,20 @@ void Recordset::Impl::Update()
     takenNumber_.reset();
     started_ = loaded_ = true;
     lastSaved_ = *row_;
-    lastSavedMap_ = rowsMap_;
+    lastSavedEpoch_ = rowsEpoch_;
+}
+
+void Recordset::Impl::SaveEdit()
+{
+    // The plan of a cascade takes a copy: it may come round and change this very row.
+    integrity_.UpdateRow(*table_, *row_, record_);
+    editing_ = loaded_ = false;
 }
 
 void Recordset::Impl::CancelUpdate() noexcept
 {
+    if (editing_)
+        editing_ = loaded_ = false;
     if (!pending_)
         return;
     pending_ = false;
@@ -249,20 +334,22 @@ void Recordset::Impl::Delete()
     loaded_ = false;
 }
 
-/// The row's place in the lower half; in the upper what tells whether rows still have the places of that time.
+/// The row's place in the lower half; in the upper how often the rows had been written anew by then.
 std::uint64_t Recordset::Impl::Bookmark() const noexcept
 {
-    return std::uint64_t{lastSavedMap_.Pointer()} << 32 | lastSaved_.Pointer();
+    return std::uint64_t{lastSavedEpoch_} << 32 | lastSaved_.Pointer();
 }
 
 void Recordset::Impl::DeleteBookmark(std::uint64_t bookmark)
 {
-    if (bookmark >> 32 != OpenTable().Definition().ownedPages.Pointer())
-        throw Error(ErrorNumber::RecordDeleted, {}, "(The rows of " + source_ + " have been written anew.)");
-    const RowId row = RowId::FromPointer(static_cast<std::uint32_t>(bookmark));
-    table_->Delete(row);
+    Follow();
+    const RowId then = RowId::FromPointer(static_cast<std::uint32_t>(bookmark));
+    const std::optional<RowId> row = table_->Relocated(then, static_cast<std::uint32_t>(bookmark >> 32));
+    if (!row)
+        throw Error(ErrorNumber::RecordDeleted);
+    table_->Delete(*row);
     if (row_ == row)
-        loaded_ = false;
+        loaded_ = editing_ = false;
 }
 
 // ---- Walking

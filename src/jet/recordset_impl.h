@@ -55,6 +55,12 @@ private:
     const Column& ColumnToSet(std::size_t field);
     void Follow();
     void TakeLayout();
+    void RequireUserTable() const;
+    void Load();
+    void BeginEdit();
+    void SaveEdit();
+    void SetDefault(std::size_t field);
+    static void SetRandom(MutableBytes bytes);
     void NoteOwnNumber(std::size_t field, std::int32_t value);
     void EncodeTextInto(const Column& column, std::string_view utf8);
 
@@ -65,18 +71,20 @@ private:
     // As of generation_.
     std::uint64_t generation_ = 0;
     std::vector<Column> columns_;
-    std::optional<std::size_t> autonumber_;
-    RowId rowsMap_; ///< the map of the table's pages: another one when the rows were written anew and have new places
+    std::optional<std::size_t> autonumber_; ///< the field that the table's counter fills
+    std::vector<std::size_t> defaults_;     ///< fields with a default value
+    std::uint32_t rowsEpoch_ = 0;           ///< see Table::RowsEpoch()
 
     bool pending_ = false;
+    bool editing_ = false;                    ///< the current record has been given values and not been saved
     bool started_ = false;                    ///< row_ tells where we are
     bool loaded_ = false;                     ///< record_ holds the current row
     std::optional<RowId> row_;                ///< the current row; none behind the last
-    Record record_;                           ///< the pending record, else see loaded_
+    Record record_;                           ///< the pending or edited record, else see loaded_
     std::optional<std::int32_t> takenNumber_; ///< given to the pending record by the table
     std::optional<std::int32_t> lastAutonumber_;
     RowId lastSaved_;
-    RowId lastSavedMap_;
+    std::uint32_t lastSavedEpoch_ = 0;
     std::size_t replaced_ = 0;
     Bytes encoded_; ///< kept from field to field
 };

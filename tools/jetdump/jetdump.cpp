@@ -57,7 +57,7 @@ void PrintColumn(const Column& column)
     std::cout << "  " << column.name << ' ' << TypeName(column.type);
     if (column.type == ColumnType::Text || column.type == ColumnType::Binary)
         std::cout << ' ' << column.size;
-    std::cout << (column.IsAutonumber() ? " counter" : "") << (column.required ? " required" : "") << " (number "
+    std::cout << (column.IsAutonumber() ? " counter" : "") << (column.rules.required ? " required" : "") << " (number "
               << column.number << ")\n";
 }
 

@@ -59,10 +59,15 @@ struct Numeric {
     auto operator<=>(const Numeric&) const = default;
 };
 
-/// One field's content. Byte, Integer and Long are std::int32_t; Single and Double are double; Text and Memo are UTF-8 (an
-/// unpaired surrogate as its three-byte form, so that every value comes back as it was); Binary and Ole are Bytes.
-using Value = std::variant<Null, bool, std::int32_t, double, Currency, DateTime, std::string, Bytes, Guid, Numeric>;
+/// One field's content. Byte, Integer and Long are std::int32_t; Single is float, Double is double; Text and Memo are
+/// UTF-8 (an unpaired surrogate as its three-byte form, so that every value comes back as it was); Binary and Ole are
+/// Bytes.
+using Value =
+    std::variant<Null, bool, std::int32_t, float, double, Currency, DateTime, std::string, Bytes, Guid, Numeric>;
 
-[[nodiscard]] inline bool IsNull(const Value& value) noexcept { return std::holds_alternative<Null>(value); }
+[[nodiscard]] inline bool IsNull(const Value& value) noexcept
+{
+    return std::holds_alternative<Null>(value);
+}
 
 } // namespace jet

@@ -70,6 +70,26 @@ Whole Round(double value)
     return static_cast<Whole>(rounded);
 }
 
+/// Any value that is a number in itself.
+double DoubleOf(const Value& value)
+{
+    if (const auto* number = std::get_if<double>(&value))
+        return *number;
+    if (const auto* number = std::get_if<float>(&value))
+        return double{*number};
+    if (const auto* number = std::get_if<std::int32_t>(&value))
+        return *number;
+    if (const auto* number = std::get_if<Currency>(&value))
+        return static_cast<double>(number->tenThousandths) / 10'000;
+    if (const auto* date = std::get_if<DateTime>(&value))
+        return date->days;
+    if (const auto* flag = std::get_if<bool>(&value))
+        return *flag ? -1 : 0; // True has all bits set
+    if (const auto* number = std::get_if<Numeric>(&value))
+        return ParseDouble(DecimalText({number->negative, number->magnitude, number->scale}));
+    ThrowWrongType();
+}
+
 template <typename Whole>
 Whole WholeOf(const Value& value)
 {
@@ -78,28 +98,13 @@ Whole WholeOf(const Value& value)
             ThrowWrongType();
         return static_cast<Whole>(*number);
     }
-    if (const auto* number = std::get_if<double>(&value))
-        return Round<Whole>(*number);
-    if (const auto* number = std::get_if<Currency>(&value))
-        return Round<Whole>(static_cast<double>(number->tenThousandths) / 10'000);
-    ThrowWrongType();
-}
-
-double DoubleOf(const Value& value)
-{
-    if (const auto* number = std::get_if<double>(&value))
-        return *number;
-    if (const auto* number = std::get_if<std::int32_t>(&value))
-        return *number;
-    if (const auto* number = std::get_if<Currency>(&value))
-        return static_cast<double>(number->tenThousandths) / 10'000;
-    if (const auto* date = std::get_if<DateTime>(&value))
-        return date->days;
-    ThrowWrongType();
+    return Round<Whole>(DoubleOf(value));
 }
 
 float SingleOf(const Value& value)
 {
+    if (const auto* number = std::get_if<float>(&value))
+        return *number;
     const double wide = DoubleOf(value);
     if (std::isfinite(wide) && std::abs(wide) > std::numeric_limits<float>::max())
         ThrowWrongType();
@@ -152,6 +157,23 @@ Guid ParseGuid(std::string_view text)
     return guid;
 }
 
+/// Pairs of hexadecimal digits, "0x" before them or not.
+Bytes ParseBytes(std::string_view text)
+{
+    if (text.starts_with("0x") || text.starts_with("0X"))
+        text.remove_prefix(2);
+    if (text.size() % 2 != 0)
+        ThrowWrongType();
+    Bytes bytes(text.size() / 2);
+    for (std::size_t i = 0; i < bytes.size(); ++i) {
+        const char* const pair = text.data() + 2 * i;
+        const auto [end, error] = std::from_chars(pair, pair + 2, bytes[i], 16);
+        if (error != std::errc{} || end != pair + 2)
+            ThrowWrongType();
+    }
+    return bytes;
+}
+
 bool ParseBoolean(std::string_view text)
 {
     const auto is = [text](std::string_view word) {
@@ -191,10 +213,26 @@ void AppendNumeric(Bytes& out, const ValueType& type, const Value& value)
         decimal = ParseDecimalOrThrow(ToText(value), type.scale);
     }
     if (type.precision != 0 && DigitCount(decimal) > type.precision)
-        throw Error(ErrorNumber::FieldTooSmall);
+        ThrowWrongType();
     out.push_back(decimal.negative ? kNumericNegative : 0);
     for (const std::uint32_t word : decimal.magnitude)
         AppendInteger(out, word);
+}
+
+constexpr std::string_view kZeroFiller{"\0", 1};
+
+std::string_view BlankOf(const Format& format)
+{
+    return {" \0", format.textUnitSize};
+}
+
+/// Makes of what `out` has from `begin` on a value of the column's whole size, if the column wants that.
+void FillFrom(Bytes& out, std::size_t begin, const ValueType& type, std::string_view filler)
+{
+    if (!type.filled)
+        return;
+    while (out.size() - begin + filler.size() <= type.sizeBytes)
+        out.insert(out.end(), filler.begin(), filler.end());
 }
 
 void AppendBinary(Bytes& out, const ValueType& type, const Value& value)
@@ -204,7 +242,9 @@ void AppendBinary(Bytes& out, const ValueType& type, const Value& value)
         ThrowWrongType();
     if (type.type != ColumnType::Ole && bytes->size() > type.sizeBytes)
         throw Error(ErrorNumber::FieldTooSmall);
+    const std::size_t begin = out.size();
     AppendBytes(out, *bytes);
+    FillFrom(out, begin, type, kZeroFiller);
 }
 
 void AppendTextValue(Bytes& out, const Format& format, const ValueType& type, std::string_view utf8)
@@ -213,7 +253,9 @@ void AppendTextValue(Bytes& out, const Format& format, const ValueType& type, st
     const std::size_t maxUnits = type.sizeBytes / format.textUnitSize;
     if (type.type == ColumnType::Text && utf8.size() > maxUnits && Utf16Length(utf8) > maxUnits)
         throw Error(ErrorNumber::FieldTooSmall);
+    const std::size_t begin = out.size();
     AppendText(out, format, utf8, type.compressed);
+    FillFrom(out, begin, type, BlankOf(format));
 }
 
 ByteSpan Exactly(ByteSpan stored, std::size_t size)
@@ -252,16 +294,20 @@ std::string HexText(ByteSpan bytes)
     return text;
 }
 
+template <typename Number>
+std::string Shortest(Number value)
+{
+    std::array<char, 32> text{};
+    return {text.data(), std::to_chars(text.data(), text.data() + text.size(), value).ptr};
+}
+
 /// One overload for each thing that a value can be.
 struct TextOf {
     std::string operator()(Null) const { return {}; }
     std::string operator()(bool value) const { return value ? "True" : "False"; }
     std::string operator()(std::int32_t value) const { return std::to_string(value); }
-    std::string operator()(double value) const
-    {
-        std::array<char, 32> text{};
-        return {text.data(), std::to_chars(text.data(), text.data() + text.size(), value).ptr};
-    }
+    std::string operator()(float value) const { return Shortest(value); }
+    std::string operator()(double value) const { return Shortest(value); }
     std::string operator()(Currency value) const
     {
         const bool negative = value.tenThousandths < 0;
@@ -365,6 +411,7 @@ Value ParseText(const ValueType& type, std::string_view utf8)
     case ColumnType::Currency:
         return CurrencyFrom(ParseDecimalOrThrow(text, kCurrencyScale));
     case ColumnType::Single:
+        return SingleOf(ParseDouble(text));
     case ColumnType::Double:
         return ParseDouble(text);
     case ColumnType::DateTime:
@@ -380,9 +427,23 @@ Value ParseText(const ValueType& type, std::string_view utf8)
     case ColumnType::Binary:
     case ColumnType::Ole:
     case ColumnType::FixedBinary:
-        break;
+        return ParseBytes(text);
     }
     ThrowWrongType();
+}
+
+bool ToBoolean(const Value& value)
+{
+    if (const auto* flag = std::get_if<bool>(&value))
+        return *flag;
+    if (const auto* text = std::get_if<std::string>(&value))
+        return ParseBoolean(Trimmed(*text));
+    return DoubleOf(value) != 0;
+}
+
+void FillUp(Bytes& stored, const Format& format, const ValueType& type)
+{
+    FillFrom(stored, 0, type, type.type == ColumnType::Text ? BlankOf(format) : kZeroFiller);
 }
 
 Value DecodeValue(ByteSpan stored, const Format& format, const ValueType& type)
@@ -397,7 +458,7 @@ Value DecodeValue(ByteSpan stored, const Format& format, const ValueType& type)
     case ColumnType::Currency:
         return Currency{static_cast<std::int64_t>(LoadU64(Exactly(stored, 8), 0))};
     case ColumnType::Single:
-        return double{std::bit_cast<float>(LoadU32(Exactly(stored, 4), 0))};
+        return std::bit_cast<float>(LoadU32(Exactly(stored, 4), 0));
     case ColumnType::Double:
         return std::bit_cast<double>(LoadU64(Exactly(stored, 8), 0));
     case ColumnType::DateTime:

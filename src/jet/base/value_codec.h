@@ -13,6 +13,7 @@ struct ValueType {
     ColumnType type = ColumnType::Long;
     std::size_t sizeBytes = 0; ///< the column's declared size
     bool compressed = false;   ///< Jet 4 text: compressed form wanted
+    bool filled = false;       ///< text, binary: always sizeBytes long, filled up with blanks or zeros
     std::uint8_t precision = 0, scale = 0;
 };
 
@@ -23,13 +24,19 @@ void EncodeValue(Bytes& out, const Format& format, const ValueType& type, const 
 /// cannot be read, FieldTooSmall when it is too long.
 void EncodeText(Bytes& out, const Format& format, const ValueType& type, std::string_view utf8);
 /// Text as a value of the column's type, the way a provider converts it: numbers (half is rounded to even), dates,
-/// GUIDs, and booleans ("True", "False", or a number). Throws WrongType when it cannot be read.
+/// GUIDs, booleans ("True", "False", or a number), and bytes from pairs of hexadecimal digits. Throws WrongType when it
+/// cannot be read.
 [[nodiscard]] Value ParseText(const ValueType& type, std::string_view utf8);
+/// A value as a boolean: text as ParseText reads it, a number when it is not 0. Throws WrongType.
+[[nodiscard]] bool ToBoolean(const Value& value);
+/// Fills the text or binary value `stored` up to the size of a column that is `filled`; the others stay as they are.
+void FillUp(Bytes& stored, const Format& format, const ValueType& type);
 /// The reverse of EncodeValue; for a long value of the bytes themselves, not of its field. Throws CorruptValue when the
 /// bytes do not fit the type.
 [[nodiscard]] Value DecodeValue(ByteSpan stored, const Format& format, const ValueType& type);
 /// A value as text: how a text export or a dump shows it. Null is empty; numbers in the shortest form that reads back
-/// the same, booleans "True" and "False", dates "2024-03-05 14:07:09", bytes hexadecimal, GUIDs in braces.
+/// the same (of a Single: as a Single), booleans "True" and "False", dates "2024-03-05 14:07:09", bytes hexadecimal,
+/// GUIDs in braces.
 [[nodiscard]] std::string ToText(const Value& value);
 
 } // namespace jet

@@ -1,5 +1,6 @@
 #include "jet/catalog/catalog.h"
 
+#include "jet/base/text_codec.h"
 #include "jet/catalog/name_key.h"
 #include "jet/catalog/property_blob.h"
 #include "jet/catalog/system_columns.h"
@@ -76,8 +77,18 @@ void Catalog::ApplyProperties(Table& table)
         return;
     const PropertyBlob properties = objects_.Properties(IdOf(table));
     const std::vector<Column>& columns = table.Definition().columns;
-    for (std::size_t i = 0; i < columns.size(); ++i)
-        table.SetRequired(i, properties.FindBoolean(columns[i].name, kRequiredProperty));
+    for (std::size_t i = 0; i < columns.size(); ++i) {
+        const Column& column = columns[i];
+        ColumnRules rules;
+        rules.required = properties.FindBoolean(column.name, kRequiredProperty);
+        // Only where the property exists and is false: a column made by a statement has none and takes empty texts.
+        rules.refusesEmpty = properties.Find(column.name, kAllowZeroLengthProperty) &&
+                             !properties.FindBoolean(column.name, kAllowZeroLengthProperty);
+        if (const std::optional<ByteSpan> expression = properties.Find(column.name, kDefaultValueProperty))
+            rules.defaultValue =
+                ParseDefaultValue(DecodeText(*expression, GetFormat()), GetFormat(), column.GetValueType());
+        table.SetRules(i, std::move(rules));
+    }
 }
 
 std::vector<PageNumber> Catalog::TablesWithIndex(std::string_view name)
@@ -131,14 +142,21 @@ void Catalog::CreateTable(std::string_view name, const std::vector<ColumnSpec>& 
     ++structureVersion_;
 }
 
+void Catalog::CheckNotInUse(std::string_view name) const
+{
+    const CatalogObject* object = FindTable(name);
+    const auto open = object ? tables_.find(static_cast<PageNumber>(object->id)) : tables_.end();
+    // The one that stands in the list is nobody's use.
+    if (open != tables_.end() && open->second.use_count() > 1)
+        throw Error(ErrorNumber::TableLocked, {object->name});
+}
+
 void Catalog::CheckCanDrop(std::string_view name)
 {
     if (!FindTable(name))
         throw Error(ErrorNumber::NoSuchTable, {name});
-    const std::shared_ptr<Table> table = OpenForChange(name);
-    constexpr long kOursAndTheCache = 2;
-    if (table.use_count() > kOursAndTheCache)
-        throw Error(ErrorNumber::TableLocked, {name});
+    static_cast<void>(OpenForChange(name));
+    CheckNotInUse(name);
 }
 
 void Catalog::DropTable(std::string_view name)

@@ -47,7 +47,9 @@ public:
 
     /// Throws TableExists, InvalidName, SizeTooLong, TooManyFields, FieldDefinedTwice, TwoAutoNumbers, DatabaseFull.
     void CreateTable(std::string_view name, const std::vector<ColumnSpec>& columns);
-    /// Throws NoSuchTable, ReadOnly, TableLocked (while a recordset is open on the table).
+    /// Throws TableLocked while a recordset is open on the table.
+    void CheckNotInUse(std::string_view name) const;
+    /// Throws NoSuchTable, ReadOnly, TableLocked.
     void CheckCanDrop(std::string_view name);
     /// The table takes part in no relation and can be dropped.
     void DropTable(std::string_view name);

@@ -214,7 +214,7 @@ Rowset Columns(Catalog& catalog, const Restrictions& restrictions)
             if (!columnFilter.Admits(column.name))
                 continue;
             rows.push_back({Null(), Null(), table->Name(), column.name, static_cast<std::int32_t>(i + 1),
-                            properties.Find(column.name, "DefaultValue").has_value(), !column.required,
+                            properties.Find(column.name, kDefaultValueProperty).has_value(), !column.rules.required,
                             ProviderType(column.type), CharacterLength(catalog.GetFormat(), column)});
         }
     }

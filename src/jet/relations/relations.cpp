@@ -207,11 +207,15 @@ void CreateRelation(Catalog& catalog, const RelationSpec& spec)
 
 void DropConstraint(Catalog& catalog, std::string_view table, std::string_view name)
 {
+    catalog.CheckNotInUse(table);
     const std::shared_ptr<Table> child = OpenSide(catalog, table);
     const Relationship* relationship = catalog.Relationships().Find(name);
     if (relationship &&
-        NameKey(catalog.GetFormat(), relationship->table) == NameKey(catalog.GetFormat(), child->Name()))
+        NameKey(catalog.GetFormat(), relationship->table) == NameKey(catalog.GetFormat(), child->Name())) {
+        if (NameKey(catalog.GetFormat(), relationship->referencedTable) != NameKey(catalog.GetFormat(), table))
+            catalog.CheckNotInUse(relationship->referencedTable);
         return RemoveRelation(catalog, *relationship);
+    }
     const LogicalIndex* index = child->Definition().IndexByName(name);
     if (!index || !child->Definition().realIndexes[index->realIndex].IsUnique())
         throw Error(ErrorNumber::NoSuchRelation, {name, table});

@@ -15,7 +15,8 @@ namespace jet {
 void CreateRelation(Catalog& catalog, const RelationSpec& spec);
 
 /// Removes the relation `name` of the referencing table `table`; or, as the other kind of constraint, its unique or
-/// primary index of that name. Throws NoSuchTableOrConstraint, NoSuchRelation, TableInRelation.
+/// primary index of that name. Throws NoSuchTableOrConstraint, NoSuchRelation, TableInRelation, and TableLocked while a
+/// recordset is open on one of the tables.
 void DropConstraint(Catalog& catalog, std::string_view table, std::string_view name);
 
 /// Removes a table with the relations in which it is the referencing side. Throws NoSuchTable, TableLocked, and

@@ -1,6 +1,7 @@
 #include "jet/sql/column_copy.h"
 
 #include "jet/base/value_codec.h"
+#include "jet/error.h"
 
 #include <optional>
 #include <string>
@@ -65,13 +66,15 @@ public:
         if (IsNull(value))
             return record.SetNull(target_);
         if (type_.type == ColumnType::Boolean) {
-            const Bytes text{IsTrue(value) ? Byte{1} : Byte{0}};
-            return record.SetStored(target_, text);
+            record.SetSized(target_, 1)[0] = ToBoolean(value) ? 1 : 0;
+            return;
         }
         // A memo's record holds it plain: whether it is stored compressed is decided where it is written.
         ValueType type = type_;
         type.compressed = type.compressed && type.type != ColumnType::Memo;
         const bool isText = type.type == ColumnType::Text || type.type == ColumnType::Memo;
+        if (isText && table_.Definition().columns[target_].rules.refusesEmpty && ToText(value).empty())
+            throw Error(ErrorNumber::EmptyTextRefused, {table_.Definition().columns[target_].name});
         if (isText || std::holds_alternative<std::string>(value))
             EncodeText(stored_, *table_.Definition().format, type, ToText(value));
         else
@@ -80,14 +83,6 @@ public:
     }
 
 private:
-    [[nodiscard]] static bool IsTrue(const Value& value)
-    {
-        if (const auto* flag = std::get_if<bool>(&value))
-            return *flag;
-        const std::string text = ToText(value);
-        return !text.empty() && text != "0";
-    }
-
     const Table& table_;
     std::size_t target_;
     std::size_t source_;

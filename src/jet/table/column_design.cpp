@@ -82,7 +82,7 @@ Column& DesignColumn(TableDef& def, const ColumnSpec& spec, const DatabaseHeader
     column.name = spec.name;
     column.type = spec.type;
     column.size = SizeOf(spec, format);
-    column.required = spec.required;
+    column.rules.required = spec.required;
     column.flags = column_flags::kUpdatable;
     column.number = def.columnsEver;
     column.variableIndex = def.variableColumnsEver;

@@ -65,6 +65,7 @@ void Table::Rewrite::Run()
     }
     FreeOld();
     table_.Adopt(std::move(def_));
+    table_.moves_.push_back(std::move(moves_));
     ++table_.generation_;
 }
 
@@ -79,6 +80,7 @@ void Table::Rewrite::CopyRows()
     for (std::optional<RowId> row = table_.NextRow(std::nullopt); row; row = table_.NextRow(row), ++count) {
         const RowStore::Found found = table_.parts_->rows.Find(*row);
         const RowId at = CopyRow(found, layout, fields);
+        moves_.emplace_back(*row, at);
         for (IndexBuild& build : builds_) {
             ReadRecord(pager_, table_.def_, found, build.Plan().Columns(), record);
             build.Add(record, at);

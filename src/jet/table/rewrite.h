@@ -32,6 +32,7 @@ private:
     std::optional<RowStore> rows_;
     std::vector<IndexBuild> builds_; ///< by real index
     std::size_t planted_ = 0;        ///< trees of `def_` that are new
+    std::vector<std::pair<RowId, RowId>> moves_;
 };
 
 } // namespace jet

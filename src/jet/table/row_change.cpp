@@ -84,7 +84,8 @@ void Table::RowChange::PrepareFields(const Record& record, bool isUpdate)
             continue;
         }
         if (!stored) {
-            if (columns[i].required)
+            // A Null that has been there from before the rule stays.
+            if (columns[i].rules.required && !(isUpdate && scratch_.before.IsNull(i)))
                 throw Error(ErrorNumber::FieldRequired, {columns[i].name});
             continue;
         }

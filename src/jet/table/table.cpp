@@ -24,7 +24,7 @@ Table::Parts::Parts(Pager& pager, const TableDef& def)
         longValues.push_back(IsLongValue(column.type)
                                  ? std::make_unique<LongValues>(pager, column.longValueOwned, column.longValueFree)
                                  : nullptr);
-        if (column.IsAutonumber() && column.type == ColumnType::Long)
+        if (column.IsAutonumber())
             autonumber = i;
     }
 }
@@ -140,6 +140,18 @@ void Table::ReturnAutonumber(std::int32_t number) noexcept
         return;
     --def_.lastAutonumber;
     countersChanged_ = true;
+}
+
+std::optional<RowId> Table::Relocated(RowId row, std::uint32_t epoch) const
+{
+    for (; epoch < moves_.size(); ++epoch) {
+        const auto& moves = moves_[epoch];
+        const auto found = std::ranges::lower_bound(moves, row, {}, &std::pair<RowId, RowId>::first);
+        if (found == moves.end() || found->first != row)
+            return std::nullopt;
+        row = found->second;
+    }
+    return row;
 }
 
 std::optional<RowId> Table::NextRow(std::optional<RowId> after) const

@@ -9,6 +9,7 @@
 #include <memory>
 #include <optional>
 #include <string>
+#include <utility>
 #include <vector>
 
 namespace jet {
@@ -61,8 +62,13 @@ public:
     [[nodiscard]] Pager& GetPager() const noexcept { return *pager_; }
     /// Counts the changes of the columns: whoever keeps column indexes looks them up anew when it has moved.
     [[nodiscard]] std::uint64_t Generation() const noexcept { return generation_; }
+    /// Counts how often all rows have been written anew and got other ids (Renumber(), and the first variable column).
+    [[nodiscard]] std::uint32_t RowsEpoch() const noexcept { return static_cast<std::uint32_t>(moves_.size()); }
+    /// The id that a row has now whose id was `row` in `epoch`; nullopt when it was not there when the rows were written
+    /// anew.
+    [[nodiscard]] std::optional<RowId> Relocated(RowId row, std::uint32_t epoch) const;
     void SetHook(RowHook* hook) noexcept { hook_ = hook; }
-    void SetRequired(std::size_t column, bool required) { def_.columns[column].required = required; }
+    void SetRules(std::size_t column, ColumnRules rules) { def_.columns[column].rules = std::move(rules); }
     /// From now on the values of this memo or OLE column never stay in the row, however short.
     void SetNeverInline(std::size_t column) { def_.columns[column].neverInline = true; }
 
@@ -140,6 +146,8 @@ private:
     bool countersChanged_ = false;
     RowHook* hook_ = nullptr;
     std::unique_ptr<Parts> parts_; ///< trees, long-value stores, insert position
+    /// By epoch: the ids before and after, in the order of those before.
+    std::vector<std::vector<std::pair<RowId, RowId>>> moves_;
 };
 
 } // namespace jet

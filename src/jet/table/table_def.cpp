@@ -229,8 +229,12 @@ std::size_t Column::FixedSize() const noexcept
 
 ValueType Column::GetValueType() const noexcept
 {
-    const bool compressed = type == ColumnType::Text && !IsFixed() && (moreFlags & kMoreFlagsCompressed);
-    return {.type = type, .sizeBytes = size, .compressed = compressed, .precision = precision, .scale = scale};
+    return {.type = type,
+            .sizeBytes = size,
+            .compressed = type == ColumnType::Text && !IsFixed() && (moreFlags & kMoreFlagsCompressed),
+            .filled = IsFixed() && (type == ColumnType::Text || type == ColumnType::Binary),
+            .precision = precision,
+            .scale = scale};
 }
 
 std::optional<std::size_t> TableDef::ColumnIndex(std::string_view name) const

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "jet/base/default_value.h"
 #include "jet/base/format.h"
 #include "jet/base/value.h"
 #include "jet/base/value_codec.h"
@@ -25,6 +26,14 @@ inline constexpr Byte kHyperlink = 0x80;
 
 inline constexpr Byte kMoreFlagsCompressed = 0x01; ///< Jet 4 text: stored compressed where that is possible
 
+/// What the table's properties say of a column, beside its descriptor. Validation rules are not among it: they are
+/// expressions that Access evaluates, and this engine stores values without looking at them.
+struct ColumnRules {
+    bool required = false;     ///< Null is refused
+    bool refusesEmpty = false; ///< the text of no characters is refused
+    std::optional<DefaultValue> defaultValue;
+};
+
 /// One column, as its descriptor says. `raw` keeps the descriptor's bytes, so that what we do not know survives.
 struct Column {
     std::string name; ///< UTF-8
@@ -39,12 +48,16 @@ struct Column {
     Collation collation;
     std::uint8_t precision = 0, scale = 0; ///< numeric
     RowId longValueOwned, longValueFree;   ///< usage maps of a memo or OLE column
-    bool required = false;                 ///< from the table's properties
+    ColumnRules rules;                     ///< from the table's properties
     bool neverInline = false;              ///< long values always get a record of their own; ours, not the file's
     std::array<Byte, 25> raw{};
 
     [[nodiscard]] bool IsFixed() const noexcept { return flags & column_flags::kFixed; }
-    [[nodiscard]] bool IsAutonumber() const noexcept { return flags & column_flags::kAutonumber; }
+    /// Counted by the table; a column of another type with the flag is none.
+    [[nodiscard]] bool IsAutonumber() const noexcept
+    {
+        return type == ColumnType::Long && flags & column_flags::kAutonumber;
+    }
     /// Bytes of a value in the fixed area of a row; 0 for a boolean, which is a bit of the null mask.
     [[nodiscard]] std::size_t FixedSize() const noexcept;
     /// What the value codec asks for.

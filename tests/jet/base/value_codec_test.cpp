@@ -1,6 +1,7 @@
 #include "jet/base/value_codec.h"
 
 #include "hex.h"
+#include "jet/base/default_value.h"
 #include "jet/error.h"
 
 #include <gtest/gtest.h>
@@ -36,7 +37,7 @@ TEST(ValueCodec, StoresValuesAsAccessDoes)
         {"currency", ColumnType::Currency, Currency{-12'345'600}, "00 9F 43 FF FF FF FF FF", "-1234.56"},
         {"smallest currency", ColumnType::Currency, Currency{INT64_MIN}, "00 00 00 00 00 00 00 80",
          "-922337203685477.5808"},
-        {"single", ColumnType::Single, 0.5, "00 00 00 3F", "0.5"},
+        {"single", ColumnType::Single, 0.1f, "CD CC CC 3D", "0.1"},
         {"double", ColumnType::Double, 0.1, "9A 99 99 99 99 99 B9 3F", "0.1"},
         {"date", ColumnType::DateTime, DateTime{42329.5}, "00 00 00 00 30 AB E4 40", "2015-11-21 12:00:00"},
         {"the time counts forward before day 0", ColumnType::DateTime, DateTime{-1.25}, "00 00 00 00 00 00 F4 BF",
@@ -55,11 +56,9 @@ TEST(ValueCodec, StoresValuesAsAccessDoes)
         EXPECT_EQ(Hex(stored), c.bytes);
         EXPECT_EQ(DecodeValue(stored, kFormat, TypeOf(c.type)), c.value);
         EXPECT_EQ(ToText(c.value), c.text);
-        if (c.type != ColumnType::Binary) {
-            Bytes fromText;
-            EncodeText(fromText, kFormat, TypeOf(c.type), c.text);
-            EXPECT_EQ(Hex(fromText), c.bytes);
-        }
+        Bytes fromText;
+        EncodeText(fromText, kFormat, TypeOf(c.type), c.text);
+        EXPECT_EQ(Hex(fromText), c.bytes);
     }
 }
 
@@ -91,7 +90,7 @@ TEST(ValueCodec, ReadsTextTheWayAProviderDoes)
         {"a huge exponent ends at once", ColumnType::Currency, "1e2000000000", kWrong, ""},
         {"a tiny exponent is nothing", ColumnType::Currency, "1e-2000000000", {}, "0"},
         {"numeric keeps its scale", ColumnType::Numeric, "1.2345", {}, "1.235"},
-        {"numeric over its precision", ColumnType::Numeric, "1234567890123456", kSmall, ""},
+        {"numeric over its precision", ColumnType::Numeric, "1234567890123456", kWrong, ""},
         {"month first", ColumnType::DateTime, "3/5/2024 14:07", {}, "2024-03-05 14:07:00"},
         {"ISO", ColumnType::DateTime, "2024-02-29T23:59:59.9", {}, "2024-03-01 00:00:00"},
         {"time only", ColumnType::DateTime, "06:00", {}, "1899-12-30 06:00:00"},
@@ -102,6 +101,10 @@ TEST(ValueCodec, ReadsTextTheWayAProviderDoes)
          {},
          "{12345678-9ABC-DEF0-0102-030405060708}"},
         {"guid cut short", ColumnType::Guid, "{12345678-9abc-def0-0102-0304050607}", kWrong, ""},
+        {"bytes with a prefix", ColumnType::Ole, "0x00ff", {}, "00FF"},
+        {"half a byte", ColumnType::Ole, "00f", kWrong, ""},
+        {"no bytes", ColumnType::Binary, "0g", kWrong, ""},
+        {"too many bytes", ColumnType::Binary, "0102030405060708090A0B0C0D0E0F101112131415", kSmall, ""},
         {"text that just fits", ColumnType::Text, "äääääääääa", {}, "äääääääääa"},
         {"text too long", ColumnType::Text, "ääääääääääa", kSmall, ""},
         {"surrogates count as two", ColumnType::Text, "123456789\U0001F600", kSmall, ""},
@@ -121,6 +124,53 @@ TEST(ValueCodec, ReadsTextTheWayAProviderDoes)
     EXPECT_EQ(ParseText(TypeOf(ColumnType::Boolean), "TRUE"), Value(true));
     EXPECT_EQ(ParseText(TypeOf(ColumnType::Boolean), "-1"), Value(true));
     EXPECT_EQ(ParseText(TypeOf(ColumnType::Boolean), "false"), Value(false));
+}
+
+TEST(ValueCodec, AFilledColumnIsAlwaysFull)
+{
+    const auto filled = [](JetVersion version, ColumnType type, std::string_view text) {
+        Bytes stored;
+        EncodeText(stored, FormatOf(version), {.type = type, .sizeBytes = 6, .filled = true}, text);
+        return Hex(stored);
+    };
+    EXPECT_EQ(filled(JetVersion::Jet4, ColumnType::Text, "a"), "61 00 20 00 20 00");
+    EXPECT_EQ(filled(JetVersion::Jet3, ColumnType::Text, "a"), "61 20 20 20 20 20");
+    EXPECT_EQ(filled(JetVersion::Jet4, ColumnType::Binary, "FF"), "FF 00 00 00 00 00");
+}
+
+TEST(DefaultValue, IsWhatASimpleExpressionSays)
+{
+    struct Case {
+        const char* expression;
+        ColumnType type;
+        const char* stored; ///< nullptr: none
+    };
+    const Case cases[] = {
+        {"0", ColumnType::Integer, "00 00"},
+        {"=-1.5", ColumnType::Double, "00 00 00 00 00 00 F8 BF"},
+        {" Yes", ColumnType::Boolean, "01"},
+        {"0", ColumnType::Boolean, "00"},
+        {"True", ColumnType::Byte, nullptr},
+        {"\"a \"\"b\"", ColumnType::Text, "61 00 20 00 22 00 62 00"},
+        {"\"a\" & \"b\"", ColumnType::Text, nullptr},
+        {"'x'", ColumnType::Memo, "78 00"},
+        {"12", ColumnType::Text, "31 00 32 00"},
+        {"#11/21/2015#", ColumnType::DateTime, "00 00 00 00 20 AB E4 40"},
+        {"[other]+1", ColumnType::Long, nullptr},
+        {"abc", ColumnType::Text, nullptr},
+        {"Null", ColumnType::Text, nullptr},
+        {"GenGUID()", ColumnType::Long, nullptr},
+        {"", ColumnType::Text, nullptr},
+        {"=", ColumnType::Long, nullptr},
+        {"\"", ColumnType::Text, nullptr},
+    };
+    for (const Case& c : cases) {
+        SCOPED_TRACE(c.expression);
+        const std::optional<DefaultValue> value = ParseDefaultValue(c.expression, kFormat, TypeOf(c.type));
+        EXPECT_EQ(value ? Hex(value->stored) : "none", c.stored ? c.stored : "none");
+    }
+    EXPECT_EQ(ParseDefaultValue("NOW()", kFormat, TypeOf(ColumnType::DateTime))->kind, DefaultValue::Kind::Now);
+    EXPECT_EQ(ParseDefaultValue("genGuid()", kFormat, TypeOf(ColumnType::Guid))->kind, DefaultValue::Kind::NewGuid);
 }
 
 TEST(ValueCodec, BytesOfAnotherSizeAreDamage)

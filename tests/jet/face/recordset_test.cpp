@@ -173,6 +173,93 @@ TEST(Recordset, WalksAndDeletes)
     EXPECT_EQ(ErrorOf([&] { database.Open("MSysObjects").AddNew(); }), ErrorNumber::ReadOnly);
 }
 
+TEST(Recordset, ChangesTheCurrentRecordAndCascades)
+{
+    for (const JetVersion version : kVersions) {
+        Database database(version);
+        MakeTable(database);
+        database.Execute("CREATE TABLE c (PKEY Counter NOT NULL, FKEY Long, t Text(3))");
+        database.Execute(
+            "ALTER TABLE c ADD CONSTRAINT c_LINK FOREIGN KEY (FKEY) REFERENCES t (PKEY) ON UPDATE CASCADE");
+        database.Add("t", {{"a", "one"}});
+        database.Add("t", {{"a", "two"}});
+        database.Add("c", {{"FKEY", "2"}});
+        Recordset records = database.Open("t");
+        records.MoveFirst();
+        records.MoveNext();
+        records.SetText(2, std::string(5000, 'm'));
+        records.SetLong(0, 7);
+        records.CancelUpdate();
+        EXPECT_EQ(records.Get(0), Value(2));
+        records.SetText(1, "seven");
+        EXPECT_EQ(ErrorOf([&] { records.SetText(1, "sevens"); }), ErrorNumber::FieldTooSmall);
+        records.SetLong(0, 1);
+        EXPECT_EQ(ErrorOf([&] { records.Update(); }), ErrorNumber::DuplicateKey);
+        records.SetLong(0, 7);
+        records.Update();
+        EXPECT_EQ(database.Rows("t"), "1|one||\n7|seven||\n");
+        EXPECT_EQ(database.Rows("c"), "1|7|\n");
+        Recordset children = database.Open("c");
+        children.MoveFirst();
+        children.SetLong(1, 5);
+        EXPECT_EQ(ErrorOf([&] { children.Update(); }), ErrorNumber::RelatedRecordRequired);
+        children.Close();
+        EXPECT_TRUE(database.AllSound());
+    }
+}
+
+TEST(Recordset, KeepsTheRulesOfColumnsThatAccessMade)
+{
+    REQUIRE_SHARED(shared);
+    const velmora::testing::TempFolder folder;
+    const auto open = [&](const char* name) {
+        std::filesystem::copy_file(shared / "corpus/mdb" / name, folder / name);
+        std::filesystem::permissions(folder / name, std::filesystem::perms::owner_write,
+                                     std::filesystem::perm_options::add);
+        return Connection::Open(folder / name);
+    };
+    const auto numbers = open("compIndexTestV1997.mdb");
+    Recordset records = numbers->OpenTable("Table1");
+    records.AddNew();
+    EXPECT_EQ(records.Get(0), Value(0)) << "its default value";
+    EXPECT_TRUE(IsNull(records.Get(1)));
+
+    const auto guids = open("testV2000.mdb");
+    records = guids->OpenTable("Table4");
+    const std::size_t name = records.FieldIndex("name").value();
+    const std::size_t data = records.FieldIndex("data").value();
+    records.AddNew();
+    EXPECT_EQ(ErrorOf([&] { records.SetText(name, ""); }), ErrorNumber::EmptyTextRefused);
+    records.SetText(name, "x");
+    EXPECT_EQ(ErrorOf([&] { records.SetText(name, ""); }), ErrorNumber::EmptyTextRefused);
+    EXPECT_EQ(records.Get(name), Value("x"));
+    const Value first = records.Get(data);
+    EXPECT_EQ(ToText(first).at(15), '4') << ToText(first) << " is no random GUID";
+    records.Update();
+    records.AddNew();
+    EXPECT_NE(records.Get(data), first);
+}
+
+TEST(Recordset, BookmarksOutliveRowsWrittenAnew)
+{
+    Database database(JetVersion::Jet4);
+    database.Execute("CREATE TABLE t (n Long)");
+    Recordset records = database.Open("t");
+    std::vector<std::uint64_t> bookmarks;
+    for (int i = 0; i < 4; ++i) {
+        records.AddNew();
+        records.SetLong(0, i);
+        records.Update();
+        bookmarks.push_back(records.Bookmark());
+    }
+    records.DeleteBookmark(bookmarks[0]);
+    database.Execute("ALTER TABLE t ADD COLUMN s String"); // the first variable column: all rows are written anew
+    EXPECT_EQ(records.Get(0), Value(3)) << "the current record stays";
+    records.DeleteBookmark(bookmarks[2]);
+    EXPECT_EQ(ErrorOf([&] { records.DeleteBookmark(bookmarks[0]); }), ErrorNumber::RecordDeleted);
+    EXPECT_EQ(database.Rows("t"), "1|\n3|\n");
+}
+
 TEST(Recordset, HoldsLongTextsOfEveryKind)
 {
     for (const JetVersion version : kVersions) {

@@ -98,14 +98,19 @@ TEST(Statement, ARefusedOneHasChangedNothing)
     }
 }
 
-TEST(Statement, ATableInUseIsNotDropped)
+TEST(Statement, ATableInUseIsNotDroppedNorItsRelations)
 {
     Database database(JetVersion::Jet4);
     database.Execute("CREATE TABLE t (a Long)");
-    {
-        const Recordset open = database.Open("t");
-        EXPECT_EQ(database.Try("DROP TABLE t"), ErrorNumber::TableLocked);
+    database.Execute("CREATE UNIQUE INDEX t_a ON t (a) WITH PRIMARY");
+    database.Execute("CREATE TABLE c (a Long)");
+    database.Execute("ALTER TABLE c ADD CONSTRAINT link FOREIGN KEY (a) REFERENCES t (a)");
+    for (const char* table : {"t", "c"}) {
+        const Recordset open = database.Open(table);
+        EXPECT_EQ(database.Try("ALTER TABLE c DROP CONSTRAINT link"), ErrorNumber::TableLocked);
+        EXPECT_EQ(database.Try(std::string("DROP TABLE ") + table), ErrorNumber::TableLocked);
     }
+    EXPECT_EQ(database.Try("ALTER TABLE c DROP CONSTRAINT link"), std::nullopt);
     EXPECT_EQ(database.Try("DROP TABLE t"), std::nullopt);
 }
 

@@ -66,7 +66,7 @@ TEST_P(TableTest, ARefusedRecordLeavesNothingBehind)
         {Col("id", ColumnType::Long, true), Col("code", ColumnType::Text), Col("note", ColumnType::Memo)});
     table->CreateIndex(Primary("id"));
     table->CreateIndex({.name = "code", .columns = {{"code", SortOrder::Ascending}}, .unique = true});
-    table->SetRequired(0, true);
+    table->SetRules(0, {.required = true});
     const RowId first = table->Insert(MakeRecord(*table, {1, std::string("A"), std::string(5000, 'n')}));
     table->Insert(MakeRecord(*table, {2, Null{}, Null{}}));
     table->Insert(MakeRecord(*table, {3, Null{}, Null{}})); // no value is no duplicate
@@ -76,7 +76,7 @@ TEST_P(TableTest, ARefusedRecordLeavesNothingBehind)
     EXPECT_EQ(ErrorOf([&] { table->Insert(MakeRecord(*table, {4, std::string("a"), note})); }), 3022);
     EXPECT_EQ(ErrorOf([&] { table->Insert(MakeRecord(*table, {1, std::string("B"), note})); }), 3022);
     EXPECT_EQ(ErrorOf([&] { table->Insert(MakeRecord(*table, {Null{}, std::string("B"), note})); }), 3314);
-    table->SetRequired(0, false);
+    table->SetRules(0, {});
     EXPECT_EQ(ErrorOf([&] { table->Insert(MakeRecord(*table, {Null{}, std::string("B"), note})); }), 3058);
     EXPECT_EQ(ErrorOf([&] { table->Update(first, MakeRecord(*table, {2, std::string("B"), note})); }), 3022);
     RefusingHook hook;

@@ -1,0 +1,132 @@
+"""Compares states of a changed database with the file that it was made from.
+
+    python3 compare_files.py ORIGINAL STATE...
+
+One line for each difference that the change does not explain; exit status 1 when there is one. The rows of STATE are
+compared as its name says: in a file that begins with "extended" every row of the original has to be there with the
+same values, below whatever was added; in the others only what belongs to the system and to queries is compared.
+"""
+
+import os
+import shutil
+import subprocess
+import sys
+
+from jetcheck.checks import check_database
+from jetcheck.reader import open_mdb
+
+# The rows that tell of tables and relations; what else a changed file holds must not change.
+CATALOG = ("MSysObjects", "MSysACEs", "MSysRelationships")
+
+
+def problem_key(problem):
+    # How far a row count is off stays the same while the table grows.
+    text = "" if problem.code == "row-count" else problem.text
+    return problem.code, problem.page, problem.table, text
+
+
+def tables_of(db):
+    return {e.name: db.table_at(e.tdef_page, e) for e in db.table_entries()}
+
+
+def rows_of(table):
+    return [{name: repr(value) for name, value in row.values.items()} for row in table.rows()]
+
+
+def touched_by_us(name, entry):
+    return name in CATALOG or not (entry.flags & 0x8000000A)
+
+
+def compare_rows(before, after, is_extended):
+    for name, table in before.items():
+        if touched_by_us(name, table.entry):
+            if not is_extended or name in CATALOG:
+                continue
+            if name not in after:
+                yield f"table {name} is gone"
+                continue
+            found = {}
+            columns = [c.name for c in table.columns]
+            for row in rows_of(after[name]):
+                key = tuple(row[c] for c in columns)
+                found[key] = found.get(key, 0) + 1
+            for row in rows_of(table):
+                key = tuple(row[c] for c in columns)
+                if not found.get(key):
+                    yield f"table {name}: a row is gone or changed: {key}"
+                else:
+                    found[key] -= 1
+        elif name not in after or rows_of(table) != rows_of(after[name]):
+            yield f"table {name}: its rows have changed"
+
+
+def compare_objects(before, after):
+    """What is no table of the user stays in MSysObjects as it was, in MSysACEs too."""
+    now = {row.values["Id"]: row.values for row in after["MSysObjects"].rows()}
+    aces = {repr(row.values) for row in after["MSysACEs"].rows()}
+    kept = set()
+    for row in before["MSysObjects"].rows():
+        v = row.values
+        if v["Type"] == 8 or (v["Type"] == 1 and not v["Flags"] & 0x8000000A):
+            continue
+        kept.add(v["Id"])
+        if now.get(v["Id"]) != v:
+            yield f"object {v['Name']}: {v} has become {now.get(v['Id'])}"
+    for row in before["MSysACEs"].rows():
+        if row.values["ObjectId"] in kept and repr(row.values) not in aces:
+            yield f"permission {row.values} is gone"
+
+
+def compare_pages(before, context, after):
+    """A page that belongs to a table which we have nothing to do with, or that was leaked, is the same byte for byte."""
+    ours = {name for name, t in tables_of(before).items() if touched_by_us(name, t.entry)}
+    for number in range(before.pages.page_count):
+        owners = context.claims.get(number, ["nothing"])
+        if any(o in ("free", "global map", "database header", "usage-map records") for o in owners):
+            continue
+        if any(o.endswith(" of " + name) or f" of {name}." in o for o in owners for name in ours):
+            continue
+        if before.pages.page(number) != after.pages.page(number):
+            yield f"page {number} ({', '.join(owners)}) has changed"
+
+
+def exported(path, table):
+    run = subprocess.run(["mdb-export", "-H", path, table], capture_output=True, check=False)
+    return run.stdout.decode("utf-8", "replace").splitlines()
+
+
+def compare_exports(original, path, before):
+    if not shutil.which("mdb-export"):
+        return
+    for name, table in before.items():
+        if touched_by_us(name, table.entry) and name not in CATALOG:
+            now = exported(path, name)
+            for line in exported(original, name):
+                if not any(other.startswith(line) for other in now):
+                    yield f"table {name}: another reader no longer shows {line}"
+
+
+def compare(original, path):
+    before, after = open_mdb(original), open_mdb(path)
+    context = check_database(before)
+    known = {problem_key(p) for p in context.problems}
+    for problem in check_database(after).problems:
+        if problem_key(problem) not in known:
+            yield problem.line()
+    is_extended = os.path.basename(path).startswith("extended")
+    old, new = tables_of(before), tables_of(after)
+    yield from compare_rows(old, new, is_extended)
+    yield from compare_objects(old, new)
+    yield from compare_pages(before, context, after)
+    if is_extended:
+        yield from compare_exports(original, path, old)
+
+
+def main(original, *states):
+    differences = [f"{os.path.basename(path)}: {text}" for path in states for text in compare(original, path)]
+    print("\n".join(differences[:40]))
+    return 1 if differences else 0
+
+
+if __name__ == "__main__":
+    sys.exit(main(*sys.argv[1:]))
