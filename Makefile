@@ -33,10 +33,12 @@ test-sanitize: setup
 	@cmake --build --preset sanitize --parallel $(JOBS)
 	@ctest --preset sanitize --parallel $(JOBS)
 
-# CPU time and memory of a conversion beside its floor.
+# CPU time and memory of a conversion beside its floor; the engine's inserts beside SQLite's; opening a large database.
 bench: build
-	@cmake --build --preset release --parallel $(JOBS) --target bench_floor
-	@python3 bench/run.py --program $(PROGRAM) --floor build/release/bench/bench_floor --data build/bench
+	@cmake --build --preset release --parallel $(JOBS) --target bench_floor bench_engine
+	@python3 bench/run.py --program $(PROGRAM) --floor build/release/bench/bench_floor --data build/bench; \
+	    conversion=$$?; \
+	    python3 bench/engine.py --program build/release/bench/bench_engine --data build/bench && exit $$conversion
 
 # The large inputs: some minutes, some gigabytes. VELMORA_SHARED names the shared corpus (../shared otherwise).
 check-large: build
