@@ -1,6 +1,7 @@
 #include "console/console_host.h"
 
 #include "console/printable.h"
+#include "console/prompt.h"
 #include "platform/clock.h"
 #include "platform/interrupt.h"
 #include "platform/program.h"
@@ -58,20 +59,42 @@ void ConsoleHost::WriteError(std::string_view message)
     Put(stderr, line + '\n');
 }
 
-void ConsoleHost::ShowMessage(std::string_view text, Icon)
+void ConsoleHost::ShowMessage(std::string_view text, Icon icon)
 {
-    WriteError(text);
+    // The box of an error report repeats what ErrorReported and the protocol line have just said.
+    if (icon != Icon::Critical)
+        WriteError(text);
 }
 
-Answer ConsoleHost::Ask(std::string_view text, std::string_view, Buttons, Icon, Answer defaultAnswer)
+Answer ConsoleHost::Ask(std::string_view text, std::string_view, Buttons buttons, Icon, Answer defaultAnswer)
 {
     WriteError(text);
-    return defaultAnswer;
+    if (answers_ == nullptr)
+        return DismissedAnswer(buttons);
+    for (;;) {
+        Prompt(ButtonLine(buttons, defaultAnswer));
+        const std::optional<std::string> line = ReadLine(answers_);
+        if (!line)
+            return DismissedAnswer(buttons);
+        if (const auto answer = AnswerFrom(*line, buttons, defaultAnswer))
+            return *answer;
+    }
 }
 
-std::optional<std::string> ConsoleHost::InputBox(std::string_view, std::string_view)
+std::optional<std::string> ConsoleHost::InputBox(std::string_view title, std::string_view prompt)
 {
-    return std::nullopt;
+    if (answers_ == nullptr)
+        return std::nullopt;
+    WriteError(prompt);
+    Prompt(std::string(title).append(": "));
+    return ReadLine(answers_);
+}
+
+/// The beginning of a line that the person completes.
+void ConsoleHost::Prompt(std::string_view text)
+{
+    EraseProgress();
+    Put(stderr, Printable(text));
 }
 
 void ConsoleHost::ProcessEvents()

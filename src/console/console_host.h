@@ -4,6 +4,7 @@
 #include "log/host.h"
 
 #include <cstdint>
+#include <cstdio>
 #include <functional>
 #include <string>
 #include <string_view>
@@ -11,8 +12,8 @@
 namespace velmora {
 
 /// The person's side of a run in a terminal, or in a script without one: protocol lines on standard output as they are
-/// written, errors on standard error, and there, when it is a terminal, a line that shows the progress. Nothing is ever
-/// asked.
+/// written, errors on standard error, and there, when it is a terminal, a line that shows the progress. Questions stand
+/// on standard error too. Until somebody is there to answer, each counts as dismissed.
 class ConsoleHost : public Host {
 public:
     ConsoleHost();
@@ -20,6 +21,8 @@ public:
     ConsoleHost(const ConsoleHost&) = delete;
     ConsoleHost& operator=(const ConsoleHost&) = delete;
 
+    /// From now on questions are asked, and `answers`, which must outlive this, is read for a line each.
+    void TakeAnswersFrom(std::FILE* answers) noexcept { answers_ = answers; }
     /// `cancel` is called once, from ProcessEvents, when the user has pressed Ctrl-C.
     void SetCancel(std::function<void()> cancel) { cancel_ = std::move(cancel); }
     /// Writes `text` to standard output as it stands.
@@ -39,11 +42,13 @@ public:
     void ControlsChanged() override {}
 
 private:
+    void Prompt(std::string_view text);
     void PaintProgressWhenDue();
     void EraseProgress();
 
     const bool paintsProgress_; ///< standard error is a terminal that can repaint a line
     const bool usesColour_;
+    std::FILE* answers_ = nullptr; ///< none: nobody is asked
     std::function<void()> cancel_;
     ProgressState progress_;
     std::int64_t fileBegin_ = 0;   ///< CoarseMilliseconds() at the beginning of the current file

@@ -43,13 +43,13 @@ Text files
   txt=FOLDER              write a text file for each table into this folder,
                           which is made when it is missing; the database is a
                           temporary one unless mdb= names it
-  delimiter=TEXT          what stands between two values; \t is the tab character
+  delimiter=TEXT          what stands between two values; \t is the tab
   +columns  columns       a new file begins with the column names (default)
   -columns                it does not
   +append  append         write behind what is in a file already (default)
   -append                 delete old files first
-  +quoted                 put values that hold the delimiter, a quotation mark or
-                          a line break in quotation marks, as RFC 4180 has it
+  +quoted                 put values that hold the delimiter, a quotation mark
+                          or a line break in quotation marks (RFC 4180)
   -quoted                 write them as they are (default)
 
 Running

@@ -8,9 +8,11 @@
 #include "console/help.h"
 #include "platform/interrupt.h"
 #include "platform/program.h"
+#include "platform/terminal.h"
 #include "settings/command_line.h"
 
 #include <algorithm>
+#include <cstdio>
 #include <exception>
 #include <string>
 #include <vector>
@@ -21,34 +23,39 @@ using namespace velmora;
 
 constexpr std::string_view kWindowProgram = "velmora-gui";
 
-/// Whether the command line asks for a run without a window. What else it says is not looked at yet.
-bool WantsQuietRun(const std::string& line)
+/// What the command line asks for, before anything is done about it.
+Controls WhatIsAsked(const std::string& line)
 {
     Controls controls;
     bool debug = false;
     ApplyCommandLine(line, controls, debug, [](std::string_view) {});
-    return controls.chkQuiet.Checked();
+    return controls;
 }
 
-ExitStatus OpenWindow(ConsoleHost& host, const std::vector<std::string>& arguments)
+/// Whether a person sits there whom a run without a window can ask.
+bool CanAsk()
 {
-    const bool isInstalled = HasSiblingProgram(kWindowProgram);
-    if (isInstalled && HasDisplay() && BecomeSiblingProgram(kWindowProgram, arguments))
-        return ExitStatus::Success;
+    return IsTerminal(stdin) && IsTerminal(stderr);
+}
+
+ExitStatus ExplainMissingWindow(ConsoleHost& host)
+{
     host.WriteError(std::string("without +quiet the window opens, ") +
-                    (isInstalled ? "and there is no display to open it on\n" : "and this installation has none\n") +
+                    (HasSiblingProgram(kWindowProgram) ? "and there is no display to open it on\n"
+                                                       : "and this installation has none\n") +
                     "To convert here, write for example\n"
                     "  velmora xml=orders.xml mdb=orders.mdb +quiet\n"
                     "velmora --help lists every option");
     return ExitStatus::NothingToConvert;
 }
 
-ExitStatus RunQuietly(ConsoleHost& host, const std::string& line)
+ExitStatus Run(ConsoleHost& host, const std::string& line)
 {
     Application application(host);
     host.SetCancel([&application] {
         // A quiet run is cancelled without a question, and so without the line that follows the answer.
-        application.GetJob().log.ProtocolAppend("Operation cancelled by user");
+        if (application.GetJob().settings.blQuiet)
+            application.GetJob().log.ProtocolAppend("Operation cancelled by user");
         application.Cancel();
     });
     application.Form_Load(line);
@@ -72,7 +79,15 @@ ExitStatus Main(const std::vector<std::string>& arguments)
     CatchInterrupts();
     try {
         const std::string line = JoinArguments(arguments);
-        return WantsQuietRun(line) ? RunQuietly(host, line) : OpenWindow(host, arguments);
+        const Controls asked = WhatIsAsked(line);
+        if (asked.chkQuiet.Checked())
+            return Run(host, line);
+        if (HasSiblingProgram(kWindowProgram) && HasDisplay() && BecomeSiblingProgram(kWindowProgram, arguments))
+            return ExitStatus::Success;
+        if (!CanAsk() || (asked.txtFILE_XML.text.empty() && asked.txtXML_URL.text.empty()))
+            return ExplainMissingWindow(host);
+        host.TakeAnswersFrom(stdin);
+        return Run(host, line);
     } catch (const CommandLineError& error) {
         host.WriteError(error.what());
         return ExitStatus::NothingToConvert;

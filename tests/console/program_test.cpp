@@ -38,7 +38,6 @@ TEST_F(ProgramTest, SaysAtOnceWhyThereIsNothingToConvert)
         {{"+quiet", "mdb=new.mdb", "xml=none.xml"}, "File does not exist!"},
         {{"+quiet", "mdb=new.mdb", "xml=none*"}, "No files to import"},
         {{"+quiet", "mdb=a.xml", "xml=./a.xml"}, "a.xml"},
-        {{"+quiet", "mdb=new.mdb", "xml=a.xml", "txt=out"}, "Not available in this version"},
         {{"+quiet", "mdb=new.mdb", "xml=a\"b.xml"}, "a\"b.xml"},
     };
     for (const Case& c : cases) {

@@ -1,11 +1,15 @@
 #include "console/closing_table.h"
+#include "console/console_host.h"
 #include "console/exit_status.h"
 #include "console/help.h"
 #include "console/printable.h"
 #include "console/progress_line.h"
+#include "console/prompt.h"
 #include "settings/command_line.h"
 
+#include <cstdio>
 #include <gtest/gtest.h>
+#include <memory>
 #include <regex>
 
 namespace velmora {
@@ -73,6 +77,56 @@ TEST(Printable, KeepsTextAndDropsWhatSteersATerminal)
 {
     EXPECT_EQ(Printable("a\tb\r\nc \xC3\xA4\xE2\x82\xAC"), "a\tb\nc \xC3\xA4\xE2\x82\xAC");
     EXPECT_EQ(Printable("\x1B]0;x\x07\r\x7F\xC2\x9B"), "?]0;x????");
+}
+
+TEST(ConsoleHost, AsksALineAndTakesTheEndOfTheInputForACancel)
+{
+    struct Case {
+        const char* name;
+        const char* typed;
+        Buttons buttons;
+        Answer defaultAnswer;
+        Answer answer;
+    };
+    const Case cases[] = {
+        {"letter", "r\n", Buttons::RetryCancel, Answer::Retry, Answer::Retry},
+        {"word", "  CANCEL \r\n", Buttons::RetryCancel, Answer::Retry, Answer::Cancel},
+        {"Return is the default", "\n", Buttons::YesNoCancel, Answer::No, Answer::No},
+        {"asked until it is a button", "maybe\nx\ny\n", Buttons::YesNoCancel, Answer::No, Answer::Yes},
+        {"line without an end", "o", Buttons::OkCancel, Answer::Cancel, Answer::Ok},
+        {"end of the input", "", Buttons::RetryCancel, Answer::Retry, Answer::Cancel},
+    };
+    for (const Case& c : cases) {
+        SCOPED_TRACE(c.name);
+        const std::unique_ptr<std::FILE, int (*)(std::FILE*)> input(std::tmpfile(), &std::fclose);
+        std::fputs(c.typed, input.get());
+        std::rewind(input.get());
+        ConsoleHost host;
+        host.TakeAnswersFrom(input.get());
+        ::testing::internal::CaptureStderr();
+        EXPECT_EQ(host.Ask("Go\r\non?", "", c.buttons, Icon::Question, c.defaultAnswer), c.answer);
+        const std::string shown = ::testing::internal::GetCapturedStderr();
+        EXPECT_EQ(shown.find("velmora: Go\non?\n" + ButtonLine(c.buttons, c.defaultAnswer)), 0U) << shown;
+    }
+    EXPECT_EQ(ButtonLine(Buttons::YesNoCancel, Answer::No), "[Y]es, [N]o or [C]ancel (Return: No)? ");
+}
+
+TEST(ConsoleHost, TakesALineForAnInputBoxAndAsksNobodyInAQuietRun)
+{
+    const std::unique_ptr<std::FILE, int (*)(std::FILE*)> input(std::tmpfile(), &std::fclose);
+    std::fputs("\\t\r\n\n", input.get());
+    std::rewind(input.get());
+    ConsoleHost host;
+    ::testing::internal::CaptureStderr();
+    EXPECT_EQ(host.InputBox("Delimiter", "None"), std::nullopt);
+    EXPECT_EQ(host.Ask("?", "", Buttons::RetryCancel, Icon::Question, Answer::Retry), Answer::Cancel);
+    EXPECT_EQ(::testing::internal::GetCapturedStderr(), "velmora: ?\n");
+    host.TakeAnswersFrom(input.get());
+    ::testing::internal::CaptureStderr();
+    EXPECT_EQ(host.InputBox("Delimiter", "None"), "\\t");
+    EXPECT_EQ(host.InputBox("Delimiter", "None"), "");
+    EXPECT_EQ(host.InputBox("Delimiter", "None"), std::nullopt);
+    EXPECT_EQ(::testing::internal::GetCapturedStderr().find("velmora: None\nDelimiter: "), 0U);
 }
 
 TEST(Help, NamesEveryWordOfTheCommandLine)
