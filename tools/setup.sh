@@ -3,11 +3,11 @@
 # Quick and silent when nothing is missing.
 set -eu
 
-packages="g++ cmake ninja-build libexpat1-dev libgtest-dev libbenchmark-dev libsqlite3-dev mdbtools python3"
+packages="g++ cmake ninja-build libexpat1-dev libgtest-dev libbenchmark-dev libsqlite3-dev curl mdbtools python3"
 
 if ! command -v dpkg-query >/dev/null 2>&1; then
     echo "setup: this system has no Debian packages; the build goes on with what is installed." >&2
-    echo "setup: needed are a C++20 compiler, CMake 3.25, Ninja, expat, GoogleTest, mdbtools and Python 3.11." >&2
+    echo "setup: needed are a C++20 compiler, CMake 3.25, Ninja, expat, GoogleTest, curl, mdbtools and Python 3.11." >&2
     exit 0
 fi
 

@@ -1,15 +1,20 @@
 #include "driver/batch.h"
 
+#include "driver/rename.h"
 #include "driver/source_files.h"
+#include "driver/text_mode.h"
+#include "driver/url_source.h"
 #include "import/node_importer.h"
 #include "platform/file_listing.h"
 #include "schema/database_session.h"
+#include "schema/empty_tables.h"
 #include "schema/schema_builder.h"
-#include "settings/available_options.h"
 #include "settings/read_settings.h"
+#include "settings/text_export_warnings.h"
 #include "xml/structure_analysis.h"
 #include "xml/white_space.h"
 
+#include <ctime>
 #include <optional>
 
 namespace velmora {
@@ -19,9 +24,8 @@ namespace {
 constexpr std::string_view kWorking = "Working...";
 
 /// Why there is nothing to convert; nullopt when there is.
-std::optional<std::string> NoSource(const Controls& controls, const std::vector<std::string>& files)
+std::optional<std::string> NoSource(const std::string& source, const std::vector<std::string>& files)
 {
-    const std::string& source = controls.txtFILE_XML.text;
     if (TrimWhiteSpace(source).empty())
         return "No XML file specified!";
     if (!files.empty())
@@ -34,48 +38,65 @@ std::optional<std::string> NoSource(const Controls& controls, const std::vector<
 RunOutcome Batch::btnConvert_Click()
 {
     outcome_ = {};
+    hasSaved_ = false;
     job_.settings.blAbort = false;
     job_.log.ClearText();
-    // What must not begin ends here, before anything is opened: the protocol file may be the very file that must not be
-    // written.
-    const std::vector<std::string> files = ListFiles(job_.controls.txtFILE_XML.text);
-    std::optional<std::string> refusal;
-    if (const auto unavailable = UnavailableOption(job_.controls))
-        refusal = std::string(*unavailable);
-    else
-        refusal = ClashingFiles(job_.controls, files);
-    if (refusal) {
-        job_.log.ProtocolAppend(*refusal);
-        job_.log.ProtocolAppend("Done");
+    if (RefusesToBegin()) {
         outcome_.nothingToDo = true;
         return outcome_;
     }
-
     ShowRunning(true);
+    UrlSource source(job_);
     DatabaseSession session;
-    Procedure(job_, "btnConvert_Click", [&](Step& step) {
-        OpenProtocolFile();
-        ReadSettingsFromForm(job_.controls, job_.settings, [this] {
-            tagMap_.Compact();
-            return tagMap_.UpperBound() >= 1;
-        });
-        if (const auto reason = NoSource(job_.controls, files)) {
-            job_.log.ProtocolAppend(*reason);
-            outcome_.nothingToDo = true;
-            return;
-        }
-        Convert(files, session, step);
-    });
+    Procedure(job_, "btnConvert_Click", [&](Step& step) { Run(source, session, step); });
+    if (session.IsOpen() && job_.settings.blAbort)
+        EndEarly(session);
     outcome_.tables = session.Reports();
     session.Close();
-    job_.log.ProtocolAppend("Done");
-    if (job_.log.IsFileOpen()) {
-        job_.log.Trace("Closing protocoll file");
-        job_.log.CloseFile();
-    }
+    source.Release();
+    CloseProtocolFile();
     ShowRunning(false);
     outcome_.failed = job_.log.ErrorCount() > 0;
     return outcome_;
+}
+
+/// What must not begin ends before anything is opened: the protocol file may be the very file that must not be written.
+bool Batch::RefusesToBegin()
+{
+    const std::optional<std::string> reason = ClashingFiles(job_.controls);
+    if (!reason)
+        return false;
+    job_.log.ProtocolAppend(*reason);
+    job_.log.ProtocolAppend("Done");
+    return true;
+}
+
+void Batch::Run(UrlSource& source, DatabaseSession& session, Step& step)
+{
+    OpenProtocolFile();
+    if (!PrepareTextMode(job_, places_, step)) {
+        outcome_.cancelled = true;
+        return;
+    }
+    ReadSettingsFromForm(job_.controls, job_.settings, [this] {
+        tagMap_.Compact();
+        return tagMap_.UpperBound() >= 1;
+    });
+    if (!source.Fetch(places_))
+        return;
+    const std::string& path = job_.controls.txtFILE_XML.text;
+    const std::vector<std::string> files = ListFiles(path);
+    if (const auto reason = NoSource(path, files)) {
+        job_.log.ProtocolAppend(*reason);
+        outcome_.nothingToDo = true;
+        return;
+    }
+    for (const std::string& warning : TextExportWarnings(job_.settings, files.size()))
+        job_.log.ProtocolAppend(warning);
+    velOpenDatabase(job_, session);
+    if (!job_.settings.blRecreateDatabase && job_.settings.blEmptyTables)
+        velEmptyTablesAll(job_, session);
+    Convert(files, session, step);
 }
 
 void Batch::OpenProtocolFile()
@@ -86,6 +107,15 @@ void Batch::OpenProtocolFile()
         job_.log.Trace("Protocoll file opened");
     }
     job_.log.Trace(std::string("btnConvert_Click: Debug mode: ") + (job_.settings.blDebug ? "True" : "False"));
+}
+
+void Batch::CloseProtocolFile()
+{
+    job_.log.ProtocolAppend("Done");
+    if (!job_.log.IsFileOpen())
+        return;
+    job_.log.Trace("Closing protocoll file");
+    job_.log.CloseFile();
 }
 
 void Batch::ShowRunning(bool running)
@@ -101,45 +131,32 @@ void Batch::ShowRunning(bool running)
     job_.host.ControlsChanged();
 }
 
-/// Opens the database once and converts the files one after another; each is committed when it is done.
+/// Converts the files one after another; each is committed when it is done.
 void Batch::Convert(const std::vector<std::string>& files, DatabaseSession& session, Step& step)
 {
-    velOpenDatabase(job_, session);
     job_.host.SetProgressRange(ProgressBarId::Files, static_cast<std::int64_t>(files.size()));
     job_.host.SetProgress(ProgressBarId::Files, 0);
-    for (std::size_t n = 1; n <= files.size() && !job_.settings.blAbort; ++n) {
+    for (std::size_t n = 1; n <= files.size(); ++n) {
+        job_.host.ProcessEvents();
+        if (job_.settings.blAbort)
+            return;
         const std::string& path = files[n - 1];
         job_.log.ProtocolAppend("File " + std::to_string(n) + " of " + std::to_string(files.size()) + ": " + path);
-        ConvertOneFile(path, session);
-        if (!job_.settings.blAbort) {
-            step("Commit");
-            session.Commit();
-        }
+        const bool converted = ConvertOneFile(path, session);
+        if (!job_.settings.blAbort)
+            FinishFile(path, converted, session, step);
         job_.host.SetProgress(ProgressBarId::Files, static_cast<std::int64_t>(n));
     }
-    if (session.IsOpen() && job_.settings.blAbort)
-        CommitWhatIsSaved(session);
 }
 
-/// After a cancel or an error in the middle of a file: what was saved until then stays.
-void Batch::CommitWhatIsSaved(DatabaseSession& session)
-{
-    try {
-        session.Commit();
-        job_.log.ProtocolAppend("The run ended early: what was saved until then stays in the database");
-    } catch (const RuntimeError& error) {
-        job_.log.ErrorReport("btnConvert_Click", "btnConvert_Click: Commit what was saved before the run ended early",
-                             error);
-    }
-}
-
-void Batch::ConvertOneFile(const std::string& path, DatabaseSession& session)
+/// True when the file could be read, whatever came of it.
+bool Batch::ConvertOneFile(const std::string& path, DatabaseSession& session)
 {
     job_.controls.txtXML.clear();
     job_.host.SetProgress(ProgressBarId::Records, 0);
     LoadedXml xml = velLoadXML(job_, path);
     if (job_.settings.blAbort)
-        return;
+        return xml.readable;
     StructureModel model;
     velAnalyseXML(job_, xml.document, model);
     velCreateDatabase(job_, session, xml.document, model, tagMap_,
@@ -148,10 +165,44 @@ void Batch::ConvertOneFile(const std::string& path, DatabaseSession& session)
         velCreateDatabase(job_, session, xml.document, model, tagMap_, schema_pass::kCreateRelations);
     TableSinks sinks;
     velOpenTables(job_, session, model, tagMap_, sinks);
+    hasSaved_ = hasSaved_ || !job_.settings.blAbort;
     ImportDocument(job_, session, xml.document, model, tagMap_, sinks);
     velCloseTables(job_, session, sinks);
-    if (!job_.settings.blAbort)
-        ++(xml.readable ? outcome_.convertedFiles : outcome_.unreadableFiles);
+    return xml.readable;
+}
+
+/// The source moves away only when its records are safe, and only when there was something to convert: it is what is
+/// left of a file that could not be read.
+void Batch::FinishFile(const std::string& path, bool converted, DatabaseSession& session, Step& step)
+{
+    step("Commit");
+    session.Commit();
+    hasSaved_ = true;
+    ++(converted ? outcome_.convertedFiles : outcome_.unreadableFiles);
+    if (job_.controls.txtFILE_XML_RENAMED.text.empty())
+        return;
+    if (!converted) {
+        job_.log.ProtocolAppend("Not renamed, since it was not converted: " + path);
+        return;
+    }
+    step("Rename XML file");
+    RenameConvertedFile(job_, path, std::time(nullptr));
+}
+
+/// After a cancel or an error. What was saved stays; before the first record the database is better off as it was.
+void Batch::EndEarly(DatabaseSession& session)
+{
+    if (!hasSaved_) {
+        job_.log.ProtocolAppend("The run ended early: nothing was saved, the database stays as it was");
+        return;
+    }
+    try {
+        session.Commit();
+        job_.log.ProtocolAppend("The run ended early: what was saved until then stays in the database");
+    } catch (const RuntimeError& error) {
+        job_.log.ErrorReport("btnConvert_Click", "btnConvert_Click: Commit what was saved before the run ended early",
+                             error);
+    }
 }
 
 void Batch::btnQuit_Click()

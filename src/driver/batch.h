@@ -1,32 +1,37 @@
 #pragma once
 
+#include "driver/places.h"
 #include "mapping/tag_map.h"
 #include "schema/table_report.h"
 #include "settings/job.h"
 
 #include <cstdint>
 #include <string>
+#include <utility>
 #include <vector>
 
 namespace velmora {
 
 class DatabaseSession;
+class UrlSource;
 
 /// How a run ended, for exit statuses and the closing table.
 struct RunOutcome {
-    bool nothingToDo =
-        false; ///< no source named or found, an option that is not available, or a target that must not be written
-    bool failed = false;     ///< an error report ended the run
-    bool cancelled = false;  ///< by the user
-    int unreadableFiles = 0; ///< sources that could not be read
+    bool nothingToDo = false; ///< no source named or found, or a target that must not be written
+    bool failed = false;      ///< an error report ended the run
+    bool cancelled = false;   ///< by the user
+    int unreadableFiles = 0;  ///< sources that could not be read
     int convertedFiles = 0;
     std::vector<TableReport> tables{}; ///< in order of first use
 };
 
-/// Runs one job over one or many XML files: what the "Convert" button does.
+/// Runs one job over one or many XML files, or over one from a web address: what the "Convert" button does.
 class Batch {
 public:
-    Batch(Job& job, TagMap& tagMap) : job_(job), tagMap_(tagMap) {}
+    Batch(Job& job, TagMap& tagMap, Places places = StandardPlaces())
+        : job_(job), tagMap_(tagMap), places_(std::move(places))
+    {
+    }
 
     /// The whole run. Reports its own failures; never throws.
     RunOutcome btnConvert_Click();
@@ -34,15 +39,21 @@ public:
     void btnQuit_Click();
 
 private:
+    [[nodiscard]] bool RefusesToBegin();
+    void Run(UrlSource& source, DatabaseSession& session, Step& step);
     void OpenProtocolFile();
     void ShowRunning(bool running);
     void Convert(const std::vector<std::string>& files, DatabaseSession& session, Step& step);
-    void ConvertOneFile(const std::string& path, DatabaseSession& session);
-    void CommitWhatIsSaved(DatabaseSession& session);
+    [[nodiscard]] bool ConvertOneFile(const std::string& path, DatabaseSession& session);
+    void FinishFile(const std::string& path, bool converted, DatabaseSession& session, Step& step);
+    void EndEarly(DatabaseSession& session);
+    void CloseProtocolFile();
 
     Job& job_;
     TagMap& tagMap_;
+    Places places_;
     RunOutcome outcome_;
+    bool hasSaved_ = false; ///< records of this run, or whole files, may stand in the database
 };
 
 } // namespace velmora

@@ -1,6 +1,10 @@
 #include "driver/source_files.h"
 
+#include "driver/url_source.h"
+#include "platform/file_listing.h"
 #include "platform/paths.h"
+
+#include <vector>
 
 namespace velmora {
 
@@ -19,8 +23,12 @@ bool IsSource(const std::string& path, const Controls& controls, const std::vect
 
 } // namespace
 
-std::optional<std::string> ClashingFiles(const Controls& controls, const std::vector<std::string>& sources)
+std::optional<std::string> ClashingFiles(const Controls& controls)
 {
+    // A download gets a name of its own.
+    const bool isLocal = !IsUrlMode(controls);
+    const std::vector<std::string> sources =
+        isLocal ? ListFiles(controls.txtFILE_XML.text) : std::vector<std::string>();
     const std::string& target = controls.txtFILE_MDB.text;
     const std::string& log = controls.txtFILE_LOG.text;
     const std::string& mapping = controls.txtFILE_MAPPING.text;
@@ -28,13 +36,13 @@ std::optional<std::string> ClashingFiles(const Controls& controls, const std::ve
         return std::string(what) + " \"" + path + "\" is also the " + std::string(also) +
                "; nothing was written, name another file";
     };
-    if (IsSource(target, controls, sources))
+    if (isLocal && IsSource(target, controls, sources))
         return clash("The target database", target, "XML file");
     if (IsSameFile(target, log))
         return clash("The target database", target, "protocol file");
     if (IsSameFile(target, mapping))
         return clash("The target database", target, "tag-mapping file");
-    if (IsSource(log, controls, sources))
+    if (isLocal && IsSource(log, controls, sources))
         return clash("The protocol file", log, "XML file");
     if (IsSameFile(log, mapping))
         return clash("The protocol file", log, "tag-mapping file");

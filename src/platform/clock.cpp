@@ -4,7 +4,7 @@
 
 namespace velmora {
 
-std::string TimeStamp(std::time_t time)
+std::string FormatTime(std::time_t time, const char* format)
 {
     std::tm local{};
 #ifdef _WIN32
@@ -12,8 +12,13 @@ std::string TimeStamp(std::time_t time)
 #else
     localtime_r(&time, &local);
 #endif
-    char text[32];
-    return {text, std::strftime(text, sizeof text, "%Y-%m-%d %H:%M:%S", &local)};
+    char text[101];
+    return {text, std::strftime(text, sizeof text, format, &local)};
+}
+
+std::string TimeStamp(std::time_t time)
+{
+    return FormatTime(time, "%Y-%m-%d %H:%M:%S");
 }
 
 std::string_view TimeStampClock::Now()

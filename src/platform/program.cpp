@@ -2,6 +2,7 @@
 
 #include "platform/paths.h"
 
+#include <algorithm>
 #include <cstdlib>
 #include <filesystem>
 #include <system_error>
@@ -38,11 +39,7 @@ fs::path ExecutablePath()
 
 fs::path SiblingPath(std::string_view name)
 {
-    fs::path path = ExecutablePath().parent_path() / PathFromUtf8(name);
-#ifdef _WIN32
-    path += L".exe";
-#endif
-    return path;
+    return ExecutablePath().parent_path() / PathFromUtf8(std::string(name).append(kProgramSuffix));
 }
 
 } // namespace
@@ -64,6 +61,73 @@ std::string EnvironmentVariable(const char* name)
     return value == nullptr ? std::string() : std::string(value);
 }
 
+std::string UserDataFolder()
+{
+#ifdef _WIN32
+    const std::string folder = EnvironmentVariable("LOCALAPPDATA");
+    const std::string home;
+#else
+    const std::string folder = EnvironmentVariable("XDG_DATA_HOME");
+    const std::string home = EnvironmentVariable("HOME");
+#endif
+    fs::path base;
+    std::error_code error;
+    // A relative folder would be another one for each place that the program is started from.
+    if (PathFromUtf8(folder).is_absolute())
+        base = PathFromUtf8(folder);
+    else if (PathFromUtf8(home).is_absolute())
+        base = PathFromUtf8(home) / ".local" / "share";
+    else
+        base = fs::temp_directory_path(error);
+    return Utf8FromPath(base / "velmora");
+}
+
+bool IsWritableFolder(const std::string& folder)
+{
+#ifdef _WIN32
+    // The attributes of a folder do not tell: a file that goes again with its handle does.
+    const fs::path probe = PathFromUtf8(folder) / L"velmora-probe.tmp";
+    const HANDLE file = CreateFileW(probe.c_str(), GENERIC_WRITE, 0, nullptr, CREATE_NEW,
+                                    FILE_ATTRIBUTE_TEMPORARY | FILE_FLAG_DELETE_ON_CLOSE, nullptr);
+    if (file == INVALID_HANDLE_VALUE)
+        return false;
+    CloseHandle(file);
+    return true;
+#else
+    return FolderExists(folder) && access(folder.c_str(), W_OK | X_OK) == 0;
+#endif
+}
+
+bool IsProgram(const std::string& path)
+{
+#ifdef _WIN32
+    return FileExists(path);
+#else
+    return FileExists(path) && access(path.c_str(), X_OK) == 0;
+#endif
+}
+
+std::string FindOnPath(std::string_view name)
+{
+#ifdef _WIN32
+    constexpr char kBetweenFolders = ';';
+#else
+    constexpr char kBetweenFolders = ':';
+#endif
+    const std::string folders = EnvironmentVariable("PATH");
+    const std::string fileName = std::string(name).append(kProgramSuffix);
+    for (std::size_t begin = 0; begin < folders.size();) {
+        const std::size_t end = std::min(folders.find(kBetweenFolders, begin), folders.size());
+        const fs::path folder = PathFromUtf8(std::string_view(folders).substr(begin, end - begin));
+        const std::string candidate = Utf8FromPath(folder / PathFromUtf8(fileName));
+        // What the current folder holds, possibly downloaded by anybody, must not be taken for a program of the system.
+        if (folder.is_absolute() && IsProgram(candidate))
+            return candidate;
+        begin = end + 1;
+    }
+    return {};
+}
+
 bool HasDisplay()
 {
 #if defined(_WIN32) || defined(__APPLE__)
@@ -75,12 +139,7 @@ bool HasDisplay()
 
 bool HasSiblingProgram(std::string_view name)
 {
-#ifdef _WIN32
-    std::error_code error;
-    return fs::is_regular_file(SiblingPath(name), error);
-#else
-    return access(SiblingPath(name).c_str(), X_OK) == 0;
-#endif
+    return IsProgram(Utf8FromPath(SiblingPath(name)));
 }
 
 bool BecomeSiblingProgram(std::string_view name, const std::vector<std::string>& arguments)

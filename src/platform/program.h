@@ -6,6 +6,13 @@
 
 namespace velmora {
 
+/// What the file names of programs end in.
+#ifdef _WIN32
+inline constexpr std::string_view kProgramSuffix = ".exe";
+#else
+inline constexpr std::string_view kProgramSuffix = "";
+#endif
+
 /// The folder in which the running executable stands, without a separator at its end.
 [[nodiscard]] std::string ProgramFolder();
 /// The running executable's file name, without ".exe".
@@ -13,6 +20,18 @@ namespace velmora {
 
 /// The value of an environment variable; empty when it is unset.
 [[nodiscard]] std::string EnvironmentVariable(const char* name);
+
+/// The folder for files of this program that belong to the user, without a separator at its end; it need not be there.
+/// Follows XDG_DATA_HOME, or LOCALAPPDATA on Windows; the folder for temporary files for a user without a home.
+[[nodiscard]] std::string UserDataFolder();
+/// Whether files can be made in `folder`.
+[[nodiscard]] bool IsWritableFolder(const std::string& folder);
+
+/// Whether `path` is a program that can be run.
+[[nodiscard]] bool IsProgram(const std::string& path);
+/// The full path of the program `name` (without a suffix) on PATH, whose relative entries are not looked at; empty when
+/// there is none.
+[[nodiscard]] std::string FindOnPath(std::string_view name);
 
 /// Whether windows can be shown here.
 [[nodiscard]] bool HasDisplay();

@@ -90,7 +90,6 @@ TEST(Batch, NothingToDoTouchesNothing)
          "is also the tag-mapping file"},
         {"the protocol is a source", [](Conversion& c) { c.job.controls.txtFILE_LOG.text = c.Path("a.xml").string(); },
          "is also the XML file"},
-        {"an option that is not there", [](Conversion& c) { c.job.controls.txtXML_URL.text = "http://x"; }, "(url=)"},
     };
     for (const Case& c : cases) {
         SCOPED_TRACE(c.name);

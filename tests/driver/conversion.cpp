@@ -22,7 +22,7 @@ std::string FieldText(const jet::Value& value)
 
 } // namespace
 
-Conversion::Conversion() : job(host), batch(job, map)
+Conversion::Conversion() : job(host), batch(job, map, {folder_.Path().string(), folder_.Path().string()})
 {
     Options("+quiet");
     job.controls.txtFILE_XML.text = (folder_ / "*.xml").string();

@@ -12,9 +12,11 @@
 
 namespace velmora::testing {
 
-/// One run after another over small documents, in a folder of its own, quiet, into one database. At its end the
-/// database must be sound.
+/// One run after another over small documents, in a folder of its own, which also stands for the program's, quiet, into
+/// one database. At its end the database must be sound.
 class Conversion {
+    TempFolder folder_;
+
 public:
     Conversion();
     ~Conversion();
@@ -49,7 +51,6 @@ public:
 
 private:
     friend class Conversions;
-    TempFolder folder_;
     bool checksItself_ = true;
 };
 

@@ -1,0 +1,42 @@
+#pragma once
+
+#include "driver/places.h"
+#include "settings/job.h"
+
+#include <ctime>
+#include <functional>
+#include <string>
+
+namespace velmora {
+
+/// Whether the run's source is a web address instead of a file.
+[[nodiscard]] bool IsUrlMode(const Controls& controls) noexcept;
+
+/// A free name for a download in `folder`: "xml_", date and time, ".xml"; a counter from 1 stands behind the time while
+/// the name is taken. `now` is asked anew for each try.
+[[nodiscard]] std::string FreeDownloadPath(const std::string& folder, const std::function<std::time_t()>& now);
+
+/// Downloads the XML file that the controls name by its address, with curl, and gives its path. Empty after an error,
+/// which is reported, and after a cancel: nothing is left of the download then.
+[[nodiscard]] std::string GetXMLfromURL(Job& job, const Places& places);
+
+/// The source of a run whose source is a web address: while it is held, the downloaded file's path stands in the
+/// controls; afterwards the file is gone and what the user had typed stands there again.
+class UrlSource {
+public:
+    explicit UrlSource(Job& job) : job_(job) {}
+    ~UrlSource() { Release(); }
+    UrlSource(const UrlSource&) = delete;
+    UrlSource& operator=(const UrlSource&) = delete;
+
+    /// Downloads the file; nothing in a run over local files. False when nothing was downloaded.
+    [[nodiscard]] bool Fetch(const Places& places);
+    void Release();
+
+private:
+    Job& job_;
+    std::string typed_;
+    std::string download_;
+};
+
+} // namespace velmora

@@ -1,0 +1,60 @@
+#include "driver/conversion.h"
+
+namespace velmora::testing {
+
+namespace {
+
+/// Prepares a run over two files into a database of an earlier one.
+void Prepare(Conversion& run, const char* options)
+{
+    run.Xml("<r><p><n>old</n></p></r>", "1.xml").Run();
+    run.Xml("<r><p><n>1</n><t>a</t><t>b</t></p><q k=\"v\"/></r>", "1.xml");
+    run.Xml("<r><p><n>2</n></p></r>", "2.xml").Options(options).Options("rename=%p%done/%f%.xml");
+    run.job.controls.txtFILE_TXT.text = run.Path("out").string();
+}
+
+/// Runs and cancels at the n-th moment at which a cancel can arrive; false when there are fewer.
+bool CancelAt(Conversion& run, int n)
+{
+    int events = 0;
+    run.host.onEvents = [&] {
+        if (++events == n)
+            run.batch.btnQuit_Click();
+    };
+    const RunOutcome outcome = run.Run();
+    EXPECT_FALSE(outcome.failed) << run.Error();
+    EXPECT_EQ(outcome.cancelled, events >= n);
+    return events >= n;
+}
+
+TEST(Cancel, IsSafeAtEveryMoment)
+{
+    for (const char* options : {"", "-recreate_database +empty_tables"}) {
+        Conversions runs;
+        std::string before;
+        int n = 1;
+        for (bool cancelled = true; cancelled; ++n) {
+            SCOPED_TRACE(std::string(options) + " cancelled at event " + std::to_string(n));
+            Conversion& run = runs.Next();
+            Prepare(run, options);
+            cancelled = CancelAt(run, n);
+            EXPECT_EQ(run.host.lines.back(), "Done");
+            EXPECT_EQ(run.job.controls.btnConvertCaption, "Convert");
+            EXPECT_EQ(run.Said("The run ended early"), cancelled ? 1 : 0);
+            if (run.Said("nothing was saved") > 0) {
+                EXPECT_EQ(run.Dump("p"), "PKEY|FKEY|n\n1|1|old\n") << "no record is given up for none";
+            }
+            // A file that was moved away has all its records in the database.
+            const std::string records = run.Dump("p");
+            for (const char* name : {"1", "2"})
+                if (!std::filesystem::exists(run.Path(name + std::string(".xml")))) {
+                    EXPECT_NE(records.find("|" + std::string(name) + "\n"), std::string::npos) << records;
+                }
+        }
+        EXPECT_GT(n, 12) << "loading, analysis, import and what lies between have such moments";
+    }
+}
+
+} // namespace
+
+} // namespace velmora::testing
