@@ -68,9 +68,11 @@ void ConsoleHost::ShowMessage(std::string_view text, Icon icon)
 
 Answer ConsoleHost::Ask(std::string_view text, std::string_view, Buttons buttons, Icon, Answer defaultAnswer)
 {
-    WriteError(text);
-    if (answers_ == nullptr)
+    if (answers_ == nullptr) {
+        WriteError(text);
         return DismissedAnswer(buttons);
+    }
+    Prompt(std::string(text).append(1, '\n'));
     for (;;) {
         Prompt(ButtonLine(buttons, defaultAnswer));
         const std::optional<std::string> line = ReadLine(answers_);
@@ -85,12 +87,11 @@ std::optional<std::string> ConsoleHost::InputBox(std::string_view title, std::st
 {
     if (answers_ == nullptr)
         return std::nullopt;
-    WriteError(prompt);
-    Prompt(std::string(title).append(": "));
+    Prompt(std::string(prompt).append(1, '\n').append(title).append(": "));
     return ReadLine(answers_);
 }
 
-/// The beginning of a line that the person completes.
+/// Text whose last line the person completes.
 void ConsoleHost::Prompt(std::string_view text)
 {
     EraseProgress();

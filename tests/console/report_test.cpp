@@ -106,7 +106,7 @@ TEST(ConsoleHost, AsksALineAndTakesTheEndOfTheInputForACancel)
         ::testing::internal::CaptureStderr();
         EXPECT_EQ(host.Ask("Go\r\non?", "", c.buttons, Icon::Question, c.defaultAnswer), c.answer);
         const std::string shown = ::testing::internal::GetCapturedStderr();
-        EXPECT_EQ(shown.find("velmora: Go\non?\n" + ButtonLine(c.buttons, c.defaultAnswer)), 0U) << shown;
+        EXPECT_EQ(shown.find("Go\non?\n" + ButtonLine(c.buttons, c.defaultAnswer)), 0U) << shown;
     }
     EXPECT_EQ(ButtonLine(Buttons::YesNoCancel, Answer::No), "[Y]es, [N]o or [C]ancel (Return: No)? ");
 }
@@ -126,7 +126,7 @@ TEST(ConsoleHost, TakesALineForAnInputBoxAndAsksNobodyInAQuietRun)
     EXPECT_EQ(host.InputBox("Delimiter", "None"), "\\t");
     EXPECT_EQ(host.InputBox("Delimiter", "None"), "");
     EXPECT_EQ(host.InputBox("Delimiter", "None"), std::nullopt);
-    EXPECT_EQ(::testing::internal::GetCapturedStderr().find("velmora: None\nDelimiter: "), 0U);
+    EXPECT_EQ(::testing::internal::GetCapturedStderr().find("None\nDelimiter: "), 0U);
 }
 
 TEST(Help, NamesEveryWordOfTheCommandLine)
