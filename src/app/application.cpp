@@ -21,6 +21,9 @@ void Application::Form_Load(std::string_view commandLine)
     ApplyCommandLine(commandLine, controls, job_.settings.blDebug, [this](std::string_view token) {
         job_.log.ProtocolAppend("Unknown parameter:" + std::string(token));
     });
+    // Whoever names an address wants it: a file named as well is what the box shows again afterwards.
+    if (!controls.txtXML_URL.text.empty())
+        controls.tabSourceType = 1;
     controls.UpdateEnabled();
     // Known before the mapping file is read: an error in it must not stop an unattended run with a box.
     job_.settings.blQuiet = controls.chkQuiet.Checked();
