@@ -57,6 +57,8 @@ RunOutcome Batch::btnConvert_Click()
     CloseProtocolFile();
     ShowRunning(false);
     outcome_.failed = job_.log.ErrorCount() > 0;
+    // Nobody but the user stops a run without an error: by the button, or by an answer on the way.
+    outcome_.cancelled = outcome_.cancelled || (job_.settings.blAbort && !outcome_.failed);
     return outcome_;
 }
 
@@ -73,7 +75,7 @@ bool Batch::RefusesToBegin()
 
 void Batch::Run(UrlSource& source, DatabaseSession& session, Step& step)
 {
-    OpenProtocolFile();
+    OpenProtocolFile(step);
     if (!PrepareTextMode(job_, places_, step)) {
         outcome_.cancelled = true;
         return;
@@ -99,10 +101,12 @@ void Batch::Run(UrlSource& source, DatabaseSession& session, Step& step)
     Convert(files, session, step);
 }
 
-void Batch::OpenProtocolFile()
+void Batch::OpenProtocolFile(Step& step)
 {
-    if (!job_.controls.txtFILE_LOG.text.empty()) {
-        job_.log.OpenFile(job_.controls.txtFILE_LOG.text);
+    const std::string& path = job_.controls.txtFILE_LOG.text;
+    if (!path.empty()) {
+        step("Open protocol file [" + path + "]");
+        job_.log.OpenFile(path);
         job_.log.WriteProtocolFile(std::string(50, '='));
         job_.log.Trace("Protocoll file opened");
     }

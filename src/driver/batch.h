@@ -41,7 +41,7 @@ public:
 private:
     [[nodiscard]] bool RefusesToBegin();
     void Run(UrlSource& source, DatabaseSession& session, Step& step);
-    void OpenProtocolFile();
+    void OpenProtocolFile(Step& step);
     void ShowRunning(bool running);
     void Convert(const std::vector<std::string>& files, DatabaseSession& session, Step& step);
     [[nodiscard]] bool ConvertOneFile(const std::string& path, DatabaseSession& session);

@@ -13,7 +13,7 @@ namespace velmora {
 /// follow redirections by itself.
 struct CurlLog {
     std::vector<std::string> lines; ///< all of them, without line ends; credentials are left out of the headers
-    bool failed = false;
+    std::string failure; ///< why nothing was downloaded: an error message or a status; empty when all went well
 };
 
 /// Reads the log at `path`; without such a file nothing was said, and nothing failed.

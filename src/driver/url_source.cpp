@@ -79,6 +79,23 @@ std::string CurlCommand(const std::string& curl, const DownloadFiles& files, con
     return line + " -s -S --stderr \"" + files.Log() + '"';
 }
 
+/// Tells of a download that failed, with all that curl has said, and ends the run.
+void CheckDownload(Job& job, const DownloadFiles& files, Step& step)
+{
+    CurlLog log = ReadCurlLog(files.Log());
+    // A word among those of the address that curl does not take ends it before its log is opened.
+    if (log.failure.empty() && !FileExists(files.Xml()))
+        log.failure = "curl wrote no file";
+    if (log.failure.empty())
+        return;
+    step("Download of XML had failed!");
+    job.log.ProtocolAppend("Download of XML had failed!");
+    for (const std::string& line : log.lines)
+        job.log.ProtocolAppend(line);
+    throw RuntimeError(runtime_errors::kApplicationDefined,
+                       "\"" + job.controls.txtXML_URL.text + "\" could not be downloaded: " + log.failure);
+}
+
 } // namespace
 
 bool IsUrlMode(const Controls& controls) noexcept
@@ -114,16 +131,7 @@ std::string GetXMLfromURL(Job& job, const Places& places)
             Fail(step, "Error receiving the file", "\"" + curl + "\" could not be started");
         if (job.settings.blAbort)
             return;
-        const CurlLog log = ReadCurlLog(files.Log());
-        if (log.failed) {
-            step("Download of XML had failed!");
-            job.log.ProtocolAppend("Download of XML had failed!");
-            for (const std::string& line : log.lines)
-                job.log.ProtocolAppend(line);
-            throw RuntimeError(runtime_errors::kApplicationDefined, "\"" + job.controls.txtXML_URL.text +
-                                                                        "\" could not be downloaded; curl's messages " +
-                                                                        "stand in the protocol");
-        }
+        CheckDownload(job, files, step);
         path = files.KeepXml();
     });
     return path;
