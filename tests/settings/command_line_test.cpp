@@ -1,4 +1,3 @@
-#include "settings/available_options.h"
 #include "settings/command_line.h"
 #include "settings/command_line_builder.h"
 
@@ -253,27 +252,6 @@ TEST(CommandLine, WhatIsBuiltReadsBackToTheSame)
         EXPECT_EQ(parsed.debug, debug);
         for (const std::string& token : parsed.unknown)
             EXPECT_EQ(token, "") << "only the empty token behind a quoted value at the end";
-    }
-}
-
-TEST(CommandLine, OptionsThatDoNotWorkYetAreNamed)
-{
-    struct Case {
-        const char* line;
-        const char* named; ///< nullptr: works
-    };
-    const Case cases[] = {
-        {"xml=a mdb=b", nullptr},     {"-d +extend_mdb", nullptr}, {"ver=2000 e", nullptr},
-        {"auth=me -append", nullptr}, {"txt=out", "txt="},         {"rename=r", "rename="},
-        {"url=http://x", "url="},     {"ver=97", nullptr},         {"-d e", nullptr},
-    };
-    for (const Case& c : cases) {
-        SCOPED_TRACE(c.line);
-        const auto message = UnavailableOption(Parsed(c.line).controls);
-        ASSERT_EQ(message.has_value(), c.named != nullptr);
-        if (message) {
-            EXPECT_NE(message->find(c.named), std::string::npos);
-        }
     }
 }
 
