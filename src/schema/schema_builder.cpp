@@ -128,6 +128,7 @@ void SchemaBuilder::Run(Step& step)
     if (CreatesTables())
         RefuseTooManyObjects(entries);
     for (const std::size_t entry : entries) {
+        job_.host.ProcessEvents();
         if (job_.settings.blAbort)
             return;
         BuildEntry(entry, step);
