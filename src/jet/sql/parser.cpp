@@ -3,6 +3,7 @@
 #include "jet/error.h"
 #include "jet/sql/lexer.h"
 
+#include <algorithm>
 #include <charconv>
 #include <optional>
 #include <utility>
@@ -23,7 +24,8 @@ bool EqualIgnoringCase(std::string_view a, std::string_view upper) noexcept
     return true;
 }
 
-/// A type's name and what it stands for. A size in parentheses may follow the ones that are `sized`.
+/// A type's name and what it stands for. A size, or of numerics digits, in parentheses may follow the ones that are
+/// `sized`.
 struct TypeName {
     std::string_view name;
     ColumnType type;
@@ -78,6 +80,9 @@ constexpr TypeName kTypes[] = {
     {"OLEOBJECT", ColumnType::Ole},
     {"IMAGE", ColumnType::Ole},
     {"GENERAL", ColumnType::Ole},
+    {"DECIMAL", ColumnType::Numeric, true},
+    {"NUMERIC", ColumnType::Numeric, true},
+    {"DEC", ColumnType::Numeric, true},
     {"GUID", ColumnType::Guid},
     {"UNIQUEIDENTIFIER", ColumnType::Guid},
 };
@@ -233,7 +238,10 @@ private:
         column.type = type.type;
         column.autonumber = type.autonumber;
         if (type.sized && Accept("(")) {
-            column.characters = Number();
+            if (type.type == ColumnType::Numeric)
+                Digits(column);
+            else
+                column.characters = Number();
             Expect(")");
         }
         if (AcceptWord("NOT")) {
@@ -252,6 +260,15 @@ private:
                 if (AcceptWord(type.name))
                     return type;
         Fail();
+    }
+
+    /// Precision and perhaps scale of a numeric column; what is out of range is not for the parser to refuse.
+    void Digits(ColumnSpec& column)
+    {
+        const auto small = [](std::size_t number) { return static_cast<std::uint8_t>(std::min(number, kMaxColumns)); };
+        column.precision = small(Number());
+        if (Accept(","))
+            column.scale = small(token_.text == "0" ? (Advance(), 0) : Number());
     }
 
     /// A number of at least 1; what is out of any range comes back as a very large one.

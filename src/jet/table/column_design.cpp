@@ -9,7 +9,7 @@ namespace jet {
 
 namespace {
 
-constexpr std::uint8_t kDefaultPrecision = 18;
+constexpr std::uint8_t kMaxPrecision = 28;
 constexpr std::size_t kMaxBinarySize = 510;
 constexpr std::string_view kRefusedInNames = ".![]`";
 
@@ -78,6 +78,9 @@ Column& DesignColumn(TableDef& def, const ColumnSpec& spec, const DatabaseHeader
     if (spec.autonumber && std::any_of(def.columns.begin(), def.columns.end(), isAutonumber))
         throw Error(ErrorNumber::TwoAutoNumbers);
 
+    if (spec.type == ColumnType::Numeric && format.version == JetVersion::Jet3)
+        throw Error(ErrorNumber::SyntaxErrorInFieldDefinition, {}, "Access 97 has no decimal numbers.");
+
     Column column;
     column.name = spec.name;
     column.type = spec.type;
@@ -97,7 +100,10 @@ Column& DesignColumn(TableDef& def, const ColumnSpec& spec, const DatabaseHeader
         ++def.variableColumnsEver;
     }
     if (spec.type == ColumnType::Numeric) {
-        column.precision = kDefaultPrecision;
+        if (spec.precision == 0 || spec.precision > kMaxPrecision || spec.scale > spec.precision)
+            throw Error(ErrorNumber::SizeTooLong, {spec.name});
+        column.precision = spec.precision;
+        column.scale = spec.scale;
     } else if (format.version == JetVersion::Jet4 && (spec.type == ColumnType::Text || spec.type == ColumnType::Memo)) {
         column.moreFlags = kMoreFlagsCompressed;
     }

@@ -3,55 +3,40 @@
 #include "jet/error.h"
 #include "jet/table/map_records.h"
 
-#include <algorithm>
-#include <cstring>
-
 namespace jet {
-
-namespace {
-
-int Compare(ByteSpan a, ByteSpan b)
-{
-    const int order = std::memcmp(a.data(), b.data(), std::min(a.size(), b.size()));
-    return order != 0 ? order : (a.size() > b.size()) - (a.size() < b.size());
-}
-
-} // namespace
 
 void IndexBuild::Add(const Record& record, RowId row)
 {
-    const std::size_t begin = keys_.size();
-    const KeyFacts facts = plan_.Append(keys_, record);
+    key_.clear();
+    const KeyFacts facts = plan_.Append(key_, record);
     if (plan_.IsRequired() && facts.anyNull)
         throw Error(ErrorNumber::NullInPrimaryKey);
-    if (plan_.LeavesOut(facts))
-        keys_.resize(begin);
-    else
-        entries_.push_back({begin, static_cast<std::uint32_t>(keys_.size() - begin), row, facts.allNull});
+    if (!plan_.LeavesOut(facts))
+        entries_.Add({key_, row, facts.allNull});
 }
 
 void IndexBuild::Sort()
 {
-    std::sort(entries_.begin(), entries_.end(), [this](const Entry& a, const Entry& b) {
-        const int order = Compare(Key(a), Key(b));
-        return order != 0 ? order < 0 : a.row < b.row;
-    });
     distinctKeys_ = 0;
-    for (std::size_t i = 0; i < entries_.size(); ++i) {
-        const bool repeats = i != 0 && Compare(Key(entries_[i - 1]), Key(entries_[i])) == 0;
-        if (repeats && plan_.IsUnique() && !entries_[i].allNull)
+    key_.clear();
+    entries_.ForEach([this](const EntrySorter::Entry& entry) {
+        // No key is empty, so the first one repeats nothing.
+        const bool repeats = CompareBytes(key_, entry.key) == 0;
+        if (repeats && plan_.IsUnique() && !entry.allNull)
             throw Error(ErrorNumber::DuplicateKey);
-        distinctKeys_ += !repeats;
-    }
+        if (!repeats) {
+            ++distinctKeys_;
+            key_.assign(entry.key.begin(), entry.key.end());
+        }
+    });
 }
 
-void IndexBuild::Fill(IndexTree& tree) const
+void IndexBuild::Fill(IndexTree& tree)
 {
-    for (const Entry& entry : entries_)
-        tree.Insert(Key(entry), entry.row);
+    entries_.ForEach([&tree](const EntrySorter::Entry& entry) { tree.Insert(entry.key, entry.row); });
 }
 
-RealIndex PlantTree(Pager& pager, const TableDef& def, const RealIndex& wanted, const IndexBuild& sorted)
+RealIndex PlantTree(Pager& pager, const TableDef& def, const RealIndex& wanted, IndexBuild& sorted)
 {
     const PageNumber definitionPage = def.pages.front();
     RealIndex index;

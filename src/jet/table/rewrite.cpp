@@ -71,8 +71,9 @@ void Table::Rewrite::Run()
 
 void Table::Rewrite::CopyRows()
 {
-    for (const KeyPlan& plan : table_.parts_->keyPlans)
-        builds_.emplace_back(plan);
+    const std::vector<KeyPlan>& plans = table_.parts_->keyPlans;
+    for (const KeyPlan& plan : plans)
+        builds_.emplace_back(plan, EntrySorter::kBudget / plans.size());
     const RowLayout layout(def_);
     std::vector<RowField> fields(def_.columns.size());
     Record record;

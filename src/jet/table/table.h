@@ -30,6 +30,7 @@ struct ColumnSpec {
     std::string name;
     ColumnType type = ColumnType::Text;
     std::size_t characters = kMaxTextUnits; ///< text
+    std::uint8_t precision = 18, scale = 0; ///< numeric: digits in all, and behind the point
     bool autonumber = false;
     bool required = false; ///< NOT NULL: a property of the table in the catalog, not part of the descriptor
 };
@@ -64,8 +65,8 @@ public:
     [[nodiscard]] std::uint64_t Generation() const noexcept { return generation_; }
     /// Counts how often all rows have been written anew and got other ids (Renumber(), and the first variable column).
     [[nodiscard]] std::uint32_t RowsEpoch() const noexcept { return static_cast<std::uint32_t>(moves_.size()); }
-    /// The id that a row has now whose id was `row` in `epoch`; nullopt when it was not there when the rows were written
-    /// anew.
+    /// The id that a row has now whose id was `row` in `epoch`; nullopt when it was not there when the rows were
+    /// written anew.
     [[nodiscard]] std::optional<RowId> Relocated(RowId row, std::uint32_t epoch) const;
     void SetHook(RowHook* hook) noexcept { hook_ = hook; }
     void SetRules(std::size_t column, ColumnRules rules) { def_.columns[column].rules = std::move(rules); }

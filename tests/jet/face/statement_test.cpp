@@ -150,6 +150,23 @@ TEST(Statement, WideningATextColumnKeepsTheTable)
     }
 }
 
+TEST(Statement, DecimalColumnsHaveTheirDigits)
+{
+    Database database(JetVersion::Jet4);
+    database.Execute("CREATE TABLE t (a Decimal(5, 2), b Numeric, c Dec(28,0))");
+    EXPECT_EQ(database.Try("ALTER TABLE t ADD COLUMN d Decimal(29)"), ErrorNumber::SizeTooLong);
+    EXPECT_EQ(database.Try("ALTER TABLE t ADD COLUMN d Decimal(2, 3)"), ErrorNumber::SizeTooLong);
+    database.Add("t", {{"a", "-123.455"}, {"b", "1234567890123456.5"}, {"c", "1234567890123456789012345678"}});
+    Recordset records = database.Open("t");
+    records.AddNew();
+    EXPECT_THROW(records.SetText(0, "1000"), Error);
+    records.Close();
+    database.Execute("CREATE INDEX i ON t (a, b DESC)");
+    EXPECT_EQ(database.Rows("t"), "-123.46|1234567890123457|1234567890123456789012345678\n");
+    EXPECT_TRUE(database.AllSound());
+    EXPECT_EQ(Database(JetVersion::Jet3).Try("CREATE TABLE t (a Decimal)"), ErrorNumber::SyntaxErrorInFieldDefinition);
+}
+
 TEST(Statement, NotNullIsAPropertyThatStays)
 {
     for (const JetVersion version : kVersions) {

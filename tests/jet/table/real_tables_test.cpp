@@ -112,47 +112,6 @@ std::vector<std::string> OurRows(const Table& table)
     return lines;
 }
 
-/// Everything that a table can live through, with the column types it has.
-void WorkOn(Table& table, int round)
-{
-    const std::string suffix = std::to_string(round);
-    table.AddColumn(Col("our text " + suffix, ColumnType::Text));
-    table.AddColumn(Col("our memo " + suffix, ColumnType::Memo));
-    table.AddColumn(Col("our flag " + suffix, ColumnType::Boolean));
-    table.AddColumn(Col("our number " + suffix, ColumnType::Long));
-    const std::size_t count = table.Definition().columns.size();
-    Record record;
-    int i = 0;
-    for (const RowId row : AllRows(table)) {
-        table.Read(row, record);
-        ++i;
-        SetField(table, record, count - 4, Value("text " + std::to_string(i) + std::string(i % 200, '-')));
-        SetField(table, record, count - 3, Value(std::string(static_cast<std::size_t>(i) * 97 % 9000, 'm')));
-        SetField(table, record, count - 2, Value(i % 2 == 0));
-        SetField(table, record, count - 1, Value(i));
-        table.Update(row, record);
-    }
-    table.CreateIndex(
-        {.name = "our index " + suffix,
-         .columns = {{"our text " + suffix, SortOrder::Ascending}, {"our number " + suffix, SortOrder::Descending}}});
-    i = 0;
-    for (const RowId row : AllRows(table)) {
-        if (++i % 3 == 0)
-            table.Delete(row);
-    }
-    for (i = 0; i < 40; ++i) {
-        record.Reset(count);
-        SetField(table, record, count - 3, Value(std::string(static_cast<std::size_t>(i), 'n')));
-        SetField(table, record, count - 1, Value(-i));
-        static_cast<void>(ErrorOf([&] { table.Insert(record); })); // a primary key may want more than that
-    }
-    if (round == 0)
-        table.Renumber();
-    else
-        table.DropColumn("our memo " + suffix);
-    table.FlushCounters();
-}
-
 } // namespace
 
 TEST(RealTables, RowsReadAsTheCheckerReadsThem)
@@ -173,28 +132,6 @@ TEST(RealTables, RowsReadAsTheCheckerReadsThem)
         }
     }
     EXPECT_GT(rows, 100u);
-}
-
-TEST(RealTables, ChangedTheyStaySound)
-{
-    REQUIRE_SHARED(shared);
-    const TempFolder folder;
-    std::vector<std::filesystem::path> files;
-    for (const char* name : {"testV1997.mdb", "indexTestV1997.mdb", "indexTestV2000.mdb", "overflowTestV2000.mdb",
-                             "compIndexTestV1997.mdb", "compIndexTestV2000.mdb", "delColTestV1997.mdb",
-                             "delColTestV2000.mdb", "bigIndexTestV2000.mdb", "testIndexPropertiesV2000.mdb"}) {
-        SCOPED_TRACE(name);
-        const auto pager = OpenCopy(shared / "corpus" / "mdb" / name, folder / name);
-        for (const RealTable& real : UserTables(*pager)) {
-            SCOPED_TRACE(real.name);
-            Table table(*pager, real.page, real.name);
-            WorkOn(table, 0);
-            WorkOn(table, 1);
-        }
-        pager->Commit();
-        files.push_back(folder / name);
-    }
-    EXPECT_TRUE(velmora::testing::ExpectSound(files));
 }
 
 } // namespace jet::testing

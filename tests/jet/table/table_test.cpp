@@ -43,12 +43,12 @@ TEST_P(TableTest, ValuesOfAllTypesComeBack)
     Guid guid;
     guid.bytes[3] = 7;
     const std::vector<std::vector<Value>> rows = {
-        {true, 200, -3, 1 << 30, Currency{-12345}, 0.5, 1e300, DateTime{-1.25}, std::string("caf\u00E9"),
+        {true, 200, -3, 1 << 30, Currency{-12345}, 0.5f, 1e300, DateTime{-1.25}, std::string("caf\u00E9"),
          std::string("a memo of less than 32"), Bytes{1, 2, 3}, guid, Bytes{0, 255}},
         {false, Null{}, Null{}, Null{}, Null{}, Null{}, Null{}, Null{}, Null{}, Null{}, Null{}, Null{}, Null{}},
-        {true, 0, 0, 0, Currency{}, 0.0, 0.0, DateTime{}, std::string(), std::string(40, 'm'), Bytes(50, 9), Guid{},
+        {true, 0, 0, 0, Currency{}, 0.0f, 0.0, DateTime{}, std::string(), std::string(40, 'm'), Bytes(50, 9), Guid{},
          Bytes{1}},
-        {true, 1, 1, 1, Currency{1}, 1.0, 1.0, DateTime{1}, std::string(255, 'x'), std::string(100'000, 'y'),
+        {true, 1, 1, 1, Currency{1}, 1.0f, 1.0, DateTime{1}, std::string(255, 'x'), std::string(100'000, 'y'),
          Bytes(3000, 1), guid, Bytes(255, 2)},
     };
     for (const std::vector<Value>& row : rows)
@@ -66,7 +66,9 @@ TEST_P(TableTest, ARefusedRecordLeavesNothingBehind)
         {Col("id", ColumnType::Long, true), Col("code", ColumnType::Text), Col("note", ColumnType::Memo)});
     table->CreateIndex(Primary("id"));
     table->CreateIndex({.name = "code", .columns = {{"code", SortOrder::Ascending}}, .unique = true});
-    table->SetRules(0, {.required = true});
+    ColumnRules rules;
+    rules.required = true;
+    table->SetRules(0, rules);
     const RowId first = table->Insert(MakeRecord(*table, {1, std::string("A"), std::string(5000, 'n')}));
     table->Insert(MakeRecord(*table, {2, Null{}, Null{}}));
     table->Insert(MakeRecord(*table, {3, Null{}, Null{}})); // no value is no duplicate

@@ -1,0 +1,64 @@
+#pragma once
+
+#include "jet/base/bytes.h"
+#include "jet/base/row_id.h"
+
+#include <cstdio>
+#include <functional>
+#include <memory>
+#include <vector>
+
+namespace jet {
+
+/// Puts index entries in order. What exceeds a budget of memory goes in sorted runs to temporary files that have no
+/// name, and the runs are merged when the entries are asked for.
+class EntrySorter {
+public:
+    struct Entry {
+        ByteSpan key;
+        RowId row;
+        bool allNull; ///< all columns of the key are Null
+    };
+    using Visitor = std::function<void(const Entry&)>;
+
+    /// What all sorters of one statement may hold together, in bytes.
+    static constexpr std::size_t kBudget = std::size_t{64} << 20;
+
+    explicit EntrySorter(std::size_t budget = kBudget) : budget_(budget) {}
+
+    /// Throws DiskFull.
+    void Add(const Entry& entry);
+    [[nodiscard]] std::uint32_t Count() const noexcept { return count_; }
+    /// All entries in the order of an index: by key, then by row. Views of an entry are valid during its visit. May be
+    /// called again; no entry is added in between. Throws DiskError, DiskFull, and what `visit` throws.
+    void ForEach(const Visitor& visit);
+
+private:
+    struct Stored {
+        std::size_t begin;
+        std::uint32_t size;
+        RowId row;
+        bool allNull;
+    };
+    struct CloseFile {
+        void operator()(std::FILE* file) const noexcept { static_cast<void>(std::fclose(file)); }
+    };
+    using TemporaryFile = std::unique_ptr<std::FILE, CloseFile>;
+    class RunReader;
+
+    [[nodiscard]] Entry View(const Stored& stored) const
+    {
+        return {ByteSpan(keys_).subspan(stored.begin, stored.size), stored.row, stored.allNull};
+    }
+    void SortHeld();
+    void Spill();
+    void Merge(const Visitor& visit);
+
+    std::size_t budget_;
+    std::uint32_t count_ = 0;
+    Bytes keys_; ///< of the entries that are held, one behind another
+    std::vector<Stored> held_;
+    std::vector<TemporaryFile> runs_;
+};
+
+} // namespace jet
