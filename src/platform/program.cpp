@@ -11,6 +11,7 @@
 #include <process.h>
 #include <windows.h>
 #else
+#include <pwd.h>
 #include <unistd.h>
 #endif
 
@@ -42,6 +43,30 @@ fs::path SiblingPath(std::string_view name)
     return ExecutablePath().parent_path() / PathFromUtf8(std::string(name).append(kProgramSuffix));
 }
 
+#ifdef _WIN32
+
+constexpr const char* kDataVariable = "LOCALAPPDATA";
+
+fs::path HomeFolder()
+{
+    return PathFromUtf8(EnvironmentVariable("USERPROFILE"));
+}
+
+#else
+
+constexpr const char* kDataVariable = "XDG_DATA_HOME";
+
+/// A service may run without the variable.
+fs::path HomeFolder()
+{
+    if (const std::string home = EnvironmentVariable("HOME"); !home.empty())
+        return home;
+    const passwd* user = getpwuid(getuid());
+    return user != nullptr && user->pw_dir != nullptr ? user->pw_dir : "";
+}
+
+#endif
+
 } // namespace
 
 std::string ProgramFolder()
@@ -63,23 +88,11 @@ std::string EnvironmentVariable(const char* name)
 
 std::string UserDataFolder()
 {
-#ifdef _WIN32
-    const std::string folder = EnvironmentVariable("LOCALAPPDATA");
-    const std::string home;
-#else
-    const std::string folder = EnvironmentVariable("XDG_DATA_HOME");
-    const std::string home = EnvironmentVariable("HOME");
-#endif
-    fs::path base;
-    std::error_code error;
     // A relative folder would be another one for each place that the program is started from.
-    if (PathFromUtf8(folder).is_absolute())
-        base = PathFromUtf8(folder);
-    else if (PathFromUtf8(home).is_absolute())
-        base = PathFromUtf8(home) / ".local" / "share";
-    else
-        base = fs::temp_directory_path(error);
-    return Utf8FromPath(base / "velmora");
+    fs::path base = PathFromUtf8(EnvironmentVariable(kDataVariable));
+    if (!base.is_absolute())
+        base = HomeFolder() / ".local" / "share";
+    return base.is_absolute() ? Utf8FromPath(base / "velmora") : std::string();
 }
 
 bool IsWritableFolder(const std::string& folder)

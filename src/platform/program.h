@@ -22,7 +22,8 @@ inline constexpr std::string_view kProgramSuffix = "";
 [[nodiscard]] std::string EnvironmentVariable(const char* name);
 
 /// The folder for files of this program that belong to the user, without a separator at its end; it need not be there.
-/// Follows XDG_DATA_HOME, or LOCALAPPDATA on Windows; the folder for temporary files for a user without a home.
+/// Follows XDG_DATA_HOME and HOME, or LOCALAPPDATA on Windows. Empty for a user without a home: a folder that all users
+/// share would let others choose what is written over.
 [[nodiscard]] std::string UserDataFolder();
 /// Whether files can be made in `folder`.
 [[nodiscard]] bool IsWritableFolder(const std::string& folder);
