@@ -1,7 +1,7 @@
 #include "app/application.h"
 
-#include "log/recording_host.h"
 #include "settings/command_line_split.h"
+#include "support/scripted_host.h"
 #include "support/shared.h"
 
 #include <gtest/gtest.h>
@@ -11,7 +11,7 @@ namespace {
 
 TEST(Application, StartsFromTheCommandLine)
 {
-    testing::RecordingHost host;
+    testing::ScriptedHost host;
     Application application(host);
     application.Form_Load("xml=a.xml foo -columns ver=97 -d debug");
     const Controls& controls = application.GetJob().controls;
@@ -46,7 +46,7 @@ TEST(Application, LoadsTheMappingFileThatTheCommandLineNames)
         const std::string path = (folder / "map.tsv").string();
         if (c.content != nullptr)
             testing::WriteFile(path, c.content);
-        testing::RecordingHost host;
+        testing::ScriptedHost host;
         Application application(host);
         application.Form_Load("q tags=" + path);
         EXPECT_EQ(application.MappingLoaded(), c.loaded);

@@ -1,6 +1,6 @@
 #include "log/procedure.h"
 
-#include "log/recording_host.h"
+#include "support/scripted_host.h"
 #include "support/shared.h"
 
 #include <gtest/gtest.h>
@@ -11,7 +11,7 @@ namespace {
 class ProcedureTest : public ::testing::Test {
 protected:
     testing::TempFolder folder;
-    testing::RecordingHost host;
+    testing::ScriptedHost host;
     RunFlags flags{.blAbort = false, .blQuiet = true, .blDebug = false};
     ProtocolLog log{flags, host, [] { return std::string(); }};
 };
@@ -22,19 +22,22 @@ TEST_F(ProcedureTest, ReportsTheStepThatWasReached)
         const char* name;
         std::function<void(Step&)> body;
         const char* line;
-        const char* error;
+        std::pair<int, std::string> error;
     };
     const std::string table = "person";
     const Case cases[] = {
-        {"no step", [](Step&) { throw RuntimeError(9, "Subscript out of range"); },
-         "Error: velTest: argument", "9: Subscript out of range"},
+        {"no step",
+         [](Step&) { throw RuntimeError(9, "Subscript out of range"); },
+         "Error: velTest: argument",
+         {9, "Subscript out of range"}},
         {"a text",
          [](Step& step) {
              step("Open");
              step("Open table [" + std::string("order") + "]");
              throw RuntimeError(3163, "The field is too small");
          },
-         "Error: velTest: Open table [order]", "3163: The field is too small"},
+         "Error: velTest: Open table [order]",
+         {3163, "The field is too small"}},
         {"a text that is built only now",
          [&](Step& step) {
              step("before");
@@ -42,14 +45,16 @@ TEST_F(ProcedureTest, ReportsTheStepThatWasReached)
              step([&table, number] { return "Row " + std::to_string(number) + " of " + table; });
              throw std::runtime_error("odd");
          },
-         "Error: velTest: Row 7 of person", "513: odd"},
+         "Error: velTest: Row 7 of person",
+         {513, "odd"}},
         {"a literal after a callable",
          [](Step& step) {
              step([] { return std::string("built"); });
              step("Save");
              throw std::bad_alloc();
          },
-         "Error: velTest: Save", "7: Out of memory"},
+         "Error: velTest: Save",
+         {7, "Out of memory"}},
     };
     for (const Case& c : cases) {
         SCOPED_TRACE(c.name);
@@ -59,7 +64,7 @@ TEST_F(ProcedureTest, ReportsTheStepThatWasReached)
         EXPECT_FALSE(Procedure(log, "velTest", "argument", c.body));
         EXPECT_TRUE(flags.blAbort);
         EXPECT_EQ(host.lines, std::vector<std::string>{c.line});
-        EXPECT_EQ(host.errors, std::vector<std::string>{c.error});
+        EXPECT_EQ(host.errors, std::vector{c.error});
     }
 }
 

@@ -1,6 +1,6 @@
 #include "log/protocol_log.h"
 
-#include "log/recording_host.h"
+#include "support/scripted_host.h"
 #include "support/shared.h"
 
 #include <gtest/gtest.h>
@@ -21,7 +21,7 @@ protected:
     void Open() { log.OpenFile((folder / "run.log").string()); }
 
     testing::TempFolder folder;
-    testing::RecordingHost host;
+    testing::ScriptedHost host;
     RunFlags flags;
     ProtocolLog log{flags, host, [] { return std::string("velmora xml=\"a.xml\""); }};
 };
@@ -105,7 +105,7 @@ TEST_F(ProtocolLogTest, AFullDiskIsReportedOnce)
     EXPECT_FALSE(log.IsFileOpen());
     EXPECT_TRUE(flags.blAbort);
     ASSERT_EQ(host.errors.size(), 1U);
-    EXPECT_EQ(host.errors[0].substr(0, 4), "61: ");
+    EXPECT_EQ(host.errors[0].first, runtime_errors::kDiskFull);
     EXPECT_EQ(host.lines, (std::vector<std::string>{"Error: WriteProtocolFile: /dev/full", "one", "two"}));
 }
 #endif
