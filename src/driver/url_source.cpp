@@ -122,6 +122,7 @@ std::string GetXMLfromURL(Job& job, const Places& places)
             Fail(step, "URL for source XML is not specified", "The source is a web address, and none is named");
         job.log.ProtocolAppend("Downloading XML file from URL");
         const std::string curl = FindCurl(places, step);
+        step("Folder for the download");
         MakeFilesFolder(places);
         DownloadFiles files(FreeDownloadPath(places.files, [] { return std::time(nullptr); }));
         const std::string_view result = ShellAndWait(job, CurlCommand(curl, files, job.controls), kTimeoutSeconds);
