@@ -68,7 +68,7 @@ public:
     /// Characters that did not exist in the file's code page and became "?" since the recordset was opened (Access 97).
     [[nodiscard]] std::size_t ReplacedCharacters() const noexcept;
 
-    // Walking.
+    // Walking. What has not been saved is dropped.
 
     [[nodiscard]] bool Eof();
     void MoveFirst();

@@ -226,7 +226,8 @@ void Recordset::Impl::EncodeTextInto(const Column& column, std::string_view utf8
     const std::size_t replaced = AppendText(encoded_, format, utf8, type.compressed);
     if (mayBeLong && format.version == JetVersion::Jet3 && encoded_.size() > column.size)
         throw Error(ErrorNumber::FieldTooSmall);
-    FillUp(encoded_, format, type);
+    if (type.filled)
+        FillUp(encoded_, format, type);
     replaced_ += replaced;
 }
 
@@ -331,7 +332,7 @@ void Recordset::Impl::Delete()
     if (Eof())
         throw Error(ErrorNumber::NoCurrentRecord);
     table_->Delete(*row_);
-    loaded_ = false;
+    loaded_ = editing_ = false;
 }
 
 /// The row's place in the lower half; in the upper how often the rows had been written anew by then.

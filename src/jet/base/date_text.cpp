@@ -35,6 +35,13 @@ bool TakeChar(std::string_view& text, char c)
     return true;
 }
 
+/// The year that two digits stand for.
+int FullYear(int digits)
+{
+    constexpr int kFirstOfLastCentury = 30;
+    return digits + (digits < kFirstOfLastCentury ? 2000 : 1900);
+}
+
 /// The day, as its number, and takes it off `text`; nullopt, and `text` untouched, when it does not begin with one.
 std::optional<double> TakeDay(std::string_view& text)
 {
@@ -46,12 +53,14 @@ std::optional<double> TakeDay(std::string_view& text)
     const std::optional<int> second = TakeNumber(rest, 2);
     if (!second || !TakeChar(rest, separator))
         return std::nullopt;
+    const std::size_t yearAt = rest.size();
     const std::optional<int> third = TakeNumber(rest, 4);
     if (!third)
         return std::nullopt;
 
     const bool yearFirst = separator == '-';
-    const int year = yearFirst ? *first : *third;
+    const bool isShort = !yearFirst && yearAt - rest.size() <= 2;
+    const int year = yearFirst ? *first : isShort ? FullYear(*third) : *third;
     const int month = yearFirst ? *second : *first;
     const int day = yearFirst ? *third : *second;
     const std::chrono::year_month_day date{std::chrono::year{year}, std::chrono::month{static_cast<unsigned>(month)},
@@ -62,10 +71,29 @@ std::optional<double> TakeDay(std::string_view& text)
     return static_cast<double>((std::chrono::sys_days{date} - kDayZero).count());
 }
 
+/// Takes "AM" or "PM" off the end of `text`: is it PM?
+std::optional<bool> TakeHalfOfDay(std::string_view& text)
+{
+    if (text.size() < 3 || (text.back() | 0x20) != 'm')
+        return std::nullopt;
+    const char half = static_cast<char>(text[text.size() - 2] | 0x20);
+    if (half != 'a' && half != 'p')
+        return std::nullopt;
+    text.remove_suffix(2);
+    if (text.back() == ' ')
+        text.remove_suffix(1);
+    return half == 'p';
+}
+
 /// The time of day as a part of it; all of `text`.
 std::optional<double> ParseTime(std::string_view text)
 {
-    const std::optional<int> hours = TakeNumber(text, 2);
+    const std::optional<bool> afternoon = TakeHalfOfDay(text);
+    std::optional<int> hours = TakeNumber(text, 2);
+    if (afternoon && hours && *hours >= 1 && *hours <= 12)
+        hours = *hours % 12 + (*afternoon ? 12 : 0);
+    else if (afternoon)
+        return std::nullopt;
     if (!hours || *hours > 23 || !TakeChar(text, ':'))
         return std::nullopt;
     const std::optional<int> minutes = TakeNumber(text, 2);
