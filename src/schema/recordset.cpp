@@ -38,6 +38,7 @@ void Recordset::AppendText(std::size_t field, std::string& out)
         std::array<char, std::numeric_limits<std::int32_t>::digits10 + 2> digits{};
         out.append(digits.data(), std::to_chars(digits.data(), digits.data() + digits.size(), *number).ptr);
     } else if (!jet::IsNull(value)) {
+        // The engine shows values as text in the rows that answer a question.
         out += jet::Rowset({"value"}, {{value}}).Text("value");
     }
 }
@@ -49,9 +50,8 @@ void Recordset::AddNew()
 
 void Recordset::SetText(std::size_t field, std::string_view utf8)
 {
-    const std::size_t replaced = records_.ReplacedCharacters();
     Translated([&] { records_.SetText(field, utf8); });
-    if (records_.ReplacedCharacters() != replaced && firstReplacedColumn_.empty())
+    if (firstReplacedColumn_.empty() && records_.ReplacedCharacters() > 0)
         firstReplacedColumn_ = records_.FieldName(field);
 }
 

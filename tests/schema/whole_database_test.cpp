@@ -173,6 +173,20 @@ TEST_F(WholeDatabase, ALockedTableEndsTheRunWhenNobodyWantsToWait)
     session.Commit();
 }
 
+TEST_F(WholeDatabase, AFileInUseStaysAsItIs)
+{
+    session.Commit();
+    const std::string before = ReadFile(path);
+    job.controls.txtFILE_MDB.text = path.string();
+    job.settings.blRecreateDatabase = true;
+    DatabaseSession second;
+    velOpenDatabase(job, second);
+    EXPECT_EQ(host.lines.front(), "Could not delete MDB file");
+    ASSERT_EQ(host.errors.size(), 1u);
+    EXPECT_EQ(host.errors[0].first, 3045) << host.errors[0].second;
+    EXPECT_EQ(ReadFile(path), before);
+}
+
 /// A file that stays where it is: nothing can be written beside it.
 TEST_F(WholeDatabase, AFileThatCannotBeReplacedIsOpenedAndLosesItsTables)
 {
