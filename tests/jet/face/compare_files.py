@@ -2,9 +2,10 @@
 
     python3 compare_files.py ORIGINAL STATE...
 
-One line for each difference that the change does not explain; exit status 1 when there is one. The rows of STATE are
-compared as its name says: in a file that begins with "extended" every row of the original has to be there with the
-same values, below whatever was added; in the others only what belongs to the system and to queries is compared.
+One line for each difference that the change does not explain; exit status 1 when there is one. What was changed is told
+by the name of STATE: "added" got further tables and nothing else; in a file whose name begins with "extended" every row
+of the original has to be there with the same values, below whatever was added; in the others only what belongs to the
+system and to queries is compared.
 """
 
 import os
@@ -33,13 +34,18 @@ def rows_of(table):
     return [{name: repr(value) for name, value in row.values.items()} for row in table.rows()]
 
 
-def touched_by_us(name, entry):
-    return name in CATALOG or not (entry.flags & 0x8000000A)
+def is_users(entry):
+    return not entry.flags & 0x8000000A
 
 
-def compare_rows(before, after, is_extended):
+def changed_tables(before, state):
+    """Those whose rows and pages may differ."""
+    return {name for name, t in before.items() if name in CATALOG or (state != "added" and is_users(t.entry))}
+
+
+def compare_rows(before, after, changed, is_extended):
     for name, table in before.items():
-        if touched_by_us(name, table.entry):
+        if name in changed:
             if not is_extended or name in CATALOG:
                 continue
             if name not in after:
@@ -60,14 +66,14 @@ def compare_rows(before, after, is_extended):
             yield f"table {name}: its rows have changed"
 
 
-def compare_objects(before, after):
-    """What is no table of the user stays in MSysObjects as it was, in MSysACEs too."""
+def compare_objects(before, after, changed):
+    """What is none of the tables changed stays in MSysObjects as it was, in MSysACEs too."""
     now = {row.values["Id"]: row.values for row in after["MSysObjects"].rows()}
     aces = {repr(row.values) for row in after["MSysACEs"].rows()}
     kept = set()
     for row in before["MSysObjects"].rows():
         v = row.values
-        if v["Type"] == 8 or (v["Type"] == 1 and not v["Flags"] & 0x8000000A):
+        if v["Type"] == 8 or (v["Type"] == 1 and v["Name"] in changed and v["Name"] not in CATALOG):
             continue
         kept.add(v["Id"])
         if now.get(v["Id"]) != v:
@@ -77,9 +83,8 @@ def compare_objects(before, after):
             yield f"permission {row.values} is gone"
 
 
-def compare_pages(before, context, after):
+def compare_pages(before, context, after, ours):
     """A page that belongs to a table which we have nothing to do with, or that was leaked, is the same byte for byte."""
-    ours = {name for name, t in tables_of(before).items() if touched_by_us(name, t.entry)}
     for number in range(before.pages.page_count):
         owners = context.claims.get(number, ["nothing"])
         if any(o in ("free", "global map", "database header", "usage-map records") for o in owners):
@@ -99,7 +104,7 @@ def compare_exports(original, path, before):
     if not shutil.which("mdb-export"):
         return
     for name, table in before.items():
-        if touched_by_us(name, table.entry) and name not in CATALOG:
+        if is_users(table.entry):
             now = exported(path, name)
             for line in exported(original, name):
                 if not any(other.startswith(line) for other in now):
@@ -113,11 +118,13 @@ def compare(original, path):
     for problem in check_database(after).problems:
         if problem_key(problem) not in known:
             yield problem.line()
-    is_extended = os.path.basename(path).startswith("extended")
+    state = os.path.splitext(os.path.basename(path))[0]
+    is_extended = state.startswith("extended")
     old, new = tables_of(before), tables_of(after)
-    yield from compare_rows(old, new, is_extended)
-    yield from compare_objects(old, new)
-    yield from compare_pages(before, context, after)
+    changed = changed_tables(old, state)
+    yield from compare_rows(old, new, changed, is_extended)
+    yield from compare_objects(old, new, changed)
+    yield from compare_pages(before, context, after, changed)
     if is_extended:
         yield from compare_exports(original, path, old)
 

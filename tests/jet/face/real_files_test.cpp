@@ -116,9 +116,9 @@ void ForAll(std::vector<std::string> tables, const Action& action)
     }
 }
 
-void Extend(RealFile& file)
+/// Tables of our own beside those that are there.
+void Add(RealFile& file)
 {
-    const std::vector<std::string> tables = file.UserTables();
     file.Execute("CREATE TABLE [our parent] ([PKEY] Counter NOT NULL, [name] String, [note] Longtext)");
     file.Execute("CREATE UNIQUE INDEX [our parent_PKEY] ON [our parent] ([PKEY]) WITH PRIMARY");
     file.Execute("CREATE TABLE [our child] ([PKEY] Counter NOT NULL, [FKEY] Long, [name] String)");
@@ -133,6 +133,11 @@ void Extend(RealFile& file)
         parents.Update();
     }
     parents.Close();
+    file.Keep("added");
+}
+
+void Extend(RealFile& file, const std::vector<std::string>& tables)
+{
     for (const std::string& table : tables) {
         SCOPED_TRACE(table);
         file.Execute("ALTER TABLE [" + table + "] ADD COLUMN [our text] String");
@@ -158,6 +163,11 @@ void Extend(RealFile& file)
 
     for (const std::string& table : tables)
         file.Execute("ALTER TABLE [" + table + "] DROP COLUMN [our memo]");
+    // Once the numbers for columns are used up, the table is written anew.
+    for (int number = 0; !tables.empty() && number < 250; ++number) {
+        file.Execute("ALTER TABLE [" + tables.front() + "] ADD COLUMN [our flag] YesNo");
+        file.Execute("ALTER TABLE [" + tables.front() + "] DROP COLUMN [our flag]");
+    }
     file.Keep("extended and shortened");
 }
 
@@ -202,7 +212,9 @@ TEST(RealFiles, AreExtendedEmptiedAndDroppedAndKeepTheRest)
         SCOPED_TRACE(name);
         RealFile file(entry.path(), folder / entry.path().stem());
         try {
-            Extend(file);
+            const std::vector<std::string> tables = file.UserTables();
+            Add(file);
+            Extend(file, tables);
             Empty(file);
             Drop(file);
         } catch (const Error& error) {
