@@ -48,6 +48,13 @@ void StoreWord(Byte* at, std::uint64_t word)
         StoreU64({at, 8}, 0, word);
 }
 
+/// Eight bytes as a number that sorts as they do.
+std::uint64_t LoadHead(const Byte* at)
+{
+    const std::uint64_t word = LoadWord(at);
+    return std::endian::native == std::endian::little ? __builtin_bswap64(word) : word;
+}
+
 void SetBit(MutableBytes mask, std::size_t bit)
 {
     mask[bit / 8] = static_cast<Byte>(mask[bit / 8] | 1U << bit % 8);
@@ -212,13 +219,23 @@ std::size_t IndexPage::LowerBound(ByteSpan wanted) const noexcept
     if (const int order = CompareBytes(wanted.first(std::min(wanted.size(), prefixSize_)), Prefix()); order != 0)
         return order < 0 ? Begin() : End();
     const ByteSpan own = wanted.subspan(prefixSize_);
+    // Most entries differ from `wanted` in the first bytes behind the prefix: one number tells.
+    constexpr std::size_t kHeadSize = 8;
+    const bool hasHead = own.size() >= kHeadSize;
+    const std::uint64_t head = hasHead ? LoadHead(own.data()) : 0;
+    const auto isLess = [&](ByteSpan entry) {
+        if (hasHead && entry.size() >= kHeadSize)
+            if (const std::uint64_t other = LoadHead(entry.data()); other != head)
+                return other < head;
+        return CompareBytes(entry, own) < 0;
+    };
     std::size_t low = Begin(); // every entry before is less than `wanted`
     std::size_t high = End();  // no entry from here on is
     while (low < high) {
         const std::size_t middle = low + (high - low) / 2;
         const std::size_t place = std::max(low, Before(middle + 1));
         const std::size_t end = After(place);
-        if (CompareBytes(Stored(place, end - place), own) < 0)
+        if (isLess(Stored(place, end - place)))
             low = end;
         else
             high = place;

@@ -23,10 +23,10 @@ void RequireLeaf(const IndexPage& page)
         throw CorruptPage(page.Number(), "a leaf is linked with an index page of another level");
 }
 
-/// The place for `entry`, tried at the end first: most entries belong there.
+/// The place for `entry`, in the rightmost leaf tried at the end first: most entries of ascending keys belong there.
 std::size_t PlaceFor(const IndexPage& leaf, ByteSpan entry)
 {
-    if (leaf.IsEmpty() || leaf.Compare(leaf.Before(leaf.End()), entry) < 0)
+    if (leaf.Next() == 0 && (leaf.IsEmpty() || leaf.Compare(leaf.Before(leaf.End()), entry) < 0))
         return leaf.End();
     return leaf.LowerBound(entry);
 }
