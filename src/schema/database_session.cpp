@@ -27,20 +27,29 @@ void CreateNew(Job& job, DatabaseSession& session, const fs::path& target, jet::
     session.Create(target, access97 ? jet::JetVersion::Jet3 : jet::JetVersion::Jet4, existing);
 }
 
+void TellOfCreation(Job& job, Step& step)
+{
+    step("Create MDB File");
+    job.log.ProtocolAppend("Create database");
+}
+
 /// Puts a new database in the place of the one at `target`. False when that one must not be touched; a full or failing
 /// disk is no such reason, and the run ends with it.
-bool TryReplace(Job& job, DatabaseSession& session, const fs::path& target)
+bool TryReplace(Job& job, DatabaseSession& session, const fs::path& target, Step& step)
 {
     if (!jet::Connection::CanReplace(target))
         return false;
     try {
         CreateNew(job, session, target, jet::Existing::Replace);
-        return true;
     } catch (const RuntimeError& error) {
-        if (IsDiskFailure(error))
-            throw;
-        return false;
+        if (!IsDiskFailure(error))
+            return false;
+        TellOfCreation(job, step);
+        throw;
     }
+    job.log.ProtocolAppend("MDB file deleted");
+    TellOfCreation(job, step);
+    return true;
 }
 
 /// The old database is kept, but for its tables.
@@ -124,21 +133,16 @@ void velOpenDatabase(Job& job, DatabaseSession& session)
         }
         const fs::path target = PathFromUtf8(NativePath(job.controls.txtFILE_MDB.text));
         const bool exists = fs::exists(target);
-        if (exists && !job.settings.blRecreateDatabase) {
-            step("Open ADO Connection");
-            session.Open(target);
+        if (!exists) {
+            TellOfCreation(job, step);
+            CreateNew(job, session, target, jet::Existing::Refuse);
+        } else if (job.settings.blRecreateDatabase && !TryReplace(job, session, target, step)) {
+            OpenAndDropTables(job, session, target, step);
             return;
         }
-        step("Create MDB File");
-        if (!exists) {
-            job.log.ProtocolAppend("Create database");
-            CreateNew(job, session, target, jet::Existing::Refuse);
-        } else if (TryReplace(job, session, target)) {
-            job.log.ProtocolAppend("MDB file deleted");
-            job.log.ProtocolAppend("Create database");
-        } else {
-            OpenAndDropTables(job, session, target, step);
-        }
+        step("Open ADO Connection");
+        if (!session.IsOpen()) // a new database is open already
+            session.Open(target);
     });
 }
 
