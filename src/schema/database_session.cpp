@@ -23,6 +23,10 @@ decltype(auto) Translated(Operation&& operation)
 
 void CreateNew(Job& job, DatabaseSession& session, const fs::path& target, jet::Existing existing)
 {
+    const fs::path folder = target.parent_path();
+    if (!folder.empty() && !fs::is_directory(folder))
+        throw RuntimeError(runtime_errors::kPathNotFound, "The database \"" + job.controls.txtFILE_MDB.text +
+                                                              "\" cannot be made: its folder does not exist");
     const bool access97 = job.controls.cboDatabase.Text() == "Access 97";
     session.Create(target, access97 ? jet::JetVersion::Jet3 : jet::JetVersion::Jet4, existing);
 }
