@@ -8,8 +8,12 @@
 #include "jet/relations/integrity.h"
 #include "jet/sql/executor.h"
 #include "jet/sql/parser.h"
+#include "jet/store/header_page.h"
+#include "jet/store/journal.h"
+#include "jet/store/lock_file.h"
 #include "jet/store/pager.h"
 
+#include <array>
 #include <string>
 #include <utility>
 
@@ -31,76 +35,146 @@ std::unique_ptr<File> OpenLocked(FileSystem& system, const std::filesystem::path
     return file;
 }
 
-/// Removes what a run that was killed has left; throws FileInUse while that run is still there.
-void RemoveLeftover(FileSystem& system, const std::filesystem::path& path)
+/// A database that is being made beside the place where it is to stand, and is removed unless it gets there.
+class UnfinishedDatabase {
+public:
+    UnfinishedDatabase(FileSystem& system, std::filesystem::path target, Existing existing)
+        : system_(system), target_(std::move(target)), path_(target_), existing_(existing)
+    {
+        path_ += kNewFileSuffix;
+        if (system_.Exists(target_))
+            TakeOld();
+    }
+    ~UnfinishedDatabase()
+    {
+        try {
+            if (isMade_)
+                system_.Remove(path_);
+        } catch (const Error&) {
+            return; // the next one that is made here removes it
+        }
+    }
+    UnfinishedDatabase(const UnfinishedDatabase&) = delete;
+    UnfinishedDatabase& operator=(const UnfinishedDatabase&) = delete;
+
+    /// The new file. What a run that was killed has left in its way is removed.
+    [[nodiscard]] std::unique_ptr<File> Make()
+    {
+        ClearJournal();
+        if (system_.Exists(path_)) {
+            static_cast<void>(OpenLocked(system_, path_, OpenMode::ReadWrite));
+            system_.Remove(path_);
+        }
+        std::unique_ptr<File> file = OpenLocked(system_, path_, OpenMode::CreateNew);
+        isMade_ = true;
+        return file;
+    }
+
+    void MoveIntoPlace()
+    {
+        if (existing_ == Existing::Refuse && system_.Exists(target_))
+            throw Error(ErrorNumber::DatabaseExists, {}, "(" + target_.string() + ")");
+        system_.Rename(path_, target_);
+        isMade_ = false;
+        system_.SyncFolder(target_);
+    }
+
+private:
+    /// Nobody may begin to use the old file as long as it is about to be replaced.
+    void TakeOld()
+    {
+        if (existing_ == Existing::Refuse)
+            throw Error(ErrorNumber::DatabaseExists, {}, "(" + target_.string() + ")");
+        old_ = OpenLocked(system_, target_, OpenMode::ReadWrite);
+        if (!system_.MayReplace(target_))
+            throw Error(ErrorNumber::ReadOnly, {}, "('" + target_.string() + "' may not be replaced in its folder.)");
+    }
+
+    /// The new database must not meet a journal of the old one. That one stays until the new one is complete, so it
+    /// has to be whole; when it cannot be, it is as good as thrown away already.
+    void ClearJournal()
+    {
+        try {
+            if (old_)
+                Recover(system_, target_, *old_);
+        } catch (const Error&) {
+            SetJournalAside(system_, target_);
+        }
+        SetJournalAside(system_, target_);
+    }
+
+    FileSystem& system_;
+    std::filesystem::path target_;
+    std::filesystem::path path_;
+    Existing existing_;
+    std::unique_ptr<File> old_;
+    bool isMade_ = false;
+};
+
+/// Refuses what is no database of ours before anything is made beside it.
+void CheckHeader(File& file)
 {
-    if (!system.Exists(path))
-        return;
-    static_cast<void>(OpenLocked(system, path, OpenMode::ReadWrite));
-    system.Remove(path);
+    std::array<Byte, kHeaderSize> start{};
+    static_cast<void>(ReadHeader(file, start));
+}
+
+/// Errors that stop a statement wherever it is just then. All others are found before anything is changed, or what was
+/// changed has been taken back.
+bool MayLeaveHalfDone(ErrorNumber number)
+{
+    return number == ErrorNumber::NotADatabase || number == ErrorNumber::DiskError || number == ErrorNumber::DiskFull;
 }
 
 } // namespace
 
 class Connection::Impl {
 public:
-    /// `unfinished`: where a new file stands until its first commit moves it to `path`.
-    Impl(FileSystem& system, std::unique_ptr<Pager> pager, std::filesystem::path path, std::filesystem::path unfinished,
-         Existing existing)
-        : pager_(std::move(pager)), path_(std::move(path)), unfinished_(system, std::move(unfinished)),
-          existing_(existing), catalog_(*pager_), integrity_(catalog_), executor_(catalog_, integrity_)
+    /// `unfinished` is a new database that still has to find its place; null for one that was there.
+    Impl(std::unique_ptr<LockFile> lock, std::unique_ptr<UnfinishedDatabase> unfinished, std::unique_ptr<Pager> pager)
+        : lock_(std::move(lock)), unfinished_(std::move(unfinished)), pager_(std::move(pager)), catalog_(*pager_),
+          integrity_(catalog_), executor_(catalog_, integrity_)
     {
     }
 
     [[nodiscard]] Catalog& GetCatalog() noexcept { return catalog_; }
     [[nodiscard]] ReferentialIntegrity& Integrity() noexcept { return integrity_; }
 
-    void Execute(std::string_view sql) { executor_.Run(sql::ParseStatement(sql)); }
+    void Execute(std::string_view sql)
+    {
+        if (pager_->Failure())
+            throw Error(*pager_->Failure());
+        const sql::Statement statement = sql::ParseStatement(sql);
+        const std::size_t timesFull = pager_->TimesFull();
+        try {
+            executor_.Run(statement);
+        } catch (const Error& error) {
+            if (MayLeaveHalfDone(error.Number()) || pager_->TimesFull() != timesFull)
+                pager_->Fail(error);
+            throw;
+        }
+    }
 
     void Commit()
     {
-        catalog_.FlushCounters();
-        pager_->Commit();
-        if (!unfinished_.Path().empty())
-            unfinished_.MoveTo(path_, existing_);
+        if (pager_->Failure())
+            throw Error(*pager_->Failure());
+        try {
+            catalog_.FlushCounters();
+            pager_->Commit();
+            if (unfinished_)
+                unfinished_->MoveIntoPlace();
+        } catch (const Error& error) {
+            pager_->Fail(error);
+            throw;
+        }
+        unfinished_.reset();
     }
 
 private:
-    /// A file that is removed unless it has found its place.
-    class UnfinishedFile {
-    public:
-        UnfinishedFile(FileSystem& system, std::filesystem::path path) : system_(system), path_(std::move(path)) {}
-        ~UnfinishedFile()
-        {
-            try {
-                if (!path_.empty())
-                    system_.Remove(path_);
-            } catch (const Error&) {
-                return; // the next one that is made here removes it
-            }
-        }
-        UnfinishedFile(const UnfinishedFile&) = delete;
-        UnfinishedFile& operator=(const UnfinishedFile&) = delete;
-
-        [[nodiscard]] const std::filesystem::path& Path() const noexcept { return path_; }
-        void MoveTo(const std::filesystem::path& target, Existing existing)
-        {
-            if (existing == Existing::Refuse && system_.Exists(target))
-                throw Error(ErrorNumber::DatabaseExists, {}, "(" + target.string() + ")");
-            system_.Rename(path_, target);
-            system_.SyncFolder(target);
-            path_.clear();
-        }
-
-    private:
-        FileSystem& system_;
-        std::filesystem::path path_;
-    };
-
+    // The lock goes last, and the pager before what stands beside its file: it may have to undo something.
+    std::unique_ptr<LockFile> lock_;
+    std::unique_ptr<UnfinishedDatabase> unfinished_;
     std::unique_ptr<Pager> pager_;
-    std::filesystem::path path_;
-    UnfinishedFile unfinished_;
-    Existing existing_;
     Catalog catalog_;
     ReferentialIntegrity integrity_;
     sql::Executor executor_;
@@ -112,8 +186,9 @@ Connection::~Connection() = default;
 bool Connection::CanReplace(const std::filesystem::path& path, FileSystem& system)
 {
     try {
-        static_cast<void>(OpenLocked(system, path, OpenMode::ReadWrite));
-        return system.MayReplace(path);
+        const std::filesystem::path target = system.Resolve(path);
+        static_cast<void>(OpenLocked(system, target, OpenMode::ReadWrite));
+        return system.MayReplace(target) && !LockFile::HasUsers(system, target);
     } catch (const Error&) {
         return false;
     }
@@ -122,25 +197,28 @@ bool Connection::CanReplace(const std::filesystem::path& path, FileSystem& syste
 std::unique_ptr<Connection> Connection::Create(const std::filesystem::path& path, JetVersion version, Existing existing,
                                                FileSystem& system)
 {
-    if (existing == Existing::Refuse && system.Exists(path))
-        throw Error(ErrorNumber::DatabaseExists, {}, "(" + path.string() + ")");
-    std::filesystem::path unfinished = path;
-    unfinished += kNewFileSuffix;
-    RemoveLeftover(system, unfinished);
-
+    const std::filesystem::path target = system.Resolve(path);
+    auto unfinished = std::make_unique<UnfinishedDatabase>(system, target, existing);
+    auto lock = std::make_unique<LockFile>(system, target);
     const DateTime now = LocalNow();
-    std::unique_ptr<Pager> pager =
-        Pager::Create(OpenLocked(system, unfinished, OpenMode::CreateNew), {version, now.days, kOwnBuild});
+    std::unique_ptr<Pager> pager = Pager::Create(unfinished->Make(), {version, now.days, kOwnBuild},
+                                                 Pager::kDefaultCacheBytes, std::make_unique<Journal>(system, target));
     BuildEmptyDatabase(*pager, now);
     return std::unique_ptr<Connection>(
-        new Connection(std::make_unique<Impl>(system, std::move(pager), path, std::move(unfinished), existing)));
+        new Connection(std::make_unique<Impl>(std::move(lock), std::move(unfinished), std::move(pager))));
 }
 
 std::unique_ptr<Connection> Connection::Open(const std::filesystem::path& path, FileSystem& system)
 {
-    std::unique_ptr<Pager> pager = Pager::Open(OpenLocked(system, path, OpenMode::ReadWrite));
-    return std::unique_ptr<Connection>(new Connection(
-        std::make_unique<Impl>(system, std::move(pager), path, std::filesystem::path(), Existing::Refuse)));
+    const std::filesystem::path target = system.Resolve(path);
+    std::unique_ptr<File> file = OpenLocked(system, target, OpenMode::ReadWrite);
+    CheckHeader(*file);
+    auto lock = std::make_unique<LockFile>(system, target);
+    Recover(system, target, *file);
+    std::unique_ptr<Pager> pager =
+        Pager::Open(std::move(file), Pager::kDefaultCacheBytes, std::make_unique<Journal>(system, target));
+    return std::unique_ptr<Connection>(
+        new Connection(std::make_unique<Impl>(std::move(lock), nullptr, std::move(pager))));
 }
 
 void Connection::Execute(std::string_view sql)

@@ -15,19 +15,25 @@ namespace jet {
 /// What to do with a file that stands where a new database is to be.
 enum class Existing { Refuse, Replace };
 
-/// One open database. Everything done since the last Commit() is one unit: after a crash the file is as at that commit.
-/// Destroying the connection without Commit() drops what came after the last one. One thread.
+/// One open database, which nobody else can open meanwhile. Everything done since the last Commit() is one unit: after
+/// a crash the next Open() finds the database as at that commit. Destroying the connection without Commit() drops what
+/// came after the last one. When the disk fails (DiskFull, DiskError), and when a statement is stopped halfway by a
+/// damaged page or the end of the room in the database, all that is left is to go back to the last commit: Execute()
+/// and Commit() repeat that error. A path that is a symbolic link means the file that it points at. One thread.
 class Connection {
 public:
     /// Makes an empty database. It is written under another name beside `path` and takes its place at the first
-    /// Commit(), so that a kill leaves no half-written one. Throws DatabaseExists when `path` exists, InvalidPath.
-    /// With Existing::Replace the file that stands there stays until that commit and is then replaced in one step.
+    /// Commit(), so that a kill leaves no half-written one. Throws DatabaseExists when `path` exists, InvalidPath,
+    /// ReadOnly, FileInUse. With Existing::Replace the file that stands there stays until that commit and is then
+    /// replaced in one step; nobody can open it meanwhile.
     [[nodiscard]] static std::unique_ptr<Connection> Create(const std::filesystem::path& path, JetVersion version,
                                                             Existing existing = Existing::Refuse,
                                                             FileSystem& system = RealFileSystem());
-    /// Can an ordinary file at `path` be replaced: is it one, and has nobody else locked it?
+    /// Can the file at `path` be replaced: is it an ordinary one that may be written, does its folder allow it, and has
+    /// nobody else it open, as a database or otherwise? Changes nothing.
     [[nodiscard]] static bool CanReplace(const std::filesystem::path& path, FileSystem& system = RealFileSystem());
-    /// Throws FileNotFound, NotADatabase, UnrecognizedFormat, NotAValidPassword, ReadOnly, FileInUse.
+    /// Throws FileNotFound, InvalidPath, NotADatabase, UnrecognizedFormat, NotAValidPassword, ReadOnly (also when no
+    /// file can be made beside it), FileInUse. What is refused is left as it is.
     [[nodiscard]] static std::unique_ptr<Connection> Open(const std::filesystem::path& path,
                                                           FileSystem& system = RealFileSystem());
     ~Connection();

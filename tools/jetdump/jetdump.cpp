@@ -4,6 +4,7 @@
 #include "jet/catalog/catalog.h"
 #include "jet/catalog/system_columns.h"
 #include "jet/error.h"
+#include "jet/store/journal.h"
 #include "jet/store/pager.h"
 
 #include <exception>
@@ -107,7 +108,9 @@ void PrintRows(const Table& table)
 
 void Dump(const char* path, bool withRows, bool withSystemTables)
 {
-    const std::unique_ptr<Pager> pager = Pager::Open(OpenFile(path, OpenMode::ReadWrite));
+    std::unique_ptr<File> file = OpenFile(path, OpenMode::ReadOnly);
+    CheckAtRest(RealFileSystem(), path, *file);
+    const std::unique_ptr<Pager> pager = Pager::Open(std::move(file));
     Catalog catalog(*pager);
     for (const CatalogObject* object : catalog.Objects().ChildrenOf(kTablesContainer)) {
         if (object->type != ObjectType::Table || (object->flags & kSystemObjectFlag && !withSystemTables))

@@ -4,6 +4,7 @@
 
 #include <filesystem>
 #include <memory>
+#include <string>
 
 namespace jet {
 
@@ -30,6 +31,8 @@ public:
     [[nodiscard]] virtual std::filesystem::path Resolve(const std::filesystem::path& path) = 0;
     /// Do the folder's rights allow to remove `file`, and to put another one in its place?
     [[nodiscard]] virtual bool MayReplace(const std::filesystem::path& file) = 0;
+    /// What other users are told this computer is called; may be empty.
+    [[nodiscard]] virtual std::string ComputerName() { return {}; }
 };
 
 /// The operating system's own. Has no state.

@@ -5,6 +5,7 @@
 #include "jet/store/data_page.h"
 
 #include <algorithm>
+#include <string>
 
 namespace jet {
 
@@ -128,7 +129,9 @@ PageNumber FreeMap::LowestFree()
     }
     hint_ = *page;
     if (*page >= format_->maxPages)
-        throw Error(ErrorNumber::DatabaseFull);
+        throw Error(ErrorNumber::DatabaseFull, {},
+                    std::string(format_->version == JetVersion::Jet3 ? "(1 GB in Access 97" : "(2 GB")
+                        .append("; what was committed before is intact. Convert the rest into another database.)"));
     return static_cast<PageNumber>(*page);
 }
 

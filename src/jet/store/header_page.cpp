@@ -132,6 +132,16 @@ DatabaseHeader ReadHeader(ByteSpan page, std::string_view name)
     return header;
 }
 
+DatabaseHeader ReadHeader(File& file, MutableBytes start)
+{
+    const std::string name = file.Name();
+    const std::uint64_t size = file.Size();
+    if (size < kHeaderSize)
+        throw Error(ErrorNumber::NotADatabase, {name}, "It has only " + std::to_string(size) + " bytes.");
+    file.ReadAt(0, start.first(kHeaderSize));
+    return ReadHeader(start, name);
+}
+
 void MakeHeader(MutableBytes page, const DatabaseHeader& header)
 {
     const bool jet3 = header.version == JetVersion::Jet3;
@@ -165,11 +175,15 @@ void MakeHeader(MutableBytes page, const DatabaseHeader& header)
         StoreU16(page, counters + 2 * slot, slot == 0 ? kCommitFirst : kCommitUnused);
 }
 
-void CountCommit(MutableBytes page, const Format& format)
+std::uint16_t NextCommitCounter(std::uint16_t counter) noexcept
 {
     // 0 means that a write is under way, 1 that a damaged page was met: the count goes round past both.
-    const auto next = static_cast<std::uint16_t>(LoadU16(page, format.commitCounters) + 1);
-    StoreU16(page, format.commitCounters, next < 2 ? 2 : next);
+    return counter == 0xFFFF || counter < 1 ? 2 : static_cast<std::uint16_t>(counter + 1);
+}
+
+void CountCommit(MutableBytes page, const Format& format)
+{
+    StoreU16(page, format.commitCounters, NextCommitCounter(LoadU16(page, format.commitCounters)));
 }
 
 } // namespace jet

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "jet/base/format.h"
+#include "jet/store/file.h"
 
 #include <string_view>
 
@@ -29,6 +30,8 @@ inline constexpr std::size_t kHeaderSize = 0x98;
 /// Page 0 from its start (at least kHeaderSize bytes); `name` is the file's, for messages. Throws Error: NotADatabase,
 /// UnrecognizedFormat (made by a later engine, or encoded), NotAValidPassword.
 [[nodiscard]] DatabaseHeader ReadHeader(ByteSpan page, std::string_view name);
+/// The same for an open file, of which `start` gets the first kHeaderSize bytes.
+[[nodiscard]] DatabaseHeader ReadHeader(File& file, MutableBytes start);
 
 /// Fills `page`, one whole zeroed page, for a new database; of `header` the version, the creation date and the build
 /// count.
@@ -38,6 +41,10 @@ void MakeHeader(MutableBytes page, const DatabaseHeader& header);
 /// own.
 [[nodiscard]] Bytes UnmaskedHeader(ByteSpan page);
 
+/// What the counter of commits (the first u16 of the page's last 512 bytes) says while pages are being overwritten.
+inline constexpr std::uint16_t kWriteUnderWay = 0;
+/// The counter that follows on `counter`.
+[[nodiscard]] std::uint16_t NextCommitCounter(std::uint16_t counter) noexcept;
 /// Counts one more commit of a process that has the file to itself.
 void CountCommit(MutableBytes page, const Format& format);
 

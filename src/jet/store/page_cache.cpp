@@ -1,7 +1,5 @@
 #include "jet/store/page_cache.h"
 
-#include "jet/error.h"
-
 #include <algorithm>
 
 namespace jet {
@@ -15,9 +13,9 @@ constexpr PageNumber kMaxRun = 32;
 
 } // namespace
 
-PageCache::PageCache(File& file, std::size_t pageSize, PageNumber pageCount, std::size_t budgetBytes)
-    : file_(&file), pageSize_(pageSize), pageCount_(pageCount),
-      maxFrames_(std::max(budgetBytes / pageSize, kMinFrames)), table_(pageCount)
+PageCache::PageCache(File& file, Journal* journal, const Format& format, PageNumber pageCount, std::size_t budgetBytes)
+    : file_(&file), journal_(journal), format_(&format), pageSize_(format.pageSize), committedPages_(pageCount),
+      pageCount_(pageCount), maxFrames_(std::max(budgetBytes / format.pageSize, kMinFrames)), table_(pageCount)
 {
 }
 
@@ -42,7 +40,7 @@ Frame* PageCache::Load(PageNumber page)
         throw CorruptPage(page, "it is referred to, but the file has only " + std::to_string(pageCount_) + " pages");
     Frame& frame = FreeFrame();
     try {
-        file_->ReadAt(std::uint64_t{page} * pageSize_, {frame.data.get(), pageSize_});
+        OnFile([&] { file_->ReadAt(std::uint64_t{page} * pageSize_, {frame.data.get(), pageSize_}); });
     } catch (...) {
         unused_.push_back(&frame);
         throw;
@@ -66,7 +64,8 @@ Frame& PageCache::FreeFrame()
             table_[victim->number] = nullptr;
             return *victim;
         }
-    unused_.reserve(frames_.size() + 1); // so that giving a frame back cannot fail
+    if (unused_.capacity() <= frames_.size()) // so that giving a frame back cannot fail
+        unused_.reserve(2 * frames_.size() + kMinFrames);
     Frame& frame = frames_.emplace_back();
     frame.data = std::make_unique_for_overwrite<Byte[]>(pageSize_);
     frame.size = pageSize_;
@@ -115,25 +114,78 @@ PageNumber PageCache::WriteRun(PageNumber page, bool heldToo)
     return end;
 }
 
-/// The one place where pages of the file are overwritten: whatever must be kept of their old content has to be kept
-/// here.
+/// The one place where pages of the file are written.
 void PageCache::WriteToFile(PageNumber page, ByteSpan pages)
 {
-    file_->WriteAt(std::uint64_t{page} * pageSize_, pages);
+    ThrowIfFailed();
+    OnFile([&] {
+        KeepOld(page, page + static_cast<PageNumber>(pages.size() / pageSize_));
+        hasWritten_ = true;
+        file_->WriteAt(std::uint64_t{page} * pageSize_, pages);
+    });
+}
+
+/// Before the pages from `begin` to `end`, which lies behind, are overwritten, the journal must hold them. As that
+/// takes a wait for the disk, all others that have been changed so far go with them.
+void PageCache::KeepOld(PageNumber begin, PageNumber end)
+{
+    if (journal_ == nullptr || committedPages_ == 0)
+        return;
+    const bool isNew = !journal_->IsActive();
+    if (isNew) {
+        journal_->Begin(*file_, *format_, committedPages_);
+    } else {
+        while (begin < end && journal_->Holds(begin))
+            ++begin;
+        if (begin == end)
+            return;
+    }
+    keepBuffer_.clear();
+    for (const Frame& frame : frames_)
+        if (frame.dirty && !journal_->Holds(frame.number))
+            keepBuffer_.push_back(frame.number);
+    std::ranges::sort(keepBuffer_);
+    journal_->Keep(keepBuffer_);
+}
+
+/// Runs `operation`; when it throws, the file is not touched any more.
+template <typename Operation>
+void PageCache::OnFile(const Operation& operation)
+{
+    try {
+        operation();
+    } catch (const Error& error) {
+        Fail(error);
+        throw;
+    }
+}
+
+void PageCache::Fail(const Error& reason)
+{
+    if (!failure_)
+        failure_.emplace(reason);
+}
+
+void PageCache::ThrowIfFailed() const
+{
+    if (failure_)
+        throw Error(*failure_);
 }
 
 bool PageCache::HasChanges() const noexcept
 {
-    return std::ranges::any_of(frames_, &Frame::dirty);
+    return hasWritten_ || std::ranges::any_of(frames_, &Frame::dirty);
 }
 
 void PageCache::WriteBack()
 {
+    ThrowIfFailed();
     for (PageNumber page = kHeaderPage + 1; page < pageCount_;)
         if (const Frame* frame = table_[page]; frame != nullptr && frame->dirty)
             page = WriteRun(page, true);
         else
             ++page;
+    OnFile([this] { file_->Sync(); });
 }
 
 void PageCache::WriteBackHeader()
@@ -141,6 +193,15 @@ void PageCache::WriteBackHeader()
     Frame& header = *table_[kHeaderPage];
     WriteToFile(kHeaderPage, {header.data.get(), pageSize_});
     header.dirty = false;
+    OnFile([this] { file_->Sync(); });
+}
+
+void PageCache::EndCommit()
+{
+    if (journal_ != nullptr && journal_->IsActive())
+        OnFile([this] { journal_->Finish(); });
+    committedPages_ = pageCount_;
+    hasWritten_ = false;
 }
 
 } // namespace jet

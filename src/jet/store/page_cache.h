@@ -1,11 +1,14 @@
 #pragma once
 
 #include "jet/base/format.h"
+#include "jet/error.h"
 #include "jet/store/file.h"
+#include "jet/store/journal.h"
 
 #include <cstddef>
 #include <deque>
 #include <memory>
+#include <optional>
 #include <utility>
 #include <vector>
 
@@ -73,9 +76,14 @@ private:
 /// The pages of one file that are in memory. A cached page is found by one look into a table; when the budget is used
 /// up, a clock hand takes pages that nobody holds and nobody used lately. Changed pages that are neighbours are written
 /// together. A page that is pinned stays, budget or not.
+///
+/// Pages may have to be written between two commits. What they held at the last one is then in the journal before. Once
+/// the file has failed, nobody knows what is in it: nothing more is written, and everything that tries throws what was
+/// thrown then.
 class PageCache {
 public:
-    PageCache(File& file, std::size_t pageSize, PageNumber pageCount, std::size_t budgetBytes);
+    /// `journal` may be null: then what was not committed is lost, and so is what it has overwritten.
+    PageCache(File& file, Journal* journal, const Format& format, PageNumber pageCount, std::size_t budgetBytes);
     PageCache(const PageCache&) = delete;
     PageCache& operator=(const PageCache&) = delete;
 
@@ -93,12 +101,18 @@ public:
     /// `page`, all zero whatever the file holds there; the file grows when the page lies behind its end.
     [[nodiscard]] MutablePageRef Fresh(PageNumber page);
 
-    /// Has a page been changed since it was last written?
+    /// Has a page been changed since the last commit?
     [[nodiscard]] bool HasChanges() const noexcept;
-    /// Writes every changed page except page 0 (kHeaderPage), in ascending order.
+    /// Writes every changed page except page 0 (kHeaderPage), in ascending order, and waits for the disk.
     void WriteBack();
-    /// Writes page 0.
+    /// The same for page 0.
     void WriteBackHeader();
+    /// What has been written is the new last commit.
+    void EndCommit();
+
+    /// Nothing is written any more, and everything that tries throws `reason`.
+    void Fail(const Error& reason);
+    [[nodiscard]] const std::optional<Error>& Failure() const noexcept { return failure_; }
 
 private:
     Frame* Fetch(PageNumber page)
@@ -115,16 +129,26 @@ private:
     void Enter(Frame& frame, PageNumber page) noexcept;
     PageNumber WriteRun(PageNumber page, bool heldToo);
     void WriteToFile(PageNumber page, ByteSpan pages);
+    void KeepOld(PageNumber begin, PageNumber end);
+    void ThrowIfFailed() const;
+    template <typename Operation>
+    void OnFile(const Operation& operation);
 
     File* file_;
+    Journal* journal_;
+    const Format* format_;
     std::size_t pageSize_;
+    PageNumber committedPages_; ///< those of the file at the last commit
     PageNumber pageCount_;
     std::size_t maxFrames_;
     std::vector<Frame*> table_;  ///< by page number; nullptr = not in memory
     std::deque<Frame> frames_;   ///< a deque, so that frames never move
     std::vector<Frame*> unused_; ///< frames without a page, left by a read that failed
     std::size_t hand_ = 0;
-    Bytes writeBuffer_; ///< adjacent pages on their way to the file
+    Bytes writeBuffer_;                  ///< adjacent pages on their way to the file
+    std::vector<PageNumber> keepBuffer_; ///< pages on their way to the journal
+    bool hasWritten_ = false;            ///< since the last commit
+    std::optional<Error> failure_;
 };
 
 } // namespace jet

@@ -8,13 +8,25 @@
 
 namespace jet {
 
-Pager::Pager(std::unique_ptr<File> file, const DatabaseHeader& header, PageNumber pageCount, std::size_t cacheBytes)
-    : file_(std::move(file)), header_(header), format_(&FormatOf(header.version)),
-      cache_(*file_, format_->pageSize, pageCount, cacheBytes), freeMap_(cache_, *format_, header.freePages)
+Pager::Pager(std::unique_ptr<File> file, const DatabaseHeader& header, PageNumber pageCount, std::size_t cacheBytes,
+             std::unique_ptr<Journal> journal)
+    : file_(std::move(file)), journal_(std::move(journal)), header_(header), format_(&FormatOf(header.version)),
+      cache_(*file_, journal_.get(), *format_, pageCount, cacheBytes), freeMap_(cache_, *format_, header.freePages)
 {
 }
 
-std::unique_ptr<Pager> Pager::Create(std::unique_ptr<File> file, const NewFile& what, std::size_t cacheBytes)
+Pager::~Pager()
+{
+    try {
+        if (journal_)
+            journal_->RollBack();
+    } catch (const Error&) {
+        return; // the next one who opens the file does it
+    }
+}
+
+std::unique_ptr<Pager> Pager::Create(std::unique_ptr<File> file, const NewFile& what, std::size_t cacheBytes,
+                                     std::unique_ptr<Journal> journal)
 {
     DatabaseHeader wanted;
     wanted.version = what.version;
@@ -23,7 +35,8 @@ std::unique_ptr<Pager> Pager::Create(std::unique_ptr<File> file, const NewFile& 
     Bytes header(FormatOf(what.version).pageSize);
     MakeHeader(header, wanted);
 
-    std::unique_ptr<Pager> pager(new Pager(std::move(file), ReadHeader(header, "new database"), 0, cacheBytes));
+    std::unique_ptr<Pager> pager(
+        new Pager(std::move(file), ReadHeader(header, "new database"), 0, cacheBytes, std::move(journal)));
     const MutablePageRef page = pager->cache_.Fresh(kHeaderPage);
     std::ranges::copy(header, page.Data().begin());
     pager->headerPin_ = page;
@@ -31,15 +44,12 @@ std::unique_ptr<Pager> Pager::Create(std::unique_ptr<File> file, const NewFile& 
     return pager;
 }
 
-std::unique_ptr<Pager> Pager::Open(std::unique_ptr<File> file, std::size_t cacheBytes)
+std::unique_ptr<Pager> Pager::Open(std::unique_ptr<File> file, std::size_t cacheBytes, std::unique_ptr<Journal> journal)
 {
     const std::string name = file->Name();
-    const std::uint64_t size = file->Size();
     std::array<Byte, kHeaderSize> start{};
-    if (size < start.size())
-        throw Error(ErrorNumber::NotADatabase, {name}, "It has only " + std::to_string(size) + " bytes.");
-    file->ReadAt(0, start);
-    const DatabaseHeader header = ReadHeader(start, name);
+    const DatabaseHeader header = ReadHeader(*file, start);
+    const std::uint64_t size = file->Size();
 
     const Format& format = FormatOf(header.version);
     if (size % format.pageSize != 0)
@@ -49,14 +59,19 @@ std::unique_ptr<Pager> Pager::Open(std::unique_ptr<File> file, std::size_t cache
     if (size / format.pageSize > format.maxPages)
         throw Error(ErrorNumber::NotADatabase, {name}, "It is larger than a database can be.");
     const auto pageCount = static_cast<PageNumber>(size / format.pageSize);
-    std::unique_ptr<Pager> pager(new Pager(std::move(file), header, pageCount, cacheBytes));
+    std::unique_ptr<Pager> pager(new Pager(std::move(file), header, pageCount, cacheBytes, std::move(journal)));
     pager->headerPin_ = pager->Read(kHeaderPage);
     return pager;
 }
 
 MutablePageRef Pager::Allocate()
 {
-    return cache_.Fresh(freeMap_.Take());
+    try {
+        return cache_.Fresh(freeMap_.Take());
+    } catch (const Error& error) {
+        timesFull_ += error.Number() == ErrorNumber::DatabaseFull;
+        throw;
+    }
 }
 
 void Pager::Free(PageNumber page)
@@ -66,15 +81,16 @@ void Pager::Free(PageNumber page)
 
 void Pager::Commit()
 {
+    if (Failure())
+        throw Error(*Failure());
     if (!cache_.HasChanges())
         return;
     cache_.WriteBack();
-    file_->Sync();
-    // The header comes last: until it is there, a new file is no database, and a commit counter vouches for all before
-    // it.
+    // The header comes last: until it is there, a new file is no database, and its commit counter vouches for all
+    // before it.
     CountCommit(cache_.Write(kHeaderPage).Data(), *format_);
     cache_.WriteBackHeader();
-    file_->Sync();
+    cache_.EndCommit();
 }
 
 void Pager::ThrowWrongType(const PageRef& page, PageType wanted)

@@ -8,13 +8,15 @@
 
 #include <cstddef>
 #include <memory>
+#include <optional>
 
 namespace jet {
 
 /// The file as pages: a cache of fixed size, allocation through the global map of free pages, commit.
 ///
-/// What happens between two commits is one unit. Not for more
-/// than one thread. References to pages must not outlive it; without a commit, nothing more is written when it goes.
+/// What happens between two commits is one unit. With a journal, what came after the last one is undone when the pager
+/// goes; without one (a file that is being made, a test) it stays half written. Not for more than one thread.
+/// References to pages must not outlive it.
 class Pager {
 public:
     static constexpr std::size_t kDefaultCacheBytes = std::size_t{64} << 20;
@@ -26,11 +28,14 @@ public:
         std::uint32_t build; ///< of the creating engine
     };
     [[nodiscard]] static std::unique_ptr<Pager> Create(std::unique_ptr<File> file, const NewFile& what,
-                                                       std::size_t cacheBytes = kDefaultCacheBytes);
+                                                       std::size_t cacheBytes = kDefaultCacheBytes,
+                                                       std::unique_ptr<Journal> journal = nullptr);
     /// Opens an existing file; the format is read from page 0. Throws Error: not a database, encoded, with a password,
     /// a later format, not whole pages.
     [[nodiscard]] static std::unique_ptr<Pager> Open(std::unique_ptr<File> file,
-                                                     std::size_t cacheBytes = kDefaultCacheBytes);
+                                                     std::size_t cacheBytes = kDefaultCacheBytes,
+                                                     std::unique_ptr<Journal> journal = nullptr);
+    ~Pager();
     Pager(const Pager&) = delete;
     Pager& operator=(const Pager&) = delete;
 
@@ -58,20 +63,31 @@ public:
     /// Is the page in the global map of free pages?
     [[nodiscard]] bool IsFree(PageNumber page) { return freeMap_.Contains(page); }
 
-    /// Everything changed so far reaches the disk, as one unit. When it throws, what has changed is still in memory,
-    /// and another attempt may follow.
+    /// How often Allocate() has found the database full. A statement that it stopped midway may be half done.
+    [[nodiscard]] std::size_t TimesFull() const noexcept { return timesFull_; }
+
+    /// Everything changed so far reaches the disk, as one unit. Throws the error with which an earlier access to the
+    /// file, or Fail(), has ended what can be done; after that, and when it throws itself, all that is left is to go
+    /// back to the last commit.
     void Commit();
+    /// What has changed since the last commit is not whole: it can no longer be committed.
+    void Fail(const Error& reason) { cache_.Fail(reason); }
+    /// Why nothing can be committed any more.
+    [[nodiscard]] const std::optional<Error>& Failure() const noexcept { return cache_.Failure(); }
 
 private:
-    Pager(std::unique_ptr<File> file, const DatabaseHeader& header, PageNumber pageCount, std::size_t cacheBytes);
+    Pager(std::unique_ptr<File> file, const DatabaseHeader& header, PageNumber pageCount, std::size_t cacheBytes,
+          std::unique_ptr<Journal> journal);
     [[noreturn]] static void ThrowWrongType(const PageRef& page, PageType wanted);
 
     std::unique_ptr<File> file_;
+    std::unique_ptr<Journal> journal_;
     DatabaseHeader header_;
     const Format* format_;
     PageCache cache_;
     FreeMap freeMap_;
     PageRef headerPin_; ///< page 0 stays in memory: it is written last in a commit, and never before
+    std::size_t timesFull_ = 0;
 };
 
 } // namespace jet

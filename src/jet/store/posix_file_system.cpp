@@ -2,6 +2,7 @@
 
 #include "jet/error.h"
 
+#include <array>
 #include <cerrno>
 #include <fcntl.h>
 #include <sys/file.h>
@@ -233,6 +234,12 @@ public:
         // In a sticky folder, such as the system's for temporary files, only the file's owner may.
         const uid_t user = ::geteuid();
         return !(parent.st_mode & S_ISVTX) || user == 0 || user == entry.st_uid || user == parent.st_uid;
+    }
+
+    std::string ComputerName() override
+    {
+        std::array<char, 256> name{};
+        return ::gethostname(name.data(), name.size() - 1) == 0 ? std::string(name.data()) : std::string();
     }
 };
 

@@ -1,32 +1,438 @@
 #include "jet/face/database.h"
 #include "jet/store/crash_file_system.h"
 
+#include <algorithm>
+#include <csignal>
+#include <functional>
+#include <set>
+#include <sys/wait.h>
+#include <unistd.h>
+
 namespace jet::testing {
 namespace {
 
-TEST(Crash, ANewDatabaseIsWholeOrNotThere)
+namespace fs = std::filesystem;
+using velmora::testing::ExpectSound;
+using velmora::testing::TempFolder;
+
+constexpr const char* kFile = "a.mdb";
+constexpr const char* kJournal = "a.mdb.velmora-journal";
+
+void AddRows(Connection& connection, int count, std::size_t textSize)
 {
-    for (const JetVersion version : kVersions)
-        for (std::uint64_t stop = 1;; ++stop) {
-            SCOPED_TRACE("operation " + std::to_string(stop));
-            CrashFileSystem fs(static_cast<unsigned>(stop));
-            fs.StopAt(stop);
-            bool isDone = false;
-            try {
-                const auto connection = Connection::Create("a.mdb", version, Existing::Refuse, fs);
-                connection->Execute("CREATE TABLE t (a Long)");
-                connection->Commit();
-                isDone = true;
-                fs.PowerOff();
-            } catch (const Error&) {
-                EXPECT_TRUE(fs.IsOff());
-            }
-            fs.Crash();
-            if (isDone || fs.Exists("a.mdb"))
-                static_cast<void>(Connection::Open("a.mdb", fs)->OpenTable("t"));
-            if (isDone)
-                break;
+    Recordset rows = connection.OpenTable("t");
+    for (int i = 0; i < count; ++i) {
+        rows.AddNew();
+        rows.SetText(1, std::string(textSize, static_cast<char>('a' + i % 26)));
+        rows.Update();
+    }
+}
+
+/// What a job does, cut where it commits.
+const std::function<void(Connection&)> kSteps[] = {
+    [](Connection& c) {
+        c.Execute("CREATE TABLE t (PKEY Counter NOT NULL, a String)");
+        c.Execute("CREATE UNIQUE INDEX PrimaryKey ON t (PKEY) WITH PRIMARY");
+        AddRows(c, 40, 10);
+    },
+    [](Connection& c) {
+        AddRows(c, 60, 100);
+        c.Execute("ALTER TABLE t ADD COLUMN m LongText");
+        c.Execute("CREATE INDEX i ON t (a)");
+    },
+    [](Connection& c) {
+        c.Execute("DELETE * FROM t");
+        c.Execute("CREATE TABLE u (b Long)");
+        AddRows(c, 30, 200);
+    },
+    [](Connection& c) {
+        c.Execute("DROP TABLE u");
+        AddRows(c, 10, 5);
+    },
+};
+
+/// The tables with their rows.
+std::string Contents(Connection& connection)
+{
+    std::string text;
+    for (Rowset tables = connection.OpenSchema(SchemaKind::Tables, {"", "", "", "TABLE"}); !tables.Eof();
+         tables.MoveNext()) {
+        text += tables.Text("TABLE_NAME") + ":\n";
+        for (Recordset rows = connection.OpenTable(tables.Text("TABLE_NAME")); !rows.Eof(); rows.MoveNext()) {
+            for (std::size_t field = 0; field < rows.FieldCount(); ++field)
+                text += ToText(rows.Get(field)) + '|';
+            text += '\n';
         }
+    }
+    return text;
+}
+
+/// What the file holds after each commit; before the first there is none.
+std::vector<std::string> ExpectedStates(JetVersion version)
+{
+    std::vector<std::string> states{""};
+    CrashFileSystem system(0);
+    const auto connection = Connection::Create(kFile, version, Existing::Refuse, system);
+    for (const auto& step : kSteps) {
+        step(*connection);
+        connection->Commit();
+        states.push_back(Contents(*connection));
+    }
+    return states;
+}
+
+/// The job on one disk: goes on where the disk has got to. Counts commits in `done`; throws what the engine throws.
+void RunJob(CrashFileSystem& system, JetVersion version, std::size_t& done, std::unique_ptr<Connection>& connection)
+{
+    connection =
+        done == 0 ? Connection::Create(kFile, version, Existing::Refuse, system) : Connection::Open(kFile, system);
+    while (done < std::size(kSteps)) {
+        kSteps[done](*connection);
+        connection->Commit();
+        ++done;
+    }
+}
+
+/// Opens what a crash has left: it is as after commit number `done` or the one that was under way. Files for the
+/// checker are collected in `kept`.
+void ExpectLastCommit(CrashFileSystem& system, const std::vector<std::string>& states, std::size_t& done,
+                      const TempFolder& folder, std::vector<fs::path>& kept)
+{
+    if (!system.Exists(kFile)) {
+        EXPECT_EQ(done, 0u);
+        return;
+    }
+    auto connection = Connection::Open(kFile, system);
+    const std::string contents = Contents(*connection);
+    if (done + 1 < states.size() && contents == states[done + 1])
+        ++done;
+    ASSERT_EQ(contents, states[done]);
+    connection.reset();
+    EXPECT_EQ(system.Files(), std::vector<fs::path>{kFile});
+    kept.push_back(folder / ("state" + std::to_string(kept.size()) + ".mdb"));
+    system.CopyOut(kFile, kept.back());
+}
+
+TEST(Crash, AtEveryOperationLeavesTheLastCommit)
+{
+    for (const JetVersion version : kVersions) {
+        const std::vector<std::string> states = ExpectedStates(version);
+        const TempFolder folder;
+        std::vector<fs::path> kept;
+        for (std::uint64_t stop = 1;; ++stop) {
+            SCOPED_TRACE("Jet " + std::to_string(version == JetVersion::Jet3 ? 3 : 4) + ", operation " +
+                         std::to_string(stop));
+            CrashFileSystem system(static_cast<unsigned>(stop));
+            system.StopAt(stop);
+            std::size_t done = 0;
+            std::unique_ptr<Connection> connection;
+            try {
+                RunJob(system, version, done, connection);
+                connection.reset();
+            } catch (const Error&) {
+                EXPECT_TRUE(system.IsOff());
+            }
+            const bool isThrough = !system.IsOff();
+            system.Crash(connection, stop % 4 == 0 ? Loss::Nothing : Loss::Some);
+            ASSERT_NO_FATAL_FAILURE(ExpectLastCommit(system, states, done, folder, kept));
+            if (isThrough)
+                break;
+            // And another crash while the first is repaired, or soon after.
+            system.StopAt(system.Operations() + 1 + stop % 12);
+            try {
+                RunJob(system, version, done, connection);
+            } catch (const Error&) {
+                EXPECT_TRUE(system.IsOff());
+            }
+            system.Crash(connection);
+            ASSERT_NO_FATAL_FAILURE(ExpectLastCommit(system, states, done, folder, kept));
+        }
+        EXPECT_GT(kept.size(), 100u);
+        EXPECT_TRUE(ExpectSound(kept));
+    }
+}
+
+TEST(Crash, WhileTheFileIsPutBackLeavesSomethingThatIsPutBack)
+{
+    const std::vector<std::string> states = ExpectedStates(JetVersion::Jet4);
+    // A run that is killed within the third step's commit; recovery is stopped at each of its operations in turn.
+    for (std::uint64_t stop = 1;; ++stop) {
+        SCOPED_TRACE(stop);
+        CrashFileSystem system(static_cast<unsigned>(stop));
+        auto connection = Connection::Create(kFile, JetVersion::Jet4, Existing::Refuse, system);
+        for (std::size_t i = 0; i < 2; ++i) {
+            kSteps[i](*connection);
+            connection->Commit();
+        }
+        kSteps[2](*connection);
+        system.StopAt(system.Operations() + 10);
+        EXPECT_THROW(connection->Commit(), Error);
+        system.Crash(connection);
+        ASSERT_TRUE(system.Exists(kJournal));
+        const std::uint64_t before = system.Operations();
+        system.StopAt(before + stop);
+        bool isThrough = false;
+        try {
+            connection = Connection::Open(kFile, system);
+            isThrough = true;
+        } catch (const Error&) {
+            EXPECT_TRUE(system.IsOff());
+        }
+        system.Crash(connection);
+        EXPECT_EQ(Contents(*Connection::Open(kFile, system)), states[2]);
+        if (isThrough)
+            break;
+    }
+}
+
+TEST(Crash, AFailureOfTheDiskEndsTheConnectionAndGoesBackToTheLastCommit)
+{
+    for (const JetVersion version : kVersions) {
+        const std::vector<std::string> states = ExpectedStates(version);
+        const TempFolder folder;
+        std::vector<fs::path> kept;
+        for (const ErrorNumber failure : {ErrorNumber::DiskFull, ErrorNumber::DiskError})
+            for (std::uint64_t at = 1;; ++at) {
+                SCOPED_TRACE("operation " + std::to_string(at));
+                CrashFileSystem system(1);
+                auto connection = Connection::Create(kFile, version, Existing::Refuse, system);
+                std::size_t done = 0;
+                for (; done < 2; ++done) {
+                    kSteps[done](*connection);
+                    connection->Commit();
+                }
+                const std::uint64_t before = system.Operations();
+                system.FailAt(before + at, failure);
+                try {
+                    kSteps[done](*connection);
+                    connection->Commit();
+                    ++done;
+                } catch (const Error& error) {
+                    EXPECT_EQ(error.Number(), failure);
+                    EXPECT_THROW(connection->Commit(), Error);
+                    EXPECT_THROW(connection->Execute("CREATE TABLE w (a Long)"), Error);
+                }
+                const bool isThrough = system.Operations() < before + at;
+                connection.reset();
+                ASSERT_NO_FATAL_FAILURE(ExpectLastCommit(system, states, done, folder, kept));
+                if (isThrough)
+                    break;
+            }
+        EXPECT_TRUE(ExpectSound(kept));
+    }
+}
+
+TEST(Crash, ADiskThatIsFullLeavesTheLastCommit)
+{
+    const std::vector<std::string> states = ExpectedStates(JetVersion::Jet4);
+    std::set<std::size_t> ends;
+    for (std::uint64_t capacity = 50'000; !ends.contains(std::size(kSteps)); capacity += 4096) {
+        SCOPED_TRACE(capacity);
+        CrashFileSystem system(1);
+        std::size_t done = 0;
+        std::unique_ptr<Connection> connection;
+        system.SetCapacity(capacity);
+        try {
+            RunJob(system, JetVersion::Jet4, done, connection);
+        } catch (const Error& error) {
+            EXPECT_EQ(error.Number(), ErrorNumber::DiskFull);
+        }
+        connection.reset();
+        ends.insert(done);
+        EXPECT_EQ(system.Exists(kFile), done > 0);
+        if (done > 0) {
+            EXPECT_EQ(Contents(*Connection::Open(kFile, system)), states[done]);
+        }
+    }
+    EXPECT_GT(ends.size(), 2u);
+}
+
+// ---- Journals that are not what they should be ----------------------------------------------------------------------
+
+/// A disk on which a run was killed in the midst of its second commit.
+struct Interrupted {
+    CrashFileSystem system{7};
+    std::string committed;
+
+    explicit Interrupted(JetVersion version)
+    {
+        auto connection = Connection::Create(kFile, version, Existing::Refuse, system);
+        kSteps[0](*connection);
+        connection->Commit();
+        committed = Contents(*connection);
+        kSteps[1](*connection);
+        system.StopAt(system.Operations() + 9);
+        EXPECT_THROW(connection->Commit(), Error);
+        system.Crash(connection, Loss::Nothing);
+        EXPECT_TRUE(system.Exists(kJournal));
+    }
+    std::string ErrorOfOpening()
+    {
+        try {
+            static_cast<void>(Connection::Open(kFile, system));
+        } catch (const Error& error) {
+            EXPECT_EQ(error.Number(), ErrorNumber::NotADatabase);
+            return error.what();
+        }
+        return {};
+    }
+};
+
+TEST(Journal, OneThatDoesNotFitIsRecognisedAndNothingIsLost)
+{
+    for (const JetVersion version : kVersions) {
+        struct Case {
+            const char* name;
+            std::function<void(Interrupted&)> change;
+            const char* message; ///< "" = the database opens, as at its last commit
+        };
+        const Case cases[] = {
+            {"untouched", [](Interrupted&) {}, ""},
+            {"gone", [](Interrupted& run) { run.system.Remove(kJournal); }, "no journal of it"},
+            {"damaged header",
+             [](Interrupted& run) {
+                 Bytes bytes = run.system.Content(kJournal);
+                 bytes[30] ^= 1;
+                 run.system.Put(kJournal, bytes);
+             },
+             "is not its journal"},
+            {"something else", [](Interrupted& run) { run.system.Put(kJournal, Bytes(3000, 'x')); },
+             "is not its journal"},
+            {"page 0 is damaged",
+             [](Interrupted& run) {
+                 Bytes bytes = run.system.Content(kJournal);
+                 bytes[600] ^= 1;
+                 run.system.Put(kJournal, bytes);
+             },
+             "is damaged"},
+            {"a last record that was cut off",
+             [](Interrupted& run) {
+                 Bytes bytes = run.system.Content(kJournal);
+                 bytes.resize(bytes.size() + 1000, 1);
+                 run.system.Put(kJournal, bytes);
+             },
+             ""},
+        };
+        for (const Case& c : cases) {
+            SCOPED_TRACE(c.name);
+            Interrupted run(version);
+            c.change(run);
+            const Bytes database = run.system.Content(kFile);
+            const std::string error = run.ErrorOfOpening();
+            EXPECT_EQ(error.empty(), *c.message == '\0') << error;
+            EXPECT_NE(error.find(c.message), std::string::npos) << error;
+            if (error.empty())
+                EXPECT_EQ(Contents(*Connection::Open(kFile, run.system)), run.committed);
+            else
+                EXPECT_TRUE(run.system.Content(kFile) == database) << "the file was touched";
+        }
+    }
+}
+
+TEST(Journal, OneThatIsNotNeededStandsInNobodysWay)
+{
+    struct Case {
+        const char* name;
+        std::function<void(Interrupted&)> change;
+        bool isSetAside;
+    };
+    const auto replace = [](Interrupted& run) {
+        CrashFileSystem elsewhere(1);
+        auto connection = Connection::Create(kFile, JetVersion::Jet3, Existing::Refuse, elsewhere);
+        kSteps[0](*connection);
+        connection->Commit();
+        connection.reset();
+        run.system.Put(kFile, elsewhere.Content(kFile));
+    };
+    const Case cases[] = {
+        {"another database has taken the place", replace, true},
+        {"the database was removed",
+         [](Interrupted& run) {
+             run.system.Remove(kFile);
+             auto connection = Connection::Create(kFile, JetVersion::Jet4, Existing::Refuse, run.system);
+             kSteps[0](*connection);
+             connection->Commit();
+         },
+         true},
+        {"the database is made anew",
+         [](Interrupted& run) {
+             auto connection = Connection::Create(kFile, JetVersion::Jet4, Existing::Replace, run.system);
+             kSteps[0](*connection);
+             connection->Commit();
+         },
+         false},
+    };
+    for (const Case& c : cases) {
+        SCOPED_TRACE(c.name);
+        Interrupted run(JetVersion::Jet4);
+        c.change(run);
+        EXPECT_EQ(Contents(*Connection::Open(kFile, run.system)), run.committed);
+        EXPECT_FALSE(run.system.Exists(kJournal));
+        EXPECT_EQ(run.system.Exists(std::string(kJournal) + ".old"), c.isSetAside);
+    }
+}
+
+// ---- A real process and a real disk ---------------------------------------------------------------------------------
+
+/// Adds records and commits until it is killed; says after each commit how often it has.
+[[noreturn]] void AddForEver(const fs::path& path, int report)
+{
+    const auto connection = Connection::Open(path);
+    for (char commits = 1;; ++commits) {
+        AddRows(*connection, 300, 150);
+        connection->Execute("UPDATE t SET a = a");
+        connection->Commit();
+        if (::write(report, &commits, 1) != 1)
+            ::_exit(1);
+    }
+}
+
+TEST(Crash, AKilledProcessLeavesItsLastCommit)
+{
+    const unsigned seed = std::random_device{}();
+    SCOPED_TRACE(seed);
+    std::mt19937 random(seed);
+    const TempFolder folder;
+    const fs::path path = folder / kFile;
+    {
+        const auto connection = Connection::Create(path, JetVersion::Jet4);
+        kSteps[0](*connection);
+        connection->Commit();
+    }
+    std::size_t rows = 40;
+    std::vector<fs::path> kept;
+    for (int round = 0; round < 12; ++round) {
+        int pipe[2];
+        ASSERT_EQ(::pipe(pipe), 0);
+        const pid_t child = ::fork();
+        if (child == 0)
+            AddForEver(path, pipe[1]);
+        ::close(pipe[1]);
+        char commits = 0;
+        for (auto wanted = 1 + random() % 3; wanted > 0; --wanted)
+            ASSERT_EQ(::read(pipe[0], &commits, 1), 1);
+        for (auto looks = random() % 3000; looks > 0; --looks) // anywhere within the next one
+            static_cast<void>(fs::exists(folder / kJournal));
+        ::kill(child, SIGKILL);
+        ::waitpid(child, nullptr, 0);
+        while (::read(pipe[0], &commits, 1) == 1)
+            continue;
+        ::close(pipe[0]);
+
+        std::size_t count = 0;
+        {
+            const auto connection = Connection::Open(path);
+            for (Recordset t = connection->OpenTable("t"); !t.Eof(); t.MoveNext())
+                ++count;
+        }
+        const std::size_t reported = rows + 300u * static_cast<unsigned>(commits);
+        EXPECT_TRUE(count == reported || count == reported + 300) << count << " rows, " << reported << " reported";
+        rows = count;
+        EXPECT_EQ(std::distance(fs::directory_iterator(folder.Path()), {}), 1 + round) << "something stayed behind";
+        kept.push_back(folder / ("state" + std::to_string(round) + ".mdb"));
+        fs::copy_file(path, kept.back());
+    }
+    EXPECT_TRUE(ExpectSound(kept));
 }
 
 } // namespace

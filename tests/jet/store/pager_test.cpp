@@ -77,7 +77,7 @@ TEST(Pager, APageHeldAcrossACommitKeepsItsLaterChanges)
     EXPECT_EQ(LoadU32(OpenPager(disk)->Read(2).Bytes(), 100), 2u);
 }
 
-TEST(Pager, ADiskThatIsFullLosesNothing)
+TEST(Pager, AfterADiskThatWasFullNothingIsCommitted)
 {
     MemoryDisk disk;
     const auto pager = NewPager(disk, JetVersion::Jet3, 1);
@@ -86,13 +86,10 @@ TEST(Pager, ADiskThatIsFullLosesNothing)
             throw Error(ErrorNumber::DiskFull);
     };
     EXPECT_THROW(for (int i = 0; i < 1000; ++i) Sign(pager->Allocate());, Error);
-    const PageNumber count = pager->PageCount();
-    EXPECT_THROW(pager->Commit(), Error);
     disk.beforeWrite = nullptr;
-    pager->Commit();
-    const auto again = OpenPager(disk);
-    for (PageNumber page = 2; page < count; ++page)
-        EXPECT_EQ(LoadU32(again->Read(page).Bytes(), 100), page);
+    const std::size_t writes = disk.log.size();
+    EXPECT_THROW(pager->Commit(), Error);
+    EXPECT_EQ(disk.log.size(), writes);
 }
 
 TEST(Pager, TheLowestFreePageIsTakenHoweverTheMapIsStored)

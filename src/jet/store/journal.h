@@ -1,0 +1,69 @@
+#pragma once
+
+#include "jet/base/format.h"
+#include "jet/store/file_system.h"
+
+#include <filesystem>
+#include <memory>
+#include <span>
+
+namespace jet {
+
+/// The rollback journal: a file beside the database with what its pages held at the last commit, from the moment when
+/// the first of them is overwritten to the next commit. What is in it and in which order things happen is described in
+/// docs/file-format/journal.md.
+class Journal {
+public:
+    /// Of the database at `database`. No file is made yet.
+    Journal(FileSystem& system, std::filesystem::path database);
+    Journal(const Journal&) = delete;
+    Journal& operator=(const Journal&) = delete;
+
+    /// Has a file been made since the last commit?
+    [[nodiscard]] bool IsActive() const noexcept { return file_ != nullptr; }
+    /// Makes the file for `database`, which has `pageCount` pages as of its last commit. Before anything in it is
+    /// overwritten, Keep must return.
+    void Begin(File& database, const Format& format, PageNumber pageCount);
+    /// What `page` held at the last commit is on the disk, or it was not there. Begin() came before.
+    [[nodiscard]] bool Holds(PageNumber page) const noexcept;
+    /// Brings what `pages`, none of which it holds yet, have in the file to the disk: they may be overwritten when this
+    /// returns.
+    void Keep(std::span<const PageNumber> pages);
+
+    /// Everything of a commit is on the disk: this is the moment at which it counts.
+    void Finish();
+    /// Puts the database back to its last commit. When it throws, the next one who opens the database does that.
+    void RollBack();
+
+private:
+    void Append(PageNumber page);
+    void Flush();
+
+    FileSystem& system_;
+    std::filesystem::path databasePath_;
+    std::unique_ptr<File> file_;
+    File* database_ = nullptr;
+    const Format* format_ = nullptr;
+    PageNumber pageCount_ = 0;
+    std::uint64_t salt_ = 0;
+    std::uint32_t records_ = 0;
+    std::uint32_t syncedRecords_ = 0;
+    bool mayBeOverwritten_ = false; ///< the database no longer is what it was
+    std::uint64_t end_ = 0;         ///< bytes written
+    Bytes buffer_;                  ///< to be written at end_
+    Bytes held_;                    ///< bit p = page p is held
+};
+
+/// Puts `database`, the file at `path`, which has just been opened and locked, back to its last commit when a run that
+/// was killed has left it in the midst of a write. A journal that is of no use is removed; one of another database is
+/// set aside under another name. Throws NotADatabase when the database needs a journal that is not there or not whole,
+/// and what ReadHeader throws; nothing has been changed then.
+void Recover(FileSystem& system, const std::filesystem::path& path, File& database);
+
+/// The same for one who only reads: throws NotADatabase when the database has first to be put back.
+void CheckAtRest(FileSystem& system, const std::filesystem::path& path, File& database);
+
+/// For a database that is no longer there, or is about to be thrown away: a journal of it is set aside.
+void SetJournalAside(FileSystem& system, const std::filesystem::path& database);
+
+} // namespace jet

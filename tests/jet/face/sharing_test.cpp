@@ -1,0 +1,259 @@
+#include "jet/face/database.h"
+
+#include <algorithm>
+#include <csignal>
+#include <sys/stat.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+namespace jet {
+namespace {
+
+namespace fs = std::filesystem;
+using velmora::testing::ReadFile;
+using velmora::testing::TempFolder;
+using velmora::testing::WriteFile;
+
+template <typename Action>
+std::optional<ErrorNumber> ErrorOf(const Action& action)
+{
+    try {
+        action();
+    } catch (const Error& error) {
+        return error.Number();
+    }
+    return std::nullopt;
+}
+
+std::optional<ErrorNumber> ErrorOfOpening(const fs::path& path)
+{
+    return ErrorOf([&] { static_cast<void>(Connection::Open(path)); });
+}
+
+std::optional<ErrorNumber> ErrorOfReplacing(const fs::path& path)
+{
+    return ErrorOf([&] { static_cast<void>(Connection::Create(path, JetVersion::Jet4, Existing::Replace)); });
+}
+
+void MakeDatabase(const fs::path& path)
+{
+    const auto connection = Connection::Create(path, JetVersion::Jet4);
+    connection->Execute("CREATE TABLE t (a Long)");
+    connection->Commit();
+}
+
+std::vector<std::string> Names(const fs::path& folder)
+{
+    std::vector<std::string> names;
+    for (const auto& entry : fs::directory_iterator(folder))
+        names.push_back(entry.path().filename());
+    std::ranges::sort(names);
+    return names;
+}
+
+/// A process of its own that does `action` and then stays until it is killed.
+class OtherProcess {
+public:
+    template <typename Action>
+    explicit OtherProcess(const Action& action)
+    {
+        int pipe[2];
+        if (::pipe(pipe) != 0)
+            throw std::runtime_error("no pipe");
+        child_ = ::fork();
+        if (child_ == 0) {
+            const auto kept = action();
+            static_cast<void>(::write(pipe[1], "x", 1) == 1);
+            for (;;)
+                ::pause();
+        }
+        ::close(pipe[1]);
+        char ready = 0;
+        const bool isReady = ::read(pipe[0], &ready, 1) == 1;
+        ::close(pipe[0]);
+        if (!isReady)
+            throw std::runtime_error("the other process has failed");
+    }
+    ~OtherProcess()
+    {
+        ::kill(child_, SIGKILL);
+        ::waitpid(child_, nullptr, 0);
+    }
+    OtherProcess(const OtherProcess&) = delete;
+    OtherProcess& operator=(const OtherProcess&) = delete;
+
+private:
+    pid_t child_;
+};
+
+/// What Access on another machine looks like from here: an entry in the lock file, and a lock on its byte.
+std::unique_ptr<File> HoldUserByte(const fs::path& lockFile, int user)
+{
+    std::string entries;
+    for (int i = 0; i <= user; ++i) {
+        std::string entry = "PC" + std::to_string(i);
+        entry.resize(32);
+        entry += "Admin";
+        entry.resize(64);
+        entries += entry;
+    }
+    WriteFile(lockFile, entries);
+    std::unique_ptr<File> file = RealFileSystem().Open(lockFile, OpenMode::ReadWrite);
+    EXPECT_TRUE(file->TryLock(0x10000001u + static_cast<unsigned>(user), 1));
+    return file;
+}
+
+TEST(Sharing, AnotherProcessThatHasTheDatabaseOpenKeepsUsOut)
+{
+    const TempFolder folder;
+    const fs::path path = folder / "a.mdb";
+    MakeDatabase(path);
+    {
+        const OtherProcess other([&] { return Connection::Open(path); });
+        EXPECT_EQ(Names(folder.Path()), (std::vector<std::string>{"a.ldb", "a.mdb"}));
+        EXPECT_EQ(ErrorOfOpening(path), ErrorNumber::FileInUse);
+        EXPECT_FALSE(Connection::CanReplace(path));
+        EXPECT_EQ(ErrorOfReplacing(path), ErrorNumber::FileInUse);
+    }
+    // It was killed: what it left is taken over.
+    EXPECT_TRUE(Connection::CanReplace(path));
+    EXPECT_EQ(Names(folder.Path()), (std::vector<std::string>{"a.ldb", "a.mdb"}));
+    EXPECT_EQ(ErrorOfOpening(path), std::nullopt);
+    EXPECT_EQ(Names(folder.Path()), std::vector<std::string>{"a.mdb"});
+}
+
+TEST(Sharing, AUserOfTheLockFileIsNamed)
+{
+    const TempFolder folder;
+    const fs::path path = folder / "a.mdb";
+    MakeDatabase(path);
+    const auto user = HoldUserByte(folder / "a.ldb", 3);
+    EXPECT_FALSE(Connection::CanReplace(path));
+    try {
+        static_cast<void>(Connection::Open(path));
+        ADD_FAILURE() << "it was opened";
+    } catch (const Error& error) {
+        EXPECT_EQ(error.Number(), ErrorNumber::FileInUse);
+        EXPECT_NE(std::string(error.what()).find("'Admin' on machine 'PC3'"), std::string::npos) << error.what();
+    }
+    EXPECT_EQ(ReadFile(folder / "a.ldb").size(), 4 * 64u) << "somebody else's lock file was touched";
+}
+
+TEST(Sharing, OurLockFileLeavesNoPlaceAndGoesWithUs)
+{
+    for (const char* name : {"a.mdb", "A.MDB", "noextension", "a.ldb", "two.dots.dat"}) {
+        SCOPED_TRACE(name);
+        const TempFolder folder;
+        const fs::path path = folder / name;
+        const fs::path lockFile =
+            std::string(name) == "a.ldb" ? folder / "a.ldb.ldb" : fs::path(path).replace_extension(".ldb");
+        MakeDatabase(path);
+        EXPECT_EQ(Names(folder.Path()), std::vector<std::string>{name});
+        {
+            const auto connection = Connection::Open(path);
+            const auto file = RealFileSystem().Open(lockFile, OpenMode::ReadWrite);
+            for (const unsigned user : {0u, 100u, 254u})
+                EXPECT_FALSE(file->TryLock(0x10000001u + user, 1)) << user;
+            const std::string entry = ReadFile(lockFile);
+            ASSERT_EQ(entry.size(), 64u);
+            EXPECT_EQ(entry.substr(32, 6), std::string("Admin\0", 6));
+        }
+        EXPECT_EQ(Names(folder.Path()), std::vector<std::string>{name});
+    }
+}
+
+TEST(Sharing, ANewDatabaseHoldsTheLockFileOfItsPlace)
+{
+    const TempFolder folder;
+    const fs::path path = folder / "a.mdb";
+    MakeDatabase(path);
+    {
+        const auto connection = Connection::Create(path, JetVersion::Jet3, Existing::Replace);
+        EXPECT_EQ(Names(folder.Path()), (std::vector<std::string>{"a.ldb", "a.mdb", "a.mdb.velmora-new"}));
+        EXPECT_EQ(ErrorOfOpening(path), ErrorNumber::FileInUse) << "it is about to be replaced";
+    }
+    EXPECT_EQ(Names(folder.Path()), std::vector<std::string>{"a.mdb"});
+    EXPECT_EQ(Connection::Open(path)->Version(), JetVersion::Jet4) << "never committed";
+    const auto user = HoldUserByte(folder / "b.ldb", 0);
+    EXPECT_EQ(ErrorOf([&] { MakeDatabase(folder / "b.mdb"); }), ErrorNumber::FileInUse);
+}
+
+TEST(Sharing, ALinkStandsForTheFileItPointsAt)
+{
+    const TempFolder folder;
+    fs::create_directory(folder / "real");
+    fs::create_symlink("real/a.mdb", folder / "link.mdb");
+    MakeDatabase(folder / "link.mdb");
+    EXPECT_TRUE(fs::is_symlink(folder / "link.mdb"));
+    {
+        const auto connection = Connection::Open(folder / "link.mdb");
+        EXPECT_EQ(Names(folder / "real"), (std::vector<std::string>{"a.ldb", "a.mdb"}));
+        EXPECT_EQ(ErrorOfOpening(folder / "real/a.mdb"), ErrorNumber::FileInUse);
+    }
+    EXPECT_TRUE(Connection::CanReplace(folder / "link.mdb"));
+    Connection::Create(folder / "link.mdb", JetVersion::Jet3, Existing::Replace)->Commit();
+    EXPECT_TRUE(fs::is_symlink(folder / "link.mdb"));
+    EXPECT_EQ(Connection::Open(folder / "real/a.mdb")->Version(), JetVersion::Jet3);
+}
+
+/// Runs `action` as somebody whom the system refuses what it does not refuse its superuser.
+template <typename Action>
+void AsOrdinaryUser(const fs::path& folder, const Action& action)
+{
+    if (::geteuid() != 0)
+        return action();
+    constexpr uid_t kNobody = 65534;
+    ASSERT_EQ(::chown(folder.c_str(), kNobody, kNobody), 0);
+    for (const auto& entry : fs::recursive_directory_iterator(folder))
+        ASSERT_EQ(::lchown(entry.path().c_str(), kNobody, kNobody), 0);
+    const pid_t child = ::fork();
+    if (child == 0) {
+        if (::setgid(kNobody) == 0 && ::setuid(kNobody) == 0)
+            action();
+        ::_exit(::geteuid() == 0 || ::testing::Test::HasFailure());
+    }
+    int state = 0;
+    ::waitpid(child, &state, 0);
+    EXPECT_EQ(state, 0) << "see above";
+}
+
+TEST(Sharing, WhatCannotBeWrittenIsToldBeforeAnythingIsMade)
+{
+    const TempFolder folder;
+    MakeDatabase(folder / "a.mdb");
+    fs::copy_file(folder / "a.mdb", folder / "readonly.mdb");
+    fs::create_directory(folder / "folder.mdb");
+    fs::create_directory(folder / "closed");
+    fs::copy_file(folder / "a.mdb", folder / "closed/a.mdb");
+    WriteFile(folder / "short.mdb", ReadFile(folder / "a.mdb").substr(0, 5000));
+    ASSERT_EQ(::mkfifo((folder / "pipe.mdb").c_str(), 0600), 0);
+    fs::permissions(folder / "readonly.mdb", fs::perms::owner_read);
+    fs::permissions(folder / "closed", fs::perms::owner_read | fs::perms::owner_exec);
+    struct Case {
+        const char* name;
+        ErrorNumber number;
+        bool isReplaceable = false;
+    };
+    const Case cases[] = {
+        {"readonly.mdb", ErrorNumber::ReadOnly},        {"closed/a.mdb", ErrorNumber::ReadOnly},
+        {"folder.mdb", ErrorNumber::InvalidPath},       {"pipe.mdb", ErrorNumber::InvalidPath},
+        {"missing.mdb", ErrorNumber::FileNotFound},     {"none/a.mdb", ErrorNumber::InvalidPath},
+        {"short.mdb", ErrorNumber::NotADatabase, true},
+    };
+    AsOrdinaryUser(folder.Path(), [&] {
+        const std::vector<std::string> before = Names(folder.Path());
+        for (const Case& c : cases) {
+            SCOPED_TRACE(c.name);
+            EXPECT_EQ(ErrorOfOpening(folder / c.name), c.number);
+            EXPECT_EQ(Connection::CanReplace(folder / c.name), c.isReplaceable);
+        }
+        EXPECT_EQ(ErrorOfReplacing(folder / "closed/a.mdb"), ErrorNumber::ReadOnly);
+        EXPECT_EQ(ErrorOfReplacing(folder / "none/a.mdb"), ErrorNumber::InvalidPath);
+        EXPECT_EQ(Names(folder.Path()), before);
+        EXPECT_EQ(Names(folder / "closed"), std::vector<std::string>{"a.mdb"});
+    });
+    fs::permissions(folder / "closed", fs::perms::owner_all);
+}
+
+} // namespace
+} // namespace jet
