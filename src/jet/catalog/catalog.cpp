@@ -137,8 +137,16 @@ void Catalog::CreateTable(std::string_view name, const std::vector<ColumnSpec>& 
     CheckRoomForObject();
 
     const PageNumber page = Table::Create(*pager_, columns);
-    objects_.Add(static_cast<std::int32_t>(page), kTablesContainer, name, ObjectType::Table);
-    StoreRequired(static_cast<std::int32_t>(page), columns);
+    const auto id = static_cast<std::int32_t>(page);
+    try {
+        objects_.Add(id, kTablesContainer, name, ObjectType::Table);
+        StoreRequired(id, columns);
+    } catch (...) {
+        if (objects_.FindById(id))
+            objects_.Remove(id);
+        Table(*pager_, page, std::string(name)).Destroy();
+        throw;
+    }
     ++structureVersion_;
 }
 
@@ -176,7 +184,12 @@ void Catalog::AddColumn(Table& table, const ColumnSpec& column)
 {
     CheckName(GetFormat(), column.name);
     table.AddColumn(column);
-    StoreRequired(IdOf(table), {&column, 1});
+    try {
+        StoreRequired(IdOf(table), {&column, 1});
+    } catch (...) {
+        table.DropColumn(column.name);
+        throw;
+    }
     NoteChange(table);
 }
 

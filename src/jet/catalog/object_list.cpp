@@ -103,6 +103,26 @@ const std::vector<ObjectList::Permission>& ObjectList::PermissionsIn(std::int32_
     return permissions;
 }
 
+/// The rows of MSysACEs for a new object: all or none.
+void ObjectList::AddPermissions(std::int32_t id, const std::vector<Permission>& permissions)
+{
+    std::vector<RowId> added;
+    try {
+        for (const Permission& permission : permissions) {
+            Record ace = aces_.Blank();
+            aces_.Set(ace, aces_column::kObjectId, id);
+            aces_.Set(ace, aces_column::kSid, permission.sid);
+            aces_.Set(ace, aces_column::kAcm, permission.rights);
+            aces_.Set(ace, aces_column::kInheritable, false);
+            added.push_back(aces_.Rows().Insert(ace));
+        }
+    } catch (...) {
+        for (const RowId row : added)
+            aces_.Rows().Delete(row);
+        throw;
+    }
+}
+
 void ObjectList::Add(std::int32_t id, std::int32_t parent, std::string_view name, ObjectType type)
 {
     CatalogObject object;
@@ -123,13 +143,11 @@ void ObjectList::Add(std::int32_t id, std::int32_t parent, std::string_view name
     table_.Set(record, kFlags, std::int32_t{0});
     object.row = table_.Rows().Insert(record);
 
-    for (const Permission& permission : PermissionsIn(parent)) {
-        Record ace = aces_.Blank();
-        aces_.Set(ace, aces_column::kObjectId, id);
-        aces_.Set(ace, aces_column::kSid, permission.sid);
-        aces_.Set(ace, aces_column::kAcm, permission.rights);
-        aces_.Set(ace, aces_column::kInheritable, false);
-        aces_.Rows().Insert(ace);
+    try {
+        AddPermissions(id, PermissionsIn(parent));
+    } catch (...) {
+        table_.Rows().Delete(object.row);
+        throw;
     }
     ids_.emplace(Key(parent, name), static_cast<std::uint32_t>(id));
     objects_.emplace(static_cast<std::uint32_t>(id), std::move(object));
@@ -173,11 +191,11 @@ PropertyBlob ObjectList::Properties(std::int32_t id)
 void ObjectList::SetProperties(std::int32_t id, const PropertyBlob& properties)
 {
     CatalogObject& object = At(id);
-    object.hasProperties = !properties.IsEmpty();
     Record record;
     table_.Rows().Read(object.row, record);
-    table_.Set(record, kLvProp, object.hasProperties ? Value(properties.Serialize()) : Value());
+    table_.Set(record, kLvProp, properties.IsEmpty() ? Value() : Value(properties.Serialize()));
     table_.Rows().Update(object.row, record);
+    object.hasProperties = !properties.IsEmpty();
 }
 
 } // namespace jet

@@ -45,7 +45,8 @@ public:
     [[nodiscard]] std::vector<const CatalogObject*> ChildrenOf(std::int32_t parent) const;
     [[nodiscard]] std::size_t Count() const noexcept { return objects_.size(); }
 
-    /// Adds an object, made now, with the permissions that its container hands down. Its name is free.
+    /// Adds an object, made now, with the permissions that its container hands down. Its name is free. Throws
+    /// DatabaseFull, with nothing changed.
     void Add(std::int32_t id, std::int32_t parent, std::string_view name, ObjectType type);
     /// The id that the next object without a page of its own gets.
     [[nodiscard]] std::int32_t NextSyntheticId() const;
@@ -71,6 +72,7 @@ private:
     [[nodiscard]] CatalogObject& At(std::int32_t id);
     [[nodiscard]] std::string Key(std::int32_t parent, std::string_view name) const;
     [[nodiscard]] const std::vector<Permission>& PermissionsIn(std::int32_t container);
+    void AddPermissions(std::int32_t id, const std::vector<Permission>& permissions);
 
     Pager* pager_;
     SystemTable table_;

@@ -81,19 +81,30 @@ std::vector<const Relationship*> RelationshipList::All() const
     return all;
 }
 
+Record RelationshipList::RowOf(const Relationship& relationship, std::size_t pair) const
+{
+    Record record = table_.Blank();
+    table_.Set(record, kName, relationship.name);
+    table_.Set(record, kFlags, static_cast<std::int32_t>(relationship.flags));
+    table_.Set(record, kPairCount, static_cast<std::int32_t>(relationship.columns.size()));
+    table_.Set(record, kPair, static_cast<std::int32_t>(pair));
+    table_.Set(record, kTable, relationship.table);
+    table_.Set(record, kColumn, relationship.columns[pair].first);
+    table_.Set(record, kReferencedTable, relationship.referencedTable);
+    table_.Set(record, kReferencedColumn, relationship.columns[pair].second);
+    return record;
+}
+
 void RelationshipList::Add(Relationship relationship)
 {
-    for (std::size_t pair = 0; pair < relationship.columns.size(); ++pair) {
-        Record record = table_.Blank();
-        table_.Set(record, kName, relationship.name);
-        table_.Set(record, kFlags, static_cast<std::int32_t>(relationship.flags));
-        table_.Set(record, kPairCount, static_cast<std::int32_t>(relationship.columns.size()));
-        table_.Set(record, kPair, static_cast<std::int32_t>(pair));
-        table_.Set(record, kTable, relationship.table);
-        table_.Set(record, kColumn, relationship.columns[pair].first);
-        table_.Set(record, kReferencedTable, relationship.referencedTable);
-        table_.Set(record, kReferencedColumn, relationship.columns[pair].second);
-        table_.Rows().Insert(record);
+    std::vector<RowId> added;
+    try {
+        for (std::size_t pair = 0; pair < relationship.columns.size(); ++pair)
+            added.push_back(table_.Rows().Insert(RowOf(relationship, pair)));
+    } catch (...) {
+        for (const RowId row : added)
+            table_.Rows().Delete(row);
+        throw;
     }
     Enter(relationship);
     std::string key = Key(relationship.name);

@@ -34,6 +34,7 @@ public:
     [[nodiscard]] std::vector<const Relationship*> ReferencedIn(std::string_view table) const;
     [[nodiscard]] std::vector<const Relationship*> All() const; ///< in the order of their names
 
+    /// Its name is free. Throws DatabaseFull, with nothing changed.
     void Add(Relationship relationship);
     void Remove(std::string_view name);
 
@@ -44,6 +45,7 @@ private:
     [[nodiscard]] std::string Key(std::string_view name) const;
     void Load();
     void Enter(const Relationship& relationship);
+    [[nodiscard]] Record RowOf(const Relationship& relationship, std::size_t pair) const;
     [[nodiscard]] std::vector<const Relationship*> Of(const TableAndName& index, std::string_view table) const;
 
     const Format* format_;

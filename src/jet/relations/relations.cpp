@@ -198,10 +198,16 @@ void CreateRelation(Catalog& catalog, const RelationSpec& spec)
     CheckNameAndLimits(catalog, sides, spec);
     CheckRows(sides);
 
-    AddIndexEntries(sides, spec);
-    catalog.Relationships().Add(RowsOf(sides, spec));
-    ObjectList& objects = catalog.Objects();
-    objects.Add(objects.NextSyntheticId(), kRelationshipsContainer, spec.name, ObjectType::Relation);
+    const Relationship relationship = RowsOf(sides, spec);
+    try {
+        AddIndexEntries(sides, spec);
+        catalog.Relationships().Add(relationship);
+        ObjectList& objects = catalog.Objects();
+        objects.Add(objects.NextSyntheticId(), kRelationshipsContainer, spec.name, ObjectType::Relation);
+    } catch (...) {
+        RemoveRelation(catalog, relationship); // as far as it has come
+        throw;
+    }
     NoteBoth(catalog, *sides.child, *sides.parent);
 }
 
