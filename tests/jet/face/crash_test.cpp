@@ -155,23 +155,34 @@ TEST(Crash, AtEveryOperationLeavesTheLastCommit)
 TEST(Crash, WhileTheFileIsPutBackLeavesSomethingThatIsPutBack)
 {
     const std::vector<std::string> states = ExpectedStates(JetVersion::Jet4);
-    // A run that is killed within the third step's commit; recovery is stopped at each of its operations in turn.
-    for (std::uint64_t stop = 1;; ++stop) {
-        SCOPED_TRACE(stop);
-        CrashFileSystem system(static_cast<unsigned>(stop));
+    // A run is killed when all pages of its second commit have been written but page 0, to which five operations belong
+    // with all that comes after; the next open is stopped at each of its operations in turn.
+    std::uint64_t operations = 0;
+    {
+        CrashFileSystem system(0);
+        const auto connection = Connection::Create(kFile, JetVersion::Jet4, Existing::Refuse, system);
+        kSteps[0](*connection);
+        connection->Commit();
+        kSteps[1](*connection);
+        operations = system.Operations();
+        connection->Commit();
+        operations = system.Operations() - operations;
+    }
+    constexpr unsigned kRunsPerOperation = 16;
+    bool isThrough = false;
+    for (unsigned run = 0; !isThrough; ++run) {
+        SCOPED_TRACE(run);
+        CrashFileSystem system(run);
         auto connection = Connection::Create(kFile, JetVersion::Jet4, Existing::Refuse, system);
-        for (std::size_t i = 0; i < 2; ++i) {
-            kSteps[i](*connection);
-            connection->Commit();
-        }
-        kSteps[2](*connection);
-        system.StopAt(system.Operations() + 10);
+        kSteps[0](*connection);
+        connection->Commit();
+        const std::size_t size = system.Content(kFile).size();
+        kSteps[1](*connection);
+        system.StopAt(system.Operations() + operations - 4);
         EXPECT_THROW(connection->Commit(), Error);
-        system.Crash(connection);
+        system.Crash(connection, Loss::Nothing);
         ASSERT_TRUE(system.Exists(kJournal));
-        const std::uint64_t before = system.Operations();
-        system.StopAt(before + stop);
-        bool isThrough = false;
+        system.StopAt(system.Operations() + 1 + run / kRunsPerOperation);
         try {
             connection = Connection::Open(kFile, system);
             isThrough = true;
@@ -179,9 +190,8 @@ TEST(Crash, WhileTheFileIsPutBackLeavesSomethingThatIsPutBack)
             EXPECT_TRUE(system.IsOff());
         }
         system.Crash(connection);
-        EXPECT_EQ(Contents(*Connection::Open(kFile, system)), states[2]);
-        if (isThrough)
-            break;
+        EXPECT_EQ(Contents(*Connection::Open(kFile, system)), states[1]);
+        EXPECT_EQ(system.Content(kFile).size(), size);
     }
 }
 
