@@ -2,16 +2,12 @@
 
 #include "jet/connection.h"
 #include "jet/error.h"
+#include "jet/store/crash_file_system.h"
 
-#include <filesystem>
-#include <fstream>
 #include <functional>
-#include <iterator>
 #include <memory>
 #include <random>
 #include <vector>
-
-#include <unistd.h>
 
 namespace jet::testing {
 
@@ -22,48 +18,16 @@ constexpr std::size_t kMaxRows = 400;
 constexpr std::size_t kMaxTables = 40;
 constexpr std::size_t kChanges = 24;
 
-/// A file in memory that is gone with the object.
-class ScratchFile {
-public:
-    ScratchFile()
-        : path_((std::filesystem::exists("/dev/shm") ? std::filesystem::path("/dev/shm")
-                                                     : std::filesystem::temp_directory_path()) /
-                ("jet-exercise-" + std::to_string(getpid()) + ".mdb"))
-    {
-        Remove();
-    }
-    ~ScratchFile() { Remove(); }
-    ScratchFile(const ScratchFile&) = delete;
-    ScratchFile& operator=(const ScratchFile&) = delete;
-
-    [[nodiscard]] const std::filesystem::path& Path() const { return path_; }
-    void Write(ByteSpan bytes) const
-    {
-        std::ofstream(path_, std::ios::binary)
-            .write(reinterpret_cast<const char*>(bytes.data()), static_cast<std::streamsize>(bytes.size()));
-    }
-    [[nodiscard]] Bytes Read() const
-    {
-        std::ifstream file(path_, std::ios::binary);
-        return {std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>()};
-    }
-
-private:
-    void Remove() const
-    {
-        std::error_code ignored;
-        std::filesystem::remove(path_, ignored);
-    }
-    std::filesystem::path path_;
-};
+constexpr const char* kFile = "test.mdb";
+constexpr unsigned kNoMatter = 0; ///< a seed for crashes, which there are none of
 
 class Exerciser {
 public:
-    explicit Exerciser(unsigned seed) : random_(seed) {}
+    Exerciser(CrashFileSystem& disk, unsigned seed) : disk_(disk), random_(seed) {}
 
-    void Run(const std::filesystem::path& path)
+    void Run()
     {
-        Attempt([&] { connection_ = Connection::Open(path); });
+        Attempt([&] { connection_ = Connection::Open(kFile, disk_); });
         if (!connection_)
             return;
         ReadEverything();
@@ -71,7 +35,7 @@ public:
             Attempt([&] { ChangeSomething(); });
         Attempt([&] { connection_->Commit(); });
         connection_.reset();
-        Attempt([&] { connection_ = Connection::Open(path); });
+        Attempt([&] { connection_ = Connection::Open(kFile, disk_); });
         if (connection_)
             ReadEverything();
     }
@@ -181,6 +145,7 @@ private:
 
     [[nodiscard]] std::size_t Below(std::size_t end) { return random_() % end; }
 
+    CrashFileSystem& disk_;
     std::mt19937 random_;
     std::unique_ptr<Connection> connection_;
     std::vector<std::string> tables_;
@@ -200,8 +165,8 @@ void AddRow(Recordset& records, const std::vector<std::string>& texts)
 
 Bytes SmallDatabase(JetVersion version)
 {
-    const ScratchFile file;
-    const std::unique_ptr<Connection> database = Connection::Create(file.Path(), version);
+    CrashFileSystem disk(kNoMatter);
+    const std::unique_ptr<Connection> database = Connection::Create(kFile, version, Existing::Refuse, disk);
     database->Execute("CREATE TABLE [order] ([PKEY] Counter NOT NULL, [gone] String, [name] String, [note] Longtext)");
     database->Execute("CREATE UNIQUE INDEX [order_PKEY] ON [order] ([PKEY]) WITH PRIMARY");
     database->Execute("CREATE TABLE [item] ([PKEY] Counter NOT NULL, [FKEY] Long, [code] String)");
@@ -226,15 +191,15 @@ Bytes SmallDatabase(JetVersion version)
     database->Execute("ALTER TABLE [order] ADD COLUMN [copy] String");
     database->Execute("UPDATE [order] SET [copy] = [name]");
     database->Commit();
-    return file.Read();
+    return disk.Content(kFile);
 }
 
 std::string Exercise(ByteSpan file, unsigned seed)
 {
-    const ScratchFile scratch;
-    scratch.Write(file);
-    Exerciser exerciser(seed);
-    exerciser.Run(scratch.Path());
+    CrashFileSystem disk(kNoMatter);
+    disk.Put(kFile, file);
+    Exerciser exerciser(disk, seed);
+    exerciser.Run();
     return exerciser.Fault();
 }
 
