@@ -73,18 +73,6 @@ TEST(RealFiles, PagesAndMapsSayWhatWeTakeThemToSay)
     EXPECT_GT(ownedPages, 50u);
 }
 
-TEST(RealFiles, APasswordIsRespected)
-{
-    REQUIRE_SHARED(shared);
-    const velmora::testing::TempFolder folder;
-    try {
-        static_cast<void>(OpenCopy(shared / "corpus" / "mdb" / "V2000_with-password.mdb", folder.Path()));
-        ADD_FAILURE() << "it was opened";
-    } catch (const Error& error) {
-        EXPECT_EQ(error.Number(), ErrorNumber::NotAValidPassword);
-    }
-}
-
 TEST(RealFiles, TheMapOfFreePagesGrowsSoThatTheCheckerAgrees)
 {
     REQUIRE_SHARED(shared);
