@@ -4,6 +4,37 @@
 
 namespace jet::testing {
 
+std::string Model::ColumnLine(const std::string& table, const std::string& column)
+{
+    return table + " has the column " + column;
+}
+
+std::string Model::IndexLine(const std::string& table, const std::string& index, bool isUnique)
+{
+    return table + " has the index " + index + (isUnique ? ", unique" : "");
+}
+
+std::string Model::RelationLine(const std::string& child, const std::string& parent, bool cascades)
+{
+    return child + " refers to " + parent + (cascades ? ", cascading" : "");
+}
+
+std::set<std::string> Model::Structure() const
+{
+    std::set<std::string> lines;
+    for (const auto& [name, table] : tables) {
+        lines.insert({ColumnLine(name, "PKEY"), IndexLine(name, name + "_PKEY", true)});
+        for (const Column& column : table.columns) {
+            lines.insert(ColumnLine(name, column.name));
+            if (!column.index.empty())
+                lines.insert(IndexLine(name, column.index, column.isUnique));
+        }
+        if (!table.parent.empty())
+            lines.insert({IndexLine(name, name + "_LINK", false), RelationLine(name, table.parent, table.cascades)});
+    }
+    return lines;
+}
+
 bool Model::IsTaken(const Table& table, const std::string& column, int key, const std::string& value)
 {
     return !value.empty() && std::ranges::any_of(table.rows, [&](const auto& other) {

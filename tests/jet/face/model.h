@@ -33,6 +33,12 @@ public:
 
     std::map<std::string, Table> tables;
 
+    /// A line for every column, index and relation.
+    [[nodiscard]] std::set<std::string> Structure() const;
+    [[nodiscard]] static std::string ColumnLine(const std::string& table, const std::string& column);
+    [[nodiscard]] static std::string IndexLine(const std::string& table, const std::string& index, bool isUnique);
+    [[nodiscard]] static std::string RelationLine(const std::string& child, const std::string& parent, bool cascades);
+
     /// With which errors may `row`, a new one (PKEY `key`) or one with new values other than KEY, be refused?
     [[nodiscard]] std::set<ErrorNumber> Refusals(const std::string& table, int key, const Row& row) const;
     /// With which errors may another KEY be refused?

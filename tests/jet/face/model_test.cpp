@@ -11,6 +11,7 @@
 #include <algorithm>
 #include <cstdlib>
 #include <gtest/gtest.h>
+#include <iterator>
 #include <memory>
 #include <random>
 #include <sstream>
@@ -39,12 +40,12 @@ public:
             void (RandomRun::*step)();
         };
         static constexpr Choice kChoices[] = {
-            {3, &RandomRun::MakeTable},  {1, &RandomRun::DropTable},    {3, &RandomRun::AddColumn},
-            {2, &RandomRun::DropColumn}, {1, &RandomRun::CopyColumn},   {2, &RandomRun::MakeIndex},
-            {1, &RandomRun::DropIndex},  {3, &RandomRun::Relate},       {1, &RandomRun::DropRelation},
-            {8, &RandomRun::AddRows},    {1, &RandomRun::Empty},        {4, &RandomRun::DeleteOne},
-            {8, &RandomRun::ChangeOne},  {4, &RandomRun::ChangeOneKey}, {2, &RandomRun::Commit},
-            {1, &RandomRun::RollBack},   {2, &RandomRun::Crash},
+            {3, &RandomRun::MakeTable},    {1, &RandomRun::DropTable},    {3, &RandomRun::AddColumn},
+            {2, &RandomRun::DropColumn},   {1, &RandomRun::CopyColumn},   {2, &RandomRun::MakeIndex},
+            {1, &RandomRun::DropIndex},    {3, &RandomRun::Relate},       {1, &RandomRun::DropRelation},
+            {8, &RandomRun::AddRows},      {1, &RandomRun::Empty},        {4, &RandomRun::DeleteOne},
+            {8, &RandomRun::ChangeOne},    {4, &RandomRun::ChangeOneKey}, {2, &RandomRun::Commit},
+            {1, &RandomRun::FailToCommit}, {1, &RandomRun::RollBack},     {2, &RandomRun::Crash},
         };
         static const unsigned total = [] {
             unsigned sum = 0;
@@ -82,19 +83,33 @@ private:
 
     // ---- What is compared ----
 
-    /// The first table that is not as in `wanted`; empty when all are.
+    /// What is not as in `wanted`: a line of the structure, or else the first table with other rows; empty when all is.
     [[nodiscard]] std::string Difference(const Model& wanted)
     {
-        std::set<std::string> names;
-        for (Rowset rows = connection_->OpenSchema(SchemaKind::Tables, {"", "", "", "TABLE"}); !rows.Eof();
-             rows.MoveNext())
-            names.insert(rows.Text("TABLE_NAME"));
+        std::vector<std::string> lines;
+        std::ranges::set_symmetric_difference(wanted.Structure(), Structure(), std::back_inserter(lines));
+        if (!lines.empty())
+            return lines.front() + ": here, but not there";
         for (const auto& [name, table] : wanted.tables)
-            if (names.erase(name) == 0)
-                return name + " is missing";
-            else if (const std::map<int, Model::Row> rows = RowsOf(name); rows != table.rows)
+            if (const std::map<int, Model::Row> rows = RowsOf(name); rows != table.rows)
                 return name + " holds\n" + AsText(rows) + "instead of\n" + AsText(table.rows);
-        return names.empty() ? "" : *names.begin() + " should not be there";
+        return "";
+    }
+
+    [[nodiscard]] std::set<std::string> Structure()
+    {
+        std::set<std::string> lines;
+        for (Rowset rows = connection_->OpenSchema(SchemaKind::Columns); !rows.Eof(); rows.MoveNext())
+            if (!rows.Text("TABLE_NAME").starts_with("MSys"))
+                lines.insert(Model::ColumnLine(rows.Text("TABLE_NAME"), rows.Text("COLUMN_NAME")));
+        for (Rowset rows = connection_->OpenSchema(SchemaKind::Indexes); !rows.Eof(); rows.MoveNext())
+            if (!rows.Text("TABLE_NAME").starts_with("MSys"))
+                lines.insert(Model::IndexLine(rows.Text("TABLE_NAME"), rows.Text("INDEX_NAME"),
+                                              std::get<bool>(rows.Field("UNIQUE"))));
+        for (Rowset rows = connection_->OpenSchema(SchemaKind::ForeignKeys); !rows.Eof(); rows.MoveNext())
+            lines.insert(Model::RelationLine(rows.Text("FK_TABLE_NAME"), rows.Text("PK_TABLE_NAME"),
+                                             rows.Text("DELETE_RULE") == "CASCADE"));
+        return lines;
     }
 
     [[nodiscard]] std::map<int, Model::Row> RowsOf(const std::string& table)
@@ -380,25 +395,58 @@ private:
         committed_ = model_;
     }
 
+    /// Does a commit fail? With the disk's help it should, at times.
+    [[nodiscard]] bool CommitFails()
+    {
+        try {
+            Commit();
+            return false;
+        } catch (const Error&) {
+            return true;
+        }
+    }
+
+    /// The disk refuses something once: after that there is no way on with the connection.
+    void FailToCommit()
+    {
+        disk_.FailAt(disk_.Operations() + 1 + Below(20), OneIn(2) ? ErrorNumber::DiskFull : ErrorNumber::DiskError);
+        const bool fails = CommitFails();
+        disk_.FailAt(0, ErrorNumber::DiskError);
+        if (!fails)
+            return;
+        EXPECT_TRUE(CommitFails());
+        connection_.reset();
+        Reopen(fails);
+    }
+
+    /// The machine stops between two statements, or somewhere in a commit.
+    void Crash()
+    {
+        bool fails = false;
+        if (!OneIn(3)) {
+            disk_.StopAt(disk_.Operations() + 1 + Below(OneIn(2) ? 8 : 60));
+            fails = CommitFails();
+        }
+        constexpr Loss kLosses[] = {Loss::Nothing, Loss::Some, Loss::All};
+        disk_.Crash(connection_, kLosses[Below(std::size(kLosses))]);
+        Reopen(fails);
+    }
+
     void RollBack()
     {
         connection_.reset();
-        Reopen();
-        model_ = committed_;
-        Compare();
+        Reopen(false);
     }
 
-    /// The machine stops between two statements.
-    void Crash()
+    /// `isOpen`: a commit was stopped at a moment that nobody knows, so all of it may be there, or nothing.
+    void Reopen(bool isOpen)
     {
-        constexpr Loss kLosses[] = {Loss::Nothing, Loss::Some, Loss::All};
-        disk_.Crash(connection_, kLosses[Below(std::size(kLosses))]);
-        Reopen();
+        connection_ = Connection::Open(kFile, disk_);
+        if (isOpen && Difference(model_).empty())
+            committed_ = model_;
         model_ = committed_;
         Compare();
     }
-
-    void Reopen() { connection_ = Connection::Open(kFile, disk_); }
 
     std::mt19937 random_;
     CrashFileSystem disk_;
