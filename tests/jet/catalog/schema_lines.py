@@ -55,7 +55,8 @@ def lines(db):
         yield f"constraint {r['table']} {r['name']} FOREIGN KEY"
         yield f"rule {r['name']} {key} {update} {delete}"
         for ordinal, (_, column, referenced) in enumerate(r["columns"], 1):
-            yield f"key {r['name']} {r['table']}.{column} {r['referenced_table']}.{referenced} {ordinal} {update} {delete}"
+            sides = f"{r['table']}.{column} {r['referenced_table']}.{referenced}"
+            yield f"key {r['name']} {sides} {ordinal} {update} {delete}"
 
 
 for line in sorted(lines(open_mdb(sys.argv[1]))):

@@ -84,7 +84,7 @@ def compare_objects(before, after, changed):
 
 
 def compare_pages(before, context, after, ours):
-    """A page that belongs to a table which we have nothing to do with, or that was leaked, is the same byte for byte."""
+    """A page of a table that nobody has touched, or of nothing, is the same byte for byte."""
     for number in range(before.pages.page_count):
         owners = context.claims.get(number, ["nothing"])
         if any(o in ("free", "global map", "database header", "usage-map records") for o in owners):
