@@ -17,6 +17,19 @@ void MakeEntry(Bytes& entry, ByteSpan key, RowId row)
     StoreBigU32(entry, key.size(), row.Pointer());
 }
 
+/// Fetches what a search looks at first: the mask, and the entries in the middle and the quarters. In trees that
+/// outgrow the processor's cache, waiting for these one after another is most of what a search costs.
+void Prefetch(const PageRef& page, const Format& format)
+{
+    constexpr std::size_t kCacheLine = 64;
+    const Byte* const bytes = page.Bytes().data();
+    const Format::IndexPageLayout& layout = format.indexPage;
+    for (std::size_t at = 0; at < layout.entries; at += kCacheLine)
+        __builtin_prefetch(bytes + at);
+    for (std::size_t quarter = 1; quarter < 4; ++quarter)
+        __builtin_prefetch(bytes + layout.entries + quarter * layout.room / 4);
+}
+
 void RequireLeaf(const IndexPage& page)
 {
     if (!page.IsLeaf())
@@ -84,6 +97,7 @@ PageRef IndexTree::Descend(ByteSpan wanted, Path* path) const
             path->push_back({page.Number(), page.Ordinal(place), isTail});
         before = page.Level() > 1 && place != page.Begin() ? page.Child(page.Before(place)) : 0;
         ref = pager_->Read(isTail ? page.Tail() : page.Child(place));
+        Prefetch(ref, GetFormat());
     }
     throw CorruptPage(ref.Number(), "the index has more levels than an index can have");
 }
