@@ -160,8 +160,10 @@ void RowStore::StorePointer(RowId home, RowId at)
     DataPageEditor editor(pager_->Write(home.page), format);
     const std::size_t size = editor.View().Row(home.slot).size();
     if (format.version == JetVersion::Jet3 || size < kRowPointerSize) {
+        const std::size_t before = editor.View().FreeBytes();
         if (!editor.Resize(home.slot, kRowPointerSize))
             throw CorruptPage(home.page, "row " + std::to_string(home.slot) + " is too short to be moved");
+        NoteRoom(home.page, before, editor.View().FreeBytes());
     }
     editor.SetState(home.slot, SlotState::Moved);
     StoreU32(editor.RowBytes(home.slot), 0, at.Pointer());

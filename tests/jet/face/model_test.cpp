@@ -486,7 +486,7 @@ void CompareInRandomOrder(JetVersion version, unsigned seed)
 
 TEST(RandomStatements, DatabaseAndModelStayTheSame)
 {
-    const unsigned firstSeed = FromEnvironment("VELMORA_MODEL_SEED", 19'970'301);
+    const unsigned firstSeed = FromEnvironment("VELMORA_MODEL_SEED", 5076);
     const unsigned rounds = FromEnvironment("VELMORA_MODEL_ROUNDS", 1);
     for (unsigned round = 0; round < rounds && !HasFailure(); ++round)
         for (const JetVersion version : {JetVersion::Jet3, JetVersion::Jet4}) {
