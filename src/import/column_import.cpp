@@ -65,14 +65,20 @@ bool ColumnImport::ImportLeaf(ElementId leaf, int sinkNumber)
 {
     TableSink& sink = sinks_[sinkNumber];
     const auto field = fields_.InParent(sink, leaf);
-    return field && SetUnlessWrongType(sink, *field, leaf);
+    return field && SetText(sink, *field, leaf);
 }
 
-bool ColumnImport::SetUnlessWrongType(TableSink& sink, std::size_t field, ElementId leaf)
+bool ColumnImport::SetText(TableSink& sink, std::size_t field, ElementId leaf)
+{
+    return SetUnlessWrongType(sink, field, {{}, document_.NameText(document_.Name(leaf))}, document_.Content(leaf),
+                              {leaf, ValueOrigin::kOwnText});
+}
+
+bool ColumnImport::SetUnlessWrongType(TableSink& sink, std::size_t field, const RawName& name, std::string_view value,
+                                      ValueOrigin origin)
 {
     try {
-        writer_.Set(sink, field, {{}, document_.NameText(document_.Name(leaf))}, document_.Content(leaf),
-                    {leaf, ValueOrigin::kOwnText});
+        writer_.Set(sink, field, name, value, origin);
         return true;
     } catch (const RuntimeError& error) {
         if (error.Number() != engine_errors::kWrongType)
@@ -85,7 +91,7 @@ void ColumnImport::ImportOwnText(ElementId leaf, TableSink& sink)
 {
     // A record without its text is still a record: the loss is counted, not fatal.
     if (const auto field = fields_.InOwnTable(sink, leaf))
-        (void)SetUnlessWrongType(sink, *field, leaf);
+        (void)SetText(sink, *field, leaf);
 }
 
 void ColumnImport::ImportLeafIntoOwnTable(ElementId leaf, int ownerSink)
@@ -123,7 +129,8 @@ void ColumnImport::SetAttributes(ElementId element, int sinkNumber, Step& step)
         const auto field = fields_.Attribute(sink, sinkNumber, element, index);
         if (!field)
             continue; // an element of the same name has taken the column's place: the loss is counted
-        writer_.Set(sink, *field, {job_.settings.strAttrPrefix, document_.NameText(name)}, value, {element, name});
+        (void)SetUnlessWrongType(sink, *field, {job_.settings.strAttrPrefix, document_.NameText(name)}, value,
+                                 {element, name});
         if (job_.settings.blAbort)
             return;
     }

@@ -44,7 +44,9 @@ private:
     [[nodiscard]] bool ImportLeaf(ElementId leaf, int sink);
     void ImportLeafIntoOwnTable(ElementId leaf, int ownerSink);
     void ImportOwnText(ElementId leaf, TableSink& sink);
-    [[nodiscard]] bool SetUnlessWrongType(TableSink& sink, std::size_t field, ElementId leaf);
+    [[nodiscard]] bool SetText(TableSink& sink, std::size_t field, ElementId leaf);
+    [[nodiscard]] bool SetUnlessWrongType(TableSink& sink, std::size_t field, const RawName& name,
+                                          std::string_view value, ValueOrigin origin);
     void SetAttributes(ElementId element, int sink, Step& step);
     void ThrowIfLocked();
 

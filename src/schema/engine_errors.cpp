@@ -17,6 +17,10 @@ static_assert(engine_errors::kFieldDefinedTwice == static_cast<int>(jet::ErrorNu
 static_assert(engine_errors::kRelatedRecordRequired == static_cast<int>(jet::ErrorNumber::RelatedRecordRequired));
 static_assert(engine_errors::kDataViolatesRelation == static_cast<int>(jet::ErrorNumber::DataViolatesRelation));
 static_assert(engine_errors::kFieldExists == static_cast<int>(jet::ErrorNumber::FieldExists));
+static_assert(engine_errors::kRelationTypesDiffer == static_cast<int>(jet::ErrorNumber::RelationTypesDiffer));
+static_assert(engine_errors::kNoPrimaryKey == static_cast<int>(jet::ErrorNumber::NoPrimaryKey));
+static_assert(engine_errors::kNotUniquelyIndexed == static_cast<int>(jet::ErrorNumber::NotUniquelyIndexed));
+static_assert(engine_errors::kNoSuchField == static_cast<int>(jet::ErrorNumber::NoSuchField));
 static_assert(engine_errors::kWrongType == static_cast<int>(jet::ErrorNumber::WrongType));
 
 RuntimeError FromEngine(const jet::Error& error)

@@ -20,8 +20,12 @@ inline constexpr int kRecordDeleted = 3167;
 inline constexpr int kTooManyFields = 3190;
 inline constexpr int kFieldDefinedTwice = 3191;
 inline constexpr int kRelatedRecordRequired = 3201;
+inline constexpr int kRelationTypesDiffer = 3368;
+inline constexpr int kNoPrimaryKey = 3373;
+inline constexpr int kNotUniquelyIndexed = 3374;
 inline constexpr int kDataViolatesRelation = 3379;
 inline constexpr int kFieldExists = 3380;
+inline constexpr int kNoSuchField = 3381;
 inline constexpr int kWrongType = 3421;
 } // namespace engine_errors
 

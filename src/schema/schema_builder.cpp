@@ -312,8 +312,24 @@ void SchemaBuilder::Execute(const std::string& sql, const DdlSubject& subject)
     }
 }
 
-/// False, with a protocol line, when the table's rows forbid the relation or it would need an index too many: the
-/// records and their keys are worth more than the relation.
+/// Tables that somebody else made may have no key columns, or such as cannot be related; rows that are there may forbid
+/// the relation; and a table holds only so many indexes.
+bool IsRelationImpossible(const RuntimeError& error)
+{
+    switch (error.Number()) {
+    case engine_errors::kNoSuchField:
+    case engine_errors::kRelationTypesDiffer:
+    case engine_errors::kNoPrimaryKey:
+    case engine_errors::kNotUniquelyIndexed:
+    case engine_errors::kDataViolatesRelation:
+    case engine_errors::kTooManyIndexes:
+        return true;
+    default:
+        return false;
+    }
+}
+
+/// False, with a protocol line, when the relation is impossible: the records are worth more than it.
 bool SchemaBuilder::ExecuteIfAllowed(const std::string& sql, const DdlSubject& subject, const std::string& table,
                                      const std::string& parent)
 {
@@ -321,7 +337,7 @@ bool SchemaBuilder::ExecuteIfAllowed(const std::string& sql, const DdlSubject& s
         session_.ExecuteSql(sql);
         return true;
     } catch (const RuntimeError& error) {
-        if (error.Number() != engine_errors::kDataViolatesRelation && error.Number() != engine_errors::kTooManyIndexes)
+        if (!IsRelationImpossible(error))
             throw Explain(error, subject);
         session_.LeaveOutRelation(table);
         job_.log.ProtocolAppend("Relation between [" + table + "] and [" + parent + "] left out: " + error.what());

@@ -1,26 +1,12 @@
 #include "driver/conversion.h"
 
+#include "jet/base/value_codec.h"
 #include "jet/connection.h"
 #include "settings/command_line.h"
 
 #include <algorithm>
 
 namespace velmora::testing {
-
-namespace {
-
-std::string FieldText(const jet::Value& value)
-{
-    if (jet::IsNull(value))
-        return {};
-    if (const auto* text = std::get_if<std::string>(&value))
-        return *text;
-    if (const auto* number = std::get_if<std::int32_t>(&value))
-        return std::to_string(*number);
-    return "?";
-}
-
-} // namespace
 
 Conversion::Conversion() : job(host), batch(job, map, {folder_.Path().string(), folder_.Path().string()})
 {
@@ -110,7 +96,7 @@ std::string Conversion::Dump(std::string_view table) const
     text += "\n";
     for (records.MoveFirst(); !records.Eof(); records.MoveNext()) {
         for (std::size_t field = 0; field < records.FieldCount(); ++field)
-            text += (field ? "|" : "") + FieldText(records.Get(field));
+            text += (field ? "|" : "") + jet::ToText(records.Get(field));
         text += "\n";
     }
     return text;
