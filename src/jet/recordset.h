@@ -11,7 +11,8 @@
 
 namespace jet {
 
-/// An updatable view of one table: rows one after another, and one record at a time that is being added or changed.
+/// An updatable view of one table: rows one after another, and one record at a time that is being added or changed. It
+/// must not outlive its connection.
 ///
 /// The rules that the columns' properties make are kept: Required, AllowZeroLength and a DefaultValue that is a literal
 /// or a simple function. ValidationRule is not looked at, nor is a default value that is any other expression.

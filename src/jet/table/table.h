@@ -73,7 +73,8 @@ public:
     /// From now on the values of this memo or OLE column never stay in the row, however short.
     void SetNeverInline(std::size_t column) { def_.columns[column].neverInline = true; }
 
-    // Rows. A row is named by its home slot, which never changes.
+    // Rows. A row is named by its home slot, which never changes. A damaged page may stop a change anywhere; nothing
+    // can be committed then.
 
     /// Throws DuplicateKey, NullInPrimaryKey, FieldRequired, RecordTooLarge, DatabaseFull, and what the hook throws;
     /// nothing is changed then. The hook is asked last, when the table itself has nothing against the record.
@@ -137,6 +138,9 @@ private:
     struct Parts;
     class RowChange;
     class Rewrite;
+    RowId InsertRow(const Record& record);
+    void UpdateRow(RowId row, const Record& record);
+    void DeleteRow(RowId row);
     void AddIndex(LogicalIndex entry, const RealIndex* wanted);
     void Adopt(TableDef def);
     void NumberRows(std::size_t column);

@@ -3,7 +3,39 @@
 
 namespace jet {
 
+namespace {
+
+/// A damaged page may stop a change anywhere; what has been done until then must not be committed.
+template <class Change>
+auto EndedByDamage(Pager& pager, Change&& change)
+{
+    try {
+        return change();
+    } catch (const Error& error) {
+        if (error.Number() == ErrorNumber::NotADatabase)
+            pager.Fail(error);
+        throw;
+    }
+}
+
+} // namespace
+
 RowId Table::Insert(const Record& record)
+{
+    return EndedByDamage(*pager_, [&] { return InsertRow(record); });
+}
+
+void Table::Update(RowId row, const Record& record)
+{
+    EndedByDamage(*pager_, [&] { UpdateRow(row, record); });
+}
+
+void Table::Delete(RowId row)
+{
+    EndedByDamage(*pager_, [&] { DeleteRow(row); });
+}
+
+RowId Table::InsertRow(const Record& record)
 {
     RowChange change(*this);
     change.CheckInsert(record);
@@ -12,7 +44,7 @@ RowId Table::Insert(const Record& record)
     return change.Insert(record);
 }
 
-void Table::Update(RowId row, const Record& record)
+void Table::UpdateRow(RowId row, const Record& record)
 {
     RowChange change(*this);
     if (!change.ReadBefore(row))
@@ -30,7 +62,7 @@ void Table::Update(RowId row, const Record& record)
     change.Update(row, record);
 }
 
-void Table::Delete(RowId row)
+void Table::DeleteRow(RowId row)
 {
     RowChange change(*this);
     if (!change.ReadBefore(row))

@@ -1,6 +1,7 @@
 #include "jet/damage/exercise.h"
 #include "jet/damage/page_damage.h"
 
+#include "jet/connection.h"
 #include "support/shared.h"
 
 #include <fstream>
@@ -46,6 +47,50 @@ TEST(DamagedDatabase, ThatAccessMadeIsRefusedWhereTheDamageIs)
         for (unsigned seed = 1; seed <= 5; ++seed)
             DamageAndExercise(file, seed);
     }
+}
+
+/// The last page that holds entries of an index.
+std::size_t LastLeaf(const Bytes& file, std::size_t pageSize)
+{
+    std::size_t page = file.size() / pageSize - 1;
+    while (file[page * pageSize] != static_cast<Byte>(PageType::IndexLeaf))
+        --page;
+    return page;
+}
+
+TEST(DamagedDatabase, TakesNoHalfOfARecord)
+{
+    const velmora::testing::TempFolder folder;
+    const std::filesystem::path path = folder / "a.mdb";
+    {
+        const auto connection = Connection::Create(path, JetVersion::Jet4);
+        connection->Execute("CREATE TABLE t (a Long, b String)");
+        connection->Execute("CREATE INDEX i ON t (b)");
+        connection->Commit();
+    }
+    std::fstream file(path, std::ios::binary | std::ios::in | std::ios::out);
+    const Bytes whole{std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>()};
+    file.seekp(static_cast<std::streamoff>(LastLeaf(whole, 4096) * 4096));
+    file.put('\x07');
+    file.close();
+
+    const auto connection = Connection::Open(path);
+    Recordset records = connection->OpenTable("t");
+    const auto save = [&] {
+        records.AddNew();
+        records.SetLong(0, 1);
+        records.Update();
+    };
+    const auto numberOf = [](const auto& what) {
+        try {
+            what();
+        } catch (const Error& error) {
+            return error.Number();
+        }
+        return ErrorNumber{};
+    };
+    EXPECT_EQ(numberOf(save), ErrorNumber::NotADatabase);
+    EXPECT_EQ(numberOf([&] { connection->Commit(); }), ErrorNumber::NotADatabase);
 }
 
 } // namespace
