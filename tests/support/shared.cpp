@@ -2,6 +2,7 @@
 
 #include "support/process.h"
 
+#include <algorithm>
 #include <cstdlib>
 #include <fstream>
 #include <iterator>
@@ -17,6 +18,16 @@ std::optional<std::filesystem::path> SharedFolder()
     if (!std::filesystem::is_directory(value))
         throw std::runtime_error(std::string("VELMORA_SHARED names no folder: ") + value);
     return std::filesystem::path(value);
+}
+
+std::vector<std::filesystem::path> RealDatabases(const std::filesystem::path& shared)
+{
+    std::vector<std::filesystem::path> files;
+    for (const auto& entry : std::filesystem::directory_iterator(shared / "corpus" / "mdb"))
+        if (entry.path().extension() == ".mdb" && entry.path().filename() != "V2000_with-password.mdb")
+            files.push_back(entry.path());
+    std::ranges::sort(files);
+    return files;
 }
 
 TempFolder::TempFolder()

@@ -20,6 +20,9 @@ namespace velmora::testing {
         GTEST_SKIP() << "skipped: VELMORA_SHARED is not set (the folder with the shared corpus and checker)";          \
     const std::filesystem::path variable = *::velmora::testing::SharedFolder()
 
+/// The databases of the shared corpus that Access and its engine made and that open without a password, in order.
+[[nodiscard]] std::vector<std::filesystem::path> RealDatabases(const std::filesystem::path& shared);
+
 /// A new empty folder below the system's folder for temporary files; removed with everything in it at the end.
 class TempFolder {
 public:

@@ -3,34 +3,21 @@
 #include "jet/error.h"
 
 #include <gtest/gtest.h>
-#include <string>
-#include <string_view>
 #include <utility>
 
 namespace jet {
 namespace {
 
+using testing::FromHex;
 using testing::Hex;
 
-/// Bytes of hexadecimal digits; blanks part what belongs together.
-Bytes Packed(std::string_view digits)
-{
-    std::string spaced;
-    for (const char c : digits) {
-        if (c == ' ')
-            continue;
-        spaced += c;
-        if (spaced.size() % 3 == 2)
-            spaced += ' ';
-    }
-    return testing::FromHex(spaced);
-}
-
 // What the engine of Access writes for NOT NULL of a column PKEY.
-constexpr const char* kJet4Required = "4D523200 18000000 8000 1000 5200650071007500690072006500 6400 "
-                                      "1D000000 0100 0E000000 0800 50004B0045005900 0900 01 01 0000 0100 01";
-constexpr const char* kJet3Required = "4B4B4400 10000000 8000 0800 5265717569726564 "
-                                      "19000000 0100 0A000000 0400 504B4559 0900 01 01 0000 0100 01";
+constexpr const char* kJet4Required =
+    "4D 52 32 00 18 00 00 00 80 00 10 00 52 00 65 00 71 00 75 00 69 00 72 00 65 00 64 00 1D 00 00 00 "
+    "01 00 0E 00 00 00 08 00 50 00 4B 00 45 00 59 00 09 00 01 01 00 00 01 00 01";
+constexpr const char* kJet3Required =
+    "4B 4B 44 00 10 00 00 00 80 00 08 00 52 65 71 75 69 72 65 64 19 00 00 00 01 00 0A 00 00 00 04 00 "
+    "50 4B 45 59 09 00 01 01 00 00 01 00 01";
 
 TEST(PropertyBlob, NotNullIsWrittenAsAccessWritesIt)
 {
@@ -38,14 +25,14 @@ TEST(PropertyBlob, NotNullIsWrittenAsAccessWritesIt)
          {std::pair{JetVersion::Jet3, kJet3Required}, std::pair{JetVersion::Jet4, kJet4Required}}) {
         PropertyBlob blob(FormatOf(version));
         blob.SetBoolean("PKEY", kRequiredProperty, true);
-        EXPECT_EQ(Hex(blob.Serialize()), Hex(Packed(expected)));
+        EXPECT_EQ(Hex(blob.Serialize()), expected);
     }
 }
 
 TEST(PropertyBlob, KeepsWhatItDoesNotTouch)
 {
     const Format& format = FormatOf(JetVersion::Jet4);
-    PropertyBlob blob(format, Packed(kJet4Required));
+    PropertyBlob blob(format, FromHex(kJet4Required));
     EXPECT_TRUE(blob.FindBoolean("PKEY", kRequiredProperty));
     EXPECT_FALSE(blob.FindBoolean("FKEY", kRequiredProperty));
     EXPECT_FALSE(blob.Find("PKEY", "DefaultValue"));
@@ -67,7 +54,7 @@ TEST(PropertyBlob, KeepsWhatItDoesNotTouch)
 TEST(PropertyBlob, ADamagedBlobIsAnError)
 {
     const Format& format = FormatOf(JetVersion::Jet4);
-    const Bytes whole = Packed(kJet4Required);
+    const Bytes whole = FromHex(kJet4Required);
     for (std::size_t size = 0; size < whole.size(); ++size) {
         // Cut between two blocks it is whole again, only shorter.
         if (size == 4 || size == 28)

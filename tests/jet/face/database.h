@@ -17,6 +17,18 @@ namespace jet::testing {
 
 inline constexpr JetVersion kVersions[] = {JetVersion::Jet3, JetVersion::Jet4};
 
+/// The number of the error that `action` ends with; nullopt when there is none.
+template <typename Action>
+[[nodiscard]] std::optional<ErrorNumber> ErrorOf(const Action& action)
+{
+    try {
+        action();
+    } catch (const Error& error) {
+        return error.Number();
+    }
+    return std::nullopt;
+}
+
 /// A database in a folder of its own, and the states of it that were kept for the checker.
 class Database {
 public:
@@ -31,12 +43,7 @@ public:
     /// The number of the error that the statement ends with; nullopt when it is carried out.
     [[nodiscard]] std::optional<ErrorNumber> Try(std::string_view sql)
     {
-        try {
-            connection_->Execute(sql);
-        } catch (const Error& error) {
-            return error.Number();
-        }
-        return std::nullopt;
+        return ErrorOf([&] { connection_->Execute(sql); });
     }
     void Reopen()
     {

@@ -205,12 +205,9 @@ TEST(RealFiles, AreExtendedEmptiedAndDroppedAndKeepTheRest)
 {
     REQUIRE_SHARED(shared);
     const velmora::testing::TempFolder folder;
-    for (const fs::directory_entry& entry : fs::directory_iterator(shared / "corpus/mdb")) {
-        const std::string name = entry.path().filename().string();
-        if (entry.path().extension() != ".mdb" || name == "V2000_with-password.mdb")
-            continue;
-        SCOPED_TRACE(name);
-        RealFile file(entry.path(), folder / entry.path().stem());
+    for (const fs::path& path : velmora::testing::RealDatabases(shared)) {
+        SCOPED_TRACE(path.filename());
+        RealFile file(path, folder / path.stem());
         try {
             const std::vector<std::string> tables = file.UserTables();
             Add(file);
@@ -220,7 +217,7 @@ TEST(RealFiles, AreExtendedEmptiedAndDroppedAndKeepTheRest)
         } catch (const Error& error) {
             ADD_FAILURE() << static_cast<int>(error.Number()) << ": " << error.what();
         }
-        std::vector<std::string> arguments{"python3", COMPARE_FILES, entry.path().string()};
+        std::vector<std::string> arguments{"python3", COMPARE_FILES, path.string()};
         for (const fs::path& state : file.States())
             arguments.push_back(state.string());
         const auto compared = velmora::testing::RunProcess(

@@ -10,20 +10,10 @@ namespace jet {
 namespace {
 
 namespace fs = std::filesystem;
+using testing::ErrorOf;
 using velmora::testing::ReadFile;
 using velmora::testing::TempFolder;
 using velmora::testing::WriteFile;
-
-template <typename Action>
-std::optional<ErrorNumber> ErrorOf(const Action& action)
-{
-    try {
-        action();
-    } catch (const Error& error) {
-        return error.Number();
-    }
-    return std::nullopt;
-}
 
 std::optional<ErrorNumber> ErrorOfOpening(const fs::path& path)
 {

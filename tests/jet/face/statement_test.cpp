@@ -1,45 +1,10 @@
 #include "jet/face/database.h"
-#include "support/process.h"
 
 namespace jet {
 namespace {
 
 using testing::Database;
 using testing::kVersions;
-
-TEST(Statement, EveryChangeLeavesASoundFile)
-{
-    constexpr const char* kStatements[] = {
-        "CREATE TABLE [person] ([PKEY] Counter NOT NULL, [FKEY] Long, [name] String, [note] Longtext, [size] Text(40) "
-        "NOT NULL);",
-        "CREATE UNIQUE INDEX [person_PKEY] ON [person] ([PKEY]) WITH PRIMARY;",
-        "CREATE TABLE [phone] ([PKEY] Counter NOT NULL, [FKEY] Long, [MASTER_TABLE] String, [number] String);",
-        "CREATE UNIQUE INDEX [phone_PKEY] ON [phone] ([PKEY]) WITH PRIMARY;",
-        "CREATE INDEX [phone_FKEY] ON [phone] ([FKEY]);",
-        "ALTER TABLE [phone] ADD CONSTRAINT [phone_LINK] FOREIGN KEY ([FKEY]) REFERENCES [person] ([PKEY]) ON UPDATE "
-        "CASCADE "
-        "ON DELETE CASCADE;",
-        "ALTER TABLE [phone] DROP COLUMN [MASTER_TABLE];",
-        "ALTER TABLE [person] ADD COLUMN [more] Longtext NOT NULL",
-        "ALTER TABLE [person] DROP COLUMN [size]",
-        "CREATE INDEX [by name] ON [person] ([name] DESC, [FKEY])",
-        "DROP INDEX [by name] ON [person]",
-        "ALTER TABLE [phone] DROP CONSTRAINT [phone_LINK]",
-        "DELETE * FROM [person]",
-        "DROP TABLE [person]",
-        "DROP TABLE [phone]",
-    };
-    for (const JetVersion version : kVersions) {
-        Database database(version);
-        for (const char* sql : kStatements) {
-            SCOPED_TRACE(sql);
-            EXPECT_EQ(database.Try(sql), std::nullopt);
-            database.Keep();
-        }
-        EXPECT_EQ(database.Schema(SchemaKind::Tables, {"", "", "", "TABLE"}, {"TABLE_NAME"}), "");
-        EXPECT_TRUE(database.AllSound());
-    }
-}
 
 TEST(Statement, ARefusedOneHasChangedNothing)
 {
@@ -62,12 +27,14 @@ TEST(Statement, ARefusedOneHasChangedNothing)
         {manyColumns + ")", ErrorNumber::TooManyFields},
         {"ALTER TABLE x ADD COLUMN a Long", ErrorNumber::NoSuchTable},
         {"ALTER TABLE t ADD COLUMN NAME Long", ErrorNumber::FieldExists},
+        {"ALTER TABLE t ADD COLUMN a Counter", ErrorNumber::TwoAutoNumbers},
         {"ALTER TABLE t DROP COLUMN x", ErrorNumber::NoSuchField},
         {"ALTER TABLE t DROP COLUMN PKEY", ErrorNumber::FieldInIndex},
         {"CREATE INDEX t_pkey ON t (name)", ErrorNumber::IndexExists},
         {"CREATE UNIQUE INDEX p ON t (name) WITH PRIMARY", ErrorNumber::PrimaryKeyExists},
         {"CREATE UNIQUE INDEX u ON t (name)", ErrorNumber::DuplicateKey},
         {"CREATE INDEX i ON t (x)", ErrorNumber::NoSuchField},
+        {"CREATE INDEX i ON t (note)", ErrorNumber::WrongType},
         {"CREATE INDEX i ON x (a)", ErrorNumber::NoSuchTable},
         {"DROP INDEX x ON t", ErrorNumber::NoSuchIndex},
         {"DROP TABLE x", ErrorNumber::NoSuchTable},
@@ -80,7 +47,7 @@ TEST(Statement, ARefusedOneHasChangedNothing)
     };
     for (const JetVersion version : kVersions) {
         Database database(version);
-        database.Execute("CREATE TABLE t (PKEY Counter NOT NULL, name String, small Text(3), n Long)");
+        database.Execute("CREATE TABLE t (PKEY Counter NOT NULL, name String, small Text(3), n Long, note Memo)");
         database.Execute("CREATE UNIQUE INDEX t_PKEY ON t (PKEY) WITH PRIMARY");
         for (const char* name : {"abc", "ABC", "longer"})
             database.Add("t", {{"name", name}, {"small", "x"}, {"n", "7"}});
@@ -112,42 +79,6 @@ TEST(Statement, ATableInUseIsNotDroppedNorItsRelations)
     }
     EXPECT_EQ(database.Try("ALTER TABLE c DROP CONSTRAINT link"), std::nullopt);
     EXPECT_EQ(database.Try("DROP TABLE t"), std::nullopt);
-}
-
-TEST(Statement, WideningATextColumnKeepsTheTable)
-{
-    const std::string statements[] = {
-        "ALTER TABLE [t] ADD COLUMN [tmp_20240131235959] LONGTEXT;",
-        "UPDATE [t] SET [tmp_20240131235959] = [a]",
-        "ALTER TABLE [t] DROP COLUMN [a];",
-        "ALTER TABLE [t] ADD COLUMN [a] LONGTEXT;",
-        "UPDATE [t] SET [a] = [tmp_20240131235959]",
-        "ALTER TABLE [t] DROP COLUMN [tmp_20240131235959];",
-    };
-    for (const JetVersion version : kVersions) {
-        Database database(version);
-        database.Execute("CREATE TABLE t (PKEY Counter NOT NULL, a String, b String)");
-        database.Execute("CREATE UNIQUE INDEX t_PKEY ON t (PKEY) WITH PRIMARY");
-        const std::string wide(255, 'w');
-        database.Add("t", {{"a", "first"}, {"b", "1"}});
-        database.Add("t", {{"b", "2"}});
-        database.Add("t", {{"a", wide}, {"b", "3"}});
-        database.Add("t", {{"a", ""}, {"b", "4"}});
-        // More often than a table has column numbers to give: two for each time.
-        for (int time = 0; time < 140; ++time)
-            for (const std::string& sql : statements)
-                ASSERT_EQ(database.Try(sql), std::nullopt) << sql << ", time " << time;
-        EXPECT_EQ(database.Rows("t"), "1|1|first\n2|2|\n3|3|" + wide + "\n4|4|\n");
-        database.Add("t", {{"a", std::string(3000, 'x')}});
-        EXPECT_EQ(database.Count("t"), 5u);
-        EXPECT_TRUE(database.AllSound());
-
-        database.Reopen();
-        const auto exported = velmora::testing::RunProcess({"mdb-export", database.Path().string(), "t"});
-        const bool isInstalled = exported.status != 127;
-        EXPECT_TRUE(!isInstalled || exported.output.find("3,\"3\",\"" + wide + "\"") != std::string::npos)
-            << exported.output;
-    }
 }
 
 TEST(Statement, DecimalColumnsHaveTheirDigits)

@@ -120,22 +120,6 @@ TEST(IndexKey, OnlyTheFirst255CharactersOfATextCount)
     EXPECT_EQ(TextKey(kJet4, std::string(255, '-')).size(), 1 + 1 + 2 + 1 + 255 * 4 + 1u);
 }
 
-TEST(IndexKey, KeysOrderAsTheNumbersDo)
-{
-    const double values[] = {-1e300, -2.5, -1.0, -1e-300, 0.0, 1e-300, 1.0, 1.5, 1e300};
-    for (const SortOrder order : {kUp, kDown}) {
-        std::vector<Bytes> keys;
-        for (const double value : values) {
-            Bytes stored(8);
-            StoreU64(stored, 0, std::bit_cast<std::uint64_t>(value));
-            AppendKey(keys.emplace_back(), kJet4, {ColumnType::Double, order, {}}, stored);
-        }
-        if (order == kDown)
-            std::ranges::reverse(keys);
-        EXPECT_TRUE(std::ranges::is_sorted(keys));
-    }
-}
-
 TEST(IndexKey, WhatCannotBeEncodedIsRefused)
 {
     struct Case {

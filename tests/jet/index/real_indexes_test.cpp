@@ -15,16 +15,6 @@
 namespace jet {
 namespace {
 
-std::vector<std::filesystem::path> Databases(const std::filesystem::path& shared)
-{
-    std::vector<std::filesystem::path> files;
-    for (const auto& file : std::filesystem::directory_iterator(shared / "corpus" / "mdb"))
-        if (file.path().extension() == ".mdb" && file.path().filename() != "V2000_with-password.mdb")
-            files.push_back(file.path());
-    std::ranges::sort(files);
-    return files;
-}
-
 /// Writing the page's own entries with its own prefix gives the page's own bytes.
 void ExpectPackedAlike(Pager& pager, const IndexPage& page, ByteSpan original)
 {
@@ -42,7 +32,7 @@ TEST(RealIndexes, PagesAndTreesReadAsTheyStand)
 {
     REQUIRE_SHARED(shared);
     std::size_t trees = 0;
-    for (const std::filesystem::path& path : Databases(shared)) {
+    for (const std::filesystem::path& path : velmora::testing::RealDatabases(shared)) {
         SCOPED_TRACE(path.filename());
         velmora::testing::TempFolder folder;
         std::filesystem::copy_file(path, folder / "copy.mdb");
@@ -84,7 +74,7 @@ TEST(RealIndexes, KeysAreThoseThatAccessWrote)
 {
     REQUIRE_SHARED(shared);
     std::vector<std::string> command{"python3", DUMP_KEYS};
-    for (const std::filesystem::path& path : Databases(shared))
+    for (const std::filesystem::path& path : velmora::testing::RealDatabases(shared))
         command.push_back(path);
     const auto result = velmora::testing::RunProcess(command, {{"PYTHONPATH", shared / "tools"}});
     ASSERT_EQ(result.status, 0) << result.errors;

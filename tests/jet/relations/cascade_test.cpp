@@ -4,18 +4,8 @@ namespace jet {
 namespace {
 
 using testing::Database;
+using testing::ErrorOf;
 using testing::kVersions;
-
-template <typename Action>
-std::optional<ErrorNumber> ErrorOf(const Action& action)
-{
-    try {
-        action();
-    } catch (const Error& error) {
-        return error.Number();
-    }
-    return std::nullopt;
-}
 
 /// A table whose records carry an `id`, which is its key, and a `ref` to the id of the table `to`.
 void MakeTable(Database& database, const std::string& name, const std::string& to, const std::string& rules)
@@ -41,6 +31,7 @@ TEST(Integrity, ARowNeedsTheRowItRefersTo)
         EXPECT_EQ(ErrorOf([&] { database.Add("b", {{"id", "1"}, {"ref", "1"}}); }), std::nullopt);
         EXPECT_EQ(ErrorOf([&] { database.Add("b", {{"id", "2"}, {"ref", "2"}}); }), ErrorNumber::RelatedRecordRequired);
         EXPECT_EQ(ErrorOf([&] { database.Add("b", {{"id", "3"}}); }), std::nullopt);
+        EXPECT_EQ(ErrorOf([&] { database.Add("b", {{"ref", "1"}}); }), ErrorNumber::NullInPrimaryKey);
         // A key that was found once is looked up again after its row has gone.
         EXPECT_EQ(ErrorOf([&] { database.Add("b", {{"id", "4"}, {"ref", "1"}}); }), std::nullopt);
         database.Execute("DELETE * FROM a");

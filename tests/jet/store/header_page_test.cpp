@@ -35,18 +35,6 @@ std::optional<ErrorNumber> Refusal(ByteSpan page)
 
 } // namespace
 
-TEST(HeaderPage, ReadsBackWhatItMakes)
-{
-    for (const JetVersion version : kBothVersions) {
-        const DatabaseHeader header = ReadHeader(NewHeader(version), "some.mdb");
-        EXPECT_EQ(header.version, version);
-        EXPECT_EQ(header.freePages, (RowId{1, 0}));
-        EXPECT_EQ(header.build, 9756u);
-        EXPECT_EQ(header.sortOrder, kGeneralSortOrder);
-        EXPECT_EQ(header.creationDate, version == JetVersion::Jet4 ? 42329.94479166667 : 0);
-    }
-}
-
 TEST(HeaderPage, EqualsAccessesOwnByteForByte)
 {
     REQUIRE_SHARED(shared);

@@ -5,10 +5,8 @@
 
 #include <algorithm>
 #include <cstring>
-#include <functional>
 #include <map>
 #include <memory>
-#include <string>
 #include <vector>
 
 namespace jet::testing {
@@ -19,8 +17,6 @@ struct MemoryDisk {
 
     std::map<std::uint64_t, Bytes> chunks; ///< by number; missing ones are zero
     std::uint64_t size = 0;
-    std::vector<std::string> log;                            ///< "sync", "write <offset>"
-    std::function<void(std::uint64_t offset)> beforeWrite{}; ///< may throw
 };
 
 /// A file on a MemoryDisk, which outlives it. Offsets and sizes are multiples of kChunk, except in reads.
@@ -44,9 +40,6 @@ public:
 
     void WriteAt(std::uint64_t offset, ByteSpan bytes) override
     {
-        if (disk_.beforeWrite)
-            disk_.beforeWrite(offset);
-        disk_.log.push_back("write " + std::to_string(offset));
         for (std::size_t done = 0; done < bytes.size(); done += MemoryDisk::kChunk) {
             const ByteSpan chunk = bytes.subspan(done, MemoryDisk::kChunk);
             const std::uint64_t number = (offset + done) / MemoryDisk::kChunk;
@@ -61,7 +54,7 @@ public:
 
     std::uint64_t Size() override { return disk_.size; }
     void Truncate(std::uint64_t size) override { disk_.size = size; }
-    void Sync() override { disk_.log.push_back("sync"); }
+    void Sync() override {}
 
 private:
     MemoryDisk& disk_;

@@ -2,7 +2,6 @@
 
 #include "jet/error.h"
 #include "memory_file.h"
-#include "support/shared.h"
 
 #include <gtest/gtest.h>
 #include <random>
@@ -46,22 +45,6 @@ TEST(Pager, WhatWasCommittedIsThereAgain)
     }
 }
 
-TEST(Pager, TheHeaderIsWrittenLastAndOnlyByACommit)
-{
-    MemoryDisk disk;
-    {
-        const auto pager = NewPager(disk, JetVersion::Jet4);
-        Sign(pager->Allocate());
-        pager->Commit();
-        EXPECT_EQ(disk.log, (std::vector<std::string>{"write 4096", "sync", "write 0", "sync"}));
-        pager->Commit(); // nothing to do
-        EXPECT_EQ(disk.log.size(), 4u);
-        Sign(pager->Write(2));
-    }
-    EXPECT_EQ(disk.log.size(), 4u);
-    EXPECT_EQ(LoadU16(OpenPager(disk)->Read(0).Bytes(), FormatOf(JetVersion::Jet4).commitCounters), 0x0102);
-}
-
 TEST(Pager, APageHeldAcrossACommitKeepsItsLaterChanges)
 {
     MemoryDisk disk;
@@ -75,21 +58,6 @@ TEST(Pager, APageHeldAcrossACommitKeepsItsLaterChanges)
         pager->Commit();
     }
     EXPECT_EQ(LoadU32(OpenPager(disk)->Read(2).Bytes(), 100), 2u);
-}
-
-TEST(Pager, AfterADiskThatWasFullNothingIsCommitted)
-{
-    MemoryDisk disk;
-    const auto pager = NewPager(disk, JetVersion::Jet3, 1);
-    disk.beforeWrite = [](std::uint64_t offset) {
-        if (offset >= 40 * 2048)
-            throw Error(ErrorNumber::DiskFull);
-    };
-    EXPECT_THROW(for (int i = 0; i < 1000; ++i) Sign(pager->Allocate());, Error);
-    disk.beforeWrite = nullptr;
-    const std::size_t writes = disk.log.size();
-    EXPECT_THROW(pager->Commit(), Error);
-    EXPECT_EQ(disk.log.size(), writes);
 }
 
 TEST(Pager, TheLowestFreePageIsTakenHoweverTheMapIsStored)
@@ -159,33 +127,6 @@ TEST(Pager, AFileThatIsNotWholePagesIsRefused)
         disk.size = size;
         EXPECT_THROW(static_cast<void>(OpenPager(disk)), Error) << size;
     }
-}
-
-TEST(File, ErrorsOfTheSystemBecomeTheEngines)
-{
-    const velmora::testing::TempFolder folder;
-    const auto number = [](const std::filesystem::path& path, OpenMode mode) {
-        try {
-            static_cast<void>(OpenFile(path, mode));
-            return ErrorNumber{};
-        } catch (const Error& error) {
-            return error.Number();
-        }
-    };
-    EXPECT_EQ(number(folder / "a.mdb", OpenMode::ReadWrite), ErrorNumber::FileNotFound);
-    EXPECT_EQ(number(folder / "none/a.mdb", OpenMode::CreateNew), ErrorNumber::InvalidPath);
-    EXPECT_EQ(number(folder / "a.mdb", OpenMode::CreateNew), ErrorNumber{});
-    EXPECT_EQ(number(folder / "a.mdb", OpenMode::CreateNew), ErrorNumber::DatabaseExists);
-    EXPECT_EQ(number(folder / "a.mdb/b.mdb", OpenMode::ReadWrite), ErrorNumber::InvalidPath);
-    EXPECT_EQ(number(folder.Path(), OpenMode::ReadWrite), ErrorNumber::InvalidPath);
-
-    const auto file = OpenFile(folder / "a.mdb", OpenMode::ReadWrite);
-    file->WriteAt(10, Bytes{1, 2, 3});
-    Bytes read(3);
-    file->ReadAt(10, read);
-    EXPECT_EQ(read, (Bytes{1, 2, 3}));
-    EXPECT_EQ(file->Size(), 13u);
-    EXPECT_THROW(file->ReadAt(11, read), Error);
 }
 
 } // namespace jet::testing

@@ -10,16 +10,6 @@ namespace jet::testing {
 
 namespace {
 
-/// The databases of Access and Jet in the shared corpus that can be opened.
-std::vector<std::filesystem::path> RealFiles(const std::filesystem::path& shared)
-{
-    std::vector<std::filesystem::path> files;
-    for (const auto& entry : std::filesystem::directory_iterator(shared / "corpus" / "mdb"))
-        if (entry.path().extension() == ".mdb" && entry.path().filename() != "V2000_with-password.mdb")
-            files.push_back(entry.path());
-    return files;
-}
-
 std::unique_ptr<Pager> OpenCopy(const std::filesystem::path& file, const std::filesystem::path& folder)
 {
     std::filesystem::copy_file(file, folder / file.filename(), std::filesystem::copy_options::overwrite_existing);
@@ -34,7 +24,7 @@ TEST(RealFiles, PagesAndMapsSayWhatWeTakeThemToSay)
     const velmora::testing::TempFolder folder;
     std::size_t dataPages = 0;
     std::size_t ownedPages = 0;
-    for (const std::filesystem::path& file : RealFiles(shared)) {
+    for (const std::filesystem::path& file : velmora::testing::RealDatabases(shared)) {
         SCOPED_TRACE(file.filename());
         const auto pager = OpenCopy(file, folder.Path());
         const Format& format = pager->GetFormat();

@@ -92,17 +92,6 @@ TEST(UsageMap, TakesTheFormThatAccessGivesIt)
     }
 }
 
-TEST(UsageMap, APageOfMapsHoldsAsManyAsAccessPutsThere)
-{
-    for (const auto& [version, expected] : {std::pair(JetVersion::Jet3, 15), std::pair(JetVersion::Jet4, 57)}) {
-        MapPage host(version);
-        int count = 0;
-        while (UsageMap::CreateRecord(*host.pager, host.page))
-            ++count;
-        EXPECT_EQ(count, expected);
-    }
-}
-
 TEST(UsageMap, RecordsThatAreNoMapsAreDamage)
 {
     struct Case {

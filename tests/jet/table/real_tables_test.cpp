@@ -1,4 +1,4 @@
-#include "jet/base/text_codec.h"
+#include "jet/base/hex.h"
 #include "support/process.h"
 #include "support/shared.h"
 #include "table_support.h"
@@ -47,49 +47,28 @@ bool IsCompared(const Column& column)
            column.type == ColumnType::Integer || column.type == ColumnType::Byte;
 }
 
-/// All rows, one line each: the fields that are texts or whole numbers, as the checker's dump has them.
+/// All rows, one line each: the fields that are texts or whole numbers, as the checker has them, in hex, since a text
+/// may hold line ends.
 std::vector<std::string> CheckerRows(const std::filesystem::path& shared, const std::filesystem::path& file,
                                      const Table& table)
 {
-    static constexpr char kScript[] =
-        "import sys, json\n"
-        "from jetcheck.reader import open_mdb\n"
-        "for row in open_mdb(sys.argv[1]).table(sys.argv[2]).rows():\n"
-        "    v = row.values\n"
-        "    print(json.dumps('|'.join('' if v[c] is None else str(v[c]) for c in sys.argv[3:])))\n";
+    static constexpr char kScript[] = "import sys\n"
+                                      "from jetcheck.reader import open_mdb\n"
+                                      "for row in open_mdb(sys.argv[1]).table(sys.argv[2]).rows():\n"
+                                      "    v = row.values\n"
+                                      "    text = '|'.join('' if v[c] is None else str(v[c]) for c in sys.argv[3:])\n"
+                                      "    print(text.encode('utf-8', 'surrogatepass').hex(' ').upper())\n";
     std::vector<std::string> arguments = {"python3", "-c", kScript, file.string(), table.Name()};
     for (const Column& column : table.Definition().columns) {
         if (IsCompared(column))
             arguments.push_back(column.name);
     }
-    const auto result = velmora::testing::RunProcess(arguments, {{"PYTHONIOENCODING", "utf-8"}}, shared / "tools");
+    const auto result = velmora::testing::RunProcess(arguments, {}, shared / "tools");
     EXPECT_EQ(result.status, 0) << result.errors;
     std::vector<std::string> lines;
     for (std::size_t begin = 0, end; (end = result.output.find('\n', begin)) != std::string::npos; begin = end + 1)
         lines.push_back(result.output.substr(begin, end - begin));
     return lines;
-}
-
-/// A text as Python's json.dumps writes it.
-std::string Json(const std::string& utf8)
-{
-    static constexpr char kDigits[] = "0123456789abcdef";
-    Bytes units;
-    AppendUtf16(units, utf8);
-    std::string json = "\"";
-    for (std::size_t i = 0; i < units.size(); i += 2) {
-        const std::uint16_t unit = LoadU16(units, i);
-        const std::string_view plain = "\b\f\n\r\t\"\\";
-        const std::size_t special = unit < 0x80 ? plain.find(static_cast<char>(unit)) : std::string_view::npos;
-        if (special != std::string_view::npos)
-            json += {'\\', "bfnrt\"\\"[special]};
-        else if (unit >= 0x20 && unit < 0x7F)
-            json += static_cast<char>(unit);
-        else
-            json +=
-                {'\\', 'u', kDigits[unit >> 12], kDigits[unit >> 8 & 15], kDigits[unit >> 4 & 15], kDigits[unit & 15]};
-    }
-    return json + "\"";
 }
 
 std::vector<std::string> OurRows(const Table& table)
@@ -107,7 +86,8 @@ std::vector<std::string> OurRows(const Table& table)
             line += ToText(values[i]);
             first = false;
         }
-        lines.push_back(Json(line));
+        const auto* bytes = reinterpret_cast<const Byte*>(line.data());
+        lines.push_back(Hex({bytes, line.size()}));
     }
     return lines;
 }

@@ -28,12 +28,10 @@ TEST(TableDef, RealDefinitionsAreWrittenBackByteForByte)
 {
     REQUIRE_SHARED(shared);
     int count = 0;
-    for (const auto& entry : std::filesystem::directory_iterator(shared / "corpus" / "mdb")) {
-        if (entry.path().extension() != ".mdb" || entry.path().filename() == "V2000_with-password.mdb")
-            continue;
-        SCOPED_TRACE(entry.path().filename());
+    for (const std::filesystem::path& path : velmora::testing::RealDatabases(shared)) {
+        SCOPED_TRACE(path.filename());
         const velmora::testing::TempFolder folder;
-        std::filesystem::copy_file(entry.path(), folder / "copy.mdb");
+        std::filesystem::copy_file(path, folder / "copy.mdb");
         const auto pager = Pager::Open(OpenFile(folder / "copy.mdb", OpenMode::ReadWrite));
         const Format& format = pager->GetFormat();
         Table objects(*pager, kObjectsPage, "MSysObjects");

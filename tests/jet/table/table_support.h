@@ -73,15 +73,6 @@ inline std::vector<Value> Values(const Table& table, RowId row)
     return values;
 }
 
-/// One row as text, fields separated by "|".
-inline std::string Text(const std::vector<Value>& values)
-{
-    std::string text;
-    for (const Value& value : values)
-        text += (text.empty() ? "" : "|") + ToText(value);
-    return text;
-}
-
 inline std::vector<RowId> AllRows(const Table& table)
 {
     std::vector<RowId> rows;
