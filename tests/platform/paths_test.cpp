@@ -30,21 +30,6 @@ TEST(Paths, FolderAndNameTogetherAreThePath)
     }
 }
 
-TEST(Paths, TellsFoldersFromFiles)
-{
-    const testing::TempFolder folder;
-    const std::string base = folder.Path().string();
-    testing::WriteFile(folder / "file", "");
-    EXPECT_TRUE(FolderExists(base));
-    EXPECT_TRUE(FolderExists(base + "\\"));
-    EXPECT_FALSE(FolderExists(base + "/file"));
-    EXPECT_FALSE(FolderExists(base + "/none"));
-    EXPECT_FALSE(FolderExists(""));
-    EXPECT_TRUE(FileExists(base + "/file"));
-    EXPECT_FALSE(FileExists(base));
-    EXPECT_FALSE(FileExists(""));
-}
-
 TEST(Paths, OneFileIsRecognisedUnderItsOtherNames)
 {
     const testing::TempFolder folder;

@@ -1,7 +1,5 @@
-#include "platform/clock.h"
 #include "platform/utf8.h"
 
-#include <ctime>
 #include <gtest/gtest.h>
 
 namespace velmora {
@@ -17,19 +15,6 @@ TEST(Utf8, IsCutBetweenCharacters)
     EXPECT_EQ(CutUtf8("\x80\x80\x80", 2), "") << "stray continuation bytes are no character";
     EXPECT_EQ(WithoutByteOrderMark("\xEF\xBB\xBFx"), "x");
     EXPECT_EQ(WithoutByteOrderMark("\xEF\xBB"), "\xEF\xBB");
-}
-
-TEST(Clock, StampsLocalTime)
-{
-    std::tm local{};
-    local.tm_year = 2024 - 1900;
-    local.tm_mon = 2;
-    local.tm_mday = 5;
-    local.tm_hour = 14;
-    local.tm_min = 7;
-    local.tm_sec = 9;
-    local.tm_isdst = -1;
-    EXPECT_EQ(TimeStamp(std::mktime(&local)), "2024-03-05 14:07:09");
 }
 
 } // namespace

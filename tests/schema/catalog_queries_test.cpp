@@ -28,18 +28,13 @@ protected:
     DatabaseSession session;
 };
 
-TEST_F(CatalogQueries, ColumnsAreFoundByTheirExactNames)
-{
-    EXPECT_TRUE(velCheckExistsColumn(job, session, "child", "Name"));
-    EXPECT_FALSE(velCheckExistsColumn(job, session, "child", "name"));
-    EXPECT_FALSE(velCheckExistsColumn(job, session, "nothing", "Name"));
-}
-
-TEST_F(CatalogQueries, OnlyUserTablesCount)
+TEST_F(CatalogQueries, UserTablesAndTheirColumnsAreFoundByTheirNames)
 {
     EXPECT_TRUE(velCheckExistsTable(job, session, "child"));
     EXPECT_FALSE(velCheckExistsTable(job, session, "MSysObjects"));
-    EXPECT_FALSE(velCheckExistsTable(job, session, "nothing"));
+    EXPECT_TRUE(velCheckExistsColumn(job, session, "child", "Name"));
+    EXPECT_FALSE(velCheckExistsColumn(job, session, "child", "name")) << "letter case counts";
+    EXPECT_FALSE(velCheckExistsColumn(job, session, "nothing", "Name"));
 }
 
 TEST_F(CatalogQueries, AnyForeignKeyCountsAndATakenNameIsReplacedOnce)
@@ -64,16 +59,13 @@ TEST_F(CatalogQueries, AnyIndexOnTheColumnCountsAndATakenNameIsReplacedOnce)
     EXPECT_FALSE(velCheckExistsIndex(job, session, "other", "FKEY", name));
     EXPECT_EQ(name, "other_FKEY_0");
     EXPECT_EQ(job.log.ErrorCount(), 0);
-}
 
-TEST_F(CatalogQueries, AReplacementThatIsTakenTooEndsInTheErrorReport)
-{
     session.ExecuteSql("CREATE TABLE [third] ([FKEY] Long);");
     session.ExecuteSql("CREATE INDEX [other_FKEY_0] ON [third] ([FKEY]);");
-    std::string name = "child_FKEY";
+    name = "child_FKEY";
     EXPECT_FALSE(velCheckExistsIndex(job, session, "other", "FKEY", name));
     ASSERT_EQ(host.errors.size(), 1u);
-    EXPECT_NE(host.errors[0].second.find("[other_FKEY_0]"), std::string::npos);
+    EXPECT_NE(host.errors[0].second.find("[other_FKEY_0]"), std::string::npos) << "is taken too";
     EXPECT_TRUE(job.settings.blAbort);
 }
 

@@ -61,14 +61,6 @@ protected:
     DatabaseSession session;
 };
 
-TEST_F(WholeDatabase, EmptyingLeavesTheTables)
-{
-    velEmptyTablesAll(job, session);
-    EXPECT_EQ(host.lines, std::vector<std::string>{"Deleting content of all tables"});
-    EXPECT_TRUE(IsEmpty("parent") && IsEmpty("child"));
-    session.Commit();
-}
-
 TEST_F(WholeDatabase, EmptyingEndsWithTheFirstRefusedTable)
 {
     session.ExecuteSql("CREATE TABLE [a] ([PKEY] Counter NOT NULL);");
@@ -93,28 +85,6 @@ TEST_F(WholeDatabase, EmptyingEndsWithTheFirstRefusedTable)
     session.Commit();
 }
 
-TEST_F(WholeDatabase, EmptyingCanBeCancelled)
-{
-    int events = 0;
-    host.onEvents = [&] { job.settings.blAbort = ++events == 2; };
-    velEmptyTablesAll(job, session);
-    EXPECT_EQ(events, 2);
-    EXPECT_TRUE(IsEmpty("child")) << "the first of the tables";
-    EXPECT_FALSE(IsEmpty("parent"));
-    session.Commit();
-}
-
-TEST_F(WholeDatabase, DroppingLeavesNothing)
-{
-    velDropTablesAll(job, session);
-    EXPECT_EQ(host.lines, std::vector<std::string>{"Drop all tables"});
-    EXPECT_TRUE(session.UserTables().empty());
-    velDropTablesAll(job, session);
-    velEmptyTablesAll(job, session);
-    EXPECT_EQ(job.log.ErrorCount(), 0) << "a database without tables is dropped and emptied at once";
-    session.Commit();
-}
-
 TEST_F(WholeDatabase, ALockedTableIsAskedAboutUntilItIsFree)
 {
     std::optional<Recordset> open(session.OpenTable("parent"));
@@ -128,8 +98,11 @@ TEST_F(WholeDatabase, ALockedTableIsAskedAboutUntilItIsFree)
                                  "Do you want to try to drop the constraint one more time?";
     EXPECT_EQ(host.messages, std::vector<std::string>(2, question));
     EXPECT_EQ(host.captions, std::vector<std::string>(2, "Drop constraint"));
+    EXPECT_EQ(host.lines, std::vector<std::string>{"Drop all tables"});
     EXPECT_TRUE(session.UserTables().empty());
-    EXPECT_FALSE(job.settings.blAbort);
+    velDropTablesAll(job, session);
+    velEmptyTablesAll(job, session);
+    EXPECT_EQ(job.log.ErrorCount(), 0) << "a database without tables is dropped and emptied at once";
     session.Commit();
 }
 

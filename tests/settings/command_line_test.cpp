@@ -72,95 +72,40 @@ TEST(CommandLine, AQuoteThatIsNeverClosedMakesTheWholeLineAnError)
 
 TEST(CommandLine, SwitchesAreAsUnevenAsScriptsKnowThem)
 {
-    struct Case {
-        const char* words;
-        CheckControl Controls::*control;
-        CheckState value;
-    };
-    const CheckState on = CheckState::Checked;
-    const CheckState off = CheckState::Unchecked;
-    const Case cases[] = {
-        {"+quiet quiet q +q +QUIET Q", &Controls::chkQuiet, on},
-        {"-quiet -q", &Controls::chkQuiet, off},
-        {"+relations relations +r r", &Controls::chkCreateTableRelations, on},
-        {"-relations -r", &Controls::chkCreateTableRelations, off},
-        {"+recreate_database recreate_database +d d", &Controls::chkRecreateDatabase, on},
-        {"-recreate_database -d", &Controls::chkRecreateDatabase, off},
-        {"debug DeBug", &Controls::chkDebug, on},
-        {"+one_table_per_element +o", &Controls::chkOneTablePerElement, on},
-        {"-one_table_per_element -o", &Controls::chkOneTablePerElement, off},
-        {"+extend_mdb extend_mdb", &Controls::chkExtendMDB, on},
-        {"-extend_mdb", &Controls::chkExtendMDB, off},
-        {"+empty_tables empty_tables e +e", &Controls::chkEmptyTables, on},
-        {"-empty_tables -e", &Controls::chkEmptyTables, off},
-        {"append +append", &Controls::chkAPPEND, on},
-        {"-append", &Controls::chkAPPEND, off},
-        {"+quoted", &Controls::chkQUOTED, on},
-        {"-quoted", &Controls::chkQUOTED, off},
-        {"columns +columns", &Controls::chkEXPORT_COLUMN_NAMES, on},
-        {"-columns", &Controls::chkEXPORT_COLUMN_NAMES, off},
-        {"attributes +attributes a +a", &Controls::chkImportAttributes, on},
-        {"-attributes -a", &Controls::chkImportAttributes, off},
-        {"skip_empty +skip_empty", &Controls::chkSkipEmptyWrappingTags, on},
-        {"-skip_empty", &Controls::chkSkipEmptyWrappingTags, off},
-    };
-    for (const Case& c : cases) {
-        for (const std::string_view word : SplitCommandLine(c.words, ' ')) {
+    for (const SwitchRow& row : SwitchTable()) {
+        for (const std::string_view word : row.words) {
             SCOPED_TRACE(word);
             Controls controls;
             bool debug = false;
-            (controls.*c.control).value = CheckState::Grey;
+            (controls.*row.control).value = CheckState::Grey;
             ApplyCommandLine(word, controls, debug, [](std::string_view token) { ADD_FAILURE() << token; });
-            EXPECT_EQ((controls.*c.control).value, c.value);
-            EXPECT_EQ(debug, c.control == &Controls::chkDebug);
+            EXPECT_EQ((controls.*row.control).value, row.value);
+            EXPECT_EQ(debug, row.control == &Controls::chkDebug);
             EXPECT_EQ(controls.chkDebug.visible, debug);
         }
     }
-    const Texts unknown = {"o", "one_table_per_element", "-debug", "+debug", "+extend", "--quiet", "xml", "nokey=1"};
-    for (const std::string& word : unknown) {
-        SCOPED_TRACE(word);
+    EXPECT_TRUE(Parsed("+QUIET").controls.chkQuiet.Checked());
+    for (const std::string word :
+         {"o", "one_table_per_element", "-debug", "+debug", "+extend", "--quiet", "xml", "nokey=1"})
         EXPECT_EQ(Parsed(word).unknown, Texts{word});
-    }
 }
 
 TEST(CommandLine, KeysSetTextsAsTheyStand)
 {
-    struct Case {
-        const char* words;
-        TextControl Controls::*control;
-    };
-    const Case cases[] = {
-        {"primary pkey p", &Controls::txtKEY_PRIMARY},
-        {"foreign fkey f", &Controls::txtKEY_FOREIGN},
-        {"attr at", &Controls::txtATTR_PREFIX},
-        {"table_prefix tp", &Controls::txtTABLE_PREFIX},
-        {"table_suffix ts", &Controls::txtTABLE_SUFFIX},
-        {"xml x XML", &Controls::txtFILE_XML},
-        {"txt", &Controls::txtFILE_TXT},
-        {"delimiter", &Controls::txtDELIMITER},
-        {"rename n", &Controls::txtFILE_XML_RENAMED},
-        {"t tags", &Controls::txtFILE_MAPPING},
-        {"mdb m", &Controls::txtFILE_MDB},
-        {"log logfile l", &Controls::txtFILE_LOG},
-        {"url", &Controls::txtXML_URL},
-        {"pwd", &Controls::txtXML_PASSWORD},
-        {"auth", &Controls::txtXML_USER},
-    };
     const std::pair<const char*, const char*> values[] = {
         {"Plain", "Plain"}, {"\"With Blank\" q", "With Blank"}, {"a=B", "a=B"}, {"", ""}, {"\"\"", ""},
         {"a\"b", "a\"b"},
     };
-    for (const Case& c : cases) {
-        for (const std::string_view word : SplitCommandLine(c.words, ' ')) {
-            for (const auto& [written, value] : values) {
-                const std::string line = std::string(word) + "=" + written;
-                SCOPED_TRACE(line);
-                const Parsed parsed(line);
-                EXPECT_EQ((parsed.controls.*c.control).text, value);
-                EXPECT_EQ(parsed.unknown, Texts{});
-            }
-        }
+    for (const auto& [written, value] : values) {
+        const Parsed parsed(std::string("x=").append(written));
+        EXPECT_EQ(parsed.controls.txtFILE_XML.text, value);
+        EXPECT_EQ(parsed.unknown, Texts{});
     }
+    for (const KeyRow& key : KeyTable())
+        for (const std::string_view word : key.words)
+            if (key.control != nullptr) {
+                EXPECT_EQ((Parsed(std::string(word).append("=a")).controls.*key.control).text, "a") << word;
+            }
     for (const auto& [line, format] : {std::pair("ver=2000", "Access 2000"),
                                        {"v=97", "Access 97"},
                                        {"ver=2003", "Access 97"},

@@ -1,5 +1,4 @@
 #include "settings/read_settings.h"
-#include "settings/text_export_warnings.h"
 
 #include "support/shared.h"
 
@@ -15,55 +14,20 @@ ConversionSettings Read(const Controls& controls, bool hasMappings = false)
     return settings;
 }
 
-TEST(ReadSettings, EachCheckBoxSetsItsFlag)
-{
-    struct Case {
-        const char* name;
-        CheckControl Controls::*control;
-        bool ConversionSettings::*flag;
-        bool greyIsOn;
-        bool disabledIsOff;
-    };
-    const Case cases[] = {
-        {"re-create", &Controls::chkRecreateDatabase, &ConversionSettings::blRecreateDatabase, false, true},
-        {"extend", &Controls::chkExtendMDB, &ConversionSettings::blExtendMdb, false, true},
-        {"relations", &Controls::chkCreateTableRelations, &ConversionSettings::blCreateTableRelations, false, false},
-        {"empty", &Controls::chkEmptyTables, &ConversionSettings::blEmptyTables, false, false},
-        {"attributes", &Controls::chkImportAttributes, &ConversionSettings::blImportAttributes, false, false},
-        {"one table", &Controls::chkOneTablePerElement, &ConversionSettings::blOneTablePerElement, false, false},
-        {"skip", &Controls::chkSkipEmptyWrappingTags, &ConversionSettings::blSkipEmptyWrappingTags, true, false},
-        {"mapping", &Controls::chkEnableTagMapping, &ConversionSettings::blEnableTagMapping, false, false},
-    };
-    for (const Case& c : cases) {
-        SCOPED_TRACE(c.name);
-        Controls controls;
-        CheckControl& control = controls.*c.control;
-        control.value = CheckState::Checked;
-        EXPECT_TRUE(Read(controls, true).*c.flag);
-        control.enabled = false;
-        EXPECT_EQ(Read(controls, true).*c.flag, !c.disabledIsOff);
-        control = {CheckState::Grey};
-        EXPECT_EQ(Read(controls, true).*c.flag, c.greyIsOn);
-        control.value = CheckState::Unchecked;
-        EXPECT_FALSE(Read(controls, true).*c.flag);
-    }
-    Controls mapping;
-    mapping.chkEnableTagMapping.value = CheckState::Checked;
-    EXPECT_FALSE(Read(mapping, false).blEnableTagMapping) << "an empty mapping list";
-}
-
-TEST(ReadSettings, ANewDatabaseIsNeitherExtendedNorEmptied)
+TEST(ReadSettings, GreyAndDisabledBoxesCountAsTheBoxWantsIt)
 {
     Controls controls;
-    controls.chkEmptyTables.value = CheckState::Checked;
-    controls.UpdateEnabled();
-    EXPECT_FALSE(controls.chkExtendMDB.enabled);
-    EXPECT_FALSE(controls.chkEmptyTables.enabled);
-    EXPECT_FALSE(Read(controls).blExtendMdb);
-    controls.chkRecreateDatabase.value = CheckState::Unchecked;
-    controls.UpdateEnabled();
-    EXPECT_TRUE(controls.chkEmptyTables.enabled);
-    EXPECT_TRUE(Read(controls).blExtendMdb);
+    controls.chkSkipEmptyWrappingTags.value = CheckState::Grey;
+    controls.chkImportAttributes.value = CheckState::Grey;
+    EXPECT_TRUE(Read(controls).blSkipEmptyWrappingTags);
+    EXPECT_FALSE(Read(controls).blImportAttributes);
+    controls.chkRecreateDatabase = controls.chkEmptyTables = {CheckState::Checked};
+    controls.chkRecreateDatabase.enabled = controls.chkEmptyTables.enabled = false;
+    EXPECT_FALSE(Read(controls).blRecreateDatabase);
+    EXPECT_TRUE(Read(controls).blEmptyTables);
+    controls.chkEnableTagMapping.value = CheckState::Checked;
+    EXPECT_TRUE(Read(controls, true).blEnableTagMapping);
+    EXPECT_FALSE(Read(controls, false).blEnableTagMapping) << "an empty mapping list";
 }
 
 TEST(ReadSettings, TextExportNeedsAFolderAndOtherwiseKeepsTheDelimiter)
@@ -92,37 +56,6 @@ TEST(ReadSettings, TextExportNeedsAFolderAndOtherwiseKeepsTheDelimiter)
     read();
     EXPECT_FALSE(settings.blTextExport);
     EXPECT_EQ(settings.strDelimiter, "|");
-}
-
-TEST(TextExportWarnings, TellWhatMaySurprise)
-{
-    struct Case {
-        const char* name;
-        ConversionSettings settings;
-        std::size_t sources;
-        std::vector<const char*> told;
-    };
-    ConversionSettings plain;
-    plain.blTextExport = plain.blAppend = true;
-    plain.strDelimiter = ";";
-    ConversionSettings surprising = plain;
-    surprising.blAppend = false;
-    surprising.strDelimiter.clear();
-    ConversionSettings noText = surprising;
-    noText.blTextExport = false;
-    const Case cases[] = {
-        {"nothing", plain, 9, {}},
-        {"no text files", noText, 9, {}},
-        {"one source", surprising, 1, {"delimiter="}},
-        {"many sources", surprising, 2, {"delimiter=", "+append"}},
-    };
-    for (const Case& c : cases) {
-        SCOPED_TRACE(c.name);
-        const std::vector<std::string> lines = TextExportWarnings(c.settings, c.sources);
-        ASSERT_EQ(lines.size(), c.told.size());
-        for (std::size_t i = 0; i < lines.size(); ++i)
-            EXPECT_NE(lines[i].find(c.told[i]), std::string::npos) << lines[i];
-    }
 }
 
 } // namespace

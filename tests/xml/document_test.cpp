@@ -44,18 +44,6 @@ TEST(Document, KeepsWhatTheFileHolds)
     }
 }
 
-TEST(Document, LeadsFromChildToChild)
-{
-    const Document document = LoadBytes("<a><b><c/></b>x<d/><e/></a>").document;
-    std::string tags;
-    for (ElementId e = document.FirstChild(document.Root()); e != kNoElement; e = document.NextSibling(e))
-        tags += document.NameText(document.Name(e));
-    EXPECT_EQ(tags, "bde");
-    EXPECT_EQ(document.ChildCount(document.Root()), 3u);
-    EXPECT_EQ(document.NextSibling(document.Root()), kNoElement);
-    EXPECT_EQ(document.FirstChild(2), kNoElement);
-}
-
 TEST(Document, WritesPathsAndCutsLongOnesInTheMiddle)
 {
     const Document document = LoadBytes("<first><second><third><Ü/></third></second></first>").document;
@@ -65,20 +53,6 @@ TEST(Document, WritesPathsAndCutsLongOnesInTheMiddle)
     EXPECT_EQ(document.PathText(path, 23), "//first/second/third/Ü");
     EXPECT_EQ(document.PathText(path, 20), "//first/.../third/Ü"); // only whole steps stand at the end
     EXPECT_EQ(document.PathText(path, 22).size(), 22u);
-}
-
-TEST(PathTree, GivesEachChildOneNumberAmongManyPaths)
-{
-    PathTree tree;
-    std::vector<PathId> made;
-    for (NameId name = 0; name < 5000; ++name)
-        made.push_back(tree.Child(name % 7 == 0 || made.empty() ? 0 : made.back(), name));
-    for (NameId name = 0; name < 5000; ++name) {
-        ASSERT_EQ(tree.Name(made[name]), name);
-        ASSERT_EQ(tree.FindChild(tree.Parent(made[name]), name), made[name]);
-    }
-    EXPECT_EQ(tree.Size(), 5001u);
-    EXPECT_EQ(tree.FindChild(0, 1), PathTree::kNoPath);
 }
 
 } // namespace

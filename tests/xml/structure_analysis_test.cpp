@@ -65,7 +65,6 @@ TEST(StructureAnalysis, DerivesTheModel)
         s.blSkipEmptyWrappingTags = true;
         s.blImportAttributes = false;
     };
-    const auto onePerElement = [](ConversionSettings& s) { s.blOneTablePerElement = true; };
     struct Case {
         const char* name;
         const char* xml;
@@ -73,15 +72,8 @@ TEST(StructureAnalysis, DerivesTheModel)
         const char* expected;
     };
     const Case cases[] = {
-        {"document element alone", "<a>7</a>", plain, "- //a 0 0 0 0 num 7 #0\nrecords 1\n"},
-        {"the same, wrapping tags skipped: its run holds a plain leaf", "<a>7</a>", skipWrapping,
+        {"document element alone, wrapping tags skipped: its run holds a plain leaf", "<a>7</a>", skipWrapping,
          "- //a 0 0 0 0 num 7 #0\nrecords 1\n"},
-        {"repeated leaf: a table with a column of its name", "<a><b>1</b><b>2</b></a>", plain,
-         "T //a 0 2 0 0 num 0 #11\nT //a/b 1 0 1 0 num 2 #12\n- //a/b/b 2 0 0 0 num 1 #0\nrecords 4\n"},
-        {"leaf first single and then repeated", "<a><r><b>x</b></r><r><b>abc</b><b>longer</b></r></a>", plain,
-         "T //a 0 2 0 0 num 0 #11\nT //a/r 1 2 0 0 num 0 #12\nT //a/r/b 2 0 1 0 str 1 #13\n- //a/r/b/b 3 0 0 0 str 3 "
-         "#0\n"
-         "records 6\n"},
         {"repeated leaf with attributes has no inner entry", "<a><b i='1'>x</b><b/></a>", plain,
          "T //a 0 2 0 0 num 0 #11\nT //a/b 1 0 1 1 str 1 #12\n- //a/b/attr_i 2 0 0 0 num 1 #0\nrecords 4\n"},
         {"but gets one when a later occurrence has none and was not repeated before",
@@ -99,17 +91,6 @@ TEST(StructureAnalysis, DerivesTheModel)
          "T //a 0 3 0 0 num 0 #11\nT //a/b 1 0 2 0 str 3 #12\n- //a/b/b 2 0 0 0 str 3 #0\nrecords 5\n"},
         {"negative numbers do not change the size", "<a><b>-1</b><b>-5</b></a>", plain,
          "T //a 0 2 0 0 num 0 #11\nT //a/b 1 0 1 0 num -1 #12\n- //a/b/b 2 0 0 0 num -1 #0\nrecords 4\n"},
-        {"attribute that meets a child of its name", "<a><b attr_i='1'/><c i='22'><attr_i>xyz</attr_i></c></a>", plain,
-         "T //a 0 2 0 0 num 0 #11\nT //a/b 1 0 0 1 num 0 #12\n- //a/b/attr_attr_i 2 0 0 0 num 1 #0\n"
-         "T //a/c 1 1 0 1 num 0 #14\n- //a/c/attr_i 2 0 0 0 str 22 #0\nrecords 4\n"},
-        {"same-named tables are told apart", "<a><x><i><k/></i></x><y><i><k/></i></y><z/></a>", plain,
-         "T //a 0 3 0 0 num 0 #11\nT //a/x 1 1 0 0 num 0 #12\nT //a/x/i (i_L1) 2 1 0 0 num 0 #13\n"
-         "- //a/x/i/k 3 0 0 0 num 0 #0\nT //a/y 1 1 0 0 num 0 #15\nT //a/y/i (i_L2) 2 1 0 0 num 0 #16\n"
-         "- //a/y/i/k 3 0 0 0 num 0 #0\n- //a/z 1 0 0 0 num 0 #0\nrecords 6\n"},
-        {"or share one table", "<a><x><i><k/></i></x><y><i><k/></i></y><z/></a>", onePerElement,
-         "T //a 0 3 0 0 num 0 #11\nT //a/x 1 1 0 0 num 0 #12\nT //a/x/i 2 1 0 0 num 0 #13 shared\n"
-         "- //a/x/i/k 3 0 0 0 num 0 #0\nT //a/y 1 1 0 0 num 0 #15\nT //a/y/i 2 1 0 0 num 0 #13 shared\n"
-         "- //a/y/i/k 3 0 0 0 num 0 #0\n- //a/z 1 0 0 0 num 0 #0\nrecords 6\n"},
         {"a column of the same name keeps it", "<a><x><i><k/></i></x><i x='1'/><i n='2'><k><i l='1'/></k></i></a>",
          withoutAttributes,
          "T //a 0 3 0 0 num 0 #11\nT //a/x 1 1 0 0 num 0 #12\nT //a/x/i (i_L1) 2 1 0 0 num 0 #13\n"
@@ -131,18 +112,6 @@ TEST(StructureAnalysis, DerivesTheModel)
         EXPECT_EQ(analysis.Run(c.xml), c.expected);
         EXPECT_EQ(analysis.model.lngProgressMax, analysis.model.lngRecordEstimate - 1);
     }
-}
-
-TEST(StructureAnalysis, ATableThatIsTheLastEntryHasNeitherNumberNorSuffix)
-{
-    Analysis analysis;
-    analysis.job.settings.blImportAttributes = false;
-    const char* const xml = "<a><i><k/></i><x><i n='1'/><i n='2'/></x></a>";
-    const std::string expected = "T //a 0 2 0 0 num 0 #11\nT //a/i 1 1 0 0 num 0 #12\n- //a/i/k 2 0 0 0 num 0 #0\n"
-                                 "T //a/x 1 2 0 0 num 0 #14\nT //a/x/i 2 0 1 1 num 0 #0\nrecords 6\n";
-    EXPECT_EQ(analysis.Run(xml), expected);
-    analysis.job.settings.blOneTablePerElement = true;
-    EXPECT_EQ(analysis.Run(xml), expected);
 }
 
 TEST(StructureAnalysis, NamesMadeByTheSuffixMayMeetNamesOfTheDocument)
