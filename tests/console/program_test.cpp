@@ -76,7 +76,9 @@ TEST_F(ProgramTest, ConvertsAndTellsWhatHappened)
     EXPECT_SOUND(folder / "all.mdb");
 
     EXPECT_EQ(Run({"q", "mdb=all.mdb", "xml=*.xml"}).status, 3) << "a source that is no XML";
-    EXPECT_EQ(Run({"q", "mdb=all.mdb", "xml=one file.xml", "tags=none.tsv"}).status, 3);
+    WriteFile(folder / "damaged.tsv", "a\tb\r\n\r\n");
+    for (const char* mapping : {"tags=none.tsv", "tags=damaged.tsv"})
+        EXPECT_EQ(Run({"q", "mdb=all.mdb", "xml=one file.xml", mapping}).status, 3) << mapping;
     const ProcessResult failed = Run({"q", "mdb=no/such/folder/all.mdb", "xml=one file.xml"});
     EXPECT_EQ(failed.status, 1);
     EXPECT_TRUE(Contains(failed.errors, "velmora: error ")) << failed.errors;

@@ -29,20 +29,6 @@ TEST(Batch, FilesOfOneRunExtendTheTablesOfThoseBefore)
     EXPECT_EQ(outcome.tables[1].newColumns, 1);
 }
 
-TEST(Batch, ARelationOnAFilledTableIsMadeWhereItsRowsAllowIt)
-{
-    Conversion run;
-    run.Options("+one_table_per_element");
-    run.Xml("<r><a><item><x>1</x></item></a><b><item><x>2</x></item></b><z>e</z></r>");
-    EXPECT_FALSE(run.Run().failed);
-    EXPECT_EQ(run.Relations(), "a.FKEY -> r.PKEY\nb.FKEY -> r.PKEY\n");
-
-    run.Options("-recreate_database -one_table_per_element").Xml("<r><a><item><x>3</x></item></a><y>f</y></r>");
-    EXPECT_FALSE(run.Run().failed) << run.Error();
-    EXPECT_EQ(run.Dump("item"), "PKEY|FKEY|x\n1|1|1\n2|1|2\n3|2|3\n") << "the marker of shared tables is gone";
-    EXPECT_EQ(run.Relations(), "a.FKEY -> r.PKEY\nb.FKEY -> r.PKEY\nitem.FKEY -> a.PKEY\n");
-}
-
 TEST(Batch, ARelationThatRowsForbidIsLeftOut)
 {
     Conversion run;
@@ -75,13 +61,8 @@ TEST(Batch, NothingToDoTouchesNothing)
         const char* line;
     };
     const Case cases[] = {
-        {"no source", [](Conversion& c) { c.job.controls.txtFILE_XML.text = "  "; }, "No XML file specified!"},
         {"no match", [](Conversion& c) { c.job.controls.txtFILE_XML.text = c.Path("*.none").string(); },
          "No files to import"},
-        {"no such file", [](Conversion& c) { c.job.controls.txtFILE_XML.text = c.Path("none.xml").string(); },
-         "File does not exist!"},
-        {"the target is a source", [](Conversion& c) { c.job.controls.txtFILE_MDB.text = c.Path("./a.xml").string(); },
-         "is also the XML file"},
         {"the target is the protocol",
          [](Conversion& c) { c.job.controls.txtFILE_LOG.text = c.job.controls.txtFILE_MDB.text; },
          "is also the protocol file"},
@@ -119,25 +100,6 @@ TEST(Batch, AFileThatCannotBeReadIsCountedAndTheOthersGoOn)
     EXPECT_EQ(outcome.convertedFiles, 1);
     EXPECT_EQ(run.Said("Import XML: 0 records were imported"), 1);
     EXPECT_EQ(run.Dump("p"), "PKEY|FKEY|n\n1|1|1\n2|1|2\n3|1|3\n");
-}
-
-TEST(Batch, ACancelKeepsWhatWasSaved)
-{
-    Conversion run;
-    run.Xml(kThree);
-    int events = 0;
-    bool importing = false;
-    run.host.onEvents = [&] {
-        importing = importing || run.Said("Import XML: Approx.") > 0;
-        if (importing && ++events == 3) // the document element and one record are done
-            run.batch.btnQuit_Click();
-    };
-    const RunOutcome outcome = run.Run();
-    EXPECT_TRUE(outcome.cancelled);
-    EXPECT_FALSE(outcome.failed);
-    EXPECT_EQ(run.Dump("p"), "PKEY|FKEY|n\n1|1|1\n");
-    EXPECT_EQ(run.Said("what was saved until then stays"), 1);
-    EXPECT_EQ(run.Said("Done"), 1);
 }
 
 TEST(Batch, ACancelIsAskedForUnlessTheRunIsQuiet)

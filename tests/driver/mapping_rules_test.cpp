@@ -4,7 +4,8 @@ namespace velmora::testing {
 
 namespace {
 
-/// What the tables of a small document must hold. Every expectation is worked out by hand from the mapping rules.
+/// What the tables of a small document must hold. Every expectation is worked out by hand from the mapping rules; the
+/// documents of tests/corpus/by_hand hold the common ones.
 struct Expectation {
     const char* table;
     const char* dump;
@@ -20,15 +21,6 @@ struct Case {
 };
 
 const Case kCases[] = {
-    {"a list beside a leaf fills a table of its own",
-     "",
-     "<people><person><name>Ann</name><phone>1</phone><phone>2</phone></person></people>",
-     "people person phone ",
-     {{"people", "PKEY|FKEY\n1|0\n"},
-      {"person", "PKEY|FKEY|name\n1|1|Ann\n"},
-      {"phone", "PKEY|FKEY|phone\n1|1|1\n2|1|2\n"}},
-     "person.FKEY -> people.PKEY\nphone.FKEY -> person.PKEY\n"},
-
     {"a list beside nothing else is not looked for",
      "",
      "<r><t>a</t><t>b</t></r>",
@@ -36,26 +28,12 @@ const Case kCases[] = {
      {{"r", "PKEY|FKEY\n1|0\n"}, {"t", "PKEY|FKEY|t\n"}},
      "t.FKEY -> r.PKEY\n"},
 
-    {"a leaf first single, then repeated, is a list from the start",
-     "",
-     "<r><p><n>1</n><t>one</t></p><p><n>2</n><t>two</t><t>three</t></p></r>",
-     "p r t ",
-     {{"p", "PKEY|FKEY|n\n1|1|1\n2|1|2\n"}, {"t", "PKEY|FKEY|t\n1|1|one\n2|2|two\n3|2|three\n"}},
-     "p.FKEY -> r.PKEY\nt.FKEY -> p.PKEY\n"},
-
     {"an attribute that meets a child of its name shares the column, and the child wins",
      "attr=",
      "<list><item id=\"1\"><id>one</id></item><item id=\"2\"><name>n</name></item></list>",
      "item list ",
      {{"item", "PKEY|FKEY|id|name\n1|1|one|\n2|1|2|n\n"}},
      "item.FKEY -> list.PKEY\n"},
-
-    {"prefixes are stripped, and tables that meet by it are one",
-     "",
-     "<r><a:item><x>1</x></a:item><b:item><y>2</y></b:item></r>",
-     "item r ",
-     {{"item", "PKEY|FKEY|x|y\n1|1|1|\n2|1||2\n"}},
-     "item.FKEY -> r.PKEY\n"},
 
     {"the current child sink is switched by a sibling with attributes",
      "",
@@ -65,13 +43,6 @@ const Case kCases[] = {
       {"u", "PKEY|FKEY|u|attr_k\n1|1||a\n2|1||b\n"},
       {"w", "PKEY|FKEY|attr_k\n1|1|c\n"}},
      "p.FKEY -> r.PKEY\nu.FKEY -> p.PKEY\nw.FKEY -> p.PKEY\n"},
-
-    {"a repeated leaf with text and attributes is met twice",
-     "",
-     "<r><p><n>1</n><u k=\"a\">s</u><u k=\"b\">t</u></p></r>",
-     "p r u ",
-     {{"u", "PKEY|FKEY|u|attr_k\n1|1|s|\n2|1|t|\n3|1||a\n4|1|t|b\n"}},
-     "p.FKEY -> r.PKEY\nu.FKEY -> p.PKEY\n"},
 
     {"leaves with nothing but attributes",
      "",
@@ -94,56 +65,12 @@ const Case kCases[] = {
      {{"r", "PKEY|FKEY|n\n1|0|7\n"}, {"item", "PKEY|FKEY|x\n1|1|1\n2|1|2\n"}, {"t", "PKEY|FKEY|t\n1|1|a\n2|1|b\n"}},
      "item.FKEY -> r.PKEY\nt.FKEY -> r.PKEY\n"},
 
-    {"below a wrapping document element keys refer to nothing",
-     "+skip_empty",
-     "<r><item><x>1</x></item><item><x>2</x></item></r>",
-     "item ",
-     {{"item", "PKEY|FKEY|x\n1|0|1\n2|0|2\n"}},
-     ""},
-
-    {"elements of one name are told apart by suffixes",
-     "",
-     "<r><a><item><x>1</x></item></a><b><item><x>2</x></item></b><z>e</z></r>",
-     "a b item_L1 item_L2 r ",
-     {{"item_L1", "PKEY|FKEY|x\n1|1|1\n"}, {"item_L2", "PKEY|FKEY|x\n1|1|2\n"}, {"r", "PKEY|FKEY|z\n1|0|e\n"}},
-     "a.FKEY -> r.PKEY\nb.FKEY -> r.PKEY\nitem_L1.FKEY -> a.PKEY\nitem_L2.FKEY -> b.PKEY\n"},
-
-    {"or share one table, which says where their parents are",
-     "+one_table_per_element",
-     "<r><a><item><x>1</x></item></a><b><item><x>2</x></item></b><z>e</z></r>",
-     "a b item r ",
-     {{"item", "PKEY|FKEY|MASTER_TABLE|x\n1|1|a|1\n2|1|b|2\n"}, {"r", "PKEY|FKEY|z\n1|0|e\n"}},
-     "a.FKEY -> r.PKEY\nb.FKEY -> r.PKEY\n"},
-
-    {"a list's table with a suffix keeps the suffixed column beside the one that is filled",
-     "",
-     "<r><p><n>1</n><t>a</t><t>b</t></p><q><n>2</n><t>c</t><t>d</t></q><z>e</z></r>",
-     "p q r t_L1 t_L2 ",
-     {{"t_L1", "PKEY|FKEY|t_L1|t\n1|1||a\n2|1||b\n"}, {"t_L2", "PKEY|FKEY|t_L2|t\n1|1||c\n2|1||d\n"}},
-     "p.FKEY -> r.PKEY\nq.FKEY -> r.PKEY\nt_L1.FKEY -> p.PKEY\nt_L2.FKEY -> q.PKEY\n"},
-
-    {"the model's last entry gets no suffix and falls into the table of its namesake",
-     "-attributes",
-     "<r><item><v>a</v></item><g><n>x</n><item z=\"1\">p</item><item z=\"2\">q</item></g></r>",
-     "g item r ",
-     {{"item", "PKEY|FKEY|v|item\n1|1|a|\n2|1||p\n3|1||q\n"}},
-     "g.FKEY -> r.PKEY\nitem.FKEY -> r.PKEY\n"},
-
     {"names of keys, prefix and suffix",
      "pkey=id fkey=parent attr=at_ table_prefix=x_ table_suffix=_y",
      "<r><p k=\"v\"><n>1</n></p></r>",
      "x_p_y x_r_y ",
      {{"x_p_y", "id|parent|at_k|n\n1|1|v|1\n"}},
      "x_p_y.parent -> x_r_y.id\n"},
-
-    {"without relations there are no keys, and tables without columns are not made",
-     "-relations",
-     "<r><g><p><n>1</n><t>a</t><t>b</t></p></g></r>",
-     "p t ",
-     {{"p", "n\n1\n"}, {"t", "t\na\nb\n"}},
-     ""},
-
-    {"a document element with text alone has no table", "", "<doc>text</doc>", "", {}, ""},
 
     {"texts keep their white space, blank ones are no values",
      "",
@@ -172,15 +99,20 @@ TEST(MappingRules, TablesAreAsWorkedOutByHand)
 TEST(MappingRules, TagsAreMappedToTablesAndColumns)
 {
     Conversion run;
-    run.Map("p", "person").Map("n", "name").Map("attr_k", "key");
+    run.Map("p", "person").Map("n", "full.name").Map("n", "second").Map("attr_k", "key").Map("T", "x");
     run.Xml("<r><x:p k=\"v\"><n>Ann</n><t>1</t><t>2</t></x:p></r>").Run();
-    EXPECT_EQ(run.Dump("person"), "PKEY|FKEY|key|name\n1|1|v|Ann\n");
+    EXPECT_EQ(run.Dump("person"), "PKEY|FKEY|key|full_name\n1|1|v|Ann\n");
     EXPECT_EQ(run.Relations(), "person.FKEY -> r.PKEY\nt.FKEY -> person.PKEY\n");
 }
 
 TEST(MappingRules, WhatCannotBecomeATableEndsWithPathReasonAndTheSwitchThatHelps)
 {
     const std::string longName(70, 'n');
+    std::string manyTables;
+    for (int table = 0; table < 17'000; ++table) {
+        const std::string tag = "t" + std::to_string(table);
+        manyTables += "<" + tag + "><x/></" + tag + ">";
+    }
     struct Refusal {
         const char* name;
         std::string options;
@@ -202,6 +134,10 @@ TEST(MappingRules, WhatCannotBecomeATableEndsWithPathReasonAndTheSwitchThatHelps
          "<r><" + longName + "><x>1</x></" + longName + "></r>",
          {"//r/" + longName, "[" + longName + "]", "t="}},
         {"a key name that the database refuses", "pkey=a!b", "<r><p><x>1</x></p></r>", {"[a!b]", "pkey="}},
+        {"more tables and relations than a database holds",
+         "",
+         "<r>" + manyTables + "</r>",
+         {"17001 tables", "-relations"}},
         {"wrapping elements inside each other",
          "+skip_empty",
          "<r><n>1</n><g><h><p><x>1</x></p></h></g></r>",

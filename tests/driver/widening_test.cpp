@@ -21,6 +21,12 @@ TEST(Widening, TextsTooLongForTheirColumnsArrive)
         {"the list of that record",
          "<r><p><t>a</t><t>b</t><n>s</n></p><p><t>c</t><t>d</t><n>" + kLong + "</n><m>x</m></p><p><n>z</n></p></r>",
          "t", "PKEY|FKEY|t\n1|1|a\n2|1|b\n3|2|c\n4|2|d\n"},
+        {"none for what is a memo from the start; digits count as a number, whose size is no length",
+         "<r><p><a>" + std::string(255, 'x') + "</a><b>" + std::string(256, 'x') + "</b><c>" + std::string(300, '1') +
+             "</c><d>1</d></p></r>",
+         "p",
+         "PKEY|FKEY|a|b|d|c\n1|1|" + std::string(255, 'x') + "|" + std::string(256, 'x') + "|1|" +
+             std::string(300, '1') + "\n"},
         {"an attribute", "<r><p k=\"s\"><n>1</n></p><p k=\"" + kLong + "\"><n>2</n></p></r>", "p",
          "PKEY|FKEY|n|attr_k\n1|1|1|s\n2|1|2|" + kLong + "\n"},
         {"a repeated leaf, while its owner is not yet saved",

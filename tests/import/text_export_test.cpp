@@ -24,39 +24,6 @@ public:
 
 const char* const kDocument = "<r><p a=\"1\"><n>x</n><m/></p><p><n>y;\"z\"</n><m>2</m></p></r>";
 
-TEST(TextExport, WritesALinePerRecord)
-{
-    struct Case {
-        const char* name;
-        const char* options;
-        const char* before; ///< in the file; nullptr: no file
-        const char* after;
-    };
-    const char* const lines = "1;1;1;x;\r\n2;1;;y;\"z\";2\r\n";
-    const Case cases[] = {
-        {"a new file has column names", "", nullptr, "PKEY;FKEY;attr_a;n;m\r\n1;1;1;x;\r\n2;1;;y;\"z\";2\r\n"},
-        {"unless nobody wants them", "-columns", nullptr, lines},
-        {"appended", "", "PKEY;FKEY;attr_a;n;m\r\n", "PKEY;FKEY;attr_a;n;m\r\n1;1;1;x;\r\n2;1;;y;\"z\";2\r\n"},
-        {"an old file is deleted", "-append -columns", "old", lines},
-        {"a delimiter of several characters", "delimiter=\\t|\\t -columns", nullptr,
-         "1\t|\t1\t|\t1\t|\tx\t|\t\r\n2\t|\t1\t|\t\t|\ty;\"z\"\t|\t2\r\n"},
-        {"no delimiter", "delimiter= -columns", nullptr, "111x\r\n21y;\"z\"2\r\n"},
-        {"quoted", "+quoted", nullptr, "PKEY;FKEY;attr_a;n;m\r\n1;1;1;x;\r\n2;1;;\"y;\"\"z\"\"\";2\r\n"},
-        {"quoted with another delimiter", "+quoted delimiter=, -columns", nullptr,
-         "1,1,1,x,\r\n2,1,,\"y;\"\"z\"\"\",2\r\n"},
-    };
-    for (const Case& c : cases) {
-        SCOPED_TRACE(c.name);
-        TextConversion run;
-        std::filesystem::create_directory(run.Folder());
-        if (c.before)
-            WriteFile(run.Folder() / "p.txt", c.before);
-        EXPECT_FALSE(run.Xml(kDocument).Options(c.options).Run().failed) << run.Error();
-        EXPECT_EQ(run.Text("p"), c.after);
-        EXPECT_EQ(run.Said("does not name the columns"), 0);
-    }
-}
-
 TEST(TextExport, QuotedFilesReadBackElsewhere)
 {
     TextConversion run;
@@ -102,10 +69,11 @@ TEST(TextExport, AColumnThatIsWidenedKeepsItsPlaceInTheFile)
 TEST(TextExport, ElementsThatShareATableShareItsFile)
 {
     TextConversion run;
-    run.Options("+one_table_per_element");
+    run.Options("+one_table_per_element delimiter=\\t|\\t");
     run.Xml("<r><a><item><x>1</x></item></a><b><item><x>2</x></item></b><z>e</z></r>");
     EXPECT_FALSE(run.Run().failed) << run.Error();
-    EXPECT_EQ(run.Text("item"), "PKEY;FKEY;MASTER_TABLE;x\r\n1;1;a;1\r\n2;1;b;2\r\n");
+    EXPECT_EQ(run.Text("item"),
+              "PKEY\t|\tFKEY\t|\tMASTER_TABLE\t|\tx\r\n1\t|\t1\t|\ta\t|\t1\r\n2\t|\t1\t|\tb\t|\t2\r\n");
 }
 
 TEST(TextExport, WhatHasNoFileOfItsOwnIsTold)
@@ -146,6 +114,8 @@ TEST(TextExport, WhatIsSavedBeforeACancelIsInTheFile)
     };
     EXPECT_TRUE(run.Run().cancelled);
     EXPECT_EQ(run.Text("p"), "PKEY;FKEY;n\r\n1;1;1\r\n");
+    EXPECT_EQ(run.Dump("p"), "PKEY|FKEY|n\n1|1|1\n");
+    EXPECT_EQ(run.Said("what was saved until then stays"), 1);
 }
 
 TEST(TextExport, AFileThatCannotBeWrittenEndsTheRunAndIsNamed)

@@ -32,15 +32,6 @@ TEST(Connection, ANewFileTakesItsPlaceAtTheFirstCommit)
               ErrorNumber::DatabaseExists);
 }
 
-TEST(Connection, TheLeftoverOfAKilledRunIsReplaced)
-{
-    const TempFolder folder;
-    velmora::testing::WriteFile(folder / "a.mdb.velmora-new", "half a database");
-    const auto connection = Connection::Create(folder / "a.mdb", JetVersion::Jet3);
-    connection->Commit();
-    EXPECT_SOUND(folder / "a.mdb");
-}
-
 TEST(Connection, AFileInUseIsNotOpenedASecondTime)
 {
     const TempFolder folder;
