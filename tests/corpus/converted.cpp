@@ -117,4 +117,11 @@ std::string Dump(const std::filesystem::path& mdb)
     return text;
 }
 
+std::string TestName(std::string name)
+{
+    std::replace_if(
+        name.begin(), name.end(), [](unsigned char c) { return std::isalnum(c) == 0; }, '_');
+    return name;
+}
+
 } // namespace velmora::testing

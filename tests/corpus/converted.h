@@ -41,6 +41,9 @@ struct Judgement {
 void WriteUniqueCopy(const std::filesystem::path& shared, const std::filesystem::path& xml,
                      const std::filesystem::path& copy);
 
+/// The name of a document as one that a test may have.
+[[nodiscard]] std::string TestName(std::string name);
+
 /// Tables (by name), columns, rows and relations of a database, as mdb-schema and mdb-export show them.
 [[nodiscard]] std::string Dump(const std::filesystem::path& mdb);
 

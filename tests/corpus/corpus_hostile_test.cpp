@@ -64,13 +64,6 @@ constexpr long kMaxPeakKilobytes = 1024 * 1024;
 constexpr long kMaxPeakKilobytes = 256 * 1024;
 #endif
 
-std::string TestName(std::string name)
-{
-    std::replace_if(
-        name.begin(), name.end(), [](unsigned char c) { return std::isalnum(c) == 0; }, '_');
-    return name;
-}
-
 class CorpusHostile : public ::testing::TestWithParam<HostileDocument> {};
 
 TEST_P(CorpusHostile, EndsWithItsClosingStepsAndASoundDatabaseOrNone)

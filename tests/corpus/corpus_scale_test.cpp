@@ -59,26 +59,6 @@ TEST(Scale, ADeepDocumentIsJustADocument)
     }
 }
 
-TEST(Scale, ManyPathsMakeManyColumns)
-{
-    const TempFolder temp;
-    std::string xml = "<doc>";
-    for (int table = 0; table < 10; ++table) {
-        const std::string name = "t" + std::to_string(table);
-        xml += "<" + name + ">";
-        for (int column = 0; column < 199; ++column) {
-            const std::string number = std::to_string(column);
-            xml += "<c" + number + ">" + number + "</c" + number + ">";
-        }
-        xml += "</" + name + ">";
-    }
-    WriteFile(temp / "in.xml", xml + "</doc>");
-    const Converted converted(temp / "in.xml", temp / "out.mdb");
-    ASSERT_EQ(converted.run.status, 0) << converted.Report();
-    EXPECT_FALSE(converted.Says("Not imported")) << converted.Report();
-    EXPECT_SOUND(temp / "out.mdb");
-}
-
 TEST(Scale, ALongTextComesBackAsItWas)
 {
     constexpr std::size_t kExportableBytes = 199'000; // mdb-export cuts a field at 200,000

@@ -9,70 +9,50 @@
 namespace velmora::testing {
 namespace {
 
-struct RealDocument {
-    const char* name;
-    int status = 0;
-    const char* reason = ""; ///< what the protocol says when the document ends in an error that stays
-};
-const RealDocument kDocuments[] = {
-    {"accounts-es-fields"},
-    {"accounts-pl-utf16le-crlf"},
-    {"accounts-ru-cp1251"},
-    {"accounts-sk-iso8859-2"},
-    {"accounts-skr04-de"},
-    {"blast-search"},
-    {"cd-catalog"},
-    {"chemical-elements"},
-    {"clinical-summary"},
-    {"econ-nc-crime"},
-    {"game-floppies-cdata"},
-    {"gpx-track"},
-    {"icon-long-attribute.svg"},
-    {"iso-4217-currencies"},
-    {"iso-639-3-languages"},
-    {"keyboard-layouts"},
-    {"lens-database-canon"},
-    {"library-records.oai"},
-    {"map-extract.osm"},
-    {"metabolic-model.sbml"},
-    {"mobile-providers"},
-    {"notation-style-225-columns"},
-    {"phylogeny-recursive"},
-    {"project-plan"},
-    {"proteins-uniprot.rdf"},
-    {"rec-xml-1998-latin1"},
-    {"timetable.fet"},
-    {"vocabulary-cs.kvtml"},
-    {"weekly-report-shift-jis"},
-    {"weekly-report-utf16be"},
-    {"windows-zones"},
+const std::string kDocuments[] = {
+    "accounts-es-fields",
+    "accounts-pl-utf16le-crlf",
+    "accounts-ru-cp1251",
+    "accounts-sk-iso8859-2",
+    "accounts-skr04-de",
+    "blast-search",
+    "cd-catalog",
+    "chemical-elements",
+    "clinical-summary",
+    "econ-nc-crime",
+    "game-floppies-cdata",
+    "gpx-track",
+    "icon-long-attribute.svg",
+    "iso-4217-currencies",
+    "iso-639-3-languages",
+    "keyboard-layouts",
+    "lens-database-canon",
+    "library-records.oai",
+    "map-extract.osm",
+    "metabolic-model.sbml",
+    "mobile-providers",
+    "notation-style-225-columns",
+    "phylogeny-recursive",
+    "project-plan",
+    "proteins-uniprot.rdf",
+    "rec-xml-1998-latin1",
+    "timetable.fet",
+    "vocabulary-cs.kvtml",
+    "weekly-report-shift-jis",
+    "weekly-report-utf16be",
+    "windows-zones",
 };
 
-std::string TestName(std::string name)
-{
-    std::replace_if(
-        name.begin(), name.end(), [](unsigned char c) { return std::isalnum(c) == 0; }, '_');
-    return name;
-}
-
-class CorpusXml : public ::testing::TestWithParam<RealDocument> {};
+class CorpusXml : public ::testing::TestWithParam<std::string> {};
 
 TEST_P(CorpusXml, ConvertsIntoASoundDatabaseThatLacksWhatTheProtocolSays)
 {
     REQUIRE_SHARED(shared);
-    const RealDocument& document = GetParam();
-    const std::filesystem::path xml = shared / "corpus" / "xml" / (std::string(document.name) + ".xml");
+    const std::filesystem::path xml = shared / "corpus" / "xml" / (GetParam() + ".xml");
     const TempFolder temp;
     const Converted converted(xml, temp / "out.mdb");
-    ASSERT_EQ(converted.run.status, document.status) << converted.Report();
+    ASSERT_EQ(converted.run.status, 0) << converted.Report();
     EXPECT_TRUE(converted.Says("Done")) << converted.Report();
-    if (document.status != 0) {
-        EXPECT_NE(converted.Report().find(document.reason), std::string::npos) << converted.Report();
-        if (std::filesystem::exists(temp / "out.mdb")) {
-            EXPECT_SOUND(temp / "out.mdb");
-        }
-        return;
-    }
     const Judgement judgement = Judge(shared, temp / "out.mdb", {xml});
     EXPECT_TRUE(judgement.sound) << judgement.report;
     // A value stored twice may stand for an equal one that is lost: then the judge sees less than there is.
@@ -86,11 +66,8 @@ TEST_P(CorpusXml, ConvertsIntoASoundDatabaseThatLacksWhatTheProtocolSays)
 TEST_P(CorpusXml, CountsEveryLostValueOfACopyInWhichNoTwoAreEqual)
 {
     REQUIRE_SHARED(shared);
-    const RealDocument& document = GetParam();
-    if (document.status != 0)
-        return;
     const TempFolder temp;
-    WriteUniqueCopy(shared, shared / "corpus" / "xml" / (std::string(document.name) + ".xml"), temp / "in.xml");
+    WriteUniqueCopy(shared, shared / "corpus" / "xml" / (GetParam() + ".xml"), temp / "in.xml");
     const Converted converted(temp / "in.xml", temp / "out.mdb");
     ASSERT_EQ(converted.run.status, 0) << converted.Report();
     const Judgement judgement = Judge(shared, temp / "out.mdb", {temp / "in.xml"});
@@ -102,14 +79,14 @@ TEST_P(CorpusXml, CountsEveryLostValueOfACopyInWhichNoTwoAreEqual)
 }
 
 INSTANTIATE_TEST_SUITE_P(Documents, CorpusXml, ::testing::ValuesIn(kDocuments),
-                         [](const auto& info) { return TestName(info.param.name); });
+                         [](const auto& info) { return TestName(info.param); });
 
 TEST(CorpusXmlFolder, HoldsNoDocumentThatIsNotTried)
 {
     REQUIRE_SHARED(shared);
     for (const auto& entry : std::filesystem::directory_iterator(shared / "corpus" / "xml")) {
         const bool tried = std::any_of(std::begin(kDocuments), std::end(kDocuments),
-                                       [&](const RealDocument& d) { return entry.path().stem() == d.name; });
+                                       [&](const std::string& name) { return entry.path().stem() == name; });
         EXPECT_TRUE(tried || entry.path().extension() != ".xml") << entry.path();
     }
 }
