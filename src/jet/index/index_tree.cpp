@@ -196,9 +196,11 @@ bool IndexTree::Contains(ByteSpan key) const
 {
     const PageRef ref = FindLeaf(key);
     const IndexPage leaf = View(ref);
-    const std::size_t place = leaf.LowerBound(key);
+    const std::size_t place = PlaceFor(leaf, key);
     if (place != leaf.End())
         return leaf.HasKey(place, key);
+    if (leaf.Next() == 0)
+        return false;
     // A node's entry may be greater than what is left on its child's page: then the next leaf has the answer.
     const Cursor cursor = Seek(key);
     return !cursor.AtEnd() && CompareBytes(cursor.Key(), key) == 0;
