@@ -19,6 +19,8 @@ TEST(Statement, ARefusedOneHasChangedNothing)
         {"CREATE TABLE T (a Long)", ErrorNumber::TableExists},
         {"CREATE TABLE [] (a Long)", ErrorNumber::InvalidName},
         {"CREATE TABLE [a.b] (a Long)", ErrorNumber::InvalidName},
+        {"CREATE TABLE [ a] (a Long)", ErrorNumber::InvalidName},
+        {"CREATE TABLE [a\nb] (a Long)", ErrorNumber::InvalidName},
         {"CREATE TABLE [" + std::string(65, 'n') + "] (a Long)", ErrorNumber::InvalidName},
         {"CREATE TABLE n (a Long, [b!] Long)", ErrorNumber::InvalidName},
         {"CREATE TABLE n (a Long, A String)", ErrorNumber::FieldDefinedTwice},
@@ -79,6 +81,19 @@ TEST(Statement, ATableInUseIsNotDroppedNorItsRelations)
     }
     EXPECT_EQ(database.Try("ALTER TABLE c DROP CONSTRAINT link"), std::nullopt);
     EXPECT_EQ(database.Try("DROP TABLE t"), std::nullopt);
+}
+
+TEST(Statement, AnIndexCountsItsDistinctKeys)
+{
+    Database database(JetVersion::Jet4);
+    database.Execute("CREATE TABLE t (a Long)");
+    for (const char* value : {"1", "2", "1", "3", "2"})
+        database.Add("t", {{"a", value}});
+    database.Execute("CREATE INDEX i ON t (a)");
+    for (const char* value : {"3", "4"})
+        database.Add("t", {{"a", value}});
+    database.Reopen();
+    EXPECT_EQ(database.Schema(SchemaKind::Indexes, {"", "", "i"}, {"CARDINALITY"}), "4\n");
 }
 
 TEST(Statement, DecimalColumnsHaveTheirDigits)
