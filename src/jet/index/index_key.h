@@ -24,10 +24,10 @@ struct KeyColumn {
     Collation collation;
 };
 
-/// Appends the key bytes of one column to `key`: a flag byte and, unless null, the value, so that keys compare as bytes.
-/// `stored` is the value as a row holds it (text: UTF-16LE, compressed or not, or code page 1252; memo: the resolved value;
-/// boolean: one byte, 0 or 1), nullopt is Null. Throws Error when the collation is not General.
-/// Source: entries of index pages written by Access 97, 2000 and 2003.
+/// Appends the key bytes of one column to `key`: a flag byte and, unless null, the value, so that keys compare as
+/// bytes. `stored` is the value as a row holds it (text: UTF-16LE, compressed or not, or code page 1252; memo: the
+/// resolved value; boolean: one byte, 0 or 1), nullopt is Null. Throws Error when the collation is not General. Source:
+/// entries of index pages written by Access 97, 2000 and 2003.
 void AppendKey(Bytes& key, const Format& format, const KeyColumn& column, std::optional<ByteSpan> stored);
 
 /// The ascending text key of a UTF-8 text: what equality and order of names in the catalog mean.
