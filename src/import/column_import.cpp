@@ -21,8 +21,9 @@ void ColumnImport::velImportNodeColumns(ElementId element, int sink)
                 return "Insert value for [" + sinks_[sink].records->Source() + "].[" + fields_.ColumnOfLeaf(leaf) + "]";
             });
             try {
-                if (!ImportLeaf(leaf, sink) && !job_.settings.blAbort)
-                    ImportLeafIntoOwnTable(leaf, sink);
+                const LossReason refusal = ImportLeaf(leaf, sink);
+                if (refusal != LossReason::None && !job_.settings.blAbort && !ImportLeafIntoOwnTable(leaf, sink))
+                    Refuse(sinks_[sink], {leaf}, refusal);
             } catch (const RuntimeError& error) {
                 if (!IsLockConflict(error))
                     throw;
@@ -60,45 +61,52 @@ void ColumnImport::ThrowIfLocked()
     throw conflict;
 }
 
-/// False when the record's table has no column for the leaf.
-bool ColumnImport::ImportLeaf(ElementId leaf, int sinkNumber)
+/// What the leaf's value was refused for, if it was: it is not yet lost then.
+LossReason ColumnImport::ImportLeaf(ElementId leaf, int sinkNumber)
 {
     TableSink& sink = sinks_[sinkNumber];
-    const auto field = fields_.InParent(sink, leaf);
-    return field && SetText(sink, *field, leaf);
+    return SetText(sink, fields_.InParent(sink, leaf), leaf);
 }
 
-bool ColumnImport::SetText(TableSink& sink, std::size_t field, ElementId leaf)
+LossReason ColumnImport::SetText(TableSink& sink, std::optional<std::size_t> field, ElementId leaf)
 {
-    return SetUnlessWrongType(sink, field, {{}, document_.NameText(document_.Name(leaf))}, document_.Content(leaf),
-                              {leaf, ValueOrigin::kOwnText});
+    if (!field)
+        return LossReason::NoColumn;
+    return SetUnlessWrongType(sink, *field, {{}, document_.NameText(document_.Name(leaf))}, document_.Content(leaf),
+                              {leaf});
 }
 
-bool ColumnImport::SetUnlessWrongType(TableSink& sink, std::size_t field, const RawName& name, std::string_view value,
-                                      ValueOrigin origin)
+LossReason ColumnImport::SetUnlessWrongType(TableSink& sink, std::size_t field, const RawName& name,
+                                            std::string_view value, ValueOrigin origin)
 {
     try {
         writer_.Set(sink, field, name, value, origin);
-        return true;
+        return LossReason::None;
     } catch (const RuntimeError& error) {
         if (error.Number() != engine_errors::kWrongType)
             throw;
-        return false;
+        return LossReason::DoesNotFitType;
     }
+}
+
+void ColumnImport::Refuse(TableSink& sink, ValueOrigin origin, LossReason reason)
+{
+    if (reason != LossReason::None)
+        sink.values.refused.push_back({origin, reason});
 }
 
 void ColumnImport::ImportOwnText(ElementId leaf, TableSink& sink)
 {
     // A record without its text is still a record: the loss is counted, not fatal.
-    if (const auto field = fields_.InOwnTable(sink, leaf))
-        (void)SetText(sink, *field, leaf);
+    Refuse(sink, {leaf}, SetText(sink, fields_.InOwnTable(sink, leaf), leaf));
 }
 
-void ColumnImport::ImportLeafIntoOwnTable(ElementId leaf, int ownerSink)
+/// False when the leaf has no table.
+bool ColumnImport::ImportLeafIntoOwnTable(ElementId leaf, int ownerSink)
 {
     const int number = SinkOf(leaf);
     if (number == TableSinks::kNone || !sinks_[number].HasTable())
-        return;
+        return false;
     TableSink& sink = sinks_[number];
     TableSink& owner = sinks_[ownerSink];
     writer_.Begin(sink);
@@ -106,9 +114,9 @@ void ColumnImport::ImportLeafIntoOwnTable(ElementId leaf, int ownerSink)
         writer_.SetMasterTable(sink, owner.records->Source());
     writer_.SetForeignKey(sink, writer_.Key(owner));
     ImportOwnText(leaf, sink);
-    if (job_.settings.blAbort)
-        return;
-    Save(number, ownerSink);
+    if (!job_.settings.blAbort)
+        Save(number, ownerSink);
+    return true;
 }
 
 void ColumnImport::SetAttributes(ElementId element, int sinkNumber, Step& step)
@@ -120,17 +128,17 @@ void ColumnImport::SetAttributes(ElementId element, int sinkNumber, Step& step)
         const std::string_view value = document_.AttributeValue(element, index);
         if (value.empty())
             continue;
-        ++sink.values.attributesOffered;
         const NameId name = document_.AttributeName(element, index);
         step([this, name, &sink] {
             return "Import attribute [" + std::string(document_.NameText(name)) + "] into table [" +
                    sink.records->Source() + "]";
         });
         const auto field = fields_.Attribute(sink, sinkNumber, element, index);
-        if (!field)
-            continue; // an element of the same name has taken the column's place: the loss is counted
-        (void)SetUnlessWrongType(sink, *field, {job_.settings.strAttrPrefix, document_.NameText(name)}, value,
-                                 {element, name});
+        const ValueOrigin origin{element, name};
+        Refuse(sink, origin,
+               field ? SetUnlessWrongType(sink, *field, {job_.settings.strAttrPrefix, document_.NameText(name)}, value,
+                                          origin)
+                     : LossReason::ColumnTaken);
         if (job_.settings.blAbort)
             return;
     }

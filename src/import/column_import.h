@@ -41,12 +41,13 @@ public:
     [[nodiscard]] RecordWriter& Writer() noexcept { return writer_; }
 
 private:
-    [[nodiscard]] bool ImportLeaf(ElementId leaf, int sink);
-    void ImportLeafIntoOwnTable(ElementId leaf, int ownerSink);
+    [[nodiscard]] LossReason ImportLeaf(ElementId leaf, int sink);
+    [[nodiscard]] bool ImportLeafIntoOwnTable(ElementId leaf, int ownerSink);
     void ImportOwnText(ElementId leaf, TableSink& sink);
-    [[nodiscard]] bool SetText(TableSink& sink, std::size_t field, ElementId leaf);
-    [[nodiscard]] bool SetUnlessWrongType(TableSink& sink, std::size_t field, const RawName& name,
-                                          std::string_view value, ValueOrigin origin);
+    [[nodiscard]] LossReason SetText(TableSink& sink, std::optional<std::size_t> field, ElementId leaf);
+    [[nodiscard]] LossReason SetUnlessWrongType(TableSink& sink, std::size_t field, const RawName& name,
+                                                std::string_view value, ValueOrigin origin);
+    static void Refuse(TableSink& sink, ValueOrigin origin, LossReason reason);
     void SetAttributes(ElementId element, int sink, Step& step);
     void ThrowIfLocked();
 

@@ -1,6 +1,7 @@
 #include "import/node_importer.h"
 
 #include "import/column_import.h"
+#include "import/loss_report.h"
 #include "schema/engine_errors.h"
 
 #include <chrono>
@@ -214,14 +215,6 @@ std::string_view NodeImporter::SourceOf(int sink) const
     return sinks_[sink].records->Source();
 }
 
-void ReportLoss(Job& job, const ValueAccount& account)
-{
-    const ValueAccount::Loss loss = account.Settle(job.settings.strAttrPrefix);
-    if (loss.lost > 0)
-        job.log.ProtocolAppend("Not imported: " + std::to_string(loss.lost) + " of " + std::to_string(loss.offered) +
-                               " values, the first at " + loss.firstPath);
-}
-
 } // namespace
 
 void ImportDocument(Job& job, DatabaseSession& session, const Document& document, const StructureModel& model,
@@ -238,7 +231,7 @@ void ImportDocument(Job& job, DatabaseSession& session, const Document& document
         NodeImporter(job, document, sinks, columns).velImportNode();
     job.log.ProtocolAppend("Import XML: " + std::to_string(columns.RecordCount()) + " records were imported");
     if (!job.settings.blAbort)
-        ReportLoss(job, account);
+        ReportLoss(job, document, account);
 }
 
 } // namespace velmora

@@ -15,22 +15,6 @@ namespace {
 /// A memo takes up to this many bytes of the record for itself, so that widening a shorter text gains nothing.
 constexpr std::size_t kMemoBytesInRecord = 64;
 
-void ClearValues(PendingValues& values)
-{
-    for (const std::size_t field : values.filled)
-        values.byField[field] = {};
-    values.filled.clear();
-    values.attributeOwner = kNoElement;
-    values.attributesOffered = 0;
-}
-
-void PutValue(PendingValues& values, std::size_t field, ValueOrigin origin)
-{
-    if (values.byField[field].element == kNoElement)
-        values.filled.push_back(field);
-    values.byField[field] = origin;
-}
-
 /// The values of a pending record, by their columns' names, while positions change.
 class ValuesByName {
 public:
@@ -46,7 +30,7 @@ public:
         values.filled.clear();
         for (const auto& [name, origin] : named_)
             if (const auto field = sink_.records->FieldIndex(name))
-                PutValue(values, *field, origin);
+                values.Put(*field, origin);
     }
 
 private:
@@ -60,7 +44,7 @@ void RecordWriter::Begin(TableSink& sink)
 {
     sink.records->AddNew();
     begun_.push_back(&sink);
-    ClearValues(sink.values);
+    sink.values.Clear();
     FindKeys(sink);
 }
 
@@ -107,7 +91,7 @@ void RecordWriter::Set(TableSink& sink, std::size_t field, const RawName& rawNam
     for (;;) {
         try {
             sink.records->SetText(field, value);
-            PutValue(sink.values, field, origin);
+            sink.values.Put(field, origin);
             return;
         } catch (const RuntimeError& error) {
             if (error.Number() != engine_errors::kFieldTooSmall || sink.records->IsMemo(field))

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "import/pending_values.h"
 #include "import/text_file.h"
 #include "mapping/tag_map.h"
 #include "schema/database_session.h"
@@ -13,22 +14,6 @@
 #include <vector>
 
 namespace velmora {
-
-/// One value of the document: an element's own text, or one of its attributes.
-struct ValueOrigin {
-    static constexpr NameId kOwnText = ~NameId{0};
-    ElementId element = kNoElement;
-    NameId attribute = kOwnText;
-};
-
-/// Which values of the document stand in the fields of the record that is being built. A later value for the same field
-/// takes the place of the earlier one.
-struct PendingValues {
-    std::vector<ValueOrigin> byField;      ///< by position; no element where the field holds no value of the document
-    std::vector<std::size_t> filled;       ///< positions that hold one
-    ElementId attributeOwner = kNoElement; ///< element whose attributes were offered to the record
-    std::uint32_t attributesOffered = 0;
-};
 
 /// How a sink writes its records into a text file.
 struct TextOutput {

@@ -3,6 +3,8 @@
 #include "xml/white_space.h"
 
 #include <algorithm>
+#include <functional>
+#include <tuple>
 
 namespace velmora {
 
@@ -15,9 +17,31 @@ bool HasText(std::string_view content) noexcept
     return isPlain || !TrimWhiteSpace(content).empty();
 }
 
+std::size_t ValueAccount::Groups::Hash::operator()(const Key& key) const noexcept
+{
+    constexpr std::uint64_t kSpread = 0x9E3779B97F4A7C15; // path and attribute both count up from 0
+    return static_cast<std::size_t>((key.place * kSpread) ^ static_cast<std::uint64_t>(key.reason));
+}
+
+void ValueAccount::Groups::Add(PathId path, NameId attribute, LossReason reason, ElementId element)
+{
+    Group& group = groups_[{std::uint64_t{path} << 32 | attribute, reason}];
+    if (group.count++ == 0)
+        group = {path, attribute, reason, element, 1};
+    group.first = std::min(group.first, element);
+}
+
+std::vector<ValueAccount::Group> ValueAccount::Groups::InOrder() const
+{
+    std::vector<Group> groups;
+    for (const auto& [key, group] : groups_)
+        groups.push_back(group);
+    std::ranges::sort(groups, {}, [](const Group& g) { return std::tuple(g.first, g.attribute, g.reason); });
+    return groups;
+}
+
 ValueAccount::ValueAccount(const Document& document)
-    : document_(document), textStored_(document.ElementCount()), attributesStored_(document.ElementCount()),
-      attributesSeen_(document.ElementCount())
+    : document_(document), textStored_(document.ElementCount()), attributesSeen_(document.ElementCount())
 {
 }
 
@@ -31,28 +55,34 @@ void ValueAccount::StoreText(ElementId element)
 
 void ValueAccount::Stored(const PendingValues& values)
 {
-    std::uint32_t attributes = 0;
+    const ElementId owner = values.attributeOwner;
+    // An element that fills two records brings the same attributes into both.
+    const bool countAttributes = owner != kNoElement && !attributesSeen_[owner];
     for (const std::size_t field : values.filled) {
         const ValueOrigin origin = values.byField[field];
         if (origin.attribute == ValueOrigin::kOwnText)
             StoreText(origin.element);
         else
-            ++attributes;
+            stored_ += countAttributes ? 1 : 0;
     }
-    const ElementId owner = values.attributeOwner;
-    // An element that fills two records brings the same attributes into both.
-    if (owner == kNoElement || attributesSeen_[owner])
+    for (const PendingValues::Refusal& refusal : values.refused)
+        Refuse(refusal, countAttributes);
+    if (countAttributes)
+        attributesSeen_[owner] = true;
+}
+
+void ValueAccount::Refuse(const PendingValues::Refusal& refusal, bool firstRecordOfAttributes)
+{
+    const auto [element, attribute] = refusal.origin;
+    if (attribute != ValueOrigin::kOwnText) {
+        if (firstRecordOfAttributes)
+            attributesRefused_.Add(document_.Path(element), attribute, refusal.reason, element);
         return;
-    attributesSeen_[owner] = true;
-    attributesStored_[owner] = attributes == values.attributesOffered;
-    stored_ += attributes;
-    if (attributesStored_[owner] || owner > firstPartial_)
-        return;
-    firstPartial_ = owner;
-    storedOfPartial_.clear();
-    for (const std::size_t field : values.filled)
-        if (values.byField[field].attribute != ValueOrigin::kOwnText)
-            storedOfPartial_.push_back(values.byField[field].attribute);
+    }
+    if (textRefused_.empty())
+        textRefused_.resize(document_.ElementCount());
+    if (textRefused_[element] == LossReason::None)
+        textRefused_[element] = refusal.reason;
 }
 
 void ValueAccount::TakeBackChildTexts(ElementId owner)
@@ -63,37 +93,36 @@ void ValueAccount::TakeBackChildTexts(ElementId owner)
     }
 }
 
-std::string ValueAccount::FirstLostAttribute(ElementId element, std::string_view attributePrefix) const
+/// A text that no record was offered says by its place why.
+LossReason ValueAccount::ReasonOfText(ElementId element) const
 {
-    for (std::uint32_t index = 0; index < document_.AttributeCount(element); ++index) {
-        const NameId name = document_.AttributeName(element, index);
-        const bool stored = element == firstPartial_ &&
-                            std::find(storedOfPartial_.begin(), storedOfPartial_.end(), name) != storedOfPartial_.end();
-        if (!stored && !document_.AttributeValue(element, index).empty())
-            return document_.PathText(document_.Path(element)) + "/" + std::string(attributePrefix) +
-                   std::string(document_.NameText(name));
-    }
-    return document_.PathText(document_.Path(element));
+    if (!textRefused_.empty() && textRefused_[element] != LossReason::None)
+        return textRefused_[element];
+    return document_.ChildCount(element) > 0 ? LossReason::BesideChildren : LossReason::NoRecord;
 }
 
-ValueAccount::Loss ValueAccount::Settle(std::string_view attributePrefix) const
+ValueAccount::Loss ValueAccount::Settle(bool attributesImported) const
 {
     Loss loss;
+    Groups groups = attributesRefused_;
     const auto count = static_cast<ElementId>(document_.ElementCount());
     for (ElementId element = 0; element < count; ++element) {
-        std::uint32_t attributes = 0;
-        for (std::uint32_t index = 0; index < document_.AttributeCount(element); ++index)
-            attributes += document_.AttributeValue(element, index).empty() ? 0 : 1;
-        const bool text = HasText(document_.Content(element));
-        loss.offered += attributes + (text ? 1 : 0);
-        if (!loss.firstPath.empty())
+        for (std::uint32_t index = 0; index < document_.AttributeCount(element); ++index) {
+            if (document_.AttributeValue(element, index).empty())
+                continue;
+            ++loss.offered;
+            if (!attributesSeen_[element])
+                groups.Add(document_.Path(element), document_.AttributeName(element, index),
+                           attributesImported ? LossReason::NoRecord : LossReason::AttributesOff, element);
+        }
+        if (!HasText(document_.Content(element)))
             continue;
-        if (attributes > 0 && !attributesStored_[element])
-            loss.firstPath = FirstLostAttribute(element, attributePrefix);
-        else if (text && !textStored_[element])
-            loss.firstPath = document_.PathText(document_.Path(element));
+        ++loss.offered;
+        if (!textStored_[element])
+            groups.Add(document_.Path(element), ValueOrigin::kOwnText, ReasonOfText(element), element);
     }
     loss.lost = loss.offered - stored_;
+    loss.groups = groups.InOrder();
     return loss;
 }
 

@@ -6,27 +6,50 @@ namespace velmora::testing {
 
 namespace {
 
+/// What the protocol says of lost values, path by path.
+std::string Reasons(const Conversion& run)
+{
+    std::string text;
+    for (const std::string& line : run.host.lines)
+        if (line.starts_with("  "))
+            text += line + "\n";
+    return text;
+}
+
 TEST(ValueLoss, IsCountedAndNamedOncePerFile)
 {
     struct Case {
         const char* name;
         const char* options;
         const char* xml;
-        const char* line; ///< nullptr: nothing is lost
+        const char* line;    ///< nullptr: nothing is lost
+        const char* reasons; ///< a line each
     };
     const Case cases[] = {
-        {"text beside children", "", "<r><p>t<n>1</n>u</p></r>", "Not imported: 1 of 2 values, the first at //r/p"},
+        {"text beside children", "", "<r><p>t&#10;<n>1</n>u</p></r>", "Not imported: 1 of 2 values, the first at //r/p",
+         "  //r/p: 1, text beside child elements, \"t u\"\n"},
         {"a list beside nothing else", "", "<r><n>1</n><p><t>a</t><t>b</t></p></r>",
-         "Not imported: 2 of 3 values, the first at //r/p/t"},
+         "Not imported: 2 of 3 values, the first at //r/p/t", "  //r/p/t: 2, no record is made at this place, \"a\"\n"},
         {"an attribute whose column a child took over", "attr=", "<r><p id=\"1\"><id>one</id><n>1</n></p></r>",
-         "Not imported: 1 of 3 values, the first at //r/p/id"},
-        {"the first of two leaves that meet in one column", "", "<r><p><a:n>1</a:n><b:n>2</b:n></p></r>",
-         "Not imported: 1 of 2 values, the first at //r/p/a:n"},
+         "Not imported: 1 of 3 values, the first at //r/p/id",
+         "  //r/p/id: 1, another value of the record took its column, \"1\"\n"},
+        {"the first of two leaves that meet in one column, and a long one", "",
+         "<r><p><a:n>0123456789012345678901234567890123\xC3\xA9\xC3\xA9 to the end</a:n><b:n>2</b:n></p>"
+         "<p><a:n>3</a:n><b:n>4</b:n></p></r>",
+         "Not imported: 2 of 4 values, the first at //r/p/a:n",
+         "  //r/p/a:n: 2, another value of the record took its column, "
+         "\"0123456789012345678901234567890123\xC3\xA9\xC3\xA9 ...\"\n"},
         {"an attribute for which a list took the column", "attr=",
-         "<r><p t=\"x\"><t>1</t><t>2</t><n>3</n><m>4</m></p></r>", "Not imported: 1 of 5 values, the first at //r/p/t"},
-        {"blank texts and empty attributes are no values", "", "<r><p k=\"\"><n> </n></p></r>", nullptr},
+         "<r><p t=\"x\"><t>1</t><t>2</t><n>3</n><m>4</m></p></r>", "Not imported: 1 of 5 values, the first at //r/p/t",
+         "  //r/p/t: 1, its column was taken by an element of the same name, \"x\"\n"},
+        {"attributes that nobody wants", "-attributes", "<r k=\"a\"><p k=\"b\" j=\"c\"><n>1</n></p></r>",
+         "Not imported: 3 of 4 values, the first at //r/attr_k",
+         "  //r/attr_k: 1, attributes are left out (-attributes), \"a\"\n"
+         "  //r/p/attr_k: 1, attributes are left out (-attributes), \"b\"\n"
+         "  //r/p/attr_j: 1, attributes are left out (-attributes), \"c\"\n"},
+        {"blank texts and empty attributes are no values", "", "<r><p k=\"\"><n> </n></p></r>", nullptr, ""},
         {"a text that stands in its parent's column is there", "",
-         "<r><p><n>1</n><u k=\"a\"/><u k=\"b\"/><w k=\"c\">y</w></p></r>", nullptr},
+         "<r><p><n>1</n><u k=\"a\"/><u k=\"b\"/><w k=\"c\">y</w></p></r>", nullptr, ""},
     };
     Conversions runs;
     for (const Case& c : cases) {
@@ -37,7 +60,20 @@ TEST(ValueLoss, IsCountedAndNamedOncePerFile)
         if (c.line) {
             EXPECT_EQ(run.Said(c.line), 1) << ::testing::PrintToString(run.host.lines);
         }
+        EXPECT_EQ(Reasons(run), c.reasons);
     }
+}
+
+TEST(ValueLoss, OnlyTheFirstGroupsAreListed)
+{
+    std::string xml = "<r>";
+    for (int tag = 10; tag < 35; ++tag)
+        xml += "<p" + std::to_string(tag) + ">a<n/>b</p" + std::to_string(tag) + ">";
+    Conversion run;
+    EXPECT_FALSE(run.Xml(xml + "</r>").Run().failed) << run.Error();
+    EXPECT_EQ(run.Said("  //r/p"), 20);
+    EXPECT_EQ(run.Said("  //r/p29: 1,"), 1);
+    EXPECT_EQ(run.Said("  and 5 more in 5 further groups"), 1);
 }
 
 /// A document in which every value is another one, so that it can be looked for in the tables.
@@ -111,6 +147,12 @@ TEST(ValueLoss, AgreesWithWhatIsFoundInTheTables)
                                std::to_string(document.values.size()) + " values"),
                       1)
                 << document.text << ::testing::PrintToString(run.host.lines);
+        // Each line counts its group, and the last one what was cut.
+        std::size_t told = 0;
+        for (const std::string& line : run.host.lines)
+            if (line.starts_with("  "))
+                told += std::stoul(line.starts_with("  and ") ? line.substr(6) : line.substr(line.find(": ") + 2));
+        EXPECT_EQ(told, lost) << document.text << ::testing::PrintToString(run.host.lines);
     }
     EXPECT_GT(compared, 18);
 }

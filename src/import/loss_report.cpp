@@ -1,0 +1,99 @@
+#include "import/loss_report.h"
+
+#include <algorithm>
+#include <string>
+#include <string_view>
+
+namespace velmora {
+
+namespace {
+
+constexpr std::size_t kMaxLines = 20;
+constexpr std::size_t kMaxSampleCharacters = 40;
+constexpr std::string_view kCutMark = "...";
+
+std::string_view Describe(LossReason reason)
+{
+    switch (reason) {
+    case LossReason::NoRecord:
+        return "no record is made at this place";
+    case LossReason::BesideChildren:
+        return "text beside child elements";
+    case LossReason::AttributesOff:
+        return "attributes are left out (-attributes)";
+    case LossReason::NoColumn:
+        return "no column and no table";
+    case LossReason::ColumnTaken:
+        return "its column was taken by an element of the same name";
+    case LossReason::Overwritten:
+        return "another value of the record took its column";
+    case LossReason::DoesNotFitType:
+        return "its column cannot hold the value";
+    case LossReason::None:
+        break;
+    }
+    return {};
+}
+
+/// The beginning of `text` with at most `limit` characters.
+std::string_view FirstCharacters(std::string_view text, std::size_t limit)
+{
+    std::size_t bytes = 0;
+    for (std::size_t characters = 0; characters < limit && bytes < text.size(); ++characters)
+        do
+            ++bytes;
+        while (bytes < text.size() && (static_cast<unsigned char>(text[bytes]) & 0xC0) == 0x80);
+    return text.substr(0, bytes);
+}
+
+/// Fits on one line.
+std::string Sample(std::string_view value)
+{
+    std::string sample(FirstCharacters(value, kMaxSampleCharacters));
+    if (sample.size() < value.size())
+        sample = std::string(FirstCharacters(value, kMaxSampleCharacters - kCutMark.size())).append(kCutMark);
+    std::replace_if(
+        sample.begin(), sample.end(), [](char c) { return static_cast<unsigned char>(c) < ' '; }, ' ');
+    return sample;
+}
+
+std::string_view FirstValue(const Document& document, const ValueAccount::Group& group)
+{
+    if (group.attribute == ValueOrigin::kOwnText)
+        return document.Content(group.first);
+    for (std::uint32_t index = 0; index < document.AttributeCount(group.first); ++index)
+        if (document.AttributeName(group.first, index) == group.attribute)
+            return document.AttributeValue(group.first, index);
+    return {};
+}
+
+} // namespace
+
+void ReportLoss(Job& job, const Document& document, const ValueAccount& account)
+{
+    const ValueAccount::Loss loss = account.Settle(job.settings.blImportAttributes);
+    if (loss.groups.empty())
+        return;
+    const auto pathOf = [&](const ValueAccount::Group& group) {
+        std::string path = document.PathText(group.path);
+        if (group.attribute != ValueOrigin::kOwnText)
+            path.append("/").append(job.settings.strAttrPrefix).append(document.NameText(group.attribute));
+        return path;
+    };
+    job.log.ProtocolAppend("Not imported: " + std::to_string(loss.lost) + " of " + std::to_string(loss.offered) +
+                           " values, the first at " + pathOf(loss.groups.front()));
+    const std::size_t told = std::min(loss.groups.size(), kMaxLines);
+    std::int64_t untold = loss.lost;
+    for (std::size_t i = 0; i < told; ++i) {
+        const ValueAccount::Group& group = loss.groups[i];
+        untold -= group.count;
+        std::string line = "  " + pathOf(group) + ": " + std::to_string(group.count) + ", ";
+        line.append(Describe(group.reason)).append(", \"").append(Sample(FirstValue(document, group))).append("\"");
+        job.log.ProtocolAppend(line);
+    }
+    if (told < loss.groups.size())
+        job.log.ProtocolAppend("  and " + std::to_string(untold) + " more in " +
+                               std::to_string(loss.groups.size() - told) + " further groups");
+}
+
+} // namespace velmora
