@@ -6,6 +6,7 @@
 #include "driver/url_source.h"
 #include "import/node_importer.h"
 #include "platform/file_listing.h"
+#include "platform/paths.h"
 #include "schema/database_session.h"
 #include "schema/empty_tables.h"
 #include "schema/schema_builder.h"
@@ -38,7 +39,8 @@ std::optional<std::string> NoSource(const std::string& source, const std::vector
 RunOutcome Batch::btnConvert_Click()
 {
     outcome_ = {};
-    hasSaved_ = false;
+    hasCommitted_ = false;
+    unfinishedRecords_ = 0;
     job_.settings.blAbort = false;
     job_.log.ClearText();
     if (RefusesToBegin()) {
@@ -99,6 +101,16 @@ void Batch::Run(UrlSource& source, DatabaseSession& session, Step& step)
     if (!job_.settings.blRecreateDatabase && job_.settings.blEmptyTables)
         velEmptyTablesAll(job_, session);
     Convert(files, session, step);
+    if (!hasCommitted_ && !job_.settings.blAbort)
+        TellThatNothingWasRead();
+}
+
+/// Nothing was committed, so that the session's end takes everything back.
+void Batch::TellThatNothingWasRead()
+{
+    job_.log.ProtocolAppend(FileExists(job_.controls.txtFILE_MDB.text)
+                                ? "No source could be read: the database stays as it was"
+                                : "No source could be read: no database was made");
 }
 
 void Batch::OpenProtocolFile(Step& step)
@@ -135,7 +147,8 @@ void Batch::ShowRunning(bool running)
     job_.host.ControlsChanged();
 }
 
-/// Converts the files one after another; each is committed when it is done.
+/// Converts the files one after another; each is committed when it is done. Until the first one that can be read, a
+/// re-creation or an emptying is not final.
 void Batch::Convert(const std::vector<std::string>& files, DatabaseSession& session, Step& step)
 {
     job_.host.SetProgressRange(ProgressBarId::Files, static_cast<std::int64_t>(files.size()));
@@ -169,9 +182,9 @@ bool Batch::ConvertOneFile(const std::string& path, DatabaseSession& session)
         velCreateDatabase(job_, session, xml.document, model, tagMap_, schema_pass::kCreateRelations);
     TableSinks sinks;
     velOpenTables(job_, session, model, tagMap_, sinks);
-    hasSaved_ = hasSaved_ || !job_.settings.blAbort;
     ImportDocument(job_, session, xml.document, model, tagMap_, sinks);
     velCloseTables(job_, session, sinks);
+    unfinishedRecords_ = sinks.SavedRecords();
     return xml.readable;
 }
 
@@ -179,29 +192,35 @@ bool Batch::ConvertOneFile(const std::string& path, DatabaseSession& session)
 /// left of a file that could not be read.
 void Batch::FinishFile(const std::string& path, bool converted, DatabaseSession& session, Step& step)
 {
-    step("Commit");
-    session.Commit();
-    hasSaved_ = true;
-    ++(converted ? outcome_.convertedFiles : outcome_.unreadableFiles);
-    if (job_.controls.txtFILE_XML_RENAMED.text.empty())
-        return;
+    const bool isToBeRenamed = !job_.controls.txtFILE_XML_RENAMED.text.empty();
     if (!converted) {
-        job_.log.ProtocolAppend("Not renamed, since it was not converted: " + path);
+        ++outcome_.unreadableFiles;
+        if (isToBeRenamed)
+            job_.log.ProtocolAppend("Not renamed, since it was not converted: " + path);
         return;
     }
+    step("Commit");
+    session.Commit();
+    hasCommitted_ = true;
+    unfinishedRecords_ = 0;
+    ++outcome_.convertedFiles;
+    if (!isToBeRenamed)
+        return;
     step("Rename XML file");
     RenameConvertedFile(job_, path, std::time(nullptr));
 }
 
-/// After a cancel or an error. What was saved stays; before the first record the database is better off as it was.
+/// After a cancel or an error. What was saved stays. A file that has not saved a record yet leaves nothing behind: the
+/// database is better off as it was before it.
 void Batch::EndEarly(DatabaseSession& session)
 {
-    if (!hasSaved_) {
+    if (!hasCommitted_ && unfinishedRecords_ == 0) {
         job_.log.ProtocolAppend("The run ended early: nothing was saved, the database stays as it was");
         return;
     }
     try {
-        session.Commit();
+        if (unfinishedRecords_ > 0)
+            session.Commit();
         job_.log.ProtocolAppend("The run ended early: what was saved until then stays in the database");
     } catch (const RuntimeError& error) {
         job_.log.ErrorReport("btnConvert_Click", "btnConvert_Click: Commit what was saved before the run ended early",

@@ -43,6 +43,7 @@ private:
     void Run(UrlSource& source, DatabaseSession& session, Step& step);
     void OpenProtocolFile(Step& step);
     void ShowRunning(bool running);
+    void TellThatNothingWasRead();
     void Convert(const std::vector<std::string>& files, DatabaseSession& session, Step& step);
     [[nodiscard]] bool ConvertOneFile(const std::string& path, DatabaseSession& session);
     void FinishFile(const std::string& path, bool converted, DatabaseSession& session, Step& step);
@@ -53,7 +54,8 @@ private:
     TagMap& tagMap_;
     Places places_;
     RunOutcome outcome_;
-    bool hasSaved_ = false; ///< records of this run, or whole files, may stand in the database
+    bool hasCommitted_ = false;          ///< a file of this run is complete in the database
+    std::int64_t unfinishedRecords_ = 0; ///< saved by the file at hand, not yet committed
 };
 
 } // namespace velmora

@@ -18,6 +18,14 @@ TableSink& TableSinks::Append(const ElementInfo& element)
     return sink;
 }
 
+std::int64_t TableSinks::SavedRecords() const noexcept
+{
+    std::int64_t records = 0;
+    for (const TableSink& sink : sinks_)
+        records += sink.savedRecords;
+    return records;
+}
+
 void velOpenTables(Job& job, DatabaseSession& session, StructureModel& model, const TagMap& map, TableSinks& sinks)
 {
     Procedure(job, "velOpenTables", [&](Step& step) {

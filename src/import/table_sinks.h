@@ -53,6 +53,8 @@ public:
     [[nodiscard]] int UpperBound() const noexcept { return static_cast<int>(sinks_.size()) - 1; }
     [[nodiscard]] TableSink& operator[](int number) { return sinks_[static_cast<std::size_t>(number)]; }
     TableSink& Append(const ElementInfo& element);
+    /// Of all sinks together.
+    [[nodiscard]] std::int64_t SavedRecords() const noexcept;
     [[nodiscard]] TextFiles& Texts() noexcept { return texts_; }
     /// Number of the sink for `path`; kNone when there is none, or when `skipWithoutColumns` and it has no data
     /// columns: such an element is a wrapping one. O(1).

@@ -102,6 +102,52 @@ TEST(Batch, AFileThatCannotBeReadIsCountedAndTheOthersGoOn)
     EXPECT_EQ(run.Dump("p"), "PKEY|FKEY|n\n1|1|1\n2|1|2\n3|1|3\n");
 }
 
+TEST(Batch, WithoutASavedRecordTheDatabaseStaysAsItWas)
+{
+    struct Case {
+        const char* name;
+        const char* options;
+        const char* xml;
+        const char* line;
+        int unreadable;
+    };
+    const char* const refused = "<doc><w><l><i><n>1</n></i></l></w></doc>"; // its import fails at the first element
+    const char* const nothing = "nothing was saved, the database stays as it was";
+    const char* const unread = "No source could be read: the database stays as it was";
+    const Case cases[] = {
+        {"an error in a database made anew", "+skip_empty", refused, nothing, 0},
+        {"an error in a database emptied", "+skip_empty -recreate_database +empty_tables", refused, nothing, 0},
+        {"no readable source for a database made anew", "", "<r><p>", unread, 2},
+        {"no readable source for a database emptied", "-recreate_database +empty_tables", "no XML", unread, 2},
+    };
+    Conversions runs;
+    for (const Case& c : cases) {
+        SCOPED_TRACE(c.name);
+        Conversion& run = runs.Next();
+        EXPECT_FALSE(run.Xml(kThree).Run().failed);
+        run.Options(c.options).Xml(c.xml).Xml(c.xml, "b.xml");
+        const RunOutcome outcome = run.Run();
+        EXPECT_EQ(outcome.unreadableFiles, c.unreadable);
+        EXPECT_EQ(outcome.failed, c.unreadable == 0);
+        EXPECT_EQ(run.Said(c.line), 1) << ::testing::PrintToString(run.host.lines);
+        EXPECT_EQ(run.Tables(), "p r ");
+        EXPECT_EQ(run.Dump("p"), "PKEY|FKEY|n\n1|1|1\n2|1|2\n3|1|3\n");
+    }
+    Conversion& run = runs.Next();
+    EXPECT_EQ(run.Xml("<r>").Run().unreadableFiles, 1);
+    EXPECT_EQ(run.Said("No source could be read: no database was made"), 1);
+    EXPECT_FALSE(std::filesystem::exists(run.Target()));
+}
+
+TEST(Batch, AFileThatFailsBeforeItsFirstRecordLeavesNoTable)
+{
+    Conversion run;
+    run.Options("+skip_empty").Xml(kThree).Xml("<doc><w><l><i><n>1</n></i></l></w></doc>", "b.xml");
+    EXPECT_TRUE(run.Run().failed);
+    EXPECT_EQ(run.Said("what was saved until then stays"), 1);
+    EXPECT_EQ(run.Tables(), "p ");
+}
+
 TEST(Batch, ACancelIsAskedForUnlessTheRunIsQuiet)
 {
     for (const bool confirmed : {false, true}) {

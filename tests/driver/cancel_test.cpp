@@ -1,5 +1,6 @@
 #include "driver/conversion.h"
 
+#include <algorithm>
 #include <set>
 
 namespace velmora::testing {
@@ -60,6 +61,9 @@ TEST(Cancel, IsSafeAtEveryMoment)
             const std::string records = run.Dump("p");
             if (run.Said("nothing was saved") > 0) {
                 EXPECT_EQ(records, "PKEY|FKEY|n\n1|1|old\n") << "no record is given up for none";
+            } else if (records.find("|old\n") == records.npos) {
+                const std::string roots = run.Dump("r");
+                EXPECT_GT(std::count(roots.begin(), roots.end(), '\n'), 1) << "the old ones went for nothing";
             }
             // A file that was moved away has all its records in the database.
             for (const char* name : {"1", "2"})
