@@ -1,20 +1,16 @@
 #include "xml/input_encoding.h"
 
+#include "platform/utf8_converter.h"
+
 #include <algorithm>
 #include <array>
-#include <cerrno>
 #include <optional>
-
-#include <iconv.h>
 
 namespace velmora {
 
 namespace {
 
 constexpr std::string_view kDeclarationStart = "<?xml";
-
-// iconv_open answers a failure by this value.
-const iconv_t kNoConverter = reinterpret_cast<iconv_t>(-1); // NOLINT: the type is a pointer, its failure a number
 
 std::string Upper(std::string_view text)
 {
@@ -27,17 +23,13 @@ std::string Upper(std::string_view text)
 /// `bytes` in UTF-8 as far as they can be converted; nullopt when iconv does not know `charset`.
 std::optional<std::string> ConvertSample(const std::string& charset, std::string_view bytes)
 {
-    const iconv_t descriptor = iconv_open("UTF-8", charset.c_str());
-    if (descriptor == kNoConverter)
+    Utf8Converter converter(charset);
+    if (!converter.IsKnown())
         return std::nullopt;
-    std::string text(4 * bytes.size(), '\0');
-    char* from = const_cast<char*>(bytes.data()); // iconv reads it only
-    std::size_t fromLeft = bytes.size();
-    char* to = text.data();
-    std::size_t toLeft = text.size();
-    iconv(descriptor, &from, &fromLeft, &to, &toLeft);
-    iconv_close(descriptor);
-    text.resize(text.size() - toLeft);
+    std::string text;
+    // Encodings that write an accent behind its letter hold the last letter back until they know what follows.
+    if (converter.Convert(bytes, text))
+        static_cast<void>(converter.Finish(text));
     return text;
 }
 
@@ -146,57 +138,6 @@ InputEncoding DetectEncoding(std::string_view firstBytes)
         return ForDeclaration(DeclaredName(declaration), firstBytes);
     }
     return ForDeclaration(DeclaredName(firstBytes), firstBytes);
-}
-
-Utf8Converter::Utf8Converter(const std::string& charset) : descriptor_(iconv_open("UTF-8", charset.c_str())) {}
-
-Utf8Converter::~Utf8Converter()
-{
-    if (descriptor_ != kNoConverter)
-        iconv_close(descriptor_);
-}
-
-bool Utf8Converter::Convert(std::string_view bytes, std::string& text)
-{
-    if (descriptor_ == kNoConverter)
-        return false;
-    std::string joined;
-    if (!rest_.empty()) {
-        joined = rest_.append(bytes);
-        bytes = joined;
-        rest_.clear();
-    }
-    char* from = const_cast<char*>(bytes.data()); // iconv reads it only
-    std::size_t fromLeft = bytes.size();
-    bool good = true;
-    while (fromLeft != 0 && good) {
-        const std::size_t filled = text.size();
-        text.resize(filled + fromLeft + fromLeft / 2 + 16);
-        char* to = text.data() + filled;
-        std::size_t toLeft = text.size() - filled;
-        const bool failed = iconv(descriptor_, &from, &fromLeft, &to, &toLeft) == static_cast<std::size_t>(-1);
-        const int error = errno;
-        text.resize(text.size() - toLeft);
-        if (failed && error == EINVAL)
-            break; // an incomplete character at the end
-        good = !failed || error == E2BIG;
-    }
-    convertedBytes_ += bytes.size() - fromLeft;
-    if (good)
-        rest_.assign(from, fromLeft);
-    return good;
-}
-
-bool Utf8Converter::Finish(std::string& text)
-{
-    if (!rest_.empty())
-        return false;
-    std::array<char, 64> flushed{}; // what a stateful encoding may still hold back is one or two characters
-    char* to = flushed.data();
-    std::size_t toLeft = flushed.size();
-    iconv(descriptor_, nullptr, nullptr, &to, &toLeft);
-    text.append(flushed.data(), flushed.size() - toLeft);
-    return true;
 }
 
 } // namespace velmora

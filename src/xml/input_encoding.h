@@ -20,28 +20,4 @@ inline constexpr std::size_t kEncodingSniffBytes = 1024;
 /// An encoding that nobody knows is left to the parser, which says so.
 [[nodiscard]] InputEncoding DetectEncoding(std::string_view firstBytes);
 
-/// Converts a stream of bytes to UTF-8, piece by piece. Keeps what is incomplete at the end of a piece for the next
-/// one.
-class Utf8Converter {
-public:
-    /// `charset` must be one that DetectEncoding named.
-    explicit Utf8Converter(const std::string& charset);
-    ~Utf8Converter();
-    Utf8Converter(const Utf8Converter&) = delete;
-    Utf8Converter& operator=(const Utf8Converter&) = delete;
-
-    /// Appends the text of `bytes` to `text`. False when they are no text in this encoding: what comes before the bad
-    /// bytes has been appended all the same.
-    [[nodiscard]] bool Convert(std::string_view bytes, std::string& text);
-    /// To be called behind the last bytes. False when they end in the middle of a character.
-    [[nodiscard]] bool Finish(std::string& text);
-    /// Bytes converted so far: behind a failure the offset of the bad byte in the stream, from 0.
-    [[nodiscard]] std::size_t ConvertedBytes() const noexcept { return convertedBytes_; }
-
-private:
-    void* descriptor_; ///< iconv_t
-    std::string rest_; ///< first bytes of a character whose other bytes are still to come
-    std::size_t convertedBytes_ = 0;
-};
-
 } // namespace velmora

@@ -55,7 +55,7 @@ struct OutsideLibrary {
 const OutsideLibrary kOutsideLibraries[] = {
     {"Q[A-Z].*", "ui"},
     {"expat.*\\.h", "xml"},
-    {"iconv\\.h", "xml"},
+    {"iconv\\.h", "platform"},
 };
 
 bool IsListed(std::string_view list, const std::string& word)
