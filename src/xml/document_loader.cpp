@@ -37,15 +37,19 @@ std::string SystemProblem(int error)
 /// The bytes of a file, a chunk at a time, in the form that the parser takes.
 class ChunkedInput {
 public:
-    ChunkedInput(std::FILE* file, DocumentParser& parser, const std::string& convertFrom)
-        : file_(file), parser_(parser), charset_(convertFrom)
+    ChunkedInput(std::FILE* file, DocumentParser& parser, const InputEncoding& encoding)
+        : file_(file), parser_(parser), charset_(encoding.convertFrom), isLatin1_(encoding.parseAs == ParseAs::Latin1)
     {
         if (!charset_.empty())
             converter_ = std::make_unique<Utf8Converter>(charset_);
     }
 
     /// Gives the parser bytes that were read already.
-    [[nodiscard]] bool Give(std::string_view bytes) { return converter_ ? GiveConverted(bytes) : parser_.Parse(bytes); }
+    [[nodiscard]] bool Give(std::string_view bytes)
+    {
+        CountControlBytes(bytes);
+        return converter_ ? GiveConverted(bytes) : parser_.Parse(bytes);
+    }
     /// Gives the parser the next chunk. False when it will have no more: the file has ended, or there is a problem.
     [[nodiscard]] bool GiveNext();
     /// To be called when the file has ended.
@@ -53,8 +57,10 @@ public:
     /// Of this class; empty when all is well, or when the parser has it.
     [[nodiscard]] const std::string& Problem() const noexcept { return problem_; }
     [[nodiscard]] bool HasEnded() const noexcept { return ended_; }
+    [[nodiscard]] std::size_t ControlBytes() const noexcept { return controlBytes_; }
 
 private:
+    void CountControlBytes(std::string_view bytes) noexcept;
     [[nodiscard]] bool GiveConverted(std::string_view bytes);
     [[nodiscard]] bool SetBadBytes(const char* what);
     [[nodiscard]] std::size_t Read(void* buffer, std::size_t bytes);
@@ -62,7 +68,9 @@ private:
     std::FILE* file_;
     DocumentParser& parser_;
     std::string charset_;
+    bool isLatin1_;
     std::unique_ptr<Utf8Converter> converter_;
+    std::size_t controlBytes_ = 0; ///< see LoadResult
     std::string raw_, text_;
     std::size_t line_ = 1;
     std::size_t chunkBytes_ = kChunkBytes;
@@ -93,9 +101,18 @@ bool ChunkedInput::GiveNext()
         good = GiveConverted(std::string_view(raw_).substr(0, count));
     } else {
         void* const buffer = parser_.Buffer(chunkBytes_);
-        good = parser_.ParseBuffer(Read(buffer, chunkBytes_));
+        const std::size_t count = Read(buffer, chunkBytes_);
+        CountControlBytes({static_cast<const char*>(buffer), count});
+        good = parser_.ParseBuffer(count);
     }
     return good && !ended_;
+}
+
+void ChunkedInput::CountControlBytes(std::string_view bytes) noexcept
+{
+    const auto isControl = [](char byte) { return (static_cast<unsigned char>(byte) & 0xE0) == 0x80; };
+    if (isLatin1_)
+        controlBytes_ += static_cast<std::size_t>(std::count_if(bytes.begin(), bytes.end(), isControl));
 }
 
 bool ChunkedInput::GiveConverted(std::string_view bytes)
@@ -139,8 +156,8 @@ LoadResult LoadDocument(const std::string& path, const std::function<bool()>& pr
         return Unreadable(SystemProblem(errno));
 
     const InputEncoding encoding = DetectEncoding(head);
-    DocumentParser parser(encoding.isUtf8, memoryBudgetBytes);
-    ChunkedInput input(file.get(), parser, encoding.convertFrom);
+    DocumentParser parser(encoding.parseAs, memoryBudgetBytes);
+    ChunkedInput input(file.get(), parser, encoding);
     bool more = input.Give(head);
     while (more) {
         if (!proceed())
@@ -150,7 +167,9 @@ LoadResult LoadDocument(const std::string& path, const std::function<bool()>& pr
     const bool good = input.HasEnded() && input.Problem().empty() && parser.Problem().empty() && input.Finish();
     if (!good)
         return Unreadable(input.Problem().empty() ? parser.Problem() : input.Problem());
-    return parser.Take();
+    LoadResult result = parser.Take();
+    result.controlBytes = input.ControlBytes();
+    return result;
 }
 
 } // namespace velmora

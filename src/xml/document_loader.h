@@ -16,6 +16,7 @@ struct LoadResult {
     std::string problem;             ///< why the document is empty: line, column and reason; empty when it was read
     std::size_t skippedEntities = 0; ///< references that the parser skipped because their declaration was external
     std::string firstSkipped;        ///< name of the first of them
+    std::size_t controlBytes = 0;    ///< of ISO-8859-1: 80 to 9F, control characters where windows-1252 has letters
 };
 
 /// Reads the XML file at `path` (UTF-8 name). Never throws for what the document holds: a file that is not well-formed,

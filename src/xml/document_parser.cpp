@@ -18,10 +18,23 @@ constexpr unsigned long long kEntityThresholdBytes = 1 << 20;
 constexpr std::size_t kTextAllowanceBytes = std::size_t{128} << 20;
 constexpr std::size_t kTextPerByte = 4;
 
+const char* ParserName(ParseAs parseAs)
+{
+    switch (parseAs) {
+    case ParseAs::Utf8:
+        return "UTF-8";
+    case ParseAs::Latin1:
+        return "ISO-8859-1";
+    case ParseAs::Declared:
+        break;
+    }
+    return nullptr;
+}
+
 } // namespace
 
-DocumentParser::DocumentParser(bool isUtf8, std::size_t memoryBudgetBytes)
-    : parser_(XML_ParserCreate(isUtf8 ? "UTF-8" : nullptr)), builder_(memoryBudgetBytes)
+DocumentParser::DocumentParser(ParseAs parseAs, std::size_t memoryBudgetBytes)
+    : parser_(XML_ParserCreate(ParserName(parseAs))), builder_(memoryBudgetBytes)
 {
     if (!parser_)
         throw std::bad_alloc();
@@ -29,6 +42,7 @@ DocumentParser::DocumentParser(bool isUtf8, std::size_t memoryBudgetBytes)
     XML_SetUserData(parser, this);
     XML_SetElementHandler(parser, OnStart, OnEnd);
     XML_SetCharacterDataHandler(parser, OnText);
+    XML_SetUnknownEncodingHandler(parser, OnUnknownEncoding, this);
     XML_SetSkippedEntityHandler(parser, OnSkippedEntity);
     XML_SetStartDoctypeDeclHandler(parser, OnDoctype);
     XML_SetEntityDeclHandler(parser, OnEntityDeclaration);
@@ -76,6 +90,13 @@ void DocumentParser::OnText(void* self, const XML_Char* text, int length)
         if (parser.builder_.TextBytes() > parser.textLimit_)
             throw std::length_error("its entities make too much text of it");
     });
+}
+
+int DocumentParser::OnUnknownEncoding(void* self, const XML_Char* name, XML_Encoding*)
+{
+    auto& parser = *static_cast<DocumentParser*>(self);
+    parser.Guard([&] { parser.unknownEncoding_ = name; });
+    return XML_STATUS_ERROR;
 }
 
 void DocumentParser::OnSkippedEntity(void* self, const XML_Char* name, int isParameterEntity)
@@ -169,6 +190,8 @@ bool DocumentParser::Succeeded(XML_Status status)
     if (XML_GetErrorCode(parser_.get()) == XML_ERROR_NO_MEMORY)
         throw std::bad_alloc();
     problem_ = DescribeParserError(parser_.get(), builder_.OpenTag());
+    if (XML_GetErrorCode(parser_.get()) == XML_ERROR_UNKNOWN_ENCODING)
+        problem_ += " " + unknownEncoding_;
     return false;
 }
 

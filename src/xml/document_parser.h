@@ -2,6 +2,7 @@
 
 #include "xml/document_builder.h"
 #include "xml/document_loader.h"
+#include "xml/input_encoding.h"
 #include "xml/skipped_entities.h"
 
 #include <cstddef>
@@ -17,8 +18,7 @@ namespace velmora {
 /// One parse: takes the parser's events and gives them to the builder.
 class DocumentParser {
 public:
-    /// `isUtf8`: whatever the document declares.
-    DocumentParser(bool isUtf8, std::size_t memoryBudgetBytes);
+    DocumentParser(ParseAs parseAs, std::size_t memoryBudgetBytes);
 
     /// Where up to `bytes` bytes for the next ParseBuffer go.
     [[nodiscard]] void* Buffer(std::size_t bytes);
@@ -37,6 +37,7 @@ private:
     static void XMLCALL OnStart(void* self, const XML_Char* name, const XML_Char** attributes);
     static void XMLCALL OnEnd(void* self, const XML_Char* name);
     static void XMLCALL OnText(void* self, const XML_Char* text, int length);
+    static int XMLCALL OnUnknownEncoding(void* self, const XML_Char* name, XML_Encoding* encoding);
     static void XMLCALL OnSkippedEntity(void* self, const XML_Char* name, int isParameterEntity);
     static int XMLCALL OnExternalEntity(XML_Parser self, const XML_Char* context, const XML_Char* base,
                                         const XML_Char* systemId, const XML_Char* publicId);
@@ -62,6 +63,7 @@ private:
     DocumentBuilder builder_;
     std::exception_ptr failure_;
     std::string problem_;
+    std::string unknownEncoding_; ///< as it is declared
     std::size_t bytesGiven_ = 0;
     std::size_t textLimit_ = 0;
     XML_Index lastIndex_ = -1;

@@ -66,36 +66,47 @@ std::string_view DeclaredName(std::string_view text)
     return IsEncodingName(name) ? name : std::string_view{};
 }
 
-/// Some names stand for more than their standards say: files made on Windows use the characters of the code page.
+/// iconv's name for `declared`, which is in upper case. Some names stand for more than their standards say: files made
+/// on Windows use the characters of the code page.
 std::string CharsetFor(std::string_view declared)
 {
-    struct Wider {
-        std::string_view declared, charset;
+    struct Charset {
+        std::string_view declared, name;
     };
-    constexpr std::array<Wider, 6> kWider{{{"SHIFT_JIS", "CP932"},
-                                           {"SHIFT-JIS", "CP932"},
-                                           {"SJIS", "CP932"},
-                                           {"GB2312", "GB18030"},
-                                           {"GBK", "GB18030"},
-                                           {"EUC-KR", "CP949"}}};
-    const std::string upper = Upper(declared);
-    for (const Wider& wider : kWider) {
-        if (wider.declared == upper)
-            return std::string(wider.charset);
+    constexpr std::array<Charset, 9> kCharsets{{{"SHIFT_JIS", "CP932"},
+                                                {"SHIFT-JIS", "CP932"},
+                                                {"SJIS", "CP932"},
+                                                {"GB2312", "GB18030"},
+                                                {"GBK", "GB18030"},
+                                                {"EUC-KR", "CP949"},
+                                                {"KS_C_5601-1987", "CP949"},
+                                                {"KS_C_5601-1989", "CP949"},
+                                                {"MAC-ROMAN", "MACINTOSH"}}};
+    // What was no standard once was marked so: x-sjis, x-mac-roman, x-euc-jp.
+    if (declared.starts_with("X-"))
+        declared.remove_prefix(2);
+    for (const Charset& charset : kCharsets) {
+        if (charset.declared == declared)
+            return std::string(charset.name);
     }
-    return upper;
+    return std::string(declared);
+}
+
+bool IsLatin1(std::string_view name)
+{
+    constexpr std::array<std::string_view, 6> kNames{"ISO-8859-1", "ISO_8859-1", "ISO8859-1",
+                                                     "LATIN1",     "LATIN-1",    "L1"};
+    return std::find(kNames.begin(), kNames.end(), name) != kNames.end();
 }
 
 InputEncoding ForDeclaration(std::string_view declared, std::string_view declarationBytes)
 {
-    if (declared.empty())
-        return {};
     const std::string name = Upper(declared);
-    for (const char* known : {"UTF-8", "ISO-8859-1", "US-ASCII"}) {
-        if (name == known)
-            return {};
-    }
-    const std::string charset = CharsetFor(declared);
+    if (name.empty() || name == "UTF-8" || name == "US-ASCII")
+        return {};
+    if (IsLatin1(name))
+        return {ParseAs::Latin1, ""};
+    const std::string charset = CharsetFor(name);
     const std::optional<std::string> sample =
         ConvertSample(charset, declarationBytes.substr(0, kDeclarationStart.size()));
     if (!sample)
@@ -103,13 +114,13 @@ InputEncoding ForDeclaration(std::string_view declared, std::string_view declara
     // The declaration could be read letter by letter: a file that says UTF-16 there has been saved anew by a program
     // that did not change what it says.
     if (*sample != kDeclarationStart)
-        return {true, ""};
-    return {true, charset};
+        return {ParseAs::Utf8, ""};
+    return {ParseAs::Utf8, charset};
 }
 
 InputEncoding Converted(const char* charset)
 {
-    return {true, charset};
+    return {ParseAs::Utf8, charset};
 }
 
 } // namespace
@@ -119,7 +130,7 @@ InputEncoding DetectEncoding(std::string_view firstBytes)
     const auto startsWith = [&](std::string_view bytes) { return firstBytes.substr(0, bytes.size()) == bytes; };
     using namespace std::string_view_literals;
     if (startsWith("\xEF\xBB\xBF"sv))
-        return {true, ""};
+        return {ParseAs::Utf8, ""};
     if (startsWith("\xFF\xFE\0\0"sv) || startsWith("\0\0\xFE\xFF"sv))
         return Converted("UTF-32");
     if (startsWith("\xFF\xFE"sv) || startsWith("\xFE\xFF"sv))

@@ -6,9 +6,16 @@
 
 namespace velmora {
 
+/// What the parser takes its input for.
+enum class ParseAs {
+    Declared, ///< it finds out by itself
+    Utf8,     ///< whatever the declaration says
+    Latin1,   ///< ISO-8859-1 in one of its spellings, its bytes 80 to 9F being control characters
+};
+
 /// How the bytes of an XML file become characters.
 struct InputEncoding {
-    bool isUtf8 = false;     ///< the parser gets UTF-8, whatever the declaration says; otherwise it finds out by itself
+    ParseAs parseAs = ParseAs::Declared;
     std::string convertFrom; ///< iconv's name of the encoding to convert to UTF-8 first; empty: the parser gets the
                              ///< file's own bytes
 };

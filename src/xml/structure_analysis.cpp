@@ -213,6 +213,11 @@ void ReportLoad(Job& job, const std::string& path, const LoadResult& loaded)
         job.log.ProtocolAppend("Entities without a text of their own, left out: " +
                                std::to_string(loaded.skippedEntities) + ", the first is &" + loaded.firstSkipped + ";");
     }
+    if (loaded.controlBytes != 0) {
+        job.log.ProtocolAppend(
+            "Bytes 80 to 9F, control characters in ISO-8859-1: " + std::to_string(loaded.controlBytes) +
+            "; where they are letters the file must say windows-1252");
+    }
 }
 
 } // namespace

@@ -14,7 +14,8 @@ struct LoadedXml {
 };
 
 /// Loads one XML file. A missing file ends in the error report; one that cannot be read gives an empty document and a
-/// protocol line that says where and why. Entities that the parser had to skip are counted and named in one line.
+/// protocol line that says where and why. Entities that the parser had to skip are counted and named in one line,
+/// control characters of ISO-8859-1 in another.
 [[nodiscard]] LoadedXml velLoadXML(Job& job, const std::string& path);
 
 /// Walks the whole document once and derives the structure; then gives tables their numbers and same-named ones their

@@ -28,6 +28,7 @@ TEST(DocumentLoader, ReadsEveryEncoding)
         const char* name;
         std::string bytes;
         const char* content;
+        std::size_t controlBytes = 0;
     };
     const auto declared = [](const char* encoding, const std::string& content) {
         return "<?xml version=\"1.0\" encoding=\""s + encoding + "\"?><a>" + content + "</a>";
@@ -36,7 +37,11 @@ TEST(DocumentLoader, ReadsEveryEncoding)
         {"UTF-8 mark", "\xEF\xBB\xBF<a>\xC3\xA4</a>", "ä"},
         {"UTF-8 mark beats the declaration", "\xEF\xBB\xBF" + declared("ISO-8859-1", "\xC3\xA4"), "ä"},
         {"ISO-8859-1", declared("iso-8859-1", "\xE4"), "ä"},
-        {"ISO-8859-1 without a hyphen", declared("ISO8859-1", "\xE4"), "ä"},
+        {"ISO-8859-1 without a hyphen", declared("ISO8859-1", "\xE4\x80\x9F"), "ä\u0080\u009F", 2},
+        {"windows-1258, an accent behind its letter", declared("windows-1258", "a\xEC"), "á"},
+        {"Mac OS Roman", declared("x-mac-roman", "\x8A"), "ä"},
+        {"x-sjis", declared("x-sjis", "\x93\xFA\x87\x40"), "日①"},
+        {"Korean by the number of its standard", declared("ks_c_5601-1987", "\xC7\xD1\x81\x41"), "한갂"},
         {"single quotes and blanks", "<?xml version='1.0' encoding = 'windows-1252' ?><a>\x80</a>", "€"},
         {"Shift_JIS", declared("Shift_JIS", "\x93\xFA\x96\x7B\\~"), "日本\\~"},
         {"Shift_JIS with characters of the code page", declared("shift_jis", "\x87\x40"), "①"},
@@ -64,6 +69,7 @@ TEST(DocumentLoader, ReadsEveryEncoding)
         EXPECT_EQ(loaded.problem, "");
         ASSERT_EQ(loaded.document.ElementCount(), 1u);
         EXPECT_EQ(loaded.document.Content(0), c.content);
+        EXPECT_EQ(loaded.controlBytes, c.controlBytes);
     }
 }
 
@@ -96,7 +102,7 @@ TEST(DocumentLoader, SaysWhereAndWhyAFileCannotBeRead)
         {"<a>\n <b>", "line 2, column 5: the file ends inside of <b>"},
         {"<a/>\n<b/>", "line 2, column 1: something follows behind the end of the document element"},
         {"<ä>&x;</ä>", "line 1, column 4: undefined entity"},
-        {"<?xml version='1.0' encoding='no-such-code'?><a/>", "line 1, column 31: unknown encoding"},
+        {"<?xml version='1.0' encoding='no-such-code'?><a/>", "line 1, column 31: unknown encoding no-such-code"},
         {"<?xml version='1.0' encoding='EUC-JP'?>\n<a>\n\xC6\x01</a>",
          "line 3: bytes that are not EUC-JP, at byte 45 of the file"},
         {"<?xml version='1.0' encoding='EUC-JP'?><a/>\n\xC6",
