@@ -18,7 +18,7 @@ std::string_view TagMap::Lookup(std::string_view tag) const noexcept
 {
     const auto entry =
         std::find_if(entries_.begin(), entries_.end(), [tag](const MappingEntry& e) { return e.tag == tag; });
-    return entry == entries_.end() ? tag : std::string_view(entry->name);
+    return entry == entries_.end() || entry->name.empty() ? tag : std::string_view(entry->name);
 }
 
 } // namespace velmora

@@ -9,7 +9,7 @@ namespace velmora {
 
 struct MappingEntry {
     std::string tag;  ///< as it stands without its namespace prefix; case matters
-    std::string name; ///< the table or column name in its place
+    std::string name; ///< the table or column name in its place; empty: the tag stays
 };
 
 /// The user's table of other names for XML tags, in the order in which it was read or typed. Entries are numbered
@@ -24,7 +24,8 @@ public:
     void Clear() noexcept { entries_.clear(); }
     /// Removes every entry whose tag and name are both empty.
     void Compact();
-    /// The name of the first entry with exactly this tag; `tag` itself when there is none.
+    /// The name of the first entry with exactly this tag; `tag` itself when there is none, or when the entry has no
+    /// name.
     [[nodiscard]] std::string_view Lookup(std::string_view tag) const noexcept;
 
 private:

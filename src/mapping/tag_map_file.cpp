@@ -1,15 +1,17 @@
 #include "mapping/tag_map_file.h"
 
 #include "log/file_error.h"
+#include "platform/file_replace.h"
 #include "platform/paths.h"
 #include "platform/utf8.h"
+#include "platform/utf8_converter.h"
 
-#include <cerrno>
-#include <cstdio>
+#include <algorithm>
 #include <fstream>
 #include <iterator>
 #include <optional>
 #include <string_view>
+#include <system_error>
 
 namespace velmora {
 
@@ -22,6 +24,49 @@ std::string ReadWholeFile(const std::string& path)
     if (!file.is_open() || file.bad())
         throw RuntimeError(runtime_errors::kPathFileAccess, "The mapping file [" + path + "] cannot be read");
     return content;
+}
+
+/// The five bytes that windows-1252 has no character for become control characters, as on Windows itself.
+std::string FromWindows1252(std::string_view bytes)
+{
+    constexpr std::string_view kWithoutCharacter = "\x81\x8D\x8F\x90\x9D";
+    Utf8Converter converter("CP1252");
+    std::string text;
+    while (!bytes.empty()) {
+        const std::size_t known = std::min(bytes.find_first_of(kWithoutCharacter), bytes.size());
+        static_cast<void>(converter.Convert(bytes.substr(0, known), text));
+        bytes.remove_prefix(known);
+        if (bytes.empty())
+            break;
+        text.append({'\xC2', bytes.front()}); // U+0081 to U+009D in UTF-8
+        bytes.remove_prefix(1);
+    }
+    return text;
+}
+
+std::optional<std::string> Converted(const char* charset, std::string_view bytes)
+{
+    Utf8Converter converter(charset);
+    std::string text;
+    if (!converter.Convert(bytes, text) || !converter.Finish(text))
+        return std::nullopt;
+    return text;
+}
+
+/// The text of a mapping file, without a byte order mark.
+std::string Text(Job& job, const std::string& path, std::string_view bytes)
+{
+    if (bytes.starts_with("\xFF\xFE") || bytes.starts_with("\xFE\xFF")) {
+        if (const auto text = Converted("UTF-16", bytes))
+            return *text;
+        throw RuntimeError(runtime_errors::kPathFileAccess,
+                           "The mapping file [" + path + "] begins with the mark of UTF-16 and is none");
+    }
+    bytes = WithoutByteOrderMark(bytes);
+    if (Converted("UTF-8", bytes))
+        return std::string(bytes);
+    job.log.ProtocolAppend("Tag-mapping file is not UTF-8, read as windows-1252: " + path);
+    return FromWindows1252(bytes);
 }
 
 /// Takes the first line from `text`, without its end (CR LF, LF or CR); nullopt at the end of the text.
@@ -50,17 +95,6 @@ void ReadEntries(std::string_view text, TagMap& map)
     }
 }
 
-void WriteWholeFile(const std::string& path, std::string_view content)
-{
-    std::FILE* file = OpenFileStream(path, "wb");
-    if (file == nullptr)
-        throw FileError("The mapping file", path, "cannot be written", errno);
-    const bool isWritten = std::fwrite(content.data(), 1, content.size(), file) == content.size();
-    const int writeError = errno;
-    if (std::fclose(file) != 0 || !isWritten)
-        throw FileError("The mapping file", path, "cannot be written", isWritten ? errno : writeError);
-}
-
 constexpr std::string_view kSaveProcedure = "btnMappingSave_Click";
 
 } // namespace
@@ -77,8 +111,7 @@ bool velLoadTagMapping(Job& job, TagMap& map, const std::string& path)
         }
         map.Clear();
         step("Open file for input.");
-        const std::string content = ReadWholeFile(file);
-        ReadEntries(WithoutByteOrderMark(content), map);
+        ReadEntries(Text(job, file, ReadWholeFile(file)), map);
     });
     job.host.ControlsChanged();
     return found && completed;
@@ -100,10 +133,10 @@ bool SaveTagMapping(Job& job, const TagMap& map, const std::string& path)
     std::string content;
     for (std::size_t number = 1; number <= map.UpperBound(); ++number)
         content.append(map.Entry(number).tag).append(1, '\t').append(map.Entry(number).name).append("\r\n");
-    try {
-        WriteWholeFile(NativePath(path), content);
-    } catch (const RuntimeError& error) {
-        job.log.ErrorReport(kSaveProcedure, step.Statement(), error);
+    const std::string file = NativePath(path);
+    if (const std::error_code failure = ReplaceFile(file, content)) {
+        job.log.ErrorReport(kSaveProcedure, step.Statement(),
+                            FileError("The mapping file", file, "cannot be written", failure.value()));
         return false;
     }
     job.host.ControlsChanged();

@@ -192,6 +192,11 @@ TEST(LoadXml, ReportsWhatItCouldNotRead)
          "<!DOCTYPE a SYSTEM 'x'><a>&one;&two;</a>",
          {"Open XML", "Entities without a text of their own, left out: 2, the first is &one;"},
          true},
+        {"letters of windows-1252 in a file that does not say so",
+         "<?xml version='1.0' encoding='ISO-8859-1'?><a>\x93x\x94</a>",
+         {"Open XML",
+          "Bytes 80 to 9F, control characters in ISO-8859-1: 2; where they are letters the file must say windows-1252"},
+         true},
     };
     for (const Case& c : cases) {
         SCOPED_TRACE(c.name);
