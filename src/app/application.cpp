@@ -9,18 +9,13 @@ namespace velmora {
 void Application::Form_Load(std::string_view commandLine)
 {
     Controls& controls = job_.controls;
+    controls = Controls();
     tagMap_.Clear();
-    controls.tabMain = 0;
-    controls.tabSourceType = 0;
     controls.lblVersion = Version();
-    controls.cboDatabase.selected = 0;
-    controls.chkAPPEND.value = CheckState::Checked;
-    controls.chkEXPORT_COLUMN_NAMES.value = CheckState::Checked;
-    job_.settings.blDebug = false;
-
-    ApplyCommandLine(commandLine, controls, job_.settings.blDebug, [this](std::string_view token) {
+    ApplyCommandLine(commandLine, controls, [this](std::string_view token) {
         job_.log.ProtocolAppend("Unknown parameter:" + std::string(token));
     });
+    job_.settings.blDebug = controls.chkDebug.Checked();
     // Whoever names an address wants it: a file named as well is what the box shows again afterwards.
     if (!controls.txtXML_URL.text.empty())
         controls.tabSourceType = 1;

@@ -27,8 +27,7 @@ constexpr std::string_view kWindowProgram = "velmora-gui";
 Controls WhatIsAsked(const std::string& line)
 {
     Controls controls;
-    bool debug = false;
-    ApplyCommandLine(line, controls, debug, [](std::string_view) {});
+    ApplyCommandLine(line, controls, [](std::string_view) {});
     return controls;
 }
 

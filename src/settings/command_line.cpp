@@ -1,5 +1,7 @@
 #include "settings/command_line.h"
 
+#include "settings/options.h"
+
 #include <algorithm>
 #include <string>
 
@@ -8,54 +10,6 @@ namespace velmora {
 namespace {
 
 constexpr char kDelimiter = ' ';
-
-constexpr CheckState kOn = CheckState::Checked;
-constexpr CheckState kOff = CheckState::Unchecked;
-
-const SwitchRow kSwitches[] = {
-    {{"+quiet", "quiet", "q", "+q"}, &Controls::chkQuiet, kOn},
-    {{"-quiet", "-q"}, &Controls::chkQuiet, kOff},
-    {{"+relations", "relations", "+r", "r"}, &Controls::chkCreateTableRelations, kOn},
-    {{"-relations", "-r"}, &Controls::chkCreateTableRelations, kOff},
-    {{"+recreate_database", "recreate_database", "+d", "d"}, &Controls::chkRecreateDatabase, kOn},
-    {{"debug"}, &Controls::chkDebug, kOn},
-    {{"-recreate_database", "-d"}, &Controls::chkRecreateDatabase, kOff},
-    {{"+one_table_per_element", "+o"}, &Controls::chkOneTablePerElement, kOn},
-    {{"-one_table_per_element", "-o"}, &Controls::chkOneTablePerElement, kOff},
-    {{"+extend_mdb", "extend_mdb"}, &Controls::chkExtendMDB, kOn},
-    {{"-extend_mdb"}, &Controls::chkExtendMDB, kOff},
-    {{"+empty_tables", "empty_tables", "e", "+e"}, &Controls::chkEmptyTables, kOn},
-    {{"-empty_tables", "-e"}, &Controls::chkEmptyTables, kOff},
-    {{"append", "+append"}, &Controls::chkAPPEND, kOn},
-    {{"columns", "+columns"}, &Controls::chkEXPORT_COLUMN_NAMES, kOn},
-    {{"-columns"}, &Controls::chkEXPORT_COLUMN_NAMES, kOff},
-    {{"-append"}, &Controls::chkAPPEND, kOff},
-    {{"+quoted"}, &Controls::chkQUOTED, kOn},
-    {{"-quoted"}, &Controls::chkQUOTED, kOff},
-    {{"attributes", "+attributes", "a", "+a"}, &Controls::chkImportAttributes, kOn},
-    {{"skip_empty", "+skip_empty"}, &Controls::chkSkipEmptyWrappingTags, kOn},
-    {{"-skip_empty"}, &Controls::chkSkipEmptyWrappingTags, kOff},
-    {{"-attributes", "-a"}, &Controls::chkImportAttributes, kOff},
-};
-
-const KeyRow kKeys[] = {
-    {{"primary", "pkey", "p"}, &Controls::txtKEY_PRIMARY},
-    {{"foreign", "fkey", "f"}, &Controls::txtKEY_FOREIGN},
-    {{"attr", "at"}, &Controls::txtATTR_PREFIX},
-    {{"table_prefix", "tp"}, &Controls::txtTABLE_PREFIX},
-    {{"table_suffix", "ts"}, &Controls::txtTABLE_SUFFIX},
-    {{"xml", "x"}, &Controls::txtFILE_XML},
-    {{"txt"}, &Controls::txtFILE_TXT},
-    {{"delimiter"}, &Controls::txtDELIMITER},
-    {{"rename", "n"}, &Controls::txtFILE_XML_RENAMED},
-    {{"t", "tags"}, &Controls::txtFILE_MAPPING},
-    {{"mdb", "m"}, &Controls::txtFILE_MDB},
-    {{"log", "logfile", "l"}, &Controls::txtFILE_LOG},
-    {{"url"}, &Controls::txtXML_URL},
-    {{"pwd"}, &Controls::txtXML_PASSWORD},
-    {{"auth"}, &Controls::txtXML_USER},
-    {{"ver", "v"}, nullptr},
-};
 
 std::string_view Trimmed(std::string_view text)
 {
@@ -73,14 +27,10 @@ std::string LowerCase(std::string_view text)
     return lower;
 }
 
-/// The first row that knows `word`; nullptr when none does.
-template <class Row>
-const Row* FindWord(std::span<const Row> table, std::string_view word)
+bool IsListed(std::string_view word, std::string_view words)
 {
-    const auto row = std::find_if(table.begin(), table.end(), [word](const Row& candidate) {
-        return std::find(candidate.words.begin(), candidate.words.end(), word) != candidate.words.end();
-    });
-    return row == table.end() ? nullptr : &*row;
+    const std::vector<std::string_view> all = Listed(words);
+    return std::find(all.begin(), all.end(), word) != all.end();
 }
 
 std::string_view WithoutQuotes(std::string_view value)
@@ -89,56 +39,64 @@ std::string_view WithoutQuotes(std::string_view value)
     return isQuoted ? value.substr(1, value.size() - 2) : value;
 }
 
-bool ApplySwitch(std::string_view token, Controls& controls, bool& debug)
-{
-    const SwitchRow* row = FindWord(SwitchTable(), LowerCase(Trimmed(token)));
-    if (row == nullptr)
-        return false;
-    CheckControl& control = controls.*row->control;
-    control.value = row->value;
-    if (&control == &controls.chkDebug) {
-        control.visible = true;
-        debug = true;
+/// What a token asks of the control of the option that it names.
+class Setter {
+public:
+    Setter(const Option& option, bool on, std::string_view value, Controls& controls)
+        : option_(option), on_(on), value_(value), controls_(controls)
+    {
     }
-    return true;
-}
 
-bool ApplyKey(std::string_view token, Controls& controls)
+    void operator()(CheckControl Controls::*member) const
+    {
+        CheckControl& box = controls_.*member;
+        box.value = on_ ? CheckState::Checked : CheckState::Unchecked;
+        box.visible = box.visible || on_;
+    }
+    void operator()(TextControl Controls::*member) const { (controls_.*member).text = value_; }
+    /// What is none of the choices stands for the last one.
+    void operator()(ComboControl Controls::*member) const
+    {
+        const std::vector<std::string_view> choices = Listed(option_.value, '|');
+        const auto chosen = std::find(choices.begin(), choices.end() - 1, value_);
+        (controls_.*member).selected = static_cast<std::size_t>(chosen - choices.begin());
+    }
+
+private:
+    const Option& option_;
+    bool on_;
+    std::string_view value_;
+    Controls& controls_;
+};
+
+/// False when `token` names no option.
+bool ApplyToken(std::string_view token, Controls& controls)
 {
+    // A key is named by what stands before its "=", that sign included; no switch holds one.
     const std::size_t equals = token.find('=');
-    if (equals == std::string_view::npos)
-        return false;
-    const KeyRow* row = FindWord(KeyTable(), LowerCase(token.substr(0, equals)));
-    if (row == nullptr)
-        return false;
-    const std::string_view value = WithoutQuotes(token.substr(equals + 1));
-    if (row->control != nullptr)
-        (controls.*row->control).text = value;
-    else
-        controls.cboDatabase.selected = value == "2000" ? 0 : 1;
-    return true;
+    const bool isKey = equals != token.npos;
+    const std::string word = LowerCase(isKey ? token.substr(0, equals + 1) : Trimmed(token));
+    const std::string_view value = isKey ? WithoutQuotes(token.substr(equals + 1)) : std::string_view();
+    for (const Option& option : Options()) {
+        const bool on = IsListed(word, option.words);
+        if (!on && !IsListed(word, option.offWords))
+            continue;
+        std::visit(Setter(option, on, value, controls), option.control);
+        return true;
+    }
+    return false;
 }
 
 } // namespace
 
-std::span<const SwitchRow> SwitchTable() noexcept
-{
-    return kSwitches;
-}
-
-std::span<const KeyRow> KeyTable() noexcept
-{
-    return kKeys;
-}
-
-void ApplyCommandLine(std::string_view line, Controls& controls, bool& debug,
+void ApplyCommandLine(std::string_view line, Controls& controls,
                       const std::function<void(std::string_view token)>& reportUnknown)
 {
     const std::string_view trimmed = Trimmed(line);
     if (trimmed.empty())
         return;
     for (const std::string_view token : SplitCommandLine(trimmed, kDelimiter))
-        if (!ApplySwitch(token, controls, debug) && !ApplyKey(token, controls))
+        if (!ApplyToken(token, controls))
             reportUnknown(token);
 }
 

@@ -1,25 +1,36 @@
 #include "settings/controls.h"
 
+#include "settings/options.h"
+
 namespace velmora {
+
+namespace {
+
+struct Start {
+    const Option& option;
+    Controls& controls;
+
+    void operator()(CheckControl Controls::*member) const
+    {
+        (controls.*member).value = option.startsOn ? CheckState::Checked : CheckState::Unchecked;
+    }
+    void operator()(TextControl Controls::*member) const { (controls.*member).text = option.startText; }
+    void operator()(ComboControl Controls::*member) const { (controls.*member).selected = 0; }
+};
+
+} // namespace
+
+Controls::Controls()
+{
+    for (const Option& option : Options())
+        std::visit(Start{option, *this}, option.control);
+}
 
 void Controls::UpdateEnabled()
 {
-    // A new database has nothing to extend or to empty.
-    const bool existingDatabase = !chkRecreateDatabase.Checked();
-    chkExtendMDB.enabled = existingDatabase;
-    chkEmptyTables.enabled = existingDatabase;
-
-    txtKEY_PRIMARY.enabled = chkCreateTableRelations.Checked();
-    txtKEY_FOREIGN.enabled = chkCreateTableRelations.Checked();
-    txtATTR_PREFIX.enabled = chkImportAttributes.Checked();
-
-    const bool textMode = !txtFILE_TXT.text.empty();
-    txtDELIMITER.enabled = textMode;
-    chkEXPORT_COLUMN_NAMES.enabled = textMode;
-    chkAPPEND.enabled = textMode;
-    chkQUOTED.enabled = textMode;
-
-    txtXML_PASSWORD.enabled = !txtXML_USER.text.empty();
+    for (const Option& option : Options())
+        if (option.enabledIf != nullptr)
+            std::visit([&](auto member) { (this->*member).enabled = option.enabledIf(*this); }, option.control);
 }
 
 } // namespace velmora

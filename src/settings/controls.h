@@ -30,20 +30,21 @@ struct ComboControl {
 /// binds its widgets to this data both ways; without a window the data is all there is. Members bear the controls' own
 /// names.
 struct Controls {
+    /// The state at start-up, before the command line.
+    Controls();
+
     TextControl txtFILE_XML, txtFILE_XML_RENAMED, txtXML_URL, txtXML_USER, txtXML_PASSWORD;
     TextControl txtFILE_MDB, txtFILE_TXT, txtFILE_LOG, txtFILE_MAPPING, txtDELIMITER;
     ComboControl cboDatabase{{"Access 2000", "Access 97"}};
     int tabSourceType = 0; ///< 0 local file, 1 URL
     int tabMain = 0;       ///< selected page of the main window, 0 = "Converter"
 
-    CheckControl chkRecreateDatabase{CheckState::Checked}, chkCreateTableRelations{CheckState::Checked};
-    CheckControl chkExtendMDB{CheckState::Checked}, chkImportAttributes{CheckState::Checked};
-    CheckControl chkEmptyTables, chkQuiet, chkOneTablePerElement, chkSkipEmptyWrappingTags, chkEnableTagMapping;
-    CheckControl chkDebug{CheckState::Unchecked, true, false};
-    CheckControl chkAPPEND{CheckState::Checked}, chkEXPORT_COLUMN_NAMES{CheckState::Checked}, chkQUOTED;
-
-    TextControl txtATTR_PREFIX{"attr_"}, txtKEY_PRIMARY{"PKEY"}, txtKEY_FOREIGN{"FKEY"};
-    TextControl txtTABLE_PREFIX, txtTABLE_SUFFIX;
+    CheckControl chkRecreateDatabase, chkExtendMDB, chkEmptyTables;
+    CheckControl chkImportAttributes, chkOneTablePerElement, chkSkipEmptyWrappingTags, chkCreateTableRelations;
+    CheckControl chkAPPEND, chkEXPORT_COLUMN_NAMES, chkQUOTED;
+    CheckControl chkQuiet, chkDebug{.visible = false};
+    CheckControl chkEnableTagMapping; ///< follows from whether a mapping file is named
+    TextControl txtATTR_PREFIX, txtKEY_PRIMARY, txtKEY_FOREIGN, txtTABLE_PREFIX, txtTABLE_SUFFIX;
 
     std::string btnConvertCaption = "Convert"; ///< "Working..." while a run is going on
     bool btnConvertEnabled = true;

@@ -4,9 +4,6 @@
 
 namespace velmora {
 
-Job::Job(Host& theHost)
-    : host(theHost), log(settings, theHost, [this] { return BuildCommandLine(controls, settings.blDebug); })
-{
-}
+Job::Job(Host& theHost) : host(theHost), log(settings, theHost, [this] { return BuildCommandLine(controls); }) {}
 
 } // namespace velmora

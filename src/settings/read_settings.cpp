@@ -1,6 +1,7 @@
 #include "settings/read_settings.h"
 
 #include "platform/paths.h"
+#include "settings/options.h"
 
 #include <string_view>
 
@@ -23,44 +24,64 @@ std::string WithTabs(std::string_view text)
     return result;
 }
 
-void ReadTextExport(const Controls& controls, ConversionSettings& settings)
-{
-    settings.blTextExport = false;
-    settings.blExportColumnNames = false;
-    settings.blQuoted = false;
-    // Without a folder nobody reads the delimiter and the append flag: they keep what an earlier run left.
-    if (controls.txtFILE_TXT.text.empty())
-        return;
-    settings.blTextExport = FolderExists(controls.txtFILE_TXT.text);
-    settings.strDelimiter = WithTabs(controls.txtDELIMITER.text);
-    settings.blAppend = controls.chkAPPEND.Checked();
-    settings.blExportColumnNames = controls.chkEXPORT_COLUMN_NAMES.Checked();
-    settings.blQuoted = controls.chkQUOTED.Checked();
-}
+/// What one option's control says now.
+class Reader {
+public:
+    Reader(const Option& option, const Controls& controls, ConversionSettings& settings)
+        : option_(option), controls_(controls), settings_(settings), textMode_(!controls.txtFILE_TXT.text.empty())
+    {
+    }
+
+    void operator()(std::monostate) const {}
+    void operator()(bool ConversionSettings::*setting) const
+    {
+        const CheckControl& box = controls_.*std::get<CheckControl Controls::*>(option_.control);
+        switch (option_.reading) {
+        case Reading::Always:
+            settings_.*setting = box.Checked();
+            break;
+        case Reading::WhileEnabled:
+            settings_.*setting = box.Checked() && box.enabled;
+            break;
+        case Reading::GreyIsOn:
+            settings_.*setting = box.value != CheckState::Unchecked;
+            break;
+        case Reading::InTextMode:
+            if (textMode_)
+                settings_.*setting = box.Checked();
+            break;
+        case Reading::OffOrTextMode:
+            settings_.*setting = textMode_ && box.Checked();
+            break;
+        }
+    }
+    void operator()(std::string ConversionSettings::*setting) const
+    {
+        const std::string& text = (controls_.*std::get<TextControl Controls::*>(option_.control)).text;
+        if (option_.reading != Reading::InTextMode)
+            settings_.*setting = text;
+        else if (textMode_)
+            settings_.*setting = WithTabs(text);
+    }
+
+private:
+    const Option& option_;
+    const Controls& controls_;
+    ConversionSettings& settings_;
+    bool textMode_;
+};
 
 } // namespace
 
 void ReadSettingsFromForm(const Controls& controls, ConversionSettings& settings,
                           const std::function<bool()>& rebuildTagMap)
 {
-    settings.blRecreateDatabase = controls.chkRecreateDatabase.Checked() && controls.chkRecreateDatabase.enabled;
-    settings.blExtendMdb = controls.chkExtendMDB.Checked() && controls.chkExtendMDB.enabled;
-    settings.blQuiet = controls.chkQuiet.Checked();
-    settings.blCreateTableRelations = controls.chkCreateTableRelations.Checked();
-    settings.blEmptyTables = controls.chkEmptyTables.Checked();
-    settings.blImportAttributes = controls.chkImportAttributes.Checked();
-    settings.blOneTablePerElement = controls.chkOneTablePerElement.Checked();
-    // The one check box whose grey state counts as on.
-    settings.blSkipEmptyWrappingTags = controls.chkSkipEmptyWrappingTags.value != CheckState::Unchecked;
-    settings.strTablePrefix = controls.txtTABLE_PREFIX.text;
-    settings.strTableSuffix = controls.txtTABLE_SUFFIX.text;
-    settings.strKeyPrimary = controls.txtKEY_PRIMARY.text;
-    settings.strKeyForeign = controls.txtKEY_FOREIGN.text;
-    settings.strAttrPrefix = controls.txtATTR_PREFIX.text;
+    for (const Option& option : Options())
+        std::visit(Reader(option, controls, settings), option.setting);
+    settings.blTextExport = FolderExists(controls.txtFILE_TXT.text);
     // The map is rebuilt whether it is wanted or not: the mapping list shows it either way.
     const bool hasMappings = rebuildTagMap();
     settings.blEnableTagMapping = controls.chkEnableTagMapping.Checked() && hasMappings;
-    ReadTextExport(controls, settings);
 }
 
 } // namespace velmora

@@ -1,7 +1,7 @@
 #include "app/application.h"
 
 #include "jet/connection.h"
-#include "settings/command_line.h"
+#include "settings/options.h"
 #include "support/scripted_host.h"
 #include "support/shared.h"
 
@@ -386,13 +386,12 @@ TEST(OptionSets, UseEverySwitchAndEveryKey)
         for (const std::string& line : c.lines) {
             std::istringstream words(line);
             for (std::string word; words >> word;)
-                used.insert(word.substr(0, word.find('=')));
+                used.insert(word.substr(0, std::min(word.find('='), word.size() - 1) + 1));
         }
     const auto isUsed = [&](std::string_view word) { return used.contains(std::string(word)); };
-    for (const SwitchRow& row : SwitchTable())
-        EXPECT_TRUE(std::ranges::any_of(row.words, isUsed)) << *row.words.begin();
-    for (const KeyRow& row : KeyTable())
-        EXPECT_TRUE(std::ranges::any_of(row.words, isUsed)) << *row.words.begin();
+    for (const Option& option : Options())
+        for (const std::string_view side : {option.words, option.offWords})
+            EXPECT_TRUE(side.empty() || std::ranges::any_of(Listed(side), isUsed)) << side;
 }
 
 } // namespace

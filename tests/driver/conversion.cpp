@@ -45,8 +45,8 @@ Conversion& Conversion::Xml(std::string_view document, std::string_view name)
 
 Conversion& Conversion::Options(std::string_view words)
 {
-    ApplyCommandLine(words, job.controls, job.settings.blDebug,
-                     [](std::string_view token) { ADD_FAILURE() << "no such option: " << token; });
+    ApplyCommandLine(words, job.controls, [](std::string_view token) { ADD_FAILURE() << "no such option: " << token; });
+    job.settings.blDebug = job.controls.chkDebug.Checked();
     job.controls.UpdateEnabled();
     return *this;
 }

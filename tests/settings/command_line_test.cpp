@@ -3,9 +3,11 @@
 
 #include "platform/paths.h"
 #include "platform/program.h"
+#include "settings/options.h"
 
 #include <gtest/gtest.h>
 #include <random>
+#include <set>
 
 namespace velmora {
 namespace {
@@ -16,16 +18,15 @@ using Texts = std::vector<std::string>;
 struct Parsed {
     explicit Parsed(std::string_view line)
     {
-        ApplyCommandLine(line, controls, debug, [this](std::string_view token) { unknown.emplace_back(token); });
+        ApplyCommandLine(line, controls, [this](std::string_view token) { unknown.emplace_back(token); });
     }
     Controls controls;
-    bool debug = false;
     Texts unknown;
 };
 
-std::string ArgumentsOf(const Controls& controls, bool debug = false)
+std::string ArgumentsOf(const Controls& controls)
 {
-    const std::string line = BuildCommandLine(controls, debug);
+    const std::string line = BuildCommandLine(controls);
     const std::string program = ProgramFolder() + kPathSeparator + ProgramName();
     EXPECT_EQ(line.substr(0, program.size()), program);
     return line.substr(program.size());
@@ -63,8 +64,7 @@ TEST(CommandLine, AQuoteThatIsNeverClosedMakesTheWholeLineAnError)
     for (const char* line : {R"(q xml="a b)", R"(xml="ab)", R"(xml=")", R"(xml="a b m=c q)", R"(log="a" m="b)"}) {
         SCOPED_TRACE(line);
         Controls controls;
-        bool debug = false;
-        EXPECT_THROW(ApplyCommandLine(line, controls, debug, [](std::string_view) {}), CommandLineError);
+        EXPECT_THROW(ApplyCommandLine(line, controls, [](std::string_view) {}), CommandLineError);
         EXPECT_FALSE(controls.chkQuiet.Checked());
         EXPECT_EQ(controls.txtFILE_XML.text + controls.txtFILE_LOG.text, "");
     }
@@ -72,18 +72,11 @@ TEST(CommandLine, AQuoteThatIsNeverClosedMakesTheWholeLineAnError)
 
 TEST(CommandLine, SwitchesAreAsUnevenAsScriptsKnowThem)
 {
-    for (const SwitchRow& row : SwitchTable()) {
-        for (const std::string_view word : row.words) {
-            SCOPED_TRACE(word);
-            Controls controls;
-            bool debug = false;
-            (controls.*row.control).value = CheckState::Grey;
-            ApplyCommandLine(word, controls, debug, [](std::string_view token) { ADD_FAILURE() << token; });
-            EXPECT_EQ((controls.*row.control).value, row.value);
-            EXPECT_EQ(debug, row.control == &Controls::chkDebug);
-            EXPECT_EQ(controls.chkDebug.visible, debug);
-        }
-    }
+    std::set<std::string_view> all;
+    for (const Option& option : Options())
+        for (const std::string_view words : {option.words, option.offWords})
+            for (const std::string_view word : Listed(words))
+                EXPECT_TRUE(all.insert(word).second) << word << " stands twice";
     EXPECT_TRUE(Parsed("+QUIET").controls.chkQuiet.Checked());
     for (const std::string word :
          {"o", "one_table_per_element", "-debug", "+debug", "+extend", "--quiet", "xml", "nokey=1"})
@@ -101,11 +94,6 @@ TEST(CommandLine, KeysSetTextsAsTheyStand)
         EXPECT_EQ(parsed.controls.txtFILE_XML.text, value);
         EXPECT_EQ(parsed.unknown, Texts{});
     }
-    for (const KeyRow& key : KeyTable())
-        for (const std::string_view word : key.words)
-            if (key.control != nullptr) {
-                EXPECT_EQ((Parsed(std::string(word).append("=a")).controls.*key.control).text, "a") << word;
-            }
     for (const auto& [line, format] : {std::pair("ver=2000", "Access 2000"),
                                        {"v=97", "Access 97"},
                                        {"ver=2003", "Access 97"},
@@ -169,7 +157,7 @@ TEST(CommandLine, IsBuiltFromWhatDiffersFromTheStart)
     for (const Case& c : cases) {
         SCOPED_TRACE(c.given);
         const Parsed parsed(c.given);
-        EXPECT_EQ(ArgumentsOf(parsed.controls, parsed.debug), c.built);
+        EXPECT_EQ(ArgumentsOf(parsed.controls), c.built);
     }
 }
 
@@ -180,21 +168,20 @@ TEST(CommandLine, WhatIsBuiltReadsBackToTheSame)
     for (int round = 0; round < 500; ++round) {
         SCOPED_TRACE(round);
         Controls controls;
-        for (const KeyRow& key : KeyTable())
-            if (key.control != nullptr && chance())
-                (controls.*key.control).text = "C:\\a b=" + std::to_string(random() % 100) + ".x y";
-        for (const SwitchRow& row : SwitchTable())
-            if (row.control != &Controls::chkDebug && chance())
-                (controls.*row.control).value = row.value;
+        for (const Option& option : Options()) {
+            if (const auto* text = std::get_if<TextControl Controls::*>(&option.control); text != nullptr && chance())
+                (controls.**text).text = "C:\\a b=" + std::to_string(random() % 100) + ".x y";
+            if (const auto* box = std::get_if<CheckControl Controls::*>(&option.control))
+                (controls.**box).value = chance() ? CheckState::Checked : CheckState::Unchecked;
+        }
         controls.cboDatabase.selected = random() % 2;
-        const bool debug = chance();
 
-        const std::string line = ArgumentsOf(controls, debug);
+        const std::string line = ArgumentsOf(controls);
         const Parsed parsed(line);
-        EXPECT_EQ(ArgumentsOf(parsed.controls, parsed.debug), line);
+        EXPECT_EQ(ArgumentsOf(parsed.controls), line);
         EXPECT_EQ(parsed.controls.txtFILE_XML.text, controls.txtFILE_XML.text);
         EXPECT_EQ(parsed.controls.chkRecreateDatabase.value, controls.chkRecreateDatabase.value);
-        EXPECT_EQ(parsed.debug, debug);
+        EXPECT_EQ(parsed.controls.chkDebug.value, controls.chkDebug.value);
         for (const std::string& token : parsed.unknown)
             EXPECT_EQ(token, "") << "only the empty token behind a quoted value at the end";
     }

@@ -1,0 +1,315 @@
+#include "settings/options.h"
+
+#include <algorithm>
+
+namespace velmora {
+
+namespace {
+
+bool Always(const Controls&)
+{
+    return true;
+}
+
+bool Recreates(const Controls& controls)
+{
+    return controls.chkRecreateDatabase.Checked();
+}
+
+bool KeepsDatabase(const Controls& controls)
+{
+    return !controls.chkRecreateDatabase.Checked();
+}
+
+bool BuildsStructure(const Controls& controls)
+{
+    return controls.chkRecreateDatabase.Checked() || controls.chkExtendMDB.Checked();
+}
+
+bool MakesRelations(const Controls& controls)
+{
+    return controls.chkCreateTableRelations.Checked();
+}
+
+bool BuildsRelations(const Controls& controls)
+{
+    return BuildsStructure(controls) && MakesRelations(controls);
+}
+
+bool ImportsAttributes(const Controls& controls)
+{
+    return controls.chkImportAttributes.Checked();
+}
+
+bool NamesUrl(const Controls& controls)
+{
+    return !controls.txtXML_URL.text.empty();
+}
+
+bool NamesUser(const Controls& controls)
+{
+    return !controls.txtXML_USER.text.empty();
+}
+
+bool WritesText(const Controls& controls)
+{
+    return !controls.txtFILE_TXT.text.empty();
+}
+
+// The words are as uneven as scripts know them: some switches have no letter, some no form without a sign.
+constexpr Option kOptions[] = {
+    {.group = OptionGroup::Source,
+     .control = &Controls::txtFILE_XML,
+     .words = "xml= x=",
+     .value = "FILE",
+     .help = "the XML file; \"*\" and \"?\" in its name stand for several letters or one: xml=prod_*.xml converts all "
+             "matching files, in the order of their names, into one database"},
+    {.group = OptionGroup::Source,
+     .control = &Controls::txtFILE_XML_RENAMED,
+     .words = "rename= n=",
+     .value = "PATTERN",
+     .help = "what each XML file is called after its conversion: rename=%p%done/%f%.xml moves it into a folder"},
+    {.group = OptionGroup::Target,
+     .control = &Controls::txtFILE_MDB,
+     .words = "mdb= m=",
+     .value = "FILE",
+     .help = "the database"},
+    {.group = OptionGroup::TextFiles,
+     .control = &Controls::txtFILE_TXT,
+     .words = "txt=",
+     .value = "FOLDER",
+     .help = "write a text file for each table into this folder, which is made when it is missing; the database is a "
+             "temporary one unless mdb= names it"},
+    {.group = OptionGroup::TextFiles,
+     .control = &Controls::chkAPPEND,
+     .setting = &ConversionSettings::blAppend,
+     .reading = Reading::InTextMode,
+     .words = "+append append",
+     .offWords = "-append",
+     .startsOn = true,
+     .enabledIf = WritesText,
+     .help = "write after what is in a file already",
+     .offHelp = "delete old files first"},
+    {.group = OptionGroup::TextFiles,
+     .control = &Controls::chkEXPORT_COLUMN_NAMES,
+     .setting = &ConversionSettings::blExportColumnNames,
+     .reading = Reading::OffOrTextMode,
+     .words = "+columns columns",
+     .offWords = "-columns",
+     .startsOn = true,
+     .enabledIf = WritesText,
+     .help = "a new file begins with the column names",
+     .offHelp = "it does not"},
+    {.group = OptionGroup::TextFiles,
+     .control = &Controls::txtDELIMITER,
+     .setting = &ConversionSettings::strDelimiter,
+     .reading = Reading::InTextMode,
+     .words = "delimiter=",
+     .value = "TEXT",
+     .enabledIf = WritesText,
+     .help = "what stands between two values: delimiter=; or delimiter=\\t for the tab; a run that may ask asks for "
+             "it"},
+    {.group = OptionGroup::TextFiles,
+     .control = &Controls::chkQUOTED,
+     .setting = &ConversionSettings::blQuoted,
+     .reading = Reading::OffOrTextMode,
+     .words = "+quoted",
+     .offWords = "-quoted",
+     .enabledIf = WritesText,
+     .help = "put values that hold the delimiter, a quotation mark or a line break in quotation marks (RFC 4180)",
+     .offHelp = "write them as they are"},
+    {.group = OptionGroup::Running,
+     .control = &Controls::txtFILE_LOG,
+     .words = "log= logfile= l=",
+     .value = "FILE",
+     .help = "write the protocol to this file too, after what is in it already"},
+    {.group = OptionGroup::Source,
+     .control = &Controls::txtFILE_MAPPING,
+     .words = "tags= t=",
+     .value = "FILE",
+     .help = "other names for tags: one a line, tag, tab character, name"},
+    {.group = OptionGroup::Source,
+     .control = &Controls::txtXML_URL,
+     .words = "url=",
+     .value = "ADDRESS",
+     .writtenIf = NamesUrl,
+     .help = "download the XML file, with curl, and delete it in the end"},
+    {.group = OptionGroup::Source,
+     .control = &Controls::txtXML_USER,
+     .words = "auth=",
+     .value = "USER",
+     .writtenIf = NamesUrl,
+     .help = "the user, where the server asks for one"},
+    {.group = OptionGroup::Source,
+     .control = &Controls::txtXML_PASSWORD,
+     .words = "pwd=",
+     .value = "PASSWORD",
+     .enabledIf = NamesUser,
+     .writtenIf = NamesUrl,
+     .help = "the user's password"},
+    {.group = OptionGroup::Target,
+     .control = &Controls::cboDatabase,
+     .words = "ver= v=",
+     .value = "2000|97",
+     .writtenIf = Recreates,
+     .help = "the format of a new database: Access 2000 to 2003, or Access 97"},
+    {.group = OptionGroup::Database,
+     .control = &Controls::chkRecreateDatabase,
+     .setting = &ConversionSettings::blRecreateDatabase,
+     .reading = Reading::WhileEnabled,
+     .words = "+recreate_database recreate_database +d d",
+     .offWords = "-recreate_database -d",
+     .startsOn = true,
+     .help = "delete the database and make a new one; when it cannot be deleted, drop all its tables",
+     .offHelp = "keep an existing database and add to it"},
+    {.group = OptionGroup::Database,
+     .control = &Controls::chkExtendMDB,
+     .setting = &ConversionSettings::blExtendMdb,
+     .reading = Reading::WhileEnabled,
+     .words = "+extend_mdb extend_mdb",
+     .offWords = "-extend_mdb",
+     .startsOn = true,
+     .enabledIf = KeepsDatabase,
+     .writtenIf = KeepsDatabase,
+     .namedIf = Always,
+     .help = "with -recreate_database: name each new table in the protocol; missing tables and columns are added in "
+             "either case",
+     .offHelp = "do not name them"},
+    {.group = OptionGroup::Database,
+     .control = &Controls::chkEmptyTables,
+     .setting = &ConversionSettings::blEmptyTables,
+     .words = "+empty_tables empty_tables +e e",
+     .offWords = "-empty_tables -e",
+     .enabledIf = KeepsDatabase,
+     .writtenIf = KeepsDatabase,
+     .help =
+         "with -recreate_database: delete the records of all tables first, those that velmora did not make included",
+     .offHelp = "keep them"},
+    {.group = OptionGroup::Tables,
+     .control = &Controls::chkImportAttributes,
+     .setting = &ConversionSettings::blImportAttributes,
+     .words = "+attributes attributes +a a",
+     .offWords = "-attributes -a",
+     .startsOn = true,
+     .namedIf = Always,
+     .help = "import attributes",
+     .offHelp = "leave attributes out"},
+    {.group = OptionGroup::Tables,
+     .control = &Controls::txtATTR_PREFIX,
+     .setting = &ConversionSettings::strAttrPrefix,
+     .words = "attr= at=",
+     .value = "TEXT",
+     .startText = "attr_",
+     .enabledIf = ImportsAttributes,
+     .writtenIf = ImportsAttributes,
+     .namedIf = Always,
+     .help = "what the names of attribute columns begin with; attr=\"\" for nothing"},
+    {.group = OptionGroup::Tables,
+     .control = &Controls::chkOneTablePerElement,
+     .setting = &ConversionSettings::blOneTablePerElement,
+     .words = "+one_table_per_element +o",
+     .offWords = "-one_table_per_element -o",
+     .writtenIf = BuildsStructure,
+     .help = "one table for each element name, wherever it stands",
+     .offHelp = "one table for each place in the document"},
+    {.group = OptionGroup::Tables,
+     .control = &Controls::chkSkipEmptyWrappingTags,
+     .setting = &ConversionSettings::blSkipEmptyWrappingTags,
+     .reading = Reading::GreyIsOn,
+     .words = "+skip_empty skip_empty",
+     .offWords = "-skip_empty",
+     .help = "no tables for elements that only wrap others",
+     .offHelp = "tables for them too"},
+    {.group = OptionGroup::Tables,
+     .control = &Controls::chkCreateTableRelations,
+     .setting = &ConversionSettings::blCreateTableRelations,
+     .words = "+relations relations +r r",
+     .offWords = "-relations -r",
+     .startsOn = true,
+     .writtenIf = BuildsStructure,
+     .namedIf = Always,
+     .help = "tie the tables together by key columns, indexes and relations",
+     .offHelp = "tables without keys and relations"},
+    {.group = OptionGroup::Tables,
+     .control = &Controls::txtKEY_PRIMARY,
+     .setting = &ConversionSettings::strKeyPrimary,
+     .words = "pkey= primary= p=",
+     .value = "NAME",
+     .startText = "PKEY",
+     .enabledIf = MakesRelations,
+     .writtenIf = BuildsRelations,
+     .namedIf = Always,
+     .help = "name of the primary key column"},
+    {.group = OptionGroup::Tables,
+     .control = &Controls::txtKEY_FOREIGN,
+     .setting = &ConversionSettings::strKeyForeign,
+     .words = "fkey= foreign= f=",
+     .value = "NAME",
+     .startText = "FKEY",
+     .enabledIf = MakesRelations,
+     .writtenIf = BuildsRelations,
+     .namedIf = Always,
+     .help = "name of the foreign key column"},
+    {.group = OptionGroup::Tables,
+     .control = &Controls::txtTABLE_PREFIX,
+     .setting = &ConversionSettings::strTablePrefix,
+     .words = "table_prefix= tp=",
+     .value = "TEXT",
+     .writtenIf = BuildsStructure,
+     .help = "what all table names begin with"},
+    {.group = OptionGroup::Tables,
+     .control = &Controls::txtTABLE_SUFFIX,
+     .setting = &ConversionSettings::strTableSuffix,
+     .words = "table_suffix= ts=",
+     .value = "TEXT",
+     .writtenIf = BuildsStructure,
+     .help = "what all table names end with"},
+    {.group = OptionGroup::Running,
+     .control = &Controls::chkQuiet,
+     .setting = &ConversionSettings::blQuiet,
+     .words = "+quiet quiet +q q",
+     .offWords = "-quiet -q",
+     .help = "convert at once, ask nothing",
+     .offHelp = "open the window"},
+    {.group = OptionGroup::Running,
+     .control = &Controls::chkDebug,
+     .words = "debug",
+     .help = "trace every step in the protocol file, with the time (needs log=)"},
+};
+
+constexpr OptionHeading kHeadings[] = {
+    {OptionGroup::Source, "Source"},        {OptionGroup::Target, "Target"},
+    {OptionGroup::Database, "Database"},    {OptionGroup::Tables, "Tables and columns"},
+    {OptionGroup::TextFiles, "Text files"}, {OptionGroup::Running, "Running"},
+};
+
+} // namespace
+
+std::span<const Option> Options() noexcept
+{
+    return kOptions;
+}
+
+std::span<const OptionHeading> OptionHeadings() noexcept
+{
+    return kHeadings;
+}
+
+std::string_view StartValue(const Option& key)
+{
+    const bool isList = std::holds_alternative<ComboControl Controls::*>(key.control);
+    return isList ? Listed(key.value, '|').front() : key.startText;
+}
+
+std::vector<std::string_view> Listed(std::string_view list, char separator)
+{
+    std::vector<std::string_view> parts;
+    while (!list.empty()) {
+        const std::size_t end = std::min(list.find(separator), list.size());
+        parts.push_back(list.substr(0, end));
+        list.remove_prefix(std::min(end + 1, list.size()));
+    }
+    return parts;
+}
+
+} // namespace velmora
