@@ -22,7 +22,8 @@ void ColumnImport::velImportNodeColumns(ElementId element, int sink)
             });
             try {
                 const LossReason refusal = ImportLeaf(leaf, sink);
-                if (refusal != LossReason::None && !job_.settings.blAbort && !ImportLeafIntoOwnTable(leaf, sink))
+                const bool mayHaveOwnTable = refusal != LossReason::None && refusal != LossReason::KeyColumn;
+                if (!mayHaveOwnTable || (!job_.settings.blAbort && !ImportLeafIntoOwnTable(leaf, sink)))
                     Refuse(sinks_[sink], {leaf}, refusal);
             } catch (const RuntimeError& error) {
                 if (!IsLockConflict(error))
@@ -68,12 +69,12 @@ LossReason ColumnImport::ImportLeaf(ElementId leaf, int sinkNumber)
     return SetText(sink, fields_.InParent(sink, leaf), leaf);
 }
 
-LossReason ColumnImport::SetText(TableSink& sink, std::optional<std::size_t> field, ElementId leaf)
+LossReason ColumnImport::SetText(TableSink& sink, const FieldPlace& place, ElementId leaf)
 {
-    if (!field)
-        return LossReason::NoColumn;
-    return SetUnlessWrongType(sink, *field, {{}, document_.NameText(document_.Name(leaf))}, document_.Content(leaf),
-                              {leaf});
+    if (!place.field)
+        return place.refusal;
+    return SetUnlessWrongType(sink, *place.field, {{}, document_.NameText(document_.Name(leaf))},
+                              document_.Content(leaf), {leaf});
 }
 
 LossReason ColumnImport::SetUnlessWrongType(TableSink& sink, std::size_t field, const RawName& name,
@@ -133,12 +134,11 @@ void ColumnImport::SetAttributes(ElementId element, int sinkNumber, Step& step)
             return "Import attribute [" + std::string(document_.NameText(name)) + "] into table [" +
                    sink.records->Source() + "]";
         });
-        const auto field = fields_.Attribute(sink, sinkNumber, element, index);
+        const FieldPlace place = fields_.Attribute(sink, sinkNumber, element, index);
         const ValueOrigin origin{element, name};
+        const RawName rawName{job_.settings.strAttrPrefix, document_.NameText(name)};
         Refuse(sink, origin,
-               field ? SetUnlessWrongType(sink, *field, {job_.settings.strAttrPrefix, document_.NameText(name)}, value,
-                                          origin)
-                     : LossReason::ColumnTaken);
+               place.field ? SetUnlessWrongType(sink, *place.field, rawName, value, origin) : place.refusal);
         if (job_.settings.blAbort)
             return;
     }

@@ -44,7 +44,7 @@ private:
     [[nodiscard]] LossReason ImportLeaf(ElementId leaf, int sink);
     [[nodiscard]] bool ImportLeafIntoOwnTable(ElementId leaf, int ownerSink);
     void ImportOwnText(ElementId leaf, TableSink& sink);
-    [[nodiscard]] LossReason SetText(TableSink& sink, std::optional<std::size_t> field, ElementId leaf);
+    [[nodiscard]] LossReason SetText(TableSink& sink, const FieldPlace& place, ElementId leaf);
     [[nodiscard]] LossReason SetUnlessWrongType(TableSink& sink, std::size_t field, const RawName& name,
                                                 std::string_view value, ValueOrigin origin);
     static void Refuse(TableSink& sink, ValueOrigin origin, LossReason reason);

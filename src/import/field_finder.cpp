@@ -1,5 +1,6 @@
 #include "import/field_finder.h"
 
+#include "schema/table_name.h"
 #include "xml/map_name.h"
 
 namespace velmora {
@@ -23,17 +24,40 @@ std::string FieldFinder::ColumnOfAttribute(NameId attribute) const
     return MapName(name, settings_, map_);
 }
 
-std::optional<std::size_t> FieldFinder::Leaf(std::vector<Slot>& slots, const TableSink& sink, ElementId leaf)
+FieldPlace FieldFinder::Find(const Recordset& records, const std::string& column) const
+{
+    const auto field = records.FieldIndex(column);
+    if (!field)
+        return {};
+    if (IsKey(records, *field))
+        return {std::nullopt, LossReason::KeyColumn};
+    return {field, LossReason::None};
+}
+
+/// Only its type tells a key column from one of the document's own that bears its name, in a table without keys.
+bool FieldFinder::IsKey(const Recordset& records, std::size_t field) const
+{
+    const std::string& name = records.FieldName(field);
+    if (name == settings_.strKeyPrimary)
+        return records.IsAutonumber(field);
+    if (name == settings_.strKeyForeign)
+        return records.IsLong(field);
+    if (name != kMasterTable)
+        return false;
+    const auto primary = records.FieldIndex(settings_.strKeyPrimary);
+    return primary && records.IsAutonumber(*primary);
+}
+
+FieldPlace FieldFinder::Leaf(std::vector<Slot>& slots, const TableSink& sink, ElementId leaf)
 {
     Slot& slot = slots[document_.Path(leaf)];
     const std::uint64_t layout = sink.records->Layout();
     if (slot.layout != layout)
-        slot = {layout, sink.records->FieldIndex(ColumnOfLeaf(leaf))};
-    return slot.field;
+        slot = {layout, Find(*sink.records, ColumnOfLeaf(leaf))};
+    return slot.place;
 }
 
-std::optional<std::size_t> FieldFinder::Attribute(const TableSink& sink, int sinkNumber, ElementId element,
-                                                  std::uint32_t index)
+FieldPlace FieldFinder::Attribute(const TableSink& sink, int sinkNumber, ElementId element, std::uint32_t index)
 {
     std::vector<AttributeSlot>& known = attributes_[static_cast<std::size_t>(sinkNumber)];
     const NameId name = document_.AttributeName(element, index);
@@ -46,9 +70,13 @@ std::optional<std::size_t> FieldFinder::Attribute(const TableSink& sink, int sin
     }
     Slot& slot = known[at].slot;
     const std::uint64_t layout = sink.records->Layout();
-    if (slot.layout != layout)
-        slot = {layout, sink.records->FieldIndex(ColumnOfAttribute(name))};
-    return slot.field;
+    if (slot.layout != layout) {
+        slot = {layout, Find(*sink.records, ColumnOfAttribute(name))};
+        // Every attribute gets a column, unless an element of the same name stands in its place.
+        if (slot.place.refusal == LossReason::NoColumn)
+            slot.place.refusal = LossReason::ColumnTaken;
+    }
+    return slot.place;
 }
 
 } // namespace velmora

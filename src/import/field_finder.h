@@ -13,8 +13,14 @@
 
 namespace velmora {
 
+/// Where a value belongs.
+struct FieldPlace {
+    std::optional<std::size_t> field;          ///< position in the record
+    LossReason refusal = LossReason::NoColumn; ///< why there is none
+};
+
 /// Where the values of a document go: field positions, looked up by name once per path or attribute and again only when
-/// the table's columns have changed.
+/// the table's columns have changed. Key columns take no values of the document: they say what belongs together.
 class FieldFinder {
 public:
     FieldFinder(const Document& document, const ConversionSettings& settings, const TagMap& map,
@@ -22,18 +28,11 @@ public:
 
     /// The field for a leaf's text in the record of the leaf's parent. `sink` is the parent's, always the same for one
     /// path.
-    [[nodiscard]] std::optional<std::size_t> InParent(const TableSink& sink, ElementId leaf)
-    {
-        return Leaf(inParent_, sink, leaf);
-    }
+    [[nodiscard]] FieldPlace InParent(const TableSink& sink, ElementId leaf) { return Leaf(inParent_, sink, leaf); }
     /// The field for a leaf's text in a record of the leaf's own table.
-    [[nodiscard]] std::optional<std::size_t> InOwnTable(const TableSink& sink, ElementId leaf)
-    {
-        return Leaf(inOwnTable_, sink, leaf);
-    }
+    [[nodiscard]] FieldPlace InOwnTable(const TableSink& sink, ElementId leaf) { return Leaf(inOwnTable_, sink, leaf); }
     /// The field for the attribute number `index` (from 0) of `element` in the sink number `sinkNumber`.
-    [[nodiscard]] std::optional<std::size_t> Attribute(const TableSink& sink, int sinkNumber, ElementId element,
-                                                       std::uint32_t index);
+    [[nodiscard]] FieldPlace Attribute(const TableSink& sink, int sinkNumber, ElementId element, std::uint32_t index);
     /// Column names, made anew at every call: for messages.
     [[nodiscard]] std::string ColumnOfLeaf(ElementId leaf) const;
     [[nodiscard]] std::string ColumnOfAttribute(NameId attribute) const;
@@ -41,14 +40,16 @@ public:
 private:
     struct Slot {
         std::uint64_t layout = 0; ///< of the recordset when the position was found; 0: never
-        std::optional<std::size_t> field;
+        FieldPlace place;
     };
     struct AttributeSlot {
         NameId name;
         Slot slot;
     };
 
-    std::optional<std::size_t> Leaf(std::vector<Slot>& slots, const TableSink& sink, ElementId leaf);
+    FieldPlace Leaf(std::vector<Slot>& slots, const TableSink& sink, ElementId leaf);
+    [[nodiscard]] FieldPlace Find(const Recordset& records, const std::string& column) const;
+    [[nodiscard]] bool IsKey(const Recordset& records, std::size_t field) const;
 
     const Document& document_;
     const ConversionSettings& settings_;

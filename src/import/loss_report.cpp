@@ -23,6 +23,8 @@ std::string_view Describe(LossReason reason)
         return "attributes are left out (-attributes)";
     case LossReason::NoColumn:
         return "no column and no table";
+    case LossReason::KeyColumn:
+        return "its column is a key, which takes no values";
     case LossReason::ColumnTaken:
         return "its column was taken by an element of the same name";
     case LossReason::Overwritten:

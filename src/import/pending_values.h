@@ -22,6 +22,7 @@ enum class LossReason : std::uint8_t {
     BesideChildren, ///< text of an element that has child elements
     AttributesOff,  ///< attributes are left out
     NoColumn,       ///< the record's table has no column for it, and it has no table of its own
+    KeyColumn,      ///< its column is a key, which the program fills itself
     ColumnTaken,    ///< an element has taken the column of the attribute of the same name
     Overwritten,    ///< a later value of the same record took its column
     DoesNotFitType, ///< its column holds another type

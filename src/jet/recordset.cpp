@@ -55,6 +55,16 @@ bool Recordset::IsMemo(std::size_t field) const
     return impl_->ColumnAt(field).type == ColumnType::Memo;
 }
 
+bool Recordset::IsLong(std::size_t field) const
+{
+    return impl_->ColumnAt(field).type == ColumnType::Long;
+}
+
+bool Recordset::IsAutonumber(std::size_t field) const
+{
+    return impl_->ColumnAt(field).IsAutonumber();
+}
+
 Value Recordset::Get(std::size_t field)
 {
     return impl_->Get(field);

@@ -39,6 +39,8 @@ public:
     /// Position of the field of exactly this name, letter case included; nullopt when there is none.
     [[nodiscard]] std::optional<std::size_t> FieldIndex(std::string_view name) const;
     [[nodiscard]] bool IsMemo(std::size_t field) const;
+    [[nodiscard]] bool IsLong(std::size_t field) const; ///< a whole number of 32 bits, an autonumber's too
+    [[nodiscard]] bool IsAutonumber(std::size_t field) const;
     /// Of the pending record, else of the current one. Reading the autonumber of a pending record gives it its number.
     [[nodiscard]] Value Get(std::size_t field);
 

@@ -34,6 +34,8 @@ public:
         return records_.FieldIndex(name);
     }
     [[nodiscard]] bool IsMemo(std::size_t field) const { return records_.IsMemo(field); }
+    [[nodiscard]] bool IsLong(std::size_t field) const { return records_.IsLong(field); }
+    [[nodiscard]] bool IsAutonumber(std::size_t field) const { return records_.IsAutonumber(field); }
 
     /// Is there no row at, or behind, the current one? A recordset just opened stands on its first row.
     [[nodiscard]] bool Eof();

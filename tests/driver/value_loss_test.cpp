@@ -64,6 +64,48 @@ TEST(ValueLoss, IsCountedAndNamedOncePerFile)
     }
 }
 
+TEST(ValueLoss, KeysTakeNoValuesOfTheDocument)
+{
+    const char* const first = "<r><p><n>1</n><t>a</t><t>b</t></p><q><n>1</n></q></r>";
+    const char* const second =
+        "<r><p><PKEY>50</PKEY><FKEY>1</FKEY><n>2</n><t>c</t><t>d</t></p><q FKEY=\"7\"><n>2</n></q></r>";
+    struct Case {
+        const char* name;
+        const char* options;
+        const char* reasons;
+        const char* p;
+        const char* t;
+    };
+    const Case cases[] = {
+        {"keys of a table that exists", "attr=",
+         "  //r/p/PKEY: 1, its column is a key, which takes no values, \"50\"\n"
+         "  //r/p/FKEY: 1, its column is a key, which takes no values, \"1\"\n"
+         "  //r/q/FKEY: 1, its column is a key, which takes no values, \"7\"\n",
+         "PKEY|FKEY|n\n1|1|1\n2|2|2\n", "PKEY|FKEY|t\n1|1|a\n2|1|b\n3|2|c\n4|2|d\n"},
+        {"columns like any other in tables without keys", "attr=id_ -relations", "", "n|PKEY|FKEY\n1||\n2|50|1\n",
+         "t\na\nb\nc\nd\n"},
+    };
+    Conversions runs;
+    for (const Case& c : cases) {
+        SCOPED_TRACE(c.name);
+        Conversion& run = runs.Next();
+        EXPECT_FALSE(run.Options(c.options).Xml(first).Run().failed) << run.Error();
+        EXPECT_FALSE(run.Options("-recreate_database").Xml(second).Run().failed) << run.Error();
+        EXPECT_EQ(Reasons(run), c.reasons);
+        EXPECT_EQ(run.Dump("p"), c.p);
+        EXPECT_EQ(run.Dump("t"), c.t);
+    }
+
+    Conversion& shared = runs.Next();
+    shared.Options("+one_table_per_element").Xml("<r><a><p><n>1</n></p></a><b><p><n>2</n></p></b></r>").Run();
+    shared.Options("-recreate_database")
+        .Xml("<r><a><p><MASTER_TABLE>x</MASTER_TABLE><n>3</n></p></a><b><p><n>4</n>"
+             "</p></b></r>");
+    EXPECT_FALSE(shared.Run().failed) << shared.Error();
+    EXPECT_EQ(Reasons(shared), "  //r/a/p/MASTER_TABLE: 1, its column is a key, which takes no values, \"x\"\n");
+    EXPECT_EQ(shared.Dump("p"), "PKEY|FKEY|MASTER_TABLE|n\n1|1|a|1\n2|1|b|2\n3|2|a|3\n4|2|b|4\n");
+}
+
 TEST(ValueLoss, OnlyTheFirstGroupsAreListed)
 {
     std::string xml = "<r>";
