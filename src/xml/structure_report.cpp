@@ -10,9 +10,9 @@ namespace {
 
 constexpr std::string_view kLineEnd = "\r\n";
 constexpr std::size_t kTableNoWidth = 7;
-constexpr std::size_t kLevelWidth = 4;
-constexpr std::size_t kChildrenWidth = 6;
-constexpr std::size_t kCountWidth = 4; ///< of siblings, and of attributes
+constexpr std::size_t kLevelWidth = 3;
+constexpr std::size_t kChildrenWidth = 5;
+constexpr std::size_t kCountWidth = 3; ///< of siblings, and of attributes
 constexpr std::size_t kTypeWidth = 16;
 constexpr std::size_t kMaxNameWidth = 64;
 
@@ -31,10 +31,9 @@ std::string Heading(std::size_t nameWidth)
 {
     const std::string indent(kTableNoWidth + 1, ' ');
     std::string text;
-    for (const std::string_view line :
-         {"Level", "|    Children", "|    |      Siblings", "|    |      |    Attributes"})
+    for (const std::string_view line : {"Level", "|   Children", "|   |     Siblings", "|   |     |   Attributes"})
         text.append(indent).append(line).append(kLineEnd);
-    std::string last = indent + "|    |      |    |    ";
+    std::string last = indent + "|   |     |   |   ";
     AppendPadded(last, "Type", kTypeWidth);
     AppendPadded(last, "Name", nameWidth);
     last += "XPath";

@@ -165,13 +165,13 @@ TEST(StructureReport, ShowsOneLinePerElementBelowItsHeading)
     velAnalyseXML(job, document, model);
     EXPECT_EQ(StructureReport(model, document),
               "        Level\r\n"
-              "        |    Children\r\n"
-              "        |    |      Siblings\r\n"
-              "        |    |      |    Attributes\r\n"
-              "        |    |      |    |    Type             Name  XPath\r\n"
-              "----------------------------------------------------------\r\n"
-              "11      0    2      0    0    Num(0)           list  //list\r\n"
-              "0       1    0      1    1    Str(3)           entry //list/entry\r\n");
+              "        |   Children\r\n"
+              "        |   |     Siblings\r\n"
+              "        |   |     |   Attributes\r\n"
+              "        |   |     |   |   Type             Name  XPath\r\n"
+              "------------------------------------------------------\r\n"
+              "11      0   2     0   0   Num(0)           list  //list\r\n"
+              "0       1   0     1   1   Str(3)           entry //list/entry\r\n");
 }
 
 TEST(LoadXml, ReportsWhatItCouldNotRead)
