@@ -31,7 +31,11 @@ std::optional<std::string> NoSource(const std::string& source, const std::vector
         return "No XML file specified!";
     if (!files.empty())
         return std::nullopt;
-    return source.find_first_of("*?") != source.npos ? "No files to import" : "File does not exist!";
+    if (source.find_first_of("*?") == source.npos)
+        return "File does not exist!";
+    const std::size_t inAnyCase = CountFilesInAnyCase(source);
+    return inAnyCase == 0 ? "No files to import"
+                          : "No files to import (" + std::to_string(inAnyCase) + " in other letter case)";
 }
 
 } // namespace

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstddef>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -19,5 +20,8 @@ namespace velmora {
 /// out names that begin with a dot unless the pattern begins with one. Empty when nothing matches or the folder cannot
 /// be read.
 [[nodiscard]] std::vector<std::string> ListFiles(std::string_view typed);
+
+/// How many there were if upper and lower case (of ASCII letters) were the same.
+[[nodiscard]] std::size_t CountFilesInAnyCase(std::string_view typed);
 
 } // namespace velmora

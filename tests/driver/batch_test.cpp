@@ -63,6 +63,8 @@ TEST(Batch, NothingToDoTouchesNothing)
     const Case cases[] = {
         {"no match", [](Conversion& c) { c.job.controls.txtFILE_XML.text = c.Path("*.none").string(); },
          "No files to import"},
+        {"a match but for the case", [](Conversion& c) { c.job.controls.txtFILE_XML.text = c.Path("?.XML").string(); },
+         "No files to import (1 in other letter case)"},
         {"the target is the protocol",
          [](Conversion& c) { c.job.controls.txtFILE_LOG.text = c.job.controls.txtFILE_MDB.text; },
          "is also the protocol file"},
