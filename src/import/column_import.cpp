@@ -1,13 +1,14 @@
 #include "import/column_import.h"
 
+#include "import/record_refusal.h"
 #include "schema/engine_errors.h"
 
 namespace velmora {
 
 ColumnImport::ColumnImport(Job& job, DatabaseSession& session, const Document& document, const StructureModel& model,
                            const TagMap& map, TableSinks& sinks, ValueAccount& account)
-    : job_(job), document_(document), model_(model), sinks_(sinks), fields_(document, job.settings, map, sinks),
-      writer_(job, session, account)
+    : job_(job), session_(session), document_(document), model_(model), sinks_(sinks),
+      fields_(document, job.settings, map, sinks), writer_(job, session, account)
 {
 }
 
@@ -209,15 +210,24 @@ void ColumnImport::Save(int sinkNumber, int ownerSink)
     TableSink& sink = sinks_[sinkNumber];
     try {
         writer_.Save(sink);
-    } catch (const RuntimeError& error) {
-        if (error.Number() != engine_errors::kRelatedRecordRequired)
+    } catch (const EngineError& error) {
+        if (!IsBrokenRule(error))
             throw;
-        const std::string owner =
-            ownerSink == 0 ? "no record" : "a record of " + document_.PathText(sinks_[ownerSink].element.strPath);
-        throw RuntimeError(error.Number(), std::string(error.what()) + " (" + document_.PathText(sink.element.strPath) +
-                                               " belongs to " + owner + ", and its table [" + sink.records->Source() +
-                                               "] already refers to another one; -relations goes without)");
+        throw ExplainRefusal(error, sink, document_, HelpFor(error, sink, ownerSink));
     }
+}
+
+/// Only a relation that this run has made can be left out by it.
+std::string ColumnImport::HelpFor(const EngineError& error, const TableSink& sink, int ownerSink)
+{
+    if (error.Number() != engine_errors::kRelatedRecordRequired)
+        return {};
+    const std::string owner =
+        ownerSink == 0 ? "no record" : "a record of " + document_.PathText(sinks_[ownerSink].element.strPath);
+    return "it belongs to " + owner + ", and [" + sink.records->Source() + "] refers to another table" +
+           (session_.HasMadeRelation(error.Subject().relation)
+                ? ": -relations goes without"
+                : "; the relation was there before this run, delete it in Access or take another database");
 }
 
 void ColumnImport::CountRecord()

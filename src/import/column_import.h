@@ -4,6 +4,7 @@
 #include "import/record_writer.h"
 #include "import/table_sinks.h"
 #include "import/value_account.h"
+#include "schema/engine_errors.h"
 
 #include <optional>
 #include <string>
@@ -48,10 +49,12 @@ private:
     [[nodiscard]] LossReason SetUnlessWrongType(TableSink& sink, std::size_t field, const RawName& name,
                                                 std::string_view value, ValueOrigin origin);
     static void Refuse(TableSink& sink, ValueOrigin origin, LossReason reason);
+    [[nodiscard]] std::string HelpFor(const EngineError& error, const TableSink& sink, int ownerSink);
     void SetAttributes(ElementId element, int sink, Step& step);
     void ThrowIfLocked();
 
     Job& job_;
+    const DatabaseSession& session_;
     const Document& document_;
     const StructureModel& model_;
     TableSinks& sinks_;

@@ -1,5 +1,7 @@
 #include "import/loss_report.h"
 
+#include "import/value_sample.h"
+
 #include <algorithm>
 #include <string>
 #include <string_view>
@@ -9,8 +11,6 @@ namespace velmora {
 namespace {
 
 constexpr std::size_t kMaxLines = 20;
-constexpr std::size_t kMaxSampleCharacters = 40;
-constexpr std::string_view kCutMark = "...";
 
 std::string_view Describe(LossReason reason)
 {
@@ -35,28 +35,6 @@ std::string_view Describe(LossReason reason)
         break;
     }
     return {};
-}
-
-/// The beginning of `text` with at most `limit` characters.
-std::string_view FirstCharacters(std::string_view text, std::size_t limit)
-{
-    std::size_t bytes = 0;
-    for (std::size_t characters = 0; characters < limit && bytes < text.size(); ++characters)
-        do
-            ++bytes;
-        while (bytes < text.size() && (static_cast<unsigned char>(text[bytes]) & 0xC0) == 0x80);
-    return text.substr(0, bytes);
-}
-
-/// Fits on one line.
-std::string Sample(std::string_view value)
-{
-    std::string sample(FirstCharacters(value, kMaxSampleCharacters));
-    if (sample.size() < value.size())
-        sample = std::string(FirstCharacters(value, kMaxSampleCharacters - kCutMark.size())).append(kCutMark);
-    std::replace_if(
-        sample.begin(), sample.end(), [](char c) { return static_cast<unsigned char>(c) < ' '; }, ' ');
-    return sample;
 }
 
 std::string_view FirstValue(const Document& document, const ValueAccount::Group& group)
@@ -90,7 +68,7 @@ void ReportLoss(Job& job, const Document& document, const ValueAccount& account)
         const ValueAccount::Group& group = loss.groups[i];
         untold -= group.count;
         std::string line = "  " + pathOf(group) + ": " + std::to_string(group.count) + ", ";
-        line.append(Describe(group.reason)).append(", \"").append(Sample(FirstValue(document, group))).append("\"");
+        line.append(Describe(group.reason)).append(", ").append(QuotedSample(FirstValue(document, group)));
         job.log.ProtocolAppend(line);
     }
     if (told < loss.groups.size())

@@ -150,6 +150,7 @@ std::string TextOf(ErrorNumber number, std::initializer_list<std::string_view> n
 Error::Error(ErrorNumber number, std::initializer_list<std::string_view> names, std::string_view detail)
     : Error(number, Text{TextOf(number, names, detail)})
 {
+    names_.assign(names.begin(), names.end());
 }
 
 Error::Error(ErrorNumber number, const Text& text)

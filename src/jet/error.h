@@ -7,6 +7,8 @@
 #include <stdexcept>
 #include <string>
 #include <string_view>
+#include <utility>
+#include <vector>
 
 namespace jet {
 
@@ -77,6 +79,14 @@ enum class ErrorNumber : int {
     WrongType = 3421,            ///< Data type conversion error.
 };
 
+/// What a failure is about, as far as that is known where it happens; names as the database has them.
+struct ErrorSubject {
+    std::string table{};
+    std::string index{};
+    std::string relation{};
+    std::vector<std::string> columns{};
+};
+
 /// A failure of the engine: number, text and the HRESULT under which a provider would report it.
 class Error : public std::runtime_error {
 public:
@@ -85,6 +95,16 @@ public:
     explicit Error(ErrorNumber number, std::initializer_list<std::string_view> names = {},
                    std::string_view detail = {});
 
+    /// The same error, which says now what it is about.
+    Error&& About(ErrorSubject subject) &&
+    {
+        subject_ = std::move(subject);
+        return std::move(*this);
+    }
+
+    [[nodiscard]] const ErrorSubject& Subject() const noexcept { return subject_; }
+    /// The names that stand in the text.
+    [[nodiscard]] const std::vector<std::string>& Names() const noexcept { return names_; }
     [[nodiscard]] ErrorNumber Number() const noexcept { return number_; }
     [[nodiscard]] std::uint32_t HResult() const noexcept { return hresult_; }
 
@@ -96,6 +116,8 @@ private:
     };
     Error(ErrorNumber number, const Text& text);
 
+    ErrorSubject subject_;
+    std::vector<std::string> names_;
     ErrorNumber number_;
     std::uint32_t hresult_;
 };

@@ -18,7 +18,7 @@ bool AnswerFor(Job& job, std::string_view name, Query&& query)
     try {
         return query(step);
     } catch (const jet::Error& error) {
-        job.log.ErrorReport(name, step.Statement(), FromEngine(error));
+        job.log.ErrorReport(name, step.Statement(), EngineError(error));
     } catch (const RuntimeError& error) {
         job.log.ErrorReport(name, step.Statement(), error);
     }

@@ -17,7 +17,7 @@ decltype(auto) Translated(Operation&& operation)
     try {
         return operation();
     } catch (const jet::Error& error) {
-        throw FromEngine(error);
+        throw EngineError(error);
     }
 }
 

@@ -45,6 +45,10 @@ public:
     void LeaveOutRelation(const std::string& table) { leftOut_.insert(table); }
     [[nodiscard]] bool IsRelationLeftOut(const std::string& table) const { return leftOut_.contains(table); }
 
+    /// Notes that this run has made the relation `relation`.
+    void NoteRelation(const std::string& relation) { made_.insert(relation); }
+    [[nodiscard]] bool HasMadeRelation(const std::string& relation) const { return made_.contains(relation); }
+
     /// The account of `table`, begun with the first question for it. It stays where it is.
     [[nodiscard]] TableReport& Report(std::string_view table);
     /// The accounts of all tables, in order of first use.
@@ -55,6 +59,7 @@ private:
     std::deque<TableReport> reports_;
     std::unordered_map<std::string, TableReport*> reportByTable_;
     std::unordered_set<std::string> leftOut_; ///< tables
+    std::unordered_set<std::string> made_;    ///< relations
 };
 
 /// Opens the target database that the controls name: made anew, made because there is none, or as it is. A file that is

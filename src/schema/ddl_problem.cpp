@@ -1,22 +1,11 @@
 #include "schema/ddl_problem.h"
 
-#include "schema/engine_errors.h"
-
 #include <algorithm>
-#include <set>
 #include <string_view>
 
 namespace velmora {
 
 namespace {
-
-std::string Folded(std::string_view name)
-{
-    std::string folded(name);
-    std::transform(folded.begin(), folded.end(), folded.begin(),
-                   [](char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c; });
-    return folded;
-}
 
 std::string_view Kind(DdlObject object)
 {
@@ -33,56 +22,98 @@ std::string_view Kind(DdlObject object)
     return {};
 }
 
-std::string_view WhatHelps(int number, const DdlSubject& subject)
+std::string WhatHelps(const EngineError& error, const DdlSubject& subject)
 {
     using namespace engine_errors;
-    const bool isColumn = subject.object == DdlObject::Column;
-    switch (number) {
+    const jet::ErrorSubject& about = error.Subject();
+    switch (error.Number()) {
+    case kTableExists:
+        return "a query, a linked table or the like has this name: a tag mapping (t=), table_prefix= and table_suffix= "
+               "give the table another name";
     case kTooManyFields:
         return "a tag mapping (t=) brings several tags into one column, -attributes leaves attributes out";
     case kFieldDefinedTwice:
     case kFieldExists:
-        return "names that differ only in letter case are the same to the database: a tag mapping (t=) gives one "
-               "another name; key columns take theirs from pkey= and fkey=, attributes from attr=";
+        return "names that differ only in letter case, or as ss and \xC3\x9F do, are the same to the database: a tag "
+               "mapping (t=) gives one another name; key columns take theirs from pkey= and fkey=, attributes from "
+               "attr=";
+    case kFieldInIndex:
+    case kFieldInRelation:
+        if (!about.index.empty())
+            return "the index [" + about.index + "] of [" + about.table + "] needs it: delete that in Access";
+        if (!about.relation.empty())
+            return "the relation [" + about.relation + "] of [" + about.table + "] needs it: delete that in Access";
+        return "the table has no other column";
     default:
-        if (subject.path.empty())
-            return "pkey= and fkey= name the key columns";
-        if (subject.object == DdlObject::Relation)
-            return "-relations goes without";
-        return isColumn ? "a tag mapping (t=) gives the column another name, attr= another prefix to attributes"
-                        : "a tag mapping (t=), table_prefix= and table_suffix= give the table another name";
+        break;
     }
+    if (subject.path.empty())
+        return "pkey= and fkey= name the key columns";
+    switch (subject.object) {
+    case DdlObject::Relation:
+        return "-relations goes without";
+    case DdlObject::Column:
+        return "a tag mapping (t=) gives the column another name, attr= another prefix to attributes";
+    case DdlObject::Index:
+        return "its name is made of the table's and the key column's: a tag mapping (t=), table_prefix=, "
+               "table_suffix=, "
+               "pkey= and fkey= make it another one, -relations goes without";
+    case DdlObject::Table:
+        break;
+    }
+    return "a tag mapping (t=), table_prefix= and table_suffix= give the table another name";
 }
 
 /// Failures of the disk or the file have nothing to do with names.
 bool ConcernsTheStatement(int number)
 {
+    using namespace engine_errors;
     constexpr int kFirstOfDdl = 3265;
     constexpr int kLastOfDdl = 3411; // no failure of the file has a number between them that a statement can meet
-    return number == engine_errors::kInvalidName || number == engine_errors::kTooManyFields ||
-           number == engine_errors::kFieldDefinedTwice || (number >= kFirstOfDdl && number <= kLastOfDdl);
+    return number == kTableExists || number == kInvalidName || number == kTooManyFields ||
+           number == kFieldDefinedTwice || (number >= kFirstOfDdl && number <= kLastOfDdl);
+}
+
+std::string Described(const NamedColumn& column)
+{
+    return column.path.empty() ? "the key column [" + column.name + "]" : "[" + column.name + "] for " + column.path;
+}
+
+/// The engine tells which two names are the same to it.
+DdlSubject SecondOfTwo(const DdlSubject& table, const std::vector<NamedColumn>& columns, const EngineError& error)
+{
+    if (error.Subject().columns.size() != 2)
+        return table;
+    const auto named = [&](std::size_t which, auto from) {
+        return std::find_if(from, columns.end(),
+                            [&](const NamedColumn& c) { return c.name == error.Subject().columns[which]; });
+    };
+    const auto first = named(0, columns.begin());
+    const auto second = first == columns.end() ? first : named(1, first + 1);
+    if (second == columns.end())
+        return table;
+    return {second->path, DdlObject::Column, second->name, Described(*first)};
 }
 
 } // namespace
 
-DdlSubject RefusedPart(const DdlSubject& table, const std::vector<NamedColumn>& columns, const RuntimeError& error)
+DdlSubject RefusedPart(const DdlSubject& table, const std::vector<NamedColumn>& columns, const EngineError& error)
 {
-    const std::string_view reason = error.what();
-    const auto isNamed = [&](const std::string& name) {
-        return name != table.name && reason.find("'" + name + "'") != reason.npos;
-    };
-    std::set<std::string> seen;
+    if (error.Number() == engine_errors::kFieldDefinedTwice)
+        return SecondOfTwo(table, columns, error);
+    const std::vector<std::string>& names = error.Names();
     for (const NamedColumn& column : columns) {
-        const bool isSecond = !seen.insert(Folded(column.name)).second;
         // A bracket ends the name in the statement, whose rest makes no sense then.
         const bool breaksStatement = column.name.empty() || column.name.find(']') != std::string::npos;
-        if (error.Number() == engine_errors::kFieldDefinedTwice ? isSecond : breaksStatement || isNamed(column.name))
+        const bool isNamed =
+            column.name != table.name && std::find(names.begin(), names.end(), column.name) != names.end();
+        if (breaksStatement || isNamed)
             return {column.path, DdlObject::Column, column.name};
     }
     return table;
 }
 
-RuntimeError Explain(const RuntimeError& error, const DdlSubject& subject)
+RuntimeError Explain(const EngineError& error, const DdlSubject& subject)
 {
     std::string text = error.what();
     text += " (";
@@ -90,9 +121,13 @@ RuntimeError Explain(const RuntimeError& error, const DdlSubject& subject)
     text += " [" + subject.name + "]";
     if (!subject.path.empty())
         text += " for " + subject.path;
+    if (!subject.rival.empty())
+        text += ", and " + subject.rival;
+    else if (error.Number() == engine_errors::kFieldExists && !error.Subject().columns.empty())
+        text += ", and [" + error.Subject().columns.front() + "], which the table has";
     if (ConcernsTheStatement(error.Number())) {
         text += "; ";
-        text += WhatHelps(error.Number(), subject);
+        text += WhatHelps(error, subject);
     }
     return {error.Number(), text + ")"};
 }

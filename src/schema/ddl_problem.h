@@ -1,6 +1,6 @@
 #pragma once
 
-#include "log/runtime_error.h"
+#include "schema/engine_errors.h"
 
 #include <string>
 #include <vector>
@@ -14,6 +14,7 @@ struct DdlSubject {
     std::string path; ///< of an element or attribute; empty for a key column, which the options name
     DdlObject object;
     std::string name;
+    std::string rival{}; ///< who has the name already, where that is known: name and path
 };
 
 struct NamedColumn {
@@ -24,9 +25,9 @@ struct NamedColumn {
 /// The column for whose sake the engine refused to create `table`, where `error` and the names tell it; else the table
 /// itself.
 [[nodiscard]] DdlSubject RefusedPart(const DdlSubject& table, const std::vector<NamedColumn>& columns,
-                                     const RuntimeError& error);
+                                     const EngineError& error);
 
 /// `error` with path and name of what it is about, and the option that helps.
-[[nodiscard]] RuntimeError Explain(const RuntimeError& error, const DdlSubject& subject);
+[[nodiscard]] RuntimeError Explain(const EngineError& error, const DdlSubject& subject);
 
 } // namespace velmora

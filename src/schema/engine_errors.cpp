@@ -1,20 +1,25 @@
 #include "schema/engine_errors.h"
 
-#include "jet/error.h"
-
 namespace velmora {
 
 // The header writes the numbers out, because callers above this floor do not see the engine.
+static_assert(engine_errors::kTableExists == static_cast<int>(jet::ErrorNumber::TableExists));
+static_assert(engine_errors::kDuplicateKey == static_cast<int>(jet::ErrorNumber::DuplicateKey));
 static_assert(engine_errors::kDiskFull == static_cast<int>(jet::ErrorNumber::DiskFull));
 static_assert(engine_errors::kDiskError == static_cast<int>(jet::ErrorNumber::DiskError));
 static_assert(engine_errors::kTooManyIndexes == static_cast<int>(jet::ErrorNumber::TooManyIndexes));
 static_assert(engine_errors::kRecordTooLarge == static_cast<int>(jet::ErrorNumber::RecordTooLarge));
+static_assert(engine_errors::kNullInPrimaryKey == static_cast<int>(jet::ErrorNumber::NullInPrimaryKey));
 static_assert(engine_errors::kInvalidName == static_cast<int>(jet::ErrorNumber::InvalidName));
 static_assert(engine_errors::kFieldTooSmall == static_cast<int>(jet::ErrorNumber::FieldTooSmall));
 static_assert(engine_errors::kRecordDeleted == static_cast<int>(jet::ErrorNumber::RecordDeleted));
 static_assert(engine_errors::kTooManyFields == static_cast<int>(jet::ErrorNumber::TooManyFields));
 static_assert(engine_errors::kFieldDefinedTwice == static_cast<int>(jet::ErrorNumber::FieldDefinedTwice));
 static_assert(engine_errors::kRelatedRecordRequired == static_cast<int>(jet::ErrorNumber::RelatedRecordRequired));
+static_assert(engine_errors::kFieldInIndex == static_cast<int>(jet::ErrorNumber::FieldInIndex));
+static_assert(engine_errors::kFieldInRelation == static_cast<int>(jet::ErrorNumber::FieldInRelation));
+static_assert(engine_errors::kFieldRequired == static_cast<int>(jet::ErrorNumber::FieldRequired));
+static_assert(engine_errors::kEmptyTextRefused == static_cast<int>(jet::ErrorNumber::EmptyTextRefused));
 static_assert(engine_errors::kDataViolatesRelation == static_cast<int>(jet::ErrorNumber::DataViolatesRelation));
 static_assert(engine_errors::kFieldExists == static_cast<int>(jet::ErrorNumber::FieldExists));
 static_assert(engine_errors::kRelationTypesDiffer == static_cast<int>(jet::ErrorNumber::RelationTypesDiffer));
@@ -22,11 +27,6 @@ static_assert(engine_errors::kNoPrimaryKey == static_cast<int>(jet::ErrorNumber:
 static_assert(engine_errors::kNotUniquelyIndexed == static_cast<int>(jet::ErrorNumber::NotUniquelyIndexed));
 static_assert(engine_errors::kNoSuchField == static_cast<int>(jet::ErrorNumber::NoSuchField));
 static_assert(engine_errors::kWrongType == static_cast<int>(jet::ErrorNumber::WrongType));
-
-RuntimeError FromEngine(const jet::Error& error)
-{
-    return {static_cast<int>(error.Number()), error.what()};
-}
 
 bool IsLockConflict(const RuntimeError& error) noexcept
 {

@@ -251,7 +251,7 @@ void SchemaBuilder::CreateTable(std::size_t entry, const std::vector<Column>& co
         step("Create table [" + table + "]");
         try {
             session_.ExecuteSql("CREATE TABLE [" + table + "] (" + fields + ");");
-        } catch (const RuntimeError& error) {
+        } catch (const EngineError& error) {
             for (const Column& column : columns)
                 named.push_back({PathOf(column.entry), column.name});
             throw Explain(error, RefusedPart({PathOf(entry), DdlObject::Table, table}, named, error));
@@ -287,10 +287,12 @@ void SchemaBuilder::CreateRelation(std::size_t entry, const std::string& table, 
     std::replace(relation.begin(), relation.end(), '.', '_');
     if (velCheckExistsRelation(job_, session_, parent, table, relation) || job_.settings.blAbort)
         return;
-    (void)ExecuteIfAllowed("ALTER TABLE [" + table + "] ADD CONSTRAINT [" + relation + "] FOREIGN KEY ([" +
-                               settings.strKeyForeign + "]) REFERENCES [" + parent + "] ([" + settings.strKeyPrimary +
-                               "]) ON UPDATE CASCADE ON DELETE CASCADE;",
-                           {PathOf(entry), DdlObject::Relation, relation}, table, parent);
+    const bool made = ExecuteIfAllowed("ALTER TABLE [" + table + "] ADD CONSTRAINT [" + relation + "] FOREIGN KEY ([" +
+                                           settings.strKeyForeign + "]) REFERENCES [" + parent + "] ([" +
+                                           settings.strKeyPrimary + "]) ON UPDATE CASCADE ON DELETE CASCADE;",
+                                       {PathOf(entry), DdlObject::Relation, relation}, table, parent);
+    if (made)
+        session_.NoteRelation(relation);
 }
 
 /// MASTER_TABLE stays only in tables that several elements of one name share.
@@ -307,7 +309,7 @@ void SchemaBuilder::Execute(const std::string& sql, const DdlSubject& subject)
 {
     try {
         session_.ExecuteSql(sql);
-    } catch (const RuntimeError& error) {
+    } catch (const EngineError& error) {
         throw Explain(error, subject);
     }
 }
@@ -336,7 +338,7 @@ bool SchemaBuilder::ExecuteIfAllowed(const std::string& sql, const DdlSubject& s
     try {
         session_.ExecuteSql(sql);
         return true;
-    } catch (const RuntimeError& error) {
+    } catch (const EngineError& error) {
         if (!IsRelationImpossible(error))
             throw Explain(error, subject);
         session_.LeaveOutRelation(table);

@@ -1,4 +1,5 @@
 #include "driver/conversion.h"
+#include "schema/database_session.h"
 
 #include <gtest/gtest.h>
 
@@ -25,6 +26,60 @@ TEST(AccessTables, TakeRecordsOfTheDocumentInTheirOwnTypes)
     EXPECT_EQ(run.Said("New column: [Table1].[new]"), 1);
     EXPECT_EQ(run.Said("Relation between [Table1] and [db] left out: There is no field named 'FKEY'"), 1);
     EXPECT_EQ(run.Said("Not imported: 2 of 9 values, the first at //db/Table1/D"), 1);
+}
+
+TEST(AccessTables, WhatBreaksARuleIsNamedWithItsRecord)
+{
+    struct Case {
+        const char* name;
+        std::vector<const char*> design;
+        const char* record;
+        std::vector<const char*> said;
+    };
+    const Case cases[] = {
+        {"a unique index",
+         {"CREATE TABLE [p] ([n] String)", "CREATE UNIQUE INDEX [one_n] ON [p] ([n])"},
+         "<p><n>1</n></p>",
+         {"3022 ", "index [one_n] of [p], n = \"1\"; record 2 of //r/p"}},
+        {"a primary key of two columns",
+         {"CREATE TABLE [p] ([n] String, [m] Long)", "CREATE UNIQUE INDEX [both] ON [p] ([n], [m]) WITH PRIMARY"},
+         "<p><n>2</n></p>",
+         {"3058 ", "index [both] of [p], n = \"2\", m = Null; record 2 of //r/p"}},
+        {"a required column",
+         {"CREATE TABLE [p] ([n] String, [m] Long NOT NULL)"},
+         "<p><n>2</n></p>",
+         {"3314 ", "field [p].[m], m = Null; record 2 of //r/p"}},
+        {"a relation",
+         {"CREATE TABLE [q] ([k] String)", "CREATE UNIQUE INDEX [q_k] ON [q] ([k]) WITH PRIMARY",
+          "CREATE TABLE [p] ([n] String, [m] Long)",
+          "ALTER TABLE [p] ADD CONSTRAINT [p_of_q] FOREIGN KEY ([n]) REFERENCES [q] ([k])"},
+         "",
+         {"3201 ", "relation [p_of_q] of [p], n = \"1\"; record 1 of //r/p", "was there before"}},
+        {"a name that a column has",
+         {"CREATE TABLE [p] ([N] String, [m] Long)"},
+         "",
+         {"3380 ", "[n] for //r/p/n, and [N], which the table has", "t="}},
+        {"a marker column in an index",
+         {"CREATE TABLE [p] ([n] String, [m] Long, [MASTER_TABLE] String)",
+          "CREATE INDEX [mine] ON [p] ([MASTER_TABLE])"},
+         "",
+         {"3280 ", "[MASTER_TABLE] for //r/p", "the index [mine] of [p] needs it"}},
+    };
+    Conversions runs;
+    for (const Case& c : cases) {
+        SCOPED_TRACE(c.name);
+        Conversion& run = runs.Next();
+        DatabaseSession session;
+        session.Create(run.Target(), jet::JetVersion::Jet4, jet::Existing::Refuse);
+        for (const char* sql : c.design)
+            session.ExecuteSql(sql);
+        session.Commit();
+        session.Close();
+        run.Options("-recreate_database").Xml(std::string("<r><p><n>1</n><m>1</m></p>") + c.record + "</r>");
+        EXPECT_TRUE(run.Run().failed);
+        for (const char* part : c.said)
+            EXPECT_NE(run.Error().find(part), std::string::npos) << part << "\n in " << run.Error();
+    }
 }
 
 } // namespace

@@ -108,7 +108,9 @@ TEST(MappingRules, TagsAreMappedToTablesAndColumns)
 TEST(MappingRules, WhatCannotBecomeATableEndsWithPathReasonAndTheSwitchThatHelps)
 {
     const std::string longName(70, 'n');
-    std::string manyTables;
+    std::string manyTables, manyColumns;
+    for (int column = 0; column < 254; ++column)
+        manyColumns += "<c" + std::to_string(column) + ">1</c" + std::to_string(column) + ">";
     for (int table = 0; table < 17'000; ++table) {
         const std::string tag = "t" + std::to_string(table);
         manyTables += "<" + tag + "><x/></" + tag + ">";
@@ -123,8 +125,24 @@ TEST(MappingRules, WhatCannotBecomeATableEndsWithPathReasonAndTheSwitchThatHelps
         {"columns that differ in case only",
          "",
          "<r><p><Name>1</Name><name>2</name></p></r>",
-         {"3191 ", "//r/p/name", "[name]", "t="}},
-        {"a column like a key", "", "<r><p><pkey>1</pkey></p></r>", {"3191 ", "//r/p/pkey", "pkey="}},
+         {"3191 ", "[name] for //r/p/name, and [Name] for //r/p/Name", "t="}},
+        {"columns that the sort order takes for one",
+         "",
+         "<r><p><gro\xC3\x9F>1</gro\xC3\x9F><x>1</x><GROSS>2</GROSS></p></r>",
+         {"3191 ", "[GROSS] for //r/p/GROSS, and [gro\xC3\x9F] for //r/p/gro\xC3\x9F", "t="}},
+        {"columns whose accented letters differ in case",
+         "ver=97",
+         "<r><p><\xC3\xA9>1</\xC3\xA9><x>1</x><\xC3\x89>2</\xC3\x89></p></r>",
+         {"3191 ", "[\xC3\x89] for //r/p/\xC3\x89, and [\xC3\xA9] for //r/p/\xC3\xA9", "t="}},
+        {"a column like a key",
+         "",
+         "<r><p><pkey>1</pkey></p></r>",
+         {"3191 ", "//r/p/pkey, and the key column [PKEY]", "pkey="}},
+        {"too many columns", "", "<r><p>" + manyColumns + "</p></r>", {"3190 ", "[p] for //r/p", "-attributes"}},
+        {"an index's name too long",
+         "",
+         "<r><" + longName.substr(10) + "><x>1</x></" + longName.substr(10) + "></r>",
+         {"3125 ", "index [" + longName.substr(10) + "_PKEY] for //r/n", "t=", "pkey="}},
         {"a column's name too long",
          "",
          "<r><p><" + longName + ">1</" + longName + "></p></r>",
@@ -159,7 +177,8 @@ TEST(MappingRules, RowsThatARelationRefusesEndTheRunWithBothPaths)
     const std::string group = "<g><n>x</n><item z=\"1\">p</item><item z=\"2\">q</item></g>";
     Conversion run;
     EXPECT_TRUE(run.Options("-attributes").Xml("<r><item><v>a</v></item>" + group + group + "</r>").Run().failed);
-    for (const char* part : {"3201 ", "//r/g/item ", "//r/g,", "-relations"})
+    for (const char* part : {"3201 ", "relation [item_LINK] of [item], FKEY = \"2\"; record 3 of //r/g/item",
+                             "a record of //r/g,", "-relations"})
         EXPECT_NE(run.Error().find(part), std::string::npos) << part << "\n in " << run.Error();
     EXPECT_EQ(run.Dump("item"), "PKEY|FKEY|v|item\n1|1|a|\n2|1||p\n3|1||q\n");
     EXPECT_EQ(run.Dump("g"), "PKEY|FKEY|n\n1|1|x\n") << "the record whose list was refused is not there";

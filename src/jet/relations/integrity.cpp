@@ -43,6 +43,20 @@ void ClearKey(const Link& link, Record& child)
         child.SetNull(position);
 }
 
+Error RelatedRecords(const Link& link)
+{
+    return Error(ErrorNumber::RelatedRecords, {link.child->Name()})
+        .About({.table = link.child->Name(), .relation = link.name});
+}
+
+Error RelatedRecordRequired(const Link& link)
+{
+    ErrorSubject subject{.table = link.child->Name(), .relation = link.name};
+    for (const std::size_t position : link.parentKeyOfChild.Positions())
+        subject.columns.push_back(link.child->Definition().columns[position].name);
+    return Error(ErrorNumber::RelatedRecordRequired, {link.parent->Name()}).About(std::move(subject));
+}
+
 /// Takes lookups of the links' parents back: their rows are about to change.
 void ForgetFound(const LinkCache::TableLinks& links)
 {
@@ -91,7 +105,7 @@ public:
         }
         for (const auto& [row, link] : blockers_)
             if (!planned_.contains(row))
-                throw Error(ErrorNumber::RelatedRecords, {link->child->Name()});
+                throw RelatedRecords(*link);
     }
 
     /// Carries it out, from the last row found to the first; the first `keep` rows are left to the caller.
@@ -191,7 +205,7 @@ private:
         const Record values = parent.after;
         for (const RowId row : RowsReferring(link, key_)) {
             if (!link.cascadeUpdates)
-                throw Error(ErrorNumber::RelatedRecords, {link.child->Name()});
+                throw RelatedRecords(link);
             Redirect(link, {link.child, row}, values);
         }
     }
@@ -215,7 +229,7 @@ private:
             return;
         // Several relations over the same columns may pass a value round and round between them.
         if (++change.times > kMaxIndexColumns)
-            throw Error(ErrorNumber::RelatedRecords, {link.child->Name()});
+            throw RelatedRecords(link);
         queue_.push_back(row);
     }
 
@@ -226,7 +240,7 @@ private:
             if (!link->parentKeyOfChild.Make(key_, change.after) || (hadParent && key_ == otherKey_))
                 continue;
             if (!newKeys_.contains({link, key_}) && !integrity_.HasParent(*link, table, change.after))
-                throw Error(ErrorNumber::RelatedRecordRequired, {link->parent->Name()});
+                throw RelatedRecordRequired(*link);
         }
     }
 
@@ -273,7 +287,7 @@ void ReferentialIntegrity::BeforeInsert(Table& table, const Record& record)
 {
     for (Link* link : links_.Of(table).toParents)
         if (!HasParent(*link, table, record))
-            throw Error(ErrorNumber::RelatedRecordRequired, {link->parent->Name()});
+            throw RelatedRecordRequired(*link);
 }
 
 void ReferentialIntegrity::BeforeUpdate(Table& table, RowId row, const Record& before, const Record& after)

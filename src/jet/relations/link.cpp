@@ -83,6 +83,7 @@ Link* LinkCache::LinkOf(Table& child, const LogicalIndex& entry)
     const RealIndex& parentIndex = parent.Definition().realIndexes[partner->realIndex];
     link.reset(new Link{&child,
                         &parent,
+                        entry.name,
                         entry.realIndex,
                         partner->realIndex,
                         KeyMaker(child, childIndex.columns),

@@ -7,6 +7,7 @@
 #include <cstdint>
 #include <map>
 #include <memory>
+#include <string>
 #include <unordered_map>
 #include <utility>
 #include <vector>
@@ -38,6 +39,7 @@ private:
 struct Link {
     Table* child;                                 ///< the referencing table
     Table* parent;                                ///< the referenced one
+    std::string name;                             ///< of the relation
     std::size_t childIndex, parentIndex;          ///< real indexes
     KeyMaker childKeyOfChild, childKeyOfParent;   ///< keys of the child's index
     KeyMaker parentKeyOfChild, parentKeyOfParent; ///< keys of the parent's index

@@ -86,7 +86,8 @@ void Table::RowChange::PrepareFields(const Record& record, bool isUpdate)
         if (!stored) {
             // A Null that has been there from before the rule stays.
             if (columns[i].rules.required && !(isUpdate && scratch_.before.IsNull(i)))
-                throw Error(ErrorNumber::FieldRequired, {columns[i].name});
+                throw Error(ErrorNumber::FieldRequired, {columns[i].name})
+                    .About({.table = table_.name_, .columns = {columns[i].name}});
             continue;
         }
         field.isSet = true;
@@ -153,9 +154,23 @@ void Table::RowChange::CheckKey(std::size_t index, const Key& key) const
 {
     const KeyPlan& plan = parts_.keyPlans[index];
     if (plan.IsRequired() && key.facts.anyNull)
-        throw Error(ErrorNumber::NullInPrimaryKey);
+        throw Error(ErrorNumber::NullInPrimaryKey).About(IndexAsSubject(index));
     if (plan.MustBeUnique(key.facts) && parts_.trees[index]->Contains(key.bytes))
-        throw Error(ErrorNumber::DuplicateKey);
+        throw Error(ErrorNumber::DuplicateKey).About(IndexAsSubject(index));
+}
+
+ErrorSubject Table::RowChange::IndexAsSubject(std::size_t index) const
+{
+    ErrorSubject subject{.table = table_.name_};
+    for (const LogicalIndex& entry : table_.def_.logicalIndexes) {
+        if (entry.realIndex == index && (subject.index.empty() || entry.type == IndexType::Primary))
+            subject.index = entry.name;
+    }
+    for (const IndexColumn& part : table_.def_.realIndexes[index].columns) {
+        const auto column = std::ranges::find(table_.def_.columns, part.column, &Column::number);
+        subject.columns.push_back(column->name);
+    }
+    return subject;
 }
 
 bool Table::RowChange::KeyChanges(std::size_t index) const

@@ -34,6 +34,7 @@ private:
     void PrepareLongValue(std::size_t column, const Record& record, ByteSpan stored, bool isUpdate);
     void MakeKeys(const Record& record, std::vector<Key>& keys) const;
     void CheckKey(std::size_t index, const Key& key) const;
+    [[nodiscard]] ErrorSubject IndexAsSubject(std::size_t index) const;
     [[nodiscard]] bool KeyChanges(std::size_t index) const;
 
     void WriteLongValues();

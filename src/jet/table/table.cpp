@@ -7,6 +7,7 @@
 #include "jet/table/table_parts.h"
 
 #include <algorithm>
+#include <map>
 #include <numeric>
 
 namespace jet {
@@ -46,15 +47,13 @@ PageNumber Table::Create(Pager& pager, const std::vector<ColumnSpec>& columns)
         StoreU32(def.rawHeader, format.definition.autonumberStep, 1);
     if (columns.size() > kMaxColumns)
         throw Error(ErrorNumber::TooManyFields);
-    std::vector<Bytes> nameKeys;
+    std::map<Bytes, std::string_view> names;
     for (const ColumnSpec& spec : columns) {
         DesignColumn(def, spec, pager.Header());
-        nameKeys.push_back(TextKey(format, spec.name));
+        const auto [other, isNew] = names.emplace(TextKey(format, spec.name), spec.name);
+        if (!isNew)
+            throw Error(ErrorNumber::FieldDefinedTwice).About({.columns = {std::string(other->second), spec.name}});
     }
-    std::ranges::sort(nameKeys,
-                      [](const Bytes& a, const Bytes& b) { return std::ranges::lexicographical_compare(a, b); });
-    if (std::adjacent_find(nameKeys.begin(), nameKeys.end()) != nameKeys.end())
-        throw Error(ErrorNumber::FieldDefinedTwice);
 
     def.pages.push_back(pager.Allocate().Number());
     std::vector<PageNumber> mapPages;

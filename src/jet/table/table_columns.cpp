@@ -10,16 +10,17 @@ namespace jet {
 
 namespace {
 
-/// The kind of logical index that stands on a column: Plain or Primary when there is one of these, else Relation.
-std::optional<IndexType> IndexOn(const TableDef& def, std::uint16_t column)
+/// The logical index that stands on a column: a plain or primary one when there is one of these, else a relation's;
+/// null when there is none.
+const LogicalIndex* IndexOn(const TableDef& def, std::uint16_t column)
 {
-    std::optional<IndexType> found;
+    const LogicalIndex* found = nullptr;
     for (const LogicalIndex& index : def.logicalIndexes) {
         const std::vector<IndexColumn>& columns = def.realIndexes[index.realIndex].columns;
         const bool uses = std::any_of(columns.begin(), columns.end(),
                                       [column](const IndexColumn& part) { return part.column == column; });
-        if (uses && (!found || found == IndexType::Relation))
-            found = index.type;
+        if (uses && (found == nullptr || found->type == IndexType::Relation))
+            found = &index;
     }
     return found;
 }
@@ -28,8 +29,9 @@ std::optional<IndexType> IndexOn(const TableDef& def, std::uint16_t column)
 
 void Table::AddColumn(const ColumnSpec& spec)
 {
-    if (def_.ColumnIndex(spec.name))
-        throw Error(ErrorNumber::FieldExists, {spec.name, name_});
+    if (const std::optional<std::size_t> taken = def_.ColumnIndex(spec.name))
+        throw Error(ErrorNumber::FieldExists, {spec.name, name_})
+            .About({.table = name_, .columns = {def_.columns[*taken].name}});
     if (def_.columns.size() == kMaxColumns)
         throw Error(ErrorNumber::TooManyFields);
     TableDef def = def_;
@@ -98,8 +100,11 @@ void Table::DropColumn(std::string_view name)
     if (!position)
         throw Error(ErrorNumber::NoSuchField, {name, name_});
     const Column column = def_.columns[*position];
-    if (const std::optional<IndexType> index = IndexOn(def_, column.number))
-        throw Error(index == IndexType::Relation ? ErrorNumber::FieldInRelation : ErrorNumber::FieldInIndex, {name});
+    if (const LogicalIndex* index = IndexOn(def_, column.number)) {
+        if (index->type == IndexType::Relation)
+            throw Error(ErrorNumber::FieldInRelation, {name}).About({.table = name_, .relation = index->name});
+        throw Error(ErrorNumber::FieldInIndex, {name}).About({.table = name_, .index = index->name});
+    }
     if (def_.columns.size() == 1)
         throw Error(ErrorNumber::FieldInIndex, {name});
 

@@ -1,0 +1,18 @@
+#pragma once
+
+#include "import/table_sinks.h"
+#include "schema/engine_errors.h"
+
+#include <string>
+
+namespace velmora {
+
+/// Is it a rule of the table that a record has broken: an index, a relation, a column that must be filled?
+[[nodiscard]] bool IsBrokenRule(const EngineError& error) noexcept;
+
+/// `error`, with which the engine refused the record pending in `sink`, with the rule, the values that broke it, and
+/// the record: its path and its number. `help` follows unless it is empty.
+[[nodiscard]] RuntimeError ExplainRefusal(const EngineError& error, TableSink& sink, const Document& document,
+                                          const std::string& help);
+
+} // namespace velmora
