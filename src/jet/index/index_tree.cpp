@@ -69,24 +69,15 @@ PageRef IndexTree::FindLeaf(ByteSpan wanted) const
 }
 
 /// Goes down from the root: in each node to the child of the first entry that is not less than `wanted`, to the tail
-/// when there is none. Where the children are nodes, `wanted` may still lie in what the tail of the child before leads
-/// to; that can only be when it is not greater than the first entry of the child taken, so it is seldom looked at.
+/// when there is none.
 PageRef IndexTree::Descend(ByteSpan wanted, Path* path) const
 {
     PageRef ref = pager_->Read(root_);
-    PageNumber before = 0; // the sibling before the page at hand, where the two are nodes
     for (std::size_t depth = 0; depth < kMaxLevels; ++depth) {
         const IndexPage page = View(ref);
         if (page.IsLeaf())
             return ref;
         std::size_t place = page.LowerBound(wanted);
-        if (before != 0 && place == page.Begin() && Reaches(before, wanted)) {
-            if (path != nullptr)
-                path->back() = {path->back().page, path->back().child - 1, false};
-            ref = pager_->Read(before);
-            before = 0;
-            continue;
-        }
         const bool isTail = place == page.End() && page.Tail() != 0;
         if (place == page.End() && !isTail) {
             if (page.IsEmpty())
@@ -95,26 +86,10 @@ PageRef IndexTree::Descend(ByteSpan wanted, Path* path) const
         }
         if (path != nullptr)
             path->push_back({page.Number(), page.Ordinal(place), isTail});
-        before = page.Level() > 1 && place != page.Begin() ? page.Child(page.Before(place)) : 0;
         ref = pager_->Read(isTail ? page.Tail() : page.Child(place));
         Prefetch(ref, GetFormat());
     }
     throw CorruptPage(ref.Number(), "the index has more levels than an index can have");
-}
-
-/// Is the last entry below `subtree` not less than `wanted`?
-bool IndexTree::Reaches(PageNumber subtree, ByteSpan wanted) const
-{
-    for (std::size_t depth = 0; depth < kMaxLevels; ++depth) {
-        const PageRef ref = pager_->Read(subtree);
-        const IndexPage page = View(ref);
-        if (page.IsLeaf())
-            return !page.IsEmpty() && page.Compare(page.Before(page.End()), wanted) >= 0;
-        if (page.Tail() == 0 && page.IsEmpty())
-            return false;
-        subtree = page.Tail() != 0 ? page.Tail() : page.Child(page.Before(page.End()));
-    }
-    throw CorruptPage(subtree, "the index has more levels than an index can have");
 }
 
 /// Has an entry beside `place` exactly this key? Equal keys stand together, so these two are all that matter.
@@ -154,9 +129,7 @@ bool IndexTree::Insert(ByteSpan key, RowId row)
     const bool isNew = !HasNeighbour(leaf, place, key);
     if (leaf.Next() == 0)
         lastLeaf_ = leaf.Number();
-    // Behind the last entry of a leaf that is not the rightmost, the node's entry would have to follow.
-    const bool isLocal = place != leaf.End() || leaf.Next() == 0;
-    if (!isLocal || !IndexPageEditor(pager_->Write(leaf.Number()), GetFormat()).Insert(leaf, place, entry_))
+    if (!IndexPageEditor(pager_->Write(leaf.Number()), GetFormat()).Insert(leaf, place, entry_))
         InsertRebuilding();
     return isNew;
 }
@@ -164,21 +137,16 @@ bool IndexTree::Insert(ByteSpan key, RowId row)
 bool IndexTree::Remove(ByteSpan key, RowId row)
 {
     MakeEntry(entry_, key, row);
-    {
-        const PageRef ref = FindLeaf(entry_);
-        const IndexPage leaf = View(ref);
-        const std::size_t place = leaf.LowerBound(entry_);
-        if (place == leaf.End() || leaf.Compare(place, entry_) != 0)
-            return false;
-        const bool isLast = leaf.After(place) == leaf.End();
-        const bool isOnly = isLast && place == leaf.Begin();
-        const bool isLocal = leaf.Number() == root_ || !isLast || (leaf.Next() == 0 && !isOnly);
-        if (isLocal) {
-            IndexPageEditor(pager_->Write(leaf.Number()), GetFormat()).Remove(leaf, place);
-            return true;
-        }
-    }
-    RemoveLast();
+    const PageRef ref = FindLeaf(entry_);
+    const IndexPage leaf = View(ref);
+    const std::size_t place = leaf.LowerBound(entry_);
+    if (place == leaf.End() || leaf.Compare(place, entry_) != 0)
+        return false;
+    const bool isOnly = place == leaf.Begin() && leaf.After(place) == leaf.End();
+    if (isOnly && leaf.Number() != root_)
+        RemoveLeaf(leaf.Number());
+    else // where this was the leaf's last, a node's entry for it stays, as a bound
+        IndexPageEditor(pager_->Write(leaf.Number()), GetFormat()).Remove(leaf, place);
     return true;
 }
 

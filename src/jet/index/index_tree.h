@@ -2,10 +2,12 @@
 
 #include "jet/base/format.h"
 #include "jet/index/index_page.h"
+#include "jet/index/page_pieces.h"
 #include "jet/store/pager.h"
 #include "jet/store/usage_map.h"
 
 #include <span>
+#include <utility>
 #include <vector>
 
 namespace jet {
@@ -16,9 +18,13 @@ namespace jet {
 /// Appends in ascending order fill leaves completely, as Access does; the rightmost leaf is kept at hand, so such an
 /// insert does not descend from the root. Fill, packing and splits follow what Access's own pages show.
 ///
-/// Every node has a tail, its last child, for which it has no entry; each other child's entry is a copy of the last
-/// entry that stands on the child's page. Of a child that is a node itself this is less than what its tail leads to, so
-/// above such nodes an entry does not tell by itself on which side of it a key lies: see Descend.
+/// Every node has one child or more with an entry, and a tail, its last child, for which it has none. A child's entry
+/// is a copy of the last leaf entry below it, what its own tail leads to included; after removals it may be greater
+/// than that, but it is less than the first leaf entry of what follows. So the first entry that is not less than what
+/// is wanted leads to it, else the tail does, and nowhere else need be looked. Nodes on the tree's right edge are
+/// tails: appending changes nothing above them.
+///
+/// In a tree in which this does not hold, entries may be missed, and a change may end with CorruptPage.
 class IndexTree {
 public:
     /// Walks entries in order. Invalid after the tree is changed.
@@ -73,8 +79,6 @@ private:
         bool isTail;
     };
     using Path = std::vector<Step>;
-    struct Children;
-    struct Piece;
     class NewPages;
 
     [[nodiscard]] const Format& GetFormat() const noexcept { return pager_->GetFormat(); }
@@ -83,31 +87,28 @@ private:
     // Search (index_tree.cpp).
     [[nodiscard]] PageRef FindLeaf(ByteSpan wanted) const;
     [[nodiscard]] PageRef Descend(ByteSpan wanted, Path* path) const;
-    [[nodiscard]] bool Reaches(PageNumber subtree, ByteSpan wanted) const;
     [[nodiscard]] bool HasNeighbour(const IndexPage& leaf, std::size_t place, ByteSpan key) const;
 
     // Changes of more than one page (index_tree_change.cpp). A step of `path` is named by its depth; path.size() is
     // that of the leaf.
     void InsertRebuilding();
-    void RemoveLast();
+    void RemoveLeaf(PageNumber leaf);
     void StorePage(const Path& path, std::size_t depth, PageNumber page, std::uint8_t level, const EntryList& entries,
-                   std::span<const Piece> pieces);
-    void StoreNode(const Path& path, std::size_t depth, std::uint8_t level, const Children& children);
+                   std::span<const PagePiece> pieces);
+    void StoreNode(const Path& path, std::size_t depth, std::uint8_t level, const NodeChildren& children);
     void ReplaceChildren(const Path& path, std::size_t depth, std::size_t first, std::size_t count,
-                         const Children& replacement);
-    void RenameInParent(const Path& path, std::size_t depth, PageNumber page, ByteSpan key);
+                         const NodeChildren& replacement);
     void RemovePage(const Path& path, std::size_t depth, PageNumber page);
-    void JoinSibling(const Path& path, std::size_t depth, const Children& only);
+    void JoinSibling(const Path& path, std::size_t depth, const NodeChildren& only);
     void TakeContentOf(PageNumber child);
     void Unlink(PageNumber page);
     void FreePage(PageNumber page);
-    [[nodiscard]] PageNumber NextOf(PageNumber page) const;
-    [[nodiscard]] std::uint8_t LevelOf(PageNumber page) const;
-    [[nodiscard]] static EntryList NodeEntries(const Children& children);
-    [[nodiscard]] static Piece NodePiece(const Format& format, const Children& children, const EntryList& entries,
-                                         std::size_t first, std::size_t end);
-    [[nodiscard]] Children ReadChildren(PageNumber node) const;
-    [[nodiscard]] Bytes LastEntry(PageNumber page) const;
+    [[nodiscard]] std::pair<PageNumber, PageNumber> Neighbours(PageNumber page) const;
+    [[nodiscard]] NodeChildren ReadChildren(PageNumber node) const;
+    [[nodiscard]] static std::uint8_t LevelAt(const Path& path, std::size_t depth) noexcept
+    {
+        return static_cast<std::uint8_t>(path.size() - depth);
+    }
 
     Pager* pager_;
     PageNumber root_;

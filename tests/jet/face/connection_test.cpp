@@ -1,4 +1,5 @@
 #include "jet/face/database.h"
+#include "support/process.h"
 
 namespace jet {
 namespace {
@@ -71,6 +72,31 @@ TEST(Connection, QuestionsAboutOneNameDoNotDependOnTheNumberOfTables)
     EXPECT_EQ(database.Schema(SchemaKind::Indexes, {"", "", "t7_FKEY"}, {"TABLE_NAME"}), "");
     EXPECT_EQ(database.Face().ObjectsLeft(), 32'768u - 8 - 299);
     EXPECT_TRUE(database.AllSound());
+}
+
+/// With names so long, the index that finds objects by name has three levels in the pages of Access 97.
+TEST(Connection, EachOfManyTablesIsFoundByItsName)
+{
+    constexpr std::size_t kTables = 800;
+    Database database(JetVersion::Jet3);
+    std::vector<std::string> names;
+    for (std::size_t i = 0; i < kTables; ++i) {
+        const std::string number = std::to_string(1000 + i * 337 % kTables); // in no order
+        names.push_back(number + std::string(60 - number.size(), 'n'));
+        database.Execute("CREATE TABLE [" + names.back() + "] (a Long)");
+    }
+    database.Reopen();
+    for (const std::string& name : names)
+        EXPECT_EQ(ErrorOf([&] { static_cast<void>(database.Open(name)); }), std::nullopt) << name;
+    EXPECT_TRUE(database.AllSound());
+
+    std::string expected;
+    for (const std::string& name : names)
+        expected += name + "\n";
+    const auto listed = velmora::testing::RunProcess({"mdb-tables", "-1", database.Path().string()});
+    if (listed.status != 127) { // without the second judge
+        EXPECT_EQ(listed.output, expected);
+    }
 }
 
 } // namespace

@@ -30,6 +30,14 @@ Bytes WideKey(std::uint32_t value, std::size_t size)
     return key;
 }
 
+/// A key of `size` bytes that sorts as its number does: a few to a page make many levels of a few entries.
+Bytes LongishKey(std::uint32_t value, std::size_t size)
+{
+    Bytes key(size, 0x7F);
+    StoreBigU32(key, 1, value);
+    return key;
+}
+
 RowId RowOf(std::uint32_t number)
 {
     return {100 + number / 200, static_cast<std::uint8_t>(number % 200)};
@@ -91,7 +99,11 @@ void RunAgainstModel(JetVersion version, unsigned seed, std::uint32_t numbers, i
     for (int step = 0; step < steps; ++step) {
         // First the tree grows, then it shrinks to nothing.
         const bool grows = random() % 10 < (step < steps / 2 ? 8U : 2U);
-        const std::uint32_t number = random() % numbers;
+        // All over the tree by turns with one stretch of it.
+        constexpr int kTurn = 250;
+        const std::uint32_t stretch = static_cast<std::uint32_t>(step / kTurn) * 7919;
+        const std::uint32_t number =
+            step / kTurn % 2 == 0 ? random() % numbers : (stretch + random() % (numbers / 16)) % numbers;
         const Bytes key = keyOf(number);
         const RowId row = RowOf(number);
         const Bytes entry = EntryOf(key, row);
@@ -125,9 +137,12 @@ void RunAgainstModel(JetVersion version, unsigned seed, std::uint32_t numbers, i
         }
     }
     while (!model.empty()) {
-        // From either end, since the pages there have one neighbour only.
-        const auto skipped = static_cast<long>(random() % std::min<std::size_t>(model.size(), 50));
-        const auto victim = seed % 2 == 0 ? std::next(model.begin(), skipped) : std::prev(model.end(), skipped + 1);
+        // From either end, since the pages there have one neighbour only, and from the middle outwards.
+        const std::size_t skipped = random() % std::min<std::size_t>(model.size(), 50);
+        const std::size_t at = seed % 3 == 0   ? skipped
+                               : seed % 3 == 1 ? model.size() - 1 - skipped
+                                               : std::min(model.size() / 2 + skipped, model.size() - 1);
+        const auto victim = std::next(model.begin(), static_cast<long>(at));
         ASSERT_TRUE(file.tree.Remove(ByteSpan(*victim).first(victim->size() - 4),
                                      RowId::FromPointer(LoadBigU32(*victim, victim->size() - 4))));
         model.erase(victim);
@@ -143,12 +158,14 @@ TEST(IndexTree, HoldsWhatAModelHolds)
 {
     for (const JetVersion version : testing::kBothVersions) {
         const std::size_t half = FormatOf(version).indexPage.room / 2 - 8;
-        for (const unsigned seed : {11U, 12U}) {
+        for (const unsigned seed : {11U, 12U, 13U}) {
             RunAgainstModel(version, seed, 1U << 20, 3000, 2, LongKey);
             RunAgainstModel(version, seed, 20000, 8000, 2, [](std::uint32_t n) { return LongKey(n % 7); });
             RunAgainstModel(version, seed, 1U << 20, 3000, 2,
                             [](std::uint32_t n) { return WideKey(n, 6 + n % 97 * 2); });
-            // Two or three entries to a page: many levels, and splits that need three pages.
+            RunAgainstModel(version, seed, 4000, 5000, 4,
+                            [&](std::uint32_t n) { return LongishKey(n, half / 3 - n % 7 * (half / 30)); });
+            // Two or three entries to a page, by the side of small ones.
             RunAgainstModel(version, seed, 3000, 1500, 4,
                             [&](std::uint32_t n) { return WideKey(n, n % 3 == 0 ? 8 + n % 20 : half - n % 40); });
         }
@@ -163,6 +180,70 @@ TEST(IndexTree, RefusesWhatItCannotHold)
     EXPECT_THROW(file.tree.Insert(Bytes(longest + 1, 2), RowOf(2)), Error);
     EXPECT_THROW(file.tree.Insert(Bytes(longest, 1), RowOf(1)), Error); // the entry is there already
     CheckTree(file, {EntryOf(Bytes(longest, 1), RowOf(1))});
+}
+
+TEST(IndexTree, KeysBeforeManyThatShareMoreShareTheirPages)
+{
+    for (const JetVersion version : testing::kBothVersions) {
+        TreeFile file(version);
+        std::set<Bytes> expected;
+        const auto insert = [&](const Bytes& key, std::uint32_t count) {
+            for (std::uint32_t i = 0; i < count; ++i) {
+                file.tree.Insert(key, RowOf(i));
+                expected.insert(EntryOf(key, RowOf(i)));
+            }
+        };
+        insert(Bytes(20, 0x7F), 1500); // equal keys, packed to a few bytes each
+        insert(Bytes(1, 0x00), 20000); // Nulls
+        CheckTree(file, expected);
+        // Five bytes an entry, unpacked: half as many again are allowed, for pages that splits have left half full.
+        EXPECT_LT(file.Levels().back().size(), 20000 * 5 * 2 / file.pager->GetFormat().indexPage.room * 3 / 2);
+    }
+}
+
+TEST(IndexTree, NodesThatLeaveOutTheirTailsDoNoHarm)
+{
+    for (const JetVersion version : testing::kBothVersions) {
+        TreeFile file(version);
+        const Format& format = file.pager->GetFormat();
+        const auto keyOf = [&](std::uint32_t n) { return LongishKey(n * 7919 % 2000, format.indexPage.room / 6); };
+        for (std::uint32_t i = 0; i < 1500; ++i)
+            file.tree.Insert(keyOf(i), RowOf(i));
+        const auto levels = file.Levels();
+        ASSERT_GE(levels.size(), 4U);
+        for (std::size_t height = 0; height + 2 < levels.size(); ++height) {
+            for (const PageNumber number : levels[height]) {
+                // Each entry becomes the last one on its child's page.
+                IndexPageEditor node(file.pager->Write(number), format);
+                EntryList entries;
+                for (std::size_t place = node.View().Begin(); place != node.View().End();
+                     place = node.View().After(place)) {
+                    Bytes entry;
+                    const PageNumber child = node.View().Child(place);
+                    const PageRef ref = file.pager->Read(child);
+                    const IndexPage page(ref, format);
+                    page.CopyEntry(page.Before(page.End()), entry);
+                    StoreBigU32(entry, entry.size() - 4, child);
+                    entries.Add(entry);
+                }
+                node.SetEntries(entries, 0, entries.Count(), Packed(format, entries, 0, entries.Count()));
+            }
+        }
+        std::uint32_t found = 0;
+        std::uint32_t refused = 0;
+        for (std::uint32_t i = 0; i < 1500; ++i)
+            found += file.tree.Contains(keyOf(i)) ? 1 : 0;
+        EXPECT_GT(found, 500U);
+        for (std::uint32_t i = 0; i < 4000; ++i) {
+            try {
+                i % 3 == 0 ? (void)file.tree.Insert(keyOf(i % 2000), RowOf(i))
+                           : (void)file.tree.Remove(keyOf(i % 1500), RowOf(i % 1500));
+            } catch (const Error&) {
+                ++refused;
+            }
+        }
+        EXPECT_LT(refused, 4000U);
+    }
 }
 
 TEST(IndexTree, DamagedTreesEndInAnError)

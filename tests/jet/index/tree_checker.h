@@ -56,6 +56,12 @@ struct TreeFile {
     IndexTree tree;
 };
 
+/// What the nodes above say of a page: its entries are greater than `above`, and none is greater than `last`.
+struct Bounds {
+    std::optional<Bytes> above;
+    std::optional<Bytes> last;
+};
+
 /// Is every page of the tree as the format wants it, and does the tree hold exactly `expected` (key and row pointer)?
 inline void CheckTree(TreeFile& file, const std::set<Bytes>& expected)
 {
@@ -63,10 +69,10 @@ inline void CheckTree(TreeFile& file, const std::set<Bytes>& expected)
     const auto levels = file.Levels();
     std::set<PageNumber> reached;
     std::vector<Bytes> found;
-    std::vector<std::optional<Bytes>> names; // what the level above says of each page's last entry
+    std::vector<Bounds> bounds{{}};
     for (std::size_t height = 0; height < levels.size(); ++height) {
         const std::vector<PageNumber>& level = levels[height];
-        std::vector<std::optional<Bytes>> namesBelow;
+        std::vector<Bounds> boundsBelow;
         std::optional<Bytes> previous;
         for (std::size_t i = 0; i < level.size(); ++i) {
             SCOPED_TRACE("page " + std::to_string(level[i]) + ", level " + std::to_string(levels.size() - 1 - height));
@@ -87,19 +93,18 @@ inline void CheckTree(TreeFile& file, const std::set<Bytes>& expected)
                 const ByteSpan entry = entries[e].first(entries[e].size() - (page.IsLeaf() ? 0 : 4));
                 Bytes own(entry.begin(), entry.end());
                 ASSERT_TRUE(!previous || *previous < own);
-                previous = own;
+                ASSERT_TRUE(!bounds[i].above || *bounds[i].above < own);
+                ASSERT_TRUE(!bounds[i].last || own <= *bounds[i].last);
                 if (page.IsLeaf())
                     found.push_back(own);
                 else
-                    namesBelow.emplace_back(own);
+                    boundsBelow.push_back({e == 0 ? bounds[i].above : previous, own});
+                previous = own;
             }
             if (!page.IsLeaf())
-                namesBelow.emplace_back();
-            if (!names.empty() && names[i]) {
-                ASSERT_EQ(*names[i], previous);
-            }
+                boundsBelow.push_back({previous, bounds[i].last});
         }
-        names = std::move(namesBelow);
+        bounds = std::move(boundsBelow);
     }
     ASSERT_TRUE(std::ranges::equal(found, expected));
     const std::vector<PageNumber> mapped = file.map.Pages();
