@@ -17,8 +17,7 @@ void Application::Form_Load(std::string_view commandLine)
     });
     job_.settings.blDebug = controls.chkDebug.Checked();
     // Whoever names an address wants it: a file named as well is what the box shows again afterwards.
-    if (!controls.txtXML_URL.text.empty())
-        controls.tabSourceType = 1;
+    controls.tabSourceType = controls.txtXML_URL.text.empty() ? 0 : 1;
     controls.UpdateEnabled();
     // Known before the mapping file is read: an error in it must not stop an unattended run with a box.
     job_.settings.blQuiet = controls.chkQuiet.Checked();

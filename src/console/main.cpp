@@ -6,6 +6,7 @@
 #include "console/console_host.h"
 #include "console/exit_status.h"
 #include "console/help.h"
+#include "log/passwords.h"
 #include "platform/interrupt.h"
 #include "platform/program.h"
 #include "platform/terminal.h"
@@ -88,7 +89,7 @@ ExitStatus Main(const std::vector<std::string>& arguments)
         host.TakeAnswersFrom(stdin);
         return Run(host, line);
     } catch (const CommandLineError& error) {
-        host.WriteError(error.what());
+        host.WriteError(WithoutPasswords(error.what()));
         return ExitStatus::NothingToConvert;
     } catch (const std::exception& error) {
         host.WriteError(error.what());

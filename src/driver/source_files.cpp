@@ -1,6 +1,5 @@
 #include "driver/source_files.h"
 
-#include "driver/url_source.h"
 #include "platform/file_listing.h"
 #include "platform/paths.h"
 
@@ -26,7 +25,7 @@ bool IsSource(const std::string& path, const Controls& controls, const std::vect
 std::optional<std::string> ClashingFiles(const Controls& controls)
 {
     // A download gets a name of its own.
-    const bool isLocal = !IsUrlMode(controls);
+    const bool isLocal = !controls.FromUrl();
     const std::vector<std::string> sources =
         isLocal ? ListFiles(controls.txtFILE_XML.text) : std::vector<std::string>();
     const std::string& target = controls.txtFILE_MDB.text;

@@ -2,6 +2,7 @@
 
 #include "driver/curl_log.h"
 #include "driver/shell_and_wait.h"
+#include "log/passwords.h"
 #include "platform/clock.h"
 #include "platform/paths.h"
 #include "platform/program.h"
@@ -14,7 +15,6 @@ namespace velmora {
 
 namespace {
 
-constexpr int kUrlPage = 1;
 constexpr int kTimeoutSeconds = 30;
 
 void RemoveFile(const std::string& path)
@@ -92,16 +92,11 @@ void CheckDownload(Job& job, const DownloadFiles& files, Step& step)
     job.log.ProtocolAppend("Download of XML had failed!");
     for (const std::string& line : log.lines)
         job.log.ProtocolAppend(line);
-    throw RuntimeError(runtime_errors::kApplicationDefined,
-                       "\"" + job.controls.txtXML_URL.text + "\" could not be downloaded: " + log.failure);
+    throw RuntimeError(runtime_errors::kApplicationDefined, "\"" + WithoutUserOfUrl(job.controls.txtXML_URL.text) +
+                                                                "\" could not be downloaded: " + log.failure);
 }
 
 } // namespace
-
-bool IsUrlMode(const Controls& controls) noexcept
-{
-    return controls.tabSourceType == kUrlPage;
-}
 
 std::string FreeDownloadPath(const std::string& folder, const std::function<std::time_t()>& now)
 {
@@ -140,7 +135,7 @@ std::string GetXMLfromURL(Job& job, const Places& places)
 
 bool UrlSource::Fetch(const Places& places)
 {
-    if (!IsUrlMode(job_.controls))
+    if (!job_.controls.FromUrl())
         return true;
     download_ = GetXMLfromURL(job_, places);
     if (download_.empty())

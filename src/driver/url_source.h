@@ -9,9 +9,6 @@
 
 namespace velmora {
 
-/// Whether the run's source is a web address instead of a file.
-[[nodiscard]] bool IsUrlMode(const Controls& controls) noexcept;
-
 /// A free name for a download in `folder`: "xml_", date and time, ".xml"; a counter from 1 stands behind the time while
 /// the name is taken. `now` is asked anew for each try.
 [[nodiscard]] std::string FreeDownloadPath(const std::string& folder, const std::function<std::time_t()>& now);

@@ -1,6 +1,7 @@
 #include "log/protocol_log.h"
 
 #include "log/file_error.h"
+#include "log/passwords.h"
 #include "platform/paths.h"
 
 #include <cerrno>
@@ -55,7 +56,7 @@ void ProtocolLog::ProtocolAppend(std::string_view text, bool alsoToFile)
 {
     std::string line(clock_.Now());
     line += ' ';
-    line += text;
+    line += WithoutPasswords(text);
     if (alsoToFile)
         WriteProtocolFile(line);
     host_.ProtocolLineAdded(line);
@@ -65,7 +66,7 @@ void ProtocolLog::ProtocolAppend(std::string_view text, bool alsoToFile)
 
 void ProtocolLog::WriteTraceLine(std::string_view text)
 {
-    WriteLine(clock_.Now(), "    ", text, false);
+    WriteLine(clock_.Now(), "    ", WithoutPasswords(text), false);
 }
 
 void ProtocolLog::WriteProtocolFile(std::string_view text)
@@ -102,9 +103,9 @@ void ProtocolLog::ErrorReport(std::string_view procedureName, std::string_view s
 {
     ++errorCount_;
     const std::string number = std::to_string(error.Number());
-    const std::string description = error.what();
+    const std::string description = WithoutPasswords(error.what());
     const std::string function(procedureName);
-    const std::string reached(statement);
+    const std::string reached = WithoutPasswords(statement);
 
     ProtocolAppend("Error: " + reached, false);
     if (file_ != nullptr) {

@@ -14,12 +14,14 @@
 namespace velmora {
 
 /// The record of what a run did: the protocol text, newest line first, and, while a file is open, the protocol file.
+/// Passwords reach neither: see WithoutPasswords.
 ///
 /// What is written reaches the file with every line for the user, every error report, and whenever a second has passed:
 /// a process that is killed loses little, and a trace of millions of lines still goes out in large pieces.
 class ProtocolLog {
 public:
-    /// `commandLine` builds the command line that reproduces the current settings; asked for in error reports only.
+    /// `commandLine` builds the command line that reproduces the current settings, without passwords; asked for in
+    /// error reports only.
     ProtocolLog(RunFlags& flags, Host& host, std::function<std::string()> commandLine);
     ~ProtocolLog();
     ProtocolLog(const ProtocolLog&) = delete;

@@ -1,5 +1,6 @@
 #include "settings/command_line_builder.h"
 
+#include "log/passwords.h"
 #include "platform/paths.h"
 #include "platform/program.h"
 #include "settings/options.h"
@@ -24,8 +25,7 @@ public:
     std::string operator()(TextControl Controls::*member) const
     {
         const std::string& text = (controls_.*member).text;
-        const bool written = !text.empty() && (named_ || text != option_.startText);
-        return written ? FirstWord(option_.words) + '"' + text + '"' : std::string();
+        return named_ || text != option_.startText ? FirstWord(option_.words) + '"' + text + '"' : std::string();
     }
     std::string operator()(ComboControl Controls::*member) const
     {
@@ -57,6 +57,14 @@ std::string BuildCommandLine(const Controls& controls)
             line += ' ' + piece;
     }
     return line;
+}
+
+std::string ShownCommandLine(Controls controls)
+{
+    if (!controls.txtXML_PASSWORD.text.empty())
+        controls.txtXML_PASSWORD.text = kHiddenPassword;
+    controls.txtXML_URL.text = WithoutUserOfUrl(controls.txtXML_URL.text);
+    return BuildCommandLine(controls);
 }
 
 } // namespace velmora

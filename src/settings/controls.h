@@ -37,6 +37,7 @@ struct Controls {
     TextControl txtFILE_MDB, txtFILE_TXT, txtFILE_LOG, txtFILE_MAPPING, txtDELIMITER;
     ComboControl cboDatabase{{"Access 2000", "Access 97"}};
     int tabSourceType = 0; ///< 0 local file, 1 URL
+    [[nodiscard]] bool FromUrl() const noexcept { return tabSourceType == 1; }
     int tabMain = 0;       ///< selected page of the main window, 0 = "Converter"
 
     CheckControl chkRecreateDatabase, chkExtendMDB, chkEmptyTables;

@@ -4,6 +4,6 @@
 
 namespace velmora {
 
-Job::Job(Host& theHost) : host(theHost), log(settings, theHost, [this] { return BuildCommandLine(controls); }) {}
+Job::Job(Host& theHost) : host(theHost), log(settings, theHost, [this] { return ShownCommandLine(controls); }) {}
 
 } // namespace velmora

@@ -11,19 +11,9 @@ bool Always(const Controls&)
     return true;
 }
 
-bool Recreates(const Controls& controls)
-{
-    return controls.chkRecreateDatabase.Checked();
-}
-
 bool KeepsDatabase(const Controls& controls)
 {
     return !controls.chkRecreateDatabase.Checked();
-}
-
-bool BuildsStructure(const Controls& controls)
-{
-    return controls.chkRecreateDatabase.Checked() || controls.chkExtendMDB.Checked();
 }
 
 bool MakesRelations(const Controls& controls)
@@ -31,19 +21,14 @@ bool MakesRelations(const Controls& controls)
     return controls.chkCreateTableRelations.Checked();
 }
 
-bool BuildsRelations(const Controls& controls)
-{
-    return BuildsStructure(controls) && MakesRelations(controls);
-}
-
 bool ImportsAttributes(const Controls& controls)
 {
     return controls.chkImportAttributes.Checked();
 }
 
-bool NamesUrl(const Controls& controls)
+bool FromUrl(const Controls& controls)
 {
-    return !controls.txtXML_URL.text.empty();
+    return controls.FromUrl();
 }
 
 bool NamesUser(const Controls& controls)
@@ -132,26 +117,25 @@ constexpr Option kOptions[] = {
      .control = &Controls::txtXML_URL,
      .words = "url=",
      .value = "ADDRESS",
-     .writtenIf = NamesUrl,
+     .writtenIf = FromUrl,
      .help = "download the XML file, with curl, and delete it in the end"},
     {.group = OptionGroup::Source,
      .control = &Controls::txtXML_USER,
      .words = "auth=",
      .value = "USER",
-     .writtenIf = NamesUrl,
+     .writtenIf = FromUrl,
      .help = "the user, where the server asks for one"},
     {.group = OptionGroup::Source,
      .control = &Controls::txtXML_PASSWORD,
      .words = "pwd=",
      .value = "PASSWORD",
      .enabledIf = NamesUser,
-     .writtenIf = NamesUrl,
+     .writtenIf = FromUrl,
      .help = "the user's password"},
     {.group = OptionGroup::Target,
      .control = &Controls::cboDatabase,
      .words = "ver= v=",
      .value = "2000|97",
-     .writtenIf = Recreates,
      .help = "the format of a new database: Access 2000 to 2003, or Access 97"},
     {.group = OptionGroup::Database,
      .control = &Controls::chkRecreateDatabase,
@@ -209,7 +193,6 @@ constexpr Option kOptions[] = {
      .setting = &ConversionSettings::blOneTablePerElement,
      .words = "+one_table_per_element +o",
      .offWords = "-one_table_per_element -o",
-     .writtenIf = BuildsStructure,
      .help = "one table for each element name, wherever it stands",
      .offHelp = "one table for each place in the document"},
     {.group = OptionGroup::Tables,
@@ -226,7 +209,6 @@ constexpr Option kOptions[] = {
      .words = "+relations relations +r r",
      .offWords = "-relations -r",
      .startsOn = true,
-     .writtenIf = BuildsStructure,
      .namedIf = Always,
      .help = "tie the tables together by key columns, indexes and relations",
      .offHelp = "tables without keys and relations"},
@@ -237,8 +219,7 @@ constexpr Option kOptions[] = {
      .value = "NAME",
      .startText = "PKEY",
      .enabledIf = MakesRelations,
-     .writtenIf = BuildsRelations,
-     .namedIf = Always,
+     .namedIf = MakesRelations,
      .help = "name of the primary key column"},
     {.group = OptionGroup::Tables,
      .control = &Controls::txtKEY_FOREIGN,
@@ -247,22 +228,19 @@ constexpr Option kOptions[] = {
      .value = "NAME",
      .startText = "FKEY",
      .enabledIf = MakesRelations,
-     .writtenIf = BuildsRelations,
-     .namedIf = Always,
+     .namedIf = MakesRelations,
      .help = "name of the foreign key column"},
     {.group = OptionGroup::Tables,
      .control = &Controls::txtTABLE_PREFIX,
      .setting = &ConversionSettings::strTablePrefix,
      .words = "table_prefix= tp=",
      .value = "TEXT",
-     .writtenIf = BuildsStructure,
      .help = "what all table names begin with"},
     {.group = OptionGroup::Tables,
      .control = &Controls::txtTABLE_SUFFIX,
      .setting = &ConversionSettings::strTableSuffix,
      .words = "table_suffix= ts=",
      .value = "TEXT",
-     .writtenIf = BuildsStructure,
      .help = "what all table names end with"},
     {.group = OptionGroup::Running,
      .control = &Controls::chkQuiet,

@@ -73,6 +73,33 @@ TEST_F(ProtocolLogTest, AnErrorReportIsABlockInTheFileAndABoxUnlessQuiet)
     EXPECT_EQ(log.ErrorCount(), 2);
 }
 
+TEST_F(ProtocolLogTest, PasswordsAreShownNowhere)
+{
+    struct Case {
+        const char* text;
+        const char* shown;
+    };
+    const Case cases[] = {
+        {"Unknown parameter:PW=secret", "Unknown parameter:PW=***"},
+        {"xml=a pwd=\"se cret\" q", "xml=a pwd=*** q"},
+        {"pwd=\"secret", "pwd=***"},
+        {"pwd= q", "pwd= q"},
+        {"< Location: https://ann:secret@h/a@b and ftp://h/", "< Location: https://***@h/a@b and ftp://h/"},
+        {"http://h/a:b@c xpwd=1", "http://h/a:b@c xpwd=1"},
+    };
+    flags.blDebug = true;
+    Open();
+    for (const Case& c : cases) {
+        log.ProtocolAppend(c.text);
+        EXPECT_EQ(host.lines.back(), c.shown);
+        log.Trace(c.text);
+        log.ErrorReport("vel", c.text, RuntimeError(1, c.text));
+        EXPECT_EQ(host.errors.back().second, c.shown);
+        EXPECT_NE(host.messages.back().find(c.shown), std::string::npos);
+    }
+    EXPECT_EQ(FileText().find("secret"), std::string::npos) << FileText();
+}
+
 TEST_F(ProtocolLogTest, AFileThatCannotBeOpenedSaysWhichAndWhy)
 {
     struct Case {

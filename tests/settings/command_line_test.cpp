@@ -19,10 +19,24 @@ struct Parsed {
     explicit Parsed(std::string_view line)
     {
         ApplyCommandLine(line, controls, [this](std::string_view token) { unknown.emplace_back(token); });
+        controls.tabSourceType = controls.txtXML_URL.text.empty() ? 0 : 1;
     }
     Controls controls;
     Texts unknown;
 };
+
+bool IsSame(const CheckControl& a, const CheckControl& b)
+{
+    return a.value == b.value;
+}
+bool IsSame(const TextControl& a, const TextControl& b)
+{
+    return a.text == b.text;
+}
+bool IsSame(const ComboControl& a, const ComboControl& b)
+{
+    return a.selected == b.selected;
+}
 
 std::string ArgumentsOf(const Controls& controls)
 {
@@ -146,11 +160,12 @@ TEST(CommandLine, IsBuiltFromWhatDiffersFromTheStart)
          R"( xml="a.xml" mdb="b.mdb" +attributes attr="attr_" +relations pkey="PKEY" fkey="FKEY")"},
         {"-d", R"( -recreate_database +extend_mdb +attributes attr="attr_" +relations pkey="PKEY" fkey="FKEY")"},
         {"-d -extend_mdb e +o +skip_empty ver=97 tp=x",
-         R"( -recreate_database -extend_mdb +empty_tables +attributes attr="attr_" +skip_empty)"},
+         R"( ver=97 -recreate_database -extend_mdb +empty_tables +attributes attr="attr_" +one_table_per_element +skip_empty +relations pkey="PKEY" fkey="FKEY" table_prefix="x")"},
+        {"-r -a p=ID f=FKEY", R"( -attributes -relations pkey="ID")"},
         {"ver=97 -a -r +o skip_empty tp=x_ ts=_y debug",
          R"( ver=97 -attributes +one_table_per_element +skip_empty -relations table_prefix="x_" table_suffix="_y" debug)"},
         {"at= p= f= -append -columns delimiter=; +quoted txt=out rename=r log=l tags=t q",
-         R"( rename="r" txt="out" -append -columns delimiter=";" +quoted log="l" tags="t" +attributes +relations +quiet)"},
+         R"( rename="r" txt="out" -append -columns delimiter=";" +quoted log="l" tags="t" +attributes attr="" +relations pkey="" fkey="" +quiet)"},
         {"auth=me pwd=secret -a -r", " -attributes -relations"},
         {"auth=me pwd=secret url=http://x -a -r", R"( url="http://x" auth="me" pwd="secret" -attributes -relations)"},
     };
@@ -158,6 +173,24 @@ TEST(CommandLine, IsBuiltFromWhatDiffersFromTheStart)
         SCOPED_TRACE(c.given);
         const Parsed parsed(c.given);
         EXPECT_EQ(ArgumentsOf(parsed.controls), c.built);
+    }
+}
+
+TEST(CommandLine, IsShownWithoutPasswords)
+{
+    struct Case {
+        const char* given;
+        const char* shown;
+    };
+    const Case cases[] = {
+        {"url=http://h/x auth=ann pwd=secret -a -r",
+         R"( url="http://h/x" auth="ann" pwd="***" -attributes -relations)"},
+        {"url=http://ann:se@cret@h/x?y@z -a -r", R"( url="http://***@h/x?y@z" -attributes -relations)"},
+        {R"(url="-L ann:secret@h/x" -a -r)", R"( url="-L ***@h/x" -attributes -relations)"},
+    };
+    for (const Case& c : cases) {
+        const std::string line = ShownCommandLine(Parsed(c.given).controls);
+        EXPECT_EQ(line.substr(line.find(' ')), c.shown);
     }
 }
 
@@ -170,18 +203,27 @@ TEST(CommandLine, WhatIsBuiltReadsBackToTheSame)
         Controls controls;
         for (const Option& option : Options()) {
             if (const auto* text = std::get_if<TextControl Controls::*>(&option.control); text != nullptr && chance())
-                (controls.**text).text = "C:\\a b=" + std::to_string(random() % 100) + ".x y";
+                (controls.**text).text = chance() ? "" : "C:\\a b=" + std::to_string(random() % 100) + ".x y";
             if (const auto* box = std::get_if<CheckControl Controls::*>(&option.control))
                 (controls.**box).value = chance() ? CheckState::Checked : CheckState::Unchecked;
         }
         controls.cboDatabase.selected = random() % 2;
 
-        const std::string line = ArgumentsOf(controls);
-        const Parsed parsed(line);
-        EXPECT_EQ(ArgumentsOf(parsed.controls), line);
-        EXPECT_EQ(parsed.controls.txtFILE_XML.text, controls.txtFILE_XML.text);
-        EXPECT_EQ(parsed.controls.chkRecreateDatabase.value, controls.chkRecreateDatabase.value);
-        EXPECT_EQ(parsed.controls.chkDebug.value, controls.chkDebug.value);
+        controls.tabSourceType = controls.txtXML_URL.text.empty() || chance() ? 0 : 1;
+
+        const Parsed parsed(ArgumentsOf(controls));
+        // What is left out has no meaning for the job.
+        if (!controls.FromUrl())
+            controls.txtXML_URL.text = controls.txtXML_USER.text = controls.txtXML_PASSWORD.text = "";
+        if (controls.chkRecreateDatabase.Checked())
+            controls.chkExtendMDB.value = parsed.controls.chkExtendMDB.value,
+            controls.chkEmptyTables.value = CheckState::Unchecked;
+        if (!controls.chkImportAttributes.Checked())
+            controls.txtATTR_PREFIX.text = "attr_";
+        for (const Option& option : Options())
+            std::visit(
+                [&](auto member) { EXPECT_TRUE(IsSame(parsed.controls.*member, controls.*member)) << option.words; },
+                option.control);
         for (const std::string& token : parsed.unknown)
             EXPECT_EQ(token, "") << "only the empty token behind a quoted value at the end";
     }
