@@ -47,7 +47,9 @@ PageNumber Table::Create(Pager& pager, const std::vector<ColumnSpec>& columns)
         StoreU32(def.rawHeader, format.definition.autonumberStep, 1);
     if (columns.size() > kMaxColumns)
         throw Error(ErrorNumber::TooManyFields);
-    std::map<Bytes, std::string_view> names;
+    // Not the vectors' own order: gcc 12 warns of the comparison that it makes of it.
+    const auto sortsBefore = [](const Bytes& a, const Bytes& b) { return CompareBytes(a, b) < 0; };
+    std::map<Bytes, std::string_view, decltype(sortsBefore)> names(sortsBefore);
     for (const ColumnSpec& spec : columns) {
         DesignColumn(def, spec, pager.Header());
         const auto [other, isNew] = names.emplace(TextKey(format, spec.name), spec.name);
