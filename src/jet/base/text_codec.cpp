@@ -284,4 +284,11 @@ Bytes ExpandUtf16(ByteSpan stored)
     return plain;
 }
 
+std::string_view TrimBlanks(std::string_view text) noexcept
+{
+    constexpr std::string_view kBlanks = " \t\r\n\f\v";
+    text.remove_prefix(std::min(text.find_first_not_of(kBlanks), text.size()));
+    return text.substr(0, text.find_last_not_of(kBlanks) + 1);
+}
+
 } // namespace jet

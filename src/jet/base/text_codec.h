@@ -8,6 +8,9 @@
 
 namespace jet {
 
+/// `text` without the white space around it.
+[[nodiscard]] std::string_view TrimBlanks(std::string_view text) noexcept;
+
 /// Length in UTF-16 code units, which is what the engine calls characters. Malformed bytes count as one each.
 [[nodiscard]] std::size_t Utf16Length(std::string_view utf8) noexcept;
 

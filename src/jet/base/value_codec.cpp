@@ -1,5 +1,7 @@
 #include "jet/base/value_codec.h"
 
+#include "jet/base/byte_text.h"
+#include "jet/base/date_parser.h"
 #include "jet/base/date_text.h"
 #include "jet/base/decimal.h"
 #include "jet/base/text_codec.h"
@@ -12,6 +14,7 @@
 #include <cmath>
 #include <limits>
 #include <optional>
+#include <utility>
 
 namespace jet {
 
@@ -27,15 +30,6 @@ constexpr std::array<std::size_t, kGuidSize> kGuidOrder{3, 2, 1, 0, 5, 4, 7, 6, 
 [[noreturn]] void ThrowWrongType()
 {
     throw Error(ErrorNumber::WrongType);
-}
-
-std::string_view Trimmed(std::string_view text)
-{
-    constexpr std::string_view kBlanks = " \t\r\n\f\v";
-    const std::size_t first = text.find_first_not_of(kBlanks);
-    if (first == std::string_view::npos)
-        return {};
-    return text.substr(first, text.find_last_not_of(kBlanks) - first + 1);
 }
 
 template <typename Number>
@@ -157,23 +151,6 @@ Guid ParseGuid(std::string_view text)
     return guid;
 }
 
-/// Pairs of hexadecimal digits, "0x" before them or not.
-Bytes ParseBytes(std::string_view text)
-{
-    if (text.starts_with("0x") || text.starts_with("0X"))
-        text.remove_prefix(2);
-    if (text.size() % 2 != 0)
-        ThrowWrongType();
-    Bytes bytes(text.size() / 2);
-    for (std::size_t i = 0; i < bytes.size(); ++i) {
-        const char* const pair = text.data() + 2 * i;
-        const auto [end, error] = std::from_chars(pair, pair + 2, bytes[i], 16);
-        if (error != std::errc{} || end != pair + 2)
-            ThrowWrongType();
-    }
-    return bytes;
-}
-
 bool ParseBoolean(std::string_view text)
 {
     const auto is = [text](std::string_view word) {
@@ -282,18 +259,6 @@ Numeric DecodeNumeric(ByteSpan stored, std::uint8_t scale)
     return numeric;
 }
 
-std::string HexText(ByteSpan bytes)
-{
-    constexpr std::string_view kDigits = "0123456789ABCDEF";
-    std::string text;
-    text.reserve(2 * bytes.size());
-    for (const Byte byte : bytes) {
-        text += kDigits[byte >> 4];
-        text += kDigits[byte & 0x0F];
-    }
-    return text;
-}
-
 template <typename Number>
 std::string Shortest(Number value)
 {
@@ -395,7 +360,7 @@ void EncodeText(Bytes& out, const Format& format, const ValueType& type, std::st
 
 Value ParseText(const ValueType& type, std::string_view utf8)
 {
-    const std::string_view text = Trimmed(utf8);
+    const std::string_view text = TrimBlanks(utf8);
     switch (type.type) {
     case ColumnType::Text:
     case ColumnType::Memo:
@@ -415,8 +380,8 @@ Value ParseText(const ValueType& type, std::string_view utf8)
     case ColumnType::Double:
         return ParseDouble(text);
     case ColumnType::DateTime:
-        if (const std::optional<DateTime> date = ParseDate(text))
-            return *date;
+        if (const std::optional<ParsedDate> parsed = ParseDate(text))
+            return parsed->date;
         break;
     case ColumnType::Guid:
         return ParseGuid(text);
@@ -425,9 +390,14 @@ Value ParseText(const ValueType& type, std::string_view utf8)
         return Numeric{decimal.negative, decimal.magnitude, type.scale};
     }
     case ColumnType::Binary:
-    case ColumnType::Ole:
     case ColumnType::FixedBinary:
-        return ParseBytes(text);
+        if (std::optional<Bytes> bytes = ParseHex(text))
+            return std::move(*bytes);
+        break;
+    case ColumnType::Ole:
+        if (std::optional<Bytes> bytes = ParseHexOrBase64(text))
+            return std::move(*bytes);
+        break;
     }
     ThrowWrongType();
 }
@@ -437,7 +407,7 @@ bool ToBoolean(const Value& value)
     if (const auto* flag = std::get_if<bool>(&value))
         return *flag;
     if (const auto* text = std::get_if<std::string>(&value))
-        return ParseBoolean(Trimmed(*text));
+        return ParseBoolean(TrimBlanks(*text));
     return DoubleOf(value) != 0;
 }
 

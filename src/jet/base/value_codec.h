@@ -24,8 +24,8 @@ void EncodeValue(Bytes& out, const Format& format, const ValueType& type, const 
 /// cannot be read, FieldTooSmall when it is too long.
 void EncodeText(Bytes& out, const Format& format, const ValueType& type, std::string_view utf8);
 /// Text as a value of the column's type, the way a provider converts it: numbers (half is rounded to even), dates,
-/// GUIDs, booleans ("True", "False", or a number), and bytes from pairs of hexadecimal digits. Throws WrongType when it
-/// cannot be read.
+/// GUIDs, booleans ("True", "False", or a number), bytes from pairs of hexadecimal digits, those of an OLE object from
+/// base64 as well. A time zone is left out. Throws WrongType when it cannot be read.
 [[nodiscard]] Value ParseText(const ValueType& type, std::string_view utf8);
 /// A value as a boolean: text as ParseText reads it, a number when it is not 0. Throws WrongType.
 [[nodiscard]] bool ToBoolean(const Value& value);

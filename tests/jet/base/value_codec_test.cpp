@@ -97,7 +97,27 @@ TEST(ValueCodec, ReadsTextTheWayAProviderDoes)
         {"two digits of a year", ColumnType::DateTime, "12/31/29 12:05 am", {}, "2029-12-31 00:05:00"},
         {"of the century before", ColumnType::DateTime, "1/2/30 12:05:06PM", {}, "1930-01-02 12:05:06"},
         {"no such hour", ColumnType::DateTime, "13:00 PM", kWrong, ""},
-        {"a time zone", ColumnType::DateTime, "2024-02-29T23:59:59Z", kWrong, ""},
+        {"a time zone is left out", ColumnType::DateTime, "2024-02-29T23:59:59Z", {}, "2024-02-29 23:59:59"},
+        {"an offset", ColumnType::DateTime, " 2024-02-29T23:59:59.25-05:30\n", {}, "2024-02-29 23:59:59"},
+        {"a short offset", ColumnType::DateTime, "14:07+01", {}, "1899-12-30 14:07:00"},
+        {"a day with a zone", ColumnType::DateTime, "2024-03-05+0100", {}, "2024-03-05 00:00:00"},
+        {"no such offset", ColumnType::DateTime, "14:07+24:00", kWrong, ""},
+        {"basic", ColumnType::DateTime, "20240305T140709,75Z", {}, "2024-03-05 14:07:10"},
+        {"basic, a part of an hour", ColumnType::DateTime, "20240305T14.5", {}, "2024-03-05 14:30:00"},
+        {"basic time", ColumnType::DateTime, "T1407", {}, "1899-12-30 14:07:00"},
+        {"a time needs a mark to do without colons", ColumnType::DateTime, "1407", kWrong, ""},
+        {"day of the year", ColumnType::DateTime, "2024-366T06:00", {}, "2024-12-31 06:00:00"},
+        {"day of the year, basic", ColumnType::DateTime, "2024060", {}, "2024-02-29 00:00:00"},
+        {"no such day of the year", ColumnType::DateTime, "2023-366", kWrong, ""},
+        {"week date", ColumnType::DateTime, "2021-W01-1", {}, "2021-01-04 00:00:00"},
+        {"week date of the year before, basic", ColumnType::DateTime, "2020W537", {}, "2021-01-03 00:00:00"},
+        {"no such week", ColumnType::DateTime, "2021-W53-1", kWrong, ""},
+        {"a month is no day", ColumnType::DateTime, "2024-03", kWrong, ""},
+        {"the end of a day", ColumnType::DateTime, "2024-02-29T24:00:00", {}, "2024-03-01 00:00:00"},
+        {"the end of any day", ColumnType::DateTime, "24:00", {}, "1899-12-30 00:00:00"},
+        {"the end of all days", ColumnType::DateTime, "9999-12-31T24:00", kWrong, ""},
+        {"behind the end of a day", ColumnType::DateTime, "2024-02-29T24:00:01", kWrong, ""},
+        {"no fraction", ColumnType::DateTime, "14:07:09.", kWrong, ""},
         {"no such day", ColumnType::DateTime, "2023-02-29", kWrong, ""},
         {"guid without braces",
          ColumnType::Guid,
@@ -107,6 +127,16 @@ TEST(ValueCodec, ReadsTextTheWayAProviderDoes)
         {"guid cut short", ColumnType::Guid, "{12345678-9abc-def0-0102-0304050607}", kWrong, ""},
         {"bytes with a prefix", ColumnType::Ole, "0x00ff", {}, "00FF"},
         {"half a byte", ColumnType::Ole, "00f", kWrong, ""},
+        {"base64", ColumnType::Ole, "SGVs\r\n bG8=", {}, "48656C6C6F"},
+        {"base64 without padding", ColumnType::Ole, "AP/+", {}, "00FFFE"},
+        {"base64, two signs of padding", ColumnType::Ole, "/w==", {}, "FF"},
+        {"base64 that begins as hexadecimal digits do", ColumnType::Ole, "0xAb", {}, "D3101B"},
+        {"hexadecimal digits that base64 has too", ColumnType::Ole, "0123abcd", {}, "0123ABCD"},
+        {"a word", ColumnType::Ole, "picture", kWrong, ""},
+        {"padding that stands for no zeros", ColumnType::Ole, "/x==", kWrong, ""},
+        {"padding in the middle", ColumnType::Ole, "/w==AAAA", kWrong, ""},
+        {"too much padding", ColumnType::Ole, "A===", kWrong, ""},
+        {"base64 is not for binary columns", ColumnType::Binary, "SGVsbG8=", kWrong, ""},
         {"no bytes", ColumnType::Binary, "0g", kWrong, ""},
         {"too many bytes", ColumnType::Binary, "0102030405060708090A0B0C0D0E0F101112131415", kSmall, ""},
         {"text that just fits", ColumnType::Text, "äääääääääa", {}, "äääääääääa"},
@@ -125,6 +155,9 @@ TEST(ValueCodec, ReadsTextTheWayAProviderDoes)
             EXPECT_EQ(error.Number(), c.error);
         }
     }
+    // A quarter of a second, which no text shows.
+    EXPECT_EQ(ParseText(TypeOf(ColumnType::DateTime), "2015-11-21T12:00:00.25"),
+              Value(DateTime{42329 + 43'200.25 / 86'400}));
     EXPECT_EQ(ParseText(TypeOf(ColumnType::Boolean), "TRUE"), Value(true));
     EXPECT_EQ(ParseText(TypeOf(ColumnType::Boolean), "-1"), Value(true));
     EXPECT_EQ(ParseText(TypeOf(ColumnType::Boolean), "false"), Value(false));
