@@ -94,6 +94,8 @@ void RecordWriter::Set(TableSink& sink, std::size_t field, const RawName& rawNam
             sink.values.Put(field, origin);
             return;
         } catch (const RuntimeError& error) {
+            if (error.Number() == engine_errors::kWrongType)
+                ClearDefault(sink, field);
             if (error.Number() != engine_errors::kFieldTooSmall || sink.records->IsMemo(field))
                 throw;
         }
@@ -102,6 +104,14 @@ void RecordWriter::Set(TableSink& sink, std::size_t field, const RawName& rawNam
             return;
         field = *moved;
     }
+}
+
+/// A value that its column cannot hold must not look like the one that the column has by default. What an earlier value
+/// of the document has brought stays.
+void RecordWriter::ClearDefault(TableSink& sink, std::size_t field)
+{
+    if (sink.values.byField[field].element == kNoElement)
+        sink.records->SetNull(field);
 }
 
 /// The column that bears the value's own name goes first, even where a mapping has sent the value elsewhere; it must be

@@ -35,7 +35,8 @@ public:
     void SetForeignKey(TableSink& sink, std::int32_t key);
     void SetMasterTable(TableSink& sink, std::string_view ownerTable);
     /// Puts a value of the document into a field. When the column is too small, the column named `rawName` is widened,
-    /// and the one that was meant where there is none.
+    /// and the one that was meant where there is none. Throws 3421 when its type cannot hold the value: the
+    /// field is empty then, not at its default.
     void Set(TableSink& sink, std::size_t field, const RawName& rawName, std::string_view value, ValueOrigin origin);
     /// Saves the record begun last. Every finished record passes here. It stays pending when the engine refuses it.
     /// Rows saved while their owner is pending go with it when that is abandoned.
@@ -51,6 +52,7 @@ private:
     void AddProvisionalRow(TableSink& sink);
     void RemoveProvisionalRows(TableSink& sink);
     void FindKeys(TableSink& sink) const;
+    static void ClearDefault(TableSink& sink, std::size_t field);
     [[nodiscard]] std::string ColumnToWiden(const TableSink& sink, std::size_t field, const RawName& rawName) const;
     /// The new position of the column that stood at `field`; nullopt when widening failed.
     [[nodiscard]] std::optional<std::size_t> Widen(TableSink& sink, std::size_t field, std::string column);

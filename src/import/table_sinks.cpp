@@ -83,6 +83,15 @@ void Tell(ProtocolLog& log, const Shortfall& shortfall)
                            " records, the first of table [" + shortfall.firstTableWithoutText + "]");
 }
 
+/// One line for each column in a run.
+void TellColumnsWithoutZone(ProtocolLog& log, const Recordset& records, TableReport& report)
+{
+    for (const std::string& column : records.ColumnsWithoutZone())
+        if (report.columnsWithoutZone.insert(column).second)
+            log.ProtocolAppend("Time zones left out, the times are as written: [" + records.Source() + "].[" + column +
+                               "]");
+}
+
 void CloseRecordset(Recordset& records, Step& step)
 {
     if (!records.IsOpen())
@@ -115,7 +124,9 @@ void velCloseTables(Job& job, DatabaseSession& session, TableSinks& sinks)
         TableSink& sink = sinks[number];
         if (!sink.records)
             continue;
-        session.Report(sink.records->Source()).records += sink.savedRecords;
+        TableReport& report = session.Report(sink.records->Source());
+        report.records += sink.savedRecords;
+        TellColumnsWithoutZone(job.log, *sink.records, report);
         Count(sink, job.settings.blTextExport, shortfall);
         attempt([&] { CloseRecordset(*sink.records, step); });
         sink.records.reset();

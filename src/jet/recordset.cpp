@@ -125,6 +125,11 @@ void Recordset::DeleteBookmark(std::uint64_t bookmark)
     impl_->DeleteBookmark(bookmark);
 }
 
+std::size_t Recordset::ZonesLeftOut() const noexcept
+{
+    return impl_->ZonesLeftOut();
+}
+
 std::size_t Recordset::ReplacedCharacters() const noexcept
 {
     return impl_->ReplacedCharacters();

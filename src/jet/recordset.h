@@ -54,6 +54,7 @@ public:
     /// field keeps its value then.
     void SetText(std::size_t field, std::string_view utf8);
     void SetLong(std::size_t field, std::int32_t value);
+    /// Null takes the field's value away, a default value too; a pending autonumber stays.
     void Set(std::size_t field, const Value& value);
     /// Saves the pending record, which becomes the current one, or the changes of the current one, a changed key with
     /// all that cascades from it. Throws and stays pending when the engine refuses it (DuplicateKey,
@@ -70,6 +71,8 @@ public:
     void DeleteBookmark(std::uint64_t bookmark);
     /// Characters that did not exist in the file's code page and became "?" since the recordset was opened (Access 97).
     [[nodiscard]] std::size_t ReplacedCharacters() const noexcept;
+    /// Texts that became dates without the time zone that they named, since the recordset was opened.
+    [[nodiscard]] std::size_t ZonesLeftOut() const noexcept;
 
     // Walking. What has not been saved is dropped.
 

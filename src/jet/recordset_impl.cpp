@@ -1,5 +1,6 @@
 #include "jet/recordset_impl.h"
 
+#include "jet/base/date_parser.h"
 #include "jet/base/text_codec.h"
 #include "jet/base/value_codec.h"
 #include "jet/catalog/local_time.h"
@@ -234,12 +235,23 @@ void Recordset::Impl::EncodeTextInto(const Column& column, std::string_view utf8
 void Recordset::Impl::SetText(std::size_t field, std::string_view utf8)
 {
     const Column& column = ColumnToSet(field);
+    if (column.type == ColumnType::DateTime)
+        return SetDateText(field, utf8);
     if (!IsText(column.type))
         return Set(field, ParseText(column.GetValueType(), utf8));
     EncodeTextInto(column, utf8);
     record_.SetStored(field, encoded_);
     if (encoded_.capacity() > kMaxKeptBuffer)
         encoded_ = Bytes();
+}
+
+void Recordset::Impl::SetDateText(std::size_t field, std::string_view utf8)
+{
+    const std::optional<ParsedDate> parsed = ParseDate(utf8);
+    if (!parsed)
+        throw Error(ErrorNumber::WrongType);
+    Set(field, parsed->date);
+    zonesLeftOut_ += parsed->hasZone ? 1 : 0;
 }
 
 void Recordset::Impl::SetLong(std::size_t field, std::int32_t value)
@@ -254,8 +266,11 @@ void Recordset::Impl::SetLong(std::size_t field, std::int32_t value)
 void Recordset::Impl::Set(std::size_t field, const Value& value)
 {
     const Column& column = ColumnToSet(field);
-    if (IsNull(value))
-        return record_.SetNull(field);
+    if (IsNull(value)) {
+        if (!pending_ || field != autonumber_)
+            record_.SetNull(field);
+        return;
+    }
     if (IsText(column.type))
         return SetText(field, ToText(value));
     if (const auto* text = std::get_if<std::string>(&value))

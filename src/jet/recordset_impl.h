@@ -41,6 +41,7 @@ public:
     [[nodiscard]] std::uint64_t Bookmark() const noexcept;
     void DeleteBookmark(std::uint64_t bookmark);
     [[nodiscard]] std::size_t ReplacedCharacters() const noexcept { return replaced_; }
+    [[nodiscard]] std::size_t ZonesLeftOut() const noexcept { return zonesLeftOut_; }
 
     [[nodiscard]] bool Eof();
     void MoveFirst();
@@ -62,6 +63,7 @@ private:
     void SetDefault(std::size_t field);
     static void SetRandom(MutableBytes bytes);
     void NoteOwnNumber(std::size_t field, std::int32_t value);
+    void SetDateText(std::size_t field, std::string_view utf8);
     void EncodeTextInto(const Column& column, std::string_view utf8);
 
     std::shared_ptr<Table> table_; ///< none once closed
@@ -86,6 +88,7 @@ private:
     RowId lastSaved_;
     std::uint32_t lastSavedEpoch_ = 0;
     std::size_t replaced_ = 0;
+    std::size_t zonesLeftOut_ = 0;
     Bytes encoded_; ///< kept from field to field
 };
 

@@ -4,6 +4,7 @@
 #include "jet/rowset.h"
 #include "schema/engine_errors.h"
 
+#include <algorithm>
 #include <array>
 #include <charconv>
 #include <limits>
@@ -50,9 +51,24 @@ void Recordset::AddNew()
 
 void Recordset::SetText(std::size_t field, std::string_view utf8)
 {
+    const std::size_t zonesBefore = records_.ZonesLeftOut();
     Translated([&] { records_.SetText(field, utf8); });
+    if (records_.ZonesLeftOut() != zonesBefore)
+        NoteColumnWithoutZone(records_.FieldName(field));
     if (firstReplacedColumn_.empty() && records_.ReplacedCharacters() > 0)
         firstReplacedColumn_ = records_.FieldName(field);
+}
+
+void Recordset::NoteColumnWithoutZone(const std::string& column)
+{
+    std::vector<std::string>& noted = columnsWithoutZone_;
+    if (std::find(noted.begin(), noted.end(), column) == noted.end())
+        noted.push_back(column);
+}
+
+void Recordset::SetNull(std::size_t field)
+{
+    Translated([&] { records_.Set(field, jet::Null{}); });
 }
 
 void Recordset::SetLong(std::size_t field, std::int32_t value)
@@ -137,8 +153,6 @@ void SuspendedRecord::Restore(Recordset& recordset) const
         jet::Recordset& records = recordset.records_;
         records.AddNew();
         for (const auto& [name, value] : fields_) {
-            if (jet::IsNull(value))
-                continue;
             if (const auto field = records.FieldIndex(name))
                 records.Set(*field, value);
         }

@@ -52,6 +52,8 @@ public:
     /// then.
     void SetText(std::size_t field, std::string_view utf8);
     void SetLong(std::size_t field, std::int32_t value);
+    /// Takes the field's value away, also one that it has by default.
+    void SetNull(std::size_t field);
     /// Saves the pending record. When the engine refuses it, it stays pending.
     void Update();
     void CancelUpdate();
@@ -72,6 +74,8 @@ public:
     [[nodiscard]] std::size_t ReplacedCharacters() const { return replacedBefore_ + records_.ReplacedCharacters(); }
     /// The column of the first of them; empty when there are none.
     [[nodiscard]] const std::string& FirstReplacedColumn() const noexcept { return firstReplacedColumn_; }
+    /// Date columns that were given times with a time zone, which they cannot hold.
+    [[nodiscard]] const std::vector<std::string>& ColumnsWithoutZone() const noexcept { return columnsWithoutZone_; }
 
 private:
     friend class SuspendedRecord;
@@ -79,11 +83,13 @@ private:
 
     /// Puts a newly opened recordset on the same table in the place of this one.
     void Reopen(jet::Recordset records);
+    void NoteColumnWithoutZone(const std::string& column);
 
     jet::Recordset records_;
     std::uint64_t firstLayout_ = 1;
     std::size_t replacedBefore_ = 0; ///< characters, before the table was opened again
     std::string firstReplacedColumn_;
+    std::vector<std::string> columnsWithoutZone_;
 };
 
 /// A record that was begun and not yet saved, taken out of its recordset while the table's columns change, and put
