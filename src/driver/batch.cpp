@@ -10,6 +10,7 @@
 #include "schema/database_session.h"
 #include "schema/empty_tables.h"
 #include "schema/schema_builder.h"
+#include "schema/target_check.h"
 #include "settings/read_settings.h"
 #include "settings/text_export_warnings.h"
 #include "xml/structure_analysis.h"
@@ -71,7 +72,9 @@ RunOutcome Batch::btnConvert_Click()
 /// What must not begin ends before anything is opened: the protocol file may be the very file that must not be written.
 bool Batch::RefusesToBegin()
 {
-    const std::optional<std::string> reason = ClashingFiles(job_.controls);
+    std::optional<std::string> reason = ClashingFiles(job_.controls);
+    if (!reason)
+        reason = UnfitTarget(job_.controls);
     if (!reason)
         return false;
     job_.log.ProtocolAppend(*reason);
@@ -94,7 +97,10 @@ void Batch::Run(UrlSource& source, DatabaseSession& session, Step& step)
         return;
     const std::string& path = job_.controls.txtFILE_XML.text;
     const std::vector<std::string> files = ListFiles(path);
-    if (const auto reason = NoSource(path, files)) {
+    std::optional<std::string> reason = NoSource(path, files);
+    if (!reason)
+        reason = ImpossibleRename(job_.controls, files, std::time(nullptr));
+    if (reason) {
         job_.log.ProtocolAppend(*reason);
         outcome_.nothingToDo = true;
         return;

@@ -194,6 +194,20 @@ bool Connection::CanReplace(const std::filesystem::path& path, FileSystem& syste
     }
 }
 
+bool Connection::IsDatabase(const std::filesystem::path& path, FileSystem& system)
+{
+    try {
+        const std::unique_ptr<File> file = system.Open(path, OpenMode::ReadOnly);
+        std::array<Byte, kHeaderSize> start{};
+        if (file->Size() < start.size())
+            return false;
+        file->ReadAt(0, start);
+        return BearsSignature(start);
+    } catch (const Error&) {
+        return true;
+    }
+}
+
 std::unique_ptr<Connection> Connection::Create(const std::filesystem::path& path, JetVersion version, Existing existing,
                                                FileSystem& system)
 {

@@ -59,7 +59,9 @@ TEST(Batch, NothingToDoTouchesNothing)
         const char* name;
         void (*set)(Conversion&);
         const char* line;
+        const char* target = ""; ///< what stands in it
     };
+    const auto keep = [](Conversion& c) { c.Options("-recreate_database"); };
     const Case cases[] = {
         {"no match", [](Conversion& c) { c.job.controls.txtFILE_XML.text = c.Path("*.none").string(); },
          "No files to import"},
@@ -73,21 +75,40 @@ TEST(Batch, NothingToDoTouchesNothing)
          "is also the tag-mapping file"},
         {"the protocol is a source", [](Conversion& c) { c.job.controls.txtFILE_LOG.text = c.Path("a.xml").string(); },
          "is also the XML file"},
+        {"the target is a short text", [](Conversion&) {}, "is no database of Access 97 to 2003", "old"},
+        {"the target is an XML file", keep, "is no database of Access 97 to 2003",
+         "<?xml version=\"1.0\"?><list><entry>one of many that make the file longer than a header</entry><entry>two"
+         "</entry><entry>three</entry><entry>four</entry></list>"},
+        {"a name that Access would refuse",
+         [](Conversion& c) { c.job.controls.txtFILE_MDB.text = c.Path("new.AccDB").string(); }, "name it .mdb"},
+        {"a source without an extension",
+         [](Conversion& c) {
+             c.Xml(kThree, "ca.xml").Xml(kThree, "cb").Options("rename=%p%done/%f%");
+             c.job.controls.txtFILE_XML.text = c.Path("c*").string();
+         },
+         "cb] cannot be renamed: its name has no extension"},
+        {"renamed to its own name", [](Conversion& c) { c.Options("rename=%p%/%f%.xml"); }, "that is the name it has"},
+        {"renamed to nothing", [](Conversion& c) { c.Options("rename=%p%done/"); }, "that leaves no name"},
+        {"two sources of one new name", [](Conversion& c) { c.Xml(kThree, "b.xml").Options("rename=%p%/done_%ymd%"); },
+         "another file of the run"},
+        {"renamed to a source that has yet to go",
+         [](Conversion& c) { c.Xml(kThree, "a_1.xml").Options("rename=%p%%f%_1.xml"); }, "is there already"},
     };
     for (const Case& c : cases) {
         SCOPED_TRACE(c.name);
         Conversion run;
         run.Xml(kThree);
-        WriteFile(run.Target(), "old");
+        WriteFile(run.Target(), c.target);
         c.set(run);
         const RunOutcome outcome = run.batch.btnConvert_Click();
         EXPECT_TRUE(outcome.nothingToDo);
         EXPECT_FALSE(outcome.failed);
         EXPECT_EQ(run.Said(c.line), 1) << ::testing::PrintToString(run.host.lines);
         EXPECT_EQ(run.Said("Done"), 1);
-        EXPECT_EQ(ReadFile(run.Target()), "old");
+        EXPECT_EQ(ReadFile(run.Target()), c.target);
         std::filesystem::remove(run.Target());
         EXPECT_EQ(ReadFile(run.Path("a.xml")), kThree);
+        EXPECT_FALSE(std::filesystem::exists(run.Path("done")));
         EXPECT_EQ(run.job.controls.btnConvertCaption, "Convert");
     }
 }
@@ -194,16 +215,6 @@ TEST(Batch, ATargetThatCannotBeDeletedEndsTheRun)
     EXPECT_EQ(run.Said("Could not delete MDB file"), 1);
     EXPECT_NE(run.Error().find("70 "), std::string::npos) << run.Error();
     EXPECT_TRUE(std::filesystem::is_directory(run.Target()));
-}
-
-TEST(Batch, AForeignFileIsRefusedUntouched)
-{
-    Conversion run;
-    run.Options("-recreate_database").Xml(kThree);
-    WriteFile(run.Target(), "no database");
-    EXPECT_TRUE(run.batch.btnConvert_Click().failed);
-    EXPECT_EQ(ReadFile(run.Target()), "no database");
-    std::filesystem::remove(run.Target());
 }
 
 TEST(Batch, TheProtocolFileTellsTheWholeRun)

@@ -20,11 +20,27 @@ std::time_t SomeTime()
     return std::mktime(&local);
 }
 
+/// The process's current folder, for a while.
+class CurrentFolder {
+public:
+    explicit CurrentFolder(const std::filesystem::path& folder) : before_(std::filesystem::current_path())
+    {
+        std::filesystem::current_path(folder);
+    }
+    ~CurrentFolder() { std::filesystem::current_path(before_); }
+    CurrentFolder(const CurrentFolder&) = delete;
+    CurrentFolder& operator=(const CurrentFolder&) = delete;
+
+private:
+    std::filesystem::path before_;
+};
+
 TEST(Rename, ThePatternGivesTheNewPath)
 {
     struct Case {
         const char* pattern;
         const char* path; ///< below the test's folder
+        const char* old = "in/order.v1.xml";
     };
     const Case cases[] = {
         {"%p%done\\%f%_%y%%m%%d%_%h%%n%%s%.xml", "in/done/order.v1_20240305_140709.xml"},
@@ -33,17 +49,18 @@ TEST(Rename, ThePatternGivesTheNewPath)
         {"%p%../%x%%X%%%", "xX"},
         {"%p%a%d", "in/a05"},
         {"%p%a%f/h", "in/aorder.v1/14"},
+        {"%p%/done/%f%", "done/order.v1", "order.v1.xml"},
     };
     for (const Case& c : cases) {
         SCOPED_TRACE(c.pattern);
         Conversion run;
-        std::filesystem::create_directory(run.Path("in"));
-        const std::string old = run.Path("in/order.v1.xml").string();
-        WriteFile(old, "content");
+        const CurrentFolder here(run.Path(""));
+        std::filesystem::create_directory("in");
+        WriteFile(c.old, "content");
         run.job.controls.txtFILE_XML_RENAMED.text = c.pattern;
-        RenameConvertedFile(run.job, old, SomeTime());
-        EXPECT_FALSE(std::filesystem::exists(old));
-        EXPECT_EQ(ReadFile(run.Path(c.path)), "content");
+        RenameConvertedFile(run.job, c.old, SomeTime());
+        EXPECT_FALSE(std::filesystem::exists(c.old));
+        EXPECT_EQ(ReadFile(c.path), "content");
     }
 }
 
@@ -97,7 +114,8 @@ TEST(Rename, AFailureEndsTheRunAndKeepsTheRecords)
 {
     Conversion run;
     run.Xml("<r><p><n>1</n></p></r>", "1.xml").Xml("<r><p><n>2</n></p></r>", "2.xml");
-    run.Xml("<r><p><n>3</n></p></r>", "3.xml").Options("rename=%p%same debug log=run.log");
+    run.Xml("<r><p><n>3</n></p></r>", "3.xml").Options("rename=%p%folder_%f%/%f%.xml debug log=run.log");
+    WriteFile(run.Path("folder_2"), "no folder");
     run.job.controls.txtFILE_LOG.text = run.Path("run.log").string();
     EXPECT_TRUE(run.Run().failed);
     EXPECT_EQ(run.Dump("p"), "PKEY|FKEY|n\n1|1|1\n2|2|2\n");

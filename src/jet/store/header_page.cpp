@@ -73,11 +73,15 @@ bool HoldsText(ByteSpan bytes, std::size_t at, std::string_view text)
                       [](char c, Byte b) { return static_cast<Byte>(c) == b; });
 }
 
+bool HoldsSignature(ByteSpan page) noexcept
+{
+    return std::equal(kSignature.begin(), kSignature.end(), page.begin());
+}
+
 JetVersion VersionOf(ByteSpan page, std::string_view name)
 {
-    const bool later = HoldsText(page, kName, kLaterName);
-    if (!std::equal(kSignature.begin(), kSignature.end(), page.begin()) ||
-        (!later && !HoldsText(page, kName, kJetName)))
+    const bool later = HoldsSignature(page) && HoldsText(page, kName, kLaterName);
+    if (!later && !BearsSignature(page))
         throw Error(ErrorNumber::NotADatabase, {name});
     if (later || page[kVersion] > 1)
         throw Error(ErrorNumber::UnrecognizedFormat, {name}, "It was made by Access 2007 or later.");
@@ -100,6 +104,11 @@ Bytes UnmaskedHeader(ByteSpan page)
     Bytes plain(page.begin(), page.begin() + kHeaderSize);
     ApplyMask(plain, plain[kVersion] == 0 ? JetVersion::Jet3 : JetVersion::Jet4);
     return plain;
+}
+
+bool BearsSignature(ByteSpan page) noexcept
+{
+    return HoldsSignature(page) && HoldsText(page, kName, kJetName);
 }
 
 DatabaseHeader ReadHeader(ByteSpan page, std::string_view name)

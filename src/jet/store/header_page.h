@@ -27,6 +27,9 @@ inline constexpr std::uint16_t kWesternCodePage = 1252;
 /// The bytes of page 0 that hold the masked area, and then some: enough for ReadHeader.
 inline constexpr std::size_t kHeaderSize = 0x98;
 
+/// Whether page 0 begins as in a file of Access 97 to 2003, whatever may be wrong with the rest.
+[[nodiscard]] bool BearsSignature(ByteSpan page) noexcept;
+
 /// Page 0 from its start (at least kHeaderSize bytes); `name` is the file's, for messages. Throws Error: NotADatabase,
 /// UnrecognizedFormat (made by a later engine, or encoded), NotAValidPassword.
 [[nodiscard]] DatabaseHeader ReadHeader(ByteSpan page, std::string_view name);

@@ -1,0 +1,14 @@
+#pragma once
+
+#include "settings/controls.h"
+
+#include <optional>
+#include <string>
+
+namespace velmora {
+
+/// Why the file that the controls name as the target must not become one: it holds something else, or Access would
+/// refuse the new database for its name. nullopt when all is well. Touches nothing.
+[[nodiscard]] std::optional<std::string> UnfitTarget(const Controls& controls);
+
+} // namespace velmora
