@@ -2,8 +2,9 @@
 //
 //   bench_engine insert ENGINE KEY ROWS FILE   makes FILE anew and inserts ROWS rows, with an index on the counter and
 //                                              one on KEY, "long" or "text"; ENGINE is jet3, jet4 or sqlite
-//   bench_engine fill MEGABYTES FILE           makes a database (Jet 4) of that size
-//   bench_engine open FILE                     opens it and reads one row
+//   bench_engine nulls ENGINE ROWS FILE        makes FILE anew, with 1,500 rows of one foreign key and then ROWS of
+//   none bench_engine fill MEGABYTES FILE           makes a database (Jet 4) of that size bench_engine open FILE opens
+//   it and reads one row
 //
 // Prints the seconds that it took: CPU time, then wall time; making the file and process start do not count.
 #include "jet/connection.h"
@@ -36,7 +37,7 @@ public:
         remark = std::string_view(kRemark).substr(0, 20 + number % 40);
     }
 
-    std::int32_t foreignKey;
+    std::int32_t foreignKey; ///< 0 = Null
     std::string_view code, city, remark;
 
 private:
@@ -64,7 +65,8 @@ public:
     void Insert(const Row& row) override
     {
         records_.AddNew();
-        records_.SetLong(1, row.foreignKey);
+        if (row.foreignKey != 0)
+            records_.SetLong(1, row.foreignKey);
         records_.SetText(2, row.code);
         records_.SetText(3, row.city);
         records_.SetText(4, row.remark);
@@ -170,6 +172,21 @@ void Insert(std::string_view engine, std::string_view key, std::uint32_t rows, c
     watch.Print();
 }
 
+/// Null sorts before every key, and shares nothing with the equal keys whose pages it comes to.
+void InsertNulls(std::string_view engine, std::uint32_t rows, const std::filesystem::path& path)
+{
+    constexpr std::uint32_t kEqualKeys = 1500;
+    const std::unique_ptr<Target> target = MakeTarget(engine, "long", path);
+    const Stopwatch watch;
+    for (std::uint32_t number = 0; number < kEqualKeys + rows; ++number) {
+        Row row(number);
+        row.foreignKey = number < kEqualKeys ? 1 : 0;
+        target->Insert(row);
+    }
+    target->Commit();
+    watch.Print();
+}
+
 void Fill(std::uint64_t megabytes, const std::filesystem::path& path)
 {
     constexpr std::uint64_t kCommitBytes = 64'000'000;
@@ -212,13 +229,16 @@ int main(int argc, char** argv)
     try {
         if (what == "insert" && argc == 6)
             Insert(argv[2], argv[3], static_cast<std::uint32_t>(std::stoul(argv[4])), argv[5]);
+        else if (what == "nulls" && argc == 5)
+            InsertNulls(argv[2], static_cast<std::uint32_t>(std::stoul(argv[3])), argv[4]);
         else if (what == "fill" && argc == 4)
             Fill(std::stoul(argv[2]), argv[3]);
         else if (what == "open" && argc == 3)
             Open(argv[2]);
         else
             throw std::invalid_argument(
-                "usage: bench_engine insert ENGINE KEY ROWS FILE | fill MEGABYTES FILE | open FILE");
+                "usage: bench_engine insert ENGINE KEY ROWS FILE | nulls ENGINE ROWS FILE | fill MEGABYTES FILE | open "
+                "FILE");
     } catch (const std::exception& error) {
         std::fprintf(stderr, "%s\n", error.what());
         return 2;

@@ -1,6 +1,6 @@
 #!/usr/bin/env python3
-"""Measures the engine by itself: rows inserted beside SQLite in one run, and opening a large file; holds both against
-their marks.
+"""Measures the engine by itself: rows inserted beside SQLite in one run, the size of an index whose keys come where they
+spoil a page's common prefix, and opening a large file; holds each against its mark.
 
 usage: engine.py --program BENCH_ENGINE --data FOLDER [--rows 500000] [--megabytes 1000] [--repeat 3]
 
@@ -15,6 +15,8 @@ import sys
 from measure import Verdicts, require, run
 
 MAX_CPU_RATIO = 1.0        # CPU time against SQLite: not slower
+NULL_ROWS = 20_000
+MAX_NULLS_GROWTH = 1.2     # size of the file with Nulls before equal keys, against one in which the keys ascend
 MAX_OPEN_MS = 50
 MAX_OPEN_MB = 100          # resident memory when the large file is open; its cache may grow to 64 MiB
 
@@ -56,6 +58,18 @@ def insert_rows(options, verdict):
                     f"{ratio:.2f} in CPU time (at most {MAX_CPU_RATIO:.0f}), {wall_ratio:.2f} in wall time")
 
 
+def insert_nulls(options, verdict):
+    path = os.path.join(options.data, "nulls.mdb")
+    for engine in "jet4", "jet3":
+        sizes = []
+        for command in ("insert", engine, "long", 1500 + NULL_ROWS, path), ("nulls", engine, NULL_ROWS, path):
+            cpu, _, _ = measured(options, *command)
+            sizes.append(os.path.getsize(path) / 1e6)
+            os.remove(path)
+        verdict(f"{NULL_ROWS:,} Nulls before 1,500 equal keys, {engine}", sizes[1] <= sizes[0] * MAX_NULLS_GROWTH,
+                f"{sizes[1]:.2f} MB (at most {sizes[0] * MAX_NULLS_GROWTH:.2f}), {cpu:.3f} s CPU")
+
+
 def open_large_file(options, verdict):
     path = os.path.join(options.data, f"large-{options.megabytes}.mdb")
     if not os.path.exists(path):
@@ -74,6 +88,7 @@ def main():
     os.makedirs(options.data, exist_ok=True)
     verdict = Verdicts()
     insert_rows(options, verdict)
+    insert_nulls(options, verdict)
     open_large_file(options, verdict)
     return 1 if verdict.missed else 0
 
