@@ -44,8 +44,10 @@ std::optional<std::string> NoSource(const std::string& source, const std::vector
 RunOutcome Batch::btnConvert_Click()
 {
     outcome_ = {};
-    hasCommitted_ = false;
+    hasCommitted_ = commitFailed_ = false;
     unfinishedRecords_ = 0;
+    files_.clear();
+    tried_ = 0;
     job_.settings.blAbort = false;
     job_.log.ClearText();
     if (RefusesToBegin()) {
@@ -56,8 +58,11 @@ RunOutcome Batch::btnConvert_Click()
     UrlSource source(job_);
     DatabaseSession session;
     Procedure(job_, "btnConvert_Click", [&](Step& step) { Run(source, session, step); });
-    if (session.IsOpen() && job_.settings.blAbort)
-        EndEarly(session);
+    if (job_.settings.blAbort) {
+        if (session.IsOpen())
+            EndEarly(session);
+        TellOfFiles();
+    }
     outcome_.tables = session.Reports();
     session.Close();
     source.Release();
@@ -96,21 +101,21 @@ void Batch::Run(UrlSource& source, DatabaseSession& session, Step& step)
     if (!source.Fetch(places_))
         return;
     const std::string& path = job_.controls.txtFILE_XML.text;
-    const std::vector<std::string> files = ListFiles(path);
-    std::optional<std::string> reason = NoSource(path, files);
+    files_ = ListFiles(path);
+    std::optional<std::string> reason = NoSource(path, files_);
     if (!reason)
-        reason = ImpossibleRename(job_.controls, files, std::time(nullptr));
+        reason = ImpossibleRename(job_.controls, files_, std::time(nullptr));
     if (reason) {
         job_.log.ProtocolAppend(*reason);
         outcome_.nothingToDo = true;
         return;
     }
-    for (const std::string& warning : TextExportWarnings(job_.settings, files.size()))
+    for (const std::string& warning : TextExportWarnings(job_.settings, files_.size()))
         job_.log.ProtocolAppend(warning);
     velOpenDatabase(job_, session);
     if (!job_.settings.blRecreateDatabase && job_.settings.blEmptyTables)
         velEmptyTablesAll(job_, session);
-    Convert(files, session, step);
+    Convert(session, step);
     if (!hasCommitted_ && !job_.settings.blAbort)
         TellThatNothingWasRead();
 }
@@ -159,16 +164,17 @@ void Batch::ShowRunning(bool running)
 
 /// Converts the files one after another; each is committed when it is done. Until the first one that can be read, a
 /// re-creation or an emptying is not final.
-void Batch::Convert(const std::vector<std::string>& files, DatabaseSession& session, Step& step)
+void Batch::Convert(DatabaseSession& session, Step& step)
 {
-    job_.host.SetProgressRange(ProgressBarId::Files, static_cast<std::int64_t>(files.size()));
+    job_.host.SetProgressRange(ProgressBarId::Files, static_cast<std::int64_t>(files_.size()));
     job_.host.SetProgress(ProgressBarId::Files, 0);
-    for (std::size_t n = 1; n <= files.size(); ++n) {
+    for (std::size_t n = 1; n <= files_.size(); ++n) {
         job_.host.ProcessEvents();
         if (job_.settings.blAbort)
             return;
-        const std::string& path = files[n - 1];
-        job_.log.ProtocolAppend("File " + std::to_string(n) + " of " + std::to_string(files.size()) + ": " + path);
+        const std::string& path = files_[n - 1];
+        tried_ = n;
+        job_.log.ProtocolAppend("File " + std::to_string(n) + " of " + std::to_string(files_.size()) + ": " + path);
         const bool converted = ConvertOneFile(path, session);
         if (!job_.settings.blAbort)
             FinishFile(path, converted, session, step);
@@ -210,32 +216,71 @@ void Batch::FinishFile(const std::string& path, bool converted, DatabaseSession&
         return;
     }
     step("Commit");
-    session.Commit();
+    Commit(session);
     hasCommitted_ = true;
     unfinishedRecords_ = 0;
     ++outcome_.convertedFiles;
+    lastConverted_ = path;
     if (!isToBeRenamed)
         return;
     step("Rename XML file");
     RenameConvertedFile(job_, path, std::time(nullptr));
 }
 
+/// What was announced has become true by it.
+void Batch::Commit(DatabaseSession& session)
+{
+    commitFailed_ = true;
+    session.Commit();
+    commitFailed_ = false;
+    for (const std::string& line : session.TakeAnnouncements())
+        job_.log.ProtocolAppend(line);
+}
+
 /// After a cancel or an error. What was saved stays. A file that has not saved a record yet leaves nothing behind: the
 /// database is better off as it was before it.
 void Batch::EndEarly(DatabaseSession& session)
 {
-    if (!hasCommitted_ && unfinishedRecords_ == 0) {
-        job_.log.ProtocolAppend("The run ended early: nothing was saved, the database stays as it was");
-        return;
-    }
     try {
-        if (unfinishedRecords_ > 0)
-            session.Commit();
-        job_.log.ProtocolAppend("The run ended early: what was saved until then stays in the database");
+        if (unfinishedRecords_ > 0 && !commitFailed_)
+            Commit(session);
     } catch (const RuntimeError& error) {
         job_.log.ErrorReport("btnConvert_Click", "btnConvert_Click: Commit what was saved before the run ended early",
                              error);
     }
+    job_.log.ProtocolAppend("The run ended early: " + WhatTheDatabaseHolds());
+}
+
+std::string Batch::WhatTheDatabaseHolds() const
+{
+    if (!commitFailed_ && (hasCommitted_ || unfinishedRecords_ > 0))
+        return "what was saved until then stays in the database";
+    if (hasCommitted_)
+        return "the database holds the files that were converted before, nothing of the last one";
+    return FileExists(job_.controls.txtFILE_MDB.text) ? "nothing was saved, the database stays as it was"
+                                                      : "nothing was saved, no database was made";
+}
+
+/// Of several files, which are done: the others can be given to another run.
+void Batch::TellOfFiles()
+{
+    const std::size_t count = files_.size();
+    if (count < 2)
+        return;
+    const auto ofAll = [count](std::size_t n) { return std::to_string(n) + " of " + std::to_string(count) + " files"; };
+    const auto converted = static_cast<std::size_t>(outcome_.convertedFiles);
+    const auto unreadable = static_cast<std::size_t>(outcome_.unreadableFiles);
+    std::string line = "Converted: " + ofAll(converted);
+    if (converted > 0)
+        line += ", the last " + lastConverted_;
+    if (unreadable > 0)
+        line += "; " + std::to_string(unreadable) + " could not be read";
+    job_.log.ProtocolAppend(line);
+    if (tried_ > converted + unreadable)
+        job_.log.ProtocolAppend("Not finished: " + files_[tried_ - 1]);
+    if (tried_ < count)
+        job_.log.ProtocolAppend("Not tried: " + ofAll(count - tried_) + ", " + files_[tried_] +
+                                (tried_ + 1 < count ? " to " + files_.back() : ""));
 }
 
 void Batch::btnQuit_Click()

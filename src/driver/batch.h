@@ -44,10 +44,13 @@ private:
     void OpenProtocolFile(Step& step);
     void ShowRunning(bool running);
     void TellThatNothingWasRead();
-    void Convert(const std::vector<std::string>& files, DatabaseSession& session, Step& step);
+    void Convert(DatabaseSession& session, Step& step);
     [[nodiscard]] bool ConvertOneFile(const std::string& path, DatabaseSession& session);
     void FinishFile(const std::string& path, bool converted, DatabaseSession& session, Step& step);
+    void Commit(DatabaseSession& session);
     void EndEarly(DatabaseSession& session);
+    [[nodiscard]] std::string WhatTheDatabaseHolds() const;
+    void TellOfFiles();
     void CloseProtocolFile();
 
     Job& job_;
@@ -55,7 +58,11 @@ private:
     Places places_;
     RunOutcome outcome_;
     bool hasCommitted_ = false;          ///< a file of this run is complete in the database
+    bool commitFailed_ = false;          ///< what was not committed then is lost
     std::int64_t unfinishedRecords_ = 0; ///< saved by the file at hand, not yet committed
+    std::vector<std::string> files_;     ///< all sources
+    std::size_t tried_ = 0;              ///< of them, the one at hand included
+    std::string lastConverted_;
 };
 
 } // namespace velmora

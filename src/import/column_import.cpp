@@ -222,12 +222,12 @@ std::string ColumnImport::HelpFor(const EngineError& error, const TableSink& sin
 {
     if (error.Number() != engine_errors::kRelatedRecordRequired)
         return {};
+    if (!session_.HasMadeRelation(error.Subject().relation))
+        return "the relation was there before this run: give the record a value that it knows, or delete it in Access";
     const std::string owner =
         ownerSink == 0 ? "no record" : "a record of " + document_.PathText(sinks_[ownerSink].element.strPath);
-    return "it belongs to " + owner + ", and [" + sink.records->Source() + "] refers to another table" +
-           (session_.HasMadeRelation(error.Subject().relation)
-                ? ": -relations goes without"
-                : "; the relation was there before this run, delete it in Access or take another database");
+    return "it belongs to " + owner + ", and [" + sink.records->Source() +
+           "] refers to another table: -relations goes without";
 }
 
 void ColumnImport::CountRecord()

@@ -5,11 +5,16 @@
 #include "schema/drop_tables.h"
 #include "schema/engine_errors.h"
 
+#include <algorithm>
+#include <iterator>
+
 namespace velmora {
 
 namespace fs = std::filesystem;
 
 namespace {
+
+constexpr std::string_view kCreated = "Create database";
 
 template <class Operation>
 decltype(auto) Translated(Operation&& operation)
@@ -31,29 +36,41 @@ void CreateNew(Job& job, DatabaseSession& session, const fs::path& target, jet::
     session.Create(target, access97 ? jet::JetVersion::Jet3 : jet::JetVersion::Jet4, existing);
 }
 
-void TellOfCreation(Job& job, Step& step)
-{
-    step("Create MDB File");
-    job.log.ProtocolAppend("Create database");
-}
-
 /// Puts a new database in the place of the one at `target`. False when that one must not be touched; a full or failing
 /// disk is no such reason, and the run ends with it.
 bool TryReplace(Job& job, DatabaseSession& session, const fs::path& target, Step& step)
 {
     if (!jet::Connection::CanReplace(target))
         return false;
+    step("Create MDB File");
     try {
         CreateNew(job, session, target, jet::Existing::Replace);
     } catch (const RuntimeError& error) {
         if (!IsDiskFailure(error))
             return false;
-        TellOfCreation(job, step);
         throw;
     }
-    job.log.ProtocolAppend("MDB file deleted");
-    TellOfCreation(job, step);
+    session.AnnounceWithCommit("MDB file deleted");
+    session.AnnounceWithCommit(std::string(kCreated));
     return true;
+}
+
+std::string_view FormatName(jet::JetVersion version)
+{
+    return version == jet::JetVersion::Jet3 ? "Access 97" : "Access 2000";
+}
+
+/// A database that is kept keeps its format, whatever is asked for.
+void TellOfOtherFormat(Job& job, const DatabaseSession& session)
+{
+    const std::string_view stays = FormatName(session.Version());
+    const std::string_view wanted = job.controls.cboDatabase.Text();
+    if (stays == wanted)
+        return;
+    std::string line = "The database stays in the format of " + std::string(stays);
+    if (session.Version() == jet::JetVersion::Jet3)
+        line += ", with the characters of code page 1252";
+    job.log.ProtocolAppend(line + "; " + std::string(wanted) + " (ver=) is for new ones");
 }
 
 /// The old database is kept, but for its tables.
@@ -67,6 +84,7 @@ void OpenAndDropTables(Job& job, DatabaseSession& session, const fs::path& targe
     job.log.Trace("blAllTabelesWillBeDropped = True");
     step("Open ADO Connection");
     session.Open(target);
+    TellOfOtherFormat(job, session);
     velDropTablesAll(job, session);
 }
 
@@ -113,6 +131,18 @@ void DatabaseSession::Reopen(Recordset& recordset)
 void DatabaseSession::Commit()
 {
     Translated([&] { connection_->Commit(); });
+    for (const TableReport& report : pending_) {
+        const auto [at, isNew] = committedAt_.emplace(report.table, committed_.size());
+        TableReport& total =
+            isNew ? committed_.emplace_back(TableReport{.table = report.table}) : committed_[at->second];
+        total.records += report.records;
+        total.newColumns += report.newColumns;
+        total.widenedColumns += report.widenedColumns;
+    }
+    pendingBy_.clear();
+    pending_.clear();
+    std::ranges::move(announced_, std::back_inserter(becomeTrue_));
+    announced_.clear();
 }
 
 std::size_t DatabaseSession::ObjectsLeft()
@@ -120,13 +150,64 @@ std::size_t DatabaseSession::ObjectsLeft()
     return Translated([&] { return connection_->ObjectsLeft(); });
 }
 
-TableReport& DatabaseSession::Report(std::string_view table)
+std::string DatabaseSession::OwnName(const std::string& table)
 {
-    TableReport*& report = reportByTable_[std::string(table)];
+    const auto [known, isNew] = ownNames_.emplace(table, table);
+    if (!isNew)
+        return known->second;
+    const jet::Rowset rows = OpenSchema(jet::SchemaKind::Tables, {"", "", table, "TABLE"});
+    if (!rows.Eof())
+        known->second = rows.Text("TABLE_NAME");
+    return known->second;
+}
+
+TableReport& DatabaseSession::Report(const std::string& table)
+{
+    TableReport*& report = pendingBy_[OwnName(table)];
     if (!report)
-        report = &reports_.emplace_back(TableReport{.table = std::string(table)});
+        report = &pending_.emplace_back(TableReport{.table = OwnName(table)});
     return *report;
 }
+
+namespace {
+
+void OpenTarget(Job& job, DatabaseSession& session, const fs::path& target, Step& step)
+{
+    const bool exists = fs::exists(target);
+    if (exists && job.settings.blRecreateDatabase) {
+        if (TryReplace(job, session, target, step))
+            step("Open ADO Connection"); // which a new one is already
+        else
+            OpenAndDropTables(job, session, target, step);
+        return;
+    }
+    if (!exists) {
+        step("Create MDB File");
+        CreateNew(job, session, target, jet::Existing::Refuse);
+        session.AnnounceWithCommit(std::string(kCreated));
+        step("Open ADO Connection"); // which a new one is already
+        return;
+    }
+    step("Open ADO Connection");
+    session.Open(target);
+    TellOfOtherFormat(job, session);
+}
+
+/// False when the user does not want another try, which has aborted the run.
+bool WantsAnotherTry(Job& job)
+{
+    const std::string database = "Database [" + job.controls.txtFILE_MDB.text + "]";
+    const Answer answer =
+        job.host.Ask(database + " is in use by somebody else.\r\nDo you want to try to open it one more time?",
+                     "Open database", Buttons::RetryCancel, Icon::Question, Answer::Retry);
+    if (answer == Answer::Retry)
+        return true;
+    job.log.ProtocolAppend("Error: Open database failed. " + database + " is in use. No retry.");
+    job.settings.blAbort = true;
+    return false;
+}
+
+} // namespace
 
 void velOpenDatabase(Job& job, DatabaseSession& session)
 {
@@ -136,17 +217,15 @@ void velOpenDatabase(Job& job, DatabaseSession& session)
             throw RuntimeError(runtime_errors::kBadFileName, "Target MDB file not specified");
         }
         const fs::path target = PathFromUtf8(NativePath(job.controls.txtFILE_MDB.text));
-        const bool exists = fs::exists(target);
-        if (!exists) {
-            TellOfCreation(job, step);
-            CreateNew(job, session, target, jet::Existing::Refuse);
-        } else if (job.settings.blRecreateDatabase && !TryReplace(job, session, target, step)) {
-            OpenAndDropTables(job, session, target, step);
-            return;
-        }
-        step("Open ADO Connection");
-        if (!session.IsOpen()) // a new database is open already
-            session.Open(target);
+        do {
+            try {
+                OpenTarget(job, session, target, step);
+                return;
+            } catch (const RuntimeError& error) {
+                if (error.Number() != engine_errors::kFileInUse || job.settings.blQuiet)
+                    throw;
+            }
+        } while (WantsAnotherTry(job));
     });
 }
 

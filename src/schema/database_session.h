@@ -12,6 +12,7 @@
 #include <string_view>
 #include <unordered_map>
 #include <unordered_set>
+#include <utility>
 #include <vector>
 
 namespace velmora {
@@ -24,6 +25,7 @@ public:
     /// that there is a whole database at every moment.
     void Create(const std::filesystem::path& path, jet::JetVersion version, jet::Existing existing);
     void Open(const std::filesystem::path& path);
+    [[nodiscard]] jet::JetVersion Version() const noexcept { return connection_->Version(); }
     [[nodiscard]] bool IsOpen() const noexcept { return connection_ != nullptr; }
     /// Drops what came after the last Commit(). Every recordset must be closed before.
     void Close() noexcept { connection_.reset(); }
@@ -49,21 +51,35 @@ public:
     void NoteRelation(const std::string& relation) { made_.insert(relation); }
     [[nodiscard]] bool HasMadeRelation(const std::string& relation) const { return made_.contains(relation); }
 
-    /// The account of `table`, begun with the first question for it. It stays where it is.
-    [[nodiscard]] TableReport& Report(std::string_view table);
-    /// The accounts of all tables, in order of first use.
-    [[nodiscard]] std::vector<TableReport> Reports() const { return {reports_.begin(), reports_.end()}; }
+    /// A protocol line that becomes true with the next Commit().
+    void AnnounceWithCommit(std::string line) { announced_.push_back(std::move(line)); }
+    /// The lines that have become true since the last question.
+    [[nodiscard]] std::vector<std::string> TakeAnnouncements() { return std::exchange(becomeTrue_, {}); }
+
+    /// The account of `table` for what is not yet committed; the names that the database takes for one table have one
+    /// account. Valid until the next Commit().
+    [[nodiscard]] TableReport& Report(const std::string& table);
+    /// What was committed in each table, in order of first use.
+    [[nodiscard]] std::vector<TableReport> Reports() const { return committed_; }
 
 private:
     std::unique_ptr<jet::Connection> connection_;
-    std::deque<TableReport> reports_;
-    std::unordered_map<std::string, TableReport*> reportByTable_;
+    /// The name under which `table` stands in the database.
+    [[nodiscard]] std::string OwnName(const std::string& table);
+
+    std::vector<TableReport> committed_;
+    std::unordered_map<std::string, std::size_t> committedAt_; ///< positions, by table
+    std::deque<TableReport> pending_;                          ///< since the last commit; they stay where they are
+    std::unordered_map<std::string, TableReport*> pendingBy_;  ///< by table
+    std::unordered_map<std::string, std::string> ownNames_;    ///< by spelling
+    std::vector<std::string> announced_, becomeTrue_;
     std::unordered_set<std::string> leftOut_; ///< tables
     std::unordered_set<std::string> made_;    ///< relations
 };
 
 /// Opens the target database that the controls name: made anew, made because there is none, or as it is. A file that is
-/// to be made anew and cannot be replaced is opened and loses all its tables instead.
+/// to be made anew and cannot be replaced is opened and loses all its tables instead. A run that may ask waits for one
+/// that somebody else has open, as long as the user wants.
 void velOpenDatabase(Job& job, DatabaseSession& session);
 
 } // namespace velmora

@@ -8,6 +8,7 @@ static_assert(engine_errors::kDuplicateKey == static_cast<int>(jet::ErrorNumber:
 static_assert(engine_errors::kDiskFull == static_cast<int>(jet::ErrorNumber::DiskFull));
 static_assert(engine_errors::kDiskError == static_cast<int>(jet::ErrorNumber::DiskError));
 static_assert(engine_errors::kTooManyIndexes == static_cast<int>(jet::ErrorNumber::TooManyIndexes));
+static_assert(engine_errors::kFileInUse == static_cast<int>(jet::ErrorNumber::FileInUse));
 static_assert(engine_errors::kRecordTooLarge == static_cast<int>(jet::ErrorNumber::RecordTooLarge));
 static_assert(engine_errors::kNullInPrimaryKey == static_cast<int>(jet::ErrorNumber::NullInPrimaryKey));
 static_assert(engine_errors::kInvalidName == static_cast<int>(jet::ErrorNumber::InvalidName));

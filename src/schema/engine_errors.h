@@ -15,6 +15,7 @@ inline constexpr int kDuplicateKey = 3022;
 inline constexpr int kDiskFull = 3026;
 inline constexpr int kTooManyIndexes = 3039;
 inline constexpr int kDiskError = 3043;
+inline constexpr int kFileInUse = 3045;
 inline constexpr int kRecordTooLarge = 3047;
 inline constexpr int kNullInPrimaryKey = 3058;
 inline constexpr int kInvalidName = 3125;

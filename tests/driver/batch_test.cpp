@@ -1,5 +1,8 @@
 #include "driver/conversion.h"
 
+#include <csignal>
+#include <sys/resource.h>
+
 namespace velmora::testing {
 
 namespace {
@@ -205,6 +208,98 @@ TEST(Batch, ADatabaseIsMadeAnewOnlyWhenTheNewOneStands)
     EXPECT_EQ(run.Tables(), "q r ");
 }
 
+/// Ends with an error: nothing holds the innermost element.
+const std::string kFailing = "<doc><w><l><i><n>1</n></i></l></w></doc>";
+
+TEST(Batch, ARunThatEndsBetweenFilesTellsWhichAreDone)
+{
+    Conversion run;
+    run.Xml(kThree, "a.xml").Xml("<r>", "b.xml").Xml(kFailing, "c.xml").Xml(kThree, "d.xml").Xml(kThree, "e.xml");
+    const RunOutcome outcome = run.Options("+skip_empty").Run();
+    EXPECT_TRUE(outcome.failed);
+    const std::string folder = run.Path("").string();
+    for (const std::string& line :
+         {"Converted: 1 of 5 files, the last " + folder + "a.xml; 1 could not be read",
+          "Not finished: " + folder + "c.xml", "Not tried: 2 of 5 files, " + folder + "d.xml to " + folder + "e.xml"})
+        EXPECT_EQ(run.Said(line), 1) << line << ::testing::PrintToString(run.host.lines);
+    ASSERT_EQ(outcome.tables.size(), 1u) << "what was taken back is not counted";
+    EXPECT_EQ(outcome.tables[0].records, 3);
+}
+
+TEST(Batch, WhatWasTakenBackIsNotAnnounced)
+{
+    for (const bool exists : {true, false}) {
+        SCOPED_TRACE(exists);
+        Conversion run;
+        run.Options("+skip_empty");
+        if (exists)
+            run.Xml(kThree).Run();
+        const RunOutcome outcome = run.Xml(kFailing).Run();
+        EXPECT_TRUE(outcome.failed);
+        EXPECT_TRUE(outcome.tables.empty());
+        EXPECT_EQ(run.Said("MDB file deleted"), 0);
+        EXPECT_EQ(run.Said("Create database"), 0);
+        EXPECT_EQ(run.Said(exists ? "the database stays as it was" : "no database was made"), 1);
+        EXPECT_EQ(std::filesystem::exists(run.Target()), exists);
+    }
+}
+
+TEST(Batch, ACommitThatFailsIsFollowedByWhatTheDatabaseHolds)
+{
+    const auto handler = std::signal(SIGXFSZ, SIG_IGN);
+    rlimit unlimited{};
+    getrlimit(RLIMIT_FSIZE, &unlimited);
+    std::string many = "<r>";
+    for (int record = 0; record < 2000; ++record)
+        many += "<p><n>" + std::string(100, 'x') + "</n></p>";
+    Conversion run;
+    run.Xml(kThree, "a.xml").Xml(many + "</r>", "b.xml");
+    run.host.onEvents = [&] {
+        if (run.Said("File 2 of 2") == 0)
+            return;
+        const rlimit full{std::filesystem::file_size(run.Target()), unlimited.rlim_max};
+        setrlimit(RLIMIT_FSIZE, &full);
+    };
+    const RunOutcome outcome = run.Run();
+    setrlimit(RLIMIT_FSIZE, &unlimited);
+    std::signal(SIGXFSZ, handler);
+    EXPECT_TRUE(outcome.failed);
+    EXPECT_EQ(run.host.errors.size(), 1u) << run.Error();
+    EXPECT_EQ(run.Said("the database holds the files that were converted before, nothing of the last one"), 1)
+        << ::testing::PrintToString(run.host.lines);
+    EXPECT_EQ(run.Dump("p"), "PKEY|FKEY|n\n1|1|1\n2|1|2\n3|1|3\n");
+    ASSERT_EQ(outcome.tables.size(), 2u);
+    EXPECT_EQ(outcome.tables[0].records + outcome.tables[1].records, 4);
+}
+
+TEST(Batch, ATableMetUnderTwoSpellingsHasOneAccount)
+{
+    Conversion run;
+    run.Xml("<r><Item><n>1</n></Item></r>", "a.xml").Xml("<R><ITEM><n>2</n></ITEM></R>", "b.xml");
+    const RunOutcome outcome = run.Run();
+    EXPECT_FALSE(outcome.failed) << run.Error();
+    ASSERT_EQ(outcome.tables.size(), 2u);
+    for (const TableReport& report : outcome.tables)
+        EXPECT_EQ(report.records, 2) << report.table;
+}
+
+TEST(Batch, ADatabaseThatKeepsItsFormatSaysSo)
+{
+    const char* const versions[] = {"ver=2000", "ver=97"};
+    const char* const lines[] = {
+        "stays in the format of Access 2000; Access 97 (ver=)",
+        "stays in the format of Access 97, with the characters of code page 1252; Access 2000"};
+    for (const int made : {0, 1}) {
+        SCOPED_TRACE(versions[made]);
+        Conversion run;
+        run.Xml(kThree).Options(versions[made]).Run();
+        run.Options("-recreate_database").Run();
+        EXPECT_EQ(run.Said("stays in the format"), 0);
+        run.Options(versions[1 - made]).Run();
+        EXPECT_EQ(run.Said(lines[made]), 1) << ::testing::PrintToString(run.host.lines);
+    }
+}
+
 TEST(Batch, ATargetThatCannotBeDeletedEndsTheRun)
 {
     Conversion run;
@@ -230,7 +325,6 @@ TEST(Batch, TheProtocolFileTellsTheWholeRun)
                              "btnConvert_Click: Debug mode: True",
                              "velOpenDatabase: ",
                              "Create MDB File",
-                             "Create database",
                              "File 1 of 1: ",
                              "Open XML",
                              "Analyse XML",
@@ -255,6 +349,7 @@ TEST(Batch, TheProtocolFileTellsTheWholeRun)
                              "Import XML: 4 records were imported",
                              "Close tables",
                              "Close table [p]",
+                             "Create database",
                              "Done",
                              "Closing protocoll file"}) {
         const std::size_t found = log.find(line, at);

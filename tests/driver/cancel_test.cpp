@@ -40,7 +40,7 @@ TEST(Cancel, IsSafeAtEveryMoment)
         std::set<std::string> stages;
     };
     const Case cases[] = {
-        {"", {"Open XML", "Analyse XML", "Create tables", "Create relations", "Import XML: Appr", "Close tables"}},
+        {"", {"Open XML", "Analyse XML", "Create tables", "Create relations", "Import XML: Appr", "Create database"}},
         {"-recreate_database +empty_tables",
          {"Deleting content", "Open XML", "Analyse XML", "Extend MDB struc", "Create relations", "Import XML: Appr",
           "Close tables"}},

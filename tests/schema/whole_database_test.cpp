@@ -152,12 +152,40 @@ TEST_F(WholeDatabase, AFileInUseStaysAsItIs)
     const std::string before = ReadFile(path);
     job.controls.txtFILE_MDB.text = path.string();
     job.settings.blRecreateDatabase = true;
+    for (const bool quiet : {true, false}) {
+        SCOPED_TRACE(quiet);
+        job.settings.blQuiet = quiet;
+        job.settings.blAbort = false;
+        host.lines.clear();
+        host.errors.clear();
+        DatabaseSession second;
+        velOpenDatabase(job, second);
+        EXPECT_EQ(host.lines.front(), "Could not delete MDB file");
+        EXPECT_TRUE(job.settings.blAbort);
+        EXPECT_EQ(host.captions.size(), quiet ? 0u : 1u);
+        ASSERT_EQ(host.errors.size(), quiet ? 1u : 0u) << "the user's Cancel is no error";
+        if (quiet) {
+            EXPECT_EQ(host.errors[0].first, 3045) << host.errors[0].second;
+        }
+        EXPECT_EQ(ReadFile(path), before);
+    }
+}
+
+TEST_F(WholeDatabase, AFileInUseIsAskedAboutUntilItIsFree)
+{
+    session.Commit();
+    job.controls.txtFILE_MDB.text = path.string();
+    host.answers = {Answer::Retry, Answer::Retry};
+    host.onAsk = [&] {
+        if (host.captions.size() == 2)
+            session.Close();
+    };
     DatabaseSession second;
     velOpenDatabase(job, second);
-    EXPECT_EQ(host.lines.front(), "Could not delete MDB file");
-    ASSERT_EQ(host.errors.size(), 1u);
-    EXPECT_EQ(host.errors[0].first, 3045) << host.errors[0].second;
-    EXPECT_EQ(ReadFile(path), before);
+    EXPECT_EQ(host.captions, std::vector<std::string>(2, "Open database"));
+    EXPECT_EQ(job.log.ErrorCount(), 0);
+    ASSERT_TRUE(second.IsOpen());
+    EXPECT_EQ(second.UserTables().size(), 2u);
 }
 
 /// A file that stays where it is: nothing can be written beside it.
