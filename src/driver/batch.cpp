@@ -198,7 +198,7 @@ bool Batch::ConvertOneFile(const std::string& path, DatabaseSession& session)
         velCreateDatabase(job_, session, xml.document, model, tagMap_, schema_pass::kCreateRelations);
     TableSinks sinks;
     velOpenTables(job_, session, model, tagMap_, sinks);
-    ImportDocument(job_, session, xml.document, model, tagMap_, sinks);
+    ImportDocument(job_, session, path, xml.document, model, tagMap_, sinks);
     velCloseTables(job_, session, sinks);
     unfinishedRecords_ = sinks.SavedRecords();
     return xml.readable;

@@ -5,9 +5,9 @@
 
 namespace velmora {
 
-ColumnImport::ColumnImport(Job& job, DatabaseSession& session, const Document& document, const StructureModel& model,
-                           const TagMap& map, TableSinks& sinks, ValueAccount& account)
-    : job_(job), session_(session), document_(document), model_(model), sinks_(sinks),
+ColumnImport::ColumnImport(Job& job, DatabaseSession& session, const std::string& source, const Document& document,
+                           const StructureModel& model, const TagMap& map, TableSinks& sinks, ValueAccount& account)
+    : job_(job), session_(session), source_(source), document_(document), model_(model), sinks_(sinks),
       fields_(document, job.settings, map, sinks), writer_(job, session, account)
 {
 }
@@ -111,7 +111,7 @@ bool ColumnImport::ImportLeafIntoOwnTable(ElementId leaf, int ownerSink)
         return false;
     TableSink& sink = sinks_[number];
     TableSink& owner = sinks_[ownerSink];
-    writer_.Begin(sink);
+    writer_.Begin(sink, leaf);
     if (job_.settings.blOneTablePerElement)
         writer_.SetMasterTable(sink, owner.records->Source());
     writer_.SetForeignKey(sink, writer_.Key(owner));
@@ -155,7 +155,7 @@ void ColumnImport::velImportTwinBabyElements(ElementId leaf, std::int32_t ownerK
     const bool completed = Procedure(job_, "velImportTwinBabyElements", [&](Step& step) {
         TableSink& sink = sinks_[number];
         step([&sink] { return "Add new record to table [" + sink.records->Source() + "]"; });
-        writer_.Begin(sink);
+        writer_.Begin(sink, leaf);
         writer_.SetForeignKey(sink, ownerKey);
         writer_.SetMasterTable(sink, ownerSink == 0 ? std::string_view() : sinks_[ownerSink].records->Source());
         if (!content.empty()) {
@@ -192,7 +192,7 @@ void ColumnImport::velImportNodeAttributesRecord(ElementId leaf, int leafSink, i
                    " attributes.";
         });
         step([&sink] { return "Add new record to table  [" + sink.records->Source() + "] (Attributes only)"; });
-        writer_.Begin(sink);
+        writer_.Begin(sink, leaf);
         writer_.SetForeignKey(sink, ownerKey);
         SetAttributes(leaf, leafSink, step);
         if (job_.settings.blAbort)
@@ -213,7 +213,7 @@ void ColumnImport::Save(int sinkNumber, int ownerSink)
     } catch (const EngineError& error) {
         if (!IsBrokenRule(error))
             throw;
-        throw ExplainRefusal(error, sink, document_, HelpFor(error, sink, ownerSink));
+        throw ExplainRefusal(error, sink, document_, source_, HelpFor(error, sink, ownerSink));
     }
 }
 

@@ -15,8 +15,9 @@ namespace velmora {
 /// of their own need. Each operation reports its own failure; blAbort is set then.
 class ColumnImport {
 public:
-    ColumnImport(Job& job, DatabaseSession& session, const Document& document, const StructureModel& model,
-                 const TagMap& map, TableSinks& sinks, ValueAccount& account);
+    /// `source` is the file from which the document was loaded.
+    ColumnImport(Job& job, DatabaseSession& session, const std::string& source, const Document& document,
+                 const StructureModel& model, const TagMap& map, TableSinks& sinks, ValueAccount& account);
 
     /// Writes the texts of the element's leaves into its record, which is pending in `sink`. A leaf for which that has
     /// no column gets a record of its own where it has a table.
@@ -55,6 +56,7 @@ private:
 
     Job& job_;
     const DatabaseSession& session_;
+    const std::string& source_;
     const Document& document_;
     const StructureModel& model_;
     TableSinks& sinks_;

@@ -131,7 +131,7 @@ bool NodeImporter::TryBuildRecord(Level& level, Step& step)
     const bool withAttributes = job_.settings.blImportAttributes && document_.AttributeCount(level.element) > 0;
 
     step([&records = *sink.records] { return "Add new record to table [" + records.Source() + "]"; });
-    writer.Begin(sink);
+    writer.Begin(sink, level.element);
     if (job_.settings.blOneTablePerElement && level.parentSink != 0)
         writer.SetMasterTable(sink, SourceOf(level.parentSink));
     writer.SetForeignKey(sink, level.parentKey);
@@ -217,15 +217,15 @@ std::string_view NodeImporter::SourceOf(int sink) const
 
 } // namespace
 
-void ImportDocument(Job& job, DatabaseSession& session, const Document& document, const StructureModel& model,
-                    const TagMap& map, TableSinks& sinks)
+void ImportDocument(Job& job, DatabaseSession& session, const std::string& source, const Document& document,
+                    const StructureModel& model, const TagMap& map, TableSinks& sinks)
 {
     if (job.settings.blAbort)
         return;
     job.log.ProtocolAppend("Import XML: Approx. " + std::to_string(model.lngRecordEstimate) +
                            " records will be imported");
     ValueAccount account(document);
-    ColumnImport columns(job, session, document, model, map, sinks, account);
+    ColumnImport columns(job, session, source, document, model, map, sinks, account);
     job.log.Trace("--- Start importing nodes -----------------");
     if (!document.IsEmpty())
         NodeImporter(job, document, sinks, columns).velImportNode();

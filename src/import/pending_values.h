@@ -35,6 +35,7 @@ struct PendingValues {
         ValueOrigin origin;
         LossReason reason;
     };
+    ElementId element = kNoElement;        ///< of which the record is made
     std::vector<ValueOrigin> byField;      ///< by position; no element where the field holds no value of the document
     std::vector<std::size_t> filled;       ///< positions that hold one
     std::vector<Refusal> refused;          ///< values that were offered to the record, and that it does not hold

@@ -1,6 +1,7 @@
 #include "import/record_refusal.h"
 
 #include "import/value_sample.h"
+#include "xml/element_line.h"
 
 namespace velmora {
 
@@ -42,13 +43,15 @@ bool IsBrokenRule(const EngineError& error) noexcept
 }
 
 RuntimeError ExplainRefusal(const EngineError& error, TableSink& sink, const Document& document,
-                            const std::string& help)
+                            const std::string& source, const std::string& help)
 {
     std::string text = error.what();
     text += " (" + RuleOf(error.Subject());
     for (const std::string& column : error.Subject().columns)
         text += ", " + column + " = " + ValueIn(*sink.records, column);
     text += "; record " + std::to_string(sink.savedRecords + 1) + " of " + document.PathText(sink.element.strPath);
+    if (const auto line = LineOfElement(source, sink.values.element))
+        text += ", line " + std::to_string(*line);
     if (!help.empty())
         text += "; " + help;
     return {error.Number(), text + ")"};

@@ -40,11 +40,12 @@ private:
 
 } // namespace
 
-void RecordWriter::Begin(TableSink& sink)
+void RecordWriter::Begin(TableSink& sink, ElementId element)
 {
     sink.records->AddNew();
     begun_.push_back(&sink);
     sink.values.Clear();
+    sink.values.element = element;
     FindKeys(sink);
 }
 

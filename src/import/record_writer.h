@@ -30,7 +30,8 @@ public:
     {
     }
 
-    void Begin(TableSink& sink);
+    /// `element` is what the record is made of.
+    void Begin(TableSink& sink, ElementId element);
     // Key columns that the table does not have, or that take no such value, are passed over.
     void SetForeignKey(TableSink& sink, std::int32_t key);
     void SetMasterTable(TableSink& sink, std::string_view ownerTable);

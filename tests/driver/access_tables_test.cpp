@@ -48,7 +48,7 @@ TEST(AccessTables, WhatBreaksARuleIsNamedWithItsRecord)
         {"a unique index",
          {"CREATE TABLE [p] ([n] String)", "CREATE UNIQUE INDEX [one_n] ON [p] ([n])"},
          "<p><n>1</n></p>",
-         {"3022 ", "index [one_n] of [p], n = \"1\"; record 2 of //r/p"}},
+         {"3022 ", "index [one_n] of [p], n = \"1\"; record 2 of //r/p, line 3)"}},
         {"a primary key of two columns",
          {"CREATE TABLE [p] ([n] String, [m] Long)", "CREATE UNIQUE INDEX [both] ON [p] ([n], [m]) WITH PRIMARY"},
          "<p><n>2</n></p>",
@@ -83,7 +83,7 @@ TEST(AccessTables, WhatBreaksARuleIsNamedWithItsRecord)
             session.ExecuteSql(sql);
         session.Commit();
         session.Close();
-        run.Options("-recreate_database").Xml(std::string("<r><p><n>1</n><m>1</m></p>") + c.record + "</r>");
+        run.Options("-recreate_database").Xml(std::string("<r>\n<p><n>1</n><m>1</m></p>\n") + c.record + "</r>");
         EXPECT_TRUE(run.Run().failed);
         for (const char* part : c.said)
             EXPECT_NE(run.Error().find(part), std::string::npos) << part << "\n in " << run.Error();
