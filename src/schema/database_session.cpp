@@ -138,6 +138,7 @@ void DatabaseSession::Commit()
         total.records += report.records;
         total.newColumns += report.newColumns;
         total.widenedColumns += report.widenedColumns;
+        total.columnsWithoutZone = report.columnsWithoutZone; // which began with those known
     }
     pendingBy_.clear();
     pending_.clear();
@@ -163,9 +164,13 @@ std::string DatabaseSession::OwnName(const std::string& table)
 
 TableReport& DatabaseSession::Report(const std::string& table)
 {
-    TableReport*& report = pendingBy_[OwnName(table)];
-    if (!report)
-        report = &pending_.emplace_back(TableReport{.table = OwnName(table)});
+    const std::string name = OwnName(table);
+    TableReport*& report = pendingBy_[name];
+    if (report)
+        return *report;
+    report = &pending_.emplace_back(TableReport{.table = name});
+    if (const auto known = committedAt_.find(name); known != committedAt_.end())
+        report->columnsWithoutZone = committed_[known->second].columnsWithoutZone;
     return *report;
 }
 
