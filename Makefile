@@ -4,7 +4,10 @@ SHELL := /bin/sh
 JOBS ?= $(shell nproc 2>/dev/null || echo 2)
 PROGRAM := build/velmora
 
-.PHONY: all setup build run test test-sanitize bench check-large clean
+CLANG := clang libclang-rt-dev llvm
+SOURCES = find src tests fuzz bench tools -name '*.cpp' -o -name '*.h'
+
+.PHONY: all setup build run test test-sanitize tidy format reformat bench check-large clean
 
 all: build
 
@@ -27,11 +30,28 @@ test: build
 	@cmake --build --preset release --parallel $(JOBS)
 	@ctest --preset release --parallel $(JOBS)
 
-# The same tests with assertions, under AddressSanitizer and UndefinedBehaviorSanitizer.
-test-sanitize: setup
+# The same tests with assertions, under AddressSanitizer and UndefinedBehaviorSanitizer, built by clang.
+test-sanitize:
+	@tools/setup.sh $(CLANG)
 	@cmake --preset sanitize --log-level=WARNING
 	@cmake --build --preset sanitize --parallel $(JOBS)
 	@ctest --preset sanitize --parallel $(JOBS)
+
+# clang-tidy over src/: nothing to say, or the target fails.
+tidy:
+	@tools/setup.sh $(CLANG) clang-tidy
+	@cmake --preset sanitize --log-level=WARNING
+	@run-clang-tidy -quiet -p build/sanitize -j $(JOBS) -extra-arg=-fno-caret-diagnostics "$(CURDIR)/src/" \
+	    >build/tidy.log || { cat build/tidy.log; exit 1; }
+
+# Fails and says where when a file is not as clang-format would have it; `make reformat` brings them all to it.
+format:
+	@tools/setup.sh clang-format
+	@$(SOURCES) | xargs clang-format --dry-run -Werror
+
+reformat:
+	@tools/setup.sh clang-format
+	@$(SOURCES) | xargs clang-format -i
 
 # CPU time and memory of a conversion beside its floor; the engine's inserts beside SQLite's; opening a large database.
 bench: build
@@ -42,6 +62,7 @@ bench: build
 
 # The large inputs: some minutes, some gigabytes. VELMORA_SHARED names the shared corpus (../shared otherwise).
 check-large: build
+	@tools/setup.sh $(CLANG)
 	@cmake --preset sanitize --log-level=WARNING
 	@cmake --build --preset sanitize --parallel $(JOBS) --target velmora
 	@python3 bench/check_large.py --program $(PROGRAM) --sanitized build/sanitize/velmora --data build/large

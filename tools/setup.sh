@@ -1,13 +1,15 @@
 #!/bin/sh
-# Installs what building and testing velmora need and this machine lacks (Debian and its relatives).
-# Quick and silent when nothing is missing.
+# Installs what building and testing velmora need and this machine lacks (Debian and its relatives), and the packages
+# given beside. Quick and silent when nothing is missing.
+# usage: setup.sh [PACKAGE...]
 set -eu
 
-packages="g++ cmake ninja-build libexpat1-dev libgtest-dev libbenchmark-dev libsqlite3-dev curl mdbtools python3"
+packages="$* g++ cmake ninja-build libexpat1-dev libgtest-dev libbenchmark-dev libsqlite3-dev curl mdbtools python3"
 
 if ! command -v dpkg-query >/dev/null 2>&1; then
     echo "setup: this system has no Debian packages; the build goes on with what is installed." >&2
     echo "setup: needed are a C++20 compiler, CMake 3.25, Ninja, expat, GoogleTest, curl, mdbtools and Python 3.11." >&2
+    [ $# -eq 0 ] || echo "setup: and for this target: $*." >&2
     exit 0
 fi
 

@@ -131,10 +131,10 @@ void velCloseTables(Job& job, DatabaseSession& session, TableSinks& sinks)
         attempt([&] { CloseRecordset(*sink.records, step); });
         sink.records.reset();
     }
-    for (auto& [path, file] : sinks.Texts().All()) {
+    for (auto& entry : sinks.Texts().All()) {
         attempt([&] {
-            step("Close file [" + path + "]");
-            file.Flush();
+            step("Close file [" + entry.first + "]");
+            entry.second.Flush();
         });
     }
     Tell(job.log, shortfall);
