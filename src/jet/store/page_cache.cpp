@@ -29,7 +29,7 @@ MutablePageRef PageCache::Fresh(PageNumber page)
         Enter(*frame, page);
     }
     std::fill_n(frame->data.get(), pageSize_, Byte{0});
-    frame->dirty = true;
+    frame->Change();
     pageCount_ = std::max(pageCount_, page + 1);
     return MutablePageRef(frame);
 }
@@ -69,6 +69,7 @@ Frame& PageCache::FreeFrame()
     Frame& frame = frames_.emplace_back();
     frame.data = std::make_unique_for_overwrite<Byte[]>(pageSize_);
     frame.size = pageSize_;
+    frame.changed = &changed_;
     return frame;
 }
 
@@ -120,7 +121,6 @@ void PageCache::WriteToFile(PageNumber page, ByteSpan pages)
     ThrowIfFailed();
     OnFile([&] {
         KeepOld(page, page + static_cast<PageNumber>(pages.size() / pageSize_));
-        hasWritten_ = true;
         file_->WriteAt(std::uint64_t{page} * pageSize_, pages);
     });
 }
@@ -140,12 +140,18 @@ void PageCache::KeepOld(PageNumber begin, PageNumber end)
         if (begin == end)
             return;
     }
-    keepBuffer_.clear();
-    for (const Frame& frame : frames_)
-        if (frame.dirty && !journal_->Holds(frame.number))
-            keepBuffer_.push_back(frame.number);
-    std::ranges::sort(keepBuffer_);
-    journal_->Keep(keepBuffer_);
+    CollectChanged();
+    std::erase_if(changedPages_, [this](PageNumber page) { return journal_->Holds(page); });
+    journal_->Keep(changedPages_);
+}
+
+void PageCache::CollectChanged()
+{
+    changedPages_.clear();
+    for (const Frame* frame = changed_.first; frame != nullptr; frame = frame->next)
+        if (frame->dirty)
+            changedPages_.push_back(frame->number);
+    std::ranges::sort(changedPages_);
 }
 
 /// Runs `operation`; when it throws, the file is not touched any more.
@@ -172,19 +178,15 @@ void PageCache::ThrowIfFailed() const
         throw Error(*failure_);
 }
 
-bool PageCache::HasChanges() const noexcept
-{
-    return hasWritten_ || std::ranges::any_of(frames_, &Frame::dirty);
-}
-
 void PageCache::WriteBack()
 {
     ThrowIfFailed();
-    for (PageNumber page = kHeaderPage + 1; page < pageCount_;)
-        if (const Frame* frame = table_[page]; frame != nullptr && frame->dirty)
-            page = WriteRun(page, true);
-        else
-            ++page;
+    CollectChanged();
+    const std::vector<PageNumber> pages = std::exchange(changedPages_, {}); // writing collects anew, for the journal
+    PageNumber written = kHeaderPage + 1;
+    for (const PageNumber page : pages)
+        if (page >= written)
+            written = WriteRun(page, true);
     OnFile([this] { file_->Sync(); });
 }
 
@@ -201,7 +203,10 @@ void PageCache::EndCommit()
     if (journal_ != nullptr && journal_->IsActive())
         OnFile([this] { journal_->Finish(); });
     committedPages_ = pageCount_;
-    hasWritten_ = false;
+    while (changed_.first != nullptr) {
+        changed_.first->isListed = false;
+        changed_.first = changed_.first->next;
+    }
 }
 
 } // namespace jet

@@ -14,14 +14,33 @@
 
 namespace jet {
 
+struct Frame;
+
+/// The frames that were changed since the last commit, whether they have been written since or not.
+struct ChangedFrames {
+    Frame* first = nullptr;
+};
+
 /// One page in memory.
 struct Frame {
     std::unique_ptr<Byte[]> data;
     std::size_t size = 0;
     PageNumber number = 0;
     std::uint32_t pins = 0;
-    bool dirty = false;  ///< differs from the file
-    bool recent = false; ///< used since the eviction's hand last passed
+    bool dirty = false;    ///< differs from the file
+    bool recent = false;   ///< used since the eviction's hand last passed
+    bool isListed = false; ///< in `changed`, where `next` is the one behind it
+    Frame* next = nullptr;
+    ChangedFrames* changed = nullptr;
+
+    void Change() noexcept
+    {
+        dirty = true;
+        if (isListed)
+            return;
+        isListed = true;
+        next = std::exchange(changed->first, this);
+    }
 };
 
 /// A page that stays in memory as long as this object lives. Cheap to move; copies share the pin. Must not outlive its
@@ -64,7 +83,7 @@ public:
     MutablePageRef() = default;
     [[nodiscard]] MutableBytes Data() const noexcept
     {
-        frame_->dirty = true;
+        frame_->Change();
         return {frame_->data.get(), frame_->size};
     }
 
@@ -75,7 +94,8 @@ private:
 
 /// The pages of one file that are in memory. A cached page is found by one look into a table; when the budget is used
 /// up, a clock hand takes pages that nobody holds and nobody used lately. Changed pages that are neighbours are written
-/// together. A page that is pinned stays, budget or not.
+/// together. A page that is pinned stays, budget or not. A commit looks at the pages changed since the last one only,
+/// however large the file and the memory are.
 ///
 /// Pages may have to be written between two commits. What they held at the last one is then in the journal before. Once
 /// the file has failed, nobody knows what is in it: nothing more is written, and everything that tries throws what was
@@ -95,14 +115,14 @@ public:
     [[nodiscard]] MutablePageRef Write(PageNumber page)
     {
         Frame* frame = Fetch(page);
-        frame->dirty = true;
+        frame->Change();
         return MutablePageRef(frame);
     }
     /// `page`, all zero whatever the file holds there; the file grows when the page lies behind its end.
     [[nodiscard]] MutablePageRef Fresh(PageNumber page);
 
     /// Has a page been changed since the last commit?
-    [[nodiscard]] bool HasChanges() const noexcept;
+    [[nodiscard]] bool HasChanges() const noexcept { return changed_.first != nullptr; }
     /// Writes every changed page except page 0 (kHeaderPage), in ascending order, and waits for the disk.
     void WriteBack();
     /// The same for page 0.
@@ -127,6 +147,7 @@ private:
     Frame& FreeFrame();
     Frame* Victim();
     void Enter(Frame& frame, PageNumber page) noexcept;
+    void CollectChanged();
     PageNumber WriteRun(PageNumber page, bool heldToo);
     void WriteToFile(PageNumber page, ByteSpan pages);
     void KeepOld(PageNumber begin, PageNumber end);
@@ -145,9 +166,9 @@ private:
     std::deque<Frame> frames_;   ///< a deque, so that frames never move
     std::vector<Frame*> unused_; ///< frames without a page, left by a read that failed
     std::size_t hand_ = 0;
-    Bytes writeBuffer_;                  ///< adjacent pages on their way to the file
-    std::vector<PageNumber> keepBuffer_; ///< pages on their way to the journal
-    bool hasWritten_ = false;            ///< since the last commit
+    ChangedFrames changed_;
+    std::vector<PageNumber> changedPages_; ///< those that are to be written, ascending
+    Bytes writeBuffer_;                    ///< adjacent pages on their way to the file
     std::optional<Error> failure_;
 };
 
