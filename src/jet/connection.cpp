@@ -163,6 +163,7 @@ public:
             pager_->Commit();
             if (unfinished_)
                 unfinished_->MoveIntoPlace();
+            catalog_.ForgetMoves();
         } catch (const Error& error) {
             pager_->Fail(error);
             throw;

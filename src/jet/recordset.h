@@ -66,7 +66,8 @@ public:
     void Delete();
     /// The primary key's or any autonumber of the record last saved; nullopt when the table has none.
     [[nodiscard]] std::optional<std::int32_t> LastAutonumber() const noexcept;
-    /// A token for the record last saved, by which it can be deleted later.
+    /// A token for the record last saved, by which it can be deleted later: until a commit that finds no recordset open
+    /// on the table.
     [[nodiscard]] std::uint64_t Bookmark() const noexcept;
     void DeleteBookmark(std::uint64_t bookmark);
     /// Characters that did not exist in the file's code page and became "?" since the recordset was opened (Access 97).

@@ -246,4 +246,11 @@ void Catalog::FlushCounters()
         table->FlushCounters();
 }
 
+void Catalog::ForgetMoves() noexcept
+{
+    for (const auto& [page, table] : tables_)
+        if (table.use_count() <= 1) // ours; the engine's own tables have no owner at all
+            table->ForgetMoves();
+}
+
 } // namespace jet

@@ -74,6 +74,8 @@ public:
     void CheckRoomForObject() const;
     /// Writes what the tables keep in memory (row counts, autonumbers, statistics) to their pages.
     void FlushCounters();
+    /// To be called after a commit: tables that nobody has open forget where their rows were before.
+    void ForgetMoves() noexcept;
 
 private:
     void ApplyProperties(Table& table);

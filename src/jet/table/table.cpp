@@ -145,14 +145,22 @@ void Table::ReturnAutonumber(std::int32_t number) noexcept
 
 std::optional<RowId> Table::Relocated(RowId row, std::uint32_t epoch) const
 {
-    for (; epoch < moves_.size(); ++epoch) {
-        const auto& moves = moves_[epoch];
+    if (epoch < firstEpoch_)
+        return std::nullopt;
+    for (; epoch < RowsEpoch(); ++epoch) {
+        const auto& moves = moves_[epoch - firstEpoch_];
         const auto found = std::ranges::lower_bound(moves, row, {}, &std::pair<RowId, RowId>::first);
         if (found == moves.end() || found->first != row)
             return std::nullopt;
         row = found->second;
     }
     return row;
+}
+
+void Table::ForgetMoves() noexcept
+{
+    firstEpoch_ = RowsEpoch();
+    moves_.clear();
 }
 
 std::optional<RowId> Table::NextRow(std::optional<RowId> after) const

@@ -64,10 +64,15 @@ public:
     /// Counts the changes of the columns: whoever keeps column indexes looks them up anew when it has moved.
     [[nodiscard]] std::uint64_t Generation() const noexcept { return generation_; }
     /// Counts how often all rows have been written anew and got other ids (Renumber(), and the first variable column).
-    [[nodiscard]] std::uint32_t RowsEpoch() const noexcept { return static_cast<std::uint32_t>(moves_.size()); }
+    [[nodiscard]] std::uint32_t RowsEpoch() const noexcept
+    {
+        return firstEpoch_ + static_cast<std::uint32_t>(moves_.size());
+    }
     /// The id that a row has now whose id was `row` in `epoch`; nullopt when it was not there when the rows were
-    /// written anew.
+    /// written anew, or nobody was to ask any more.
     [[nodiscard]] std::optional<RowId> Relocated(RowId row, std::uint32_t epoch) const;
+    /// Nobody will ask for an id of an earlier epoch.
+    void ForgetMoves() noexcept;
     void SetHook(RowHook* hook) noexcept { hook_ = hook; }
     void SetRules(std::size_t column, ColumnRules rules) { def_.columns[column].rules = std::move(rules); }
     /// From now on the values of this memo or OLE column never stay in the row, however short.
@@ -151,6 +156,7 @@ private:
     bool countersChanged_ = false;
     RowHook* hook_ = nullptr;
     std::unique_ptr<Parts> parts_; ///< trees, long-value stores, insert position
+    std::uint32_t firstEpoch_ = 0; ///< the epoch of moves_[0]
     /// By epoch: the ids before and after, in the order of those before.
     std::vector<std::vector<std::pair<RowId, RowId>>> moves_;
 };

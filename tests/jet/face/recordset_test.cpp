@@ -241,6 +241,11 @@ TEST(Recordset, BookmarksOutliveRowsWrittenAnew)
         EXPECT_EQ(ErrorOf([&] { records.DeleteBookmark(bookmarks[0]); }), ErrorNumber::RecordDeleted);
         EXPECT_TRUE(database.Rows("t").starts_with("1|False|\n3|False|\n4|True|\n"));
         EXPECT_EQ(database.Count("t"), 398u);
+        records.Close();
+        database.Face().Commit();
+        records = database.Open("t");
+        EXPECT_EQ(ErrorOf([&] { records.DeleteBookmark(bookmarks[4]); }), ErrorNumber::RecordDeleted)
+            << "from before a commit that found the table closed";
         EXPECT_TRUE(database.AllSound());
     }
 }
