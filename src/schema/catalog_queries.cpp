@@ -48,11 +48,16 @@ void SettleName(std::string& name, const std::string& replacement, std::string_v
 
 } // namespace
 
-bool velCheckExistsColumn(Job& job, DatabaseSession& session, const std::string& table, const std::string& column)
+bool velCheckExistsColumn(Job& job, DatabaseSession& session, TableColumns& columns, const std::string& column)
 {
     return AnswerFor(job, "velCheckExistsColumn", [&](Step& step) {
-        step("Check if column [" + table + "].[" + column + "] exists");
-        return AnyRow(session.OpenSchema(SchemaKind::Columns, {"", "", table}), "COLUMN_NAME", column);
+        step("Check if column [" + columns.table + "].[" + column + "] exists");
+        if (!columns.names) {
+            jet::Rowset rows = session.OpenSchema(SchemaKind::Columns, {"", "", columns.table});
+            for (columns.names.emplace(); !rows.Eof(); rows.MoveNext())
+                columns.names->insert(rows.Text("COLUMN_NAME"));
+        }
+        return columns.names->contains(column);
     });
 }
 

@@ -2,15 +2,30 @@
 
 #include "schema/database_session.h"
 
+#include <optional>
 #include <string>
+#include <unordered_set>
 
 namespace velmora {
 
 // What the open database already holds. None of these changes it. A failure ends in the error report, and the answer is
 // false then.
 
-/// Has the table a column of exactly this name, letter case included?
-[[nodiscard]] bool velCheckExistsColumn(Job& job, DatabaseSession& session, const std::string& table,
+/// What is known of one table's columns: nothing before the first question, then the names of all.
+struct TableColumns {
+    std::string table;
+    std::optional<std::unordered_set<std::string>> names;
+
+    /// A statement has added `column`.
+    void NoteAdded(const std::string& column)
+    {
+        if (names)
+            names->insert(column);
+    }
+};
+
+/// Has the table a column of exactly this name, letter case included? The database is asked once for each `columns`.
+[[nodiscard]] bool velCheckExistsColumn(Job& job, DatabaseSession& session, TableColumns& columns,
                                         const std::string& column);
 
 /// Is there a user table of this name? Views, links and system tables do not count.

@@ -53,10 +53,10 @@ private:
     void RefuseTooManyObjects(const std::vector<std::size_t>& entries);
     void BuildEntry(std::size_t entry, Step& step);
     [[nodiscard]] std::vector<Column> PlainColumns(std::size_t entry, const std::string& table, Step& step);
-    void AddMissingColumns(const std::vector<Column>& columns, const std::string& table, Step& step);
+    void AddMissingColumns(const std::vector<Column>& columns, TableColumns& known, Step& step);
     void CreateTable(std::size_t entry, const std::vector<Column>& columns, const std::string& table, Step& step);
     void CreateRelation(std::size_t entry, const std::string& table, Step& step);
-    void DropMasterTable(std::size_t entry, const std::string& table, Step& step);
+    void DropMasterTable(std::size_t entry, TableColumns& known, Step& step);
     void Execute(const std::string& sql, const DdlSubject& subject);
     [[nodiscard]] bool ExecuteIfAllowed(const std::string& sql, const DdlSubject& subject, const std::string& table,
                                         const std::string& parent);
@@ -182,12 +182,13 @@ void SchemaBuilder::BuildEntry(std::size_t entry, Step& step)
             CreateRelation(entry, table, step);
         return;
     }
+    TableColumns known{table, {}};
     if (exists)
-        AddMissingColumns(columns, table, step);
+        AddMissingColumns(columns, known, step);
     else if (!IsSkippedWrapper(columns.size()))
         CreateTable(entry, columns, table, step);
     if (!element.blSharedTable && !job_.settings.blAbort)
-        DropMasterTable(entry, table, step);
+        DropMasterTable(entry, known, step);
 }
 
 /// The leaves and attributes one level below, and a repeated leaf's own text; the first of equal names wins.
@@ -211,10 +212,11 @@ std::vector<SchemaBuilder::Column> SchemaBuilder::PlainColumns(std::size_t entry
     return columns;
 }
 
-void SchemaBuilder::AddMissingColumns(const std::vector<Column>& columns, const std::string& table, Step& step)
+void SchemaBuilder::AddMissingColumns(const std::vector<Column>& columns, TableColumns& known, Step& step)
 {
+    const std::string& table = known.table;
     for (const Column& column : columns) {
-        if (velCheckExistsColumn(job_, session_, table, column.name))
+        if (velCheckExistsColumn(job_, session_, known, column.name))
             continue;
         if (job_.settings.blAbort)
             return;
@@ -223,6 +225,7 @@ void SchemaBuilder::AddMissingColumns(const std::vector<Column>& columns, const 
         Execute("ALTER TABLE [" + table + "] ADD COLUMN [" + column.name + "] " +
                     std::string(ColumnType(model_.Element(column.entry))),
                 {PathOf(column.entry), DdlObject::Column, column.name});
+        known.NoteAdded(column.name);
         ++session_.Report(table).newColumns;
     }
 }
@@ -296,13 +299,13 @@ void SchemaBuilder::CreateRelation(std::size_t entry, const std::string& table, 
 }
 
 /// MASTER_TABLE stays only in tables that several elements of one name share.
-void SchemaBuilder::DropMasterTable(std::size_t entry, const std::string& table, Step& step)
+void SchemaBuilder::DropMasterTable(std::size_t entry, TableColumns& known, Step& step)
 {
     const std::string column(kMasterTable);
-    if (!velCheckExistsColumn(job_, session_, table, column))
+    if (!velCheckExistsColumn(job_, session_, known, column))
         return;
-    step("Drop column [" + column + "] from table [" + table + "]");
-    Execute("ALTER TABLE [" + table + "] DROP COLUMN [" + column + "];", {PathOf(entry), DdlObject::Column, column});
+    step("Drop column [" + column + "] from table [" + known.table + "]");
+    Execute("ALTER TABLE [" + known.table + "] DROP COLUMN [" + column + "];", {PathOf(entry), DdlObject::Column, column});
 }
 
 void SchemaBuilder::Execute(const std::string& sql, const DdlSubject& subject)

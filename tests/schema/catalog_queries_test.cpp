@@ -32,9 +32,13 @@ TEST_F(CatalogQueries, UserTablesAndTheirColumnsAreFoundByTheirNames)
 {
     EXPECT_TRUE(velCheckExistsTable(job, session, "child"));
     EXPECT_FALSE(velCheckExistsTable(job, session, "MSysObjects"));
-    EXPECT_TRUE(velCheckExistsColumn(job, session, "child", "Name"));
-    EXPECT_FALSE(velCheckExistsColumn(job, session, "child", "name")) << "letter case counts";
-    EXPECT_FALSE(velCheckExistsColumn(job, session, "nothing", "Name"));
+    TableColumns child{"child", {}};
+    EXPECT_TRUE(velCheckExistsColumn(job, session, child, "Name"));
+    EXPECT_FALSE(velCheckExistsColumn(job, session, child, "name")) << "letter case counts";
+    child.NoteAdded("name");
+    EXPECT_TRUE(velCheckExistsColumn(job, session, child, "name"));
+    TableColumns nothing{"nothing", {}};
+    EXPECT_FALSE(velCheckExistsColumn(job, session, nothing, "Name"));
 }
 
 TEST_F(CatalogQueries, AnyForeignKeyCountsAndATakenNameIsReplacedOnce)
