@@ -59,16 +59,15 @@ FieldPlace FieldFinder::Leaf(std::vector<Slot>& slots, const TableSink& sink, El
 
 FieldPlace FieldFinder::Attribute(const TableSink& sink, int sinkNumber, ElementId element, std::uint32_t index)
 {
-    std::vector<AttributeSlot>& known = attributes_[static_cast<std::size_t>(sinkNumber)];
+    Attributes& known = attributes_[static_cast<std::size_t>(sinkNumber)];
     const NameId name = document_.AttributeName(element, index);
     std::size_t at = index; // records of one kind mostly write their attributes in one order
-    if (at >= known.size() || known[at].name != name) {
-        for (at = 0; at < known.size() && known[at].name != name; ++at) {
-        }
-        if (at == known.size())
-            known.push_back({name, {}});
+    if (at >= known.slots.size() || known.slots[at].name != name) {
+        at = known.positions.try_emplace(name, known.slots.size()).first->second;
+        if (at == known.slots.size())
+            known.slots.push_back({name, {}});
     }
-    Slot& slot = known[at].slot;
+    Slot& slot = known.slots[at].slot;
     const std::uint64_t layout = sink.records->Layout();
     if (slot.layout != layout) {
         slot = {layout, Find(*sink.records, ColumnOfAttribute(name))};

@@ -9,6 +9,7 @@
 #include <cstdint>
 #include <optional>
 #include <string>
+#include <unordered_map>
 #include <vector>
 
 namespace velmora {
@@ -46,6 +47,11 @@ private:
         NameId name;
         Slot slot;
     };
+    /// The attributes met so far in the records of one sink.
+    struct Attributes {
+        std::vector<AttributeSlot> slots; ///< in order of first appearance
+        std::unordered_map<NameId, std::size_t> positions;
+    };
 
     FieldPlace Leaf(std::vector<Slot>& slots, const TableSink& sink, ElementId leaf);
     [[nodiscard]] FieldPlace Find(const Recordset& records, const std::string& column) const;
@@ -54,9 +60,9 @@ private:
     const Document& document_;
     const ConversionSettings& settings_;
     const TagMap& map_;
-    std::vector<Slot> inParent_;                         ///< by the leaf's path
-    std::vector<Slot> inOwnTable_;                       ///< by the leaf's path
-    std::vector<std::vector<AttributeSlot>> attributes_; ///< by sink, in order of first appearance
+    std::vector<Slot> inParent_;         ///< by the leaf's path
+    std::vector<Slot> inOwnTable_;       ///< by the leaf's path
+    std::vector<Attributes> attributes_; ///< by sink
 };
 
 } // namespace velmora
