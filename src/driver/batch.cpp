@@ -168,6 +168,7 @@ void Batch::Convert(DatabaseSession& session, Step& step)
 {
     job_.host.SetProgressRange(ProgressBarId::Files, static_cast<std::int64_t>(files_.size()));
     job_.host.SetProgress(ProgressBarId::Files, 0);
+    FilesOfRun filesOfRun(job_.controls, files_);
     for (std::size_t n = 1; n <= files_.size(); ++n) {
         job_.host.ProcessEvents();
         if (job_.settings.blAbort)
@@ -175,7 +176,7 @@ void Batch::Convert(DatabaseSession& session, Step& step)
         const std::string& path = files_[n - 1];
         tried_ = n;
         job_.log.ProtocolAppend("File " + std::to_string(n) + " of " + std::to_string(files_.size()) + ": " + path);
-        const bool converted = ConvertOneFile(path, session);
+        const bool converted = ConvertOneFile(path, session, filesOfRun);
         if (!job_.settings.blAbort)
             FinishFile(path, converted, session, step);
         job_.host.SetProgress(ProgressBarId::Files, static_cast<std::int64_t>(n));
@@ -183,7 +184,7 @@ void Batch::Convert(DatabaseSession& session, Step& step)
 }
 
 /// True when the file could be read, whatever came of it.
-bool Batch::ConvertOneFile(const std::string& path, DatabaseSession& session)
+bool Batch::ConvertOneFile(const std::string& path, DatabaseSession& session, FilesOfRun& filesOfRun)
 {
     job_.controls.txtXML.clear();
     job_.host.SetProgress(ProgressBarId::Records, 0);
@@ -197,7 +198,7 @@ bool Batch::ConvertOneFile(const std::string& path, DatabaseSession& session)
     if (job_.settings.blCreateTableRelations)
         velCreateDatabase(job_, session, xml.document, model, tagMap_, schema_pass::kCreateRelations);
     TableSinks sinks;
-    velOpenTables(job_, session, model, tagMap_, sinks);
+    velOpenTables(job_, session, model, tagMap_, filesOfRun, sinks);
     ImportDocument(job_, session, path, xml.document, model, tagMap_, sinks);
     velCloseTables(job_, session, sinks);
     unfinishedRecords_ = sinks.SavedRecords();

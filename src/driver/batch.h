@@ -13,6 +13,7 @@
 namespace velmora {
 
 class DatabaseSession;
+class FilesOfRun;
 class UrlSource;
 
 /// How a run ended, for exit statuses and the closing table.
@@ -45,7 +46,7 @@ private:
     void ShowRunning(bool running);
     void TellThatNothingWasRead();
     void Convert(DatabaseSession& session, Step& step);
-    [[nodiscard]] bool ConvertOneFile(const std::string& path, DatabaseSession& session);
+    [[nodiscard]] bool ConvertOneFile(const std::string& path, DatabaseSession& session, FilesOfRun& filesOfRun);
     void FinishFile(const std::string& path, bool converted, DatabaseSession& session, Step& step);
     void Commit(DatabaseSession& session);
     void EndEarly(DatabaseSession& session);

@@ -26,12 +26,13 @@ std::int64_t TableSinks::SavedRecords() const noexcept
     return records;
 }
 
-void velOpenTables(Job& job, DatabaseSession& session, StructureModel& model, const TagMap& map, TableSinks& sinks)
+void velOpenTables(Job& job, DatabaseSession& session, StructureModel& model, const TagMap& map, FilesOfRun& filesOfRun,
+                   TableSinks& sinks)
 {
     Procedure(job, "velOpenTables", [&](Step& step) {
         std::optional<TextFileOpener> textFiles;
         if (job.settings.blTextExport)
-            textFiles.emplace(job, sinks.Texts());
+            textFiles.emplace(job, sinks.Texts(), filesOfRun);
         for (std::size_t number = 1; number <= model.UpperBound(); ++number) {
             ElementInfo& element = model.Element(number);
             if (element.lngMaxChildren < 1 && element.lngMaxTwins < 1 && element.lngAttributes < 1)

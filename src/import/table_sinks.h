@@ -1,5 +1,6 @@
 #pragma once
 
+#include "import/files_of_run.h"
 #include "import/pending_values.h"
 #include "import/text_file.h"
 #include "mapping/tag_map.h"
@@ -74,7 +75,8 @@ private:
 
 /// Opens one sink per element of `model` that has children, repetitions or attributes, in its order, with its text file
 /// in a run that exports. A table that is missing in the database keeps its place, without a recordset.
-void velOpenTables(Job& job, DatabaseSession& session, StructureModel& model, const TagMap& map, TableSinks& sinks);
+void velOpenTables(Job& job, DatabaseSession& session, StructureModel& model, const TagMap& map, FilesOfRun& filesOfRun,
+                   TableSinks& sinks);
 
 /// Closes every recordset, dropping records that an interrupted import left pending, and every text file, and adds what
 /// was saved to the session's reports. Tells what did not come through whole: characters that Access 97 does not know,

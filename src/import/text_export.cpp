@@ -2,28 +2,14 @@
 
 #include "import/quoted_field.h"
 #include "log/file_error.h"
-#include "platform/file_listing.h"
 #include "platform/paths.h"
 
-#include <algorithm>
 #include <filesystem>
 #include <system_error>
 
 namespace velmora {
 
 namespace {
-
-constexpr std::string_view kExtension = ".txt";
-
-bool MayBeTextFile(const std::string& path)
-{
-    const std::string_view name = NamePart(path);
-    if (name.size() < kExtension.size())
-        return false;
-    const std::string_view end = name.substr(name.size() - kExtension.size());
-    return std::equal(end.begin(), end.end(), kExtension.begin(),
-                      [](char a, char b) { return (a >= 'A' && a <= 'Z' ? a - 'A' + 'a' : a) == b; });
-}
 
 void DeleteFile(const std::string& path)
 {
@@ -107,18 +93,14 @@ std::string TextFileName(std::string_view table)
             name += c;
         }
     }
-    return name.append(kExtension);
+    return name.append(kTextFileExtension);
 }
 
-TextFileOpener::TextFileOpener(Job& job, TextFiles& files)
-    : job_(job), files_(files), folder_(NativePath(job.controls.txtFILE_TXT.text))
+TextFileOpener::TextFileOpener(Job& job, TextFiles& files, FilesOfRun& filesOfRun)
+    : job_(job), files_(files), filesOfRun_(filesOfRun), folder_(NativePath(job.controls.txtFILE_TXT.text))
 {
     if (!folder_.empty() && folder_.back() != kPathSeparator)
         folder_ += kPathSeparator;
-    filesOfRun_ = ListFiles(job.controls.txtFILE_XML.text);
-    for (const TextControl& named : {job.controls.txtFILE_LOG, job.controls.txtFILE_MAPPING, job.controls.txtFILE_MDB})
-        filesOfRun_.push_back(named.text);
-    std::erase_if(filesOfRun_, [](const std::string& path) { return !MayBeTextFile(path); });
 }
 
 void TextFileOpener::Open(TableSink& sink, Step& step)
@@ -134,7 +116,7 @@ void TextFileOpener::Open(TableSink& sink, Step& step)
     text.file = files_.Find(path);
     if (text.file != nullptr)
         return;
-    RefuseFileOfTheRun(path);
+    filesOfRun_.Refuse(path);
     if (!job_.settings.blAppend && FileExists(path)) {
         step("Delete old file [" + path + "]");
         DeleteFile(path);
@@ -153,16 +135,6 @@ void TextFileOpener::Open(TableSink& sink, Step& step)
     std::string header;
     JoinNames(header, text, job_.settings);
     CompareColumns(sink, header);
-}
-
-/// A document's element may bear the very name of the protocol or of a source.
-void TextFileOpener::RefuseFileOfTheRun(const std::string& path) const
-{
-    for (const std::string& other : filesOfRun_)
-        if (IsSameFile(path, other))
-            throw RuntimeError(runtime_errors::kFileAlreadyOpen,
-                               "The text file [" + path +
-                                   "] is also a file that this run reads or writes; txt= names another folder");
 }
 
 /// Lines behind a first line that names other columns, or the same in another order, would not fit it.

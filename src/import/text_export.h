@@ -1,8 +1,11 @@
 #pragma once
 
+#include "import/files_of_run.h"
 #include "import/table_sinks.h"
 
 namespace velmora {
+
+inline constexpr std::string_view kTextFileExtension = ".txt";
 
 /// The name of `table`'s text file, without its folder: the table's name and ".txt". What cannot stand in file names
 /// everywhere (`\ / : * ? " < > |`, control characters) is written as "%" and two hexadecimal digits, and so is "%"
@@ -12,7 +15,7 @@ namespace velmora {
 /// Opens the text files of one document's sinks, all in the folder that the controls name.
 class TextFileOpener {
 public:
-    TextFileOpener(Job& job, TextFiles& files);
+    TextFileOpener(Job& job, TextFiles& files, FilesOfRun& filesOfRun);
 
     /// Opens the file of a sink whose table is open: behind what is in it, or made anew, with the column names as its
     /// first line when it is new and they are wanted. Sinks of one table share one file. A sink without a table number
@@ -20,13 +23,12 @@ public:
     void Open(TableSink& sink, Step& step);
 
 private:
-    void RefuseFileOfTheRun(const std::string& path) const;
     void CompareColumns(const TableSink& sink, const std::string& header) const;
 
     Job& job_;
     TextFiles& files_;
-    std::string folder_;                  ///< with the separator at its end
-    std::vector<std::string> filesOfRun_; ///< those that a text file's name could meet
+    FilesOfRun& filesOfRun_;
+    std::string folder_; ///< with the separator at its end
 };
 
 /// Writes one line into the sink's text file: its column names (`header`), or the record just saved. Values are joined

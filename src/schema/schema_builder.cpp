@@ -305,7 +305,8 @@ void SchemaBuilder::DropMasterTable(std::size_t entry, TableColumns& known, Step
     if (!velCheckExistsColumn(job_, session_, known, column))
         return;
     step("Drop column [" + column + "] from table [" + known.table + "]");
-    Execute("ALTER TABLE [" + known.table + "] DROP COLUMN [" + column + "];", {PathOf(entry), DdlObject::Column, column});
+    Execute("ALTER TABLE [" + known.table + "] DROP COLUMN [" + column + "];",
+            {PathOf(entry), DdlObject::Column, column});
 }
 
 void SchemaBuilder::Execute(const std::string& sql, const DdlSubject& subject)
