@@ -7,6 +7,7 @@
 #include "jet/error.h"
 
 #include <algorithm>
+#include <array>
 #include <string>
 
 namespace jet {
@@ -19,6 +20,14 @@ constexpr std::size_t kMaxObjects = 32'768;
 std::int32_t IdOf(const Table& table)
 {
     return static_cast<std::int32_t>(table.Definition().pages.front());
+}
+
+/// In a damaged file another name may lead to one of the basic tables: without them nothing more could be done.
+bool IsEnginesOwn(const CatalogObject& object)
+{
+    constexpr std::array kBasicTables = {kObjectsPage, kAcesPage, kQueriesPage, kRelationshipsPage};
+    return object.flags & kSystemObjectFlag ||
+           std::ranges::find(kBasicTables, static_cast<PageNumber>(object.id)) != kBasicTables.end();
 }
 
 } // namespace
@@ -52,7 +61,7 @@ std::shared_ptr<Table> Catalog::Open(std::string_view name)
 
 std::shared_ptr<Table> Catalog::OpenForChange(std::string_view name)
 {
-    if (const CatalogObject* object = FindTable(name); object && object->flags & kSystemObjectFlag)
+    if (const CatalogObject* object = FindTable(name); object && IsEnginesOwn(*object))
         throw Error(ErrorNumber::ReadOnly, {}, "(" + object->name + " is a table of the engine's own.)");
     return Open(name);
 }

@@ -49,6 +49,17 @@ TEST(DamagedDatabase, ThatAccessMadeIsRefusedWhereTheDamageIs)
     }
 }
 
+TEST(DamagedDatabase, ThatFuzzingFoundIsSurvived)
+{
+    REQUIRE_SHARED(shared);
+    for (const auto& entry : std::filesystem::directory_iterator(shared / "corpus" / "fuzz")) {
+        SCOPED_TRACE(entry.path().filename().string());
+        std::ifstream stream(entry.path(), std::ios::binary);
+        const Bytes file{std::istreambuf_iterator<char>(stream), std::istreambuf_iterator<char>()};
+        EXPECT_EQ(Exercise(file, SeedOf(file)), "");
+    }
+}
+
 /// The last page that holds entries of an index.
 std::size_t LastLeaf(const Bytes& file, std::size_t pageSize)
 {

@@ -1,8 +1,8 @@
 #include "jet/damage/exercise.h"
 
 #include "jet/connection.h"
+#include "jet/damage/memory_file_system.h"
 #include "jet/error.h"
-#include "jet/store/crash_file_system.h"
 
 #include <functional>
 #include <memory>
@@ -16,14 +16,15 @@ namespace {
 /// Enough for every form of damage to be met; whole tables would make each run long.
 constexpr std::size_t kMaxRows = 400;
 constexpr std::size_t kMaxTables = 40;
-constexpr std::size_t kChanges = 24;
 
 constexpr const char* kFile = "test.mdb";
-constexpr unsigned kNoMatter = 0; ///< a seed for crashes, which there are none of
 
 class Exerciser {
 public:
-    Exerciser(CrashFileSystem& disk, unsigned seed) : disk_(disk), random_(seed) {}
+    Exerciser(MemoryFileSystem& disk, unsigned seed, std::size_t changes)
+        : disk_(disk), random_(seed), changes_(changes)
+    {
+    }
 
     void Run()
     {
@@ -31,7 +32,7 @@ public:
         if (!connection_)
             return;
         ReadEverything();
-        for (std::size_t i = 0; i < kChanges && !tables_.empty(); ++i)
+        for (std::size_t i = 0; i < changes_ && !tables_.empty(); ++i)
             Attempt([&] { ChangeSomething(); });
         Attempt([&] { connection_->Commit(); });
         connection_.reset();
@@ -145,8 +146,9 @@ private:
 
     [[nodiscard]] std::size_t Below(std::size_t end) { return random_() % end; }
 
-    CrashFileSystem& disk_;
+    MemoryFileSystem& disk_;
     std::mt19937 random_;
+    std::size_t changes_;
     std::unique_ptr<Connection> connection_;
     std::vector<std::string> tables_;
     std::string fault_;
@@ -165,7 +167,7 @@ void AddRow(Recordset& records, const std::vector<std::string>& texts)
 
 Bytes SmallDatabase(JetVersion version)
 {
-    CrashFileSystem disk(kNoMatter);
+    MemoryFileSystem disk;
     const std::unique_ptr<Connection> database = Connection::Create(kFile, version, Existing::Refuse, disk);
     database->Execute("CREATE TABLE [order] ([PKEY] Counter NOT NULL, [gone] String, [name] String, [note] Longtext)");
     database->Execute("CREATE UNIQUE INDEX [order_PKEY] ON [order] ([PKEY]) WITH PRIMARY");
@@ -194,11 +196,38 @@ Bytes SmallDatabase(JetVersion version)
     return disk.Content(kFile);
 }
 
-std::string Exercise(ByteSpan file, unsigned seed)
+Bytes TinyDatabase(JetVersion version)
 {
-    CrashFileSystem disk(kNoMatter);
+    MemoryFileSystem disk;
+    const std::unique_ptr<Connection> database = Connection::Create(kFile, version, Existing::Refuse, disk);
+    database->Execute("CREATE TABLE [a] ([PKEY] Counter NOT NULL, [name] String, [note] Longtext)");
+    database->Execute("CREATE UNIQUE INDEX [a_PKEY] ON [a] ([PKEY]) WITH PRIMARY");
+    database->Execute("CREATE TABLE [b] ([PKEY] Counter NOT NULL, [FKEY] Long)");
+    database->Execute("ALTER TABLE [b] ADD CONSTRAINT [b_LINK] FOREIGN KEY ([FKEY]) REFERENCES [a] ([PKEY]) "
+                      "ON UPDATE CASCADE ON DELETE CASCADE");
+    for (int i = 1; i <= 3; ++i) {
+        Recordset parents = database->OpenTable("a");
+        AddRow(parents, {"name", std::string(static_cast<std::size_t>(700 * i), 'n')});
+        Recordset children = database->OpenTable("b");
+        AddRow(children, {std::to_string(i)});
+    }
+    database->Commit();
+    return disk.Content(kFile);
+}
+
+unsigned SeedOf(ByteSpan file)
+{
+    std::uint32_t hash = 2166136261u; // FNV-1a
+    for (const Byte byte : file)
+        hash = (hash ^ byte) * 16777619u;
+    return hash;
+}
+
+std::string Exercise(ByteSpan file, unsigned seed, std::size_t changes)
+{
+    MemoryFileSystem disk;
     disk.Put(kFile, file);
-    Exerciser exerciser(disk, seed);
+    Exerciser exerciser(disk, seed, changes);
     exerciser.Run();
     return exerciser.Fault();
 }
