@@ -90,6 +90,7 @@ bool Batch::RefusesToBegin()
 void Batch::Run(UrlSource& source, DatabaseSession& session, Step& step)
 {
     OpenProtocolFile(step);
+    const bool usesScratch = job_.controls.txtFILE_MDB.text.empty() && !job_.controls.txtFILE_TXT.text.empty();
     if (!PrepareTextMode(job_, places_, step)) {
         outcome_.cancelled = true;
         return;
@@ -112,6 +113,8 @@ void Batch::Run(UrlSource& source, DatabaseSession& session, Step& step)
     }
     for (const std::string& warning : TextExportWarnings(job_.settings, files_.size()))
         job_.log.ProtocolAppend(warning);
+    if (usesScratch)
+        TakeFreeScratchDatabase(job_, places_);
     velOpenDatabase(job_, session);
     if (!job_.settings.blRecreateDatabase && job_.settings.blEmptyTables)
         velEmptyTablesAll(job_, session);

@@ -2,6 +2,7 @@
 
 #include "log/file_error.h"
 #include "platform/paths.h"
+#include "schema/target_check.h"
 
 #include <filesystem>
 #include <optional>
@@ -11,7 +12,9 @@ namespace velmora {
 
 namespace {
 
-constexpr std::string_view kScratchDatabase = "temporary_import_database.mdb";
+constexpr std::string_view kScratchDatabase = "temporary_import_database";
+constexpr std::string_view kScratchEnd = ".mdb";
+constexpr int kMaxScratchDatabases = 1000; // nobody runs so many at once: something else is wrong then
 
 /// One level only: a mistyped path must not grow a tree of folders.
 void MakeExportFolder(Job& job, Step& step)
@@ -39,16 +42,23 @@ bool AskForDelimiter(Job& job)
     return true;
 }
 
+std::string ScratchDatabase(const Places& places, int number)
+{
+    std::string path = std::string(places.files).append(1, kPathSeparator).append(kScratchDatabase);
+    if (number > 1)
+        path.append("_").append(std::to_string(number));
+    return path.append(kScratchEnd);
+}
+
 /// The tables stand in a database even when only their text files are wanted. It stays where the controls show it, and
 /// makes room for the next one.
 void UseScratchDatabase(Job& job, const Places& places, Step& step)
 {
     step("Scratch database");
     MakeFilesFolder(places);
-    job.controls.txtFILE_MDB.text = std::string(places.files).append(1, kPathSeparator).append(kScratchDatabase);
+    job.controls.txtFILE_MDB.text = ScratchDatabase(places, 1);
     job.controls.chkRecreateDatabase.value = CheckState::Checked;
     job.controls.UpdateEnabled();
-    job.log.ProtocolAppend("Temporary database: " + job.controls.txtFILE_MDB.text);
 }
 
 } // namespace
@@ -65,6 +75,15 @@ bool PrepareTextMode(Job& job, const Places& places, Step& step)
         UseScratchDatabase(job, places, step);
     job.host.ControlsChanged();
     return true;
+}
+
+void TakeFreeScratchDatabase(Job& job, const Places& places)
+{
+    std::string& target = job.controls.txtFILE_MDB.text;
+    for (int number = 2; IsTargetInUse(target) && number <= kMaxScratchDatabases; ++number)
+        target = ScratchDatabase(places, number);
+    job.log.ProtocolAppend("Temporary database: " + target);
+    job.host.ControlsChanged();
 }
 
 } // namespace velmora

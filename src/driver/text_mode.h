@@ -10,4 +10,7 @@ namespace velmora {
 /// question. Nothing without a text folder. Throws RuntimeError.
 [[nodiscard]] bool PrepareTextMode(Job& job, const Places& places, Step& step);
 
+/// Moves on from the scratch database that PrepareTextMode has named to the next one that no other run uses.
+void TakeFreeScratchDatabase(Job& job, const Places& places);
+
 } // namespace velmora

@@ -195,6 +195,18 @@ bool Connection::CanReplace(const std::filesystem::path& path, FileSystem& syste
     }
 }
 
+bool Connection::IsInUse(const std::filesystem::path& path, FileSystem& system)
+{
+    try {
+        const std::filesystem::path target = system.Resolve(path);
+        if (system.Exists(target))
+            static_cast<void>(OpenLocked(system, target, OpenMode::ReadWrite));
+        return LockFile::HasUsers(system, target);
+    } catch (const Error& error) {
+        return error.Number() == ErrorNumber::FileInUse;
+    }
+}
+
 bool Connection::IsDatabase(const std::filesystem::path& path, FileSystem& system)
 {
     try {

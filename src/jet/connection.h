@@ -32,6 +32,9 @@ public:
     /// Can the file at `path` be replaced: is it an ordinary one that may be written, does its folder allow it, and has
     /// nobody else it open, as a database or otherwise? Changes nothing.
     [[nodiscard]] static bool CanReplace(const std::filesystem::path& path, FileSystem& system = RealFileSystem());
+    /// Has somebody the database at `path` open, or makes one there, which need not stand in its place yet? Changes
+    /// nothing.
+    [[nodiscard]] static bool IsInUse(const std::filesystem::path& path, FileSystem& system = RealFileSystem());
     /// Does the file at `path` look like a database of Access 97 to 2003, be it damaged, encoded or locked by a
     /// password? True also when it cannot be read: that is for Open() to say. Changes nothing.
     [[nodiscard]] static bool IsDatabase(const std::filesystem::path& path, FileSystem& system = RealFileSystem());

@@ -40,4 +40,9 @@ std::optional<std::string> UnfitTarget(const Controls& controls)
     return std::nullopt;
 }
 
+bool IsTargetInUse(std::string_view path)
+{
+    return jet::Connection::IsInUse(PathFromUtf8(NativePath(path)));
+}
+
 } // namespace velmora

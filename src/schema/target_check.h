@@ -4,11 +4,15 @@
 
 #include <optional>
 #include <string>
+#include <string_view>
 
 namespace velmora {
 
 /// Why the file that the controls name as the target must not become one: it holds something else, or Access would
 /// refuse the new database for its name. nullopt when all is well. Touches nothing.
 [[nodiscard]] std::optional<std::string> UnfitTarget(const Controls& controls);
+
+/// Has somebody the database at `path` (as typed) open, or makes one there?
+[[nodiscard]] bool IsTargetInUse(std::string_view path);
 
 } // namespace velmora

@@ -1,5 +1,7 @@
 #include "driver/conversion.h"
 
+#include "jet/connection.h"
+
 namespace velmora::testing {
 
 namespace {
@@ -18,7 +20,18 @@ TEST(TextMode, MakesItsFolderAndItsDatabase)
     EXPECT_EQ(run.job.controls.txtFILE_MDB.text, scratch) << "where the user sees it";
     EXPECT_TRUE(run.job.controls.chkRecreateDatabase.Checked());
     EXPECT_EQ(run.Said("Temporary database: " + scratch), 1);
-    EXPECT_SOUND(std::filesystem::path(scratch));
+
+    // Another run that is still making its own, and one that has opened one.
+    const std::string second = run.Path("temporary_import_database_2.mdb").string();
+    const std::string third = run.Path("temporary_import_database_3.mdb").string();
+    {
+        const auto open = jet::Connection::Open(scratch);
+        const auto unfinished = jet::Connection::Create(second, jet::JetVersion::Jet4);
+        run.job.controls.txtFILE_MDB.text.clear();
+        EXPECT_FALSE(run.Run().failed) << run.Error();
+        EXPECT_EQ(run.Said("Temporary database: " + third), 1);
+    }
+    EXPECT_SOUND(std::vector<std::filesystem::path>({scratch, third}));
 }
 
 TEST(TextMode, OneLevelOfFoldersIsMade)
