@@ -48,6 +48,7 @@ RunOutcome Batch::btnConvert_Click()
     unfinishedRecords_ = 0;
     files_.clear();
     tried_ = 0;
+    textFilesChanged_ = false;
     job_.settings.blAbort = false;
     job_.log.ClearText();
     if (RefusesToBegin()) {
@@ -126,9 +127,12 @@ void Batch::Run(UrlSource& source, DatabaseSession& session, Step& step)
 /// Nothing was committed, so that the session's end takes everything back.
 void Batch::TellThatNothingWasRead()
 {
-    job_.log.ProtocolAppend(FileExists(job_.controls.txtFILE_MDB.text)
-                                ? "No source could be read: the database stays as it was"
-                                : "No source could be read: no database was made");
+    std::string line = FileExists(job_.controls.txtFILE_MDB.text)
+                           ? "No source could be read: the database stays as it was"
+                           : "No source could be read: no database was made";
+    if (job_.settings.blTextExport)
+        line += ", and the text files are left alone";
+    job_.log.ProtocolAppend(line);
 }
 
 void Batch::OpenProtocolFile(Step& step)
@@ -205,6 +209,8 @@ bool Batch::ConvertOneFile(const std::string& path, DatabaseSession& session, Fi
     ImportDocument(job_, session, path, xml.document, model, tagMap_, sinks);
     velCloseTables(job_, session, sinks);
     unfinishedRecords_ = sinks.SavedRecords();
+    textFilesChanged_ =
+        textFilesChanged_ || filesOfRun.HasChanged() || (job_.settings.blTextExport && unfinishedRecords_ > 0);
     return xml.readable;
 }
 
@@ -252,7 +258,7 @@ void Batch::EndEarly(DatabaseSession& session)
         job_.log.ErrorReport("btnConvert_Click", "btnConvert_Click: Commit what was saved before the run ended early",
                              error);
     }
-    job_.log.ProtocolAppend("The run ended early: " + WhatTheDatabaseHolds());
+    job_.log.ProtocolAppend("The run ended early: " + WhatTheDatabaseHolds() + AboutTextFiles());
 }
 
 std::string Batch::WhatTheDatabaseHolds() const
@@ -285,6 +291,12 @@ void Batch::TellOfFiles()
     if (tried_ < count)
         job_.log.ProtocolAppend("Not tried: " + ofAll(count - tried_) + ", " + files_[tried_] +
                                 (tried_ + 1 < count ? " to " + files_.back() : ""));
+}
+
+/// Their lines cannot be taken back, and those of -append are gone.
+std::string Batch::AboutTextFiles() const
+{
+    return textFilesChanged_ ? "; text files in [" + job_.controls.txtFILE_TXT.text + "] were changed" : "";
 }
 
 void Batch::btnQuit_Click()

@@ -52,6 +52,7 @@ private:
     void EndEarly(DatabaseSession& session);
     [[nodiscard]] std::string WhatTheDatabaseHolds() const;
     void TellOfFiles();
+    [[nodiscard]] std::string AboutTextFiles() const;
     void CloseProtocolFile();
 
     Job& job_;
@@ -64,6 +65,7 @@ private:
     std::vector<std::string> files_;     ///< all sources
     std::size_t tried_ = 0;              ///< of them, the one at hand included
     std::string lastConverted_;
+    bool textFilesChanged_ = false;
 };
 
 } // namespace velmora

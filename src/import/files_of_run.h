@@ -4,6 +4,7 @@
 
 #include <string>
 #include <unordered_set>
+#include <utility>
 #include <vector>
 
 namespace velmora {
@@ -16,10 +17,23 @@ public:
 
     /// Throws when the text file at `path` is one of them.
     void Refuse(const std::string& path);
+    /// Has Refuse() let it pass?
+    [[nodiscard]] bool IsKnown(const std::string& path) const { return harmless_.contains(path); }
+
+    /// The run begins to write into the text file at `path`; true when it had not before.
+    bool NoteOpened(const std::string& path) { return opened_.insert(path).second; }
+    /// A text file was made, deleted or written into.
+    void NoteChange() noexcept { hasChanged_ = true; }
+    [[nodiscard]] bool HasChanged() const noexcept { return hasChanged_; }
+    /// True at the first call.
+    [[nodiscard]] bool TellOfKeys() noexcept { return !std::exchange(hasToldOfKeys_, true); }
 
 private:
     std::vector<std::string> files_;           ///< those whose names end like a text file's
     std::unordered_set<std::string> harmless_; ///< paths that are known to be none of them
+    std::unordered_set<std::string> opened_;
+    bool hasChanged_ = false;
+    bool hasToldOfKeys_ = false;
 };
 
 } // namespace velmora

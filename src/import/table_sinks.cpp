@@ -30,9 +30,6 @@ void velOpenTables(Job& job, DatabaseSession& session, StructureModel& model, co
                    TableSinks& sinks)
 {
     Procedure(job, "velOpenTables", [&](Step& step) {
-        std::optional<TextFileOpener> textFiles;
-        if (job.settings.blTextExport)
-            textFiles.emplace(job, sinks.Texts(), filesOfRun);
         for (std::size_t number = 1; number <= model.UpperBound(); ++number) {
             ElementInfo& element = model.Element(number);
             if (element.lngMaxChildren < 1 && element.lngMaxTwins < 1 && element.lngAttributes < 1)
@@ -45,9 +42,9 @@ void velOpenTables(Job& job, DatabaseSession& session, StructureModel& model, co
                 continue;
             step("Open table [" + table + "]");
             sink.records.emplace(session.OpenTable(table));
-            if (textFiles)
-                textFiles->Open(sink, step);
         }
+        if (job.settings.blTextExport)
+            TextFileOpener(job, sinks.Texts(), filesOfRun).OpenAll(sinks, step);
     });
 }
 

@@ -4,8 +4,10 @@
 #include "log/file_error.h"
 #include "platform/paths.h"
 
+#include <algorithm>
 #include <filesystem>
 #include <system_error>
+#include <unordered_map>
 
 namespace velmora {
 
@@ -18,6 +20,31 @@ void DeleteFile(const std::string& path)
     if (error)
         throw FileError("The text file", path, "cannot be deleted", error.value());
 }
+
+/// Files that are made for a moment only.
+class NewFiles {
+public:
+    NewFiles() = default;
+    ~NewFiles()
+    {
+        std::error_code ignored;
+        for (const std::string& path : paths_)
+            std::filesystem::remove(PathFromUtf8(path), ignored);
+    }
+    NewFiles(const NewFiles&) = delete;
+    NewFiles& operator=(const NewFiles&) = delete;
+
+    /// `path` is about to be made, unless something stands there.
+    void NoteWhenMissing(const std::string& path)
+    {
+        std::error_code error;
+        if (!std::filesystem::exists(std::filesystem::symlink_status(PathFromUtf8(path), error)))
+            paths_.push_back(path);
+    }
+
+private:
+    std::vector<std::string> paths_;
+};
 
 /// The first line of the file at `path`, without its end; nullopt when it cannot be read or is longer than `longest`.
 std::optional<std::string> FirstLine(const std::string& path, std::size_t longest)
@@ -103,12 +130,46 @@ TextFileOpener::TextFileOpener(Job& job, TextFiles& files, FilesOfRun& filesOfRu
         folder_ += kPathSeparator;
 }
 
+void TextFileOpener::OpenAll(TableSinks& sinks, Step& step)
+{
+    std::vector<TableSink*> wanted;
+    for (int number = 1; number <= sinks.UpperBound(); ++number)
+        if (sinks[number].HasTable() && sinks[number].element.lngTableNo > 0)
+            wanted.push_back(&sinks[number]);
+    Check(wanted, step);
+    for (TableSink* const sink : wanted)
+        Open(*sink, step);
+}
+
+/// Before the first old file is deleted, every one can be written, and each is another one.
+void TextFileOpener::Check(const std::vector<TableSink*>& sinks, Step& step) const
+{
+    if (std::ranges::all_of(sinks, [&](const TableSink* sink) { return filesOfRun_.IsKnown(PathOf(*sink)); }))
+        return;
+    NewFiles made;
+    std::unordered_map<std::string, std::string> paths; // by the file's identity
+    for (const TableSink* const sink : sinks) {
+        const std::string path = PathOf(*sink);
+        step("Check file [" + path + "]");
+        filesOfRun_.Refuse(path);
+        made.NoteWhenMissing(path);
+        (void)TextFile(path);
+        const std::string& other = paths.emplace(FileIdentity(path), path).first->second;
+        if (other != path)
+            throw RuntimeError(runtime_errors::kFileAlreadyOpen,
+                               "The text files [" + other + "] and [" + path +
+                                   "] are one file, and two tables need one each; nothing was written into it");
+    }
+}
+
+std::string TextFileOpener::PathOf(const TableSink& sink) const
+{
+    return folder_ + TextFileName(sink.records->Source());
+}
+
 void TextFileOpener::Open(TableSink& sink, Step& step)
 {
-    if (sink.element.lngTableNo <= 0)
-        return;
-    const std::string& table = sink.records->Source();
-    const std::string path = folder_ + TextFileName(table);
+    const std::string path = PathOf(sink);
     TextOutput& text = sink.text;
     for (std::size_t field = 0; field < sink.records->FieldCount(); ++field)
         text.columns.push_back(sink.records->FieldName(field));
@@ -116,14 +177,18 @@ void TextFileOpener::Open(TableSink& sink, Step& step)
     text.file = files_.Find(path);
     if (text.file != nullptr)
         return;
-    filesOfRun_.Refuse(path);
     if (!job_.settings.blAppend && FileExists(path)) {
         step("Delete old file [" + path + "]");
         DeleteFile(path);
+        filesOfRun_.NoteChange();
     }
     step("Open file [" + path + "]");
     const bool isNew = !FileExists(path);
     text.file = &files_.Open(path);
+    if (isNew)
+        filesOfRun_.NoteChange();
+    if (filesOfRun_.NoteOpened(path) && !isNew)
+        WarnOfKeys();
     if (!job_.settings.blExportColumnNames)
         return;
     if (isNew) {
@@ -135,6 +200,16 @@ void TextFileOpener::Open(TableSink& sink, Step& step)
     std::string header;
     JoinNames(header, text, job_.settings);
     CompareColumns(sink, header);
+}
+
+/// Behind lines of an earlier run, those of a database that is made anew have keys that are there already.
+void TextFileOpener::WarnOfKeys()
+{
+    const ConversionSettings& settings = job_.settings;
+    if (settings.blRecreateDatabase && settings.blCreateTableRelations && filesOfRun_.TellOfKeys())
+        job_.log.ProtocolAppend("Lines are added to text files of an earlier run, and the keys begin at 1 again: a "
+                                "database of their own, named with mdb= and kept with -recreate_database, goes on "
+                                "with them");
 }
 
 /// Lines behind a first line that names other columns, or the same in another order, would not fit it.

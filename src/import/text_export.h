@@ -17,12 +17,17 @@ class TextFileOpener {
 public:
     TextFileOpener(Job& job, TextFiles& files, FilesOfRun& filesOfRun);
 
-    /// Opens the file of a sink whose table is open: behind what is in it, or made anew, with the column names as its
-    /// first line when it is new and they are wanted. Sinks of one table share one file. A sink without a table number
-    /// gets none. Throws when the file cannot be written or is another file of the run.
-    void Open(TableSink& sink, Step& step);
+    /// Opens the files of all sinks whose tables are open: behind what is in them, or made anew, with the column names
+    /// as the first line of those that are new when they are wanted. Sinks of one table share one file. A sink without
+    /// a table number gets none. Throws, with nothing changed, when one cannot be written, is another file of the run,
+    /// or is another table's.
+    void OpenAll(TableSinks& sinks, Step& step);
 
 private:
+    void Check(const std::vector<TableSink*>& sinks, Step& step) const;
+    void Open(TableSink& sink, Step& step);
+    void WarnOfKeys();
+    [[nodiscard]] std::string PathOf(const TableSink& sink) const;
     void CompareColumns(const TableSink& sink, const std::string& header) const;
 
     Job& job_;

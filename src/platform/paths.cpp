@@ -3,6 +3,10 @@
 #include <algorithm>
 #include <system_error>
 
+#ifndef _WIN32
+#include <sys/stat.h>
+#endif
+
 namespace velmora {
 
 namespace {
@@ -82,6 +86,19 @@ bool IsSameFile(std::string_view first, std::string_view second)
     if (fs::equivalent(a, b, error) && !error)
         return true;
     return Resolved(a) == Resolved(b);
+}
+
+std::string FileIdentity(const std::string& path)
+{
+#ifdef _WIN32
+    std::error_code error;
+    return Utf8FromPath(fs::canonical(PathFromUtf8(path), error));
+#else
+    struct stat status {};
+    if (::stat(path.c_str(), &status) != 0)
+        return path;
+    return std::to_string(status.st_dev) + ":" + std::to_string(status.st_ino);
+#endif
 }
 
 std::FILE* OpenFileStream(std::string_view path, const char* mode)

@@ -32,6 +32,10 @@ inline constexpr char kPathSeparator = static_cast<char>(std::filesystem::path::
 /// False when one is empty.
 [[nodiscard]] bool IsSameFile(std::string_view first, std::string_view second);
 
+/// A text that two paths have in common when they name one file, which is there: through links, and where the file
+/// system takes several spellings for one.
+[[nodiscard]] std::string FileIdentity(const std::string& path);
+
 /// fopen for a UTF-8 name; `mode` as there. nullptr when it fails, with errno set.
 [[nodiscard]] std::FILE* OpenFileStream(std::string_view path, const char* mode);
 

@@ -44,6 +44,78 @@ TEST(TextMode, OneLevelOfFoldersIsMade)
     EXPECT_FALSE(std::filesystem::exists(run.Target()));
 }
 
+/// Two runs of `first` and `second` into text files made anew, with `prepare` between them.
+void ExportTwice(Conversion& run, const char* first, const char* second, void (*prepare)(Conversion&))
+{
+    run.Options("delimiter=; -append").Xml(first);
+    run.job.controls.txtFILE_TXT.text = run.Path("out").string();
+    EXPECT_FALSE(run.Run().failed) << run.Error();
+    prepare(run);
+    run.Xml(second).Run();
+}
+
+TEST(TextMode, OldFilesGoOnlyWhenAllNewOnesCanBeWritten)
+{
+    namespace fs = std::filesystem;
+    struct Case {
+        const char* name;
+        void (*prepare)(Conversion&);
+        const char* error;
+    };
+    const Case cases[] = {
+        {"one cannot be written", [](Conversion& run) { fs::create_directory(run.Path("out/q.txt")); }, "q.txt"},
+        {"two tables share one", [](Conversion& run) { fs::create_symlink("p.txt", run.Path("out/q.txt")); },
+         "are one file"},
+    };
+    Conversions runs;
+    for (const Case& c : cases) {
+        SCOPED_TRACE(c.name);
+        Conversion& run = runs.Next();
+        ExportTwice(run, "<r><p><n>1</n></p></r>", "<r><p><n>2</n></p><m><n>1</n></m><q><n>2</n></q></r>", c.prepare);
+        EXPECT_NE(run.Error().find(c.error), std::string::npos) << run.Error();
+        EXPECT_EQ(ReadFile(run.Path("out/p.txt")), "PKEY;FKEY;n\r\n1;1;1\r\n");
+        EXPECT_FALSE(fs::exists(run.Path("out/m.txt"))) << "what was made to see is gone again";
+        EXPECT_EQ(run.Said("text files"), 0);
+        EXPECT_EQ(run.Dump("p"), "PKEY|FKEY|n\n1|1|1\n");
+    }
+}
+
+TEST(TextMode, TheClosingLineSpeaksOfTheFilesThatWereTouched)
+{
+    const char* const refused = "<doc><w><l><i><n>2</n></i></l></w></doc>";
+    const auto skip = [](Conversion& run) { run.Options("+skip_empty"); };
+    Conversions runs;
+    Conversion& failed = runs.Next();
+    ExportTwice(failed, "<r><i><n>1</n></i></r>", refused, skip);
+    EXPECT_EQ(
+        failed.Said("the database stays as it was; text files in [" + failed.Path("out").string() + "] were changed"),
+        1);
+    Conversion& unread = runs.Next();
+    ExportTwice(unread, "<r><i><n>1</n></i></r>", "<r>", [](Conversion&) {});
+    EXPECT_EQ(unread.Said("No source could be read: the database stays as it was, and the text files are left alone"),
+              1);
+    EXPECT_EQ(ReadFile(unread.Path("out/i.txt")), "PKEY;FKEY;n\r\n1;1;1\r\n");
+}
+
+TEST(TextMode, KeysThatBeginAnewBehindOldLinesAreTold)
+{
+    struct Case {
+        const char* options;
+        int lines;
+    };
+    for (const Case& c :
+         {Case{"append", 1}, Case{"append -recreate_database", 0}, Case{"append -relations", 0}, Case{"-append", 0}}) {
+        SCOPED_TRACE(c.options);
+        Conversion run;
+        run.Options("delimiter=;").Options(c.options).Xml(kDocument).Xml(kDocument, "b.xml");
+        run.job.controls.txtFILE_TXT.text = run.Path("out").string();
+        EXPECT_FALSE(run.Run().failed) << run.Error();
+        EXPECT_EQ(run.Said("mdb= "), 0) << "the lines are its own";
+        run.Run();
+        EXPECT_EQ(run.Said("mdb= and kept with -recreate_database"), c.lines);
+    }
+}
+
 TEST(TextMode, AMissingDelimiterIsAskedForUnlessTheRunIsQuiet)
 {
     struct Case {
