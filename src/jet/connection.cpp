@@ -21,10 +21,6 @@ namespace jet {
 
 namespace {
 
-/// The build number in page 0 of files that this engine makes. Access shows it nowhere and does not act on it, and no
-/// engine of its makers ever carried it: it tells who made a file that is looked into.
-constexpr std::uint32_t kOwnBuild = 27'182;
-
 /// Beside the target, until the first commit.
 constexpr const char* kNewFileSuffix = ".velmora-new";
 
@@ -228,8 +224,8 @@ std::unique_ptr<Connection> Connection::Create(const std::filesystem::path& path
     auto unfinished = std::make_unique<UnfinishedDatabase>(system, target, existing);
     auto lock = std::make_unique<LockFile>(system, target);
     const DateTime now = LocalNow();
-    std::unique_ptr<Pager> pager = Pager::Create(unfinished->Make(), {version, now.days, kOwnBuild},
-                                                 Pager::kDefaultCacheBytes, std::make_unique<Journal>(system, target));
+    std::unique_ptr<Pager> pager = Pager::Create(unfinished->Make(), {version, now.days}, Pager::kDefaultCacheBytes,
+                                                 std::make_unique<Journal>(system, target));
     BuildEmptyDatabase(*pager, now);
     return std::unique_ptr<Connection>(
         new Connection(std::make_unique<Impl>(std::move(lock), std::move(unfinished), std::move(pager))));

@@ -9,6 +9,7 @@ constexpr std::size_t kAbsent = Format::kAbsent;
 constexpr Format kJet3{
     .version = JetVersion::Jet3,
     .pageSize = 2048,
+    .engineBuild = 9502,
     .maxPages = 524'288,
     .textUnitSize = 1,
     .rowNumberSize = 1,
@@ -74,6 +75,7 @@ constexpr Format kJet3{
 constexpr Format kJet4{
     .version = JetVersion::Jet4,
     .pageSize = 4096,
+    .engineBuild = 9756,
     .maxPages = 524'288,
     .textUnitSize = 2,
     .rowNumberSize = 2,

@@ -125,6 +125,7 @@ struct Format {
 
     JetVersion version;
     std::size_t pageSize;
+    std::uint32_t engineBuild;  ///< of the engine of Access that makes such files; ours says the same of itself
     PageNumber maxPages;        ///< 1 GB or 2 GB
     std::size_t textUnitSize;   ///< bytes of a character
     std::size_t rowNumberSize;  ///< bytes of the counts and offsets in a row

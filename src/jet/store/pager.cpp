@@ -31,7 +31,7 @@ std::unique_ptr<Pager> Pager::Create(std::unique_ptr<File> file, const NewFile& 
     DatabaseHeader wanted;
     wanted.version = what.version;
     wanted.creationDate = what.creationDate;
-    wanted.build = what.build;
+    wanted.build = FormatOf(what.version).engineBuild;
     Bytes header(FormatOf(what.version).pageSize);
     MakeHeader(header, wanted);
 

@@ -21,11 +21,10 @@ class Pager {
 public:
     static constexpr std::size_t kDefaultCacheBytes = std::size_t{64} << 20;
 
-    /// A new database file of two pages: the header (creation date and build as given) and the global map.
+    /// A new database file of two pages: the header (creation date as given) and the global map.
     struct NewFile {
         JetVersion version;
         double creationDate; ///< days since 1899-12-30
-        std::uint32_t build; ///< of the creating engine
     };
     [[nodiscard]] static std::unique_ptr<Pager> Create(std::unique_ptr<File> file, const NewFile& what,
                                                        std::size_t cacheBytes = kDefaultCacheBytes,

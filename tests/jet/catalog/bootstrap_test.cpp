@@ -46,7 +46,7 @@ TEST(Bootstrap, TheEmptyJet4FileIsTheOneThatAccessMakes)
 
     const std::string real = velmora::testing::ReadFile(shared / "corpus/mdb/adox_jet4.mdb");
     MemoryDisk disk;
-    const auto pager = Pager::Create(std::make_unique<MemoryFile>(disk), {JetVersion::Jet4, DateOf(kHeaderDate), 9756});
+    const auto pager = Pager::Create(std::make_unique<MemoryFile>(disk), {JetVersion::Jet4, DateOf(kHeaderDate)});
     BuildEmptyDatabase(*pager, {DateOf(kRowDate)});
 
     constexpr std::size_t kPageSize = 4096;
@@ -65,12 +65,13 @@ TEST(Bootstrap, TheEmptyJet4FileIsTheOneThatAccessMakes)
 TEST(Bootstrap, TheEmptyJet3FileIsLaidOutAsTheEngineDoes)
 {
     MemoryDisk disk;
-    const auto pager = Pager::Create(std::make_unique<MemoryFile>(disk), {JetVersion::Jet3, DateOf(kHeaderDate), 9502});
+    const auto pager = Pager::Create(std::make_unique<MemoryFile>(disk), {JetVersion::Jet3, DateOf(kHeaderDate)});
     BuildEmptyDatabase(*pager, {DateOf(kRowDate)});
 
     std::string types;
     for (PageNumber page = 0; page < pager->PageCount(); ++page)
         types += std::to_string(static_cast<int>(pager->Read(page).Type()));
+    EXPECT_EQ(pager->Header().build, 9502U);
     EXPECT_EQ(types, "01222211141414444411");
 
     struct Leaf {

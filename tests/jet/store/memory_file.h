@@ -65,7 +65,7 @@ inline constexpr JetVersion kBothVersions[] = {JetVersion::Jet3, JetVersion::Jet
 inline std::unique_ptr<Pager> NewPager(MemoryDisk& disk, JetVersion version,
                                        std::size_t cacheBytes = Pager::kDefaultCacheBytes)
 {
-    return Pager::Create(std::make_unique<MemoryFile>(disk), {version, 42329.94479166667, 9756}, cacheBytes);
+    return Pager::Create(std::make_unique<MemoryFile>(disk), {version, 42329.94479166667}, cacheBytes);
 }
 
 inline std::unique_ptr<Pager> OpenPager(MemoryDisk& disk)
