@@ -1,10 +1,21 @@
 #include "app/application.h"
 
 #include "app/version.h"
+#include "log/passwords.h"
 #include "mapping/tag_map_file.h"
+#include "platform/paths.h"
 #include "settings/command_line.h"
+#include "settings/resembling_word.h"
+
+#include <utility>
 
 namespace velmora {
+
+namespace {
+
+constexpr std::string_view kPasswordKey = "pwd=";
+
+} // namespace
 
 void Application::Form_Load(std::string_view commandLine)
 {
@@ -12,9 +23,7 @@ void Application::Form_Load(std::string_view commandLine)
     controls = Controls();
     tagMap_.Clear();
     controls.lblVersion = Version();
-    ApplyCommandLine(commandLine, controls, [this](std::string_view token) {
-        job_.log.ProtocolAppend("Unknown parameter:" + std::string(token));
-    });
+    ApplyCommandLine(commandLine, controls, [this](std::string_view token) { ReportUnknown(token); });
     job_.settings.blDebug = controls.chkDebug.Checked();
     // Whoever names an address wants it: a file named as well is what the box shows again afterwards.
     controls.tabSourceType = controls.txtXML_URL.text.empty() ? 0 : 1;
@@ -27,6 +36,39 @@ void Application::Form_Load(std::string_view commandLine)
     mappingLoaded_ = !isMappingNamed || velLoadTagMapping(job_, tagMap_, controls.txtFILE_MAPPING.text);
     controls.chkEnableTagMapping.value = isMappingNamed ? CheckState::Checked : CheckState::Unchecked;
     job_.host.ControlsChanged();
+}
+
+void Application::ReportUnknown(std::string_view token)
+{
+    const std::optional<std::string_view> meant = ResemblingWord(token);
+    std::string shown(token);
+    if (meant == kPasswordKey && token.find('=') != token.npos)
+        shown = shown.substr(0, shown.find('=') + 1).append(kHiddenPassword);
+    job_.log.ProtocolAppend("Unknown parameter:" + shown);
+    if (meant)
+        job_.log.ProtocolAppend("Did you mean " + std::string(*meant) + "?");
+    if (unknown_.empty())
+        unknown_ = shown;
+    if (meant && mistyped_.empty())
+        mistyped_ = shown;
+}
+
+std::optional<std::string> Application::TakeRefusal()
+{
+    const std::string unknown = std::exchange(unknown_, {});
+    const std::string mistyped = std::exchange(mistyped_, {});
+    const Controls& controls = job_.controls;
+    const auto refusal = [](const std::string& reason) { return reason + "; nothing was written"; };
+    if (controls.chkStrict.Checked() && !unknown.empty())
+        return refusal("Not begun, because of +strict: \"" + unknown + "\" is not known");
+    if (controls.chkStrict.Checked() && !mappingLoaded_)
+        return refusal("Not begun, because of +strict: the file of tag names could not be read");
+    const bool recreates = controls.chkRecreateDatabase.Checked();
+    const std::string& target = controls.txtFILE_MDB.text;
+    if (mistyped.empty() || !(recreates || controls.chkEmptyTables.Checked()) || !FileExists(target))
+        return std::nullopt;
+    return refusal("Not begun, because \"" + mistyped + "\" is not known and may be mistyped, and the database \"" +
+                   target + "\" would be " + (recreates ? "replaced" : "emptied"));
 }
 
 } // namespace velmora

@@ -4,6 +4,8 @@
 #include "mapping/tag_map.h"
 #include "settings/job.h"
 
+#include <optional>
+#include <string>
 #include <string_view>
 
 namespace velmora {
@@ -14,13 +16,15 @@ public:
     explicit Application(Host& host) : job_(host), batch_(job_, tagMap_) {}
 
     /// The start-up: sets the controls to their first state, then by the raw command line (without the program's name),
-    /// and loads the mapping file that it names. Unknown words go to the protocol. Throws CommandLineError when the
-    /// line makes no sense as a whole. Whether a run follows at once is for the caller to read from
-    /// Job().controls.chkQuiet.
+    /// and loads the mapping file that it names. Unknown words go to the protocol, with the known one that each may
+    /// have been meant for. Throws CommandLineError when the line makes no sense as a whole. Whether a run follows at
+    /// once is for the caller to read from Job().controls.chkQuiet.
     void Form_Load(std::string_view commandLine);
 
-    /// The "Convert" button.
-    RunOutcome Convert() { return batch_.btnConvert_Click(); }
+    /// The "Convert" button. What was wrong with the command line keeps a run from beginning once: with "+strict"
+    /// always, and otherwise where a word that was perhaps mistyped could have saved a database from being replaced or
+    /// emptied.
+    RunOutcome Convert() { return batch_.btnConvert_Click(TakeRefusal()); }
     /// The "Cancel" button: ends the run that is going on; nothing without one.
     void Cancel() { batch_.btnQuit_Click(); }
 
@@ -30,10 +34,15 @@ public:
     [[nodiscard]] bool MappingLoaded() const noexcept { return mappingLoaded_; }
 
 private:
+    void ReportUnknown(std::string_view token);
+    [[nodiscard]] std::optional<std::string> TakeRefusal();
+
     Job job_;
     TagMap tagMap_;
     Batch batch_;
     bool mappingLoaded_ = true;
+    std::string unknown_;  ///< the first unknown word; the empty one that a blank too many makes is none
+    std::string mistyped_; ///< the first that resembles a known one
 };
 
 } // namespace velmora

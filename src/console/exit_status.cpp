@@ -2,7 +2,7 @@
 
 namespace velmora {
 
-ExitStatus StatusOf(const RunOutcome& outcome, bool mappingLoaded) noexcept
+ExitStatus StatusOf(const RunOutcome& outcome, bool mappingLoaded, bool strict) noexcept
 {
     if (outcome.cancelled)
         return ExitStatus::Cancelled;
@@ -11,7 +11,9 @@ ExitStatus StatusOf(const RunOutcome& outcome, bool mappingLoaded) noexcept
     if (outcome.nothingToDo)
         return ExitStatus::NothingToConvert;
     if (outcome.unreadableFiles > 0 || !mappingLoaded)
-        return ExitStatus::Unreadable;
+        return ExitStatus::Incomplete;
+    if (strict && (outcome.valuesLeftOut > 0 || outcome.recordsWithoutText > 0 || outcome.filesNotRenamed > 0))
+        return ExitStatus::Incomplete;
     return ExitStatus::Success;
 }
 

@@ -23,7 +23,8 @@ Usage
 A switch is one word; a key is a word, "=" and its value. Upper and lower case
 of the words do not matter. Of options that contradict each other the last one
 counts. A value with blanks is put in quotes: xml="my orders.xml". Words that
-are not known are reported and skipped.
+are not known are reported and skipped; where one may be mistyped and a database
+would be replaced or emptied, the run does not begin.
 
 Without +quiet, where there is a terminal and no window, velmora converts in the
 terminal and asks what it has to ask.
@@ -39,8 +40,9 @@ Exit status
   0    everything was converted
   1    ended by an error
   2    nothing to convert: no source named or found, a target that must not be
-       written, or a command line that makes no sense
-  3    done, but a source or the file of tag names could not be read
+       written, or a command line that makes no sense or may be mistyped
+  3    done, but a source or the file of tag names could not be read, or
+       something was left out (with +strict)
   130  cancelled
 
 Examples

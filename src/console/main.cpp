@@ -15,6 +15,7 @@
 #include <algorithm>
 #include <cstdio>
 #include <exception>
+#include <initializer_list>
 #include <string>
 #include <vector>
 
@@ -63,17 +64,18 @@ ExitStatus Run(ConsoleHost& host, const std::string& line)
     const std::string table = ClosingTable(outcome.tables);
     if (!table.empty())
         host.Write("\n" + table);
-    return StatusOf(outcome, application.MappingLoaded());
+    return StatusOf(outcome, application.MappingLoaded(), application.GetJob().controls.chkStrict.Checked());
 }
 
 ExitStatus Main(const std::vector<std::string>& arguments)
 {
-    const auto given = [&arguments](std::string_view word) {
-        return std::find(arguments.begin(), arguments.end(), word) != arguments.end();
+    const auto given = [&arguments](std::initializer_list<std::string_view> words) {
+        return std::find_first_of(arguments.begin(), arguments.end(), words.begin(), words.end()) != arguments.end();
     };
+    const bool wantsHelp = given({"--help", "-help", "-h", "/?", "help"});
     ConsoleHost host;
-    if (given("--help") || given("--version")) {
-        host.Write(given("--help") ? HelpText() : "velmora " + std::string(Version()) + "\n");
+    if (wantsHelp || given({"--version"})) {
+        host.Write(wantsHelp ? HelpText() : "velmora " + std::string(Version()) + "\n");
         return ExitStatus::Success;
     }
     CatchInterrupts();

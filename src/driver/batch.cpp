@@ -41,7 +41,7 @@ std::optional<std::string> NoSource(const std::string& source, const std::vector
 
 } // namespace
 
-RunOutcome Batch::btnConvert_Click()
+RunOutcome Batch::btnConvert_Click(const std::optional<std::string>& refusal)
 {
     outcome_ = {};
     hasCommitted_ = commitFailed_ = false;
@@ -51,7 +51,7 @@ RunOutcome Batch::btnConvert_Click()
     textFilesChanged_ = false;
     job_.settings.blAbort = false;
     job_.log.ClearText();
-    if (RefusesToBegin()) {
+    if (RefusesToBegin(refusal)) {
         outcome_.nothingToDo = true;
         return outcome_;
     }
@@ -75,16 +75,21 @@ RunOutcome Batch::btnConvert_Click()
     return outcome_;
 }
 
-/// What must not begin ends before anything is opened: the protocol file may be the very file that must not be written.
-bool Batch::RefusesToBegin()
+/// What must not begin ends before anything is opened but the protocol, when that is not the very file that must not be
+/// written.
+bool Batch::RefusesToBegin(const std::optional<std::string>& refusal)
 {
     std::optional<std::string> reason = ClashingFiles(job_.controls);
     if (!reason)
         reason = UnfitTarget(job_.controls);
     if (!reason)
+        reason = refusal;
+    if (!reason)
         return false;
+    if (!IsProtocolClashing(job_.controls))
+        Procedure(job_, "btnConvert_Click", [this](Step& step) { OpenProtocolFile(step); });
     job_.log.ProtocolAppend(*reason);
-    job_.log.ProtocolAppend("Done");
+    CloseProtocolFile();
     return true;
 }
 
@@ -142,8 +147,9 @@ void Batch::OpenProtocolFile(Step& step)
         step("Open protocol file [" + path + "]");
         job_.log.OpenFile(path);
         job_.log.WriteProtocolFile(std::string(50, '='));
-        job_.log.Trace("Protocoll file opened");
     }
+    job_.log.WriteEarlierLines();
+    job_.log.Trace("Protocoll file opened");
     job_.log.Trace(std::string("btnConvert_Click: Debug mode: ") + (job_.settings.blDebug ? "True" : "False"));
 }
 
@@ -206,8 +212,8 @@ bool Batch::ConvertOneFile(const std::string& path, DatabaseSession& session, Fi
         velCreateDatabase(job_, session, xml.document, model, tagMap_, schema_pass::kCreateRelations);
     TableSinks sinks;
     velOpenTables(job_, session, model, tagMap_, filesOfRun, sinks);
-    ImportDocument(job_, session, path, xml.document, model, tagMap_, sinks);
-    velCloseTables(job_, session, sinks);
+    outcome_.valuesLeftOut += ImportDocument(job_, session, path, xml.document, model, tagMap_, sinks);
+    outcome_.recordsWithoutText += velCloseTables(job_, session, sinks);
     unfinishedRecords_ = sinks.SavedRecords();
     textFilesChanged_ =
         textFilesChanged_ || filesOfRun.HasChanged() || (job_.settings.blTextExport && unfinishedRecords_ > 0);
@@ -221,8 +227,10 @@ void Batch::FinishFile(const std::string& path, bool converted, DatabaseSession&
     const bool isToBeRenamed = !job_.controls.txtFILE_XML_RENAMED.text.empty();
     if (!converted) {
         ++outcome_.unreadableFiles;
-        if (isToBeRenamed)
+        if (isToBeRenamed) {
+            ++outcome_.filesNotRenamed;
             job_.log.ProtocolAppend("Not renamed, since it was not converted: " + path);
+        }
         return;
     }
     step("Commit");

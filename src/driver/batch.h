@@ -6,6 +6,7 @@
 #include "settings/job.h"
 
 #include <cstdint>
+#include <optional>
 #include <string>
 #include <utility>
 #include <vector>
@@ -23,7 +24,10 @@ struct RunOutcome {
     bool cancelled = false;   ///< by the user
     int unreadableFiles = 0;  ///< sources that could not be read
     int convertedFiles = 0;
-    std::vector<TableReport> tables{}; ///< in order of first use
+    std::int64_t valuesLeftOut = 0;      ///< that were not imported
+    std::int64_t recordsWithoutText = 0; ///< in a run that exports text
+    int filesNotRenamed = 0;             ///< in a run that renames
+    std::vector<TableReport> tables{};   ///< in order of first use
 };
 
 /// Runs one job over one or many XML files, or over one from a web address: what the "Convert" button does.
@@ -34,13 +38,14 @@ public:
     {
     }
 
-    /// The whole run. Reports its own failures; never throws.
-    RunOutcome btnConvert_Click();
+    /// The whole run; with a `refusal`, which came up before it, only that is said. Reports its own failures; never
+    /// throws.
+    RunOutcome btnConvert_Click(const std::optional<std::string>& refusal = std::nullopt);
     /// Cancels the run that is going on, after asking unless quiet. Nothing without one.
     void btnQuit_Click();
 
 private:
-    [[nodiscard]] bool RefusesToBegin();
+    [[nodiscard]] bool RefusesToBegin(const std::optional<std::string>& refusal);
     void Run(UrlSource& source, DatabaseSession& session, Step& step);
     void OpenProtocolFile(Step& step);
     void ShowRunning(bool running);

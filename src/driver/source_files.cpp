@@ -3,31 +3,30 @@
 #include "platform/file_listing.h"
 #include "platform/paths.h"
 
+#include <algorithm>
 #include <vector>
 
 namespace velmora {
 
 namespace {
 
-/// Is `path` one of the sources, or what the user has typed as the source, which need not be there yet?
-bool IsSource(const std::string& path, const Controls& controls, const std::vector<std::string>& sources)
+/// Is `path` one of the sources, or what the user has typed as the source, which need not be there yet? A download gets
+/// a name of its own.
+bool IsSource(const std::string& path, const Controls& controls)
 {
-    if (IsSameFile(path, controls.txtFILE_XML.text))
-        return true;
-    for (const std::string& source : sources)
-        if (IsSameFile(path, source))
-            return true;
-    return false;
+    if (controls.FromUrl() || path.empty())
+        return false;
+    const std::string& typed = controls.txtFILE_XML.text;
+    const std::vector<std::string> sources = ListFiles(typed);
+    return IsSameFile(path, typed) || std::any_of(sources.begin(), sources.end(), [&path](const std::string& source) {
+               return IsSameFile(path, source);
+           });
 }
 
 } // namespace
 
 std::optional<std::string> ClashingFiles(const Controls& controls)
 {
-    // A download gets a name of its own.
-    const bool isLocal = !controls.FromUrl();
-    const std::vector<std::string> sources =
-        isLocal ? ListFiles(controls.txtFILE_XML.text) : std::vector<std::string>();
     const std::string& target = controls.txtFILE_MDB.text;
     const std::string& log = controls.txtFILE_LOG.text;
     const std::string& mapping = controls.txtFILE_MAPPING.text;
@@ -35,17 +34,24 @@ std::optional<std::string> ClashingFiles(const Controls& controls)
         return std::string(what) + " \"" + path + "\" is also the " + std::string(also) +
                "; nothing was written, name another file";
     };
-    if (isLocal && IsSource(target, controls, sources))
+    if (IsSource(target, controls))
         return clash("The target database", target, "XML file");
     if (IsSameFile(target, log))
         return clash("The target database", target, "protocol file");
     if (IsSameFile(target, mapping))
         return clash("The target database", target, "tag-mapping file");
-    if (isLocal && IsSource(log, controls, sources))
+    if (IsSource(log, controls))
         return clash("The protocol file", log, "XML file");
     if (IsSameFile(log, mapping))
         return clash("The protocol file", log, "tag-mapping file");
     return std::nullopt;
+}
+
+bool IsProtocolClashing(const Controls& controls)
+{
+    const std::string& log = controls.txtFILE_LOG.text;
+    return IsSameFile(log, controls.txtFILE_MDB.text) || IsSameFile(log, controls.txtFILE_MAPPING.text) ||
+           IsSource(log, controls);
 }
 
 } // namespace velmora

@@ -49,11 +49,11 @@ std::string_view FirstValue(const Document& document, const ValueAccount::Group&
 
 } // namespace
 
-void ReportLoss(Job& job, const Document& document, const ValueAccount& account)
+std::int64_t ReportLoss(Job& job, const Document& document, const ValueAccount& account)
 {
     const ValueAccount::Loss loss = account.Settle(job.settings.blImportAttributes);
     if (loss.groups.empty())
-        return;
+        return 0;
     const auto pathOf = [&](const ValueAccount::Group& group) {
         std::string path = document.PathText(group.path);
         if (group.attribute != ValueOrigin::kOwnText)
@@ -74,6 +74,7 @@ void ReportLoss(Job& job, const Document& document, const ValueAccount& account)
     if (told < loss.groups.size())
         job.log.ProtocolAppend("  and " + std::to_string(untold) + " more in " +
                                std::to_string(loss.groups.size() - told) + " further groups");
+    return loss.lost;
 }
 
 } // namespace velmora

@@ -217,11 +217,11 @@ std::string_view NodeImporter::SourceOf(int sink) const
 
 } // namespace
 
-void ImportDocument(Job& job, DatabaseSession& session, const std::string& source, const Document& document,
-                    const StructureModel& model, const TagMap& map, TableSinks& sinks)
+std::int64_t ImportDocument(Job& job, DatabaseSession& session, const std::string& source, const Document& document,
+                            const StructureModel& model, const TagMap& map, TableSinks& sinks)
 {
     if (job.settings.blAbort)
-        return;
+        return 0;
     job.log.ProtocolAppend("Import XML: Approx. " + std::to_string(model.lngRecordEstimate) +
                            " records will be imported");
     ValueAccount account(document);
@@ -230,8 +230,7 @@ void ImportDocument(Job& job, DatabaseSession& session, const std::string& sourc
     if (!document.IsEmpty())
         NodeImporter(job, document, sinks, columns).velImportNode();
     job.log.ProtocolAppend("Import XML: " + std::to_string(columns.RecordCount()) + " records were imported");
-    if (!job.settings.blAbort)
-        ReportLoss(job, document, account);
+    return job.settings.blAbort ? 0 : ReportLoss(job, document, account);
 }
 
 } // namespace velmora

@@ -102,11 +102,11 @@ void CloseRecordset(Recordset& records, Step& step)
 
 } // namespace
 
-void velCloseTables(Job& job, DatabaseSession& session, TableSinks& sinks)
+std::int64_t velCloseTables(Job& job, DatabaseSession& session, TableSinks& sinks)
 {
     job.log.Trace("velCloseTables: ");
     if (sinks.UpperBound() == 0 && job.settings.blAbort)
-        return;
+        return 0;
     job.log.ProtocolAppend("Close tables");
     Step step(job.log, "velCloseTables");
     // One failure does not keep the others open.
@@ -136,6 +136,7 @@ void velCloseTables(Job& job, DatabaseSession& session, TableSinks& sinks)
         });
     }
     Tell(job.log, shortfall);
+    return shortfall.recordsWithoutText;
 }
 
 } // namespace velmora

@@ -80,7 +80,7 @@ void velOpenTables(Job& job, DatabaseSession& session, StructureModel& model, co
 
 /// Closes every recordset, dropping records that an interrupted import left pending, and every text file, and adds what
 /// was saved to the session's reports. Tells what did not come through whole: characters that Access 97 does not know,
-/// records without a text file. Goes on after a cancel or an error.
-void velCloseTables(Job& job, DatabaseSession& session, TableSinks& sinks);
+/// records without a text file; gives the number of the latter. Goes on after a cancel or an error.
+std::int64_t velCloseTables(Job& job, DatabaseSession& session, TableSinks& sinks);
 
 } // namespace velmora

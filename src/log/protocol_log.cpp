@@ -71,7 +71,16 @@ void ProtocolLog::WriteTraceLine(std::string_view text)
 
 void ProtocolLog::WriteProtocolFile(std::string_view text)
 {
+    if (file_ == nullptr && keepsEarlier_)
+        earlier_.emplace_back(text);
     WriteLine({}, {}, text, true);
+}
+
+void ProtocolLog::WriteEarlierLines()
+{
+    keepsEarlier_ = false;
+    for (const std::string& line : std::exchange(earlier_, {}))
+        WriteLine({}, {}, line, true);
 }
 
 void ProtocolLog::WriteLine(std::string_view stamp, std::string_view gap, std::string_view text, bool flush)
@@ -108,7 +117,7 @@ void ProtocolLog::ErrorReport(std::string_view procedureName, std::string_view s
     const std::string reached = WithoutPasswords(statement);
 
     ProtocolAppend("Error: " + reached, false);
-    if (file_ != nullptr) {
+    if (file_ != nullptr || keepsEarlier_) {
         const std::string rule(43, '-');
         const std::pair<std::string_view, std::string> entries[] = {
             {"TIME        : ", std::string(clock_.Now())},

@@ -44,6 +44,9 @@ public:
     /// One line into the file when it is open. A failing write is an error of the run, reported once: the file is
     /// closed then.
     void WriteProtocolFile(std::string_view text);
+    /// The run begins: what was written for the file while there was none goes into the one that is open now, if any.
+    /// From here on, what finds no open file is lost.
+    void WriteEarlierLines();
     /// The error report: the line, the block in the file, the message box unless quiet; sets blAbort.
     void ErrorReport(std::string_view procedureName, std::string_view statement, const RuntimeError& error);
 
@@ -66,6 +69,8 @@ private:
     TimeStampClock clock_;
     std::FILE* file_ = nullptr;
     std::string path_;
+    std::vector<std::string> earlier_; ///< written for the file before the run
+    bool keepsEarlier_ = true;
     std::int64_t flushedAt_ = 0;     ///< CoarseMilliseconds() of the last flush
     std::vector<std::string> lines_; ///< oldest first; Text() turns them round
     mutable std::string text_;       ///< made by Text()

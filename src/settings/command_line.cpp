@@ -19,14 +19,6 @@ std::string_view Trimmed(std::string_view text)
     return text.substr(first, text.find_last_not_of(kDelimiter) - first + 1);
 }
 
-std::string LowerCase(std::string_view text)
-{
-    std::string lower(text);
-    std::transform(lower.begin(), lower.end(), lower.begin(),
-                   [](char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c; });
-    return lower;
-}
-
 bool IsListed(std::string_view word, std::string_view words)
 {
     const std::vector<std::string_view> all = Listed(words);

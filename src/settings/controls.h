@@ -38,12 +38,12 @@ struct Controls {
     ComboControl cboDatabase{{"Access 2000", "Access 97"}};
     int tabSourceType = 0; ///< 0 local file, 1 URL
     [[nodiscard]] bool FromUrl() const noexcept { return tabSourceType == 1; }
-    int tabMain = 0;       ///< selected page of the main window, 0 = "Converter"
+    int tabMain = 0; ///< selected page of the main window, 0 = "Converter"
 
     CheckControl chkRecreateDatabase, chkExtendMDB, chkEmptyTables;
     CheckControl chkImportAttributes, chkOneTablePerElement, chkSkipEmptyWrappingTags, chkCreateTableRelations;
     CheckControl chkAPPEND, chkEXPORT_COLUMN_NAMES, chkQUOTED;
-    CheckControl chkQuiet, chkDebug{.visible = false};
+    CheckControl chkStrict, chkQuiet, chkDebug{.visible = false};
     CheckControl chkEnableTagMapping; ///< follows from whether a mapping file is named
     TextControl txtATTR_PREFIX, txtKEY_PRIMARY, txtKEY_FOREIGN, txtTABLE_PREFIX, txtTABLE_SUFFIX;
 

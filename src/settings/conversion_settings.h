@@ -26,6 +26,7 @@ struct ConversionSettings : RunFlags {
     bool blAppend = false;
     bool blExportColumnNames = false;
     bool blQuoted = false;
+    bool blStrict = false;
 };
 
 } // namespace velmora

@@ -243,6 +243,15 @@ constexpr Option kOptions[] = {
      .value = "TEXT",
      .help = "what all table names end with"},
     {.group = OptionGroup::Running,
+     .control = &Controls::chkStrict,
+     .setting = &ConversionSettings::blStrict,
+     .words = "+strict strict",
+     .offWords = "-strict",
+     .help = "let nothing pass: an unknown word, or a file of tag names that cannot be read, ends the run before the "
+             "database is touched (status 2); a value that was not imported, a record without a text file or a file "
+             "that was not renamed makes the status 3",
+     .offHelp = "say so in the protocol and go on"},
+    {.group = OptionGroup::Running,
      .control = &Controls::chkQuiet,
      .setting = &ConversionSettings::blQuiet,
      .words = "+quiet quiet +q q",
@@ -262,6 +271,14 @@ constexpr OptionHeading kHeadings[] = {
 };
 
 } // namespace
+
+std::string LowerCase(std::string_view word)
+{
+    std::string lower(word);
+    std::transform(lower.begin(), lower.end(), lower.begin(),
+                   [](char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c; });
+    return lower;
+}
 
 std::span<const Option> Options() noexcept
 {

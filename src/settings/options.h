@@ -4,6 +4,7 @@
 #include "settings/conversion_settings.h"
 
 #include <span>
+#include <string>
 #include <string_view>
 #include <variant>
 #include <vector>
@@ -64,6 +65,9 @@ struct OptionHeading {
 };
 /// The groups in the order in which they are read.
 [[nodiscard]] std::span<const OptionHeading> OptionHeadings() noexcept;
+
+/// A word as the table has it: letters A to Z become small ones.
+[[nodiscard]] std::string LowerCase(std::string_view word);
 
 /// The parts of `list`, which stand between `separator`s.
 [[nodiscard]] std::vector<std::string_view> Listed(std::string_view list, char separator = ' ');

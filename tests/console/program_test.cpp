@@ -56,6 +56,8 @@ TEST_F(ProgramTest, HelpAndVersionComeBeforeEverythingElse)
     EXPECT_EQ(help.status, 0);
     EXPECT_TRUE(Contains(help.output, "Exit status"));
     EXPECT_EQ(help.errors, "");
+    for (const char* word : {"-h", "-help", "/?", "help"})
+        EXPECT_EQ(Run({word}).output, help.output) << word;
     const ProcessResult version = Run({"--version", "+quiet"});
     EXPECT_EQ(version.status, 0);
     EXPECT_EQ(version.output.substr(0, 8), "velmora ");
@@ -76,6 +78,9 @@ TEST_F(ProgramTest, ConvertsAndTellsWhatHappened)
     EXPECT_SOUND(folder / "all.mdb");
 
     EXPECT_EQ(Run({"q", "mdb=all.mdb", "xml=*.xml"}).status, 3) << "a source that is no XML";
+    WriteFile(folder / "mixed.xml", "<people><person>text<name>Ann</name></person></people>");
+    for (const auto& [word, status] : {std::pair("-strict", 0), {"+strict", 3}})
+        EXPECT_EQ(Run({"q", "mdb=mixed.mdb", "xml=mixed.xml", word}).status, status) << "a text beside elements";
     WriteFile(folder / "damaged.tsv", "a\tb\r\n\r\n");
     for (const char* mapping : {"tags=none.tsv", "tags=damaged.tsv"})
         EXPECT_EQ(Run({"q", "mdb=all.mdb", "xml=one file.xml", mapping}).status, 3) << mapping;

@@ -150,17 +150,22 @@ TEST(ExitStatus, IsTheGravestOfWhatHappened)
         RunOutcome outcome;
         bool mappingLoaded;
         int status;
+        int strictStatus;
     };
     const Case cases[] = {
-        {"converted", {.convertedFiles = 2}, true, 0},
-        {"error", {.failed = true, .unreadableFiles = 1}, true, 1},
-        {"nothing to do", {.nothingToDo = true}, false, 2},
-        {"unreadable", {.unreadableFiles = 1, .convertedFiles = 2}, true, 3},
-        {"no mapping", {.convertedFiles = 1}, false, 3},
-        {"cancelled", {.failed = true, .cancelled = true}, true, 130},
+        {"converted", {.convertedFiles = 2}, true, 0, 0},
+        {"error", {.failed = true, .unreadableFiles = 1}, true, 1, 1},
+        {"nothing to do", {.nothingToDo = true}, false, 2, 2},
+        {"unreadable", {.unreadableFiles = 1, .convertedFiles = 2}, true, 3, 3},
+        {"no mapping", {.convertedFiles = 1}, false, 3, 3},
+        {"values left out", {.valuesLeftOut = 1}, true, 0, 3},
+        {"records without text", {.recordsWithoutText = 1}, true, 0, 3},
+        {"cancelled", {.failed = true, .cancelled = true}, true, 130, 130},
     };
-    for (const Case& c : cases)
-        EXPECT_EQ(static_cast<int>(StatusOf(c.outcome, c.mappingLoaded)), c.status) << c.name;
+    for (const Case& c : cases) {
+        EXPECT_EQ(static_cast<int>(StatusOf(c.outcome, c.mappingLoaded, false)), c.status) << c.name;
+        EXPECT_EQ(static_cast<int>(StatusOf(c.outcome, c.mappingLoaded, true)), c.strictStatus) << c.name;
+    }
 }
 
 } // namespace
