@@ -12,6 +12,7 @@ namespace {
 
 constexpr std::string_view kReceived = "< ";
 constexpr std::string_view kSent = "> ";
+constexpr std::string_view kLocation = "< location: ";
 
 bool IsVerboseLine(std::string_view line)
 {
@@ -24,22 +25,29 @@ bool IsStatusLine(std::string_view line)
     return line.starts_with("< HTTP/");
 }
 
-/// Whether a status line such as "< HTTP/1.1 404 Not Found" tells of a document.
-bool IsSuccess(std::string_view statusLine)
+/// The number and text in a status line such as "< HTTP/1.1 404 Not Found".
+std::string_view StatusIn(std::string_view statusLine)
 {
-    const std::size_t status = statusLine.find(' ', kReceived.size());
-    return status != statusLine.npos && statusLine.substr(status + 1).starts_with('2');
+    const std::size_t blank = statusLine.find(' ', kReceived.size());
+    return blank == statusLine.npos ? std::string_view() : statusLine.substr(blank + 1);
+}
+
+/// Where `header` begins in `line`, in whatever letter case; npos when it is not there.
+std::size_t FindHeader(std::string_view line, std::string_view header)
+{
+    const auto found = std::search(line.begin(), line.end(), header.begin(), header.end(), [](char a, char b) {
+        return a == b || (a >= 'A' && a <= 'Z' && a - 'A' + 'a' == b);
+    });
+    return found == line.end() ? line.npos : static_cast<std::size_t>(found - line.begin());
 }
 
 /// The user's password has no place in a protocol.
 std::string WithoutCredentials(std::string line)
 {
     constexpr std::string_view kHeader = "authorization: ";
-    const auto header = std::search(line.begin(), line.end(), kHeader.begin(), kHeader.end(), [](char a, char b) {
-        return a == b || (a >= 'A' && a <= 'Z' && a - 'A' + 'a' == b);
-    });
-    if (line.starts_with(kSent) && header != line.end())
-        line.replace(header + static_cast<std::ptrdiff_t>(kHeader.size()), line.end(), "...");
+    const std::size_t header = FindHeader(line, kHeader);
+    if (line.starts_with(kSent) && header != line.npos)
+        line.replace(header + kHeader.size(), line.npos, "...");
     return line;
 }
 
@@ -54,8 +62,13 @@ CurlLog ReadCurlLog(const std::string& path)
         if (line.ends_with('\r'))
             line.pop_back();
         // A proxy's answer, or one that asks for credentials, comes before the one that counts.
-        if (IsStatusLine(line))
-            lastAnswer = IsSuccess(line) ? std::string() : line.substr(kReceived.size());
+        if (IsStatusLine(line)) {
+            const std::string_view status = StatusIn(line);
+            lastAnswer = status.starts_with('2') ? std::string() : line.substr(kReceived.size());
+            log.isUnauthorized = status.starts_with("401");
+        } else if (!lastAnswer.empty() && FindHeader(line, kLocation) == 0) {
+            lastAnswer += ", the document is at " + line.substr(kLocation.size());
+        }
         if (log.failure.empty() && !IsVerboseLine(line))
             log.failure = line;
         log.lines.push_back(WithoutCredentials(std::move(line)));

@@ -13,7 +13,8 @@ namespace velmora {
 /// follow redirections by itself.
 struct CurlLog {
     std::vector<std::string> lines; ///< all of them, without line ends; credentials are left out of the headers
-    std::string failure; ///< why nothing was downloaded: an error message or a status; empty when all went well
+    std::string failure;         ///< why nothing was downloaded: an error message or a status; empty when all went well
+    bool isUnauthorized = false; ///< the last answer's status is 401
 };
 
 /// Reads the log at `path`; without such a file nothing was said, and nothing failed.

@@ -2,11 +2,15 @@
 
 #include "driver/curl_log.h"
 #include "driver/shell_and_wait.h"
+#include "log/file_error.h"
 #include "log/passwords.h"
 #include "platform/clock.h"
 #include "platform/paths.h"
 #include "platform/program.h"
 
+#include <cerrno>
+#include <charconv>
+#include <cstdio>
 #include <filesystem>
 #include <system_error>
 #include <utility>
@@ -15,7 +19,11 @@ namespace velmora {
 
 namespace {
 
-constexpr int kTimeoutSeconds = 30;
+bool IsEmptyFile(const std::string& path)
+{
+    std::error_code error;
+    return std::filesystem::file_size(PathFromUtf8(path), error) == 0 || error;
+}
 
 void RemoveFile(const std::string& path)
 {
@@ -69,25 +77,67 @@ private:
 };
 
 /// The address stands as it was typed, without quotes: one with blanks falls apart into several words, which curl takes
-/// for what they are. Between user and password stands ": ", so that the server receives the password with a blank in
-/// front: servers that are used with this program are set up for that.
+/// for what they are. Everybody on this machine can read the line: user and password are given in another way.
 std::string CurlCommand(const std::string& curl, const DownloadFiles& files, const Controls& controls)
 {
     std::string line = curl + " --verbose -o \"" + files.Xml() + "\" " + controls.txtXML_URL.text;
     if (!controls.txtXML_USER.text.empty())
-        line += " -u \"" + controls.txtXML_USER.text + ": " + controls.txtXML_PASSWORD.text + '"';
+        line += " --config -";
     return line + " -s -S --stderr \"" + files.Log() + '"';
 }
 
-/// Tells of a download that failed, with all that curl has said, and ends the run.
-void CheckDownload(Job& job, const DownloadFiles& files, Step& step)
+/// What stands between user and password. Servers that are used with this program are set up for a password with a
+/// blank in front; all others take it as it is.
+enum class PasswordForm { AfterBlank, AsItIs };
+
+/// The line that curl reads on its standard input; nothing without a user.
+std::string CurlConfig(const Controls& controls, PasswordForm form)
 {
+    if (controls.txtXML_USER.text.empty())
+        return {};
+    std::string line = "user = \"";
+    for (const char c :
+         controls.txtXML_USER.text + (form == PasswordForm::AfterBlank ? ": " : ":") + controls.txtXML_PASSWORD.text) {
+        if (c == '"' || c == '\\')
+            line += '\\';
+        line += c;
+    }
+    return line + "\"\n";
+}
+
+double TimeoutSeconds(const Controls& controls)
+{
+    const std::string& text = controls.txtTIMEOUT.text;
+    double seconds = kNoTimeout;
+    const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), seconds);
+    const bool isNumber = error == std::errc() && end == text.data() + text.size() && seconds > 0;
+    if (!text.empty() && !isNumber)
+        throw RuntimeError(runtime_errors::kInvalidProcedureCall,
+                           "timeout= takes a number of seconds, not \"" + text + "\"");
+    return seconds;
+}
+
+/// One download; false when the server wants another form of the password. Tells of one that failed, with all that curl
+/// has said, and ends the run.
+bool Download(Job& job, const std::string& curl, const DownloadFiles& files, PasswordForm form, Step& step)
+{
+    const std::string_view result = ShellAndWait(job, CurlCommand(curl, files, job.controls),
+                                                 TimeoutSeconds(job.controls), CurlConfig(job.controls, form));
+    if (result == kShellTimeout)
+        Fail(step, "Timeout reached when receiving file",
+             "curl took longer than the " + job.controls.txtTIMEOUT.text + " seconds of timeout=");
+    if (result == kShellError)
+        Fail(step, "Error receiving the file", "\"" + curl + "\" could not be started");
+    if (job.settings.blAbort)
+        return true;
     CurlLog log = ReadCurlLog(files.Log());
+    if (log.isUnauthorized && form == PasswordForm::AfterBlank && !job.controls.txtXML_USER.text.empty())
+        return false;
     // A word among those of the address that curl does not take ends it before its log is opened.
-    if (log.failure.empty() && !FileExists(files.Xml()))
+    if (log.lines.empty() && IsEmptyFile(files.Xml()))
         log.failure = "curl wrote no file";
     if (log.failure.empty())
-        return;
+        return true;
     step("Download of XML had failed!");
     job.log.ProtocolAppend("Download of XML had failed!");
     for (const std::string& line : log.lines)
@@ -98,15 +148,18 @@ void CheckDownload(Job& job, const DownloadFiles& files, Step& step)
 
 } // namespace
 
-std::string FreeDownloadPath(const std::string& folder, const std::function<std::time_t()>& now)
+std::string ReserveDownload(const std::string& folder, const std::function<std::time_t()>& now)
 {
-    const auto path = [&](const std::string& counter) {
-        return folder + kPathSeparator + "xml_" + FormatTime(now(), "%Y%m%d_%H%M%S") + counter + ".xml";
-    };
-    std::string free = path("");
-    for (int counter = 1; FileExists(free); ++counter)
-        free = path("_" + std::to_string(counter));
-    return free;
+    for (int counter = 0;; ++counter) {
+        const std::string suffix = counter == 0 ? "" : "_" + std::to_string(counter);
+        std::string path = folder + kPathSeparator + "xml_" + FormatTime(now(), "%Y%m%d_%H%M%S") + suffix + ".xml";
+        if (std::FILE* file = OpenFileStream(path, "wbx")) {
+            std::fclose(file);
+            return path;
+        }
+        if (errno != EEXIST)
+            throw FileError("The file", path, "cannot be made", errno);
+    }
 }
 
 std::string GetXMLfromURL(Job& job, const Places& places)
@@ -119,15 +172,15 @@ std::string GetXMLfromURL(Job& job, const Places& places)
         const std::string curl = FindCurl(places, step);
         step("Folder for the download");
         MakeFilesFolder(places);
-        DownloadFiles files(FreeDownloadPath(places.files, [] { return std::time(nullptr); }));
-        const std::string_view result = ShellAndWait(job, CurlCommand(curl, files, job.controls), kTimeoutSeconds);
-        if (result == kShellTimeout)
-            Fail(step, "Timeout reached when receiving file", "curl took too long");
-        if (result == kShellError)
-            Fail(step, "Error receiving the file", "\"" + curl + "\" could not be started");
+        DownloadFiles files(ReserveDownload(places.files, [] { return std::time(nullptr); }));
+        if (!Download(job, curl, files, PasswordForm::AfterBlank, step)) {
+            job.log.ProtocolAppend("The server does not take the password with a blank in front: once more without it");
+            static_cast<void>(Download(job, curl, files, PasswordForm::AsItIs, step));
+            if (!job.settings.blAbort)
+                job.log.ProtocolAppend("The server took the password without a blank in front");
+        }
         if (job.settings.blAbort)
             return;
-        CheckDownload(job, files, step);
         path = files.KeepXml();
     });
     return path;

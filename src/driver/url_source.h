@@ -9,9 +9,9 @@
 
 namespace velmora {
 
-/// A free name for a download in `folder`: "xml_", date and time, ".xml"; a counter from 1 stands behind the time while
-/// the name is taken. `now` is asked anew for each try.
-[[nodiscard]] std::string FreeDownloadPath(const std::string& folder, const std::function<std::time_t()>& now);
+/// Makes an empty file for a download in `folder`, which nobody else gets: "xml_", date and time, ".xml"; a counter
+/// from 1 stands behind the time while the name is taken. `now` is asked anew for each try. Throws RuntimeError.
+[[nodiscard]] std::string ReserveDownload(const std::string& folder, const std::function<std::time_t()>& now);
 
 /// Downloads the XML file that the controls name by its address, with curl, and gives its path. Empty after an error,
 /// which is reported, and after a cancel: nothing is left of the download then.

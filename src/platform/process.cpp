@@ -4,6 +4,7 @@
 #include "platform/paths.h"
 
 #include <algorithm>
+#include <array>
 
 #ifdef _WIN32
 #include <windows.h>
@@ -78,7 +79,26 @@ ChildProcess::~ChildProcess()
 
 #ifdef _WIN32
 
-std::unique_ptr<ChildProcess> ChildProcess::Start(const std::string& commandLine)
+namespace {
+
+/// The end of a pipe from which a program reads `input`; nullptr when that is empty, and after a failure.
+HANDLE PipeWith(std::string_view input)
+{
+    HANDLE reading = nullptr;
+    HANDLE writing = nullptr;
+    SECURITY_ATTRIBUTES inherited{sizeof inherited, nullptr, TRUE};
+    if (input.empty() || !CreatePipe(&reading, &writing, &inherited, static_cast<DWORD>(input.size())))
+        return nullptr;
+    SetHandleInformation(writing, HANDLE_FLAG_INHERIT, 0);
+    DWORD written = 0;
+    WriteFile(writing, input.data(), static_cast<DWORD>(input.size()), &written, nullptr);
+    CloseHandle(writing);
+    return reading;
+}
+
+} // namespace
+
+std::unique_ptr<ChildProcess> ChildProcess::Start(const std::string& commandLine, std::string_view input)
 {
     // The system splits the line itself, blanks in the program's path included.
     std::wstring line = PathFromUtf8(commandLine).wstring();
@@ -86,8 +106,18 @@ std::unique_ptr<ChildProcess> ChildProcess::Start(const std::string& commandLine
     startup.cb = sizeof startup;
     startup.dwFlags = STARTF_USESHOWWINDOW;
     startup.wShowWindow = SW_SHOWMINNOACTIVE;
+    const HANDLE pipe = PipeWith(input);
+    if (pipe != nullptr) {
+        startup.dwFlags |= STARTF_USESTDHANDLES;
+        startup.hStdInput = pipe;
+        startup.hStdError = GetStdHandle(STD_ERROR_HANDLE);
+    }
     PROCESS_INFORMATION process{};
-    if (!CreateProcessW(nullptr, line.data(), nullptr, nullptr, FALSE, 0, nullptr, nullptr, &startup, &process))
+    const BOOL started = CreateProcessW(nullptr, line.data(), nullptr, nullptr, pipe != nullptr, 0, nullptr, nullptr,
+                                        &startup, &process);
+    if (pipe != nullptr)
+        CloseHandle(pipe);
+    if (!started)
         return nullptr;
     CloseHandle(process.hThread);
     return std::unique_ptr<ChildProcess>(new ChildProcess(reinterpret_cast<std::intptr_t>(process.hProcess)));
@@ -112,13 +142,44 @@ void ChildProcess::Terminate()
 
 namespace {
 
+/// A pipe that holds a text which fits into it, to be read from.
+class FilledPipe {
+public:
+    explicit FilledPipe(std::string_view text)
+    {
+        std::array<int, 2> ends{};
+        if (pipe(ends.data()) != 0)
+            return;
+        reading_ = ends[0];
+        fcntl(ends[0], F_SETFD, FD_CLOEXEC);
+        // What does not fit must not wait for a reader that is not there yet.
+        fcntl(ends[1], F_SETFL, O_NONBLOCK);
+        isFilled_ = write(ends[1], text.data(), text.size()) == static_cast<ssize_t>(text.size());
+        close(ends[1]);
+    }
+    ~FilledPipe()
+    {
+        if (reading_ >= 0)
+            close(reading_);
+    }
+    FilledPipe(const FilledPipe&) = delete;
+    FilledPipe& operator=(const FilledPipe&) = delete;
+
+    [[nodiscard]] bool IsFilled() const noexcept { return isFilled_; }
+    [[nodiscard]] int Reading() const noexcept { return reading_; }
+
+private:
+    int reading_ = -1;
+    bool isFilled_ = false;
+};
+
 /// What a started program gets to see of this one.
 class SpawnOptions {
 public:
-    SpawnOptions()
+    explicit SpawnOptions(const FilledPipe& input)
     {
         posix_spawn_file_actions_init(&files_);
-        posix_spawn_file_actions_addopen(&files_, STDIN_FILENO, "/dev/null", O_RDONLY, 0);
+        posix_spawn_file_actions_adddup2(&files_, input.Reading(), STDIN_FILENO);
         posix_spawn_file_actions_addopen(&files_, STDOUT_FILENO, "/dev/null", O_WRONLY, 0);
 #if defined(__GLIBC__) && __GLIBC_PREREQ(2, 34)
         // The open database and protocol are none of its business.
@@ -155,16 +216,17 @@ private:
 
 } // namespace
 
-std::unique_ptr<ChildProcess> ChildProcess::Start(const std::string& commandLine)
+std::unique_ptr<ChildProcess> ChildProcess::Start(const std::string& commandLine, std::string_view input)
 {
     std::vector<std::string> words = SplitProgramLine(commandLine);
-    if (words.empty())
+    const FilledPipe pipe(input);
+    if (words.empty() || !pipe.IsFilled())
         return nullptr;
     std::vector<char*> arguments;
     for (std::string& word : words)
         arguments.push_back(word.data());
     arguments.push_back(nullptr);
-    const SpawnOptions options;
+    const SpawnOptions options(pipe);
     pid_t id = 0;
     if (posix_spawnp(&id, arguments[0], options.Files(), options.Attributes(), arguments.data(), environ) != 0)
         return nullptr;

@@ -13,13 +13,14 @@ namespace velmora {
 /// blanks without quotes: the shortest beginning with a separator in it that names a file is the program.
 [[nodiscard]] std::vector<std::string> SplitProgramLine(std::string_view line);
 
-/// Another program that runs beside this one. It sees no input, and what it writes to its standard output is dropped;
-/// its errors appear where this program's do. Ended with this object when it still runs.
+/// Another program that runs beside this one. What it writes to its standard output is dropped; its errors appear
+/// where this program's do. Ended with this object when it still runs.
 class ChildProcess {
 public:
-    /// Starts `commandLine` without a shell; a program without a folder is looked for on PATH. nullptr when it cannot
-    /// be started.
-    [[nodiscard]] static std::unique_ptr<ChildProcess> Start(const std::string& commandLine);
+    /// Starts `commandLine` without a shell; a program without a folder is looked for on PATH. It reads `input`, a few
+    /// thousand bytes at most, on its standard input. nullptr when it cannot be started.
+    [[nodiscard]] static std::unique_ptr<ChildProcess> Start(const std::string& commandLine,
+                                                             std::string_view input = {});
     ~ChildProcess();
     ChildProcess(const ChildProcess&) = delete;
     ChildProcess& operator=(const ChildProcess&) = delete;

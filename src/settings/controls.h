@@ -33,7 +33,7 @@ struct Controls {
     /// The state at start-up, before the command line.
     Controls();
 
-    TextControl txtFILE_XML, txtFILE_XML_RENAMED, txtXML_URL, txtXML_USER, txtXML_PASSWORD;
+    TextControl txtFILE_XML, txtFILE_XML_RENAMED, txtXML_URL, txtXML_USER, txtXML_PASSWORD, txtTIMEOUT;
     TextControl txtFILE_MDB, txtFILE_TXT, txtFILE_LOG, txtFILE_MAPPING, txtDELIMITER;
     ComboControl cboDatabase{{"Access 2000", "Access 97"}};
     int tabSourceType = 0; ///< 0 local file, 1 URL

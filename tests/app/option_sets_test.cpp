@@ -321,7 +321,7 @@ const std::vector<Case>& Cases()
          "\\t"},
         {"downloaded from where nobody listens",
          {},
-         {"mdb={}/out.mdb q url=http://127.0.0.1:1/a.xml auth=ann pwd=secret -strict"},
+         {"mdb={}/out.mdb q url=http://127.0.0.1:1/a.xml auth=ann pwd=secret timeout=9 -strict"},
          "no database\n",
          {"Downloading XML file from URL", "Download of XML had failed!", "Done"},
          "",

@@ -49,6 +49,10 @@ HttpAnswer Reply(const std::string& request)
         return Answer("200 OK", "", "");
     if (asksFor("/short"))
         return {"HTTP/1.1 200 OK\r\nContent-Length: 100\r\n\r\n<orders>"};
+    if (asksFor("/guarded"))
+        return request.find("Basic YW5uOnNlY3JldA==") == request.npos // "ann:secret"
+                   ? Answer("401 Unauthorized", "WWW-Authenticate: Basic realm=\"x\"\r\n", "<no/>")
+                   : Answer("200 OK", "", kOrders);
     if (asksFor("/silent"))
         return {};
     return Answer("404 Not Found", "", "<html><body>no such page</body></html>");
@@ -79,7 +83,7 @@ TEST(UrlSource, FailuresAreTold)
     const Case cases[] = {
         {"nobody there", nullptr, "curl: (7) ", "* Closing connection"},
         {"no such page, whose error page is a document", "/none", "HTTP/1.1 404 Not Found", "< HTTP/1.1 404 Not Found"},
-        {"a redirection", "/moved", "HTTP/1.1 302 Found", "< Location: /orders.xml"},
+        {"a redirection", "/moved", "HTTP/1.1 302 Found, the document is at /orders.xml", "< Location: /orders.xml"},
         {"an answer that breaks off", "/short", "curl: (18) ", "< Content-Length: 100"},
         {"no answer", "/silent", "curl: (52) ", "> GET /silent HTTP/1.1"},
         {"an address with a blank is two addresses", "/orders.xml nosuch://x", "curl: (1) ",
@@ -101,6 +105,41 @@ TEST(UrlSource, FailuresAreTold)
         EXPECT_EQ(url.run.Said("YW5uOiBzZWNyZXQ="), 0) << "the password is nobody's business";
         EXPECT_FALSE(std::filesystem::exists(url.run.Target()));
     }
+}
+
+TEST(UrlSource, APasswordReachesTheServerInTheFormThatItTakes)
+{
+    HttpServer server(Reply);
+    UrlRun second(server.Url("/guarded"));
+    second.run.Options("auth=ann pwd=secret");
+    EXPECT_FALSE(second.batch.btnConvert_Click().failed) << second.Protocol();
+    EXPECT_EQ(second.run.Said("The server took the password without a blank in front"), 1);
+    EXPECT_EQ(server.Requests().size(), 2u);
+
+    UrlRun refused(server.Url("/guarded"));
+    refused.run.Options("auth=ann pwd=wrong");
+    EXPECT_TRUE(refused.batch.btnConvert_Click().failed);
+    EXPECT_NE(refused.run.Error().find("HTTP/1.1 401"), std::string::npos) << refused.run.Error();
+    EXPECT_EQ(server.Requests().size(), 4u) << "one second try";
+
+    UrlRun quotes(server.Url("/orders.xml"));
+    quotes.run.Options(R"(auth=a"n\n pwd=se"c\ret)");
+    EXPECT_FALSE(quotes.batch.btnConvert_Click().failed) << quotes.Protocol();
+    EXPECT_NE(server.Requests().back().find("Basic YSJuXG46IHNlImNccmV0\r"), std::string::npos)
+        << server.Requests().back();
+}
+
+TEST(UrlSource, TheArgumentsOfCurlHoldNoPassword)
+{
+    const TempFolder folder;
+    WriteFile(folder / "curl", "#!/bin/sh\necho \"$@\" > " + (folder / "seen").string() + "\n");
+    std::filesystem::permissions(folder / "curl", std::filesystem::perms::owner_all);
+    UrlRun url("http://h/", folder.Path());
+    url.run.Options("auth=ann pwd=secret");
+    EXPECT_TRUE(url.batch.btnConvert_Click().failed);
+    const std::string seen = ReadFile(folder / "seen");
+    EXPECT_NE(seen.find(" http://h/ --config - -s -S --stderr "), std::string::npos) << seen;
+    EXPECT_EQ(seen.find("secret"), std::string::npos) << seen;
 }
 
 TEST(UrlSource, AnEmptyAnswerIsADocumentThatCannotBeRead)
@@ -134,6 +173,19 @@ TEST(UrlSource, AStalledDownloadEndsWithTheUsersCancel)
     EXPECT_FALSE(std::filesystem::exists(url.run.Target()));
 }
 
+TEST(UrlSource, ATimeoutEndsADownloadThatDoesNotFinish)
+{
+    HttpServer server([](const std::string&) { return HttpAnswer{"HTTP/1.1 200 OK\r\n\r\n<orders>", true}; });
+    for (const auto& [timeout, said] : {std::pair("timeout=0.05", "Timeout reached when receiving file"),
+                                        {"timeout=soon", "timeout= takes a number of seconds, not \"soon\""}}) {
+        UrlRun url(server.Url("/"));
+        url.run.Options(timeout);
+        EXPECT_TRUE(url.batch.btnConvert_Click().failed);
+        EXPECT_NE((url.Protocol() + url.run.Error()).find(said), std::string::npos) << url.Protocol();
+        EXPECT_FALSE(std::filesystem::exists(url.run.Target()));
+    }
+}
+
 TEST(UrlSource, CurlStandsBesideTheProgramOrOnThePath)
 {
     HttpServer server(Reply);
@@ -159,8 +211,7 @@ TEST(UrlSource, EveryDownloadGetsANameOfItsOwn)
 {
     const TempFolder folder;
     const auto next = [&] {
-        const std::string path = FreeDownloadPath(folder.Path().string(), [] { return std::time_t{0}; });
-        WriteFile(path, "");
+        const std::string path = ReserveDownload(folder.Path().string(), [] { return std::time_t{0}; });
         return path.substr(folder.Path().string().size());
     };
     const std::string first = next();
