@@ -3,6 +3,7 @@
 #include "jet/error.h"
 #include "jet/table/memo_form.h"
 #include "jet/table/record_reader.h"
+#include "jet/table/row_fit.h"
 
 #include <algorithm>
 #include <cstring>
@@ -104,8 +105,28 @@ void Table::RowChange::PrepareFields(const Record& record, bool isUpdate)
         }
     }
     size_ = parts_.layout.Measure(scratch_.fields);
-    if (size_ > table_.def_.format->maxRecordSize)
-        throw Error(ErrorNumber::RecordTooLarge);
+    if (size_ <= table_.def_.format->maxRecordSize)
+        return;
+    for (const std::size_t column : LongValuesToMoveOut(parts_.layout, table_.def_, scratch_.fields))
+        PrepareOutside(column, record);
+    size_ = parts_.layout.Measure(scratch_.fields);
+}
+
+/// A long value that was to stay in the row leaves it; its field has shrunk to the 12 bytes to be filled later.
+void Table::RowChange::PrepareOutside(std::size_t column, const Record& record)
+{
+    ByteSpan plain = record.Stored(column).value();
+    if (table_.def_.columns[column].type == ColumnType::Memo)
+        plain = FormOfMemo(plain, *table_.def_.format, scratch_.memo).plain;
+    AddOutside(column, plain);
+    scratch_.keptLongValues[column] = false;
+}
+
+void Table::RowChange::AddOutside(std::size_t column, ByteSpan plain)
+{
+    if (plain.data() == scratch_.memo.data() && !plain.empty())
+        plain = scratch_.expandedMemos.emplace_back(std::move(scratch_.memo));
+    scratch_.outside.push_back({column, scratch_.longFieldAt[column], plain, false});
 }
 
 /// Appends the field of a long value to `longFields`: whole when it stays in the row, else 12 bytes to be filled later.
@@ -129,9 +150,7 @@ void Table::RowChange::PrepareLongValue(std::size_t column, const Record& record
         } else {
             if (form.plain.size() > kMaxLongValue)
                 throw Error(ErrorNumber::RecordTooLarge);
-            if (form.plain.data() == scratch_.memo.data() && !form.plain.empty())
-                form.plain = scratch_.expandedMemos.emplace_back(std::move(scratch_.memo));
-            scratch_.outside.push_back({column, begin, form.plain, false});
+            AddOutside(column, form.plain);
             scratch_.longFields.resize(begin + kLongValueHeaderSize);
         }
     }

@@ -32,6 +32,8 @@ private:
 
     void PrepareFields(const Record& record, bool isUpdate);
     void PrepareLongValue(std::size_t column, const Record& record, ByteSpan stored, bool isUpdate);
+    void PrepareOutside(std::size_t column, const Record& record);
+    void AddOutside(std::size_t column, ByteSpan plain);
     void MakeKeys(const Record& record, std::vector<Key>& keys) const;
     void CheckKey(std::size_t index, const Key& key) const;
     [[nodiscard]] ErrorSubject IndexAsSubject(std::size_t index) const;
