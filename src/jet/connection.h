@@ -47,8 +47,10 @@ public:
     Connection& operator=(const Connection&) = delete;
 
     /// Runs one statement: CREATE TABLE, CREATE [UNIQUE] INDEX ... [WITH PRIMARY], ALTER TABLE (ADD COLUMN, DROP
-    /// COLUMN, ADD CONSTRAINT ... FOREIGN KEY, DROP CONSTRAINT), DROP TABLE, DROP INDEX, DELETE * FROM, UPDATE t SET a
-    /// = b. A statement that fails has changed nothing.
+    /// COLUMN, ALTER COLUMN, ADD CONSTRAINT ... FOREIGN KEY, DROP CONSTRAINT), DROP TABLE, DROP INDEX, DELETE * FROM,
+    /// UPDATE t SET a = b. ALTER COLUMN makes texts longer in their places, or memos, which stand last, several in one
+    /// go (ALTER TABLE t ALTER COLUMN a LONGTEXT, b TEXT(255)); what else the columns have stays. A statement that
+    /// fails has changed nothing.
     void Execute(std::string_view sql);
     [[nodiscard]] Rowset OpenSchema(SchemaKind kind, const Restrictions& restrictions = {});
     /// Throws TableNotFound.

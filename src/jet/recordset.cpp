@@ -65,6 +65,16 @@ bool Recordset::IsAutonumber(std::size_t field) const
     return impl_->ColumnAt(field).IsAutonumber();
 }
 
+std::size_t Recordset::MaxCharacters(std::size_t field) const
+{
+    return impl_->MaxCharacters(field);
+}
+
+std::size_t Recordset::CountCharacters(std::string_view utf8) const
+{
+    return impl_->CountCharacters(utf8);
+}
+
 Value Recordset::Get(std::size_t field)
 {
     return impl_->Get(field);
@@ -98,6 +108,11 @@ void Recordset::Set(std::size_t field, const Value& value)
 void Recordset::Update()
 {
     impl_->Update();
+}
+
+std::optional<std::vector<std::size_t>> Recordset::TextsToWiden()
+{
+    return impl_->TextsToWiden();
 }
 
 void Recordset::CancelUpdate()

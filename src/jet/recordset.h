@@ -8,6 +8,7 @@
 #include <optional>
 #include <string>
 #include <string_view>
+#include <vector>
 
 namespace jet {
 
@@ -41,6 +42,10 @@ public:
     [[nodiscard]] bool IsMemo(std::size_t field) const;
     [[nodiscard]] bool IsLong(std::size_t field) const; ///< a whole number of 32 bits, an autonumber's too
     [[nodiscard]] bool IsAutonumber(std::size_t field) const;
+    /// Characters that the text field may hold; 0 for a memo, and for every other type.
+    [[nodiscard]] std::size_t MaxCharacters(std::size_t field) const;
+    /// Characters that `utf8` has in this file: UTF-16 code units, in Access 97 bytes of its code page.
+    [[nodiscard]] std::size_t CountCharacters(std::string_view utf8) const;
     /// Of the pending record, else of the current one. Reading the autonumber of a pending record gives it its number.
     [[nodiscard]] Value Get(std::size_t field);
 
@@ -60,6 +65,10 @@ public:
     /// all that cascades from it. Throws and stays pending when the engine refuses it (DuplicateKey,
     /// RelatedRecordRequired, RecordTooLarge, FieldRequired ...).
     void Update();
+    /// After RecordTooLarge: the text fields that have to become memos so that the pending record fits, those of the
+    /// longest stored form first and no more than needed. Empty when the record itself fits; nullopt when it does not
+    /// even so. Fields with an index or in a relation are not among them.
+    [[nodiscard]] std::optional<std::vector<std::size_t>> TextsToWiden();
     /// Drops the pending record, its autonumber given back when it was the last, or the changes of the current one.
     void CancelUpdate();
     /// Deletes the current record; of a pending one the same as CancelUpdate().

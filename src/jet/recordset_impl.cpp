@@ -138,6 +138,21 @@ const Column& Recordset::Impl::ColumnAt(std::size_t field) const
     return columns[field];
 }
 
+std::size_t Recordset::Impl::MaxCharacters(std::size_t field) const
+{
+    const Column& column = ColumnAt(field);
+    return column.type == ColumnType::Text ? column.size / OpenTable().Definition().format->textUnitSize : 0;
+}
+
+std::size_t Recordset::Impl::CountCharacters(std::string_view utf8) const
+{
+    if (OpenTable().Definition().format->version == JetVersion::Jet4)
+        return Utf16Length(utf8);
+    Bytes encoded;
+    AppendCp1252(encoded, utf8);
+    return encoded.size();
+}
+
 const Column& Recordset::Impl::ColumnToSet(std::size_t field)
 {
     Follow();
@@ -323,6 +338,11 @@ void Recordset::Impl::SaveEdit()
     // The plan of a cascade takes a copy: it may come round and change this very row.
     integrity_.UpdateRow(*table_, *row_, record_);
     editing_ = loaded_ = false;
+}
+
+std::optional<std::vector<std::size_t>> Recordset::Impl::TextsToWiden()
+{
+    return OpenTable().TextsToWiden(PendingValues());
 }
 
 void Recordset::Impl::CancelUpdate() noexcept

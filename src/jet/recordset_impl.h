@@ -27,6 +27,8 @@ public:
     [[nodiscard]] std::uint64_t Generation() const noexcept { return table_ ? table_->Generation() : generation_; }
     [[nodiscard]] const std::vector<Column>& Columns() const { return OpenTable().Definition().columns; }
     [[nodiscard]] const Column& ColumnAt(std::size_t field) const;
+    [[nodiscard]] std::size_t MaxCharacters(std::size_t field) const;
+    [[nodiscard]] std::size_t CountCharacters(std::string_view utf8) const;
     [[nodiscard]] Value Get(std::size_t field);
 
     void AddNew();
@@ -35,6 +37,7 @@ public:
     void SetLong(std::size_t field, std::int32_t value);
     void Set(std::size_t field, const Value& value);
     void Update();
+    [[nodiscard]] std::optional<std::vector<std::size_t>> TextsToWiden();
     void CancelUpdate() noexcept;
     void Delete();
     [[nodiscard]] std::optional<std::int32_t> LastAutonumber() const noexcept { return lastAutonumber_; }

@@ -217,6 +217,47 @@ void Catalog::DropColumn(Table& table, std::string_view column)
     NoteChange(table);
 }
 
+/// The name of the relation that `side` belongs to: that of its entry in the referencing table.
+std::string Catalog::RelationName(const LogicalIndex& side)
+{
+    if (side.side == RelationSide::Referenced) {
+        const std::shared_ptr<Table> partner = OpenPage(side.partnerTable);
+        if (const LogicalIndex* const other = partner->Definition().IndexByNumber(side.partnerIndex))
+            return other->name;
+    }
+    return side.name;
+}
+
+/// The columns of a relation are alike on both sides, and no index stands on a memo.
+void Catalog::CheckMayWiden(const Table& table, const ColumnSpec& spec)
+{
+    const TableDef& def = table.Definition();
+    const std::optional<std::size_t> position = def.ColumnIndex(spec.name);
+    if (!position)
+        throw Error(ErrorNumber::NoSuchField, {spec.name, table.Name()});
+    const Column& column = def.columns[*position];
+    if (const LogicalIndex* const side = def.RelationOn(column.number)) {
+        const std::string relation = RelationName(*side);
+        throw Error(ErrorNumber::FieldInRelation, {},
+                    "(Field '" + column.name + "' belongs to relation '" + relation + "'.)")
+            .About({.table = table.Name(), .relation = relation, .columns = {column.name}});
+    }
+    const LogicalIndex* const index = def.IndexOn(column.number);
+    if (index != nullptr && spec.type == ColumnType::Memo)
+        throw Error(ErrorNumber::FieldInIndex, {},
+                    "(Index '" + index->name + "' stands on field '" + column.name + "'.)")
+            .About({.table = table.Name(), .index = index->name, .columns = {column.name}});
+}
+
+void Catalog::WidenColumns(Table& table, const std::vector<ColumnSpec>& columns)
+{
+    for (const ColumnSpec& column : columns)
+        CheckMayWiden(table, column);
+    table.WidenColumns(columns);
+    ApplyProperties(table);
+    NoteChange(table);
+}
+
 void Catalog::CreateIndex(Table& table, const IndexSpec& index)
 {
     CheckName(GetFormat(), index.name);

@@ -8,6 +8,7 @@
 #include <memory>
 #include <optional>
 #include <span>
+#include <string>
 #include <string_view>
 #include <unordered_map>
 #include <vector>
@@ -58,6 +59,9 @@ public:
     void AddColumn(Table& table, const ColumnSpec& column);
     /// Throws NoSuchField, FieldInIndex (also for the last column), FieldInRelation.
     void DropColumn(Table& table, std::string_view column);
+    /// See Table::WidenColumns(). Throws FieldInIndex and FieldInRelation as well, with the name of what stands in the
+    /// way.
+    void WidenColumns(Table& table, const std::vector<ColumnSpec>& columns);
     /// Throws InvalidName, IndexExists, PrimaryKeyExists, TooManyIndexes, TooManyIndexFields, NoSuchField,
     /// DuplicateKey, NullInPrimaryKey.
     void CreateIndex(Table& table, const IndexSpec& index);
@@ -79,6 +83,8 @@ public:
 
 private:
     void ApplyProperties(Table& table);
+    void CheckMayWiden(const Table& table, const ColumnSpec& column);
+    [[nodiscard]] std::string RelationName(const LogicalIndex& side);
     void StoreRequired(std::int32_t id, std::span<const ColumnSpec> columns);
 
     Pager* pager_;

@@ -26,6 +26,11 @@ struct DropColumn {
     std::string table;
     std::string column;
 };
+/// ALTER COLUMN, of one column or several: texts become longer, or memos.
+struct WidenColumns {
+    std::string table;
+    std::vector<ColumnSpec> columns;
+};
 struct CreateIndex {
     std::string table;
     IndexSpec index;
@@ -53,7 +58,7 @@ struct CopyColumn {
     std::string source;
 };
 
-using Statement = std::variant<CreateTable, DropTable, AddColumn, DropColumn, CreateIndex, DropIndex, AddForeignKey,
-                               DropConstraint, DeleteRows, CopyColumn>;
+using Statement = std::variant<CreateTable, DropTable, AddColumn, DropColumn, WidenColumns, CreateIndex, DropIndex,
+                               AddForeignKey, DropConstraint, DeleteRows, CopyColumn>;
 
 } // namespace jet::sql

@@ -43,6 +43,11 @@ void Executor::Execute(const DropColumn& statement)
     catalog_.DropColumn(*TableToAlter(statement.table), statement.column);
 }
 
+void Executor::Execute(const WidenColumns& statement)
+{
+    catalog_.WidenColumns(*TableToAlter(statement.table), statement.columns);
+}
+
 void Executor::Execute(const CreateIndex& statement)
 {
     catalog_.CreateIndex(*TableToAlter(statement.table), statement.index);

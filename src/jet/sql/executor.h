@@ -18,6 +18,7 @@ private:
     void Execute(const DropTable& statement);
     void Execute(const AddColumn& statement);
     void Execute(const DropColumn& statement);
+    void Execute(const WidenColumns& statement);
     void Execute(const CreateIndex& statement);
     void Execute(const DropIndex& statement);
     void Execute(const AddForeignKey& statement);

@@ -182,6 +182,14 @@ private:
             AcceptWord("COLUMN");
             return AddColumn{std::move(table), Column()};
         }
+        if (AcceptWord("ALTER")) {
+            AcceptWord("COLUMN");
+            WidenColumns widen{std::move(table), {}};
+            do
+                widen.columns.push_back(Column());
+            while (Accept(","));
+            return widen;
+        }
         ExpectWord("DROP");
         if (AcceptWord("CONSTRAINT"))
             return DropConstraint{std::move(table), Name()};

@@ -48,6 +48,41 @@ void SetCollation(Column& column, const Format& format, const DatabaseHeader& he
         StoreU16(column.raw, format.column.codePage, header.codePage);
 }
 
+std::uint16_t NextPosition(const TableDef& def)
+{
+    std::uint16_t next = 0;
+    for (const Column& column : def.columns)
+        next = std::max(next, static_cast<std::uint16_t>(column.position + 1));
+    return next;
+}
+
+/// Rows look otherwise when the text lay in the fixed area.
+bool Lengthen(Column& column, std::uint16_t size)
+{
+    const bool moves = column.IsFixed() && size > column.size;
+    if (moves) {
+        column.flags &= static_cast<Byte>(~column_flags::kFixed);
+        column.fixedOffset = 0;
+    }
+    column.size = size;
+    return moves;
+}
+
+void MakeMemo(TableDef& def, std::size_t at)
+{
+    Column column = def.columns[at];
+    column.position = NextPosition(def);
+    column.type = ColumnType::Memo;
+    column.size = 0;
+    column.fixedOffset = 0;
+    column.flags &= static_cast<Byte>(~column_flags::kFixed);
+    if (def.format->version == JetVersion::Jet4)
+        column.moreFlags |= kMoreFlagsCompressed;
+    def.longValueOrder.push_back(column.number);
+    def.columns.erase(def.columns.begin() + static_cast<std::ptrdiff_t>(at));
+    def.columns.push_back(std::move(column));
+}
+
 } // namespace
 
 void CheckName(std::string_view name)
@@ -107,12 +142,28 @@ Column& DesignColumn(TableDef& def, const ColumnSpec& spec, const DatabaseHeader
     } else if (format.version == JetVersion::Jet4 && (spec.type == ColumnType::Text || spec.type == ColumnType::Memo)) {
         column.moreFlags = kMoreFlagsCompressed;
     }
-    for (const Column& other : def.columns)
-        column.position = std::max<std::uint16_t>(column.position, static_cast<std::uint16_t>(other.position + 1));
+    column.position = NextPosition(def);
     ++def.columnsEver;
     if (IsLongValue(spec.type))
         def.longValueOrder.push_back(column.number);
     return def.columns.emplace_back(std::move(column));
+}
+
+bool WidenColumn(TableDef& def, const ColumnSpec& spec)
+{
+    const std::size_t at = def.ColumnIndex(spec.name).value();
+    Column& column = def.columns[at];
+    if (!spec.required && spec.type == ColumnType::Text && column.type == ColumnType::Text) {
+        if (const std::uint16_t size = SizeOf(spec, *def.format); size >= column.size)
+            return Lengthen(column, size);
+    } else if (!spec.required && spec.type == ColumnType::Memo && column.type == ColumnType::Text) {
+        MakeMemo(def, at);
+        return true;
+    } else if (!spec.required && spec.type == ColumnType::Memo && column.type == ColumnType::Memo) {
+        return false;
+    }
+    throw Error(ErrorNumber::SyntaxErrorInFieldDefinition, {},
+                "(Field '" + column.name + "': a text can be made longer or a memo, and nothing else be changed.)");
 }
 
 } // namespace jet

@@ -2,14 +2,14 @@
 #include "jet/error.h"
 #include "jet/table/index_build.h"
 #include "jet/table/map_records.h"
+#include "jet/table/memo_form.h"
 #include "jet/table/record_reader.h"
+#include "jet/table/row_fit.h"
+
+#include <algorithm>
 
 namespace jet {
 
-namespace {
-
-/// The same columns in the same order with numbers, places in the row and places in the fixed area from 0. Positions in
-/// the vector of columns stay, so records and key plans fit both definitions.
 TableDef Renumbered(const TableDef& old)
 {
     TableDef def = old;
@@ -39,7 +39,25 @@ TableDef Renumbered(const TableDef& old)
     return def;
 }
 
-} // namespace
+Table::Rewrite::Rewrite(Table& table, TableDef def)
+    : table_(table), pager_(*table.pager_), def_(std::move(def)), fields_(def_.columns.size()),
+      longFields_(def_.columns.size())
+{
+    for (const Column& column : def_.columns) {
+        const std::vector<Column>& old = table.def_.columns;
+        const auto source = std::ranges::find(old, column.name, &Column::name);
+        sources_.push_back(source == old.end() ? std::nullopt
+                                               : std::optional(static_cast<std::size_t>(source - old.begin())));
+        longValues_.emplace_back();
+        if (IsLongValue(column.type))
+            longValues_.back().emplace(pager_, column.longValueOwned, column.longValueFree);
+    }
+}
+
+bool Table::Rewrite::BecomesMemo(std::size_t column) const
+{
+    return longValues_[column] && sources_[column] && !IsLongValue(table_.def_.columns[*sources_[column]].type);
+}
 
 void Table::Rewrite::Run()
 {
@@ -55,12 +73,7 @@ void Table::Rewrite::Run()
         PlantTrees();
         WriteTableDef(pager_, def_);
     } catch (...) {
-        for (std::size_t i = 0; i < planted_; ++i)
-            UprootTree(pager_, def_.pages.front(), def_.realIndexes[i]);
-        if (rows_)
-            rows_->Clear();
-        RemoveMapRecord(pager_, freeSpace);
-        RemoveMapRecord(pager_, owned);
+        FreeNew(owned, freeSpace);
         throw;
     }
     FreeOld();
@@ -75,12 +88,11 @@ void Table::Rewrite::CopyRows()
     for (const KeyPlan& plan : plans)
         builds_.emplace_back(plan, EntrySorter::kBudget / plans.size());
     const RowLayout layout(def_);
-    std::vector<RowField> fields(def_.columns.size());
     Record record;
     std::uint32_t count = 0;
     for (std::optional<RowId> row = table_.NextRow(std::nullopt); row; row = table_.NextRow(row), ++count) {
         const RowStore::Found found = table_.parts_->rows.Find(*row);
-        const RowId at = CopyRow(found, layout, fields);
+        const RowId at = CopyRow(found, layout);
         moves_.emplace_back(*row, at);
         for (IndexBuild& build : builds_) {
             ReadRecord(pager_, table_.def_, found, build.Plan().Columns(), record);
@@ -90,21 +102,54 @@ void Table::Rewrite::CopyRows()
     def_.rowCount = count;
 }
 
-RowId Table::Rewrite::CopyRow(const RowStore::Found& found, const RowLayout& layout, std::vector<RowField>& fields)
+RowId Table::Rewrite::CopyRow(const RowStore::Found& found, const RowLayout& layout)
+{
+    TakeFields(found);
+    if (layout.Measure(fields_) > def_.format->maxRecordSize) {
+        const std::vector<RowField> whole = fields_;
+        for (const std::size_t column : LongValuesToMoveOut(layout, def_, fields_))
+            MoveOut(column, whole[column].bytes, found.at.page);
+    }
+    const RowStore::Room room = rows_->Insert(layout.Measure(fields_));
+    layout.Encode(fields_, room.bytes);
+    return room.at;
+}
+
+/// Brings the fields of an old row into the form that the new one holds.
+void Table::Rewrite::TakeFields(const RowStore::Found& found)
 {
     const RowView view(found.bytes, table_.def_, found.at.page);
-    for (std::size_t i = 0; i < table_.def_.columns.size(); ++i) {
-        const Column& column = table_.def_.columns[i];
-        fields[i] = {.bytes = {}, .isSet = view.IsSet(column)};
-        if (fields[i].isSet && column.type != ColumnType::Boolean)
-            fields[i].bytes = view.Field(column).value();
+    for (std::size_t i = 0; i < fields_.size(); ++i) {
+        fields_[i] = {};
+        if (!sources_[i])
+            continue;
+        const Column& column = table_.def_.columns[*sources_[i]];
+        fields_[i].isSet = view.IsSet(column);
+        if (!fields_[i].isSet || column.type == ColumnType::Boolean)
+            continue;
+        fields_[i].bytes = view.Field(column).value();
+        if (!BecomesMemo(i))
+            continue;
+        const MemoForm form = FormOfMemo(fields_[i].bytes, *def_.format, memo_);
+        longFields_[i].clear();
+        longValues_[i]->Write(form.plain, form.inRow, longFields_[i]);
+        fields_[i].bytes = longFields_[i];
     }
-    const std::size_t size = layout.Measure(fields);
-    if (size > def_.format->maxRecordSize)
-        throw Error(ErrorNumber::RecordTooLarge);
-    const RowStore::Room room = rows_->Insert(size);
-    layout.Encode(fields, room.bytes);
-    return room.at;
+}
+
+/// Gives a long value that stands in the row a record of its own.
+void Table::Rewrite::MoveOut(std::size_t column, ByteSpan field, PageNumber page)
+{
+    const Bytes value = LongValues::Read(pager_, field, page);
+    const bool isMemo = def_.columns[column].type == ColumnType::Memo;
+    const ByteSpan plain = isMemo ? FormOfMemo(value, *def_.format, memo_).plain : ByteSpan(value);
+    longFields_[column].clear();
+    longValues_[column]->Write(plain, longFields_[column], false);
+    fields_[column].bytes = longFields_[column];
+    if (BecomesMemo(column))
+        return; // gone with the column
+    MovedOut& moved = movedOut_.emplace_back(MovedOut{column, {}});
+    std::ranges::copy(longFields_[column], moved.field.begin());
 }
 
 void Table::Rewrite::PlantTrees()
@@ -123,6 +168,29 @@ void Table::Rewrite::FreeOld()
         UprootTree(pager_, old.pages.front(), index);
     RemoveMapRecord(pager_, old.freeSpacePages);
     RemoveMapRecord(pager_, old.ownedPages);
+}
+
+/// Part of giving up: what cannot be taken back either is left, as pages that belong to nothing.
+void Table::Rewrite::FreeNew(RowId owned, RowId freeSpace) noexcept
+{
+    const auto attempt = [](const auto& action) {
+        try {
+            action();
+        } catch (...) {
+        }
+    };
+    for (std::size_t i = 0; i < planted_; ++i)
+        attempt([&] { UprootTree(pager_, def_.pages.front(), def_.realIndexes[i]); });
+    for (const MovedOut& moved : movedOut_)
+        attempt([&] { longValues_[moved.column]->Delete(moved.field); });
+    for (std::size_t i = 0; i < longValues_.size(); ++i) {
+        if (BecomesMemo(i))
+            attempt([&] { longValues_[i]->DeleteAll(); });
+    }
+    if (rows_)
+        attempt([&] { rows_->Clear(); });
+    attempt([&] { RemoveMapRecord(pager_, freeSpace); });
+    attempt([&] { RemoveMapRecord(pager_, owned); });
 }
 
 void Table::Renumber()

@@ -3,28 +3,41 @@
 #include "jet/table/index_build.h"
 #include "jet/table/table_parts.h"
 
+#include <array>
 #include <optional>
 #include <vector>
 
 namespace jet {
 
+/// The same columns in the same order with numbers, places in the row and places in the fixed area from 0.
+[[nodiscard]] TableDef Renumbered(const TableDef& old);
+
 /// Writes the rows of a table anew under another definition, onto pages and into trees of their own, and puts these in
 /// the place of the old ones when all is done; until then the table is untouched. Long values stay where they are: they
-/// belong to columns, not to rows.
+/// belong to columns, not to rows. Only where a row would not fit otherwise they leave it.
 class Table::Rewrite {
 public:
-    /// `def` has the table's columns in the same order, with whatever numbers and places, and perhaps further ones
-    /// behind them, which become Null; its indexes are the table's.
-    Rewrite(Table& table, TableDef def) : table_(table), pager_(*table.pager_), def_(std::move(def)) {}
+    /// `def` has the table's columns, found again by their names, in whatever order and with whatever numbers and
+    /// places; a text may have become a memo. Further ones become Null. Its indexes are the table's.
+    Rewrite(Table& table, TableDef def);
 
     /// Throws RecordTooLarge, DatabaseFull; the table is as it was then.
     void Run();
 
 private:
+    struct MovedOut {
+        std::size_t column;
+        std::array<Byte, kLongValueHeaderSize> field;
+    };
+
+    [[nodiscard]] bool BecomesMemo(std::size_t column) const;
     void CopyRows();
-    RowId CopyRow(const RowStore::Found& found, const RowLayout& layout, std::vector<RowField>& fields);
+    RowId CopyRow(const RowStore::Found& found, const RowLayout& layout);
+    void TakeFields(const RowStore::Found& found);
+    void MoveOut(std::size_t column, ByteSpan field, PageNumber page);
     void PlantTrees();
     void FreeOld();
+    void FreeNew(RowId owned, RowId freeSpace) noexcept;
 
     Table& table_;
     Pager& pager_;
@@ -33,6 +46,15 @@ private:
     std::vector<IndexBuild> builds_; ///< by real index
     std::size_t planted_ = 0;        ///< trees of `def_` that are new
     std::vector<std::pair<RowId, RowId>> moves_;
+
+    // By column index of `def_`.
+    std::vector<std::optional<std::size_t>> sources_; ///< the table's columns; none for a new one
+    std::vector<std::optional<LongValues>> longValues_;
+    std::vector<RowField> fields_;
+    std::vector<Bytes> longFields_; ///< fields of long values that are not those of the old row
+
+    Bytes memo_;                     ///< a memo in its other form
+    std::vector<MovedOut> movedOut_; ///< values of old columns that got records of their own
 };
 
 } // namespace jet

@@ -63,7 +63,8 @@ public:
     [[nodiscard]] Pager& GetPager() const noexcept { return *pager_; }
     /// Counts the changes of the columns: whoever keeps column indexes looks them up anew when it has moved.
     [[nodiscard]] std::uint64_t Generation() const noexcept { return generation_; }
-    /// Counts how often all rows have been written anew and got other ids (Renumber(), and the first variable column).
+    /// Counts how often all rows have been written anew and got other ids (Renumber(), WidenColumns(), and the first
+    /// variable column).
     [[nodiscard]] std::uint32_t RowsEpoch() const noexcept
     {
         return firstEpoch_ + static_cast<std::uint32_t>(moves_.size());
@@ -121,6 +122,13 @@ public:
     void AddColumn(const ColumnSpec& column);
     /// Throws NoSuchField, FieldInIndex (also for the last column), FieldInRelation.
     void DropColumn(std::string_view name);
+    /// Makes text columns longer texts, in their places, or memos, which stand last; everything else about them stays.
+    /// Column numbers may change. No index stands on one that becomes a memo: the caller has looked. Throws
+    /// NoSuchField, SizeTooLong, SyntaxErrorInFieldDefinition (any other change), RecordTooLarge.
+    void WidenColumns(const std::vector<ColumnSpec>& columns);
+    /// Which text columns have to become memos before `record` fits a page: those of the longest stored form first, no
+    /// more than needed. Empty when it fits as it is; nullopt when it does not even so. Columns with an index stay.
+    [[nodiscard]] std::optional<std::vector<std::size_t>> TextsToWiden(const Record& record) const;
     /// Fills the index from the rows. Throws IndexExists, PrimaryKeyExists, TooManyIndexes, NoSuchField, DuplicateKey,
     /// NullInPrimaryKey.
     void CreateIndex(const IndexSpec& index);
@@ -147,6 +155,7 @@ private:
     void UpdateRow(RowId row, const Record& record);
     void DeleteRow(RowId row);
     void AddIndex(LogicalIndex entry, const RealIndex* wanted);
+    void ChangeTo(TableDef def, bool rewrites);
     void Adopt(TableDef def);
     void NumberRows(std::size_t column);
     Pager* pager_;

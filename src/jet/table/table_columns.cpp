@@ -2,28 +2,48 @@
 #include "jet/table/column_design.h"
 #include "jet/table/map_records.h"
 #include "jet/table/rewrite.h"
+#include "jet/table/row_fit.h"
 
 #include <algorithm>
+#include <array>
 #include <utility>
 
 namespace jet {
 
 namespace {
 
-/// The logical index that stands on a column: a plain or primary one when there is one of these, else a relation's;
-/// null when there is none.
-const LogicalIndex* IndexOn(const TableDef& def, std::uint16_t column)
-{
-    const LogicalIndex* found = nullptr;
-    for (const LogicalIndex& index : def.logicalIndexes) {
-        const std::vector<IndexColumn>& columns = def.realIndexes[index.realIndex].columns;
-        const bool uses = std::any_of(columns.begin(), columns.end(),
-                                      [column](const IndexColumn& part) { return part.column == column; });
-        if (uses && (found == nullptr || found->type == IndexType::Relation))
-            found = &index;
+/// The usage maps that the long-value columns of a new definition got; gone again unless that one is kept.
+class NewMaps {
+public:
+    explicit NewMaps(Pager& pager) : pager_(pager) {}
+    ~NewMaps()
+    {
+        try {
+            for (const RowId record : records_)
+                RemoveMapRecord(pager_, record);
+        } catch (...) {
+            return; // what cannot be taken back is left, as records that belong to nothing
+        }
     }
-    return found;
-}
+    NewMaps(const NewMaps&) = delete;
+    NewMaps& operator=(const NewMaps&) = delete;
+
+    /// For each column of `def` that wants maps and has none.
+    void Place(TableDef& def)
+    {
+        for (Column& column : def.columns) {
+            if (!IsLongValue(column.type) || !column.longValueOwned.IsNone())
+                continue;
+            for (RowId Column::*const map : {&Column::longValueOwned, &Column::longValueFree})
+                column.*map = records_.emplace_back(PlaceMapRecord(pager_, def));
+        }
+    }
+    void Keep() noexcept { records_.clear(); }
+
+private:
+    Pager& pager_;
+    std::vector<RowId> records_;
+};
 
 } // namespace
 
@@ -41,31 +61,14 @@ void Table::AddColumn(const ColumnSpec& spec)
         def = def_;
         DesignColumn(def, spec, pager_->Header());
     }
-    Column& column = def.columns.back();
+    const Column& column = def.columns.back();
     const bool numbersRows = column.IsAutonumber();
     if (numbersRows)
         def.lastAutonumber = 0;
     // Rows of a table that never had a variable column lack the whole variable part, and nothing in a row tells: so
     // with the first such column the rows are written anew.
     const bool rewrites = !column.IsFixed() && def_.variableColumnsEver == 0 && NextRow(std::nullopt);
-    try {
-        if (IsLongValue(column.type)) {
-            column.longValueOwned = PlaceMapRecord(*pager_, def);
-            column.longValueFree = PlaceMapRecord(*pager_, def);
-        }
-        if (rewrites)
-            Rewrite(*this, def).Run();
-        else
-            WriteTableDef(*pager_, def);
-    } catch (...) {
-        RemoveMapRecord(*pager_, column.longValueOwned);
-        RemoveMapRecord(*pager_, column.longValueFree);
-        throw;
-    }
-    if (!rewrites) {
-        Adopt(std::move(def));
-        ++generation_;
-    }
+    ChangeTo(std::move(def), rewrites);
     if (!numbersRows)
         return;
     try {
@@ -74,6 +77,21 @@ void Table::AddColumn(const ColumnSpec& spec)
         DropColumn(spec.name);
         throw;
     }
+}
+
+/// Makes `def` the table's definition. `rewrites`: its rows look otherwise than those of the present one.
+void Table::ChangeTo(TableDef def, bool rewrites)
+{
+    NewMaps maps(*pager_);
+    maps.Place(def);
+    if (rewrites) {
+        Rewrite(*this, std::move(def)).Run();
+    } else {
+        WriteTableDef(*pager_, def);
+        Adopt(std::move(def));
+        ++generation_;
+    }
+    maps.Keep();
 }
 
 /// Gives the rows that are there the autonumbers 1, 2, 3 ...
@@ -100,11 +118,10 @@ void Table::DropColumn(std::string_view name)
     if (!position)
         throw Error(ErrorNumber::NoSuchField, {name, name_});
     const Column column = def_.columns[*position];
-    if (const LogicalIndex* index = IndexOn(def_, column.number)) {
-        if (index->type == IndexType::Relation)
-            throw Error(ErrorNumber::FieldInRelation, {name}).About({.table = name_, .relation = index->name});
+    if (const LogicalIndex* const index = def_.IndexOn(column.number))
         throw Error(ErrorNumber::FieldInIndex, {name}).About({.table = name_, .index = index->name});
-    }
+    if (const LogicalIndex* const side = def_.RelationOn(column.number))
+        throw Error(ErrorNumber::FieldInRelation, {name}).About({.table = name_, .relation = side->name});
     if (def_.columns.size() == 1)
         throw Error(ErrorNumber::FieldInIndex, {name});
 
@@ -119,6 +136,46 @@ void Table::DropColumn(std::string_view name)
     }
     Adopt(std::move(def));
     ++generation_;
+}
+
+void Table::WidenColumns(const std::vector<ColumnSpec>& specs)
+{
+    TableDef def = def_;
+    bool rewrites = false;
+    for (const ColumnSpec& spec : specs) {
+        if (!def.ColumnIndex(spec.name))
+            throw Error(ErrorNumber::NoSuchField, {spec.name, name_});
+        rewrites = WidenColumn(def, spec) || rewrites;
+    }
+    ChangeTo(rewrites ? Renumbered(def) : std::move(def), rewrites);
+}
+
+std::optional<std::vector<std::size_t>> Table::TextsToWiden(const Record& record) const
+{
+    std::vector<RowField> fields(def_.columns.size());
+    std::vector<std::size_t> texts;
+    for (std::size_t i = 0; i < fields.size(); ++i) {
+        const std::optional<ByteSpan> stored = record.Stored(i);
+        if (!stored)
+            continue;
+        const Column& column = def_.columns[i];
+        // Long values can leave the row all but for their head.
+        static constexpr std::array<Byte, kLongValueHeaderSize> kHead{};
+        fields[i] = {.bytes = IsLongValue(column.type) ? ByteSpan(kHead) : *stored, .isSet = true};
+        const bool isHeld = def_.IndexOn(column.number) != nullptr || def_.RelationOn(column.number) != nullptr;
+        if (column.type == ColumnType::Text && !column.IsFixed() && !isHeld)
+            texts.push_back(i);
+    }
+    if (RowLayout(def_).Measure(fields) <= def_.format->maxRecordSize)
+        return std::vector<std::size_t>();
+    // The places of columns that were dropped are gone when the table has been written anew.
+    std::optional<std::vector<std::size_t>> widened =
+        ShrinkToFit(RowLayout(Renumbered(def_)), *def_.format, texts, fields);
+    if (!widened || !widened->empty() || texts.empty())
+        return widened;
+    // They alone stand in the way: any column makes that happen.
+    return std::vector{
+        *std::ranges::max_element(texts, {}, [&record](std::size_t column) { return record.Stored(column)->size(); })};
 }
 
 } // namespace jet

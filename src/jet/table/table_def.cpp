@@ -32,6 +32,16 @@ Bytes ReadChain(Pager& pager, PageNumber first, std::vector<PageNumber>& chain)
     return stream;
 }
 
+template <class IsWanted>
+const LogicalIndex* FindIndexOn(const TableDef& def, std::uint16_t column, const IsWanted& isWanted) noexcept
+{
+    const auto found = std::ranges::find_if(def.logicalIndexes, [&](const LogicalIndex& index) {
+        const std::vector<IndexColumn>& columns = def.realIndexes[index.realIndex].columns;
+        return isWanted(index.type) && std::ranges::find(columns, column, &IndexColumn::column) != columns.end();
+    });
+    return found == def.logicalIndexes.end() ? nullptr : &*found;
+}
+
 /// Reads a definition from front to back; every step is checked against the end.
 class StreamReader {
 public:
@@ -277,6 +287,16 @@ const LogicalIndex* TableDef::IndexByName(std::string_view name) const
             return &index;
     }
     return nullptr;
+}
+
+const LogicalIndex* TableDef::IndexOn(std::uint16_t column) const noexcept
+{
+    return FindIndexOn(*this, column, [](IndexType type) { return type != IndexType::Relation; });
+}
+
+const LogicalIndex* TableDef::RelationOn(std::uint16_t column) const noexcept
+{
+    return FindIndexOn(*this, column, [](IndexType type) { return type == IndexType::Relation; });
 }
 
 const LogicalIndex* TableDef::IndexByNumber(std::uint32_t number) const noexcept

@@ -131,6 +131,9 @@ struct TableDef {
     [[nodiscard]] const LogicalIndex* PrimaryKey() const noexcept;
     /// The logical index of that name, as the sort order compares; nullptr when there is none.
     [[nodiscard]] const LogicalIndex* IndexByName(std::string_view name) const;
+    /// An index on the column (its number) that is none of a relation, or one that is; nullptr when there is none.
+    [[nodiscard]] const LogicalIndex* IndexOn(std::uint16_t column) const noexcept;
+    [[nodiscard]] const LogicalIndex* RelationOn(std::uint16_t column) const noexcept;
     [[nodiscard]] const LogicalIndex* IndexByNumber(std::uint32_t number) const noexcept;
     /// The number that the next logical index gets: greatest + 1.
     [[nodiscard]] std::uint32_t NextIndexNumber() const noexcept;

@@ -81,7 +81,7 @@ private:
     void ChangeSomething()
     {
         const std::string& table = tables_[Below(tables_.size())];
-        switch (Below(14)) {
+        switch (Below(15)) {
         case 0:
             return Execute("CREATE TABLE [new] ([PKEY] Counter NOT NULL, [FKEY] Long, [text] String, [memo] Longtext)");
         case 1:
@@ -103,7 +103,9 @@ private:
         case 8:
             return connection_->Commit();
         case 9:
+            return Execute("ALTER TABLE [" + table + "] ALTER COLUMN [" + AnyField(table) + "] Longtext");
         case 10:
+        case 11:
             return DeleteSomeRows(table);
         default:
             return AddRows(table);

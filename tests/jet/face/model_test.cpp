@@ -42,10 +42,11 @@ public:
         static constexpr Choice kChoices[] = {
             {3, &RandomRun::MakeTable},    {1, &RandomRun::DropTable},    {3, &RandomRun::AddColumn},
             {2, &RandomRun::DropColumn},   {1, &RandomRun::CopyColumn},   {2, &RandomRun::MakeIndex},
-            {1, &RandomRun::DropIndex},    {3, &RandomRun::Relate},       {1, &RandomRun::DropRelation},
-            {8, &RandomRun::AddRows},      {1, &RandomRun::Empty},        {4, &RandomRun::DeleteOne},
-            {8, &RandomRun::ChangeOne},    {4, &RandomRun::ChangeOneKey}, {2, &RandomRun::Commit},
-            {1, &RandomRun::FailToCommit}, {1, &RandomRun::RollBack},     {2, &RandomRun::Crash},
+            {1, &RandomRun::WidenColumn},  {1, &RandomRun::DropIndex},    {3, &RandomRun::Relate},
+            {1, &RandomRun::DropRelation}, {8, &RandomRun::AddRows},      {1, &RandomRun::Empty},
+            {4, &RandomRun::DeleteOne},    {8, &RandomRun::ChangeOne},    {4, &RandomRun::ChangeOneKey},
+            {2, &RandomRun::Commit},       {1, &RandomRun::FailToCommit}, {1, &RandomRun::RollBack},
+            {2, &RandomRun::Crash},
         };
         static const unsigned total = [] {
             unsigned sum = 0;
@@ -220,6 +221,16 @@ private:
         Try({}, "UPDATE [" + table->first + "] SET [" + column->name + "] = [text]");
         for (auto& [key, row] : table->second.rows)
             row[column->name] = row["text"];
+    }
+
+    void WidenColumn()
+    {
+        Table* table = AnyTable();
+        Model::Column* column = LastOf(table);
+        if (!column || !Try(column->index.empty() ? std::set<ErrorNumber>{} : std::set{ErrorNumber::FieldInIndex},
+                            "ALTER TABLE [" + table->first + "] ALTER COLUMN [" + column->name + "] Longtext"))
+            return;
+        column->isMemo = true;
     }
 
     void MakeIndex()

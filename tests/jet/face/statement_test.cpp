@@ -35,6 +35,15 @@ TEST(Statement, ARefusedOneHasChangedNothing)
         {"CREATE INDEX t_pkey ON t (name)", ErrorNumber::IndexExists},
         {"CREATE UNIQUE INDEX p ON t (name) WITH PRIMARY", ErrorNumber::PrimaryKeyExists},
         {"CREATE UNIQUE INDEX u ON t (name)", ErrorNumber::DuplicateKey},
+        {"ALTER TABLE x ALTER COLUMN a Memo", ErrorNumber::NoSuchTable},
+        {"ALTER TABLE t ALTER COLUMN name Memo, x Memo", ErrorNumber::NoSuchField},
+        {"ALTER TABLE t ALTER COLUMN name Text(20)", ErrorNumber::SyntaxErrorInFieldDefinition},
+        {"ALTER TABLE t ALTER COLUMN note Text", ErrorNumber::SyntaxErrorInFieldDefinition},
+        {"ALTER TABLE t ALTER COLUMN n Memo", ErrorNumber::SyntaxErrorInFieldDefinition},
+        {"ALTER TABLE t ALTER COLUMN small Text(256)", ErrorNumber::SizeTooLong},
+        {"ALTER TABLE t ALTER COLUMN name Memo, indexed Memo", ErrorNumber::FieldInIndex},
+        {"ALTER TABLE t ALTER COLUMN related Memo", ErrorNumber::FieldInRelation},
+        {"ALTER TABLE r ALTER COLUMN id Text(50)", ErrorNumber::FieldInRelation},
         {"CREATE INDEX i ON t (x)", ErrorNumber::NoSuchField},
         {"CREATE INDEX i ON t (note)", ErrorNumber::WrongType},
         {"CREATE INDEX i ON x (a)", ErrorNumber::NoSuchTable},
@@ -49,8 +58,13 @@ TEST(Statement, ARefusedOneHasChangedNothing)
     };
     for (const JetVersion version : kVersions) {
         Database database(version);
-        database.Execute("CREATE TABLE t (PKEY Counter NOT NULL, name String, small Text(3), n Long, note Memo)");
+        database.Execute("CREATE TABLE t (PKEY Counter NOT NULL, name String, small Text(3), n Long, note Memo, "
+                         "indexed Text(9), related Text(9))");
         database.Execute("CREATE UNIQUE INDEX t_PKEY ON t (PKEY) WITH PRIMARY");
+        database.Execute("CREATE INDEX t_indexed ON t (indexed)");
+        database.Execute("CREATE TABLE r (id Text(9))");
+        database.Execute("CREATE UNIQUE INDEX r_id ON r (id) WITH PRIMARY");
+        database.Execute("ALTER TABLE t ADD CONSTRAINT link FOREIGN KEY (related) REFERENCES r (id)");
         for (const char* name : {"abc", "ABC", "longer"})
             database.Add("t", {{"name", name}, {"small", "x"}, {"n", "7"}});
         const auto state = [&] {

@@ -11,6 +11,7 @@ TEST(Parser, ReadsEverySpelling)
              "create table t(a text(80),b INTEGER null , c memo,d bit, e DateTime, f double)",
              "CREATE TABLE größe ([table] String)",
              "ALTER TABLE t ADD g Long",
+             "alter table t alter column a text(90), c longtext;",
              "CREATE INDEX i ON t (a, b DESC, f ASC)",
              "CREATE UNIQUE INDEX k ON t (b, g) WITH PRIMARY;",
              "ALTER TABLE [größe] ADD x Long",
@@ -23,7 +24,7 @@ TEST(Parser, ReadsEverySpelling)
     }
     EXPECT_EQ(
         database.Schema(SchemaKind::Columns, {"", "", "t"}, {"COLUMN_NAME", "DATA_TYPE", "CHARACTER_MAXIMUM_LENGTH"}),
-        "a|130|80\nb|3|\nc|130|0\nd|11|\ne|7|\nf|5|\ng|3|\n");
+        "a|130|90\nb|3|\nc|130|0\nd|11|\ne|7|\nf|5|\ng|3|\n");
     EXPECT_EQ(database.Schema(SchemaKind::Indexes, {"", "", "", "", "t"},
                               {"INDEX_NAME", "COLUMN_NAME", "COLLATION", "PRIMARY_KEY"}),
               "i|a|1|False\ni|b|2|False\ni|f|1|False\nk|b|1|True\nk|g|1|True\n");
