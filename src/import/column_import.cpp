@@ -8,7 +8,7 @@ namespace velmora {
 ColumnImport::ColumnImport(Job& job, DatabaseSession& session, const std::string& source, const Document& document,
                            const StructureModel& model, const TagMap& map, TableSinks& sinks, ValueAccount& account)
     : job_(job), session_(session), source_(source), document_(document), model_(model), sinks_(sinks),
-      fields_(document, job.settings, map, sinks), writer_(job, session, account)
+      fields_(document, job.settings, map, sinks), writer_(job, session, document, account)
 {
 }
 
@@ -85,7 +85,9 @@ LossReason ColumnImport::SetUnlessWrongType(TableSink& sink, std::size_t field, 
         writer_.Set(sink, field, name, value, origin);
         return LossReason::None;
     } catch (const RuntimeError& error) {
-        if (error.Number() != engine_errors::kWrongType)
+        // Bytes too many for their column; a text's column has been widened.
+        const bool isTooLong = error.Number() == engine_errors::kFieldTooSmall;
+        if (!isTooLong && error.Number() != engine_errors::kWrongType)
             throw;
         return LossReason::DoesNotFitType;
     }

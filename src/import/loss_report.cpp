@@ -55,10 +55,7 @@ std::int64_t ReportLoss(Job& job, const Document& document, const ValueAccount& 
     if (loss.groups.empty())
         return 0;
     const auto pathOf = [&](const ValueAccount::Group& group) {
-        std::string path = document.PathText(group.path);
-        if (group.attribute != ValueOrigin::kOwnText)
-            path.append("/").append(job.settings.strAttrPrefix).append(document.NameText(group.attribute));
-        return path;
+        return PathOfValue(document, group.path, group.attribute, job.settings.strAttrPrefix);
     };
     job.log.ProtocolAppend("Not imported: " + std::to_string(loss.lost) + " of " + std::to_string(loss.offered) +
                            " values, the first at " + pathOf(loss.groups.front()));

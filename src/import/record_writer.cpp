@@ -1,8 +1,8 @@
 #include "import/record_writer.h"
 
 #include "import/text_export.h"
-#include "schema/column_widening.h"
 #include "schema/engine_errors.h"
+#include "schema/record_problem.h"
 #include "schema/table_name.h"
 
 #include <string>
@@ -12,8 +12,8 @@ namespace velmora {
 
 namespace {
 
-/// A memo takes up to this many bytes of the record for itself, so that widening a shorter text gains nothing.
-constexpr std::size_t kMemoBytesInRecord = 64;
+/// What a text column may hold at most.
+constexpr std::size_t kMaxTextCharacters = 255;
 
 /// The values of a pending record, by their columns' names, while positions change.
 class ValuesByName {
@@ -95,15 +95,20 @@ void RecordWriter::Set(TableSink& sink, std::size_t field, const RawName& rawNam
             sink.values.Put(field, origin);
             return;
         } catch (const RuntimeError& error) {
-            if (error.Number() == engine_errors::kWrongType)
-                ClearDefault(sink, field);
-            if (error.Number() != engine_errors::kFieldTooSmall || sink.records->IsMemo(field))
+            const bool isTooSmall = error.Number() == engine_errors::kFieldTooSmall;
+            const bool isText = sink.records->MaxCharacters(field) > 0;
+            if (!isTooSmall || !isText) { // nothing widens a column of bytes
+                if (isTooSmall || error.Number() == engine_errors::kWrongType)
+                    ClearDefault(sink, field);
                 throw;
+            }
         }
-        const auto moved = Widen(sink, field, ColumnToWiden(sink, field, rawName));
-        if (!moved)
+        const std::string meant = sink.records->FieldName(field);
+        const std::size_t characters = sink.records->CountCharacters(value);
+        const std::size_t small = FieldToWiden(sink, field, rawName, characters);
+        if (!Widen(sink, {Widening(sink, small, characters, origin)}))
             return;
-        field = *moved;
+        field = sink.records->FieldIndex(meant).value();
     }
 }
 
@@ -116,27 +121,56 @@ void RecordWriter::ClearDefault(TableSink& sink, std::size_t field)
 }
 
 /// The column that bears the value's own name goes first, even where a mapping has sent the value elsewhere; it must be
-/// one that can be widened, so that every round brings the value closer to its place.
-std::string RecordWriter::ColumnToWiden(const TableSink& sink, std::size_t field, const RawName& rawName) const
+/// too small as well, so that every round brings the value closer to its place.
+std::size_t RecordWriter::FieldToWiden(const TableSink& sink, std::size_t field, const RawName& rawName,
+                                       std::size_t characters) const
 {
     const std::string name = rawName.Text();
-    const auto raw = sink.records->FieldIndex(name);
     const bool isKey = name == job_.settings.strKeyPrimary || name == job_.settings.strKeyForeign;
-    if (raw && !isKey && !sink.records->IsMemo(*raw))
-        return name;
-    return sink.records->FieldName(field);
+    const auto raw = isKey ? std::nullopt : sink.records->FieldIndex(name);
+    const std::size_t room = raw ? sink.records->MaxCharacters(*raw) : 0;
+    return room > 0 && room < characters ? *raw : field;
 }
 
-std::optional<std::size_t> RecordWriter::Widen(TableSink& sink, std::size_t field, std::string column)
+/// A column shorter than texts can be grows in its place, if that is enough for the value.
+ColumnToWiden RecordWriter::Widening(const TableSink& sink, std::size_t field, std::size_t characters,
+                                     ValueOrigin origin) const
 {
-    const std::string meant = sink.records->FieldName(field);
+    using enum ColumnToWiden::Target;
+    const bool canGrow = sink.records->MaxCharacters(field) < characters && characters <= kMaxTextCharacters;
+    const PathId path = origin.element == kNoElement ? sink.element.strPath : document_.Path(origin.element);
+    return {sink.records->FieldName(field), canGrow ? Text255 : Memo, characters,
+            PathOfValue(document_, path, origin.attribute, job_.settings.strAttrPrefix)};
+}
+
+/// False when that failed, which has been reported.
+bool RecordWriter::Widen(TableSink& sink, const std::vector<ColumnToWiden>& columns)
+{
     // Only this sink can have a pending record on the table: an owner on the same one would have had the column itself.
     const ValuesByName values(sink);
-    if (!velChangeColumnToMemo(job_, session_, *sink.records, std::move(column)))
-        return std::nullopt;
+    if (!velChangeColumnToMemo(job_, session_, sink.records->Source(), columns))
+        return false;
     FindKeys(sink);
     values.PutBack();
-    return sink.records->FieldIndex(meant);
+    return true;
+}
+
+/// The record did not fit its page: texts become memos, as many as that takes. As Widen().
+bool RecordWriter::MakeFit(TableSink& sink, const EngineError& error)
+{
+    const auto texts = sink.records->TextsToWiden();
+    if (!texts)
+        throw ExplainTooLarge(error, {sink.records->Source(), document_.PathText(sink.element.strPath),
+                                      sink.records->FieldCount(), session_.IsAccess97()});
+    if (texts->empty())
+        throw error;
+    std::vector<ColumnToWiden> columns;
+    for (const std::size_t field : *texts) {
+        std::string text;
+        sink.records->AppendText(field, text);
+        columns.push_back(Widening(sink, field, sink.records->CountCharacters(text), sink.values.byField[field]));
+    }
+    return Widen(sink, columns);
 }
 
 void RecordWriter::Save(TableSink& sink)
@@ -145,13 +179,10 @@ void RecordWriter::Save(TableSink& sink)
         try {
             sink.records->Update();
             break;
-        } catch (const RuntimeError& error) {
+        } catch (const EngineError& error) {
             if (error.Number() != engine_errors::kRecordTooLarge)
                 throw;
-            const auto longest = sink.records->LongestText(kMemoBytesInRecord);
-            if (!longest)
-                throw;
-            if (!Widen(sink, *longest, sink.records->FieldName(*longest)))
+            if (!MakeFit(sink, error))
                 return;
         }
     }

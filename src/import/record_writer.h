@@ -2,7 +2,9 @@
 
 #include "import/table_sinks.h"
 #include "import/value_account.h"
+#include "schema/column_widening.h"
 #include "schema/database_session.h"
+#include "schema/engine_errors.h"
 #include "settings/job.h"
 
 #include <cstdint>
@@ -25,8 +27,8 @@ struct RawName {
 /// Where a repair fails, that failure has been reported, blAbort is set, and the operation returns without effect.
 class RecordWriter {
 public:
-    RecordWriter(Job& job, DatabaseSession& session, ValueAccount& account)
-        : job_(job), session_(session), account_(account)
+    RecordWriter(Job& job, DatabaseSession& session, const Document& document, ValueAccount& account)
+        : job_(job), session_(session), document_(document), account_(account)
     {
     }
 
@@ -35,9 +37,9 @@ public:
     // Key columns that the table does not have, or that take no such value, are passed over.
     void SetForeignKey(TableSink& sink, std::int32_t key);
     void SetMasterTable(TableSink& sink, std::string_view ownerTable);
-    /// Puts a value of the document into a field. When the column is too small, the column named `rawName` is widened,
-    /// and the one that was meant where there is none. Throws 3421 when its type cannot hold the value: the
-    /// field is empty then, not at its default.
+    /// Puts a value of the document into a field. When the text column is too small, the column named `rawName` is
+    /// widened where that is too small as well, and then the one that was meant. Throws 3421 when its type cannot hold
+    /// the value, and 3163 when its bytes are too few: the field is empty then, not at its default.
     void Set(TableSink& sink, std::size_t field, const RawName& rawName, std::string_view value, ValueOrigin origin);
     /// Saves the record begun last. Every finished record passes here. It stays pending when the engine refuses it.
     /// Rows saved while their owner is pending go with it when that is abandoned.
@@ -54,12 +56,16 @@ private:
     void RemoveProvisionalRows(TableSink& sink);
     void FindKeys(TableSink& sink) const;
     static void ClearDefault(TableSink& sink, std::size_t field);
-    [[nodiscard]] std::string ColumnToWiden(const TableSink& sink, std::size_t field, const RawName& rawName) const;
-    /// The new position of the column that stood at `field`; nullopt when widening failed.
-    [[nodiscard]] std::optional<std::size_t> Widen(TableSink& sink, std::size_t field, std::string column);
+    [[nodiscard]] std::size_t FieldToWiden(const TableSink& sink, std::size_t field, const RawName& rawName,
+                                           std::size_t characters) const;
+    [[nodiscard]] ColumnToWiden Widening(const TableSink& sink, std::size_t field, std::size_t characters,
+                                         ValueOrigin origin) const;
+    [[nodiscard]] bool Widen(TableSink& sink, const std::vector<ColumnToWiden>& columns);
+    [[nodiscard]] bool MakeFit(TableSink& sink, const EngineError& error);
 
     Job& job_;
     DatabaseSession& session_;
+    const Document& document_;
     ValueAccount& account_;
     std::vector<TableSink*> begun_;       ///< sinks with a pending record, the oldest first
     std::vector<TableSink*> provisional_; ///< sinks with provisional rows

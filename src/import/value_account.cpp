@@ -17,6 +17,14 @@ bool HasText(std::string_view content) noexcept
     return isPlain || !TrimWhiteSpace(content).empty();
 }
 
+std::string PathOfValue(const Document& document, PathId element, NameId attribute, std::string_view attributePrefix)
+{
+    std::string path = document.PathText(element);
+    if (attribute != ValueOrigin::kOwnText)
+        path.append("/").append(attributePrefix).append(document.NameText(attribute));
+    return path;
+}
+
 std::size_t ValueAccount::Groups::Hash::operator()(const Key& key) const noexcept
 {
     constexpr std::uint64_t kSpread = 0x9E3779B97F4A7C15; // path and attribute both count up from 0

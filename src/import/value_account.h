@@ -4,6 +4,7 @@
 #include "xml/document.h"
 
 #include <cstdint>
+#include <string>
 #include <string_view>
 #include <unordered_map>
 #include <vector>
@@ -12,6 +13,10 @@ namespace velmora {
 
 /// Is there anything but white space?
 [[nodiscard]] bool HasText(std::string_view content) noexcept;
+
+/// Where the document has a value: an attribute's path ends in `attributePrefix` and its name.
+[[nodiscard]] std::string PathOfValue(const Document& document, PathId element, NameId attribute,
+                                      std::string_view attributePrefix);
 
 /// Which values of a document have reached the database, and why the others have not: nothing may be lost in silence.
 ///

@@ -1,49 +1,51 @@
 #include "schema/column_widening.h"
 
-#include "platform/clock.h"
-
-#include <ctime>
+#include "schema/record_problem.h"
 
 namespace velmora {
 
 namespace {
 
-/// "tmp_20240131235959". Two widenings in one second use one name: the first has dropped its column before the second
-/// begins.
-std::string TemporaryName()
+/// "[a], [b]", each followed by `typeOf(column)`.
+template <class TypeOf>
+std::string Listed(const std::vector<ColumnToWiden>& columns, TypeOf&& typeOf)
 {
-    std::string name = "tmp_" + TimeStamp(std::time(nullptr));
-    std::erase_if(name, [](char c) { return c == '-' || c == ':' || c == ' '; });
-    return name;
+    std::string list;
+    for (const ColumnToWiden& column : columns) {
+        list += list.empty() ? "[" : ", [";
+        list += column.column + "]";
+        list += typeOf(column);
+    }
+    return list;
+}
+
+std::string AlterStatement(const std::string& table, const std::vector<ColumnToWiden>& columns)
+{
+    const auto typeOf = [](const ColumnToWiden& column) {
+        return column.target == ColumnToWiden::Target::Memo ? " LONGTEXT" : " TEXT(255)";
+    };
+    return "ALTER TABLE [" + table + "] ALTER COLUMN " + Listed(columns, typeOf) + ";";
 }
 
 } // namespace
 
-bool velChangeColumnToMemo(Job& job, DatabaseSession& session, Recordset& records, std::string column)
+bool velChangeColumnToMemo(Job& job, DatabaseSession& session, const std::string& table,
+                           const std::vector<ColumnToWiden>& columns)
 {
-    const std::string table = records.Source();
-    return Procedure(job.log, "velChangeColumnToMemo", "[" + column + "] " + table, [&](Step& step) {
-        step("Save the pending record of [" + table + "]");
-        const SuspendedRecord suspended(records);
-        records.Close();
-
-        const std::string inTable = "ALTER TABLE [" + table + "] ";
-        const std::string temporary = TemporaryName();
-        const auto execute = [&](const std::string& sql) {
-            step(sql);
-            session.ExecuteSql(sql);
-        };
-        execute(inTable + "ADD COLUMN [" + temporary + "] LONGTEXT;");
-        execute("UPDATE [" + table + "] SET [" + temporary + "] = [" + column + "]");
-        execute(inTable + "DROP COLUMN [" + column + "];");
-        execute(inTable + "ADD COLUMN [" + column + "] LONGTEXT;");
-        execute("UPDATE [" + table + "] SET [" + column + "] = [" + temporary + "]");
-        execute(inTable + "DROP COLUMN [" + temporary + "];");
-
-        step("Restore the pending record of [" + table + "]");
-        session.Reopen(records);
-        suspended.Restore(records);
-        ++session.Report(table).widenedColumns;
+    const std::string names = Listed(columns, [](const ColumnToWiden&) { return ""; });
+    return Procedure(job.log, "velChangeColumnToMemo", names + " " + table, [&](Step& step) {
+        const std::string statement = AlterStatement(table, columns);
+        step(statement);
+        try {
+            session.ExecuteSql(statement);
+        } catch (const RuntimeError& error) {
+            const ColumnToWiden& first = columns.front();
+            throw ExplainWidening(error, {table, first.column, first.characters, first.path});
+        }
+        for (const ColumnToWiden& column : columns)
+            job.log.ProtocolAppend("Column widened: [" + table + "].[" + column.column + "], " +
+                                   std::to_string(column.characters) + " characters at " + column.path);
+        session.Report(table).widenedColumns += static_cast<std::int64_t>(columns.size());
     });
 }
 

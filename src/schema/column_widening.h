@@ -2,15 +2,27 @@
 
 #include "schema/database_session.h"
 
+#include <cstddef>
 #include <string>
+#include <vector>
 
 namespace velmora {
 
-/// Turns the text column `column` of the table under `records` into a memo of the same name, which then stands last.
-/// The record pending in `records` is there afterwards with the key and the values that it had. Positions change: see
-/// Recordset::Layout(). A failure ends in the error report; the record is gone then, and false comes back.
-///
-/// No other recordset on the table may have a pending record.
-[[nodiscard]] bool velChangeColumnToMemo(Job& job, DatabaseSession& session, Recordset& records, std::string column);
+/// A text column that is to hold longer values, and the value that does not fit.
+struct ColumnToWiden {
+    enum class Target { Text255, Memo };
+
+    std::string column;
+    Target target;
+    std::size_t characters; ///< of the value
+    std::string path;       ///< of the value in the document
+};
+
+/// Makes text columns of `table` texts of 255 characters, in their places, or memos, which stand last then; what the
+/// design says about them stays. All or none are changed: an index or a relation that forbids it is found before
+/// anything is done. Records pending in recordsets on the table keep their values; positions change, see
+/// Recordset::Layout(). A failure ends in the error report, and false comes back.
+[[nodiscard]] bool velChangeColumnToMemo(Job& job, DatabaseSession& session, const std::string& table,
+                                         const std::vector<ColumnToWiden>& columns);
 
 } // namespace velmora

@@ -123,11 +123,6 @@ Recordset DatabaseSession::OpenTable(std::string_view table)
     return Recordset(Translated([&] { return connection_->OpenTable(table); }));
 }
 
-void DatabaseSession::Reopen(Recordset& recordset)
-{
-    recordset.Reopen(Translated([&] { return connection_->OpenTable(recordset.Source()); }));
-}
-
 void DatabaseSession::Commit()
 {
     Translated([&] { connection_->Commit(); });

@@ -27,6 +27,7 @@ public:
     void Open(const std::filesystem::path& path);
     [[nodiscard]] jet::JetVersion Version() const noexcept { return connection_->Version(); }
     [[nodiscard]] bool IsOpen() const noexcept { return connection_ != nullptr; }
+    [[nodiscard]] bool IsAccess97() const noexcept { return connection_->Version() == jet::JetVersion::Jet3; }
     /// Drops what came after the last Commit(). Every recordset must be closed before.
     void Close() noexcept { connection_.reset(); }
 
@@ -36,8 +37,6 @@ public:
     /// The names of all user tables, in the engine's order: no views, links or system tables.
     [[nodiscard]] std::vector<std::string> UserTables();
     [[nodiscard]] Recordset OpenTable(std::string_view table);
-    /// Opens `recordset`, which was closed while its table's columns changed, on the same table again.
-    void Reopen(Recordset& recordset);
     void Commit();
     /// Tables and relations that the file can still take.
     [[nodiscard]] std::size_t ObjectsLeft();

@@ -97,23 +97,9 @@ std::int32_t Recordset::GetLong(std::size_t field)
     return parsed;
 }
 
-std::optional<std::size_t> Recordset::LongestText(std::size_t minimumBytes)
+std::optional<std::vector<std::size_t>> Recordset::TextsToWiden()
 {
-    return Translated([&] {
-        std::optional<std::size_t> longest;
-        std::size_t most = minimumBytes;
-        for (std::size_t field = 0; field < FieldCount(); ++field) {
-            if (IsMemo(field))
-                continue;
-            const jet::Value value = records_.Get(field);
-            const auto* text = std::get_if<std::string>(&value);
-            if (!text || text->size() <= most)
-                continue;
-            most = text->size();
-            longest = field;
-        }
-        return longest;
-    });
+    return Translated([&] { return records_.TextsToWiden(); });
 }
 
 void Recordset::DeleteBookmark(std::uint64_t bookmark)
@@ -127,35 +113,6 @@ void Recordset::DeleteRows(std::size_t field, std::int32_t key)
         for (records_.MoveFirst(); !records_.Eof(); records_.MoveNext())
             if (records_.Get(field) == jet::Value(key))
                 records_.Delete();
-    });
-}
-
-void Recordset::Reopen(jet::Recordset records)
-{
-    firstLayout_ = Layout() + 1;
-    replacedBefore_ = ReplacedCharacters();
-    records_ = std::move(records);
-}
-
-SuspendedRecord::SuspendedRecord(Recordset& recordset)
-{
-    Translated([&] {
-        jet::Recordset& records = recordset.records_;
-        for (std::size_t field = 0; field < records.FieldCount(); ++field)
-            fields_.emplace_back(records.FieldName(field), records.Get(field));
-        records.Delete();
-    });
-}
-
-void SuspendedRecord::Restore(Recordset& recordset) const
-{
-    Translated([&] {
-        jet::Recordset& records = recordset.records_;
-        records.AddNew();
-        for (const auto& [name, value] : fields_) {
-            if (const auto field = records.FieldIndex(name))
-                records.Set(*field, value);
-        }
     });
 }
 

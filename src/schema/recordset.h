@@ -23,9 +23,9 @@ public:
     [[nodiscard]] bool IsOpen() const noexcept { return records_.GetState() == jet::Recordset::State::Open; }
     void Close() { records_.Close(); }
 
-    /// Changes whenever a column of the table was added or dropped, through whatever recordset or statement, and when
-    /// the table was opened again. Never 0.
-    [[nodiscard]] std::uint64_t Layout() const noexcept { return firstLayout_ + records_.Generation(); }
+    /// Changes whenever a column of the table was added, dropped or widened, through whatever recordset or statement.
+    /// Never 0.
+    [[nodiscard]] std::uint64_t Layout() const noexcept { return 1 + records_.Generation(); }
     [[nodiscard]] std::size_t FieldCount() const { return records_.FieldCount(); }
     [[nodiscard]] const std::string& FieldName(std::size_t field) const { return records_.FieldName(field); }
     /// Position of the field of exactly this name, letter case included.
@@ -33,9 +33,12 @@ public:
     {
         return records_.FieldIndex(name);
     }
-    [[nodiscard]] bool IsMemo(std::size_t field) const { return records_.IsMemo(field); }
     [[nodiscard]] bool IsLong(std::size_t field) const { return records_.IsLong(field); }
     [[nodiscard]] bool IsAutonumber(std::size_t field) const { return records_.IsAutonumber(field); }
+    /// Characters that the text field may hold; 0 for a memo, and for every other type.
+    [[nodiscard]] std::size_t MaxCharacters(std::size_t field) const { return records_.MaxCharacters(field); }
+    /// Characters that a text has in this file: UTF-16 code units, in Access 97 bytes of its code page.
+    [[nodiscard]] std::size_t CountCharacters(std::string_view utf8) const { return records_.CountCharacters(utf8); }
 
     /// Is there no row at, or behind, the current one? A recordset just opened stands on its first row.
     [[nodiscard]] bool Eof();
@@ -60,9 +63,10 @@ public:
     /// Whole number in a field of the pending record, else of the record last saved; 0 when there is none. An
     /// autonumber that is asked for here is given to the pending record.
     [[nodiscard]] std::int32_t GetLong(std::size_t field);
-    /// Of a pending record: the text column that is not a memo and holds the most bytes, when that is more than
-    /// `minimumBytes`.
-    [[nodiscard]] std::optional<std::size_t> LongestText(std::size_t minimumBytes);
+    /// After 3047: the text fields that have to become memos so that the pending record fits, those with the most
+    /// stored bytes first and no more than needed. Empty when it is not the record that is too large; nullopt when
+    /// nothing makes it fit. Fields with an index or in a relation are not among them.
+    [[nodiscard]] std::optional<std::vector<std::size_t>> TextsToWiden();
 
     /// By this token the record last saved can be deleted later.
     [[nodiscard]] std::uint64_t Bookmark() const noexcept { return records_.Bookmark(); }
@@ -71,38 +75,18 @@ public:
     void DeleteRows(std::size_t field, std::int32_t key);
 
     /// Characters that the file's code page does not know and that became "?" on their way into fields (Access 97).
-    [[nodiscard]] std::size_t ReplacedCharacters() const { return replacedBefore_ + records_.ReplacedCharacters(); }
+    [[nodiscard]] std::size_t ReplacedCharacters() const { return records_.ReplacedCharacters(); }
     /// The column of the first of them; empty when there are none.
     [[nodiscard]] const std::string& FirstReplacedColumn() const noexcept { return firstReplacedColumn_; }
     /// Date columns that were given times with a time zone, which they cannot hold.
     [[nodiscard]] const std::vector<std::string>& ColumnsWithoutZone() const noexcept { return columnsWithoutZone_; }
 
 private:
-    friend class SuspendedRecord;
-    friend class DatabaseSession;
-
-    /// Puts a newly opened recordset on the same table in the place of this one.
-    void Reopen(jet::Recordset records);
     void NoteColumnWithoutZone(const std::string& column);
 
     jet::Recordset records_;
-    std::uint64_t firstLayout_ = 1;
-    std::size_t replacedBefore_ = 0; ///< characters, before the table was opened again
     std::string firstReplacedColumn_;
     std::vector<std::string> columnsWithoutZone_;
-};
-
-/// A record that was begun and not yet saved, taken out of its recordset while the table's columns change, and put
-/// back.
-class SuspendedRecord {
-public:
-    /// Keeps every field's name and value, then drops the pending record of `recordset`.
-    explicit SuspendedRecord(Recordset& recordset);
-    /// Begins the record anew and sets every field that had a value, the keys included.
-    void Restore(Recordset& recordset) const;
-
-private:
-    std::vector<std::pair<std::string, jet::Value>> fields_;
 };
 
 } // namespace velmora
