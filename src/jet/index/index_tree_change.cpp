@@ -3,6 +3,7 @@
 #include "jet/index/page_pieces.h"
 
 #include <algorithm>
+#include <cassert>
 
 /// What an insert or a removal does to the tree beyond one page.
 ///
@@ -11,6 +12,25 @@
 ///
 /// No entry of a node is ever too small, so none is renamed in its place: a page's last piece takes over the entry that
 /// named the page, and what is removed leaves entries that are bounds.
+///
+/// What every public function of the tree finds and leaves; asserts name the rule that they hold:
+///
+///  T1  Entries ascend, and no two are equal: in a page, and from each page of a level to the next.
+///  T2  A node of k children has k - 1 entries and a tail, and k is two or more. (Other writers leave nodes of one
+///  child;
+///      such a node is read, and goes with the next change that it meets.)
+///  T3  The entry of a child, its separator, is not less than the last leaf entry below the child and less than the
+///      first leaf entry below the child that follows. It need not be there as a leaf entry any more.
+///  T4  The root keeps its page number and has no neighbours. It is a leaf exactly when it has no children.
+///  T5  All leaves lie equally deep. The level of a page is its distance from them: 0 in leaves, and in leaves only.
+///  T6  No page but the root is empty.
+///  T7  `previous` and `next` link all pages of a level from left to right, whoever their parents are.
+///  T8  The index's usage map names the tree's pages, the root among them, and no others.
+///  T9  lastLeaf_ is 0 or the leaf without a next one.
+///
+/// In the midst of a change, from the bottom up: the new pages are in the map (T8), then the parent knows its children
+/// (T2, T3), then the pages are written and linked (T1, T7). A file may break each of these rules; what is read from
+/// one is checked and ends with CorruptPage, not with an assert.
 namespace jet {
 
 /// Pages for a split, in the index's map. They go back unless Keep() is called.
@@ -102,6 +122,8 @@ void IndexTree::RemoveLeaf(PageNumber leaf)
 void IndexTree::StorePage(const Path& path, std::size_t depth, PageNumber page, std::uint8_t level,
                           const EntryList& entries, std::span<const PagePiece> pieces)
 {
+    assert(!pieces.empty());                    // T6
+    assert(level != 0 || depth == path.size()); // T5
     for (const PagePiece& piece : pieces)
         RequireStorable(page, entries, piece, GetFormat());
     NewPages fresh(*this);
@@ -141,6 +163,8 @@ void IndexTree::StorePage(const Path& path, std::size_t depth, PageNumber page, 
 /// Makes the node at `depth` of the path have these children, two or more.
 void IndexTree::StoreNode(const Path& path, std::size_t depth, std::uint8_t level, const NodeChildren& children)
 {
+    assert(level != 0);            // T5
+    assert(children.Count() >= 2); // T2
     const PageNumber page = depth == 0 ? root_ : path[depth].page;
     const bool isRightEdge =
         depth < path.size() && std::all_of(path.begin(), path.begin() + static_cast<std::ptrdiff_t>(depth) + 1,
@@ -177,6 +201,7 @@ void IndexTree::ReplaceChildren(const Path& path, std::size_t depth, std::size_t
 /// Takes a page that has nothing left, at `depth` of the path and not the root, out of the tree.
 void IndexTree::RemovePage(const Path& path, std::size_t depth, PageNumber page)
 {
+    assert(depth != 0); // T4
     Unlink(page);
     ReplaceChildren(path, depth - 1, path[depth - 1].child, 1, {});
     FreePage(page);
@@ -186,6 +211,8 @@ void IndexTree::RemovePage(const Path& path, std::size_t depth, PageNumber page)
 /// node beside it, or the two become one.
 void IndexTree::JoinSibling(const Path& path, std::size_t depth, const NodeChildren& only)
 {
+    assert(depth != 0);        // T4
+    assert(only.Count() == 1); // what T2 is restored from
     const Step& step = path[depth - 1];
     const NodeChildren siblings = ReadChildren(step.page);
     const auto store = [&](PageNumber page, const NodeChildren& children, std::size_t first, std::size_t end) {

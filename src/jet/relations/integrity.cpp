@@ -3,11 +3,29 @@
 #include "jet/error.h"
 
 #include <algorithm>
+#include <cassert>
 #include <map>
 #include <optional>
 #include <set>
 #include <utility>
 
+/// References between rows. What holds whenever no plan is under way; asserts name the rule that they hold:
+///
+///  I1  The columns by which a row refers hold a Null in one of them, or the key of a row that is there, the row itself
+///      included, or a key that a record begun and not yet saved has been given.
+///  I2  `lastFound` of a link is empty or a key that the parent has: it is forgotten before rows of the parent change.
+///
+/// How a change of one row becomes changes of many:
+///
+///  I3  A plan is made whole before it changes anything. All that can refuse it, rows that stay and refer to one that
+///      goes or that would refer to nothing, does so then.
+///  I4  A plan has each row once, however many ways lead to it and however often they go round. Values that relations
+///      pass on to one another without end are refused.
+///  I5  While a plan is carried out the hook lets all pass: the rows in between refer to what is already gone, or not
+///      yet there. Plans do not nest.
+///  I6  Rows are deleted from the last found to the first, the referring before the referred to. The row that the
+///  caller
+///      named stays for the caller.
 namespace jet {
 
 namespace {
@@ -69,7 +87,11 @@ void ForgetFound(const LinkCache::TableLinks& links)
 /// While one lives, the hook lets every change pass: the plan has been checked as a whole.
 class ReferentialIntegrity::Suspension {
 public:
-    explicit Suspension(bool& suspended) : suspended_(suspended) { suspended_ = true; }
+    explicit Suspension(bool& suspended) : suspended_(suspended)
+    {
+        assert(!suspended_); // I5
+        suspended_ = true;
+    }
     ~Suspension() { suspended_ = false; }
     Suspension(const Suspension&) = delete;
     Suspension& operator=(const Suspension&) = delete;
@@ -111,6 +133,8 @@ public:
     /// Carries it out, from the last row found to the first; the first `keep` rows are left to the caller.
     void Apply(std::size_t keep)
     {
+        assert(rows_.size() == planned_.size()); // I4
+        assert(keep <= rows_.size());            // I6
         Record record;
         for (const auto& [row, link] : cleared_) {
             if (planned_.contains(row))
@@ -178,6 +202,7 @@ public:
     /// Carries it out, the first row first; what fails midway is taken back.
     void Apply()
     {
+        assert(order_.size() == changes_.size()); // I4
         std::size_t done = 0;
         try {
             for (; done < order_.size(); ++done)

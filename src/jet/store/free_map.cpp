@@ -5,8 +5,25 @@
 #include "jet/store/data_page.h"
 
 #include <algorithm>
+#include <cassert>
 #include <string>
 
+/// What holds between the calls, once the map has been read; asserts name the rule that they hold:
+///
+///  F1  A set bit means free. The bits of page 0 and of page 1 are clear, and those of the bitmap pages that the map
+///      itself takes.
+///  F2  All pages behind the end of the file are free: bits that are added are set, also in memory alone. So to
+///  allocate
+///      is always to clear the lowest set bit, and a file without a free page grows by the page next to its end.
+///  F3  The bits in memory cover every page of the file. The file's map may cover less; before a bit is changed there,
+///      the map is made to cover it.
+///  F4  Each bit that the file's map covers is the same there as in memory, but for bits behind the end that another
+///      writer has left clear.
+///  F5  No page below `hint_` is free.
+///  F6  What the map itself takes comes from it like any other page. So to cover a page may take that very page: who
+///      wants one looks again afterwards.
+///  F7  In the reference form a page that becomes the bitmap page of a part lies in a part that has one already, or in
+///      the one that it will describe.
 namespace jet {
 
 namespace {
@@ -45,6 +62,7 @@ PageNumber FreeMap::Take()
         if (!TestBit(bits_, page))
             continue;
         Mark(page, false);
+        assert(hint_ <= page); // F5
         hint_ = std::size_t{page} + 1;
         return page;
     }
@@ -245,6 +263,9 @@ void FreeMap::FillBitmapPage(PageNumber page, std::size_t part)
 
 void FreeMap::Mark(PageNumber page, bool free)
 {
+    assert(page > kGlobalMapPage);        // F1
+    assert(page < Covered());             // F3
+    assert(TestBit(bits_, page) != free); // taken once, given back once
     if (free)
         SetBit(bits_, page);
     else
@@ -266,11 +287,13 @@ void FreeMap::Store(PageNumber page)
 {
     const Byte byte = bits_[page / 8];
     if (inline_) {
+        assert(page >= firstPage_ && page - firstPage_ < recordBits_); // F3
         DataPageEditor editor(cache_->Write(record_.page), *format_);
         const std::size_t at = kInlineMapBits + (page - firstPage_) / 8;
         RecordBytes(editor, at + 1)[at] = byte;
         return;
     }
+    assert(IsCovered(page)); // F3, F7
     const std::size_t bit = page % format_->usageMap.bitsPerPage;
     cache_->Write(bitmapPages_[PartOf(page)]).Data()[kBitmapPageBits + bit / 8] = byte;
 }

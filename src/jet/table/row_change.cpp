@@ -6,8 +6,31 @@
 #include "jet/table/row_fit.h"
 
 #include <algorithm>
+#include <cassert>
 #include <cstring>
 
+/// A row, its long values and its entries in the indexes, kept as one. What holds before and after each change; asserts
+/// name the rule that they hold:
+///
+///  R1  A row has exactly one entry in each index of its table, or none where the index leaves Nulls out. The entry is
+///      made of the row's values and names the row's home slot, wherever its bytes are.
+///  R2  Each record of a long value is referred to by one field of one row. A value that an update leaves as it was
+///      keeps its record, and the field's bytes with it; no two rows share one.
+///  R3  The definition's row count is the number of rows. Its autonumber is not less than any value in that column.
+///
+/// How they are kept while things change:
+///
+///  R4  What can be refused is refused first: the Check functions look and change nothing. After them a change can only
+///      be stopped by a damaged page or for want of room.
+///  R5  What is referred to is there before what refers to it, and goes after it: long values, row, entries on the way
+///      in; entries, row, long values on the way out. An update does the first for what is new, puts the row in its
+///      place, and does the second for what is old.
+///  R6  The row's size is known before anything is written: a long value that gets a record of its own takes twelve
+///  bytes
+///      of the row, whatever they will say.
+///  R7  A hook may change further rows of the same table before a change goes on: each change under way has a scratch
+///  of
+///      its own, and the row is compared with what was read before it is touched.
 namespace jet {
 
 namespace {
@@ -60,6 +83,7 @@ void Table::RowChange::CheckUpdate(const Record& record)
 {
     PrepareFields(record, true);
     MakeKeys(record, scratch_.keys);
+    assert(scratch_.oldKeys.size() == scratch_.keys.size()); // R1: ReadBefore() came first
     for (std::size_t i = 0; i < scratch_.keys.size(); ++i) {
         if (KeyChanges(i))
             CheckKey(i, scratch_.keys[i]);
@@ -207,6 +231,7 @@ RowId Table::RowChange::Insert(const Record& record)
         WriteLongValues();
         const RowStore::Room room = parts_.rows.Insert(size_);
         row = room.at;
+        assert(room.bytes.size() == size_); // R6
         parts_.layout.Encode(scratch_.fields, room.bytes);
         for (; indexed < scratch_.keys.size(); ++indexed)
             InsertKey(indexed, *row);
@@ -233,6 +258,7 @@ void Table::RowChange::Update(RowId row, const Record& record)
                 InsertKey(indexed, row);
         }
         const RowStore::Room room = parts_.rows.Replace(row, size_);
+        assert(room.bytes.size() == size_); // R6
         parts_.layout.Encode(scratch_.fields, room.bytes);
     } catch (...) {
         RemoveNewKeys(indexed, row, true);
@@ -250,6 +276,7 @@ void Table::RowChange::Update(RowId row, const Record& record)
 
 void Table::RowChange::Delete(RowId row)
 {
+    assert(scratch_.oldKeys.size() == parts_.trees.size()); // R1: ReadBefore() came first
     for (std::size_t i = 0; i < scratch_.oldKeys.size(); ++i) {
         if (scratch_.oldKeys[i].inIndex)
             parts_.trees[i]->Remove(scratch_.oldKeys[i].bytes, row);
@@ -266,6 +293,7 @@ void Table::RowChange::WriteLongValues()
     for (RowScratch::Outside& value : scratch_.outside) {
         scratch_.writtenField.clear();
         parts_.longValues[value.column]->Write(value.value, scratch_.writtenField, false);
+        assert(scratch_.writtenField.size() == kLongValueHeaderSize); // R6
         std::memcpy(scratch_.longFields.data() + value.fieldAt, scratch_.writtenField.data(), kLongValueHeaderSize);
         value.written = true;
     }
