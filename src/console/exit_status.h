@@ -6,10 +6,9 @@ namespace velmora {
 
 /// What the process tells its caller.
 enum class ExitStatus {
-    Success = 0, ///< everything converted
-    Error = 1,   ///< ended by an error report
-    NothingToConvert =
-        2,           ///< no source named or found, a target that must not be written, or a command line without sense
+    Success = 0,          ///< everything converted
+    Error = 1,            ///< ended by an error report
+    NothingToConvert = 2, ///< no source named or found, a target that must not be written, a senseless command line
     Incomplete = 3,  ///< done, but a source or the mapping file could not be read, or, strictly, something was left out
     Cancelled = 130, ///< by the user; what a shell reports for a program ended by Ctrl-C
 };

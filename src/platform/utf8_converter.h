@@ -23,7 +23,7 @@ public:
     [[nodiscard]] bool Convert(std::string_view bytes, std::string& text);
     /// To be called behind the last bytes. False when they end in the middle of a character.
     [[nodiscard]] bool Finish(std::string& text);
-    /// Bytes converted so far: behind a failure the offset of the bad byte in the stream, from 0.
+    /// Bytes converted so far: after a failure the offset of the bad byte in the stream, from 0.
     [[nodiscard]] std::size_t ConvertedBytes() const noexcept { return convertedBytes_; }
 
 private:

@@ -15,8 +15,7 @@ namespace jet {
 ///
 ///   "MR2" NUL (Jet 4) or "KKD" NUL (Jet 3), then blocks to the end: u32 length of the block, u16 kind, content
 ///   kind 0x80       names of properties: (u16 bytes, name) repeated, numbered from 0
-///   kind 0, 1       properties of the object, of one column: u32 length of the owner's record, u16 bytes, its name,
-///   then
+///   kind 0, 1       properties of the object, of one column: u32 length of the owner's record, u16 bytes, its name;
 ///                   entries: u16 length, u8 flag, u8 type, u16 number of the name, u16 bytes, value
 ///
 /// Blocks and entries that are not touched are written back as they were. Source: files of Access 97 to 2003.

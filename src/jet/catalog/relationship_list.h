@@ -39,8 +39,8 @@ public:
     void Remove(std::string_view name);
 
 private:
-    using TableAndName =
-        std::set<std::pair<std::string, std::string>>; ///< keys of a table's name and of the relation's
+    /// Keys of a table's name and of the relation's.
+    using TableAndName = std::set<std::pair<std::string, std::string>>;
 
     [[nodiscard]] std::string Key(std::string_view name) const;
     void Load();

@@ -16,9 +16,8 @@
 /// What every public function of the tree finds and leaves; asserts name the rule that they hold:
 ///
 ///  T1  Entries ascend, and no two are equal: in a page, and from each page of a level to the next.
-///  T2  A node of k children has k - 1 entries and a tail, and k is two or more. (Other writers leave nodes of one
-///  child;
-///      such a node is read, and goes with the next change that it meets.)
+///  T2  A node of k children has k - 1 entries and a tail, and k is two or more. Other writers leave nodes of one;
+///      such a node is read, and goes with the next change that it meets.
 ///  T3  The entry of a child, its separator, is not less than the last leaf entry below the child and less than the
 ///      first leaf entry below the child that follows. It need not be there as a leaf entry any more.
 ///  T4  The root keeps its page number and has no neighbours. It is a leaf exactly when it has no children.

@@ -23,9 +23,8 @@
 ///      pass on to one another without end are refused.
 ///  I5  While a plan is carried out the hook lets all pass: the rows in between refer to what is already gone, or not
 ///      yet there. Plans do not nest.
-///  I6  Rows are deleted from the last found to the first, the referring before the referred to. The row that the
-///  caller
-///      named stays for the caller.
+///  I6  Rows are deleted from the last found to the first, so a row before the one through which it was found. The row
+///      that the caller named stays for the caller.
 namespace jet {
 
 namespace {

@@ -12,9 +12,8 @@
 ///
 ///  F1  A set bit means free. The bits of page 0 and of page 1 are clear, and those of the bitmap pages that the map
 ///      itself takes.
-///  F2  All pages behind the end of the file are free: bits that are added are set, also in memory alone. So to
-///  allocate
-///      is always to clear the lowest set bit, and a file without a free page grows by the page next to its end.
+///  F2  All pages behind the end of the file are free: bits that are added are set, also in memory alone. So to take a
+///      page is always to clear the lowest set bit, and a file without a free one grows by the page next to its end.
 ///  F3  The bits in memory cover every page of the file. The file's map may cover less; before a bit is changed there,
 ///      the map is made to cover it.
 ///  F4  Each bit that the file's map covers is the same there as in memory, but for bits behind the end that another

@@ -11,12 +11,11 @@ namespace jet {
 /// fixed key stream, which these functions put on and take off.
 struct DatabaseHeader {
     JetVersion version = JetVersion::Jet4;
-    RowId freePages;           ///< the global map of free pages
-    double creationDate = 0;   ///< days since 1899-12-30; Jet 3 has none
-    std::uint32_t build = 0;   ///< of the engine that made the file
-    std::uint16_t country = 0; ///< Jet 3: repeated in every column definition
-    std::uint16_t sortOrder =
-        0; ///< locale id of the default sort order; kGeneralSortOrder is the only one we can order by
+    RowId freePages;              ///< the global map of free pages
+    double creationDate = 0;      ///< days since 1899-12-30; Jet 3 has none
+    std::uint32_t build = 0;      ///< of the engine that made the file
+    std::uint16_t country = 0;    ///< Jet 3: repeated in every column definition
+    std::uint16_t sortOrder = 0;  ///< locale id of the default sort order; we can order by kGeneralSortOrder only
     std::uint8_t sortVersion = 0; ///< 0; 1 = the order that came with Access 2010
     std::uint16_t codePage = 0;
 };

@@ -12,8 +12,7 @@ namespace jet {
 ///
 ///   form       byte 0  content
 ///   inline          0  u32 first page (multiple of 8), then a bitmap
-///   reference       1  u32 numbers of bitmap pages (type 5), 0 = none; entry i covers bitsPerPage pages from i *
-///   bitsPerPage
+///   reference       1  u32 numbers of bitmap pages (type 5), 0 = none; entry i covers the i-th bitsPerPage pages
 ///
 /// Bits count from the least significant. A record grows in place as long as its page has room and becomes a reference
 /// map otherwise. Reads the record anew on every call; owns nothing. Source: files written by Access 97, 2000 and 2003.

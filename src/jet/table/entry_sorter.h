@@ -56,7 +56,7 @@ private:
 
     std::size_t budget_;
     std::uint32_t count_ = 0;
-    Bytes keys_; ///< of the entries that are held, one behind another
+    Bytes keys_; ///< of the entries that are held, one after another
     std::vector<Stored> held_;
     std::vector<TemporaryFile> runs_;
 };

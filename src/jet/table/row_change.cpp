@@ -25,12 +25,10 @@
 ///  R5  What is referred to is there before what refers to it, and goes after it: long values, row, entries on the way
 ///      in; entries, row, long values on the way out. An update does the first for what is new, puts the row in its
 ///      place, and does the second for what is old.
-///  R6  The row's size is known before anything is written: a long value that gets a record of its own takes twelve
-///  bytes
-///      of the row, whatever they will say.
-///  R7  A hook may change further rows of the same table before a change goes on: each change under way has a scratch
-///  of
-///      its own, and the row is compared with what was read before it is touched.
+///  R6  The row's size is known before anything is written: a long value with a record of its own takes twelve bytes of
+///      the row, whatever they will say.
+///  R7  A hook may change further rows of the same table before a change goes on: each change under way has its own
+///      scratch, and the row is compared with what was read before it is touched.
 namespace jet {
 
 namespace {
