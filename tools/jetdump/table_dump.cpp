@@ -1,4 +1,5 @@
-// Shows a database as the engine sees it: tables with columns, indexes and rows, then relations.
+#include "dump.h"
+#include "text_forms.h"
 
 #include "jet/base/value_codec.h"
 #include "jet/catalog/catalog.h"
@@ -7,51 +8,12 @@
 #include "jet/store/journal.h"
 #include "jet/store/pager.h"
 
-#include <exception>
 #include <iostream>
-#include <string>
-#include <string_view>
-#include <vector>
-
-namespace {
+#include <memory>
 
 using namespace jet;
 
-const char* TypeName(ColumnType type)
-{
-    switch (type) {
-    case ColumnType::Boolean:
-        return "boolean";
-    case ColumnType::Byte:
-        return "byte";
-    case ColumnType::Integer:
-        return "integer";
-    case ColumnType::Long:
-        return "long";
-    case ColumnType::Currency:
-        return "currency";
-    case ColumnType::Single:
-        return "single";
-    case ColumnType::Double:
-        return "double";
-    case ColumnType::DateTime:
-        return "datetime";
-    case ColumnType::Binary:
-    case ColumnType::FixedBinary:
-        return "binary";
-    case ColumnType::Text:
-        return "text";
-    case ColumnType::Ole:
-        return "ole";
-    case ColumnType::Memo:
-        return "memo";
-    case ColumnType::Guid:
-        return "guid";
-    case ColumnType::Numeric:
-        return "numeric";
-    }
-    return "unknown";
-}
+namespace {
 
 void PrintColumn(const Column& column)
 {
@@ -78,23 +40,6 @@ void PrintIndex(const TableDef& def, const LogicalIndex& index)
     std::cout << '\n';
 }
 
-/// One line of text: what would end it or the field is written as an escape.
-std::string Escaped(const std::string& text)
-{
-    std::string escaped;
-    for (const char c : text) {
-        if (c == '\n')
-            escaped += "\\n";
-        else if (c == '\r')
-            escaped += "\\r";
-        else if (c == '|' || c == '\\')
-            (escaped += '\\') += c;
-        else
-            escaped += c;
-    }
-    return escaped;
-}
-
 void PrintRows(const Table& table)
 {
     Record record;
@@ -106,7 +51,9 @@ void PrintRows(const Table& table)
     }
 }
 
-void Dump(const char* path, bool withRows, bool withSystemTables)
+} // namespace
+
+void DumpTables(const char* path, bool withRows, bool withSystemTables)
 {
     std::unique_ptr<File> file = OpenFile(path, OpenMode::ReadOnly);
     CheckAtRest(RealFileSystem(), path, *file);
@@ -131,34 +78,4 @@ void Dump(const char* path, bool withRows, bool withSystemTables)
             std::cout << (i ? ", " : "") << relation->columns[i].first << " -> " << relation->columns[i].second;
         std::cout << ") to " << relation->referencedTable << ", flags " << relation->flags << '\n';
     }
-}
-
-} // namespace
-
-int main(int argc, char** argv)
-{
-    bool withRows = true, withSystemTables = false;
-    std::vector<const char*> files;
-    for (int i = 1; i < argc; ++i) {
-        const std::string_view argument = argv[i];
-        if (argument == "--schema")
-            withRows = false;
-        else if (argument == "--system")
-            withSystemTables = true;
-        else
-            files.push_back(argv[i]);
-    }
-    if (files.size() != 1) {
-        std::cerr << "usage: jetdump [--schema] [--system] FILE\n"
-                     "  --schema  without the rows\n"
-                     "  --system  the engine's own tables too\n";
-        return 2;
-    }
-    try {
-        Dump(files[0], withRows, withSystemTables);
-    } catch (const std::exception& error) {
-        std::cerr << "jetdump: " << error.what() << '\n';
-        return 1;
-    }
-    return 0;
 }

@@ -1,0 +1,99 @@
+#include "page_file.h"
+
+#include "jet/error.h"
+#include "jet/store/bitmap.h"
+#include "jet/store/data_page.h"
+#include "jet/store/header_page.h"
+
+#include <algorithm>
+
+namespace jet {
+
+namespace {
+
+constexpr std::size_t kVersionByte = 0x14;
+constexpr std::size_t kNextDefinitionPage = 4;
+constexpr std::size_t kDefinitionPageHead = 8;
+
+} // namespace
+
+PageFile::PageFile(const char* path) : file_(OpenFile(path, OpenMode::ReadOnly))
+{
+    if (file_->Size() < kHeaderSize)
+        throw Error(ErrorNumber::NotADatabase, {file_->Name()});
+    Bytes start(kHeaderSize);
+    file_->ReadAt(0, start);
+    format_ = &FormatOf(start[kVersionByte] == 0 ? JetVersion::Jet3 : JetVersion::Jet4);
+    const std::uint64_t pages = (file_->Size() + format_->pageSize - 1) / format_->pageSize;
+    pageCount_ = static_cast<PageNumber>(std::min<std::uint64_t>(pages, format_->maxPages));
+}
+
+Bytes PageFile::Read(PageNumber page) const
+{
+    if (page >= pageCount_)
+        throw CorruptPage(page, "the file has only " + std::to_string(pageCount_) + " pages");
+    Bytes bytes(format_->pageSize);
+    const std::uint64_t at = std::uint64_t{page} * format_->pageSize;
+    file_->ReadAt(at, MutableBytes(bytes).first(std::min<std::uint64_t>(bytes.size(), file_->Size() - at)));
+    return bytes;
+}
+
+TableDef PageFile::Definition(PageNumber page) const
+{
+    Bytes stream;
+    std::vector<PageNumber> chain;
+    for (PageNumber next = page; next != 0; next = LoadU32(Read(next), kNextDefinitionPage)) {
+        const Bytes bytes = Read(next);
+        if (std::ranges::find(chain, next) != chain.end())
+            throw CorruptPage(page, "the chain of the table definition goes round in a circle");
+        if (bytes[0] != static_cast<Byte>(PageType::Definition))
+            throw CorruptPage(next,
+                              "it is referred to as a table definition, but its type is " + std::to_string(bytes[0]));
+        AppendBytes(stream, chain.empty() ? ByteSpan(bytes) : ByteSpan(bytes).subspan(kDefinitionPageHead));
+        chain.push_back(next);
+    }
+    TableDef def = ParseTableDef(*format_, stream, page);
+    def.pages = std::move(chain);
+    return def;
+}
+
+MapContent PageFile::Map(ByteSpan record, PageNumber page) const
+{
+    constexpr Byte kInlineForm = 0;
+    constexpr Byte kReferenceForm = 1;
+    MapContent map;
+    if (record.size() > kInlineMapBits && record[0] == kInlineForm) {
+        map.firstPage = LoadU32(record, 1);
+        AddBits(record.subspan(kInlineMapBits), map.firstPage, map.pages);
+        return map;
+    }
+    if (record.size() <= kReferenceMapEntries || record[0] != kReferenceForm)
+        throw CorruptPage(page, "a usage map has neither of the known forms");
+    map.isInline = false;
+    for (std::size_t at = kReferenceMapEntries; at + 4 <= record.size(); at += 4) {
+        const auto part = static_cast<PageNumber>(map.bitmapPages.size());
+        map.bitmapPages.push_back(LoadU32(record, at));
+        if (map.bitmapPages.back() == 0)
+            continue;
+        const Bytes bitmap = Read(map.bitmapPages.back());
+        if (bitmap[0] != static_cast<Byte>(PageType::UsageBitmap))
+            throw CorruptPage(map.bitmapPages.back(), "a usage map refers to it, but it is no bitmap");
+        AddBits(ByteSpan(bitmap).subspan(kBitmapPageBits),
+                part * static_cast<PageNumber>(format_->usageMap.bitsPerPage), map.pages);
+    }
+    return map;
+}
+
+MapContent PageFile::Map(RowId record) const
+{
+    const Bytes page = Read(record.page);
+    return Map(DataPage(page, record.page, *format_).LiveRow(record.slot), record.page);
+}
+
+void PageFile::AddBits(ByteSpan bits, PageNumber first, std::vector<PageNumber>& pages)
+{
+    for (auto bit = NextSetBit(bits, 0); bit; bit = NextSetBit(bits, *bit + 1))
+        pages.push_back(first + static_cast<PageNumber>(*bit));
+}
+
+} // namespace jet
