@@ -207,7 +207,7 @@ void IndexTree::RemovePage(const Path& path, std::size_t depth, PageNumber page)
 }
 
 /// The node at `depth` of the path, not the root, has one child left, which is one too few: it takes a child from the
-/// node beside it, or the two become one.
+/// node beside it, or the two are merged.
 void IndexTree::JoinSibling(const Path& path, std::size_t depth, const NodeChildren& only)
 {
     assert(depth != 0);        // T4
