@@ -52,6 +52,15 @@ private:
     bool turned_ = false;
 };
 
+/// The code that follows in a row of codes (see Jet4WeightRow).
+void StepCode(Bytes& code)
+{
+    std::size_t at = code.size() - 1;
+    for (; at != 0 && code[at] == 0xFF; --at)
+        code[at] = 0x02;
+    ++code[at];
+}
+
 /// The first character that has each primary weight.
 const std::map<Bytes, std::uint16_t>& Jet4Letters()
 {
@@ -66,9 +75,8 @@ const std::map<Bytes, std::uint16_t>& Jet4Letters()
                 continue;
             for (std::uint32_t unit = row.first; unit <= row.last; ++unit) {
                 byCode.emplace(code, static_cast<std::uint16_t>(unit));
-                if (!row.steps || code.back() == 0xFF)
-                    break; // behind a carry the letters stay unknown: far from what names are written in
-                ++code.back();
+                if (row.steps)
+                    StepCode(code);
             }
         }
         return byCode;

@@ -139,6 +139,7 @@ private:
     void ShowField(const RowView& row, const Column& column);
     void ShowMapRecord(ByteSpan record);
     void ShowDefinitionPage();
+    [[nodiscard]] std::optional<PageNumber> PageBeforeInChain() const;
     void ShowColumn(const Column& column);
     void ShowMapPointer(const char* name, RowId record);
     void ShowIndexPage();
@@ -274,15 +275,32 @@ void PageDump::ShowMapPointer(const char* name, RowId record)
     }
 }
 
+/// The definition page that names this one as the next of its chain.
+std::optional<PageNumber> PageDump::PageBeforeInChain() const
+{
+    for (PageNumber page = 0; page < file_.PageCount(); ++page) {
+        const Bytes bytes = file_.Read(page);
+        if (page != page_ && bytes[0] == static_cast<Byte>(PageType::Definition) &&
+            LoadU32(bytes, kOwnerField) == page_)
+            return page;
+    }
+    return std::nullopt;
+}
+
 void PageDump::ShowDefinitionPage()
 {
     const PageNumber next = LoadU32(bytes_, kOwnerField);
     Line("table definition, " + (next == 0 ? "last page of its chain" : "goes on on page " + std::to_string(next)));
+    const std::optional<PageNumber> before = PageBeforeInChain();
+    if (before)
+        Line("page " + std::to_string(*before) + " goes on here");
     TableDef def;
     try {
         def = file_.Definition(page_);
     } catch (const Error& error) {
-        return Wrong(std::string("not the beginning of a definition: ") + error.what());
+        if (!before)
+            Wrong(std::string("not the beginning of a definition: ") + error.what());
+        return;
     }
     Line(std::to_string(def.rowCount) + " rows, last autonumber " + std::to_string(def.lastAutonumber) +
          ", columns ever " + std::to_string(def.columnsEver) + ", variable ones " +
