@@ -114,13 +114,6 @@ void CheckHeader(File& file)
     static_cast<void>(ReadHeader(file, start));
 }
 
-/// Errors that stop a statement wherever it is just then. All others are found before anything is changed, or what was
-/// changed has been taken back.
-bool MayLeaveHalfDone(ErrorNumber number)
-{
-    return number == ErrorNumber::NotADatabase || number == ErrorNumber::DiskError || number == ErrorNumber::DiskFull;
-}
-
 } // namespace
 
 class Connection::Impl {
@@ -135,33 +128,19 @@ public:
     [[nodiscard]] Catalog& GetCatalog() noexcept { return catalog_; }
     [[nodiscard]] ReferentialIntegrity& Integrity() noexcept { return integrity_; }
 
-    void Execute(std::string_view sql)
-    {
-        if (pager_->Failure())
-            throw Error(*pager_->Failure());
-        const sql::Statement statement = sql::ParseStatement(sql);
-        const std::size_t timesFull = pager_->TimesFull();
-        try {
-            executor_.Run(statement);
-        } catch (const Error& error) {
-            if (MayLeaveHalfDone(error.Number()) || pager_->TimesFull() != timesFull)
-                pager_->Fail(error);
-            throw;
-        }
-    }
+    void Execute(std::string_view sql) { executor_.Run(sql::ParseStatement(sql)); }
 
     void Commit()
     {
-        if (pager_->Failure())
-            throw Error(*pager_->Failure());
+        pager_->ThrowIfFailed();
         try {
             catalog_.FlushCounters();
             pager_->Commit();
             if (unfinished_)
                 unfinished_->MoveIntoPlace();
             catalog_.ForgetMoves();
-        } catch (const Error& error) {
-            pager_->Fail(error);
+        } catch (...) { // nobody knows how much of it is in the file
+            pager_->Fail(std::current_exception());
             throw;
         }
         unfinished_.reset();
@@ -256,7 +235,7 @@ Rowset Connection::OpenSchema(SchemaKind kind, const Restrictions& restrictions)
 
 Recordset Connection::OpenTable(std::string_view table)
 {
-    return Recordset(std::make_unique<Recordset::Impl>(impl_->GetCatalog().Open(table), impl_->Integrity()));
+    return Recordset(std::make_unique<Recordset::Impl>(impl_->GetCatalog(), impl_->Integrity(), table));
 }
 
 void Connection::Commit()

@@ -17,9 +17,10 @@ enum class Existing { Refuse, Replace };
 
 /// One open database, which nobody else can open meanwhile. Everything done since the last Commit() is one unit: after
 /// a crash the next Open() finds the database as at that commit. Destroying the connection without Commit() drops what
-/// came after the last one. When the disk fails (DiskFull, DiskError), and when a statement is stopped halfway by a
-/// damaged page or the end of the room in the database, all that is left is to go back to the last commit: Execute()
-/// and Commit() repeat that error. A path that is a symbolic link means the file that it points at. One thread.
+/// came after the last one. A statement, or a change of a record, that fails for whatever reason has changed nothing,
+/// and the connection can be used further. When a commit fails, or a disk error prevents that something is taken back,
+/// all that is left is to go back to the last commit: whatever would change something repeats that error. A path that
+/// is a symbolic link means the file that it points at. One thread.
 class Connection {
 public:
     /// Makes an empty database. It is written under another name beside `path` and takes its place at the first
@@ -49,8 +50,7 @@ public:
     /// Runs one statement: CREATE TABLE, CREATE [UNIQUE] INDEX ... [WITH PRIMARY], ALTER TABLE (ADD COLUMN, DROP
     /// COLUMN, ALTER COLUMN, ADD CONSTRAINT ... FOREIGN KEY, DROP CONSTRAINT), DROP TABLE, DROP INDEX, DELETE * FROM,
     /// UPDATE t SET a = b. ALTER COLUMN makes texts longer in their places, or memos, which stand last, several in one
-    /// go (ALTER TABLE t ALTER COLUMN a LONGTEXT, b TEXT(255)); what else the columns have stays. A statement that
-    /// fails has changed nothing.
+    /// go (ALTER TABLE t ALTER COLUMN a LONGTEXT, b TEXT(255)); what else the columns have stays.
     void Execute(std::string_view sql);
     [[nodiscard]] Rowset OpenSchema(SchemaKind kind, const Restrictions& restrictions = {});
     /// Throws TableNotFound.

@@ -4,6 +4,7 @@
 #include "jet/base/text_codec.h"
 #include "jet/base/value_codec.h"
 #include "jet/catalog/local_time.h"
+#include "jet/catalog/savepoint.h"
 #include "jet/error.h"
 
 #include <algorithm>
@@ -26,8 +27,8 @@ bool IsText(ColumnType type)
 
 } // namespace
 
-Recordset::Impl::Impl(std::shared_ptr<Table> table, ReferentialIntegrity& integrity)
-    : table_(std::move(table)), integrity_(integrity), source_(table_->Name())
+Recordset::Impl::Impl(Catalog& catalog, ReferentialIntegrity& integrity, std::string_view table)
+    : catalog_(catalog), table_(catalog.Open(table)), integrity_(integrity), source_(table_->Name())
 {
     TakeLayout();
 }
@@ -322,9 +323,12 @@ void Recordset::Impl::Update()
         return SaveEdit();
     if (!pending_)
         throw Error(ErrorNumber::NoCurrentRecord, {}, "(No record of " + source_ + " has been begun.)");
+    // Before the savepoint: a number once given stays given, whatever becomes of the record.
     if (autonumber_)
         lastAutonumber_ = std::get<std::int32_t>(Get(*autonumber_));
+    Savepoint savepoint(catalog_);
     row_ = table_->Insert(record_);
+    savepoint.Release();
     pending_ = false;
     integrity_.RemovePending(*this);
     takenNumber_.reset();
@@ -336,7 +340,9 @@ void Recordset::Impl::Update()
 void Recordset::Impl::SaveEdit()
 {
     // The plan of a cascade takes a copy: it may come round and change this very row.
+    Savepoint savepoint(catalog_);
     integrity_.UpdateRow(*table_, *row_, record_);
+    savepoint.Release();
     editing_ = loaded_ = false;
 }
 
@@ -366,7 +372,9 @@ void Recordset::Impl::Delete()
         return CancelUpdate();
     if (Eof())
         throw Error(ErrorNumber::NoCurrentRecord);
+    Savepoint savepoint(catalog_);
     table_->Delete(*row_);
+    savepoint.Release();
     loaded_ = editing_ = false;
 }
 
@@ -383,7 +391,9 @@ void Recordset::Impl::DeleteBookmark(std::uint64_t bookmark)
     const std::optional<RowId> row = table_->Relocated(then, static_cast<std::uint32_t>(bookmark >> 32));
     if (!row)
         throw Error(ErrorNumber::RecordDeleted);
+    Savepoint savepoint(catalog_);
     table_->Delete(*row);
+    savepoint.Release();
     if (row_ == row)
         loaded_ = editing_ = false;
 }

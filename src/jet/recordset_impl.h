@@ -1,5 +1,6 @@
 #pragma once
 
+#include "jet/catalog/catalog.h"
 #include "jet/recordset.h"
 #include "jet/relations/integrity.h"
 #include "jet/table/table.h"
@@ -15,7 +16,7 @@ namespace jet {
 /// before anything is done after the columns have changed.
 class Recordset::Impl final : public PendingRecord {
 public:
-    Impl(std::shared_ptr<Table> table, ReferentialIntegrity& integrity);
+    Impl(Catalog& catalog, ReferentialIntegrity& integrity, std::string_view table);
     ~Impl() override { Close(); }
     Impl(const Impl&) = delete;
     Impl& operator=(const Impl&) = delete;
@@ -69,6 +70,7 @@ private:
     void SetDateText(std::size_t field, std::string_view utf8);
     void EncodeTextInto(const Column& column, std::string_view utf8);
 
+    Catalog& catalog_;
     std::shared_ptr<Table> table_; ///< none once closed
     ReferentialIntegrity& integrity_;
     std::string source_;

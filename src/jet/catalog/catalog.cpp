@@ -17,6 +17,14 @@ namespace {
 /// Tables, queries, relations and whatever else has a row in MSysObjects.
 constexpr std::size_t kMaxObjects = 32'768;
 
+/// The tables whose rows the lists hold; their objects belong to the lists.
+constexpr PageNumber kListed[] = {kObjectsPage, kAcesPage, kRelationshipsPage};
+
+bool IsListed(PageNumber definitionPage)
+{
+    return std::ranges::find(kListed, definitionPage) != std::end(kListed);
+}
+
 std::int32_t IdOf(const Table& table)
 {
     return static_cast<std::int32_t>(table.Definition().pages.front());
@@ -34,7 +42,7 @@ bool IsEnginesOwn(const CatalogObject& object)
 
 Catalog::Catalog(Pager& pager) : pager_(&pager), objects_(pager), relationships_(pager)
 {
-    // Nobody may have two objects for one table; the engine's own ones belong to the lists.
+    // Nobody may have two objects for one table.
     const auto borrow = [&](PageNumber page, SystemTable& table) {
         tables_.emplace(page, std::shared_ptr<Table>(std::shared_ptr<Table>(), &table.Rows()));
     };
@@ -103,10 +111,11 @@ void Catalog::ApplyProperties(Table& table)
 std::vector<PageNumber> Catalog::TablesWithIndex(std::string_view name)
 {
     if (!indexNames_) {
-        indexNames_.emplace(GetFormat());
+        IndexNames names(GetFormat());
         for (const CatalogObject* object : objects_.ChildrenOf(kTablesContainer))
             if (object->type == ObjectType::Table)
-                indexNames_->Note(ReadTableDef(*pager_, static_cast<PageNumber>(object->id)));
+                names.Note(ReadTableDef(*pager_, static_cast<PageNumber>(object->id)));
+        indexNames_ = std::move(names);
     }
     return indexNames_->TablesWith(name);
 }
@@ -147,15 +156,8 @@ void Catalog::CreateTable(std::string_view name, const std::vector<ColumnSpec>& 
 
     const PageNumber page = Table::Create(*pager_, columns);
     const auto id = static_cast<std::int32_t>(page);
-    try {
-        objects_.Add(id, kTablesContainer, name, ObjectType::Table);
-        StoreRequired(id, columns);
-    } catch (...) {
-        if (objects_.FindById(id))
-            objects_.Remove(id);
-        Table(*pager_, page, std::string(name)).Destroy();
-        throw;
-    }
+    objects_.Add(id, kTablesContainer, name, ObjectType::Table);
+    StoreRequired(id, columns);
     ++structureVersion_;
 }
 
@@ -193,12 +195,7 @@ void Catalog::AddColumn(Table& table, const ColumnSpec& column)
 {
     CheckName(GetFormat(), column.name);
     table.AddColumn(column);
-    try {
-        StoreRequired(IdOf(table), {&column, 1});
-    } catch (...) {
-        table.DropColumn(column.name);
-        throw;
-    }
+    StoreRequired(IdOf(table), {&column, 1});
     NoteChange(table);
 }
 
@@ -301,6 +298,32 @@ void Catalog::ForgetMoves() noexcept
     for (const auto& [page, table] : tables_)
         if (table.use_count() <= 1) // ours; the engine's own tables have no owner at all
             table->ForgetMoves();
+}
+
+void Catalog::RollBack() noexcept
+{
+    if (!pager_->RollBack())
+        return;
+    try {
+        Reread();
+    } catch (...) {
+        pager_->Fail(std::current_exception());
+    }
+}
+
+void Catalog::Reread()
+{
+    objects_.Reread();
+    relationships_.Reread();
+    indexNames_.reset();
+    ++structureVersion_;
+    std::erase_if(tables_, [&](const auto& open) { return !objects_.FindById(static_cast<std::int32_t>(open.first)); });
+    for (const auto& [page, table] : tables_) {
+        if (IsListed(page))
+            continue;
+        table->Reread();
+        ApplyProperties(*table);
+    }
 }
 
 } // namespace jet

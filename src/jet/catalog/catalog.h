@@ -16,7 +16,8 @@
 namespace jet {
 
 /// What the database consists of: its tables by name, and every change of their structure together with the rows of the
-/// system tables that tell of it. Names compare as the sort order does. A change that is refused has changed nothing.
+/// system tables that tell of it. Names compare as the sort order does. A change that throws may have come halfway: it
+/// is taken back by the savepoint around it.
 class Catalog {
 public:
     /// Throws CorruptPage when the system tables cannot be read.
@@ -69,19 +70,21 @@ public:
     void DropIndex(Table& table, std::string_view name);
     /// To be called after a change of a table's definition that was not made here.
     void NoteChange(Table& table);
-    /// To be called after a change that failed midway: definitions may differ from what was known of them.
-    void NoteFailure() noexcept { ++structureVersion_; }
     /// Counts changes of any table's definition.
     [[nodiscard]] std::uint64_t StructureVersion() const noexcept { return structureVersion_; }
 
     /// Throws DatabaseFull when no more objects fit.
     void CheckRoomForObject() const;
-    /// Writes what the tables keep in memory (row counts, autonumbers, statistics) to their pages.
+    /// Writes what the tables keep in memory (autonumbers) to their pages.
     void FlushCounters();
     /// To be called after a commit: tables that nobody has open forget where their rows were before.
     void ForgetMoves() noexcept;
+    /// Everything goes back to the pager's savepoint, pages and what is known of them. When that cannot be done, the
+    /// pager has failed.
+    void RollBack() noexcept;
 
 private:
+    void Reread();
     void ApplyProperties(Table& table);
     void CheckMayWiden(const Table& table, const ColumnSpec& column);
     [[nodiscard]] std::string RelationName(const LogicalIndex& side);

@@ -15,13 +15,23 @@ ObjectList::ObjectList(Pager& pager)
     : pager_(&pager), table_(pager, kObjectsPage, "MSysObjects", kLvProp + 1),
       aces_(pager, kAcesPage, "MSysACEs", aces_column::kInheritable + 1), owners_(pager)
 {
-    // Access takes no notice of a table's properties inside the row.
-    table_.Rows().SetNeverInline(table_.Position(kLvProp));
+    Load();
+}
+
+void ObjectList::Reread()
+{
+    table_.Rows().Reread();
+    aces_.Rows().Reread();
+    objects_.clear();
+    ids_.clear();
+    permissions_.clear();
     Load();
 }
 
 void ObjectList::Load()
 {
+    // Access takes no notice of a table's properties inside the row.
+    table_.Rows().SetNeverInline(table_.Position(kLvProp));
     Record record;
     Table& rows = table_.Rows();
     for (auto row = rows.NextRow(std::nullopt); row; row = rows.NextRow(row)) {
@@ -82,10 +92,9 @@ std::int32_t ObjectList::NextSyntheticId() const
 
 const std::vector<ObjectList::Permission>& ObjectList::PermissionsIn(std::int32_t container)
 {
-    const auto [found, isNew] = permissions_.try_emplace(container);
-    std::vector<Permission>& permissions = found->second;
-    if (!isNew)
-        return permissions;
+    if (const auto known = permissions_.find(container); known != permissions_.end())
+        return known->second;
+    std::vector<Permission> permissions;
     Record record;
     for (const RowId row : aces_.RowsWith(aces_column::kObjectId, container)) {
         aces_.Rows().Read(row, record);
@@ -100,26 +109,19 @@ const std::vector<ObjectList::Permission>& ObjectList::PermissionsIn(std::int32_
         else
             permissions.push_back(std::move(permission));
     }
-    return permissions;
+    return permissions_.emplace(container, std::move(permissions)).first->second;
 }
 
-/// The rows of MSysACEs for a new object: all or none.
+/// The rows of MSysACEs for a new object.
 void ObjectList::AddPermissions(std::int32_t id, const std::vector<Permission>& permissions)
 {
-    std::vector<RowId> added;
-    try {
-        for (const Permission& permission : permissions) {
-            Record ace = aces_.Blank();
-            aces_.Set(ace, aces_column::kObjectId, id);
-            aces_.Set(ace, aces_column::kSid, permission.sid);
-            aces_.Set(ace, aces_column::kAcm, permission.rights);
-            aces_.Set(ace, aces_column::kInheritable, false);
-            added.push_back(aces_.Rows().Insert(ace));
-        }
-    } catch (...) {
-        for (const RowId row : added)
-            aces_.Rows().Delete(row);
-        throw;
+    for (const Permission& permission : permissions) {
+        Record ace = aces_.Blank();
+        aces_.Set(ace, aces_column::kObjectId, id);
+        aces_.Set(ace, aces_column::kSid, permission.sid);
+        aces_.Set(ace, aces_column::kAcm, permission.rights);
+        aces_.Set(ace, aces_column::kInheritable, false);
+        aces_.Rows().Insert(ace);
     }
 }
 
@@ -142,13 +144,7 @@ void ObjectList::Add(std::int32_t id, std::int32_t parent, std::string_view name
     table_.Set(record, kOwner, owners_.admin);
     table_.Set(record, kFlags, std::int32_t{0});
     object.row = table_.Rows().Insert(record);
-
-    try {
-        AddPermissions(id, PermissionsIn(parent));
-    } catch (...) {
-        table_.Rows().Delete(object.row);
-        throw;
-    }
+    AddPermissions(id, PermissionsIn(parent));
     ids_.emplace(Key(parent, name), static_cast<std::uint32_t>(id));
     objects_.emplace(static_cast<std::uint32_t>(id), std::move(object));
 }

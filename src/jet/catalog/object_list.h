@@ -46,7 +46,7 @@ public:
     [[nodiscard]] std::size_t Count() const noexcept { return objects_.size(); }
 
     /// Adds an object, made now, with the permissions that its container hands down. Its name is free. Throws
-    /// DatabaseFull, with nothing changed.
+    /// DatabaseFull.
     void Add(std::int32_t id, std::int32_t parent, std::string_view name, ObjectType type);
     /// The id that the next object without a page of its own gets.
     [[nodiscard]] std::int32_t NextSyntheticId() const;
@@ -57,6 +57,9 @@ public:
 
     [[nodiscard]] PropertyBlob Properties(std::int32_t id);
     void SetProperties(std::int32_t id, const PropertyBlob& properties);
+
+    /// To be called after pages have gone back to a savepoint.
+    void Reread();
 
     [[nodiscard]] SystemTable& ObjectRows() noexcept { return table_; }
     [[nodiscard]] SystemTable& PermissionRows() noexcept { return aces_; }

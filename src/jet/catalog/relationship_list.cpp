@@ -17,6 +17,15 @@ std::string RelationshipList::Key(std::string_view name) const
     return NameKey(*format_, name);
 }
 
+void RelationshipList::Reread()
+{
+    table_.Rows().Reread();
+    byName_.clear();
+    byTable_.clear();
+    byReferencedTable_.clear();
+    Load();
+}
+
 void RelationshipList::Load()
 {
     Record record;
@@ -97,15 +106,8 @@ Record RelationshipList::RowOf(const Relationship& relationship, std::size_t pai
 
 void RelationshipList::Add(Relationship relationship)
 {
-    std::vector<RowId> added;
-    try {
-        for (std::size_t pair = 0; pair < relationship.columns.size(); ++pair)
-            added.push_back(table_.Rows().Insert(RowOf(relationship, pair)));
-    } catch (...) {
-        for (const RowId row : added)
-            table_.Rows().Delete(row);
-        throw;
-    }
+    for (std::size_t pair = 0; pair < relationship.columns.size(); ++pair)
+        table_.Rows().Insert(RowOf(relationship, pair));
     Enter(relationship);
     std::string key = Key(relationship.name);
     byName_.emplace(std::move(key), std::move(relationship));

@@ -34,9 +34,11 @@ public:
     [[nodiscard]] std::vector<const Relationship*> ReferencedIn(std::string_view table) const;
     [[nodiscard]] std::vector<const Relationship*> All() const; ///< in the order of their names
 
-    /// Its name is free. Throws DatabaseFull, with nothing changed.
+    /// Its name is free. Throws DatabaseFull.
     void Add(Relationship relationship);
     void Remove(std::string_view name);
+    /// To be called after pages have gone back to a savepoint.
+    void Reread();
 
 private:
     /// Keys of a table's name and of the relation's.

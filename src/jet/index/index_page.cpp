@@ -1,6 +1,7 @@
 #include "jet/index/index_page.h"
 
 #include "jet/error.h"
+#include "jet/store/bitmap.h"
 
 #include <algorithm>
 #include <array>
@@ -53,11 +54,6 @@ std::uint64_t LoadHead(const Byte* at)
 {
     const std::uint64_t word = LoadWord(at);
     return std::endian::native == std::endian::little ? __builtin_bswap64(word) : word;
-}
-
-void SetBit(MutableBytes mask, std::size_t bit)
-{
-    mask[bit / 8] = static_cast<Byte>(mask[bit / 8] | 1U << bit % 8);
 }
 
 /// A page's mask in registers' size, to move its bits.
@@ -332,7 +328,7 @@ void IndexPageEditor::MakeEmpty(const MutablePageRef& page, const Format& format
 
 void IndexPageEditor::SetUsed(std::size_t used)
 {
-    StoreU16(page_.Data(), kFreeSpace, static_cast<std::uint16_t>(format_->indexPage.room - used));
+    StoreU16(page_.Data(kFreeSpace, 2), 0, static_cast<std::uint16_t>(format_->indexPage.room - used));
 }
 
 bool IndexPageEditor::Insert(const IndexPage& view, std::size_t place, ByteSpan entry)
@@ -344,19 +340,21 @@ bool IndexPageEditor::Insert(const IndexPage& view, std::size_t place, ByteSpan 
     const Format::IndexPageLayout& layout = format_->indexPage;
     const ByteSpan own = entry.subspan(prefixSize);
     const std::size_t used = view.used_;
-    Byte* const at = page_.Data().data() + layout.entries + place;
+    Byte* const at = page_.Data(layout.entries + place, used - place + own.size()).data();
     std::memmove(at + own.size(), at, used - place);
     std::memcpy(at, own.data(), own.size());
-    const MutableBytes mask = page_.Data().subspan(layout.mask, layout.maskSize);
     if (place != used) {
+        const MutableBytes mask = page_.Data(layout.mask, layout.maskSize);
         MaskWords words(mask);
         words.MoveUp(place, own.size());
         words.StoreTo(mask);
+        SetBit(mask, place + own.size());
+    } else {
+        const std::size_t end = used + own.size();
+        SetBit(page_.Data(layout.mask + end / 8, 1), end % 8);
     }
-    SetBit(mask, place + own.size());
     if (used == 0) // an empty page's prefix means nothing
-        std::fill_n(page_.Data().begin() + static_cast<std::ptrdiff_t>(layout.prefixLength), layout.prefixLengthSize,
-                    Byte{0});
+        std::ranges::fill(page_.Data(layout.prefixLength, layout.prefixLengthSize), Byte{0});
     SetUsed(used + own.size());
     return true;
 }
@@ -370,11 +368,11 @@ void IndexPageEditor::Remove(const IndexPage& view, std::size_t place)
         SetEntries({}, 0, 0, {});
         return;
     }
-    Byte* const at = page_.Data().data() + layout.entries + place;
+    Byte* const at = page_.Data(layout.entries + place, used - place).data();
     const std::size_t size = end - place;
     std::memmove(at, at + size, used - end);
-    std::memset(page_.Data().data() + layout.entries + used - size, 0, size);
-    const MutableBytes mask = page_.Data().subspan(layout.mask, layout.maskSize);
+    std::memset(at + used - end, 0, size);
+    const MutableBytes mask = page_.Data(layout.mask, layout.maskSize);
     MaskWords words(mask);
     words.MoveDown(place, size);
     words.StoreTo(mask);

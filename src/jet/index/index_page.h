@@ -118,9 +118,9 @@ public:
 
     [[nodiscard]] IndexPage View() const { return {page_, *format_}; }
 
-    void SetPrevious(PageNumber page) { StoreU32(page_.Data(), format_->indexPage.previous, page); }
-    void SetNext(PageNumber page) { StoreU32(page_.Data(), format_->indexPage.next, page); }
-    void SetTail(PageNumber page) { StoreU32(page_.Data(), format_->indexPage.tail, page); }
+    void SetPrevious(PageNumber page) { StoreU32(page_.Data(format_->indexPage.previous, 4), 0, page); }
+    void SetNext(PageNumber page) { StoreU32(page_.Data(format_->indexPage.next, 4), 0, page); }
+    void SetTail(PageNumber page) { StoreU32(page_.Data(format_->indexPage.tail, 4), 0, page); }
 
     /// Puts `entry` at `place` of `view`, which shows this page. False, and nothing changed, when it does not begin
     /// with the page's prefix or has no room.

@@ -56,7 +56,7 @@ public:
     static void MakeEmpty(const MutablePageRef& root, const Format& format, PageNumber definitionPage);
 
     /// Adds an entry that is not there yet; true when no other has the same key. Throws RecordTooLarge when the key is
-    /// longer than about half a page, DatabaseFull when there is no page for it; nothing has changed then.
+    /// longer than about half a page (nothing has changed then), DatabaseFull.
     bool Insert(ByteSpan key, RowId row);
     /// False when there is no such entry.
     bool Remove(ByteSpan key, RowId row);
@@ -79,7 +79,6 @@ private:
         bool isTail;
     };
     using Path = std::vector<Step>;
-    class NewPages;
 
     [[nodiscard]] const Format& GetFormat() const noexcept { return pager_->GetFormat(); }
     [[nodiscard]] IndexPage View(const PageRef& page) const { return {page, GetFormat()}; }
@@ -101,6 +100,7 @@ private:
     void RemovePage(const Path& path, std::size_t depth, PageNumber page);
     void JoinSibling(const Path& path, std::size_t depth, const NodeChildren& only);
     void TakeContentOf(PageNumber child);
+    [[nodiscard]] PageNumber NewPage();
     void Unlink(PageNumber page);
     void FreePage(PageNumber page);
     [[nodiscard]] std::pair<PageNumber, PageNumber> Neighbours(PageNumber page) const;

@@ -8,7 +8,7 @@
 /// What an insert or a removal does to the tree beyond one page.
 ///
 /// A page that overflows becomes several pieces. Their pages are allocated first and the parent is changed before they
-/// are written, so a database that runs full is noticed on the way up, before anything has changed.
+/// are written.
 ///
 /// No entry of a node is ever too small, so none is renamed in its place: a page's last piece takes over the entry that
 /// named the page, and what is removed leaves entries that are bounds.
@@ -32,36 +32,13 @@
 /// one is checked and ends with CorruptPage, not with an assert.
 namespace jet {
 
-/// Pages for a split, in the index's map. They go back unless Keep() is called.
-class IndexTree::NewPages {
-public:
-    explicit NewPages(IndexTree& tree) : tree_(&tree) {}
-    NewPages(const NewPages&) = delete;
-    NewPages& operator=(const NewPages&) = delete;
-    ~NewPages()
-    {
-        for (const PageNumber page : numbers_) {
-            try {
-                tree_->FreePage(page);
-            } catch (const Error&) {
-                // The error that brought us here is the one to report.
-            }
-        }
-    }
-
-    PageNumber Take()
-    {
-        const PageNumber page = tree_->pager_->Allocate().Number();
-        numbers_.push_back(page);
-        tree_->pages_.Add(page);
-        return page;
-    }
-    void Keep() noexcept { numbers_.clear(); }
-
-private:
-    IndexTree* tree_;
-    std::vector<PageNumber> numbers_;
-};
+/// A page for a split, in the index's map.
+PageNumber IndexTree::NewPage()
+{
+    const PageNumber page = pager_->Allocate().Number();
+    pages_.Add(page);
+    return page;
+}
 
 namespace {
 
@@ -125,7 +102,6 @@ void IndexTree::StorePage(const Path& path, std::size_t depth, PageNumber page, 
     assert(level != 0 || depth == path.size()); // T5
     for (const PagePiece& piece : pieces)
         RequireStorable(page, entries, piece, GetFormat());
-    NewPages fresh(*this);
     std::vector<PageNumber> numbers;
     const auto [previous, next] = Neighbours(page);
     if (pieces.size() == 1) {
@@ -134,7 +110,7 @@ void IndexTree::StorePage(const Path& path, std::size_t depth, PageNumber page, 
         NodeChildren children;
         for (const PagePiece& piece : pieces) {
             const bool stays = numbers.empty() && depth != 0;
-            numbers.push_back(stays ? page : fresh.Take());
+            numbers.push_back(stays ? page : NewPage());
             children.Add(piece.key, numbers.back());
         }
         if (depth == 0)
@@ -142,7 +118,6 @@ void IndexTree::StorePage(const Path& path, std::size_t depth, PageNumber page, 
         else
             ReplaceChildren(path, depth - 1, path[depth - 1].child, 1, children);
     }
-    fresh.Keep();
 
     for (std::size_t i = 0; i < pieces.size(); ++i) {
         const MutablePageRef ref = pager_->Write(numbers[i]);

@@ -198,19 +198,12 @@ public:
 
     [[nodiscard]] bool IsOneRow() const noexcept { return order_.size() == 1; }
 
-    /// Carries it out, the first row first; what fails midway is taken back.
+    /// Carries it out, the first row first.
     void Apply()
     {
         assert(order_.size() == changes_.size()); // I4
-        std::size_t done = 0;
-        try {
-            for (; done < order_.size(); ++done)
-                order_[done].first->Update(order_[done].second, changes_.at(order_[done]).after);
-        } catch (...) {
-            while (done-- > 0)
-                order_[done].first->Update(order_[done].second, changes_.at(order_[done]).before);
-            throw;
-        }
+        for (const auto& [table, row] : order_)
+            table->Update(row, changes_.at({table, row}).after);
     }
 
 private:

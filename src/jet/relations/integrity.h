@@ -29,9 +29,9 @@ public:
     void RemovePending(const PendingRecord& record) noexcept;
 
     /// Replaces the values of `row` and cascades a changed key. Throws RelatedRecords, RelatedRecordRequired, and what
-    /// Table::Update throws; nothing is changed then.
+    /// Table::Update throws.
     void UpdateRow(Table& table, RowId row, const Record& after);
-    /// Deletes all rows, and what cascades from them. Throws RelatedRecords; nothing is changed then.
+    /// Deletes all rows, and what cascades from them. Throws RelatedRecords.
     void DeleteAll(Table& table);
 
     /// Throws RelatedRecordRequired.

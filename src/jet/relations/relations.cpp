@@ -197,17 +197,10 @@ void CreateRelation(Catalog& catalog, const RelationSpec& spec)
     sides.parentIndex = FindReferencedIndex(*sides.parent, sides.parentColumns);
     CheckNameAndLimits(catalog, sides, spec);
     CheckRows(sides);
-
-    const Relationship relationship = RowsOf(sides, spec);
-    try {
-        AddIndexEntries(sides, spec);
-        catalog.Relationships().Add(relationship);
-        ObjectList& objects = catalog.Objects();
-        objects.Add(objects.NextSyntheticId(), kRelationshipsContainer, spec.name, ObjectType::Relation);
-    } catch (...) {
-        RemoveRelation(catalog, relationship); // as far as it has come
-        throw;
-    }
+    AddIndexEntries(sides, spec);
+    catalog.Relationships().Add(RowsOf(sides, spec));
+    ObjectList& objects = catalog.Objects();
+    objects.Add(objects.NextSyntheticId(), kRelationshipsContainer, spec.name, ObjectType::Relation);
     NoteBoth(catalog, *sides.child, *sides.parent);
 }
 

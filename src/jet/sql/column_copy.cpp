@@ -11,46 +11,6 @@ namespace jet::sql {
 
 namespace {
 
-/// The values that rows had, one after another in the order of the rows: much less than a record for each.
-class OldValues {
-public:
-    void Append(std::optional<ByteSpan> value)
-    {
-        log_.resize(log_.size() + kLengthSize);
-        StoreU32(log_, log_.size() - kLengthSize, value ? static_cast<std::uint32_t>(value->size()) : kNullLength);
-        if (value)
-            AppendBytes(log_, *value);
-        ++count_;
-    }
-
-    /// Takes the values back one by one, from the first.
-    void Replay(Table& table, ReferentialIntegrity& integrity, std::size_t target) const
-    {
-        Record record;
-        std::size_t at = 0;
-        std::optional<RowId> row = table.NextRow(std::nullopt);
-        for (std::size_t i = 0; i < count_ && row; ++i, row = table.NextRow(row)) {
-            const std::uint32_t length = LoadU32(log_, at);
-            at += kLengthSize;
-            table.Read(*row, record);
-            if (length == kNullLength) {
-                record.SetNull(target);
-            } else {
-                record.SetStored(target, ByteSpan(log_).subspan(at, length));
-                at += length;
-            }
-            integrity.UpdateRow(table, *row, record);
-        }
-    }
-
-private:
-    static constexpr std::size_t kLengthSize = 4;
-    static constexpr std::uint32_t kNullLength = 0xFFFFFFFF;
-
-    Bytes log_;
-    std::size_t count_ = 0;
-};
-
 /// Sets `target` of `record` from `source` of the same record.
 class Converter {
 public:
@@ -96,22 +56,10 @@ void CopyColumnValues(Table& table, ReferentialIntegrity& integrity, std::size_t
 {
     Record record;
     Converter converter(table, target, source);
-    OldValues old;
-    try {
-        Bytes before; // the record's own bytes move when it is converted
-        for (auto row = table.NextRow(std::nullopt); row; row = table.NextRow(row)) {
-            table.Read(*row, record);
-            const std::optional<ByteSpan> had = record.Stored(target);
-            const bool wasNull = !had;
-            if (had)
-                before.assign(had->begin(), had->end());
-            converter.Convert(record);
-            integrity.UpdateRow(table, *row, record);
-            old.Append(wasNull ? std::nullopt : std::optional<ByteSpan>(before));
-        }
-    } catch (...) {
-        old.Replay(table, integrity, target);
-        throw;
+    for (auto row = table.NextRow(std::nullopt); row; row = table.NextRow(row)) {
+        table.Read(*row, record);
+        converter.Convert(record);
+        integrity.UpdateRow(table, *row, record);
     }
 }
 

@@ -1,5 +1,6 @@
 #include "jet/sql/executor.h"
 
+#include "jet/catalog/savepoint.h"
 #include "jet/error.h"
 #include "jet/relations/relations.h"
 #include "jet/sql/column_copy.h"
@@ -8,12 +9,9 @@ namespace jet::sql {
 
 void Executor::Run(const Statement& statement)
 {
-    try {
-        std::visit([&](const auto& one) { Execute(one); }, statement);
-    } catch (...) {
-        catalog_.NoteFailure();
-        throw;
-    }
+    Savepoint savepoint(catalog_);
+    std::visit([&](const auto& one) { Execute(one); }, statement);
+    savepoint.Release();
 }
 
 std::shared_ptr<Table> Executor::TableToAlter(std::string_view name)

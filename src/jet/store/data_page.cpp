@@ -128,16 +128,18 @@ std::uint8_t DataPageEditor::Append(std::size_t size, SlotState state)
     const DataPage view = View();
     const std::size_t slot = view.SlotCount();
     const std::size_t begin = view.End(slot) - size;
-    StoreU16(page_.Data(), view.SlotsEnd(), static_cast<std::uint16_t>(begin | FlagsOf(state)));
-    StoreU16(page_.Data(), format_->dataPage.rowCount, static_cast<std::uint16_t>(slot + 1));
-    StoreU16(page_.Data(), kFreeBytes, static_cast<std::uint16_t>(begin - view.SlotsEnd() - kSlotSize));
+    const std::size_t slotAt = view.SlotsEnd();
+    const MutableBytes head = page_.Data(0, slotAt + kSlotSize);
+    StoreU16(head, slotAt, static_cast<std::uint16_t>(begin | FlagsOf(state)));
+    StoreU16(head, format_->dataPage.rowCount, static_cast<std::uint16_t>(slot + 1));
+    StoreU16(head, kFreeBytes, static_cast<std::uint16_t>(begin - slotAt - kSlotSize));
     return static_cast<std::uint8_t>(slot);
 }
 
 MutableBytes DataPageEditor::RowBytes(std::size_t slot)
 {
     const ByteSpan row = View().Row(slot);
-    return page_.Data().subspan(static_cast<std::size_t>(row.data() - page_.Data().data()), row.size());
+    return page_.Data(static_cast<std::size_t>(row.data() - page_.Bytes().data()), row.size());
 }
 
 bool DataPageEditor::Resize(std::size_t slot, std::size_t size)
@@ -153,18 +155,21 @@ bool DataPageEditor::Resize(std::size_t slot, std::size_t size)
     const std::size_t lowest = view.End(view.SlotCount());
     const std::size_t kept =
         begin + std::min(size, oldSize) - lowest; // this row's bytes that stay, and the rows below it
-    Byte* const data = page_.Data().data();
-    std::memmove(data + lowest + oldSize - size, data + lowest, kept);
+    const std::size_t end = view.End(slot);
+    const std::size_t first = std::min(lowest, lowest + oldSize - size);
+    Byte* const rows = page_.Data(first, end - first).data() - first; // by offset in the page
+    std::memmove(rows + lowest + oldSize - size, rows + lowest, kept);
     if (size > oldSize)
-        std::fill_n(data + view.End(slot) - (size - oldSize), size - oldSize, Byte{0});
+        std::fill_n(rows + end - (size - oldSize), size - oldSize, Byte{0});
     else
-        std::fill_n(data + lowest, oldSize - size, Byte{0});
+        std::fill_n(rows + lowest, oldSize - size, Byte{0});
 
-    for (std::size_t i = slot; i < view.SlotCount(); ++i) {
-        const std::size_t at = format_->dataPage.slots + kSlotSize * i;
-        StoreU16(page_.Data(), at, static_cast<std::uint16_t>(LoadU16(page_.Bytes(), at) + oldSize - size));
-    }
-    StoreU16(page_.Data(), kFreeBytes, static_cast<std::uint16_t>(view.FreeBytes()));
+    const std::size_t slots = format_->dataPage.slots;
+    const MutableBytes head = page_.Data(0, slots + kSlotSize * view.SlotCount());
+    for (std::size_t i = slot; i < view.SlotCount(); ++i)
+        StoreU16(head, slots + kSlotSize * i,
+                 static_cast<std::uint16_t>(LoadU16(head, slots + kSlotSize * i) + oldSize - size));
+    StoreU16(head, kFreeBytes, static_cast<std::uint16_t>(view.FreeBytes()));
     return true;
 }
 
@@ -172,7 +177,8 @@ void DataPageEditor::SetState(std::size_t slot, SlotState state)
 {
     assert(slot < View().SlotCount());
     const std::size_t at = format_->dataPage.slots + kSlotSize * slot;
-    StoreU16(page_.Data(), at, static_cast<std::uint16_t>((LoadU16(page_.Bytes(), at) & ~kStateMask) | FlagsOf(state)));
+    const MutableBytes entry = page_.Data(at, kSlotSize);
+    StoreU16(entry, 0, static_cast<std::uint16_t>((LoadU16(entry, 0) & ~kStateMask) | FlagsOf(state)));
 }
 
 void DataPageEditor::Delete(std::size_t slot)

@@ -31,6 +31,8 @@ public:
     [[nodiscard]] virtual std::filesystem::path Resolve(const std::filesystem::path& path) = 0;
     /// Do the folder's rights allow to remove `file`, and to put another one in its place?
     [[nodiscard]] virtual bool MayReplace(const std::filesystem::path& file) = 0;
+    /// An empty file that nobody else can see and that is gone when it is closed, for reading and writing.
+    [[nodiscard]] virtual std::unique_ptr<File> OpenTemporary() = 0;
     /// What other users are told this computer is called; may be empty.
     [[nodiscard]] virtual std::string ComputerName() { return {}; }
 };

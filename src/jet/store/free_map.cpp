@@ -103,6 +103,7 @@ void FreeMap::Load()
         SetBit(bits_, bit);
     ClearBit(bits_, kHeaderPage);
     ClearBit(bits_, kGlobalMapPage);
+    hint_ = 0;
     loaded_ = true;
 }
 
@@ -218,14 +219,8 @@ void FreeMap::ConvertToReference(PageNumber page)
     ExtendTo(parts * format_->usageMap.bitsPerPage);
 
     std::vector<PageNumber> taken;
-    try {
-        while (taken.size() < parts)
-            taken.push_back(TakeForMap());
-    } catch (const Error&) {
-        for (const PageNumber one : taken)
-            SetBit(bits_, one);
-        throw;
-    }
+    while (taken.size() < parts)
+        taken.push_back(TakeForMap());
 
     DataPageEditor editor(cache_->Write(record_.page), *format_);
     const std::size_t size = std::max(format_->usageMap.recordSize, kReferenceMapEntries + 4 * parts);
@@ -294,7 +289,7 @@ void FreeMap::Store(PageNumber page)
     }
     assert(IsCovered(page)); // F3, F7
     const std::size_t bit = page % format_->usageMap.bitsPerPage;
-    cache_->Write(bitmapPages_[PartOf(page)]).Data()[kBitmapPageBits + bit / 8] = byte;
+    cache_->Write(bitmapPages_[PartOf(page)]).Data(kBitmapPageBits + bit / 8, 1)[0] = byte;
 }
 
 } // namespace jet

@@ -24,6 +24,8 @@ public:
     /// Throws CorruptPage when the page is outside the file, free, or one that always stands.
     void Give(PageNumber page);
     [[nodiscard]] bool Contains(PageNumber page);
+    /// The pages have become what they were before: the map is read anew at its next use.
+    void Forget() noexcept { loaded_ = false; }
 
 private:
     [[nodiscard]] std::size_t Covered() const noexcept { return bits_.size() * 8; }

@@ -125,7 +125,7 @@ void Journal::Begin(File& database, const Format& format, PageNumber pageCount)
     const std::filesystem::path path = fmt::PathFor(databasePath_);
     if (system_.Exists(path)) // one that is done with and could not be removed
         system_.Remove(path);
-    file_ = system_.Open(path, OpenMode::CreateNew);
+    std::unique_ptr<File> file = system_.Open(path, OpenMode::CreateNew);
     // It holds the database's content, which not everybody may read.
     system_.CopyRights(databasePath_, path);
 
@@ -133,19 +133,19 @@ void Journal::Begin(File& database, const Format& format, PageNumber pageCount)
     format_ = &format;
     pageCount_ = pageCount;
     salt_ = NewSalt();
-    records_ = syncedRecords_ = 0;
-    mayBeOverwritten_ = false;
-    end_ = 0;
+    safeRecords_ = 0;
+    safeEnd_ = 0;
+    mayBeOverwritten_ = isMarked_ = false;
     held_.assign(pageCount / 8 + 1, 0);
 
     std::array<Byte, kHeaderSize> start{};
     database.ReadAt(0, start);
-    buffer_ = fmt::Store({.pageSize = static_cast<std::uint32_t>(format.pageSize),
+    header_ = fmt::Store({.pageSize = static_cast<std::uint32_t>(format.pageSize),
                           .pageCount = pageCount,
                           .commitCounter = LoadCounter(database, format),
                           .salt = salt_,
                           .identity = fmt::IdentityOf(start)});
-    Append(kHeaderPage);
+    file_ = std::move(file);
 }
 
 bool Journal::Holds(PageNumber page) const noexcept
@@ -159,9 +159,7 @@ void Journal::Append(PageNumber page)
     buffer_.resize(at + fmt::kRecordHeaderSize + format_->pageSize);
     const MutableBytes record = MutableBytes(buffer_).subspan(at);
     database_->ReadAt(std::uint64_t{page} * format_->pageSize, record.subspan(fmt::kRecordHeaderSize));
-    fmt::Seal(record, {page, syncedRecords_}, salt_);
-    SetBit(held_, page);
-    ++records_;
+    fmt::Seal(record, {page, safeRecords_}, salt_);
     if (buffer_.size() >= kBufferSize)
         Flush();
 }
@@ -173,20 +171,37 @@ void Journal::Flush()
     buffer_.clear();
 }
 
+/// One batch. Until all of it is safe nothing of it counts: one that fails is written over by the next.
 void Journal::Keep(std::span<const PageNumber> pages)
 {
+    const bool isFirst = safeEnd_ == 0;
+    end_ = safeEnd_;
+    buffer_.clear();
+    if (isFirst) {
+        buffer_ = header_;
+        Append(kHeaderPage);
+    }
+    const auto belongs = [&](PageNumber page) { return !Holds(page) && !(isFirst && page == kHeaderPage); };
     for (const PageNumber page : pages)
-        if (!Holds(page))
+        if (belongs(page))
             Append(page);
     if (!buffer_.empty())
         Flush();
     file_->Sync();
-    syncedRecords_ = records_;
-    if (mayBeOverwritten_)
-        return;
-    system_.SyncFolder(databasePath_);
+    if (isFirst)
+        system_.SyncFolder(databasePath_);
+
+    SetBit(held_, kHeaderPage);
+    for (const PageNumber page : pages)
+        if (page < pageCount_)
+            SetBit(held_, page);
+    safeEnd_ = end_;
+    safeRecords_ =
+        static_cast<std::uint32_t>((safeEnd_ - fmt::kHeaderSize) / (fmt::kRecordHeaderSize + format_->pageSize));
     mayBeOverwritten_ = true;
-    MarkWriteUnderWay(*database_, *format_);
+    if (!isMarked_)
+        MarkWriteUnderWay(*database_, *format_);
+    isMarked_ = true;
 }
 
 // ---- The end of it --------------------------------------------------------------------------------------------------

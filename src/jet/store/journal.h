@@ -22,18 +22,21 @@ public:
     /// Has a file been made since the last commit?
     [[nodiscard]] bool IsActive() const noexcept { return file_ != nullptr; }
     /// Makes the file for `database`, which has `pageCount` pages as of its last commit. Before anything in it is
-    /// overwritten, Keep must return.
+    /// overwritten, Keep must return. When it throws, nothing has begun.
     void Begin(File& database, const Format& format, PageNumber pageCount);
     /// What `page` held at the last commit is on the disk, or it was not there. Begin() came before.
     [[nodiscard]] bool Holds(PageNumber page) const noexcept;
-    /// Brings what `pages`, none of which it holds yet, have in the file to the disk: they may be overwritten when this
-    /// returns.
+    /// Brings what `pages`, ascending, none of which it holds yet, have in the file to the disk: they may be
+    /// overwritten when this returns. When it throws, it holds none of them, and may be asked again.
     void Keep(std::span<const PageNumber> pages);
 
     /// Everything of a commit is on the disk: this is the moment at which it counts.
     void Finish();
     /// Puts the database back to its last commit. When it throws, the next one who opens the database does that.
     void RollBack();
+
+    /// A file without a name for what need not outlive the process.
+    [[nodiscard]] std::unique_ptr<File> MakeTemporary() const { return system_.OpenTemporary(); }
 
 private:
     void Append(PageNumber page);
@@ -46,10 +49,12 @@ private:
     const Format* format_ = nullptr;
     PageNumber pageCount_ = 0;
     std::uint64_t salt_ = 0;
-    std::uint32_t records_ = 0;
-    std::uint32_t syncedRecords_ = 0;
-    bool mayBeOverwritten_ = false; ///< the database no longer is what it was
-    std::uint64_t end_ = 0;         ///< bytes written
+    Bytes header_;
+    std::uint32_t safeRecords_ = 0; ///< known to be on the disk
+    std::uint64_t safeEnd_ = 0;     ///< the end of them in the file; 0 = not even the header is
+    bool mayBeOverwritten_ = false; ///< the database may no longer be what it was
+    bool isMarked_ = false;         ///< and says so itself
+    std::uint64_t end_ = 0;         ///< bytes written, those of a batch under way included
     Bytes buffer_;                  ///< to be written at end_
     Bytes held_;                    ///< bit p = page p is held
 };

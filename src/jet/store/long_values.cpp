@@ -177,16 +177,10 @@ MutablePageRef LongValues::PageWithRoom(std::size_t size)
     }
 
     MutablePageRef page = pager_->Allocate();
-    try {
-        DataPageEditor::MakeEmpty(page, pager_->GetFormat(), kLongValueOwner);
-        owned_.Add(page.Number());
-        if (HasFreeSpaceMap())
-            freeSpace_.Add(page.Number());
-    } catch (const Error&) {
-        owned_.Remove(page.Number());
-        pager_->Free(page.Number());
-        throw;
-    }
+    DataPageEditor::MakeEmpty(page, pager_->GetFormat(), kLongValueOwner);
+    owned_.Add(page.Number());
+    if (HasFreeSpaceMap())
+        freeSpace_.Add(page.Number());
     lastPage_ = page.Number();
     return page;
 }
@@ -208,36 +202,28 @@ bool LongValues::HasRoom(PageNumber page, std::size_t size)
 void LongValues::WriteChain(ByteSpan value, Bytes& field)
 {
     const Format& format = pager_->GetFormat();
-    std::vector<PageNumber> pages;
-    pages.reserve(value.size() / format.longPartSize + 1);
-    try {
-        MutablePageRef page = NewChainPage(pages);
-        // Jet 4 wants a number that is not 0 and the same in field and first page; that page's own is at hand.
-        const std::uint32_t tag = format.version == JetVersion::Jet4 ? page.Number() : 0;
-        if (tag != 0)
-            StoreU32(page.Data(), kLongValueTag, tag);
-        for (std::size_t at = 0; at < value.size();) {
-            const ByteSpan part = value.subspan(at, std::min(format.longPartSize, value.size() - at));
-            at += part.size();
-            const MutablePageRef next = at < value.size() ? NewChainPage(pages) : MutablePageRef();
-            DataPageEditor editor(page, format);
-            const MutableBytes record = editor.RowBytes(editor.Append(kRowPointerSize + part.size()));
-            StoreU32(record, 0, next ? RowId{next.Number(), 0}.Pointer() : 0);
-            std::ranges::copy(part, record.begin() + kRowPointerSize);
-            page = next;
-        }
-        AppendHeader(field, kChain, value.size(), RowId{pages.front(), 0}, tag);
-    } catch (const Error&) {
-        for (const PageNumber number : pages)
-            GiveBack(number);
-        throw;
+    MutablePageRef page = NewChainPage();
+    const PageNumber first = page.Number();
+    // Jet 4 wants a number that is not 0 and the same in field and first page; that page's own is at hand.
+    const std::uint32_t tag = format.version == JetVersion::Jet4 ? first : 0;
+    if (tag != 0)
+        StoreU32(page.Data(kLongValueTag, 4), 0, tag);
+    for (std::size_t at = 0; at < value.size();) {
+        const ByteSpan part = value.subspan(at, std::min(format.longPartSize, value.size() - at));
+        at += part.size();
+        const MutablePageRef next = at < value.size() ? NewChainPage() : MutablePageRef();
+        DataPageEditor editor(page, format);
+        const MutableBytes record = editor.RowBytes(editor.Append(kRowPointerSize + part.size()));
+        StoreU32(record, 0, next ? RowId{next.Number(), 0}.Pointer() : 0);
+        std::ranges::copy(part, record.begin() + kRowPointerSize);
+        page = next;
     }
+    AppendHeader(field, kChain, value.size(), RowId{first, 0}, tag);
 }
 
-MutablePageRef LongValues::NewChainPage(std::vector<PageNumber>& pages)
+MutablePageRef LongValues::NewChainPage()
 {
     MutablePageRef page = pager_->Allocate();
-    pages.push_back(page.Number());
     DataPageEditor::MakeEmpty(page, pager_->GetFormat(), kLongValueOwner);
     owned_.Add(page.Number());
     return page;

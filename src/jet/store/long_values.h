@@ -6,7 +6,6 @@
 
 #include <cstdint>
 #include <optional>
-#include <vector>
 
 namespace jet {
 
@@ -40,7 +39,7 @@ private:
     void WriteChain(ByteSpan value, Bytes& field);
     [[nodiscard]] MutablePageRef PageWithRoom(std::size_t size);
     [[nodiscard]] bool HasRoom(PageNumber page, std::size_t size);
-    [[nodiscard]] MutablePageRef NewChainPage(std::vector<PageNumber>& pages);
+    [[nodiscard]] MutablePageRef NewChainPage();
     void DeleteRecord(RowId id);
     void GiveBack(PageNumber page);
 

@@ -10,12 +10,20 @@ namespace {
 constexpr std::size_t kMinFrames = 32;
 /// Pages written in one go: enough that the system's cost for each call and block no longer shows.
 constexpr PageNumber kMaxRun = 32;
+/// The undo log's share of the cache's budget.
+constexpr std::size_t kUndoShare = 8;
+
+UndoLog::MakeFile TemporaryFiles(const Journal* journal)
+{
+    return journal == nullptr ? UndoLog::MakeFile() : [journal] { return journal->MakeTemporary(); };
+}
 
 } // namespace
 
 PageCache::PageCache(File& file, Journal* journal, const Format& format, PageNumber pageCount, std::size_t budgetBytes)
     : file_(&file), journal_(journal), format_(&format), pageSize_(format.pageSize), committedPages_(pageCount),
-      pageCount_(pageCount), maxFrames_(std::max(budgetBytes / format.pageSize, kMinFrames)), table_(pageCount)
+      pageCount_(pageCount), fileEnd_(pageCount), maxFrames_(std::max(budgetBytes / format.pageSize, kMinFrames)),
+      table_(pageCount), undo_(format.pageSize, maxFrames_ * format.pageSize / kUndoShare, TemporaryFiles(journal))
 {
 }
 
@@ -24,14 +32,16 @@ MutablePageRef PageCache::Fresh(PageNumber page)
     if (page >= table_.size())
         table_.resize(std::max<std::size_t>(std::size_t{page} + 1, table_.size() * 2));
     Frame* frame = table_[page];
-    if (frame == nullptr) {
+    if (frame == nullptr && undo_.IsOpen() && page < undo_.PageCount()) {
+        frame = Load(page); // a free page, but what it holds belongs to the savepoint
+    } else if (frame == nullptr) {
         frame = &FreeFrame();
         Enter(*frame, page);
     }
-    std::fill_n(frame->data.get(), pageSize_, Byte{0});
-    frame->Change();
+    MutablePageRef ref(frame);
+    std::ranges::fill(ref.Data(), Byte{0});
     pageCount_ = std::max(pageCount_, page + 1);
-    return MutablePageRef(frame);
+    return ref;
 }
 
 Frame* PageCache::Load(PageNumber page)
@@ -39,12 +49,9 @@ Frame* PageCache::Load(PageNumber page)
     if (page >= pageCount_)
         throw CorruptPage(page, "it is referred to, but the file has only " + std::to_string(pageCount_) + " pages");
     Frame& frame = FreeFrame();
-    try {
-        OnFile([&] { file_->ReadAt(std::uint64_t{page} * pageSize_, {frame.data.get(), pageSize_}); });
-    } catch (...) {
-        unused_.push_back(&frame);
-        throw;
-    }
+    unused_.push_back(&frame); // where it stays when the page cannot be read
+    file_->ReadAt(std::uint64_t{page} * pageSize_, {frame.data.get(), pageSize_});
+    unused_.pop_back();
     Enter(frame, page);
     return &frame;
 }
@@ -54,23 +61,41 @@ Frame& PageCache::FreeFrame()
 {
     if (!unused_.empty()) {
         Frame* frame = unused_.back();
+        if (!frame->data) // the memory that it did not get when it was made
+            frame->data = std::make_unique_for_overwrite<Byte[]>(pageSize_);
         unused_.pop_back();
         return *frame;
     }
     if (frames_.size() >= maxFrames_)
-        if (Frame* victim = Victim()) {
-            if (victim->dirty)
-                WriteRun(victim->number, false);
+        if (Frame* victim = Victim(); victim != nullptr && (!victim->dirty || IsWrittenForRoom(*victim))) {
             table_[victim->number] = nullptr;
             return *victim;
         }
     if (unused_.capacity() <= frames_.size()) // so that giving a frame back cannot fail
         unused_.reserve(2 * frames_.size() + kMinFrames);
     Frame& frame = frames_.emplace_back();
-    frame.data = std::make_unique_for_overwrite<Byte[]>(pageSize_);
+    unused_.push_back(&frame); // no memory for the page itself would leave it behind
+    frame.undo = &undo_;
     frame.size = pageSize_;
     frame.changed = &changed_;
+    frame.data = std::make_unique_for_overwrite<Byte[]>(pageSize_);
+    unused_.pop_back();
     return frame;
+}
+
+/// Writes a page whose frame is wanted. Going back to a savepoint goes on when it cannot be written (invariant 6).
+bool PageCache::IsWrittenForRoom(const Frame& victim)
+{
+    if (!isRollingBack_) {
+        WriteRun(victim.number, false);
+        return true;
+    }
+    try {
+        WriteRun(victim.number, false);
+        return true;
+    } catch (const Error&) {
+        return false;
+    }
 }
 
 /// The next frame that can be taken, nullptr when every page is held.
@@ -119,10 +144,11 @@ PageNumber PageCache::WriteRun(PageNumber page, bool heldToo)
 void PageCache::WriteToFile(PageNumber page, ByteSpan pages)
 {
     ThrowIfFailed();
-    OnFile([&] {
-        KeepOld(page, page + static_cast<PageNumber>(pages.size() / pageSize_));
-        file_->WriteAt(std::uint64_t{page} * pageSize_, pages);
-    });
+    const PageNumber end = page + static_cast<PageNumber>(pages.size() / pageSize_);
+    KeepOld(page, end);
+    hasWritten_ = hasWrittenSince_ = true;
+    fileEnd_ = std::max(fileEnd_, end);
+    file_->WriteAt(std::uint64_t{page} * pageSize_, pages);
 }
 
 /// Before the pages from `begin` to `end`, which lies behind, are overwritten, the journal must hold them. As that
@@ -154,32 +180,83 @@ void PageCache::CollectChanged()
     std::ranges::sort(changedPages_);
 }
 
-/// Runs `operation`; when it throws, the file is not touched any more.
-template <typename Operation>
-void PageCache::OnFile(const Operation& operation)
-{
-    try {
-        operation();
-    } catch (const Error& error) {
-        Fail(error);
-        throw;
-    }
-}
-
-void PageCache::Fail(const Error& reason)
+void PageCache::Fail(std::exception_ptr reason) noexcept
 {
     if (!failure_)
-        failure_.emplace(reason);
+        failure_ = std::move(reason);
 }
 
 void PageCache::ThrowIfFailed() const
 {
     if (failure_)
-        throw Error(*failure_);
+        std::rethrow_exception(failure_);
+}
+
+// ---- The savepoint --------------------------------------------------------------------------------------------------
+
+void PageCache::SetSavepoint()
+{
+    ThrowIfFailed();
+    undo_.Begin(pageCount_);
+    hasWrittenSince_ = false;
+}
+
+bool PageCache::RollBack() noexcept
+{
+    const bool hasChanged = !undo_.IsEmpty() || pageCount_ != undo_.PageCount();
+    isRollingBack_ = true;
+    try {
+        PutBack();
+    } catch (...) {
+        Fail(std::current_exception());
+    }
+    isRollingBack_ = false;
+    undo_.End();
+    return hasChanged;
+}
+
+void PageCache::PutBack()
+{
+    for (PageNumber page = undo_.PageCount(); page < pageCount_; ++page)
+        Drop(page);
+    pageCount_ = undo_.PageCount();
+    undo_.VisitBackwards([this](const UndoLog::Piece& piece) {
+        Frame* frame = Fetch(piece.page);
+        std::ranges::copy(piece.bytes, frame->data.get() + piece.offset);
+        // Of a page that was not dirty the file still holds what it holds again, unless pages have been written.
+        frame->dirty = false;
+        if (piece.wasDirty || hasWrittenSince_)
+            frame->Change();
+    });
+}
+
+/// Forgets a page that is no more.
+void PageCache::Drop(PageNumber page) noexcept
+{
+    Frame* frame = table_[page];
+    if (frame == nullptr)
+        return;
+    assert(frame->pins == 0);
+    frame->dirty = false;
+    table_[page] = nullptr;
+    unused_.push_back(frame);
+}
+
+// ---- Commit ---------------------------------------------------------------------------------------------------------
+
+bool PageCache::HasChanges() const noexcept
+{
+    if (hasWritten_)
+        return true;
+    for (const Frame* frame = changed_.first; frame != nullptr; frame = frame->next)
+        if (frame->dirty)
+            return true;
+    return false;
 }
 
 void PageCache::WriteBack()
 {
+    assert(!undo_.IsOpen());
     ThrowIfFailed();
     CollectChanged();
     const std::vector<PageNumber> pages = std::exchange(changedPages_, {}); // writing collects anew, for the journal
@@ -187,7 +264,11 @@ void PageCache::WriteBack()
     for (const PageNumber page : pages)
         if (page >= written)
             written = WriteRun(page, true);
-    OnFile([this] { file_->Sync(); });
+    if (fileEnd_ > pageCount_) { // invariant 7
+        file_->Truncate(std::uint64_t{pageCount_} * pageSize_);
+        fileEnd_ = pageCount_;
+    }
+    file_->Sync();
 }
 
 void PageCache::WriteBackHeader()
@@ -195,14 +276,15 @@ void PageCache::WriteBackHeader()
     Frame& header = *table_[kHeaderPage];
     WriteToFile(kHeaderPage, {header.data.get(), pageSize_});
     header.dirty = false;
-    OnFile([this] { file_->Sync(); });
+    file_->Sync();
 }
 
 void PageCache::EndCommit()
 {
     if (journal_ != nullptr && journal_->IsActive())
-        OnFile([this] { journal_->Finish(); });
+        journal_->Finish();
     committedPages_ = pageCount_;
+    hasWritten_ = false;
     while (changed_.first != nullptr) {
         changed_.first->isListed = false;
         changed_.first = changed_.first->next;

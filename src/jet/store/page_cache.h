@@ -4,11 +4,13 @@
 #include "jet/error.h"
 #include "jet/store/file.h"
 #include "jet/store/journal.h"
+#include "jet/store/undo_log.h"
 
+#include <cassert>
 #include <cstddef>
 #include <deque>
+#include <exception>
 #include <memory>
-#include <optional>
 #include <utility>
 #include <vector>
 
@@ -24,6 +26,7 @@ struct ChangedFrames {
 /// One page in memory.
 struct Frame {
     std::unique_ptr<Byte[]> data;
+    UndoLog* undo = nullptr; ///< told of what is about to be changed
     std::size_t size = 0;
     PageNumber number = 0;
     std::uint32_t pins = 0;
@@ -77,15 +80,20 @@ protected:
 };
 
 /// A page that may be changed: it is written at the next commit, or before when memory runs short. May be kept across
-/// commits; what Data() gave before one may not.
+/// commits and savepoints; what Data() gave before one may not.
 class MutablePageRef : public PageRef {
 public:
     MutablePageRef() = default;
-    [[nodiscard]] MutableBytes Data() const noexcept
+    /// `size` bytes at `offset`, which may be changed, and no others. Throws DiskFull, DiskError.
+    [[nodiscard]] MutableBytes Data(std::size_t offset, std::size_t size) const
     {
+        assert(offset + size <= frame_->size);
+        frame_->undo->Note(frame_->number, frame_->data.get(), offset, size, frame_->dirty); // invariant 5
         frame_->Change();
-        return {frame_->data.get(), frame_->size};
+        return {frame_->data.get() + offset, size};
     }
+    /// The whole page.
+    [[nodiscard]] MutableBytes Data() const { return Data(0, frame_->size); }
 
 private:
     friend class PageCache;
@@ -97,9 +105,24 @@ private:
 /// together. A page that is pinned stays, budget or not. A commit looks at the pages changed since the last one only,
 /// however large the file and the memory are.
 ///
-/// Pages may have to be written between two commits. What they held at the last one is then in the journal before. Once
-/// the file has failed, nobody knows what is in it: nothing more is written, and everything that tries throws what was
-/// thrown then.
+/// Between two commits pages may have to be written, so two things are kept that differ in what they are for: the
+/// journal, on the disk, holds what pages held at the last commit, for whoever comes after a crash; the undo log holds
+/// what they held at the savepoint, for a statement that fails. Cache and journal rely on this:
+///
+///   1. A frame that is not dirty holds what the file holds. A write that fails leaves its frames dirty, so it has lost
+///      nothing, whatever part of it has reached the file.
+///   2. No page that the file had at the last commit is overwritten before the journal holds what it had then; and the
+///      journal holds it only once that is safe on the disk. A batch that fails half way counts for nothing.
+///   3. Pages that the file did not have at the last commit need no journal: going back cuts them off. So nothing at
+///      all, not even such a page, is written before the journal has noted how many pages there were.
+///   4. Page 0 is written last in a commit, and never before: until then the file says of itself, by the counter that
+///      the journal has set in it, that it is in the midst of a write.
+///   5. While a savepoint is set, no byte of a page that was there when it was set is changed before the undo log has
+///      it. Pages behind the end of that time are new: they need no log, and going back to the savepoint drops them.
+///   6. Going back to a savepoint needs no room on the disk: what was evicted meanwhile and cannot make another page
+///      leave gets memory beyond the budget.
+///   7. The file may for a while be longer than PageCount(), by pages that were written and then dropped; the next
+///      commit cuts it.
 class PageCache {
 public:
     /// `journal` may be null: then what was not committed is lost, and so is what it has overwritten.
@@ -112,17 +135,22 @@ public:
     /// Throws CorruptPage when `page` lies outside the file.
     [[nodiscard]] PageRef Read(PageNumber page) { return PageRef(Fetch(page)); }
     /// The same, to be changed.
-    [[nodiscard]] MutablePageRef Write(PageNumber page)
-    {
-        Frame* frame = Fetch(page);
-        frame->Change();
-        return MutablePageRef(frame);
-    }
+    [[nodiscard]] MutablePageRef Write(PageNumber page) { return MutablePageRef(Fetch(page)); }
     /// `page`, all zero whatever the file holds there; the file grows when the page lies behind its end.
     [[nodiscard]] MutablePageRef Fresh(PageNumber page);
 
+    // The savepoint: there is one at a time. Nobody holds a page when it is set, released or gone back to, except
+    // pages that are never changed while there is one.
+
+    /// Throws what Fail() was given.
+    void SetSavepoint();
+    void ReleaseSavepoint() noexcept { undo_.End(); }
+    /// Makes all pages what they were at the savepoint, which is gone then. False when none had been changed. When the
+    /// disk prevents it, that counts as Fail().
+    bool RollBack() noexcept;
+
     /// Has a page been changed since the last commit?
-    [[nodiscard]] bool HasChanges() const noexcept { return changed_.first != nullptr; }
+    [[nodiscard]] bool HasChanges() const noexcept;
     /// Writes every changed page except page 0 (kHeaderPage), in ascending order, and waits for the disk.
     void WriteBack();
     /// The same for page 0.
@@ -130,9 +158,11 @@ public:
     /// What has been written is the new last commit.
     void EndCommit();
 
-    /// Nothing is written any more, and everything that tries throws `reason`.
-    void Fail(const Error& reason);
-    [[nodiscard]] const std::optional<Error>& Failure() const noexcept { return failure_; }
+    /// What was changed since the last commit is not whole: nothing is written any more, and everything that tries
+    /// throws `reason`.
+    void Fail(std::exception_ptr reason) noexcept;
+    /// Throws what Fail() was first given.
+    void ThrowIfFailed() const;
 
 private:
     Frame* Fetch(PageNumber page)
@@ -146,14 +176,14 @@ private:
     Frame* Load(PageNumber page);
     Frame& FreeFrame();
     Frame* Victim();
+    [[nodiscard]] bool IsWrittenForRoom(const Frame& victim);
     void Enter(Frame& frame, PageNumber page) noexcept;
     void CollectChanged();
+    void Drop(PageNumber page) noexcept;
+    void PutBack();
     PageNumber WriteRun(PageNumber page, bool heldToo);
     void WriteToFile(PageNumber page, ByteSpan pages);
     void KeepOld(PageNumber begin, PageNumber end);
-    void ThrowIfFailed() const;
-    template <typename Operation>
-    void OnFile(const Operation& operation);
 
     File* file_;
     Journal* journal_;
@@ -161,15 +191,20 @@ private:
     std::size_t pageSize_;
     PageNumber committedPages_; ///< those of the file at the last commit
     PageNumber pageCount_;
+    PageNumber fileEnd_; ///< no page behind has ever been written
     std::size_t maxFrames_;
     std::vector<Frame*> table_;  ///< by page number; nullptr = not in memory
     std::deque<Frame> frames_;   ///< a deque, so that frames never move
-    std::vector<Frame*> unused_; ///< frames without a page, left by a read that failed
+    std::vector<Frame*> unused_; ///< frames without a page
     std::size_t hand_ = 0;
     ChangedFrames changed_;
     std::vector<PageNumber> changedPages_; ///< those that are to be written, ascending
     Bytes writeBuffer_;                    ///< adjacent pages on their way to the file
-    std::optional<Error> failure_;
+    bool hasWritten_ = false;              ///< since the last commit
+    UndoLog undo_;
+    bool hasWrittenSince_ = false; ///< the savepoint
+    bool isRollingBack_ = false;
+    std::exception_ptr failure_;
 };
 
 } // namespace jet

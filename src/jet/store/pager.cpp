@@ -66,12 +66,7 @@ std::unique_ptr<Pager> Pager::Open(std::unique_ptr<File> file, std::size_t cache
 
 MutablePageRef Pager::Allocate()
 {
-    try {
-        return cache_.Fresh(freeMap_.Take());
-    } catch (const Error& error) {
-        timesFull_ += error.Number() == ErrorNumber::DatabaseFull;
-        throw;
-    }
+    return cache_.Fresh(freeMap_.Take());
 }
 
 void Pager::Free(PageNumber page)
@@ -79,10 +74,17 @@ void Pager::Free(PageNumber page)
     freeMap_.Give(page);
 }
 
+bool Pager::RollBack() noexcept
+{
+    const bool hasChanged = cache_.RollBack();
+    if (hasChanged)
+        freeMap_.Forget();
+    return hasChanged;
+}
+
 void Pager::Commit()
 {
-    if (Failure())
-        throw Error(*Failure());
+    ThrowIfFailed();
     if (!cache_.HasChanges())
         return;
     cache_.WriteBack();

@@ -7,8 +7,9 @@
 #include "jet/store/page_cache.h"
 
 #include <cstddef>
+#include <exception>
 #include <memory>
-#include <optional>
+#include <utility>
 
 namespace jet {
 
@@ -62,17 +63,22 @@ public:
     /// Is the page in the global map of free pages?
     [[nodiscard]] bool IsFree(PageNumber page) { return freeMap_.Contains(page); }
 
-    /// How often Allocate() has found the database full. A statement that it stopped midway may be half done.
-    [[nodiscard]] std::size_t TimesFull() const noexcept { return timesFull_; }
+    // A savepoint, one at a time, on the way from one commit to the next; see PageCache.
 
-    /// Everything changed so far reaches the disk, as one unit. Throws the error with which an earlier access to the
-    /// file, or Fail(), has ended what can be done; after that, and when it throws itself, all that is left is to go
-    /// back to the last commit.
+    void SetSavepoint() { cache_.SetSavepoint(); }
+    void ReleaseSavepoint() noexcept { cache_.ReleaseSavepoint(); }
+    /// Makes everything in the file what it was at the savepoint, which is gone then. False when nothing was changed;
+    /// else whoever has kept something of what pages hold reads it anew. When the disk prevents it, that counts as
+    /// Fail().
+    bool RollBack() noexcept;
+
+    /// Everything changed so far reaches the disk, as one unit. Throws what Fail() was given. When it throws anything
+    /// else, Fail() is to be called: all that is left is to go back to the last commit.
     void Commit();
     /// What has changed since the last commit is not whole: it can no longer be committed.
-    void Fail(const Error& reason) { cache_.Fail(reason); }
-    /// Why nothing can be committed any more.
-    [[nodiscard]] const std::optional<Error>& Failure() const noexcept { return cache_.Failure(); }
+    void Fail(std::exception_ptr reason) noexcept { cache_.Fail(std::move(reason)); }
+    /// Throws what Fail() was first given.
+    void ThrowIfFailed() const { cache_.ThrowIfFailed(); }
 
 private:
     Pager(std::unique_ptr<File> file, const DatabaseHeader& header, PageNumber pageCount, std::size_t cacheBytes,
@@ -86,7 +92,6 @@ private:
     PageCache cache_;
     FreeMap freeMap_;
     PageRef headerPin_; ///< page 0 stays in memory: it is written last in a commit, and never before
-    std::size_t timesFull_ = 0;
 };
 
 } // namespace jet

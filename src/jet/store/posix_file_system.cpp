@@ -4,6 +4,7 @@
 
 #include <array>
 #include <cerrno>
+#include <cstdlib>
 #include <fcntl.h>
 #include <sys/file.h>
 #include <sys/stat.h>
@@ -164,6 +165,17 @@ public:
             ThrowIo(path.string(), errno);
         if (!S_ISREG(status.st_mode))
             throw Error(ErrorNumber::InvalidPath, {path.string()});
+        return file;
+    }
+
+    std::unique_ptr<File> OpenTemporary() override
+    {
+        std::string name = (std::filesystem::temp_directory_path() / "velmora-XXXXXX").string();
+        const int descriptor = ::mkostemp(name.data(), O_CLOEXEC);
+        if (descriptor < 0)
+            ThrowIo(name, errno);
+        auto file = std::make_unique<PosixFile>(descriptor, name, true);
+        ::unlink(name.c_str());
         return file;
     }
 

@@ -75,9 +75,10 @@ ByteSpan BitsOf(const PageRef& bitmapPage)
     return bitmapPage.Bytes().subspan(kBitmapPageBits);
 }
 
-MutableBytes BitsOf(const MutablePageRef& bitmapPage)
+/// The byte with the bit `bit`.
+MutableBytes ByteOf(const MutablePageRef& bitmapPage, std::size_t bit)
 {
-    return bitmapPage.Data().subspan(kBitmapPageBits);
+    return bitmapPage.Data(kBitmapPageBits + bit / 8, 1);
 }
 
 MutablePageRef NewBitmapPage(Pager& pager)
@@ -148,7 +149,7 @@ private:
             bitmap = NewBitmapPage(pager_);
             StoreU32(Bytes(), kReferenceMapEntries + 4 * part, bitmap.Number());
         }
-        SetBit(BitsOf(bitmap), page % bitsPerPage);
+        SetBit(ByteOf(bitmap, page % bitsPerPage), page % 8);
     }
 
     /// Gives the record the other form, with `page` in it.
@@ -162,20 +163,13 @@ private:
         const std::size_t bitsPerPage = pager_.GetFormat().usageMap.bitsPerPage;
         const std::size_t parts = members.back() / bitsPerPage + 1;
         std::vector<MutablePageRef> bitmaps(parts);
-        try {
-            for (const PageNumber member : members) {
-                MutablePageRef& bitmap = bitmaps[member / bitsPerPage];
-                if (!bitmap)
-                    bitmap = NewBitmapPage(pager_);
-                SetBit(BitsOf(bitmap), member % bitsPerPage);
-            }
-            Rewrite(bitmaps);
-        } catch (const Error&) {
-            for (const MutablePageRef& bitmap : bitmaps)
-                if (bitmap)
-                    pager_.Free(bitmap.Number());
-            throw;
+        for (const PageNumber member : members) {
+            MutablePageRef& bitmap = bitmaps[member / bitsPerPage];
+            if (!bitmap)
+                bitmap = NewBitmapPage(pager_);
+            SetBit(ByteOf(bitmap, member % bitsPerPage), member % 8);
         }
+        Rewrite(bitmaps);
     }
 
     void Rewrite(const std::vector<MutablePageRef>& bitmaps)
@@ -238,7 +232,7 @@ void UsageMap::Remove(PageNumber page)
     } else {
         const std::size_t bitsPerPage = pager_->GetFormat().usageMap.bitsPerPage;
         const MutablePageRef bitmap = pager_->Write(pinned.record.BitmapPage(page / bitsPerPage));
-        ClearBit(BitsOf(bitmap), page % bitsPerPage);
+        ClearBit(ByteOf(bitmap, page % bitsPerPage), page % 8);
     }
 }
 

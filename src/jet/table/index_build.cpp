@@ -45,22 +45,14 @@ RealIndex PlantTree(Pager& pager, const TableDef& def, const RealIndex& wanted, 
     index.entriesAtBuild = sorted.EntryCount();
     index.distinctKeys = sorted.DistinctKeys();
     index.usageMap = PlaceMapRecord(pager, def);
-    try {
-        {
-            const MutablePageRef root = pager.Allocate();
-            IndexTree::MakeEmpty(root, pager.GetFormat(), definitionPage);
-            index.root = root.Number();
-        }
-        UsageMap(pager, index.usageMap).Add(index.root);
-        IndexTree tree(pager, index.root, index.usageMap, definitionPage);
-        sorted.Fill(tree);
-    } catch (...) {
-        if (index.root == 0)
-            RemoveMapRecord(pager, index.usageMap);
-        else
-            UprootTree(pager, definitionPage, index);
-        throw;
+    {
+        const MutablePageRef root = pager.Allocate();
+        IndexTree::MakeEmpty(root, pager.GetFormat(), definitionPage);
+        index.root = root.Number();
     }
+    UsageMap(pager, index.usageMap).Add(index.root);
+    IndexTree tree(pager, index.root, index.usageMap, definitionPage);
+    sorted.Fill(tree);
     return index;
 }
 

@@ -4,6 +4,7 @@
 #include "jet/store/usage_map.h"
 
 #include <algorithm>
+#include <vector>
 
 namespace jet {
 
@@ -20,8 +21,7 @@ bool HoldsLiveRecord(Pager& pager, PageNumber number)
     return false;
 }
 
-} // namespace
-
+/// Every page that holds a usage-map record of the table, each once, its own first.
 std::vector<PageNumber> MapPages(const TableDef& def)
 {
     std::vector<PageNumber> pages;
@@ -43,9 +43,11 @@ std::vector<PageNumber> MapPages(const TableDef& def)
 PageNumber AllocateMapPage(Pager& pager)
 {
     const MutablePageRef page = pager.Allocate();
-    DataPageEditor::MakeEmpty(page, pager.GetFormat(), 0);
+    DataPageEditor::MakeEmpty(page, pager.GetFormat(), kUsageMapOwner);
     return page.Number();
 }
+
+} // namespace
 
 RowId PlaceMapRecord(Pager& pager, const TableDef& def)
 {

@@ -61,24 +61,15 @@ bool Table::Rewrite::BecomesMemo(std::size_t column) const
 
 void Table::Rewrite::Run()
 {
-    RowId owned;
-    RowId freeSpace;
-    try {
-        owned = PlaceMapRecord(pager_, def_);
-        def_.ownedPages = owned;
-        freeSpace = PlaceMapRecord(pager_, def_);
-        def_.freeSpacePages = freeSpace;
-        rows_.emplace(pager_, def_.pages.front(), owned, freeSpace);
-        CopyRows();
-        PlantTrees();
-        WriteTableDef(pager_, def_);
-    } catch (...) {
-        FreeNew(owned, freeSpace);
-        throw;
-    }
+    def_.ownedPages = PlaceMapRecord(pager_, def_);
+    def_.freeSpacePages = PlaceMapRecord(pager_, def_);
+    rows_.emplace(pager_, def_.pages.front(), def_.ownedPages, def_.freeSpacePages);
+    CopyRows();
+    PlantTrees();
+    WriteTableDef(pager_, def_);
     FreeOld();
+    table_.moves_.push_back({table_.def_.ownedPages, std::move(moves_)});
     table_.Adopt(std::move(def_));
-    table_.moves_.push_back(std::move(moves_));
     ++table_.generation_;
 }
 
@@ -146,17 +137,13 @@ void Table::Rewrite::MoveOut(std::size_t column, ByteSpan field, PageNumber page
     longFields_[column].clear();
     longValues_[column]->Write(plain, longFields_[column], false);
     fields_[column].bytes = longFields_[column];
-    if (BecomesMemo(column))
-        return; // gone with the column
-    MovedOut& moved = movedOut_.emplace_back(MovedOut{column, {}});
-    std::ranges::copy(longFields_[column], moved.field.begin());
 }
 
 void Table::Rewrite::PlantTrees()
 {
-    for (; planted_ < builds_.size(); ++planted_) {
-        builds_[planted_].Sort();
-        def_.realIndexes[planted_] = PlantTree(pager_, def_, def_.realIndexes[planted_], builds_[planted_]);
+    for (std::size_t i = 0; i < builds_.size(); ++i) {
+        builds_[i].Sort();
+        def_.realIndexes[i] = PlantTree(pager_, def_, def_.realIndexes[i], builds_[i]);
     }
 }
 
@@ -168,29 +155,6 @@ void Table::Rewrite::FreeOld()
         UprootTree(pager_, old.pages.front(), index);
     RemoveMapRecord(pager_, old.freeSpacePages);
     RemoveMapRecord(pager_, old.ownedPages);
-}
-
-/// Part of giving up: what cannot be taken back either is left, as pages that belong to nothing.
-void Table::Rewrite::FreeNew(RowId owned, RowId freeSpace) noexcept
-{
-    const auto attempt = [](const auto& action) {
-        try {
-            action();
-        } catch (...) {
-        }
-    };
-    for (std::size_t i = 0; i < planted_; ++i)
-        attempt([&] { UprootTree(pager_, def_.pages.front(), def_.realIndexes[i]); });
-    for (const MovedOut& moved : movedOut_)
-        attempt([&] { longValues_[moved.column]->Delete(moved.field); });
-    for (std::size_t i = 0; i < longValues_.size(); ++i) {
-        if (BecomesMemo(i))
-            attempt([&] { longValues_[i]->DeleteAll(); });
-    }
-    if (rows_)
-        attempt([&] { rows_->Clear(); });
-    attempt([&] { RemoveMapRecord(pager_, freeSpace); });
-    attempt([&] { RemoveMapRecord(pager_, owned); });
 }
 
 void Table::Renumber()

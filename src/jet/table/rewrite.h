@@ -3,7 +3,6 @@
 #include "jet/table/index_build.h"
 #include "jet/table/table_parts.h"
 
-#include <array>
 #include <optional>
 #include <vector>
 
@@ -13,7 +12,7 @@ namespace jet {
 [[nodiscard]] TableDef Renumbered(const TableDef& old);
 
 /// Writes the rows of a table anew under another definition, onto pages and into trees of their own, and puts these in
-/// the place of the old ones when all is done; until then the table is untouched. Long values stay where they are: they
+/// the place of the old ones when all is done. Long values stay where they are: they
 /// belong to columns, not to rows. Only where a row would not fit otherwise they leave it.
 class Table::Rewrite {
 public:
@@ -21,15 +20,10 @@ public:
     /// places; a text may have become a memo. Further ones become Null. Its indexes are the table's.
     Rewrite(Table& table, TableDef def);
 
-    /// Throws RecordTooLarge, DatabaseFull; the table is as it was then.
+    /// Throws RecordTooLarge, DatabaseFull.
     void Run();
 
 private:
-    struct MovedOut {
-        std::size_t column;
-        std::array<Byte, kLongValueHeaderSize> field;
-    };
-
     [[nodiscard]] bool BecomesMemo(std::size_t column) const;
     void CopyRows();
     RowId CopyRow(const RowStore::Found& found, const RowLayout& layout);
@@ -37,14 +31,12 @@ private:
     void MoveOut(std::size_t column, ByteSpan field, PageNumber page);
     void PlantTrees();
     void FreeOld();
-    void FreeNew(RowId owned, RowId freeSpace) noexcept;
 
     Table& table_;
     Pager& pager_;
     TableDef def_;
     std::optional<RowStore> rows_;
     std::vector<IndexBuild> builds_; ///< by real index
-    std::size_t planted_ = 0;        ///< trees of `def_` that are new
     std::vector<std::pair<RowId, RowId>> moves_;
 
     // By column index of `def_`.
@@ -53,8 +45,7 @@ private:
     std::vector<RowField> fields_;
     std::vector<Bytes> longFields_; ///< fields of long values that are not those of the old row
 
-    Bytes memo_;                     ///< a memo in its other form
-    std::vector<MovedOut> movedOut_; ///< values of old columns that got records of their own
+    Bytes memo_; ///< a memo in its other form
 };
 
 } // namespace jet

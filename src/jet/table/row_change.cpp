@@ -148,7 +148,7 @@ void Table::RowChange::AddOutside(std::size_t column, ByteSpan plain)
 {
     if (plain.data() == scratch_.memo.data() && !plain.empty())
         plain = scratch_.expandedMemos.emplace_back(std::move(scratch_.memo));
-    scratch_.outside.push_back({column, scratch_.longFieldAt[column], plain, false});
+    scratch_.outside.push_back({column, scratch_.longFieldAt[column], plain});
 }
 
 /// Appends the field of a long value to `longFields`: whole when it stays in the row, else 12 bytes to be filled later.
@@ -223,48 +223,36 @@ bool Table::RowChange::KeyChanges(std::size_t index) const
 
 RowId Table::RowChange::Insert(const Record& record)
 {
-    std::optional<RowId> row;
-    std::size_t indexed = 0;
-    try {
-        WriteLongValues();
+    WriteLongValues();
+    RowId row;
+    {
         const RowStore::Room room = parts_.rows.Insert(size_);
         row = room.at;
         assert(room.bytes.size() == size_); // R6
         parts_.layout.Encode(scratch_.fields, room.bytes);
-        for (; indexed < scratch_.keys.size(); ++indexed)
-            InsertKey(indexed, *row);
-    } catch (...) {
-        RemoveNewKeys(indexed, row.value_or(RowId{}), false);
-        if (row)
-            parts_.rows.Delete(*row);
-        DeleteWrittenLongValues();
-        throw;
     }
+    for (std::size_t i = 0; i < scratch_.keys.size(); ++i)
+        InsertKey(i, row);
     ++table_.def_.rowCount;
     RaiseAutonumber(record);
-    table_.countersChanged_ = true;
-    return *row;
+    table_.StoreCounters();
+    return row;
 }
 
 void Table::RowChange::Update(RowId row, const Record& record)
 {
-    std::size_t indexed = 0;
-    try {
-        WriteLongValues();
-        for (; indexed < scratch_.keys.size(); ++indexed) {
-            if (KeyChanges(indexed))
-                InsertKey(indexed, row);
-        }
+    WriteLongValues();
+    for (std::size_t i = 0; i < scratch_.keys.size(); ++i) {
+        if (KeyChanges(i))
+            InsertKey(i, row);
+    }
+    {
         const RowStore::Room room = parts_.rows.Replace(row, size_);
         assert(room.bytes.size() == size_); // R6
         parts_.layout.Encode(scratch_.fields, room.bytes);
-    } catch (...) {
-        RemoveNewKeys(indexed, row, true);
-        DeleteWrittenLongValues();
-        throw;
     }
     RaiseAutonumber(record);
-    table_.countersChanged_ = true;
+    table_.StoreCounters();
     for (std::size_t i = 0; i < scratch_.oldKeys.size(); ++i) {
         if (scratch_.oldKeys[i].inIndex && KeyChanges(i))
             parts_.trees[i]->Remove(scratch_.oldKeys[i].bytes, row);
@@ -283,32 +271,16 @@ void Table::RowChange::Delete(RowId row)
     DeleteOldLongValues(false);
     if (table_.def_.rowCount != 0)
         --table_.def_.rowCount;
-    table_.countersChanged_ = true;
+    table_.StoreCounters();
 }
 
 void Table::RowChange::WriteLongValues()
 {
-    for (RowScratch::Outside& value : scratch_.outside) {
+    for (const RowScratch::Outside& value : scratch_.outside) {
         scratch_.writtenField.clear();
         parts_.longValues[value.column]->Write(value.value, scratch_.writtenField, false);
         assert(scratch_.writtenField.size() == kLongValueHeaderSize); // R6
         std::memcpy(scratch_.longFields.data() + value.fieldAt, scratch_.writtenField.data(), kLongValueHeaderSize);
-        value.written = true;
-    }
-}
-
-/// Part of giving up: what cannot be taken back either is left, as pages that belong to the column and to no row.
-void Table::RowChange::DeleteWrittenLongValues() noexcept
-{
-    for (RowScratch::Outside& value : scratch_.outside) {
-        if (!value.written)
-            continue;
-        try {
-            parts_.longValues[value.column]->Delete(
-                ByteSpan(scratch_.longFields).subspan(value.fieldAt, kLongValueHeaderSize));
-        } catch (...) {
-        }
-        value.written = false;
     }
 }
 
@@ -319,18 +291,6 @@ void Table::RowChange::InsertKey(std::size_t index, RowId row)
         return;
     if (parts_.trees[index]->Insert(key.bytes, row))
         ++table_.def_.realIndexes[index].distinctKeys;
-}
-
-void Table::RowChange::RemoveNewKeys(std::size_t count, RowId row, bool onlyChanged) noexcept
-{
-    for (std::size_t i = 0; i < count; ++i) {
-        if (!scratch_.keys[i].inIndex || (onlyChanged && !KeyChanges(i)))
-            continue;
-        try {
-            parts_.trees[i]->Remove(scratch_.keys[i].bytes, row);
-        } catch (...) {
-        }
-    }
 }
 
 void Table::RowChange::DeleteOldLongValues(bool keepUnchanged)

@@ -4,8 +4,8 @@
 
 namespace jet {
 
-/// One insert, update or delete under way. First everything that can be refused is looked at, then things are changed,
-/// the ones that may still fail (no page left) first and each with its way back.
+/// One insert, update or delete under way. First everything that can be refused is looked at, then things are changed;
+/// what fails then is taken back by the savepoint around it.
 class Table::RowChange {
 public:
     explicit RowChange(Table& table);
@@ -40,10 +40,7 @@ private:
     [[nodiscard]] bool KeyChanges(std::size_t index) const;
 
     void WriteLongValues();
-    void DeleteWrittenLongValues() noexcept;
     void InsertKey(std::size_t index, RowId row);
-    /// Takes back the entries in indexes below `count`.
-    void RemoveNewKeys(std::size_t count, RowId row, bool onlyChanged) noexcept;
     void DeleteOldLongValues(bool keepUnchanged);
     void RaiseAutonumber(const Record& record);
 

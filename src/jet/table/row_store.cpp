@@ -108,17 +108,10 @@ MutablePageRef RowStore::NewPage()
 {
     MutablePageRef page = pager_->Allocate();
     const PageNumber number = page.Number();
-    try {
-        DataPageEditor::MakeEmpty(page, pager_->GetFormat(), definitionPage_);
-        owned_.Add(number);
-        if (HasFreeSpaceMap())
-            freeSpace_.Add(number);
-    } catch (const Error&) {
-        page = MutablePageRef();
-        owned_.Remove(number);
-        pager_->Free(number);
-        throw;
-    }
+    DataPageEditor::MakeEmpty(page, pager_->GetFormat(), definitionPage_);
+    owned_.Add(number);
+    if (HasFreeSpaceMap())
+        freeSpace_.Add(number);
     insertPage_ = number;
     return page;
 }

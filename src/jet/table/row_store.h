@@ -35,8 +35,7 @@ public:
     [[nodiscard]] Found Find(RowId home) const;
     /// Appends a row of `size` bytes (at most Format::maxRecordSize).
     [[nodiscard]] Room Insert(std::size_t size) { return Place(size, SlotState::Row); }
-    /// Gives a row that exists another size, where it is or elsewhere. What the old bytes were is lost. Nothing is
-    /// changed when no page is left (DatabaseFull).
+    /// Gives a row that exists another size, where it is or elsewhere. What the old bytes were is lost.
     [[nodiscard]] Room Replace(RowId home, std::size_t size);
     /// Deletes a row that exists. A page that holds nothing any more is freed.
     void Delete(RowId home);

@@ -7,6 +7,7 @@
 #include "jet/table/table_parts.h"
 
 #include <algorithm>
+#include <cassert>
 #include <map>
 #include <numeric>
 
@@ -58,25 +59,15 @@ PageNumber Table::Create(Pager& pager, const std::vector<ColumnSpec>& columns)
     }
 
     def.pages.push_back(pager.Allocate().Number());
-    std::vector<PageNumber> mapPages;
-    try {
-        mapPages.push_back(AllocateMapPage(pager));
-        def.ownedPages = UsageMap::CreateRecord(pager, mapPages.front()).value();
-        def.freeSpacePages = UsageMap::CreateRecord(pager, mapPages.front()).value();
-        for (Column& column : def.columns) {
-            if (!IsLongValue(column.type))
-                continue;
-            column.longValueOwned = PlaceMapRecord(pager, def);
-            column.longValueFree = PlaceMapRecord(pager, def);
-        }
-        WriteTableDef(pager, def);
-    } catch (...) {
-        for (const PageNumber page : def.ownedPages.IsNone() ? mapPages : MapPages(def))
-            pager.Free(page);
-        for (const PageNumber page : def.pages)
-            pager.Free(page);
-        throw;
+    def.ownedPages = PlaceMapRecord(pager, def);
+    def.freeSpacePages = PlaceMapRecord(pager, def);
+    for (Column& column : def.columns) {
+        if (!IsLongValue(column.type))
+            continue;
+        column.longValueOwned = PlaceMapRecord(pager, def);
+        column.longValueFree = PlaceMapRecord(pager, def);
     }
+    WriteTableDef(pager, def);
     return def.pages.front();
 }
 
@@ -105,10 +96,30 @@ void Table::Destroy()
 
 void Table::FlushCounters()
 {
-    if (parts_ == nullptr || !countersChanged_)
-        return;
+    if (parts_ != nullptr && isNumberAhead_)
+        StoreCounters();
+}
+
+void Table::StoreCounters()
+{
     WriteTableCounters(*pager_, def_);
-    countersChanged_ = false;
+    isNumberAhead_ = false;
+}
+
+void Table::Reread()
+{
+    assert(parts_->changesUnderWay == 0);
+    TableDef def = ReadTableDef(*pager_, def_.pages.front());
+    const std::uint32_t numberOnPage = def.lastAutonumber;
+    if (std::ranges::any_of(def.columns, &Column::IsAutonumber))
+        def.lastAutonumber = def_.lastAutonumber;
+    // Rows that had been written anew are where they were. Each time they get maps of their own.
+    RowId ownedPages = def_.ownedPages;
+    for (; ownedPages != def.ownedPages && !moves_.empty(); moves_.pop_back())
+        ownedPages = moves_.back().ownedPages;
+    Adopt(std::move(def));
+    isNumberAhead_ = def_.lastAutonumber != numberOnPage;
+    ++generation_;
 }
 
 /// Makes `def`, which has just been written, the table's definition.
@@ -117,7 +128,7 @@ void Table::Adopt(TableDef def)
     auto parts = std::make_unique<Parts>(*pager_, def);
     def_ = std::move(def);
     parts_ = std::move(parts);
-    countersChanged_ = false;
+    isNumberAhead_ = false;
 }
 
 Value Table::Get(const Record& record, std::size_t column) const
@@ -131,7 +142,7 @@ Value Table::Get(const Record& record, std::size_t column) const
 
 std::int32_t Table::TakeAutonumber()
 {
-    countersChanged_ = true;
+    isNumberAhead_ = true;
     return static_cast<std::int32_t>(++def_.lastAutonumber);
 }
 
@@ -140,7 +151,7 @@ void Table::ReturnAutonumber(std::int32_t number) noexcept
     if (def_.lastAutonumber != static_cast<std::uint32_t>(number))
         return;
     --def_.lastAutonumber;
-    countersChanged_ = true;
+    isNumberAhead_ = true;
 }
 
 std::optional<RowId> Table::Relocated(RowId row, std::uint32_t epoch) const
@@ -148,7 +159,7 @@ std::optional<RowId> Table::Relocated(RowId row, std::uint32_t epoch) const
     if (epoch < firstEpoch_)
         return std::nullopt;
     for (; epoch < RowsEpoch(); ++epoch) {
-        const auto& moves = moves_[epoch - firstEpoch_];
+        const auto& moves = moves_[epoch - firstEpoch_].ids;
         const auto found = std::ranges::lower_bound(moves, row, {}, &std::pair<RowId, RowId>::first);
         if (found == moves.end() || found->first != row)
             return std::nullopt;

@@ -46,7 +46,9 @@ struct IndexSpec {
 /// One open table: its definition, rows, long values and indexes. One object per table and connection; recordsets share
 /// it.
 ///
-/// Row count, autonumber and index statistics are kept in memory and reach the definition page by FlushCounters().
+/// What the object knows it has read from pages, and reads anew by Reread() when these go back to a savepoint: so a
+/// function that throws may stop anywhere. Only the last autonumber is ahead of the definition page: numbers that were
+/// given out for records that are not saved yet, or never will be, reach it by FlushCounters().
 class Table {
 public:
     Table(Pager& pager, PageNumber definitionPage, std::string name);
@@ -79,11 +81,10 @@ public:
     /// From now on the values of this memo or OLE column never stay in the row, however short.
     void SetNeverInline(std::size_t column) { def_.columns[column].neverInline = true; }
 
-    // Rows. A row is named by its home slot, which never changes. A damaged page may stop a change anywhere; nothing
-    // can be committed then.
+    // Rows. A row is named by its home slot, which never changes.
 
-    /// Throws DuplicateKey, NullInPrimaryKey, FieldRequired, RecordTooLarge, DatabaseFull, and what the hook throws;
-    /// nothing is changed then. The hook is asked last, when the table itself has nothing against the record.
+    /// Throws DuplicateKey, NullInPrimaryKey, FieldRequired, RecordTooLarge, DatabaseFull, and what the hook throws.
+    /// The hook is asked last, when the table itself has nothing against the record; until then nothing is changed.
     RowId Insert(const Record& record);
     /// Replaces all values of `row`; throws as Insert(), and RecordDeleted. A long value that stays the same is not
     /// written again. `record` must not be changed by the hook.
@@ -114,7 +115,7 @@ public:
 
     // Structure.
 
-    // A function that throws has changed nothing. Each of them writes the definition, counters included.
+    // Each function writes the definition, counters included.
 
     /// Throws FieldExists, TooManyFields (255 columns stand in the table; numbers used up by dropped ones are won back
     /// by Renumber()), TwoAutoNumbers, InvalidName, SizeTooLong. An autonumber column numbers the rows that are there
@@ -146,28 +147,33 @@ public:
     void Destroy();
     /// Before every commit.
     void FlushCounters();
+    /// To be called after pages have gone back to a savepoint: reads the definition anew. The columns have no rules
+    /// then. Numbers once given stay given.
+    void Reread();
 
 private:
     struct Parts;
     class RowChange;
     class Rewrite;
-    RowId InsertRow(const Record& record);
-    void UpdateRow(RowId row, const Record& record);
-    void DeleteRow(RowId row);
     void AddIndex(LogicalIndex entry, const RealIndex* wanted);
     void ChangeTo(TableDef def, bool rewrites);
     void Adopt(TableDef def);
+    void StoreCounters();
     void NumberRows(std::size_t column);
     Pager* pager_;
     std::string name_;
     TableDef def_;
     std::uint64_t generation_ = 0;
-    bool countersChanged_ = false;
+    bool isNumberAhead_ = false; ///< lastAutonumber differs from the page's
     RowHook* hook_ = nullptr;
     std::unique_ptr<Parts> parts_; ///< trees, long-value stores, insert position
     std::uint32_t firstEpoch_ = 0; ///< the epoch of moves_[0]
-    /// By epoch: the ids before and after, in the order of those before.
-    std::vector<std::vector<std::pair<RowId, RowId>>> moves_;
+    /// All rows written anew.
+    struct Move {
+        RowId ownedPages;                         ///< what the definition named until then
+        std::vector<std::pair<RowId, RowId>> ids; ///< before and after, in the order of those before
+    };
+    std::vector<Move> moves_; ///< by epoch
 };
 
 } // namespace jet

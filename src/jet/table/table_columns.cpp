@@ -2,50 +2,13 @@
 #include "jet/table/column_design.h"
 #include "jet/table/map_records.h"
 #include "jet/table/rewrite.h"
+#include "jet/table/row_change.h"
 #include "jet/table/row_fit.h"
 
 #include <algorithm>
 #include <array>
-#include <utility>
 
 namespace jet {
-
-namespace {
-
-/// The usage maps that the long-value columns of a new definition got; gone again unless that one is kept.
-class NewMaps {
-public:
-    explicit NewMaps(Pager& pager) : pager_(pager) {}
-    ~NewMaps()
-    {
-        try {
-            for (const RowId record : records_)
-                RemoveMapRecord(pager_, record);
-        } catch (...) {
-            return; // what cannot be taken back is left, as records that belong to nothing
-        }
-    }
-    NewMaps(const NewMaps&) = delete;
-    NewMaps& operator=(const NewMaps&) = delete;
-
-    /// For each column of `def` that wants maps and has none.
-    void Place(TableDef& def)
-    {
-        for (Column& column : def.columns) {
-            if (!IsLongValue(column.type) || !column.longValueOwned.IsNone())
-                continue;
-            for (RowId Column::*const map : {&Column::longValueOwned, &Column::longValueFree})
-                column.*map = records_.emplace_back(PlaceMapRecord(pager_, def));
-        }
-    }
-    void Keep() noexcept { records_.clear(); }
-
-private:
-    Pager& pager_;
-    std::vector<RowId> records_;
-};
-
-} // namespace
 
 void Table::AddColumn(const ColumnSpec& spec)
 {
@@ -69,21 +32,19 @@ void Table::AddColumn(const ColumnSpec& spec)
     // with the first such column the rows are written anew.
     const bool rewrites = !column.IsFixed() && def_.variableColumnsEver == 0 && NextRow(std::nullopt);
     ChangeTo(std::move(def), rewrites);
-    if (!numbersRows)
-        return;
-    try {
+    if (numbersRows)
         NumberRows(def_.columns.size() - 1);
-    } catch (...) {
-        DropColumn(spec.name);
-        throw;
-    }
 }
 
 /// Makes `def` the table's definition. `rewrites`: its rows look otherwise than those of the present one.
 void Table::ChangeTo(TableDef def, bool rewrites)
 {
-    NewMaps maps(*pager_);
-    maps.Place(def);
+    for (Column& column : def.columns) {
+        if (!IsLongValue(column.type) || !column.longValueOwned.IsNone())
+            continue;
+        column.longValueOwned = PlaceMapRecord(*pager_, def);
+        column.longValueFree = PlaceMapRecord(*pager_, def);
+    }
     if (rewrites) {
         Rewrite(*this, std::move(def)).Run();
     } else {
@@ -91,25 +52,21 @@ void Table::ChangeTo(TableDef def, bool rewrites)
         Adopt(std::move(def));
         ++generation_;
     }
-    maps.Keep();
 }
 
 /// Gives the rows that are there the autonumbers 1, 2, 3 ...
 void Table::NumberRows(std::size_t column)
 {
-    RowHook* const hook = std::exchange(hook_, nullptr); // nothing refers to a new column yet
-    try {
-        Record record;
-        for (std::optional<RowId> row = NextRow(std::nullopt); row; row = NextRow(row)) {
-            Read(*row, record);
-            StoreI32(record.SetSized(column, sizeof(std::int32_t)), 0, TakeAutonumber());
-            Update(*row, record);
-        }
-    } catch (...) {
-        hook_ = hook;
-        throw;
+    Record record;
+    for (std::optional<RowId> row = NextRow(std::nullopt); row; row = NextRow(row)) {
+        Read(*row, record);
+        StoreI32(record.SetSized(column, sizeof(std::int32_t)), 0, TakeAutonumber());
+        // The hook is not asked: nothing refers to a new column yet.
+        RowChange change(*this);
+        static_cast<void>(change.ReadBefore(*row));
+        change.CheckUpdate(record);
+        change.Update(*row, record);
     }
-    hook_ = hook;
 }
 
 void Table::DropColumn(std::string_view name)

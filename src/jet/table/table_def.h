@@ -145,7 +145,7 @@ struct TableDef {
 [[nodiscard]] TableDef ParseTableDef(const Format& format, ByteSpan stream, PageNumber page);
 
 /// Writes `def` over its chain, which grows or shrinks as needed (`def.pages` follows). Logical indexes are written in
-/// the order in which they stand. Nothing is changed when no page is left (DatabaseFull).
+/// the order in which they stand.
 void WriteTableDef(Pager& pager, TableDef& def);
 /// The joined content; its first 8 bytes, the head of the first page, are zero.
 [[nodiscard]] Bytes SerializeTableDef(const Format& format, const TableDef& def);

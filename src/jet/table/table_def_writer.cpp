@@ -157,21 +157,6 @@ void WritePage(const MutablePageRef& page, const Format& format, PageNumber next
     StoreU32(data, 4, next);
 }
 
-void GrowChain(Pager& pager, std::vector<PageNumber>& chain, std::size_t count)
-{
-    const std::size_t before = chain.size();
-    try {
-        while (chain.size() < count)
-            chain.push_back(pager.Allocate().Number());
-    } catch (...) {
-        while (chain.size() > before) {
-            pager.Free(chain.back());
-            chain.pop_back();
-        }
-        throw;
-    }
-}
-
 } // namespace
 
 Bytes SerializeTableDef(const Format& format, const TableDef& def)
@@ -207,7 +192,8 @@ void WriteTableDef(Pager& pager, TableDef& def)
     const ByteSpan content = ByteSpan(stream).subspan(kPageHeadSize);
     const std::size_t perPage = format.pageSize - kPageHeadSize;
     const std::size_t pageCount = (content.size() + perPage - 1) / perPage;
-    GrowChain(pager, def.pages, pageCount);
+    while (def.pages.size() < pageCount)
+        def.pages.push_back(pager.Allocate().Number());
     for (std::size_t i = 0; i < pageCount; ++i) {
         const std::size_t begin = i * perPage;
         const PageNumber next = i + 1 < pageCount ? def.pages[i + 1] : 0;
@@ -222,10 +208,10 @@ void WriteTableCounters(Pager& pager, const TableDef& def)
 {
     const Format::DefinitionLayout& layout = pager.GetFormat().definition;
     const MutablePageRef first = pager.Write(def.pages.front());
-    const MutableBytes page = first.Data();
+    // At most 128 blocks of statistics are accepted when a definition is read, so all of them lie on its first page.
+    const MutableBytes page = first.Data(0, layout.sections + layout.statisticsSize * def.realIndexes.size());
     StoreU32(page, layout.rowCount, def.rowCount);
     StoreU32(page, layout.lastAutonumber, def.lastAutonumber);
-    // At most 128 blocks of statistics are accepted when a definition is read, so all of them lie on its first page.
     for (std::size_t i = 0; i < def.realIndexes.size(); ++i)
         StoreStatistics(page.subspan(layout.sections + i * layout.statisticsSize), def.realIndexes[i]);
 }

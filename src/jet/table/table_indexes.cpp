@@ -71,15 +71,9 @@ void Table::AddIndex(LogicalIndex entry, const RealIndex* wanted)
         entry.realIndex = static_cast<std::uint32_t>(def.realIndexes.size());
         def.realIndexes.push_back(PlantTree(*pager_, def_, *wanted, build));
     }
-    try {
-        def.logicalIndexes.push_back(std::move(entry));
-        SortIndexesByName(def);
-        WriteTableDef(*pager_, def);
-    } catch (...) {
-        if (wanted != nullptr)
-            UprootTree(*pager_, def_.pages.front(), def.realIndexes.back());
-        throw;
-    }
+    def.logicalIndexes.push_back(std::move(entry));
+    SortIndexesByName(def);
+    WriteTableDef(*pager_, def);
     Adopt(std::move(def));
 }
 

@@ -17,7 +17,6 @@ struct RowScratch {
         std::size_t column;
         std::size_t fieldAt; ///< in `longFields`: 12 bytes that hold the place
         ByteSpan value;
-        bool written;
     };
     struct Key {
         Bytes bytes;

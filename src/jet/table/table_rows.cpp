@@ -3,39 +3,7 @@
 
 namespace jet {
 
-namespace {
-
-/// A damaged page may stop a change anywhere; what has been done until then must not be committed.
-template <class Change>
-auto EndedByDamage(Pager& pager, Change&& change)
-{
-    try {
-        return change();
-    } catch (const Error& error) {
-        if (error.Number() == ErrorNumber::NotADatabase)
-            pager.Fail(error);
-        throw;
-    }
-}
-
-} // namespace
-
 RowId Table::Insert(const Record& record)
-{
-    return EndedByDamage(*pager_, [&] { return InsertRow(record); });
-}
-
-void Table::Update(RowId row, const Record& record)
-{
-    EndedByDamage(*pager_, [&] { UpdateRow(row, record); });
-}
-
-void Table::Delete(RowId row)
-{
-    EndedByDamage(*pager_, [&] { DeleteRow(row); });
-}
-
-RowId Table::InsertRow(const Record& record)
 {
     RowChange change(*this);
     change.CheckInsert(record);
@@ -44,7 +12,7 @@ RowId Table::InsertRow(const Record& record)
     return change.Insert(record);
 }
 
-void Table::UpdateRow(RowId row, const Record& record)
+void Table::Update(RowId row, const Record& record)
 {
     RowChange change(*this);
     if (!change.ReadBefore(row))
@@ -62,7 +30,7 @@ void Table::UpdateRow(RowId row, const Record& record)
     change.Update(row, record);
 }
 
-void Table::DeleteRow(RowId row)
+void Table::Delete(RowId row)
 {
     RowChange change(*this);
     if (!change.ReadBefore(row))

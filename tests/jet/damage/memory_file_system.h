@@ -33,6 +33,10 @@ public:
         static_cast<void>(Content(path));
         return std::make_unique<Handle>(files_[path.native()]);
     }
+    [[nodiscard]] std::unique_ptr<File> OpenTemporary() override
+    {
+        return std::make_unique<Handle>(std::make_shared<Bytes>());
+    }
     [[nodiscard]] bool Exists(const std::filesystem::path& path) override { return files_.contains(path.native()); }
     void Remove(const std::filesystem::path& path) override
     {

@@ -151,6 +151,12 @@ std::unique_ptr<File> CrashFileSystem::Open(const std::filesystem::path& path, O
     return std::make_unique<Handle>(*this, Find(path), path.string(), mode != OpenMode::ReadOnly);
 }
 
+std::unique_ptr<File> CrashFileSystem::OpenTemporary()
+{
+    Count();
+    return std::make_unique<Handle>(*this, std::make_shared<Node>(), "a temporary file", true);
+}
+
 void CrashFileSystem::Remove(const std::filesystem::path& path)
 {
     static_cast<void>(Find(path));
@@ -217,10 +223,10 @@ void CrashFileSystem::CheckPower() const
 
 void CrashFileSystem::CheckRoom(const Node& node, std::uint64_t newSize) const
 {
-    std::uint64_t used = 0;
+    std::uint64_t used = newSize;
     for (const auto& [path, other] : entries_)
-        used += other->now.size;
-    if (newSize > node.now.size && used - node.now.size + newSize > capacity_)
+        used += other.get() == &node ? 0 : other->now.size;
+    if (newSize > node.now.size && used > capacity_)
         throw Error(ErrorNumber::DiskFull, {}, "(the disk holds " + std::to_string(capacity_) + " bytes)");
 }
 

@@ -79,6 +79,7 @@ public:
     // FileSystem.
 
     [[nodiscard]] std::unique_ptr<File> Open(const std::filesystem::path& path, OpenMode mode) override;
+    [[nodiscard]] std::unique_ptr<File> OpenTemporary() override;
     [[nodiscard]] bool Exists(const std::filesystem::path& path) override { return entries_.contains(path); }
     void Remove(const std::filesystem::path& path) override;
     void Rename(const std::filesystem::path& from, const std::filesystem::path& to) override;

@@ -38,33 +38,4 @@ TEST(Table, ValuesOfAllTypesComeBack)
     }
 }
 
-TEST(FullDatabase, LeavesTheRowsAsTheyWere)
-{
-    Memory memory(JetVersion::Jet3);
-    auto table = memory.Create(
-        {Col("id", ColumnType::Long, true), Col("name", ColumnType::Text), Col("note", ColumnType::Memo)});
-    table->CreateIndex({.name = "pk", .columns = {{"id", SortOrder::Ascending}}, .primary = true});
-    table->CreateIndex({.name = "n", .columns = {{"name", SortOrder::Ascending}}});
-    for (int i = 1; i <= 200; ++i)
-        table->Insert(MakeRecord(*table, {i, std::string(60, 'a'), std::string(300, 'n')}));
-    while (memory.pager->PageCount() < memory.pager->GetFormat().maxPages || !FreePages(*memory.pager).empty())
-        static_cast<void>(memory.pager->Allocate());
-    int refused = 0;
-    for (int i = 201; i <= 400; ++i) {
-        const int error = ErrorOf([&] {
-            table->Insert(MakeRecord(*table, {i, std::string(60, 'b'), std::string(300, 'n')}));
-        });
-        refused += error == 3036;
-    }
-    EXPECT_GT(refused, 100);
-    for (const RowId row : AllRows(*table)) {
-        static_cast<void>(ErrorOf([&] {
-            table->Update(row,
-                          MakeRecord(*table, {Values(*table, row)[0], std::string(250, 'c'), std::string(9000, 'm')}));
-        }));
-    }
-    EXPECT_EQ(ErrorOf([&] { table->Renumber(); }), 3036);
-    ExpectConsistent(*table);
-}
-
 } // namespace jet::testing

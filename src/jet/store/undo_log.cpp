@@ -1,0 +1,81 @@
+#include "jet/store/undo_log.h"
+
+#include <algorithm>
+#include <cassert>
+
+namespace jet {
+
+namespace {
+
+/// As long as the log holds less, the bytes of each change are noted by themselves.
+constexpr std::size_t kPiecesUpTo = std::size_t{1} << 16;
+constexpr std::size_t kFirstSize = std::size_t{1} << 12;
+/// What is kept from savepoint to savepoint.
+constexpr std::size_t kMaxKept = std::size_t{1} << 20;
+
+} // namespace
+
+void UndoLog::Begin(PageNumber pageCount)
+{
+    assert(!isOpen_ && IsEmpty());
+    if (whole_.size() <= pageCount / 8)
+        whole_.resize(std::max<std::size_t>(pageCount / 8 + 1, 2 * whole_.size()));
+    pageCount_ = pageCount;
+    isOpen_ = true;
+}
+
+void UndoLog::End() noexcept
+{
+    for (const PageNumber page : wholePages_)
+        ClearBit(whole_, page);
+    wholePages_.clear();
+    used_ = 0;
+    segments_.clear();
+    spilled_ = 0;
+    file_.reset();
+    if (log_.size() > kMaxKept)
+        log_ = Bytes();
+    isOpen_ = false;
+}
+
+void UndoLog::Append(PageNumber page, const Byte* content, std::size_t offset, std::size_t size, bool isDirty)
+{
+    if (used_ >= kPiecesUpTo || !segments_.empty()) {
+        offset = 0;
+        size = pageSize_;
+    }
+    assert(offset + size <= pageSize_);
+    const bool isWhole = size == pageSize_;
+    if (isWhole)
+        wholePages_.push_back(page);
+    const Trailer trailer{page, static_cast<std::uint16_t>(offset), static_cast<std::uint16_t>(size), isDirty};
+    if (log_.size() - used_ < size + sizeof trailer)
+        MakeRoom(size + sizeof trailer);
+    Byte* const at = log_.data() + used_;
+    std::memcpy(at, content + offset, size);
+    std::memcpy(at + size, &trailer, sizeof trailer);
+    used_ += size + sizeof trailer;
+    if (isWhole)
+        SetBit(whole_, page);
+}
+
+void UndoLog::MakeRoom(std::size_t size)
+{
+    if (makeFile_ && used_ != 0 && used_ + size > budget_)
+        Spill();
+    if (log_.size() - used_ < size)
+        log_.resize(std::max({kFirstSize, 2 * log_.size(), used_ + size}));
+}
+
+void UndoLog::Spill()
+{
+    segments_.reserve(segments_.size() + 1);
+    if (!file_)
+        file_ = makeFile_();
+    file_->WriteAt(spilled_, ByteSpan(log_).first(used_));
+    segments_.push_back(used_);
+    spilled_ += used_;
+    used_ = 0;
+}
+
+} // namespace jet

@@ -1,0 +1,100 @@
+#pragma once
+
+#include "jet/base/format.h"
+#include "jet/store/bitmap.h"
+#include "jet/store/file.h"
+
+#include <cstdint>
+#include <cstring>
+#include <functional>
+#include <memory>
+#include <vector>
+
+namespace jet {
+
+/// What pages held when a savepoint was set, as far as they have been changed since: at first the bytes of each change,
+/// so that a record costs no more than it changes; once these have come to something, whole pages, each once. What
+/// outgrows the budget goes to a temporary file.
+class UndoLog {
+public:
+    /// Bytes of a page as they were.
+    struct Piece {
+        PageNumber page;
+        std::size_t offset;
+        ByteSpan bytes;
+        bool wasDirty;
+    };
+    using MakeFile = std::function<std::unique_ptr<File>()>;
+
+    /// Without `makeFile` everything stays in memory.
+    UndoLog(std::size_t pageSize, std::size_t budgetBytes, MakeFile makeFile)
+        : pageSize_(pageSize), budget_(budgetBytes), makeFile_(std::move(makeFile))
+    {
+    }
+
+    /// From now on changes are noted. `pageCount`: pages behind are new, and nobody will miss what they held.
+    void Begin(PageNumber pageCount);
+    void End() noexcept;
+    [[nodiscard]] bool IsOpen() const noexcept { return isOpen_; }
+    [[nodiscard]] bool IsEmpty() const noexcept { return used_ == 0 && segments_.empty(); }
+    [[nodiscard]] PageNumber PageCount() const noexcept { return pageCount_; } ///< given to Begin()
+
+    /// Notes `size` bytes at `offset` of `page`, whose content is `content`, before they are changed. Throws DiskFull,
+    /// DiskError; what was noted before is still there then.
+    void Note(PageNumber page, const Byte* content, std::size_t offset, std::size_t size, bool isDirty)
+    {
+        if (isOpen_ && page < pageCount_ && !TestBit(whole_, page))
+            Append(page, content, offset, size, isDirty);
+    }
+    /// All that was noted, the last first: pieces of one page may overlap, and the oldest is what counts.
+    template <typename Visit>
+    void VisitBackwards(const Visit& visit)
+    {
+        VisitHeld(used_, visit);
+        std::uint64_t end = spilled_;
+        for (std::size_t i = segments_.size(); i-- > 0;) {
+            end -= segments_[i];
+            file_->ReadAt(end, MutableBytes(log_).first(segments_[i]));
+            VisitHeld(segments_[i], visit);
+        }
+    }
+
+private:
+    /// Stands behind the bytes of each piece, as the log is read backwards.
+    struct Trailer {
+        PageNumber page;
+        std::uint16_t offset;
+        std::uint16_t size;
+        std::uint32_t wasDirty;
+    };
+
+    void Append(PageNumber page, const Byte* content, std::size_t offset, std::size_t size, bool isDirty);
+    void MakeRoom(std::size_t size);
+    void Spill();
+    template <typename Visit>
+    void VisitHeld(std::size_t end, const Visit& visit) const
+    {
+        while (end != 0) {
+            Trailer trailer;
+            std::memcpy(&trailer, log_.data() + end - sizeof trailer, sizeof trailer);
+            end -= sizeof trailer + trailer.size;
+            visit(
+                Piece{trailer.page, trailer.offset, ByteSpan(log_).subspan(end, trailer.size), trailer.wasDirty != 0});
+        }
+    }
+
+    std::size_t pageSize_;
+    std::size_t budget_;
+    MakeFile makeFile_;
+    bool isOpen_ = false;
+    PageNumber pageCount_ = 0;
+    Bytes log_;
+    std::size_t used_ = 0;               ///< bytes of log_
+    Bytes whole_;                        ///< bit p = page p is held as a whole
+    std::vector<PageNumber> wholePages_; ///< whose bits may be set
+    std::unique_ptr<File> file_;
+    std::uint64_t spilled_ = 0;         ///< bytes in file_
+    std::vector<std::size_t> segments_; ///< by which they are read back
+};
+
+} // namespace jet
