@@ -57,8 +57,8 @@ RunOutcome Batch::btnConvert_Click(const std::optional<std::string>& refusal)
     }
     ShowRunning(true);
     UrlSource source(job_);
-    DatabaseSession session;
-    Procedure(job_, "btnConvert_Click", [&](Step& step) { Run(source, session, step); });
+    DatabaseSession session(locks_);
+    Guarded(job_.log, [&] { Procedure(job_, "btnConvert_Click", [&](Step& step) { Run(source, session, step); }); });
     if (job_.settings.blAbort) {
         if (session.IsOpen())
             EndEarly(session);
@@ -87,7 +87,8 @@ bool Batch::RefusesToBegin(const std::optional<std::string>& refusal)
     if (!reason)
         return false;
     if (!IsProtocolClashing(job_.controls))
-        Procedure(job_, "btnConvert_Click", [this](Step& step) { OpenProtocolFile(step); });
+        Guarded(job_.log,
+                [this] { Procedure(job_, "btnConvert_Click", [this](Step& step) { OpenProtocolFile(step); }); });
     job_.log.ProtocolAppend(*reason);
     CloseProtocolFile();
     return true;
@@ -105,8 +106,7 @@ void Batch::Run(UrlSource& source, DatabaseSession& session, Step& step)
         tagMap_.Compact();
         return tagMap_.UpperBound() >= 1;
     });
-    if (!source.Fetch(places_))
-        return;
+    source.Fetch(places_);
     const std::string& path = job_.controls.txtFILE_XML.text;
     files_ = ListFiles(path);
     std::optional<std::string> reason = NoSource(path, files_);
@@ -121,11 +121,11 @@ void Batch::Run(UrlSource& source, DatabaseSession& session, Step& step)
         job_.log.ProtocolAppend(warning);
     if (usesScratch)
         TakeFreeScratchDatabase(job_, places_);
-    velOpenDatabase(job_, session);
+    Guarded(job_.log, [&] { velOpenDatabase(job_, session); });
     if (!job_.settings.blRecreateDatabase && job_.settings.blEmptyTables)
         velEmptyTablesAll(job_, session);
     Convert(session, step);
-    if (!hasCommitted_ && !job_.settings.blAbort)
+    if (!hasCommitted_)
         TellThatNothingWasRead();
 }
 
@@ -183,40 +183,44 @@ void Batch::Convert(DatabaseSession& session, Step& step)
     job_.host.SetProgress(ProgressBarId::Files, 0);
     FilesOfRun filesOfRun(job_.controls, files_);
     for (std::size_t n = 1; n <= files_.size(); ++n) {
-        job_.host.ProcessEvents();
-        if (job_.settings.blAbort)
-            return;
+        job_.ProcessEvents();
         const std::string& path = files_[n - 1];
         tried_ = n;
         job_.log.ProtocolAppend("File " + std::to_string(n) + " of " + std::to_string(files_.size()) + ": " + path);
         const bool converted = ConvertOneFile(path, session, filesOfRun);
-        if (!job_.settings.blAbort)
-            FinishFile(path, converted, session, step);
+        FinishFile(path, converted, session, step);
         job_.host.SetProgress(ProgressBarId::Files, static_cast<std::int64_t>(n));
     }
 }
 
-/// True when the file could be read, whatever came of it.
+/// True when the file could be read. A step that fails, or in which the user cancels, ends the run only after the
+/// closing ones: the steps between write their trace lines and no more.
 bool Batch::ConvertOneFile(const std::string& path, DatabaseSession& session, FilesOfRun& filesOfRun)
 {
     job_.controls.txtXML.clear();
     job_.host.SetProgress(ProgressBarId::Records, 0);
     LoadedXml xml = velLoadXML(job_, path);
-    if (job_.settings.blAbort)
-        return xml.readable;
+    const auto run = [this](auto&& step) { return Guarded(job_.log, step); };
+    const auto createDatabase = [&](StructureModel& model, int pass) {
+        velCreateDatabase(job_, session, xml.document, model, tagMap_, pass);
+    };
     StructureModel model;
-    velAnalyseXML(job_, xml.document, model);
-    velCreateDatabase(job_, session, xml.document, model, tagMap_,
-                      job_.settings.blExtendMdb ? schema_pass::kExtendStructure : schema_pass::kCreateTables);
+    run([&] { velAnalyseXML(job_, xml.document, model); });
+    run([&] {
+        createDatabase(model, job_.settings.blExtendMdb ? schema_pass::kExtendStructure : schema_pass::kCreateTables);
+    });
     if (job_.settings.blCreateTableRelations)
-        velCreateDatabase(job_, session, xml.document, model, tagMap_, schema_pass::kCreateRelations);
+        run([&] { createDatabase(model, schema_pass::kCreateRelations); });
     TableSinks sinks;
-    velOpenTables(job_, session, model, tagMap_, filesOfRun, sinks);
-    outcome_.valuesLeftOut += ImportDocument(job_, session, path, xml.document, model, tagMap_, sinks);
+    run([&] { velOpenTables(job_, session, model, tagMap_, filesOfRun, sinks); });
+    DocumentImport import(job_, session, path, xml.document, model, tagMap_, sinks);
+    const bool imported = run([&] { import.Run(); });
+    outcome_.valuesLeftOut += import.Tell(imported);
     outcome_.recordsWithoutText += velCloseTables(job_, session, sinks);
     unfinishedRecords_ = sinks.SavedRecords();
     textFilesChanged_ =
         textFilesChanged_ || filesOfRun.HasChanged() || (job_.settings.blTextExport && unfinishedRecords_ > 0);
+    ThrowIfAborted(job_.settings);
     return xml.readable;
 }
 

@@ -2,6 +2,7 @@
 
 #include "driver/places.h"
 #include "mapping/tag_map.h"
+#include "schema/lock_retry.h"
 #include "schema/table_report.h"
 #include "settings/job.h"
 
@@ -41,6 +42,8 @@ public:
     /// The whole run; with a `refusal`, which came up before it, only that is said. Reports its own failures; never
     /// throws.
     RunOutcome btnConvert_Click(const std::optional<std::string>& refusal = std::nullopt);
+    /// What the runs from now on take for the locks of others, and how they wait for them: for tests.
+    void SetLocks(LockSeam locks) { locks_ = std::move(locks); }
     /// Cancels the run that is going on, after asking unless quiet. Nothing without one.
     void btnQuit_Click();
 
@@ -63,6 +66,7 @@ private:
     Job& job_;
     TagMap& tagMap_;
     Places places_;
+    LockSeam locks_;
     RunOutcome outcome_;
     bool hasCommitted_ = false;          ///< a file of this run is complete in the database
     bool commitFailed_ = false;          ///< what was not committed then is lost

@@ -23,8 +23,8 @@ std::string_view ShellAndWait(Job& job, const std::string& commandLine, double t
         return kShellError;
     for (;;) {
         const bool ended = program->HasEnded(kPollMilliseconds);
-        job.host.ProcessEvents();
-        if (ended || job.settings.blAbort)
+        job.ProcessEvents();
+        if (ended)
             return kShellOk;
         if (timeoutSeconds > 0 && static_cast<double>(CoarseMilliseconds() - begin) > timeoutSeconds * 1000)
             return kShellTimeout;

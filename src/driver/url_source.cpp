@@ -128,8 +128,6 @@ bool Download(Job& job, const std::string& curl, const DownloadFiles& files, Pas
              "curl took longer than the " + job.controls.txtTIMEOUT.text + " seconds of timeout=");
     if (result == kShellError)
         Fail(step, "Error receiving the file", "\"" + curl + "\" could not be started");
-    if (job.settings.blAbort)
-        return true;
     CurlLog log = ReadCurlLog(files.Log());
     if (log.isUnauthorized && form == PasswordForm::AfterBlank && !job.controls.txtXML_USER.text.empty())
         return false;
@@ -176,25 +174,19 @@ std::string GetXMLfromURL(Job& job, const Places& places)
         if (!Download(job, curl, files, PasswordForm::AfterBlank, step)) {
             job.log.ProtocolAppend("The server does not take the password with a blank in front: once more without it");
             static_cast<void>(Download(job, curl, files, PasswordForm::AsItIs, step));
-            if (!job.settings.blAbort)
-                job.log.ProtocolAppend("The server took the password without a blank in front");
+            job.log.ProtocolAppend("The server took the password without a blank in front");
         }
-        if (job.settings.blAbort)
-            return;
         path = files.KeepXml();
     });
     return path;
 }
 
-bool UrlSource::Fetch(const Places& places)
+void UrlSource::Fetch(const Places& places)
 {
     if (!job_.controls.FromUrl())
-        return true;
+        return;
     download_ = GetXMLfromURL(job_, places);
-    if (download_.empty())
-        return false;
     typed_ = std::exchange(job_.controls.txtFILE_XML.text, download_);
-    return true;
 }
 
 void UrlSource::Release()

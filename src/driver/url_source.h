@@ -13,8 +13,8 @@ namespace velmora {
 /// from 1 stands behind the time while the name is taken. `now` is asked anew for each try. Throws RuntimeError.
 [[nodiscard]] std::string ReserveDownload(const std::string& folder, const std::function<std::time_t()>& now);
 
-/// Downloads the XML file that the controls name by its address, with curl, and gives its path. Empty after an error,
-/// which is reported, and after a cancel: nothing is left of the download then.
+/// Downloads the XML file that the controls name by its address, with curl, and gives its path. After an error or a
+/// cancel nothing is left of the download.
 [[nodiscard]] std::string GetXMLfromURL(Job& job, const Places& places);
 
 /// The source of a run whose source is a web address: while it is held, the downloaded file's path stands in the
@@ -26,8 +26,8 @@ public:
     UrlSource(const UrlSource&) = delete;
     UrlSource& operator=(const UrlSource&) = delete;
 
-    /// Downloads the file; nothing in a run over local files. False when nothing was downloaded.
-    [[nodiscard]] bool Fetch(const Places& places);
+    /// Downloads the file; nothing in a run over local files.
+    void Fetch(const Places& places);
     void Release();
 
 private:

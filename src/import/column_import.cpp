@@ -21,46 +21,17 @@ void ColumnImport::velImportNodeColumns(ElementId element, int sink)
             step([this, leaf, sink] {
                 return "Insert value for [" + sinks_[sink].records->Source() + "].[" + fields_.ColumnOfLeaf(leaf) + "]";
             });
-            try {
-                const LossReason refusal = ImportLeaf(leaf, sink);
-                const bool mayHaveOwnTable = refusal != LossReason::None && refusal != LossReason::KeyColumn;
-                if (!mayHaveOwnTable || (!job_.settings.blAbort && !ImportLeafIntoOwnTable(leaf, sink)))
-                    Refuse(sinks_[sink], {leaf}, refusal);
-            } catch (const RuntimeError& error) {
-                if (!IsLockConflict(error))
-                    throw;
-                lockConflict_ = error;
-            }
-            if (job_.settings.blAbort || lockConflict_)
-                return;
+            const LossReason refusal = ImportLeaf(leaf, sink);
+            const bool mayHaveOwnTable = refusal != LossReason::None && refusal != LossReason::KeyColumn;
+            if (!mayHaveOwnTable || !ImportLeafIntoOwnTable(leaf, sink))
+                Refuse(sinks_[sink], {leaf}, refusal);
         }
     });
-    ThrowIfLocked();
 }
 
 void ColumnImport::velImportNodeAttributes(ElementId element, int sink)
 {
-    Procedure(job_, "velImportNodeAttributes", [&](Step& step) {
-        try {
-            SetAttributes(element, sink, step);
-        } catch (const RuntimeError& error) {
-            if (!IsLockConflict(error))
-                throw;
-            lockConflict_ = error;
-        }
-    });
-    ThrowIfLocked();
-}
-
-/// A lock held by somebody else is for the builder of the record to wait for; it is no failure of the procedure that
-/// met it.
-void ColumnImport::ThrowIfLocked()
-{
-    if (!lockConflict_)
-        return;
-    const RuntimeError conflict = *lockConflict_;
-    lockConflict_.reset();
-    throw conflict;
+    Procedure(job_, "velImportNodeAttributes", [&](Step& step) { SetAttributes(element, sink, step); });
 }
 
 /// What the leaf's value was refused for, if it was: it is not yet lost then.
@@ -118,8 +89,7 @@ bool ColumnImport::ImportLeafIntoOwnTable(ElementId leaf, int ownerSink)
         writer_.SetMasterTable(sink, owner.records->Source());
     writer_.SetForeignKey(sink, writer_.Key(owner));
     ImportOwnText(leaf, sink);
-    if (!job_.settings.blAbort)
-        Save(number, ownerSink);
+    Save(number, ownerSink);
     return true;
 }
 
@@ -142,8 +112,6 @@ void ColumnImport::SetAttributes(ElementId element, int sinkNumber, Step& step)
         const RawName rawName{job_.settings.strAttrPrefix, document_.NameText(name)};
         Refuse(sink, origin,
                place.field ? SetUnlessWrongType(sink, *place.field, rawName, value, origin) : place.refusal);
-        if (job_.settings.blAbort)
-            return;
     }
 }
 
@@ -154,7 +122,7 @@ void ColumnImport::velImportTwinBabyElements(ElementId leaf, std::int32_t ownerK
     const int number = SinkOf(leaf);
     if ((content.empty() && !withAttributes) || number == TableSinks::kNone || !sinks_[number].HasTable())
         return;
-    const bool completed = Procedure(job_, "velImportTwinBabyElements", [&](Step& step) {
+    Procedure(job_, "velImportTwinBabyElements", [&](Step& step) {
         TableSink& sink = sinks_[number];
         step([&sink] { return "Add new record to table [" + sink.records->Source() + "]"; });
         writer_.Begin(sink, leaf);
@@ -166,21 +134,17 @@ void ColumnImport::velImportTwinBabyElements(ElementId leaf, std::int32_t ownerK
             });
             ImportOwnText(leaf, sink);
         }
-        if (withAttributes && !job_.settings.blAbort) {
+        if (withAttributes) {
             step([this, leaf] {
                 return "Tag " + PathOf(leaf) + " has 0 children but " + std::to_string(document_.AttributeCount(leaf)) +
                        " attributes.";
             });
             velImportNodeAttributes(leaf, number);
         }
-        if (job_.settings.blAbort)
-            return;
         step([&sink] { return "Update record in table [" + sink.records->Source() + "]"; });
         Save(number, ownerSink);
         CountRecord();
     });
-    if (!completed || job_.settings.blAbort)
-        writer_.Abandon(kNoElement);
 }
 
 void ColumnImport::velImportNodeAttributesRecord(ElementId leaf, int leafSink, int ownerSink, std::int32_t ownerKey)
@@ -188,7 +152,7 @@ void ColumnImport::velImportNodeAttributesRecord(ElementId leaf, int leafSink, i
     TableSink& sink = sinks_[leafSink];
     if (!sink.HasTable())
         return;
-    const bool completed = Procedure(job_, "velImportNodeAttributesRecord", [&](Step& step) {
+    Procedure(job_, "velImportNodeAttributesRecord", [&](Step& step) {
         step([this, leaf] {
             return "Tag " + PathOf(leaf) + " has 0 children but " + std::to_string(document_.AttributeCount(leaf)) +
                    " attributes.";
@@ -197,14 +161,10 @@ void ColumnImport::velImportNodeAttributesRecord(ElementId leaf, int leafSink, i
         writer_.Begin(sink, leaf);
         writer_.SetForeignKey(sink, ownerKey);
         SetAttributes(leaf, leafSink, step);
-        if (job_.settings.blAbort)
-            return;
         step([&sink] { return "Update record in table [" + sink.records->Source() + "]"; });
         Save(leafSink, ownerSink);
         CountRecord();
     });
-    if (!completed || job_.settings.blAbort)
-        writer_.Abandon(kNoElement);
 }
 
 void ColumnImport::Save(int sinkNumber, int ownerSink)

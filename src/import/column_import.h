@@ -6,13 +6,12 @@
 #include "import/value_account.h"
 #include "schema/engine_errors.h"
 
-#include <optional>
 #include <string>
 
 namespace velmora {
 
 /// Fills records with the values of the document: an element's leaves and attributes, and the small records that leaves
-/// of their own need. Each operation reports its own failure; blAbort is set then.
+/// of their own need.
 class ColumnImport {
 public:
     /// `source` is the file from which the document was loaded.
@@ -52,7 +51,6 @@ private:
     static void Refuse(TableSink& sink, ValueOrigin origin, LossReason reason);
     [[nodiscard]] std::string HelpFor(const EngineError& error, const TableSink& sink, int ownerSink);
     void SetAttributes(ElementId element, int sink, Step& step);
-    void ThrowIfLocked();
 
     Job& job_;
     const DatabaseSession& session_;
@@ -62,7 +60,6 @@ private:
     TableSinks& sinks_;
     FieldFinder fields_;
     RecordWriter writer_;
-    std::optional<RuntimeError> lockConflict_;
     std::int32_t records_ = 0;
     bool estimateExceeded_ = false;
 };

@@ -1,20 +1,14 @@
 #include "import/node_importer.h"
 
-#include "import/column_import.h"
 #include "import/loss_report.h"
-#include "schema/engine_errors.h"
+#include "schema/lock_retry.h"
 
-#include <chrono>
 #include <string>
-#include <thread>
 #include <vector>
 
 namespace velmora {
 
 namespace {
-
-constexpr std::chrono::seconds kRetryTime{10};
-constexpr std::chrono::milliseconds kRetryPause{100};
 
 /// An element whose children are being walked.
 struct Level {
@@ -31,8 +25,8 @@ struct Level {
 /// it likes.
 class NodeImporter {
 public:
-    NodeImporter(Job& job, const Document& document, TableSinks& sinks, ColumnImport& columns)
-        : job_(job), document_(document), sinks_(sinks), columns_(columns)
+    NodeImporter(Job& job, const LockSeam& locks, const Document& document, TableSinks& sinks, ColumnImport& columns)
+        : job_(job), locks_(locks), document_(document), sinks_(sinks), columns_(columns)
     {
     }
 
@@ -40,8 +34,8 @@ public:
 
 private:
     void Enter(ElementId element, int parentSink, std::int32_t parentKey, Step& step);
-    [[nodiscard]] bool BuildRecord(Level& level, Step& step);
-    [[nodiscard]] bool TryBuildRecord(Level& level, Step& step);
+    void BuildRecord(Level& level, Step& step);
+    void TryBuildRecord(Level& level, Step& step);
     void ImportChild(Level& level, ElementId child, Step& step);
     void ImportChildOfWrapper(const Level& level, ElementId child, Step& step);
     void ImportLeafBesideColumns(Level& level, ElementId leaf);
@@ -49,6 +43,7 @@ private:
     [[nodiscard]] std::string_view SourceOf(int sink) const;
 
     Job& job_;
+    const LockSeam& locks_;
     const Document& document_;
     TableSinks& sinks_;
     ColumnImport& columns_;
@@ -59,7 +54,7 @@ void NodeImporter::velImportNode()
 {
     Procedure(job_, "velImportNode", [&](Step& step) {
         Enter(document_.Root(), 0, 0, step);
-        while (!levels_.empty() && !job_.settings.blAbort) {
+        while (!levels_.empty()) {
             Level& level = levels_.back();
             const ElementId child = level.child;
             if (child == kNoElement) {
@@ -75,9 +70,8 @@ void NodeImporter::velImportNode()
 void NodeImporter::Enter(ElementId element, int parentSink, std::int32_t parentKey, Step& step)
 {
     job_.host.ProcessEvents();
-    job_.log.Trace("velImportNode: ");
-    if (job_.settings.blAbort)
-        return;
+    job_.log.Trace("velImportNode: "); // like every procedure's name, also when the run ends here
+    ThrowIfAborted(job_.settings);
     Level level{.element = element,
                 .child = document_.FirstChild(element),
                 .sink = columns_.SinkOf(element),
@@ -87,8 +81,7 @@ void NodeImporter::Enter(ElementId element, int parentSink, std::int32_t parentK
     if (level.sink != TableSinks::kNone && !sinks_[level.sink].HasTable())
         level.sink = TableSinks::kNone;
     if (level.sink != TableSinks::kNone) {
-        if (!BuildRecord(level, step))
-            return;
+        BuildRecord(level, step);
         const auto parentPath = [this, element] {
             return document_.PathText(document_.Paths().Parent(document_.Path(element)));
         };
@@ -98,33 +91,26 @@ void NodeImporter::Enter(ElementId element, int parentSink, std::int32_t parentK
     levels_.push_back(level);
 }
 
-/// Builds the element's record, again and again for a while when somebody else holds a lock. False when the run is
-/// aborted.
-bool NodeImporter::BuildRecord(Level& level, Step& step)
+/// Builds the element's record, again and again for a while when somebody else holds a lock.
+void NodeImporter::BuildRecord(Level& level, Step& step)
 {
-    const auto start = std::chrono::steady_clock::now();
-    for (;;) {
-        try {
-            if (TryBuildRecord(level, step))
-                return true;
-            columns_.Writer().Abandon(level.element);
+    const LockWait wait(locks_);
+    const auto startAgain = [&] {
+        columns_.Writer().Abandon();
+        if (wait.IsOver())
             return false;
-        } catch (const RuntimeError& error) {
-            columns_.Writer().Abandon(level.element);
-            if (!IsLockConflict(error) || std::chrono::steady_clock::now() - start >= kRetryTime)
-                throw;
-        }
         const TableSink& sink = sinks_[level.sink];
         job_.log.ProtocolAppend("E_FAIL on table [" + sink.records->Source() + "], record " +
                                 std::to_string(sink.savedRecords + 1));
-        std::this_thread::sleep_for(kRetryPause);
-        job_.host.ProcessEvents();
-        if (job_.settings.blAbort)
-            return false;
-    }
+        wait.Pause();
+        job_.ProcessEvents();
+        return true;
+    };
+    RetryWhile(
+        IsLockConflict, [&] { TryBuildRecord(level, step); }, startAgain);
 }
 
-bool NodeImporter::TryBuildRecord(Level& level, Step& step)
+void NodeImporter::TryBuildRecord(Level& level, Step& step)
 {
     TableSink& sink = sinks_[level.sink];
     RecordWriter& writer = columns_.Writer();
@@ -139,19 +125,14 @@ bool NodeImporter::TryBuildRecord(Level& level, Step& step)
         step([&records = *sink.records] { return "Import all attributes into table [" + records.Source() + "]"; });
         columns_.velImportNodeAttributes(level.element, level.sink);
     }
-    if (!job_.settings.blAbort && HasColumnsToImport(sink.element)) {
+    if (HasColumnsToImport(sink.element)) {
         step([&records = *sink.records] { return "Import all columns into table [" + records.Source() + "]"; });
         columns_.velImportNodeColumns(level.element, level.sink);
     }
-    if (job_.settings.blAbort)
-        return false;
     level.key = writer.Key(sink); // the pending record has it at hand; the saved one would have to be read
     step([&records = *sink.records] { return "Update record in table [" + records.Source() + "]"; });
     columns_.Save(level.sink, level.parentSink);
-    if (job_.settings.blAbort)
-        return false;
     columns_.CountRecord();
-    return true;
 }
 
 /// An element whose columns are no more than its attributes has no leaf to look for. Repeated leaves that stand beside
@@ -217,20 +198,29 @@ std::string_view NodeImporter::SourceOf(int sink) const
 
 } // namespace
 
-std::int64_t ImportDocument(Job& job, DatabaseSession& session, const std::string& source, const Document& document,
-                            const StructureModel& model, const TagMap& map, TableSinks& sinks)
+DocumentImport::DocumentImport(Job& job, DatabaseSession& session, const std::string& source, const Document& document,
+                               const StructureModel& model, const TagMap& map, TableSinks& sinks)
+    : job_(job), session_(session), document_(document), model_(model), sinks_(sinks), account_(document),
+      columns_(job, session, source, document, model, map, sinks, account_)
 {
-    if (job.settings.blAbort)
-        return 0;
-    job.log.ProtocolAppend("Import XML: Approx. " + std::to_string(model.lngRecordEstimate) +
-                           " records will be imported");
-    ValueAccount account(document);
-    ColumnImport columns(job, session, source, document, model, map, sinks, account);
-    job.log.Trace("--- Start importing nodes -----------------");
-    if (!document.IsEmpty())
-        NodeImporter(job, document, sinks, columns).velImportNode();
-    job.log.ProtocolAppend("Import XML: " + std::to_string(columns.RecordCount()) + " records were imported");
-    return job.settings.blAbort ? 0 : ReportLoss(job, document, account);
+}
+
+void DocumentImport::Run()
+{
+    ThrowIfAborted(job_.settings);
+    hasBegun_ = true;
+    job_.log.ProtocolAppend("Import XML: Approx. " + std::to_string(model_.lngRecordEstimate) +
+                            " records will be imported");
+    job_.log.Trace("--- Start importing nodes -----------------");
+    if (!document_.IsEmpty())
+        NodeImporter(job_, session_.Locks(), document_, sinks_, columns_).velImportNode();
+}
+
+std::int64_t DocumentImport::Tell(bool completed) const
+{
+    if (hasBegun_)
+        job_.log.ProtocolAppend("Import XML: " + std::to_string(columns_.RecordCount()) + " records were imported");
+    return completed ? ReportLoss(job_, document_, account_) : 0;
 }
 
 } // namespace velmora

@@ -1,14 +1,35 @@
 #pragma once
 
-#include "import/table_sinks.h"
+#include "import/column_import.h"
+
+#include <cstdint>
+#include <string>
 
 namespace velmora {
 
-/// Walks the document, which was loaded from the file `source`, once and turns it into records in the opened sinks:
-/// each element that has a table becomes a record, linked to the record of the nearest element above it that has one.
-/// Says in the protocol how many records were expected and written, and how many of the document's values were not:
-/// gives that number.
-std::int64_t ImportDocument(Job& job, DatabaseSession& session, const std::string& source, const Document& document,
-                            const StructureModel& model, const TagMap& map, TableSinks& sinks);
+/// The import of one document, which was loaded from the file `source`, into the opened sinks.
+class DocumentImport {
+public:
+    DocumentImport(Job& job, DatabaseSession& session, const std::string& source, const Document& document,
+                   const StructureModel& model, const TagMap& map, TableSinks& sinks);
+
+    /// Walks the document once and turns it into records: each element that has a table becomes a record, linked to the
+    /// record of the nearest element above it that has one. What throws leaves a record that was begun to
+    /// velCloseTables.
+    void Run();
+    /// Says in the protocol how many records were written, also of a run that has ended early; of one that was
+    /// `completed` also how many of the document's values were not imported: gives that number.
+    std::int64_t Tell(bool completed) const;
+
+private:
+    Job& job_;
+    DatabaseSession& session_;
+    const Document& document_;
+    const StructureModel& model_;
+    TableSinks& sinks_;
+    ValueAccount account_;
+    ColumnImport columns_;
+    bool hasBegun_ = false;
+};
 
 } // namespace velmora

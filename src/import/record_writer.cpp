@@ -106,8 +106,7 @@ void RecordWriter::Set(TableSink& sink, std::size_t field, const RawName& rawNam
         const std::string meant = sink.records->FieldName(field);
         const std::size_t characters = sink.records->CountCharacters(value);
         const std::size_t small = FieldToWiden(sink, field, rawName, characters);
-        if (!Widen(sink, {Widening(sink, small, characters, origin)}))
-            return;
+        Widen(sink, {Widening(sink, small, characters, origin)});
         field = sink.records->FieldIndex(meant).value();
     }
 }
@@ -143,20 +142,17 @@ ColumnToWiden RecordWriter::Widening(const TableSink& sink, std::size_t field, s
             PathOfValue(document_, path, origin.attribute, job_.settings.strAttrPrefix)};
 }
 
-/// False when that failed, which has been reported.
-bool RecordWriter::Widen(TableSink& sink, const std::vector<ColumnToWiden>& columns)
+void RecordWriter::Widen(TableSink& sink, const std::vector<ColumnToWiden>& columns)
 {
     // Only this sink can have a pending record on the table: an owner on the same one would have had the column itself.
     const ValuesByName values(sink);
-    if (!velChangeColumnToMemo(job_, session_, sink.records->Source(), columns))
-        return false;
+    velChangeColumnToMemo(job_, session_, sink.records->Source(), columns);
     FindKeys(sink);
     values.PutBack();
-    return true;
 }
 
-/// The record did not fit its page: texts become memos, as many as that takes. As Widen().
-bool RecordWriter::MakeFit(TableSink& sink, const EngineError& error)
+/// The record did not fit its page: texts become memos, as many as that takes.
+void RecordWriter::MakeFit(TableSink& sink, const EngineError& error)
 {
     const auto texts = sink.records->TextsToWiden();
     if (!texts)
@@ -170,7 +166,7 @@ bool RecordWriter::MakeFit(TableSink& sink, const EngineError& error)
         sink.records->AppendText(field, text);
         columns.push_back(Widening(sink, field, sink.records->CountCharacters(text), sink.values.byField[field]));
     }
-    return Widen(sink, columns);
+    Widen(sink, columns);
 }
 
 void RecordWriter::Save(TableSink& sink)
@@ -182,21 +178,21 @@ void RecordWriter::Save(TableSink& sink)
         } catch (const EngineError& error) {
             if (error.Number() != engine_errors::kRecordTooLarge)
                 throw;
-            if (!MakeFit(sink, error))
-                return;
+            MakeFit(sink, error);
         }
     }
     begun_.pop_back();
     ++sink.savedRecords;
     account_.Stored(sink.values);
-    velWriteRecordToFile(job_, sink, false);
-    if (!begun_.empty()) {
+    // Before its line, which may fail: the record is in its table, whatever comes.
+    const bool isInner = !begun_.empty();
+    if (isInner)
         AddProvisionalRow(sink);
-        return;
-    }
-    if (sink.text.file)
+    else
+        KeepProvisionalRows();
+    velWriteRecordToFile(job_, sink, false);
+    if (!isInner && sink.text.file)
         sink.text.file->Settle();
-    KeepProvisionalRows();
 }
 
 /// The owner stands: what was saved for it stays.
@@ -223,38 +219,19 @@ std::int32_t RecordWriter::Key(TableSink& sink)
     return sink.primaryKey ? sink.records->GetLong(*sink.primaryKey) : 0;
 }
 
-void RecordWriter::Abandon(ElementId owner)
+void RecordWriter::Abandon()
 {
-    for (; !begun_.empty(); begun_.pop_back()) {
-        TableSink& sink = *begun_.back();
-        if (sink.records->IsOpen() && sink.records->IsPending())
-            sink.records->CancelUpdate();
-    }
+    if (begun_.empty())
+        return;
+    const ElementId owner = begun_.front()->values.element;
+    for (; !begun_.empty(); begun_.pop_back())
+        begun_.back()->DropPending();
     if (provisional_.empty())
         return;
     for (TableSink* const sink : provisional_)
-        RemoveProvisionalRows(*sink);
+        sink->RemoveProvisionalRows();
     provisional_.clear();
     account_.TakeBackChildTexts(owner);
-}
-
-void RecordWriter::RemoveProvisionalRows(TableSink& sink)
-{
-    sink.savedRecords -= static_cast<std::int64_t>(sink.provisionalRows.size());
-    if (sink.text.file)
-        sink.text.file->RollBack();
-    try {
-        if (sink.records->IsOpen())
-            for (const std::uint64_t row : sink.provisionalRows)
-                sink.records->DeleteBookmark(row);
-    } catch (const RuntimeError& error) {
-        if (error.Number() != engine_errors::kRecordDeleted)
-            throw;
-        // A widening has made the engine write the table anew, with all rows in other places: their key tells them.
-        if (sink.foreignKey)
-            sink.records->DeleteRows(*sink.foreignKey, sink.provisionalKey);
-    }
-    sink.provisionalRows.clear();
 }
 
 } // namespace velmora

@@ -24,7 +24,7 @@ struct RawName {
 /// Builds records in sinks, one at a time, or one inside another: a repeated leaf's while its owner's is not yet saved.
 /// Repairs what can be repaired on the way: a text too long for its column, a record too large for a page.
 ///
-/// Where a repair fails, that failure has been reported, blAbort is set, and the operation returns without effect.
+/// An operation that throws leaves what was begun to Abandon(), or to velCloseTables when the run ends.
 class RecordWriter {
 public:
     RecordWriter(Job& job, DatabaseSession& session, const Document& document, ValueAccount& account)
@@ -46,22 +46,20 @@ public:
     void Save(TableSink& sink);
     /// The primary key of the pending record, else of the one last saved; 0 when the table has none.
     [[nodiscard]] std::int32_t Key(TableSink& sink);
-    /// Drops every record that is not yet saved, and the rows saved for `owner`, if that is the element of such a
-    /// record.
-    void Abandon(ElementId owner);
+    /// Drops every record that is not yet saved, and the rows saved for the oldest of them: as if none had been begun.
+    void Abandon();
 
 private:
     void KeepProvisionalRows();
     void AddProvisionalRow(TableSink& sink);
-    void RemoveProvisionalRows(TableSink& sink);
     void FindKeys(TableSink& sink) const;
     static void ClearDefault(TableSink& sink, std::size_t field);
     [[nodiscard]] std::size_t FieldToWiden(const TableSink& sink, std::size_t field, const RawName& rawName,
                                            std::size_t characters) const;
     [[nodiscard]] ColumnToWiden Widening(const TableSink& sink, std::size_t field, std::size_t characters,
                                          ValueOrigin origin) const;
-    [[nodiscard]] bool Widen(TableSink& sink, const std::vector<ColumnToWiden>& columns);
-    [[nodiscard]] bool MakeFit(TableSink& sink, const EngineError& error);
+    void Widen(TableSink& sink, const std::vector<ColumnToWiden>& columns);
+    void MakeFit(TableSink& sink, const EngineError& error);
 
     Job& job_;
     DatabaseSession& session_;

@@ -2,6 +2,7 @@
 
 #include "import/text_export.h"
 #include "schema/catalog_queries.h"
+#include "schema/engine_errors.h"
 #include "schema/table_name.h"
 
 #include <string>
@@ -26,6 +27,31 @@ std::int64_t TableSinks::SavedRecords() const noexcept
     return records;
 }
 
+void TableSink::DropPending()
+{
+    if (records->IsOpen() && records->IsPending())
+        records->CancelUpdate();
+}
+
+void TableSink::RemoveProvisionalRows()
+{
+    savedRecords -= static_cast<std::int64_t>(provisionalRows.size());
+    if (text.file)
+        text.file->RollBack();
+    try {
+        if (records->IsOpen())
+            for (const std::uint64_t row : provisionalRows)
+                records->DeleteBookmark(row);
+    } catch (const RuntimeError& error) {
+        if (error.Number() != engine_errors::kRecordDeleted)
+            throw;
+        // A widening has made the engine write the table anew, with all rows in other places: their key tells them.
+        if (foreignKey)
+            records->DeleteRows(*foreignKey, provisionalKey);
+    }
+    provisionalRows.clear();
+}
+
 void velOpenTables(Job& job, DatabaseSession& session, StructureModel& model, const TagMap& map, FilesOfRun& filesOfRun,
                    TableSinks& sinks)
 {
@@ -34,8 +60,6 @@ void velOpenTables(Job& job, DatabaseSession& session, StructureModel& model, co
             ElementInfo& element = model.Element(number);
             if (element.lngMaxChildren < 1 && element.lngMaxTwins < 1 && element.lngAttributes < 1)
                 continue;
-            if (job.settings.blAbort)
-                return;
             TableSink& sink = sinks.Append(element);
             const std::string table = TableName(element, job.settings, map);
             if (!velCheckExistsTable(job, session, table))
@@ -94,10 +118,22 @@ void CloseRecordset(Recordset& records, Step& step)
 {
     if (!records.IsOpen())
         return;
-    if (records.IsPending())
-        records.CancelUpdate();
     step("Close table [" + records.Source() + "]");
     records.Close();
+}
+
+/// Records that were begun, and rows that were saved for them.
+template <class Attempt>
+void DropUnfinished(TableSinks& sinks, Attempt&& attempt)
+{
+    for (int number = 1; number <= sinks.UpperBound(); ++number) {
+        TableSink& sink = sinks[number];
+        if (!sink.records)
+            continue;
+        attempt([&] { sink.DropPending(); });
+        if (!sink.provisionalRows.empty())
+            attempt([&] { sink.RemoveProvisionalRows(); });
+    }
 }
 
 } // namespace
@@ -117,6 +153,7 @@ std::int64_t velCloseTables(Job& job, DatabaseSession& session, TableSinks& sink
             job.log.ErrorReport("velCloseTables", step.Statement(), error);
         }
     };
+    DropUnfinished(sinks, attempt);
     Shortfall shortfall;
     for (int number = 1; number <= sinks.UpperBound(); ++number) {
         TableSink& sink = sinks[number];

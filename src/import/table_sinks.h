@@ -42,6 +42,9 @@ struct TableSink {
     std::int32_t provisionalKey = 0; ///< that record's key
 
     [[nodiscard]] bool HasTable() const noexcept { return records.has_value(); }
+    void DropPending();
+    /// With their lines in the text file.
+    void RemoveProvisionalRows();
 };
 
 /// The sinks of one document, addressed by number from 1. Number 0 is never a table: it stands for "no owner".
@@ -78,9 +81,10 @@ private:
 void velOpenTables(Job& job, DatabaseSession& session, StructureModel& model, const TagMap& map, FilesOfRun& filesOfRun,
                    TableSinks& sinks);
 
-/// Closes every recordset, dropping records that an interrupted import left pending, and every text file, and adds what
-/// was saved to the session's reports. Tells what did not come through whole: characters that Access 97 does not know,
-/// records without a text file; gives the number of the latter. Goes on after a cancel or an error.
+/// Closes every recordset, dropping records that an interrupted import left pending and the rows that were saved for
+/// them, and every text file, and adds what was saved to the session's reports. Tells what did not come through whole:
+/// characters that Access 97 does not know, records without a text file; gives the number of the latter. Goes on after
+/// a cancel or an error.
 std::int64_t velCloseTables(Job& job, DatabaseSession& session, TableSinks& sinks);
 
 } // namespace velmora

@@ -38,7 +38,7 @@ private:
 
 /// Writes one line into the sink's text file: its column names (`header`), or the record just saved. Values are joined
 /// by the delimiter, in the order that the columns had when the file was opened: a column that is widened on the way
-/// moves in the table, but not in the file. Nothing without a text file. A failure ends in the error report.
+/// moves in the table, but not in the file. Nothing without a text file.
 void velWriteRecordToFile(Job& job, TableSink& sink, bool header);
 
 } // namespace velmora

@@ -51,19 +51,22 @@ void TraceEntry(ProtocolLog& log, std::string_view name, std::string_view argume
     log.Trace(std::string(name) + ": " + std::string(CutUtf8(argument, kMaxTracedArgument)));
 }
 
-void ReportCurrentException(ProtocolLog& log, std::string_view name, const Step& step)
+} // namespace procedure_detail
+
+void RethrowWithPlace(const Step& step)
 {
+    const auto place = [&] { return RuntimeError::Place{std::string(step.ProcedureName()), step.Statement()}; };
     try {
         throw;
-    } catch (const RuntimeError& error) {
-        log.ErrorReport(name, step.Statement(), error);
+    } catch (RuntimeError& error) {
+        if (!error.MetAt())
+            error.NotePlace(place());
+        throw;
     } catch (const std::bad_alloc&) {
-        log.ErrorReport(name, step.Statement(), RuntimeError(runtime_errors::kOutOfMemory, "Out of memory"));
+        throw RuntimeError(runtime_errors::kOutOfMemory, "Out of memory", place());
     } catch (const std::exception& error) {
-        log.ErrorReport(name, step.Statement(), RuntimeError(runtime_errors::kApplicationDefined, error.what()));
+        throw RuntimeError(runtime_errors::kApplicationDefined, error.what(), place());
     }
 }
-
-} // namespace procedure_detail
 
 } // namespace velmora

@@ -51,6 +51,7 @@ public:
     void SetTraced(std::string what);
     /// The statement that the error report shows.
     [[nodiscard]] std::string Statement() const;
+    [[nodiscard]] std::string_view ProcedureName() const noexcept { return name_; }
 
 private:
     static constexpr std::size_t kRoom = 64;
@@ -66,51 +67,69 @@ private:
     alignas(void*) std::byte room_[kRoom];
 };
 
+/// Throws the exception that is being handled once more, as a RuntimeError that bears a place: a RuntimeError itself,
+/// another one in a new one.
+[[noreturn]] void RethrowWithPlace(const Step& step);
+
 namespace procedure_detail {
 
 void TraceEntry(ProtocolLog& log, std::string_view name, std::string_view argument);
-/// Reports the exception that is being handled.
-void ReportCurrentException(ProtocolLog& log, std::string_view name, const Step& step);
 
 template <class Argument, class Body>
-bool Run(ProtocolLog& log, std::string_view name, const Argument& argument, Body& body)
+void Run(ProtocolLog& log, std::string_view name, const Argument& argument, Body& body)
 {
-    if (log.Flags().blAbort)
-        return false;
+    ThrowIfAborted(log.Flags());
     Step step(log, name);
     try {
         body(step);
-        return true;
     } catch (const std::exception&) {
         // What fails before its first step is told by what it was given.
         if (!step.IsSet())
             step.SetTraced(std::string(argument()));
-        ReportCurrentException(log, name, step);
-        return false;
+        RethrowWithPlace(step);
     }
 }
 
 } // namespace procedure_detail
 
 /// Runs `body(Step&)` as the procedure `name`: writes the trace line (name, ": ", the first 1,000 bytes of `argument`),
-/// returns at once when the run is aborted, and turns whatever the body throws into the error report, which aborts the
-/// run; until the body's first step the report shows `argument`. True when the body ran to its end.
+/// and goes no further when the run is aborted. An error passes, and takes the name and the current statement of the
+/// innermost procedure with it; until the body's first step that is `argument`.
 template <class Body>
-bool Procedure(ProtocolLog& log, std::string_view name, std::string_view argument, Body&& body)
+void Procedure(ProtocolLog& log, std::string_view name, std::string_view argument, Body&& body)
 {
     if (log.IsTracing())
         procedure_detail::TraceEntry(log, name, argument);
-    return procedure_detail::Run(
+    procedure_detail::Run(
         log, name, [argument] { return argument; }, body);
 }
 
 /// The same with an argument that is built only when it is traced: what runs once per element gives it so.
 template <std::invocable Argument, class Body>
-bool Procedure(ProtocolLog& log, std::string_view name, const Argument& argument, Body&& body)
+void Procedure(ProtocolLog& log, std::string_view name, const Argument& argument, Body&& body)
 {
     if (log.IsTracing())
         procedure_detail::TraceEntry(log, name, argument());
-    return procedure_detail::Run(log, name, argument, body);
+    procedure_detail::Run(log, name, argument, body);
+}
+
+/// The guard of a run: calls `body()`, and stops what unwinds out of it. An error is reported as its place says, and
+/// aborts the run; one that no procedure has let pass is none of the guard's, and passes. True when the run may go on.
+///
+/// The steps after one that failed are called all the same: their procedures write their trace lines, and no more.
+template <class Body>
+bool Guarded(ProtocolLog& log, Body&& body)
+{
+    try {
+        body();
+    } catch (const Aborted&) {
+        log.Flags().blAbort = true;
+    } catch (const RuntimeError& error) {
+        if (!error.MetAt())
+            throw;
+        log.ErrorReport(error);
+    }
+    return !log.Flags().blAbort;
 }
 
 } // namespace velmora

@@ -49,6 +49,11 @@ public:
     void WriteEarlierLines();
     /// The error report: the line, the block in the file, the message box unless quiet; sets blAbort.
     void ErrorReport(std::string_view procedureName, std::string_view statement, const RuntimeError& error);
+    /// The report of an error that knows its place.
+    void ErrorReport(const RuntimeError& error)
+    {
+        ErrorReport(error.MetAt()->procedure, error.MetAt()->statement, error);
+    }
 
     [[nodiscard]] const std::string& Text() const; ///< txtPROT: newest line first, lines end in CR LF
     void ClearText();

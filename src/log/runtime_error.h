@@ -1,21 +1,41 @@
 #pragma once
 
+#include <optional>
 #include <stdexcept>
 #include <string>
+#include <utility>
 
 namespace velmora {
 
 /// A run-time failure: a number and a description. Numbers are those of the language (9 "Subscript out of range", 53
-/// "File not found") or of the database engine (3163 and the like).
+/// "File not found") or of the database engine (3163 and the like). On its way up the innermost procedure notes in it
+/// where it was met, for the error report.
 class RuntimeError : public std::runtime_error {
 public:
-    RuntimeError(int number, const std::string& description) : std::runtime_error(description), number_(number) {}
+    struct Place {
+        std::string procedure, statement;
+    };
+
+    RuntimeError(int number, const std::string& description, std::optional<Place> metAt = std::nullopt)
+        : std::runtime_error(description), number_(number), metAt_(std::move(metAt))
+    {
+    }
 
     [[nodiscard]] int Number() const noexcept { return number_; }
+    /// None as long as no procedure has let it pass.
+    [[nodiscard]] const std::optional<Place>& MetAt() const noexcept { return metAt_; }
+    void NotePlace(Place place) { metAt_ = std::move(place); }
+    /// What was worth another try, and has failed for good, is the failure of the procedure that has tried.
+    void ForgetPlace() noexcept { metAt_.reset(); }
 
 private:
     int number_;
+    std::optional<Place> metAt_;
 };
+
+/// Thrown where a run that is to end comes by: the user has cancelled it, or an error was reported already. It is no
+/// failure, and nobody but the run's guard catches it.
+struct Aborted {};
 
 namespace runtime_errors {
 inline constexpr int kInvalidProcedureCall = 5;

@@ -102,7 +102,7 @@ constexpr std::string_view kSaveProcedure = "btnMappingSave_Click";
 bool velLoadTagMapping(Job& job, TagMap& map, const std::string& path)
 {
     bool found = false;
-    const bool completed = Procedure(job, "velLoadTagMapping", path, [&](Step& step) {
+    const auto load = [&](Step& step) {
         const std::string file = NativePath(path);
         found = FileExists(file);
         if (!found) {
@@ -112,7 +112,9 @@ bool velLoadTagMapping(Job& job, TagMap& map, const std::string& path)
         map.Clear();
         step("Open file for input.");
         ReadEntries(Text(job, file, ReadWholeFile(file)), map);
-    });
+    };
+    // No run is going on that could end with it.
+    const bool completed = Guarded(job.log, [&] { Procedure(job, "velLoadTagMapping", path, load); });
     job.host.ControlsChanged();
     return found && completed;
 }

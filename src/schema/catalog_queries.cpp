@@ -9,8 +9,7 @@ namespace {
 
 using jet::SchemaKind;
 
-/// Runs `query(Step&)` as the procedure `name`. These ask on when the run is aborted, and their first step is their
-/// trace line.
+/// Runs `query(Step&)` as the procedure `name`; its first step is its trace line.
 template <class Query>
 bool AnswerFor(Job& job, std::string_view name, Query&& query)
 {
@@ -18,11 +17,10 @@ bool AnswerFor(Job& job, std::string_view name, Query&& query)
     try {
         return query(step);
     } catch (const jet::Error& error) {
-        job.log.ErrorReport(name, step.Statement(), EngineError(error));
-    } catch (const RuntimeError& error) {
-        job.log.ErrorReport(name, step.Statement(), error);
+        throw EngineError(error, RuntimeError::Place{std::string(name), step.Statement()});
+    } catch (const std::exception&) {
+        RethrowWithPlace(step);
     }
-    return false;
 }
 
 bool AnyRow(jet::Rowset rows, std::string_view field, std::string_view value)

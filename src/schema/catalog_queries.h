@@ -8,8 +8,7 @@
 
 namespace velmora {
 
-// What the open database already holds. None of these changes it. A failure ends in the error report, and the answer is
-// false then.
+// What the open database already holds. None of these changes it.
 
 /// What is known of one table's columns: nothing before the first question, then the names of all.
 struct TableColumns {

@@ -29,11 +29,11 @@ std::string AlterStatement(const std::string& table, const std::vector<ColumnToW
 
 } // namespace
 
-bool velChangeColumnToMemo(Job& job, DatabaseSession& session, const std::string& table,
+void velChangeColumnToMemo(Job& job, DatabaseSession& session, const std::string& table,
                            const std::vector<ColumnToWiden>& columns)
 {
     const std::string names = Listed(columns, [](const ColumnToWiden&) { return ""; });
-    return Procedure(job.log, "velChangeColumnToMemo", names + " " + table, [&](Step& step) {
+    Procedure(job.log, "velChangeColumnToMemo", names + " " + table, [&](Step& step) {
         const std::string statement = AlterStatement(table, columns);
         step(statement);
         try {

@@ -21,8 +21,8 @@ struct ColumnToWiden {
 /// Makes text columns of `table` texts of 255 characters, in their places, or memos, which stand last then; what the
 /// design says about them stays. All or none are changed: an index or a relation that forbids it is found before
 /// anything is done. Records pending in recordsets on the table keep their values; positions change, see
-/// Recordset::Layout(). A failure ends in the error report, and false comes back.
-[[nodiscard]] bool velChangeColumnToMemo(Job& job, DatabaseSession& session, const std::string& table,
-                                         const std::vector<ColumnToWiden>& columns);
+/// Recordset::Layout().
+void velChangeColumnToMemo(Job& job, DatabaseSession& session, const std::string& table,
+                           const std::vector<ColumnToWiden>& columns);
 
 } // namespace velmora

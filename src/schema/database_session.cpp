@@ -102,7 +102,11 @@ void DatabaseSession::Open(const fs::path& path)
 
 void DatabaseSession::ExecuteSql(std::string_view sql)
 {
-    Translated([&] { connection_->Execute(sql); });
+    Translated([&] {
+        if (locks_.onWrite)
+            locks_.onWrite();
+        connection_->Execute(sql);
+    });
 }
 
 jet::Rowset DatabaseSession::OpenSchema(jet::SchemaKind kind, const jet::Restrictions& restrictions)
@@ -120,7 +124,7 @@ std::vector<std::string> DatabaseSession::UserTables()
 
 Recordset DatabaseSession::OpenTable(std::string_view table)
 {
-    return Recordset(Translated([&] { return connection_->OpenTable(table); }));
+    return Recordset(Translated([&] { return connection_->OpenTable(table); }), locks_);
 }
 
 void DatabaseSession::Commit()
@@ -193,9 +197,11 @@ void OpenTarget(Job& job, DatabaseSession& session, const fs::path& target, Step
     TellOfOtherFormat(job, session);
 }
 
-/// False when the user does not want another try, which has aborted the run.
+/// A user who does not want another try ends the run.
 bool WantsAnotherTry(Job& job)
 {
+    if (job.settings.blQuiet)
+        return false;
     const std::string database = "Database [" + job.controls.txtFILE_MDB.text + "]";
     const Answer answer =
         job.host.Ask(database + " is in use by somebody else.\r\nDo you want to try to open it one more time?",
@@ -203,8 +209,7 @@ bool WantsAnotherTry(Job& job)
     if (answer == Answer::Retry)
         return true;
     job.log.ProtocolAppend("Error: Open database failed. " + database + " is in use. No retry.");
-    job.settings.blAbort = true;
-    return false;
+    throw Aborted();
 }
 
 } // namespace
@@ -217,15 +222,8 @@ void velOpenDatabase(Job& job, DatabaseSession& session)
             throw RuntimeError(runtime_errors::kBadFileName, "Target MDB file not specified");
         }
         const fs::path target = PathFromUtf8(NativePath(job.controls.txtFILE_MDB.text));
-        do {
-            try {
-                OpenTarget(job, session, target, step);
-                return;
-            } catch (const RuntimeError& error) {
-                if (error.Number() != engine_errors::kFileInUse || job.settings.blQuiet)
-                    throw;
-            }
-        } while (WantsAnotherTry(job));
+        RetryWhile(
+            IsFileInUse, [&] { OpenTarget(job, session, target, step); }, [&] { return WantsAnotherTry(job); });
     });
 }
 

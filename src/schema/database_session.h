@@ -1,6 +1,7 @@
 #pragma once
 
 #include "jet/connection.h"
+#include "schema/lock_retry.h"
 #include "schema/recordset.h"
 #include "schema/table_report.h"
 #include "settings/job.h"
@@ -21,6 +22,11 @@ namespace velmora {
 /// come out as RuntimeError.
 class DatabaseSession {
 public:
+    DatabaseSession() = default;
+    explicit DatabaseSession(LockSeam locks) : locks_(std::move(locks)) {}
+    DatabaseSession(const DatabaseSession&) = delete;
+    DatabaseSession& operator=(const DatabaseSession&) = delete;
+
     /// Makes an empty database at `path`. It appears there with the first Commit(): until then an old one stays, so
     /// that there is a whole database at every moment.
     void Create(const std::filesystem::path& path, jet::JetVersion version, jet::Existing existing);
@@ -40,6 +46,8 @@ public:
     void Commit();
     /// Tables and relations that the file can still take.
     [[nodiscard]] std::size_t ObjectsLeft();
+
+    [[nodiscard]] const LockSeam& Locks() const noexcept { return locks_; }
 
     /// Notes that `table` gets no relation in this run: a later file need not try again, at the cost of another look at
     /// all rows.
@@ -62,6 +70,7 @@ public:
     [[nodiscard]] std::vector<TableReport> Reports() const { return committed_; }
 
 private:
+    LockSeam locks_;
     std::unique_ptr<jet::Connection> connection_;
     /// The name under which `table` stands in the database.
     [[nodiscard]] std::string OwnName(const std::string& table);

@@ -1,6 +1,6 @@
 #include "schema/drop_tables.h"
 
-#include "schema/engine_errors.h"
+#include "schema/lock_retry.h"
 
 #include <string>
 #include <string_view>
@@ -17,34 +17,28 @@ struct LockedQuestion {
 };
 
 /// Runs the statement, again and again while its table is locked and the user wants another try. A user who does not
-/// has aborted the run.
+/// ends the run.
 void ExecuteWhenUnlocked(Job& job, DatabaseSession& session, const std::string& sql, const LockedQuestion& question)
 {
-    for (;;) {
-        try {
-            session.ExecuteSql(sql);
-            return;
-        } catch (const RuntimeError& error) {
-            if (!IsLockConflict(error) || job.settings.blQuiet)
-                throw;
-        }
+    const auto wantsAnotherTry = [&] {
+        if (job.settings.blQuiet)
+            return false;
         const Answer answer =
             job.host.Ask(question.text, question.caption, Buttons::RetryCancel, Icon::Question, Answer::Retry);
-        if (answer != Answer::Retry) {
-            job.log.ProtocolAppend(question.refusal);
-            job.settings.blAbort = true;
-            return;
-        }
-    }
+        if (answer == Answer::Retry)
+            return true;
+        job.log.ProtocolAppend(question.refusal);
+        throw Aborted();
+    };
+    RetryWhile(
+        IsLockConflict, [&] { session.ExecuteSql(sql); }, wantsAnotherTry);
 }
 
 void DropRelations(Job& job, DatabaseSession& session, Step& step)
 {
     step("Drop all foreign keys");
     for (jet::Rowset keys = session.OpenSchema(jet::SchemaKind::ForeignKeys, {}); !keys.Eof(); keys.MoveNext()) {
-        job.host.ProcessEvents();
-        if (job.settings.blAbort)
-            return;
+        job.ProcessEvents();
         // A key of several columns has a row for each; the first one stands for it.
         if (keys.Text("ORDINAL") != "1")
             continue;
@@ -63,9 +57,7 @@ void DropUserTables(Job& job, DatabaseSession& session, Step& step)
 {
     step("Drop all tables");
     for (const std::string& table : session.UserTables()) {
-        job.host.ProcessEvents();
-        if (job.settings.blAbort)
-            return;
+        job.ProcessEvents();
         ExecuteWhenUnlocked(job, session, "DROP TABLE [" + table + "]",
                             {"Drop table",
                              "Table [" + table +
@@ -82,8 +74,7 @@ void velDropTablesAll(Job& job, DatabaseSession& session)
     Procedure(job, "velDropTablesAll", [&](Step& step) {
         job.log.ProtocolAppend("Drop all tables");
         DropRelations(job, session, step);
-        if (!job.settings.blAbort)
-            DropUserTables(job, session, step);
+        DropUserTables(job, session, step);
     });
 }
 

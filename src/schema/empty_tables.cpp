@@ -8,14 +8,12 @@ namespace velmora {
 
 namespace {
 
-/// One pass over all tables; gives the names of those that have rows left. Ends early when the run is aborted.
+/// One pass over all tables; gives the names of those that have rows left.
 std::vector<std::string> EmptyEachTable(Job& job, DatabaseSession& session, Step& step)
 {
     std::vector<std::string> filled;
     for (const std::string& table : session.UserTables()) {
-        job.host.ProcessEvents();
-        if (job.settings.blAbort)
-            break;
+        job.ProcessEvents();
         const std::string sql = "DELETE * FROM [" + table + "]";
         step(sql);
         session.ExecuteSql(sql);
@@ -32,7 +30,7 @@ void velEmptyTablesAll(Job& job, DatabaseSession& session)
     Procedure(job, "velDropTablesAll", [&](Step& step) {
         job.log.ProtocolAppend("Deleting content of all tables");
         std::vector<std::string> filledBefore;
-        while (!job.settings.blAbort) {
+        for (;;) {
             step("Loop through all tables");
             std::vector<std::string> filled = EmptyEachTable(job, session, step);
             if (filled.empty())

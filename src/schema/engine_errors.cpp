@@ -34,6 +34,11 @@ bool IsLockConflict(const RuntimeError& error) noexcept
     return error.Number() == static_cast<int>(jet::ErrorNumber::TableLocked);
 }
 
+bool IsFileInUse(const RuntimeError& error) noexcept
+{
+    return error.Number() == engine_errors::kFileInUse;
+}
+
 bool IsDiskFailure(const RuntimeError& error) noexcept
 {
     return error.Number() == engine_errors::kDiskFull || error.Number() == engine_errors::kDiskError;

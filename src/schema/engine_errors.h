@@ -3,7 +3,9 @@
 #include "jet/error.h"
 #include "log/runtime_error.h"
 
+#include <optional>
 #include <string>
+#include <utility>
 #include <vector>
 
 namespace velmora {
@@ -40,8 +42,9 @@ inline constexpr int kWrongType = 3421;
 /// The engine's failure as one of the run: number and text kept, and what it is about.
 class EngineError : public RuntimeError {
 public:
-    explicit EngineError(const jet::Error& error)
-        : RuntimeError(static_cast<int>(error.Number()), error.what()), subject_(error.Subject()), names_(error.Names())
+    explicit EngineError(const jet::Error& error, std::optional<Place> metAt = std::nullopt)
+        : RuntimeError(static_cast<int>(error.Number()), error.what(), std::move(metAt)), subject_(error.Subject()),
+          names_(error.Names())
     {
     }
 
@@ -54,8 +57,10 @@ private:
     std::vector<std::string> names_;
 };
 
-/// Is this the failure of a moment, because someone else holds a lock? Only these are worth another try.
+/// Is this the failure of a moment, because someone else holds a lock?
 [[nodiscard]] bool IsLockConflict(const RuntimeError& error) noexcept;
+/// Has someone else the whole database open?
+[[nodiscard]] bool IsFileInUse(const RuntimeError& error) noexcept;
 
 /// Is the disk full, or does it fail?
 [[nodiscard]] bool IsDiskFailure(const RuntimeError& error) noexcept;

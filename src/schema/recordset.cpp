@@ -78,7 +78,11 @@ void Recordset::SetLong(std::size_t field, std::int32_t value)
 
 void Recordset::Update()
 {
-    Translated([&] { records_.Update(); });
+    Translated([&] {
+        if (locks_->onWrite)
+            locks_->onWrite();
+        records_.Update();
+    });
 }
 
 void Recordset::CancelUpdate()

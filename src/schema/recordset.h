@@ -1,6 +1,7 @@
 #pragma once
 
 #include "jet/recordset.h"
+#include "schema/lock_retry.h"
 
 #include <cstddef>
 #include <cstdint>
@@ -17,7 +18,7 @@ namespace velmora {
 /// Fields are addressed by position, 0-based; Layout() tells when positions have changed.
 class Recordset {
 public:
-    explicit Recordset(jet::Recordset records) : records_(std::move(records)) {}
+    Recordset(jet::Recordset records, const LockSeam& locks) : records_(std::move(records)), locks_(&locks) {}
 
     [[nodiscard]] const std::string& Source() const noexcept { return records_.Source(); } ///< the table's name
     [[nodiscard]] bool IsOpen() const noexcept { return records_.GetState() == jet::Recordset::State::Open; }
@@ -85,6 +86,7 @@ private:
     void NoteColumnWithoutZone(const std::string& column);
 
     jet::Recordset records_;
+    const LockSeam* locks_;
     std::string firstReplacedColumn_;
     std::vector<std::string> columnsWithoutZone_;
 };

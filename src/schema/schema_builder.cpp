@@ -128,9 +128,7 @@ void SchemaBuilder::Run(Step& step)
     if (CreatesTables())
         RefuseTooManyObjects(entries);
     for (const std::size_t entry : entries) {
-        job_.host.ProcessEvents();
-        if (job_.settings.blAbort)
-            return;
+        job_.ProcessEvents();
         BuildEntry(entry, step);
     }
 }
@@ -175,8 +173,6 @@ void SchemaBuilder::BuildEntry(std::size_t entry, Step& step)
     nearestTable_[entry] = !parent || !IsSkippedWrapper(static_cast<std::size_t>(model_.Element(parent).lngColumns))
                                ? parent
                                : nearestTable_[parent];
-    if (job_.settings.blAbort)
-        return;
     if (pass_ == kCreateRelations) {
         if (exists && nearestTable_[entry] && !element.blSharedTable)
             CreateRelation(entry, table, step);
@@ -187,7 +183,7 @@ void SchemaBuilder::BuildEntry(std::size_t entry, Step& step)
         AddMissingColumns(columns, known, step);
     else if (!IsSkippedWrapper(columns.size()))
         CreateTable(entry, columns, table, step);
-    if (!element.blSharedTable && !job_.settings.blAbort)
+    if (!element.blSharedTable)
         DropMasterTable(entry, known, step);
 }
 
@@ -218,8 +214,6 @@ void SchemaBuilder::AddMissingColumns(const std::vector<Column>& columns, TableC
     for (const Column& column : columns) {
         if (velCheckExistsColumn(job_, session_, known, column.name))
             continue;
-        if (job_.settings.blAbort)
-            return;
         job_.log.ProtocolAppend("New column: [" + table + "].[" + column.name + "]");
         step("Add column [" + column.name + "] into table [" + table + "]");
         Execute("ALTER TABLE [" + table + "] ADD COLUMN [" + column.name + "] " +
@@ -278,8 +272,6 @@ void SchemaBuilder::CreateRelation(std::size_t entry, const std::string& table, 
     step("Create relation between [" + table + "] and [" + parent + "]");
     std::string index = table + "_" + settings.strKeyForeign;
     if (!velCheckExistsIndex(job_, session_, table, settings.strKeyForeign, index)) {
-        if (job_.settings.blAbort)
-            return;
         step("Create Index on [" + index + "]");
         if (!ExecuteIfAllowed("CREATE INDEX [" + index + "] ON [" + table + "] ([" + settings.strKeyForeign + "]);",
                               {PathOf(entry), DdlObject::Index, index}, table, parent))
@@ -288,7 +280,7 @@ void SchemaBuilder::CreateRelation(std::size_t entry, const std::string& table, 
     // A relation is named like its table's element, and like a table it can have no "." in its name.
     std::string relation = model_.Element(entry).strName + "_LINK";
     std::replace(relation.begin(), relation.end(), '.', '_');
-    if (velCheckExistsRelation(job_, session_, parent, table, relation) || job_.settings.blAbort)
+    if (velCheckExistsRelation(job_, session_, parent, table, relation))
         return;
     const bool made = ExecuteIfAllowed("ALTER TABLE [" + table + "] ADD CONSTRAINT [" + relation + "] FOREIGN KEY ([" +
                                            settings.strKeyForeign + "]) REFERENCES [" + parent + "] ([" +

@@ -19,20 +19,27 @@ struct Job {
     Controls controls;
     ConversionSettings settings;
     ProtocolLog log; ///< refers to `settings` and `controls`
+
+    /// Lets clicks and repaints through; throws Aborted when the run is to end.
+    void ProcessEvents()
+    {
+        host.ProcessEvents();
+        ThrowIfAborted(settings);
+    }
 };
 
 /// See Procedure in log/procedure.h.
 template <class Body>
-bool Procedure(Job& job, std::string_view name, Body&& body)
+void Procedure(Job& job, std::string_view name, Body&& body)
 {
-    return Procedure(job.log, name, std::string_view(), std::forward<Body>(body));
+    Procedure(job.log, name, std::string_view(), std::forward<Body>(body));
 }
 
 /// With an argument for the trace line: a text, or a callable that builds one.
 template <class Argument, class Body>
-bool Procedure(Job& job, std::string_view name, const Argument& argument, Body&& body)
+void Procedure(Job& job, std::string_view name, const Argument& argument, Body&& body)
 {
-    return Procedure(job.log, name, argument, std::forward<Body>(body));
+    Procedure(job.log, name, argument, std::forward<Body>(body));
 }
 
 } // namespace velmora

@@ -144,7 +144,7 @@ bool ChunkedInput::SetBadBytes(const char* what)
 
 } // namespace
 
-LoadResult LoadDocument(const std::string& path, const std::function<bool()>& proceed, std::size_t memoryBudgetBytes)
+LoadResult LoadDocument(const std::string& path, const std::function<void()>& onPiece, std::size_t memoryBudgetBytes)
 {
     const FileHandle file(std::fopen(path.c_str(), "rb"));
     if (!file)
@@ -160,8 +160,7 @@ LoadResult LoadDocument(const std::string& path, const std::function<bool()>& pr
     ChunkedInput input(file.get(), parser, encoding);
     bool more = input.Give(head);
     while (more) {
-        if (!proceed())
-            return {};
+        onPiece();
         more = input.GiveNext();
     }
     const bool good = input.HasEnded() && input.Problem().empty() && parser.Problem().empty() && input.Finish();

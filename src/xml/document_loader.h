@@ -20,9 +20,9 @@ struct LoadResult {
 };
 
 /// Reads the XML file at `path` (UTF-8 name). Never throws for what the document holds: a file that is not well-formed,
-/// or that cannot be read, gives an empty document and `problem`. No external entity is ever fetched. `proceed` is
-/// asked now and then; when it answers false the load ends with an empty document.
-[[nodiscard]] LoadResult LoadDocument(const std::string& path, const std::function<bool()>& proceed,
+/// or that cannot be read, gives an empty document and `problem`. No external entity is ever fetched. `onPiece` is
+/// called now and then; what it throws ends the load.
+[[nodiscard]] LoadResult LoadDocument(const std::string& path, const std::function<void()>& onPiece,
                                       std::size_t memoryBudgetBytes = kDocumentMemoryBudgetBytes);
 
 } // namespace velmora

@@ -68,8 +68,6 @@ void StructureAnalyser::WalkDocument()
 {
     BeginRun(document_.Root(), 0);
     while (!runs_.empty()) {
-        if (job_.settings.blAbort)
-            return;
         SiblingRun& run = runs_.back();
         const ElementId element = run.element;
         RegisterWithAttributes(element);
@@ -96,7 +94,7 @@ void StructureAnalyser::BeginRun(ElementId first, PathId parentPath)
     if (job_.log.IsTracing())
         job_.log.Trace("velAnalyseNode: " + document_.PathText(parentPath));
     ++model_.lngRecordEstimate;
-    job_.host.ProcessEvents();
+    job_.ProcessEvents();
     runs_.push_back({first, parentPath, 0});
 }
 
@@ -239,10 +237,7 @@ LoadedXml velLoadXML(Job& job, const std::string& path)
         // The words of the trace are fixed, whatever the parser is: those who read traces look for them.
         step("Initialize ActiveX");
         step("Load file into ActiveX");
-        LoadResult loaded = LoadDocument(path, [&] {
-            job.host.ProcessEvents();
-            return !job.settings.blAbort;
-        });
+        LoadResult loaded = LoadDocument(path, [&] { job.ProcessEvents(); });
         ReportLoad(job, path, loaded);
         result.readable = loaded.problem.empty();
         result.document = std::move(loaded.document);
@@ -258,7 +253,12 @@ void velAnalyseXML(Job& job, Document& document, StructureModel& model)
         model.Reserve(document.Paths().Size());
         if (!document.IsEmpty()) {
             step("Analyse structure");
-            StructureAnalyser(job, document, model).WalkDocument();
+            try {
+                StructureAnalyser(job, document, model).WalkDocument();
+            } catch (const Aborted&) {
+                step("Resolve table names"); // traced however the walk has ended: readers of traces count on it
+                throw;
+            }
         }
         model.lngProgressMax = model.lngRecordEstimate - 1;
         job.host.SetProgressRange(ProgressBarId::Records, std::max(1, model.lngRecordEstimate));

@@ -41,7 +41,7 @@ TEST_F(ProcedureTest, ReportsTheStepThatWasReached)
         {"a text that is built only now",
          [&](Step& step) {
              step("before");
-             const int number = 7;
+             int number = 7;
              step([&table, number] { return "Row " + std::to_string(number) + " of " + table; });
              throw std::runtime_error("odd");
          },
@@ -55,29 +55,53 @@ TEST_F(ProcedureTest, ReportsTheStepThatWasReached)
          },
          "Error: velTest: Save",
          {7, "Out of memory"}},
+        {"the innermost procedure's",
+         [&](Step& step) {
+             step("outer");
+             try {
+                 Procedure(log, "velInner", "", [](Step& inner) {
+                     inner("inner");
+                     throw RuntimeError(3021, "No current record");
+                 });
+             } catch (const RuntimeError& error) {
+                 EXPECT_EQ(error.Number(), 3021);
+                 throw;
+             }
+         },
+         "Error: velInner: inner",
+         {3021, "No current record"}},
     };
     for (const Case& c : cases) {
         SCOPED_TRACE(c.name);
         flags.blAbort = false;
         host.lines.clear();
         host.errors.clear();
-        EXPECT_FALSE(Procedure(log, "velTest", "argument", c.body));
+        EXPECT_FALSE(Guarded(log, [&] { Procedure(log, "velTest", "argument", c.body); }));
         EXPECT_TRUE(flags.blAbort);
         EXPECT_EQ(host.lines, std::vector<std::string>{c.line});
         EXPECT_EQ(host.errors, std::vector{c.error});
     }
 }
 
-TEST_F(ProcedureTest, DoesNothingInAnAbortedRun)
+TEST_F(ProcedureTest, GoesNoFurtherInAnAbortedRun)
 {
-    bool ran = false;
-    flags.blAbort = true;
-    EXPECT_FALSE(Procedure(log, "velTest", "", [&](Step&) { ran = true; }));
-    EXPECT_FALSE(ran);
-    EXPECT_TRUE(host.errors.empty());
-    flags.blAbort = false;
-    EXPECT_TRUE(Procedure(log, "velTest", "", [&](Step&) { ran = true; }));
-    EXPECT_TRUE(ran);
+    int ran = 0;
+    const auto run = [&](bool cancels) {
+        return Guarded(log, [&] {
+            Procedure(log, "velTest", "", [&](Step&) {
+                ++ran;
+                if (cancels)
+                    throw Aborted();
+            });
+        });
+    };
+    EXPECT_TRUE(run(false));
+    EXPECT_FALSE(run(true));
+    EXPECT_TRUE(flags.blAbort);
+    EXPECT_FALSE(run(false));
+    EXPECT_EQ(ran, 2);
+    EXPECT_TRUE(host.errors.empty()) << "the user knows";
+    EXPECT_THROW(Guarded(log, [] { throw RuntimeError(9, "met in no procedure"); }), RuntimeError);
 }
 
 TEST_F(ProcedureTest, TracesItsArgumentCutAndItsSteps)

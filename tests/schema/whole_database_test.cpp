@@ -77,11 +77,10 @@ TEST_F(WholeDatabase, EmptyingEndsWithTheFirstRefusedTable)
     a.Close();
     b.Close();
 
-    velEmptyTablesAll(job, session);
+    EXPECT_FALSE(Guarded(job.log, [&] { velEmptyTablesAll(job, session); }));
     ASSERT_EQ(host.errors.size(), 1u);
     EXPECT_EQ(host.errors[0].first, 3200) << host.errors[0].second;
     EXPECT_EQ(host.lines.back(), "Error: velDropTablesAll: DELETE * FROM [a]");
-    EXPECT_TRUE(job.settings.blAbort);
     session.Commit();
 }
 
@@ -135,11 +134,10 @@ TEST_F(WholeDatabase, ALockedTableEndsTheRunWhenNobodyWantsToWait)
         job.settings.blAbort = false;
         job.settings.blQuiet = c.quiet;
         Recordset open = session.OpenTable(c.locked);
-        velDropTablesAll(job, session);
+        EXPECT_FALSE(Guarded(job.log, [&] { velDropTablesAll(job, session); }));
         EXPECT_EQ(host.lines.back(), c.lastLine);
         EXPECT_EQ(host.messages.size(), c.quiet ? 0u : 1u);
         EXPECT_EQ(host.errors.size(), c.quiet ? 1u : 0u);
-        EXPECT_TRUE(job.settings.blAbort);
         EXPECT_EQ(session.UserTables(), c.left);
         open.Close();
     }
@@ -159,9 +157,8 @@ TEST_F(WholeDatabase, AFileInUseStaysAsItIs)
         host.lines.clear();
         host.errors.clear();
         DatabaseSession second;
-        velOpenDatabase(job, second);
+        EXPECT_FALSE(Guarded(job.log, [&] { velOpenDatabase(job, second); }));
         EXPECT_EQ(host.lines.front(), "Could not delete MDB file");
-        EXPECT_TRUE(job.settings.blAbort);
         EXPECT_EQ(host.captions.size(), quiet ? 0u : 1u);
         ASSERT_EQ(host.errors.size(), quiet ? 1u : 0u) << "the user's Cancel is no error";
         if (quiet) {

@@ -1,5 +1,6 @@
 #include "xml/document_loader.h"
 
+#include "log/runtime_error.h"
 #include "xml/loaded_text.h"
 
 #include <gtest/gtest.h>
@@ -115,9 +116,7 @@ TEST(DocumentLoader, SaysWhereAndWhyAFileCannotBeRead)
         EXPECT_TRUE(loaded.document.IsEmpty());
     }
     const testing::TempFolder folder;
-    const auto load = [](const std::filesystem::path& path) {
-        return LoadDocument(path.string(), [] { return true; });
-    };
+    const auto load = [](const std::filesystem::path& path) { return LoadDocument(path.string(), [] {}); };
     EXPECT_EQ(load(folder.Path()).problem, "cannot be read: Is a directory");
     EXPECT_EQ(load(folder / "missing.xml").problem, "cannot be read: No such file or directory");
 }
@@ -175,16 +174,18 @@ TEST(DocumentLoader, StopsEntityBombs)
     }
 }
 
-TEST(DocumentLoader, EndsWhenToldTo)
+TEST(DocumentLoader, EndsWithWhatIsThrownBetweenTwoPieces)
 {
     const testing::TempFolder folder;
     const std::string path = (folder / "document.xml").string();
     testing::WriteFile(path, "<a>" + std::string(1'000'000, 'x') + "</a>");
-    int asked = 0;
-    const LoadResult loaded = LoadDocument(path, [&] { return ++asked < 3; });
-    EXPECT_EQ(asked, 3);
-    EXPECT_TRUE(loaded.document.IsEmpty());
-    EXPECT_EQ(loaded.problem, "");
+    int pieces = 0;
+    const auto onPiece = [&] {
+        if (++pieces == 3)
+            throw Aborted();
+    };
+    EXPECT_THROW(static_cast<void>(LoadDocument(path, onPiece)), Aborted);
+    EXPECT_EQ(pieces, 3);
 }
 
 TEST(DocumentLoader, GivesTheSameDocumentFromAMappedFile)

@@ -15,7 +15,7 @@ inline LoadResult LoadBytes(std::string_view bytes, std::size_t memoryBudgetByte
     const std::string path = (folder / "document.xml").string();
     WriteFile(path, bytes);
     return LoadDocument(
-        path, [] { return true; }, memoryBudgetBytes);
+        path, [] {}, memoryBudgetBytes);
 }
 
 /// One line per element: tag, attributes, content in brackets when there is any, and how many siblings bear the tag.
