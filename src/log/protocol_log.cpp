@@ -12,7 +12,7 @@ namespace velmora {
 namespace {
 
 constexpr std::string_view kLineEnd = "\r\n";
-constexpr std::size_t kBufferBytes = 256 * 1024;
+constexpr std::size_t kBufferBytes = std::size_t{256} * 1024;
 constexpr std::int64_t kFlushMilliseconds = 1000;
 
 RuntimeError CannotWrite(const std::string& path, int systemError)

@@ -223,6 +223,7 @@ std::unique_ptr<ChildProcess> ChildProcess::Start(const std::string& commandLine
     if (words.empty() || !pipe.IsFilled())
         return nullptr;
     std::vector<char*> arguments;
+    arguments.reserve(words.size() + 1);
     for (std::string& word : words)
         arguments.push_back(word.data());
     arguments.push_back(nullptr);

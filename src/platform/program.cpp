@@ -132,7 +132,7 @@ std::string FindOnPath(std::string_view name)
     for (std::size_t begin = 0; begin < folders.size();) {
         const std::size_t end = std::min(folders.find(kBetweenFolders, begin), folders.size());
         const fs::path folder = PathFromUtf8(std::string_view(folders).substr(begin, end - begin));
-        const std::string candidate = Utf8FromPath(folder / PathFromUtf8(fileName));
+        std::string candidate = Utf8FromPath(folder / PathFromUtf8(fileName));
         // What the current folder holds, possibly downloaded by anybody, must not be taken for a program of the system.
         if (folder.is_absolute() && IsProgram(candidate))
             return candidate;
@@ -171,6 +171,7 @@ bool BecomeSiblingProgram(std::string_view name, const std::vector<std::string>&
     std::vector<std::string> texts{path.string()};
     texts.insert(texts.end(), arguments.begin(), arguments.end());
     std::vector<char*> pointers;
+    pointers.reserve(texts.size() + 1);
     for (std::string& text : texts)
         pointers.push_back(text.data());
     pointers.push_back(nullptr);

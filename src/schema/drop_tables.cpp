@@ -34,6 +34,14 @@ void ExecuteWhenUnlocked(Job& job, DatabaseSession& session, const std::string& 
         IsLockConflict, [&] { session.ExecuteSql(sql); }, wantsAnotherTry);
 }
 
+LockedQuestion AboutRelation(const std::string& relation, const std::string& parent)
+{
+    return {"Drop constraint",
+            "Table [" + parent + "] is locked.\r\nConstraint [" + relation +
+                "] could not be dropped.\r\nDo you want to try to drop the constraint one more time?",
+            "Error: Drop constraint [" + relation + "] failed. Table [" + parent + "] is locked. No retry."};
+}
+
 void DropRelations(Job& job, DatabaseSession& session, Step& step)
 {
     step("Drop all foreign keys");
@@ -44,12 +52,9 @@ void DropRelations(Job& job, DatabaseSession& session, Step& step)
             continue;
         const std::string relation = keys.Text("FK_NAME");
         const std::string parent = keys.Text("PK_TABLE_NAME");
-        ExecuteWhenUnlocked(
-            job, session, "ALTER TABLE [" + keys.Text("FK_TABLE_NAME") + "] DROP CONSTRAINT [" + relation + "]",
-            {"Drop constraint",
-             "Table [" + parent + "] is locked.\r\nConstraint [" + relation +
-                 "] could not be dropped.\r\nDo you want to try to drop the constraint one more time?",
-             "Error: Drop constraint [" + relation + "] failed. Table [" + parent + "] is locked. No retry."});
+        ExecuteWhenUnlocked(job, session,
+                            "ALTER TABLE [" + keys.Text("FK_TABLE_NAME") + "] DROP CONSTRAINT [" + relation + "]",
+                            AboutRelation(relation, parent));
     }
 }
 

@@ -14,7 +14,7 @@ namespace velmora {
 
 namespace {
 
-constexpr std::size_t kChunkBytes = 128 * 1024;
+constexpr std::size_t kChunkBytes = std::size_t{128} * 1024;
 constexpr std::size_t kMaxChunkBytes = std::size_t{64} << 20;
 
 struct FileCloser {

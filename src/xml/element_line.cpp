@@ -13,7 +13,7 @@ namespace velmora {
 
 namespace {
 
-constexpr std::size_t kChunkBytes = 128 * 1024;
+constexpr std::size_t kChunkBytes = std::size_t{128} * 1024;
 
 /// Elements have their numbers in the order in which they begin.
 struct Search {

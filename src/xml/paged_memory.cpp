@@ -13,7 +13,7 @@ namespace velmora {
 
 namespace {
 
-constexpr std::size_t kGranuleBytes = 64 * 1024; // a multiple of every page size in use
+constexpr std::size_t kGranuleBytes = std::size_t{64} * 1024; // a multiple of every page size in use
 
 std::size_t RoundUp(std::size_t bytes)
 {
@@ -55,7 +55,7 @@ bool Extend(int file, std::size_t from, std::size_t to)
 /// Gives every written piece back to the system at once, so that the move does not need the memory twice.
 bool WriteAndRelease(int file, std::byte* data, std::size_t bytes)
 {
-    constexpr std::size_t kPieceBytes = 8 * 1024 * 1024;
+    constexpr std::size_t kPieceBytes = std::size_t{8} * 1024 * 1024;
     for (std::size_t begin = 0; begin < bytes;) {
         const std::size_t piece = std::min(kPieceBytes, bytes - begin);
         for (std::size_t done = 0; done < piece;) {

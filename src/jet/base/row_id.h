@@ -15,7 +15,7 @@ struct RowId {
     PageNumber page = 0;
     std::uint8_t slot = 0;
 
-    auto operator<=>(const RowId&) const = default;
+    auto operator<=>(const RowId&) const = default; // NOLINT(modernize-use-nullptr): the zero is the compiler's
     [[nodiscard]] bool IsNone() const noexcept { return page == 0 && slot == 0; }
     [[nodiscard]] std::uint32_t Pointer() const noexcept { return page << 8 | slot; }
     [[nodiscard]] static RowId FromPointer(std::uint32_t pointer) noexcept

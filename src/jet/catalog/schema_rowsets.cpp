@@ -116,6 +116,7 @@ std::vector<std::shared_ptr<Table>> CandidateTables(Catalog& catalog, std::strin
                                catalog.OpenPage(static_cast<PageNumber>(object->id)));
     std::ranges::sort(keyed, {}, [](const auto& entry) { return entry.first; });
     std::vector<std::shared_ptr<Table>> tables;
+    tables.reserve(keyed.size());
     for (auto& [key, open] : keyed)
         tables.push_back(std::move(open));
     return tables;
@@ -179,6 +180,7 @@ Rowset Tables(Catalog& catalog, const Restrictions& restrictions)
     }
     std::ranges::sort(keyed, {}, [](const auto& entry) { return entry.first; });
     std::vector<Row> rows;
+    rows.reserve(keyed.size());
     for (auto& [key, row] : keyed)
         rows.push_back(std::move(row));
     return {{"TABLE_CATALOG", "TABLE_SCHEMA", "TABLE_NAME", "TABLE_TYPE", "TABLE_GUID", "DESCRIPTION", "TABLE_PROPID",
@@ -306,6 +308,7 @@ Rowset ReferentialConstraints(Catalog& catalog, const Restrictions& restrictions
         relationships = {found};
 
     std::vector<Row> rows;
+    rows.reserve(relationships.size());
     for (const Relationship* relationship : relationships)
         rows.push_back({Null(), Null(), relationship->name, Null(), Null(), ReferencedKeyName(catalog, *relationship),
                         Null(), std::string(UpdateRule(relationship->flags)),

@@ -10,8 +10,8 @@ namespace jet {
 SystemTable::SystemTable(Pager& pager, PageNumber definitionPage, std::string name, std::size_t columnCount)
     : table_(pager, definitionPage, std::move(name))
 {
-    for (std::uint16_t number = 0; number < columnCount; ++number) {
-        const std::optional<std::size_t> position = table_.Definition().ColumnByNumber(number);
+    for (std::size_t number = 0; number < columnCount; ++number) {
+        const auto position = table_.Definition().ColumnByNumber(static_cast<std::uint16_t>(number));
         if (!position)
             throw CorruptPage(definitionPage, table_.Name() + " has no column " + std::to_string(number));
         positions_[number] = *position;

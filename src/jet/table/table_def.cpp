@@ -225,7 +225,6 @@ std::size_t Column::FixedSize() const noexcept
     case ColumnType::Single:
         return 4;
     case ColumnType::Double:
-        return 8;
     case ColumnType::DateTime:
         return 8;
     case ColumnType::Guid:
