@@ -1,48 +1,16 @@
 // Loads arbitrary bytes as an XML file, with little memory so that the mapped file is used as well, walks the document
 // once through its whole interface, and analyses it.
+#include "input_file.h"
 #include "settings/job.h"
+#include "silent_host.h"
 #include "xml/document_loader.h"
 #include "xml/structure_analysis.h"
 
 #include <cstdint>
-#include <cstdio>
-#include <cstdlib>
-#include <string>
-
-#include <unistd.h>
 
 namespace {
 
-class SilentHost : public velmora::Host {
-public:
-    void ShowMessage(std::string_view, velmora::Icon) override {}
-    velmora::Answer Ask(std::string_view, std::string_view, velmora::Buttons, velmora::Icon, velmora::Answer) override
-    {
-        return velmora::Answer::Cancel;
-    }
-    std::optional<std::string> InputBox(std::string_view, std::string_view) override { return std::nullopt; }
-    void ProcessEvents() override {}
-    void SetProgressRange(velmora::ProgressBarId, std::int64_t) override {}
-    void SetProgress(velmora::ProgressBarId, std::int64_t) override {}
-    void ProtocolLineAdded(std::string_view) override {}
-    void ErrorReported(int, std::string_view) override {}
-    void ControlsChanged() override {}
-};
-
-/// The one file that all inputs are written to.
-const std::string& InputPath()
-{
-    static const std::string path = "/dev/shm/velmora-fuzz-" + std::to_string(getpid()) + ".xml";
-    static const int removal = std::atexit([] { std::remove(InputPath().c_str()); });
-    static_cast<void>(removal);
-    return path;
-}
-
-void Check(bool holds)
-{
-    if (!holds)
-        std::abort();
-}
+using namespace velmora::fuzzing;
 
 void CheckDocument(const velmora::Document& document)
 {
@@ -70,10 +38,7 @@ void CheckDocument(const velmora::Document& document)
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size)
 {
-    std::FILE* const file = std::fopen(InputPath().c_str(), "wb");
-    Check(file != nullptr);
-    std::fwrite(data, 1, size, file);
-    std::fclose(file);
+    WriteInput(data, size);
 
     constexpr std::size_t kMemoryBudgetBytes = 128 * 1024; // two of the four arrays go to a file
     velmora::LoadResult loaded = velmora::LoadDocument(

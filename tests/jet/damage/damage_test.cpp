@@ -52,11 +52,16 @@ TEST(DamagedDatabase, ThatAccessMadeIsRefusedWhereTheDamageIs)
 TEST(DamagedDatabase, ThatFuzzingFoundIsSurvived)
 {
     REQUIRE_SHARED(shared);
-    for (const auto& entry : std::filesystem::directory_iterator(shared / "corpus" / "fuzz")) {
-        SCOPED_TRACE(entry.path().filename().string());
-        std::ifstream stream(entry.path(), std::ios::binary);
+    struct Find {
+        const char* file;
+        unsigned seed; ///< chooses the changes that led to the fault
+    };
+    const Find finds[] = {{"statement-after-failed-statement.mdb", 628125964u}};
+    for (const Find& find : finds) {
+        SCOPED_TRACE(find.file);
+        std::ifstream stream(shared / "corpus" / "fuzz" / find.file, std::ios::binary);
         const Bytes file{std::istreambuf_iterator<char>(stream), std::istreambuf_iterator<char>()};
-        EXPECT_EQ(Exercise(file, SeedOf(file)), "");
+        EXPECT_EQ(Exercise(file, find.seed), "");
     }
 }
 

@@ -34,10 +34,16 @@ public:
         ReadEverything();
         for (std::size_t i = 0; i < changes_ && !tables_.empty(); ++i)
             Attempt([&] { ChangeSomething(); });
-        Attempt([&] { connection_->Commit(); });
+        if (changes_ == 0)
+            return;
+        bool isCommitted = false;
+        Attempt([&] {
+            connection_->Commit();
+            isCommitted = true;
+        });
         connection_.reset();
         Attempt([&] { connection_ = Connection::Open(kFile, disk_); });
-        if (connection_)
+        if (connection_ && isCommitted)
             ReadEverything();
     }
     [[nodiscard]] const std::string& Fault() const { return fault_; }
@@ -215,14 +221,6 @@ Bytes TinyDatabase(JetVersion version)
     }
     database->Commit();
     return disk.Content(kFile);
-}
-
-unsigned SeedOf(ByteSpan file)
-{
-    std::uint32_t hash = 2166136261u; // FNV-1a
-    for (const Byte byte : file)
-        hash = (hash ^ byte) * 16777619u;
-    return hash;
 }
 
 std::string Exercise(ByteSpan file, unsigned seed, std::size_t changes)

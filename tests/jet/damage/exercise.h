@@ -14,12 +14,9 @@ namespace jet::testing {
 /// The smallest that still has rows, a memo in a page of its own and a relation beside what its catalog needs.
 [[nodiscard]] Bytes TinyDatabase(JetVersion version);
 
-/// The seed that an input of the fuzz target is exercised with.
-[[nodiscard]] unsigned SeedOf(ByteSpan file);
-
 /// Opens `file`, which may be damaged in any way, reads all of it, changes what can be changed, commits and opens it
-/// again. What the engine refuses it must refuse with an Error; gives the text of the first that speaks of damage and
-/// does not say where, empty when there is none. `seed` chooses among the changes.
+/// again; without `changes` it is only read. What the engine refuses it must refuse with an Error; gives the text of
+/// the first that speaks of damage and does not say where, empty when there is none. `seed` chooses among the changes.
 [[nodiscard]] std::string Exercise(ByteSpan file, unsigned seed, std::size_t changes = 24);
 
 } // namespace jet::testing

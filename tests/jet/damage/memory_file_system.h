@@ -3,7 +3,7 @@
 #include "jet/error.h"
 #include "jet/store/file_system.h"
 
-#include <algorithm>
+#include <cstring>
 #include <map>
 #include <memory>
 #include <string>
@@ -63,13 +63,15 @@ private:
         {
             if (offset > content_->size() || out.size() > content_->size() - offset)
                 throw Error(ErrorNumber::DiskError);
-            std::ranges::copy(ByteSpan(*content_).subspan(offset, out.size()), out.begin());
+            if (!out.empty())
+                std::memcpy(out.data(), content_->data() + offset, out.size());
         }
         void WriteAt(std::uint64_t offset, ByteSpan bytes) override
         {
             if (content_->size() < offset + bytes.size())
                 content_->resize(offset + bytes.size());
-            std::ranges::copy(bytes, content_->begin() + static_cast<std::ptrdiff_t>(offset));
+            if (!bytes.empty())
+                std::memcpy(content_->data() + offset, bytes.data(), bytes.size());
         }
         [[nodiscard]] std::uint64_t Size() override { return content_->size(); }
         void Truncate(std::uint64_t size) override { content_->resize(size); }
