@@ -4,10 +4,11 @@ SHELL := /bin/sh
 JOBS ?= $(shell nproc 2>/dev/null || echo 2)
 PROGRAM := build/velmora
 
+FUZZ_SECONDS ?= 20
 CLANG := clang libclang-rt-dev llvm
 SOURCES = find src tests fuzz bench tools -name '*.cpp' -o -name '*.h'
 
-.PHONY: all setup build run test test-sanitize tidy format reformat bench check-large clean
+.PHONY: all setup build run test test-sanitize tidy format reformat fuzz bench check-large clean
 
 all: build
 
@@ -53,12 +54,21 @@ reformat:
 	@tools/setup.sh clang-format
 	@$(SOURCES) | xargs clang-format -i
 
-# CPU time and memory of a conversion beside its floor; the engine's inserts beside SQLite's; opening a large database.
+# Runs each fuzz target for FUZZ_SECONDS. What it finds stays in build/sanitize/finds.
+fuzz:
+	@tools/setup.sh $(CLANG)
+	@cmake --preset sanitize --log-level=WARNING
+	@cmake --build --preset sanitize --parallel $(JOBS) --target fuzz
+	@fuzz/run.sh build/sanitize $(FUZZ_SECONDS) $(JOBS)
+
+# CPU time and memory of a conversion beside its floor; thousands of small files; the engine's inserts beside SQLite's; opening a large database.
 bench: build
 	@cmake --build --preset release --parallel $(JOBS) --target bench_floor bench_engine
 	@python3 bench/run.py --program $(PROGRAM) --floor build/release/bench/bench_floor --data build/bench; \
 	    conversion=$$?; \
-	    python3 bench/engine.py --program build/release/bench/bench_engine --data build/bench && exit $$conversion
+	    python3 bench/files.py --program $(PROGRAM) --data build/bench; files=$$?; \
+	    python3 bench/engine.py --program build/release/bench/bench_engine --data build/bench && \
+	    exit $$((conversion + files))
 
 # The large inputs: some minutes, some gigabytes. VELMORA_SHARED names the shared corpus (../shared otherwise).
 check-large: build
