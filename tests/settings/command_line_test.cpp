@@ -214,7 +214,8 @@ TEST(CommandLine, WhatIsBuiltReadsBackToTheSame)
         const Parsed parsed(ArgumentsOf(controls));
         // What is left out has no meaning for the job.
         if (!controls.FromUrl())
-            controls.txtXML_URL.text = controls.txtXML_USER.text = controls.txtXML_PASSWORD.text = controls.txtTIMEOUT.text = "";
+            controls.txtXML_URL.text = controls.txtXML_USER.text = controls.txtXML_PASSWORD.text =
+                controls.txtTIMEOUT.text = "";
         if (controls.chkRecreateDatabase.Checked())
             controls.chkExtendMDB.value = parsed.controls.chkExtendMDB.value,
             controls.chkEmptyTables.value = CheckState::Unchecked;
