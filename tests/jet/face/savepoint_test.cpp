@@ -25,6 +25,12 @@ void* operator new(std::size_t size)
     throw std::bad_alloc();
 }
 
+// The library's own nothrow form may not come from malloc, as what is deleted below must.
+void* operator new(std::size_t size, const std::nothrow_t&) noexcept
+{
+    return std::malloc(size == 0 ? 1 : size);
+}
+
 void operator delete(void* memory) noexcept
 {
     std::free(memory);
