@@ -150,7 +150,9 @@ std::string ReserveDownload(const std::string& folder, const std::function<std::
 {
     for (int counter = 0;; ++counter) {
         const std::string suffix = counter == 0 ? "" : "_" + std::to_string(counter);
-        std::string path = folder + kPathSeparator + "xml_" + FormatTime(now(), "%Y%m%d_%H%M%S") + suffix + ".xml";
+        std::string path = folder;
+        path.append(1, kPathSeparator).append("xml_").append(FormatTime(now(), "%Y%m%d_%H%M%S"));
+        path.append(suffix).append(".xml");
         if (std::FILE* file = OpenFileStream(path, "wbx")) {
             std::fclose(file);
             return path;

@@ -155,10 +155,11 @@ void TextFileOpener::Check(const std::vector<TableSink*>& sinks, Step& step) con
         made.NoteWhenMissing(path);
         (void)TextFile(path);
         const std::string& other = paths.emplace(FileIdentity(path), path).first->second;
-        if (other != path)
-            throw RuntimeError(runtime_errors::kFileAlreadyOpen,
-                               "The text files [" + other + "] and [" + path +
-                                   "] are one file, and two tables need one each; nothing was written into it");
+        if (other == path)
+            continue;
+        std::string problem = "The text files [";
+        problem.append(other).append("] and [").append(path).append("] are one file, and two tables need one each; ");
+        throw RuntimeError(runtime_errors::kFileAlreadyOpen, problem.append("nothing was written into it"));
     }
 }
 

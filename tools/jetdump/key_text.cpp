@@ -4,6 +4,7 @@
 #include "jet/base/value_codec.h"
 #include "jet/error.h"
 #include "jet/index/collation.h"
+#include "jet/index/index_page.h"
 #include "text_forms.h"
 
 #include <algorithm>
@@ -61,11 +62,17 @@ void StepCode(Bytes& code)
     ++code[at];
 }
 
+/// Not the vectors' own order: gcc 12 warns of the comparison that it makes of it.
+struct SortsBefore {
+    bool operator()(const Bytes& a, const Bytes& b) const noexcept { return CompareBytes(a, b) < 0; }
+};
+using LettersByCode = std::map<Bytes, std::uint16_t, SortsBefore>;
+
 /// The first character that has each primary weight.
-const std::map<Bytes, std::uint16_t>& Jet4Letters()
+const LettersByCode& Jet4Letters()
 {
-    static const std::map<Bytes, std::uint16_t> letters = [] {
-        std::map<Bytes, std::uint16_t> byCode;
+    static const LettersByCode letters = [] {
+        LettersByCode byCode;
         for (const Jet4WeightRow& row : kJet4General) {
             Bytes code;
             for (int shift = 24; shift >= 0; shift -= 8)
