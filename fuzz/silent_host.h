@@ -1,6 +1,6 @@
 #pragma once
 
-#include "log/host.h"
+#include "host/host.h"
 
 namespace velmora::fuzzing {
 

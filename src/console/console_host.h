@@ -1,7 +1,7 @@
 #pragma once
 
 #include "console/progress_line.h"
-#include "log/host.h"
+#include "host/host.h"
 
 #include <cstdint>
 #include <cstdio>

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "log/host.h"
+#include "host/host.h"
 
 #include <cstdio>
 #include <optional>

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <limits>
 #include <stdexcept>
+#include <utility>
 
 namespace velmora {
 
@@ -18,8 +19,8 @@ bool IsBlank(const char* text, std::size_t length)
 
 } // namespace
 
-DocumentBuilder::DocumentBuilder(std::size_t memoryBudgetBytes)
-    : data_(*(document_.impl_ = std::make_unique<Document::Impl>(memoryBudgetBytes)))
+DocumentBuilder::DocumentBuilder(MemoryBudget budget)
+    : data_(*(document_.impl_ = std::make_unique<Document::Impl>(std::move(budget))))
 {
 }
 

@@ -13,7 +13,7 @@ namespace velmora {
 /// user when the document is larger than the arrays can number.
 class DocumentBuilder {
 public:
-    explicit DocumentBuilder(std::size_t memoryBudgetBytes);
+    explicit DocumentBuilder(MemoryBudget budget);
 
     /// `attributes` are names and values by turns, ended by nullptr.
     void StartElement(std::string_view name, const char* const* attributes);

@@ -1,10 +1,11 @@
 #pragma once
 
+#include "platform/paged_memory.h"
 #include "xml/document.h"
 #include "xml/name_table.h"
-#include "xml/paged_array.h"
 
 #include <cstdint>
+#include <utility>
 
 namespace velmora {
 
@@ -41,7 +42,7 @@ struct AttributeRecord {
 
 class Document::Impl {
 public:
-    explicit Impl(std::size_t memoryBudgetBytes = 0) : budget{memoryBudgetBytes, 0} {}
+    explicit Impl(MemoryBudget memory = MemoryBudget(0)) : budget(std::move(memory)) {}
 
     [[nodiscard]] std::string_view Text(TextRange range) const noexcept
     {

@@ -1,5 +1,6 @@
 #include "xml/document_loader.h"
 
+#include "platform/paths.h"
 #include "platform/utf8_converter.h"
 #include "xml/document_parser.h"
 #include "xml/input_encoding.h"
@@ -9,6 +10,7 @@
 #include <cstdio>
 #include <cstring>
 #include <memory>
+#include <utility>
 
 namespace velmora {
 
@@ -144,9 +146,9 @@ bool ChunkedInput::SetBadBytes(const char* what)
 
 } // namespace
 
-LoadResult LoadDocument(const std::string& path, const std::function<void()>& onPiece, std::size_t memoryBudgetBytes)
+LoadResult LoadDocument(const std::string& path, const std::function<void()>& onPiece, MemoryBudget budget)
 {
-    const FileHandle file(std::fopen(path.c_str(), "rb"));
+    const FileHandle file(OpenFileStream(path, "rb"));
     if (!file)
         return Unreadable(SystemProblem(errno));
     std::setvbuf(file.get(), nullptr, _IONBF, 0); // chunks are read whole
@@ -156,7 +158,7 @@ LoadResult LoadDocument(const std::string& path, const std::function<void()>& on
         return Unreadable(SystemProblem(errno));
 
     const InputEncoding encoding = DetectEncoding(head);
-    DocumentParser parser(encoding.parseAs, memoryBudgetBytes);
+    DocumentParser parser(encoding.parseAs, std::move(budget));
     ChunkedInput input(file.get(), parser, encoding);
     bool more = input.Give(head);
     while (more) {

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "platform/paged_memory.h"
 #include "xml/document.h"
 
 #include <cstddef>
@@ -23,6 +24,6 @@ struct LoadResult {
 /// or that cannot be read, gives an empty document and `problem`. No external entity is ever fetched. `onPiece` is
 /// called now and then; what it throws ends the load.
 [[nodiscard]] LoadResult LoadDocument(const std::string& path, const std::function<void()>& onPiece,
-                                      std::size_t memoryBudgetBytes = kDocumentMemoryBudgetBytes);
+                                      MemoryBudget budget = MemoryBudget(kDocumentMemoryBudgetBytes));
 
 } // namespace velmora

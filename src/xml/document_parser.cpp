@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <new>
 #include <stdexcept>
+#include <utility>
 
 namespace velmora {
 
@@ -33,8 +34,8 @@ const char* ParserName(ParseAs parseAs)
 
 } // namespace
 
-DocumentParser::DocumentParser(ParseAs parseAs, std::size_t memoryBudgetBytes)
-    : parser_(XML_ParserCreate(ParserName(parseAs))), builder_(memoryBudgetBytes)
+DocumentParser::DocumentParser(ParseAs parseAs, MemoryBudget budget)
+    : parser_(XML_ParserCreate(ParserName(parseAs))), builder_(std::move(budget))
 {
     if (!parser_)
         throw std::bad_alloc();

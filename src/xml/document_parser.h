@@ -18,7 +18,7 @@ namespace velmora {
 /// One parse: takes the parser's events and gives them to the builder.
 class DocumentParser {
 public:
-    DocumentParser(ParseAs parseAs, std::size_t memoryBudgetBytes);
+    DocumentParser(ParseAs parseAs, MemoryBudget budget);
 
     /// Where up to `bytes` bytes for the next ParseBuffer go.
     [[nodiscard]] void* Buffer(std::size_t bytes);

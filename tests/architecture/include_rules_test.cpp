@@ -35,19 +35,20 @@ constexpr Part kParts[] = {
     {"jet/sql", "jet/base jet/error jet/store jet/index jet/table jet/catalog jet/relations"},
     {"jet", "jet/base jet/error jet/store jet/index jet/table jet/catalog jet/relations jet/sql jet/rowset"},
     {"platform", ""},
-    {"log", "platform"},
-    {"settings", "platform log"},
-    {"mapping", "platform log settings"},
-    {"xml", "platform log settings mapping"},
-    {"schema", "platform log settings mapping xml jet jet/error jet/rowset"},
-    {"import", "platform log settings mapping xml schema"},
-    {"driver", "platform log settings mapping xml schema import"},
-    {"app", "platform log settings mapping xml schema import driver"},
-    {"console", "platform log settings mapping xml schema import driver app"},
-    {"ui", "platform log settings mapping xml schema import driver app"},
+    {"host", ""},
+    {"log", "platform host"},
+    {"settings", "platform host log"},
+    {"mapping", "platform host log settings"},
+    {"xml", "platform host log settings mapping"},
+    {"schema", "platform host log settings mapping xml jet jet/error jet/rowset"},
+    {"import", "platform host log settings mapping xml schema"},
+    {"driver", "platform host log settings mapping xml schema import"},
+    {"app", "platform host log settings mapping xml schema import driver"},
+    {"console", "platform host log settings mapping xml schema import driver app"},
+    {"ui", "platform host log settings mapping xml schema import driver app"},
 };
 
-/// Libraries from outside that only one part knows: a pattern for the header's name, and the only part.
+/// Libraries from outside that only some parts know: a pattern for the header's name, and these parts.
 struct OutsideLibrary {
     const char* header;
     std::string_view onlyIn;
@@ -56,6 +57,8 @@ const OutsideLibrary kOutsideLibraries[] = {
     {"Q[A-Z].*", "ui"},
     {"expat.*\\.h", "xml"},
     {"iconv\\.h", "platform"},
+    // The operating system's own.
+    {"(sys/.*|[a-z]+)\\.h", "platform jet/store"},
 };
 
 bool IsListed(std::string_view list, const std::string& word)
@@ -95,8 +98,8 @@ std::string Objection(const std::filesystem::path& source, const std::string& he
         return "lies in a folder that is no part of the house";
     if (!quoted) {
         for (const OutsideLibrary& library : kOutsideLibraries)
-            if (std::regex_match(header, std::regex(library.header)) && library.onlyIn != from)
-                return "only " + std::string(library.onlyIn) + "/ may know this library";
+            if (std::regex_match(header, std::regex(library.header)))
+                return IsListed(library.onlyIn, from) ? "" : "may be known in " + std::string(library.onlyIn) + " only";
         return {};
     }
     const std::string to = PartOf(header);

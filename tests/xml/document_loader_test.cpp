@@ -188,21 +188,57 @@ TEST(DocumentLoader, EndsWithWhatIsThrownBetweenTwoPieces)
     EXPECT_EQ(pieces, 3);
 }
 
-TEST(DocumentLoader, GivesTheSameDocumentFromAMappedFile)
+std::string ManyRecords()
 {
     std::string xml = "<list>";
     for (int i = 0; i < 20'000; ++i) {
         const std::string number = std::to_string(i);
         xml += "<record id='" + number + "'>text " + number + "<leaf>" + number + "</leaf></record>";
     }
-    xml += "</list>";
+    return xml + "</list>";
+}
+
+TEST(DocumentLoader, GivesTheSameDocumentFromAMappedFile)
+{
+    const std::string xml = ManyRecords();
     const std::string inMemory = DocumentText(LoadBytes(xml).document);
     EXPECT_GT(inMemory.size(), 500'000u);
     // From the first byte on, and from the middle of the load on.
     for (const std::size_t budget : {std::size_t{0}, std::size_t{1'000'000}}) {
         SCOPED_TRACE(budget);
-        EXPECT_TRUE(DocumentText(LoadBytes(xml, budget).document) == inMemory);
+        EXPECT_TRUE(DocumentText(LoadBytes(xml, MemoryBudget(budget)).document) == inMemory);
     }
+}
+
+/// A temporary file on a disk that has so much room, or that takes nothing at all.
+class SmallFile : public TemporaryFile {
+public:
+    SmallFile(std::size_t room, bool takesBytes) : room_(room), takesBytes_(takesBytes) {}
+    bool Extend(std::size_t bytes) override { return bytes <= room_ && file_->Extend(bytes); }
+    bool Write(std::size_t position, std::span<const std::byte> bytes) override
+    {
+        return takesBytes_ && file_->Write(position, bytes);
+    }
+    void* Map(std::size_t bytes) override { return file_->Map(bytes); }
+
+private:
+    std::unique_ptr<TemporaryFile> file_ = MakeTemporaryFile();
+    std::size_t room_;
+    bool takesBytes_;
+};
+
+TEST(DocumentLoader, StaysInMemoryOrSaysSoWhenTheDiskIsFull)
+{
+    const std::string xml = ManyRecords();
+    const std::string whole = DocumentText(LoadBytes(xml).document);
+    const auto load = [&](const TemporaryFileMaker& maker) {
+        return DocumentText(LoadBytes(xml, MemoryBudget(100'000, maker)).document);
+    };
+    EXPECT_TRUE(load([] { return nullptr; }) == whole) << "no folder takes a file";
+    EXPECT_TRUE(load([] { return std::make_unique<SmallFile>(0, true); }) == whole) << "no room from the beginning";
+    EXPECT_THROW(load([] { return std::make_unique<SmallFile>(300'000, true); }), std::bad_alloc) << "full later on";
+    EXPECT_THROW(load([] { return std::make_unique<SmallFile>(~std::size_t{0}, false); }), std::bad_alloc)
+        << "the disk fails while the document moves there";
 }
 
 } // namespace

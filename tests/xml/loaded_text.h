@@ -9,13 +9,13 @@
 namespace velmora::testing {
 
 /// Loads `bytes` as a file.
-inline LoadResult LoadBytes(std::string_view bytes, std::size_t memoryBudgetBytes = kDocumentMemoryBudgetBytes)
+inline LoadResult LoadBytes(std::string_view bytes, MemoryBudget budget = MemoryBudget(kDocumentMemoryBudgetBytes))
 {
     const TempFolder folder;
     const std::string path = (folder / "document.xml").string();
     WriteFile(path, bytes);
     return LoadDocument(
-        path, [] {}, memoryBudgetBytes);
+        path, [] {}, std::move(budget));
 }
 
 /// One line per element: tag, attributes, content in brackets when there is any, and how many siblings bear the tag.
