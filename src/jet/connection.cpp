@@ -3,6 +3,7 @@
 #include "jet/catalog/bootstrap.h"
 #include "jet/catalog/catalog.h"
 #include "jet/catalog/local_time.h"
+#include "jet/catalog/savepoint.h"
 #include "jet/catalog/schema_rowsets.h"
 #include "jet/recordset_impl.h"
 #include "jet/relations/integrity.h"
@@ -236,6 +237,18 @@ Rowset Connection::OpenSchema(SchemaKind kind, const Restrictions& restrictions)
 Recordset Connection::OpenTable(std::string_view table)
 {
     return Recordset(std::make_unique<Recordset::Impl>(impl_->GetCatalog(), impl_->Integrity(), table));
+}
+
+std::vector<Property> Connection::Properties(std::string_view table)
+{
+    return impl_->GetCatalog().Properties(table);
+}
+
+void Connection::SetProperties(std::string_view table, std::span<const Property> properties)
+{
+    Savepoint savepoint(impl_->GetCatalog());
+    impl_->GetCatalog().SetProperties(table, properties);
+    savepoint.Release();
 }
 
 void Connection::Commit()

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "jet/base/format.h"
+#include "jet/base/property.h"
 #include "jet/error.h"
 #include "jet/recordset.h"
 #include "jet/rowset.h"
@@ -8,7 +9,9 @@
 
 #include <filesystem>
 #include <memory>
+#include <span>
 #include <string_view>
+#include <vector>
 
 namespace jet {
 
@@ -55,6 +58,13 @@ public:
     [[nodiscard]] Rowset OpenSchema(SchemaKind kind, const Restrictions& restrictions = {});
     /// Throws TableNotFound.
     [[nodiscard]] Recordset OpenTable(std::string_view table);
+
+    /// The properties of `table` and of its columns that hold text, as they are stored. Throws TableNotFound.
+    [[nodiscard]] std::vector<Property> Properties(std::string_view table);
+    /// Adds properties to `table` and its columns, or changes them, all at once: each call writes anew what the table
+    /// has. Those that the engine itself goes by (Required, DefaultValue and so on) are made by statements. Throws
+    /// NoSuchTable, ReadOnly, NoSuchField, and SizeTooLong for a value of more than about 32,000 characters.
+    void SetProperties(std::string_view table, std::span<const Property> properties);
 
     void Commit();
 

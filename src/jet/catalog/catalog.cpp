@@ -279,6 +279,34 @@ void Catalog::DropIndex(Table& table, std::string_view name)
     NoteChange(table);
 }
 
+std::vector<Property> Catalog::Properties(std::string_view table)
+{
+    const CatalogObject* object = FindTable(table);
+    if (!object)
+        throw Error(ErrorNumber::TableNotFound, {table});
+    return objects_.Properties(object->id).Texts();
+}
+
+void Catalog::SetProperties(std::string_view name, std::span<const Property> properties)
+{
+    if (!FindTable(name))
+        throw Error(ErrorNumber::NoSuchTable, {name});
+    const std::shared_ptr<Table> table = OpenForChange(name);
+    const TableDef& def = table->Definition();
+    PropertyBlob blob = objects_.Properties(IdOf(*table));
+    for (Property property : properties) {
+        if (!property.column.empty()) {
+            const std::optional<std::size_t> position = def.ColumnIndex(property.column);
+            if (!position)
+                throw Error(ErrorNumber::NoSuchField, {property.column, table->Name()});
+            property.column = def.columns[*position].name;
+        }
+        blob.SetText(property);
+    }
+    objects_.SetProperties(IdOf(*table), blob);
+    objects_.Touch(IdOf(*table));
+}
+
 void Catalog::NoteChange(Table& table)
 {
     objects_.Touch(IdOf(table));

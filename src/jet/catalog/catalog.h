@@ -68,6 +68,11 @@ public:
     void CreateIndex(Table& table, const IndexSpec& index);
     /// Throws NoSuchIndex, TableInRelation.
     void DropIndex(Table& table, std::string_view name);
+    /// Texts among the properties of the table and of its columns, as they are stored. Throws TableNotFound.
+    [[nodiscard]] std::vector<Property> Properties(std::string_view table);
+    /// Adds or changes them, all at once. Names of columns are those of `table` or compare equal to them. Throws
+    /// NoSuchTable, ReadOnly, NoSuchField, SizeTooLong.
+    void SetProperties(std::string_view table, std::span<const Property> properties);
     /// To be called after a change of a table's definition that was not made here.
     void NoteChange(Table& table);
     /// Counts changes of any table's definition.

@@ -4,6 +4,8 @@
 #include "jet/error.h"
 
 #include <algorithm>
+#include <string>
+#include <utility>
 
 namespace jet {
 
@@ -17,6 +19,7 @@ constexpr std::uint16_t kColumnKind = 1;
 constexpr std::size_t kBlockHead = 6;
 constexpr std::size_t kOwnerHead = 6;
 constexpr std::size_t kEntryHead = 8;
+constexpr std::size_t kMaxEntry = 0xFFFF;
 constexpr Byte kDefinitionFlag = 1; ///< changing it needs the right to change the definition
 
 [[noreturn]] void ThrowDamaged()
@@ -167,7 +170,8 @@ bool PropertyBlob::FindBoolean(std::string_view column, std::string_view name) c
     return value && !value->empty() && (*value)[0] != 0;
 }
 
-void PropertyBlob::SetBoolean(std::string_view column, std::string_view name, bool value)
+/// The entry of that owner and name; made like `unlessThere` where there is none.
+PropertyBlob::Entry& PropertyBlob::EntryFor(std::string_view column, std::string_view name, const Entry& unlessThere)
 {
     std::optional<std::uint16_t> number = NameNumber(name);
     if (!number) {
@@ -181,9 +185,38 @@ void PropertyBlob::SetBoolean(std::string_view column, std::string_view name, bo
     }
     std::vector<Entry>& entries = blocks_[*at].entries;
     auto entry = std::ranges::find(entries, *number, &Entry::name);
-    if (entry == entries.end())
-        entry = entries.insert(entry, {kDefinitionFlag, ColumnType::Boolean, *number, {}});
-    entry->value.assign(1, value ? Byte{1} : Byte{0});
+    if (entry == entries.end()) {
+        entry = entries.insert(entry, unlessThere);
+        entry->name = *number;
+    }
+    return *entry;
+}
+
+void PropertyBlob::SetBoolean(std::string_view column, std::string_view name, bool value)
+{
+    EntryFor(column, name, {kDefinitionFlag, ColumnType::Boolean, 0, {}}).value.assign(1, value ? Byte{1} : Byte{0});
+}
+
+void PropertyBlob::SetText(const Property& property)
+{
+    Bytes value;
+    AppendText(value, *format_, property.value, false);
+    if (value.size() > kMaxEntry - kEntryHead)
+        throw Error(ErrorNumber::SizeTooLong, {property.name},
+                    "A property holds at most " + std::to_string(kMaxEntry - kEntryHead) + " bytes.");
+    Entry& entry = EntryFor(property.column, property.name, {0, property.type, 0, {}});
+    entry.type = property.type;
+    entry.value = std::move(value);
+}
+
+std::vector<Property> PropertyBlob::Texts() const
+{
+    std::vector<Property> texts;
+    for (const Block& block : blocks_)
+        for (const Entry& entry : block.entries)
+            if ((entry.type == ColumnType::Text || entry.type == ColumnType::Memo) && entry.name < names_.size())
+                texts.push_back({block.owner, names_[entry.name], DecodeText(entry.value, *format_), entry.type});
+    return texts;
 }
 
 bool PropertyBlob::RemoveColumn(std::string_view column)

@@ -1,7 +1,7 @@
 #pragma once
 
 #include "jet/base/format.h"
-#include "jet/base/value.h"
+#include "jet/base/property.h"
 
 #include <cstdint>
 #include <optional>
@@ -31,6 +31,11 @@ public:
     [[nodiscard]] bool FindBoolean(std::string_view column, std::string_view name) const;
     /// Adds the property to the column, or changes it there.
     void SetBoolean(std::string_view column, std::string_view name, bool value);
+    /// The same for one of type Text or Memo. Throws SizeTooLong when the value has more than about 65,500 bytes: an
+    /// entry's length has two. Nothing has changed then.
+    void SetText(const Property& property);
+    /// All those of type Text and Memo, in their order in the blob.
+    [[nodiscard]] std::vector<Property> Texts() const;
     /// False when the column had no properties.
     bool RemoveColumn(std::string_view column);
 
@@ -51,6 +56,7 @@ private:
         Bytes content;              ///< of any other kind
     };
 
+    Entry& EntryFor(std::string_view column, std::string_view name, const Entry& unlessThere);
     [[nodiscard]] std::optional<std::size_t> FindBlock(std::string_view column) const;
     [[nodiscard]] std::optional<std::uint16_t> NameNumber(std::string_view name) const;
     void ReadNames(ByteSpan content);

@@ -100,5 +100,50 @@ TEST(Connection, EachOfManyTablesIsFoundByItsName)
     }
 }
 
+/// Two to each of many columns are more than a page.
+TEST(Connection, TablesAndColumnsHaveProperties)
+{
+    constexpr int kColumns = 250;
+    for (const JetVersion version : kVersions) {
+        SCOPED_TRACE(static_cast<int>(version));
+        Database database(version);
+        std::string columns = "PKEY Counter NOT NULL";
+        std::vector<Property> properties{{"", "Description", "Element //r\u00e4t", ColumnType::Text}};
+        for (int i = 0; i < kColumns; ++i) {
+            const std::string column = "c" + std::to_string(i);
+            columns += ", " + column + (i % 2 ? " String" : " Longtext");
+            properties.push_back({column, "velmora_source", "child " + column + "\nplace 7", ColumnType::Memo});
+            properties.push_back({column, "Description", "Element " + column, ColumnType::Text});
+        }
+        database.Execute("CREATE TABLE t (" + columns + ")");
+        database.Face().SetProperties("T", properties);
+        database.Keep();
+        EXPECT_EQ(database.Face().Properties("t"), properties);
+        const auto shown = velmora::testing::RunProcess({"mdb-prop", database.Path().string(), "t"});
+        if (shown.status != 127) { // without the second judge
+            EXPECT_NE(shown.output.find("velmora_source: child c249"), std::string::npos) << shown.output;
+        }
+
+        // One call, one statement: nothing of it stays when a part is refused.
+        const std::vector<Property> unknown{{"c0", "Description", "x"}, {"missing", "Description", "x"}};
+        EXPECT_EQ(ErrorOf([&] { database.Face().SetProperties("t", unknown); }), ErrorNumber::NoSuchField);
+        const std::vector<Property> large{{"c0", "velmora_source", std::string(65'600, 'x'), ColumnType::Memo}};
+        EXPECT_EQ(ErrorOf([&] { database.Face().SetProperties("t", large); }), ErrorNumber::SizeTooLong);
+        EXPECT_EQ(database.Face().Properties("t"), properties);
+
+        database.Execute("ALTER TABLE t DROP COLUMN c0");
+        database.Execute("ALTER TABLE t ALTER COLUMN c1 LONGTEXT");
+        database.Face().SetProperties("t", std::vector<Property>{{"C1", "Description", ""}});
+        database.Reopen();
+        std::erase_if(properties, [](const Property& property) { return property.column == "c0"; });
+        properties[2].value = "";
+        EXPECT_EQ(database.Face().Properties("t"), properties);
+        database.Add("t", {{"c2", "a value"}});
+        EXPECT_EQ(ErrorOf([&] { static_cast<void>(database.Face().Properties("u")); }), ErrorNumber::TableNotFound);
+        EXPECT_EQ(ErrorOf([&] { database.Face().SetProperties("MSysObjects", properties); }), ErrorNumber::ReadOnly);
+        EXPECT_TRUE(database.AllSound());
+    }
+}
+
 } // namespace
 } // namespace jet
