@@ -1,6 +1,6 @@
 #include "console/closing_table.h"
 
-#include "console/printable.h"
+#include "platform/terminal.h"
 #include "platform/utf8.h"
 
 #include <algorithm>

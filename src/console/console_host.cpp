@@ -1,9 +1,7 @@
 #include "console/console_host.h"
 
-#include "console/printable.h"
 #include "console/prompt.h"
 #include "platform/clock.h"
-#include "platform/interrupt.h"
 #include "platform/program.h"
 #include "platform/terminal.h"
 

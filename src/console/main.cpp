@@ -7,7 +7,7 @@
 #include "console/exit_status.h"
 #include "console/help.h"
 #include "log/passwords.h"
-#include "platform/interrupt.h"
+#include "platform/other_programs.h"
 #include "platform/program.h"
 #include "platform/terminal.h"
 #include "settings/command_line.h"

@@ -7,6 +7,7 @@
 #include "import/node_importer.h"
 #include "platform/file_listing.h"
 #include "platform/paths.h"
+#include "platform/utf8.h"
 #include "schema/database_session.h"
 #include "schema/empty_tables.h"
 #include "schema/schema_builder.h"
@@ -14,7 +15,6 @@
 #include "settings/read_settings.h"
 #include "settings/text_export_warnings.h"
 #include "xml/structure_analysis.h"
-#include "xml/white_space.h"
 
 #include <ctime>
 #include <optional>

@@ -2,7 +2,7 @@
 
 #include "log/file_error.h"
 #include "platform/clock.h"
-#include "platform/file_move.h"
+#include "platform/file_changes.h"
 #include "platform/paths.h"
 
 #include <filesystem>

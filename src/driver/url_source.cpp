@@ -5,6 +5,7 @@
 #include "log/file_error.h"
 #include "log/passwords.h"
 #include "platform/clock.h"
+#include "platform/other_programs.h"
 #include "platform/paths.h"
 #include "platform/program.h"
 

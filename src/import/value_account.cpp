@@ -1,6 +1,6 @@
 #include "import/value_account.h"
 
-#include "xml/white_space.h"
+#include "platform/utf8.h"
 
 #include <algorithm>
 #include <functional>

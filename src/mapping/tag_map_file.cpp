@@ -1,10 +1,9 @@
 #include "mapping/tag_map_file.h"
 
 #include "log/file_error.h"
-#include "platform/file_replace.h"
+#include "platform/file_changes.h"
 #include "platform/paths.h"
 #include "platform/utf8.h"
-#include "platform/utf8_converter.h"
 
 #include <algorithm>
 #include <fstream>

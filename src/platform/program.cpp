@@ -2,13 +2,11 @@
 
 #include "platform/paths.h"
 
-#include <algorithm>
 #include <cstdlib>
 #include <filesystem>
 #include <system_error>
 
 #ifdef _WIN32
-#include <process.h>
 #include <windows.h>
 #else
 #include <pwd.h>
@@ -36,11 +34,6 @@ fs::path ExecutablePath()
     fs::path path = fs::read_symlink("/proc/self/exe", error);
     return error ? fs::current_path(error) / "velmora" : path;
 #endif
-}
-
-fs::path SiblingPath(std::string_view name)
-{
-    return ExecutablePath().parent_path() / PathFromUtf8(std::string(name).append(kProgramSuffix));
 }
 
 #ifdef _WIN32
@@ -111,72 +104,12 @@ bool IsWritableFolder(const std::string& folder)
 #endif
 }
 
-bool IsProgram(const std::string& path)
-{
-#ifdef _WIN32
-    return FileExists(path);
-#else
-    return FileExists(path) && access(path.c_str(), X_OK) == 0;
-#endif
-}
-
-std::string FindOnPath(std::string_view name)
-{
-#ifdef _WIN32
-    constexpr char kBetweenFolders = ';';
-#else
-    constexpr char kBetweenFolders = ':';
-#endif
-    const std::string folders = EnvironmentVariable("PATH");
-    const std::string fileName = std::string(name).append(kProgramSuffix);
-    for (std::size_t begin = 0; begin < folders.size();) {
-        const std::size_t end = std::min(folders.find(kBetweenFolders, begin), folders.size());
-        const fs::path folder = PathFromUtf8(std::string_view(folders).substr(begin, end - begin));
-        std::string candidate = Utf8FromPath(folder / PathFromUtf8(fileName));
-        // What the current folder holds, possibly downloaded by anybody, must not be taken for a program of the system.
-        if (folder.is_absolute() && IsProgram(candidate))
-            return candidate;
-        begin = end + 1;
-    }
-    return {};
-}
-
 bool HasDisplay()
 {
 #if defined(_WIN32) || defined(__APPLE__)
     return true;
 #else
     return !EnvironmentVariable("DISPLAY").empty() || !EnvironmentVariable("WAYLAND_DISPLAY").empty();
-#endif
-}
-
-bool HasSiblingProgram(std::string_view name)
-{
-    return IsProgram(Utf8FromPath(SiblingPath(name)));
-}
-
-bool BecomeSiblingProgram(std::string_view name, const std::vector<std::string>& arguments)
-{
-    const fs::path path = SiblingPath(name);
-#ifdef _WIN32
-    std::vector<std::wstring> texts{path.wstring()};
-    for (const std::string& argument : arguments)
-        texts.push_back(PathFromUtf8(argument).wstring());
-    std::vector<const wchar_t*> pointers;
-    for (const std::wstring& text : texts)
-        pointers.push_back(text.c_str());
-    pointers.push_back(nullptr);
-    return _wspawnv(_P_NOWAIT, path.c_str(), pointers.data()) != -1;
-#else
-    std::vector<std::string> texts{path.string()};
-    texts.insert(texts.end(), arguments.begin(), arguments.end());
-    std::vector<char*> pointers;
-    pointers.reserve(texts.size() + 1);
-    for (std::string& text : texts)
-        pointers.push_back(text.data());
-    pointers.push_back(nullptr);
-    execv(path.c_str(), pointers.data());
-    return false;
 #endif
 }
 

@@ -2,7 +2,6 @@
 
 #include <string>
 #include <string_view>
-#include <vector>
 
 namespace velmora {
 
@@ -28,19 +27,7 @@ inline constexpr std::string_view kProgramSuffix = "";
 /// Whether files can be made in `folder`.
 [[nodiscard]] bool IsWritableFolder(const std::string& folder);
 
-/// Whether `path` is a program that can be run.
-[[nodiscard]] bool IsProgram(const std::string& path);
-/// The full path of the program `name` (without a suffix) on PATH, whose relative entries are not looked at; empty when
-/// there is none.
-[[nodiscard]] std::string FindOnPath(std::string_view name);
-
 /// Whether windows can be shown here.
 [[nodiscard]] bool HasDisplay();
-
-/// Whether `name` stands in the program's folder and can be run.
-[[nodiscard]] bool HasSiblingProgram(std::string_view name);
-/// Runs `name` from the program's folder in place of this process (on Windows: beside it), without a shell. Returns
-/// only when it did not become this process: true when it was started beside it, false when it could not be started.
-[[nodiscard]] bool BecomeSiblingProgram(std::string_view name, const std::vector<std::string>& arguments);
 
 } // namespace velmora

@@ -1,6 +1,10 @@
 #include "platform/utf8.h"
 
 #include <algorithm>
+#include <array>
+#include <cerrno>
+
+#include <iconv.h>
 
 namespace velmora {
 
@@ -10,6 +14,29 @@ constexpr bool IsContinuation(char c) noexcept
 {
     return (static_cast<unsigned char>(c) & 0xC0) == 0x80;
 }
+
+/// Bytes of the white space character that `text` begins with; 0 when it begins with none.
+std::size_t LeadingBlank(std::string_view text)
+{
+    const auto byte = [&](std::size_t i) { return i < text.size() ? static_cast<unsigned char>(text[i]) : 0u; };
+    const unsigned first = byte(0);
+    if (first == ' ' || (first >= 0x09 && first <= 0x0D))
+        return 1;
+    if (first < 0xC2)
+        return 0;
+    if (first == 0xC2)
+        return byte(1) == 0x85 || byte(1) == 0xA0 ? 2 : 0; // next line, no-break space
+    const unsigned three = first << 16 | byte(1) << 8 | byte(2);
+    const bool isBlank = three == 0xE19A80                           // U+1680, ogham space
+                         || (three >= 0xE28080 && three <= 0xE2808A) // U+2000 to U+200A, en quad to hair space
+                         || three == 0xE280A8 || three == 0xE280A9   // line and paragraph separator
+                         || three == 0xE280AF || three == 0xE2819F   // narrow no-break, medium mathematical space
+                         || three == 0xE38080;                       // ideographic space
+    return isBlank ? 3 : 0;
+}
+
+// iconv_open answers a failure by this value.
+const iconv_t kNoConverter = reinterpret_cast<iconv_t>(-1); // NOLINT: the type is a pointer, its failure a number
 
 } // namespace
 
@@ -32,6 +59,77 @@ std::string_view WithoutByteOrderMark(std::string_view text) noexcept
 {
     constexpr std::string_view kMark = "\xEF\xBB\xBF";
     return text.starts_with(kMark) ? text.substr(kMark.size()) : text;
+}
+
+std::string_view TrimWhiteSpace(std::string_view text) noexcept
+{
+    while (const std::size_t blank = LeadingBlank(text))
+        text.remove_prefix(blank);
+    while (!text.empty()) {
+        std::size_t last = text.size() - 1;
+        while (last > 0 && IsContinuation(text[last]))
+            --last; // back to the first byte of the character
+        if (LeadingBlank(text.substr(last)) == 0)
+            break;
+        text = text.substr(0, last);
+    }
+    return text;
+}
+
+Utf8Converter::Utf8Converter(const std::string& charset) : descriptor_(iconv_open("UTF-8", charset.c_str())) {}
+
+Utf8Converter::~Utf8Converter()
+{
+    if (IsKnown())
+        iconv_close(descriptor_);
+}
+
+bool Utf8Converter::IsKnown() const noexcept
+{
+    return descriptor_ != kNoConverter;
+}
+
+bool Utf8Converter::Convert(std::string_view bytes, std::string& text)
+{
+    if (!IsKnown())
+        return false;
+    std::string joined;
+    if (!rest_.empty()) {
+        joined = rest_.append(bytes);
+        bytes = joined;
+        rest_.clear();
+    }
+    char* from = const_cast<char*>(bytes.data()); // iconv reads it only
+    std::size_t fromLeft = bytes.size();
+    bool good = true;
+    while (fromLeft != 0 && good) {
+        const std::size_t filled = text.size();
+        text.resize(filled + fromLeft + fromLeft / 2 + 16);
+        char* to = text.data() + filled;
+        std::size_t toLeft = text.size() - filled;
+        const bool failed = iconv(descriptor_, &from, &fromLeft, &to, &toLeft) == static_cast<std::size_t>(-1);
+        const int error = errno;
+        text.resize(text.size() - toLeft);
+        if (failed && error == EINVAL)
+            break; // an incomplete character at the end
+        good = !failed || error == E2BIG;
+    }
+    convertedBytes_ += bytes.size() - fromLeft;
+    if (good)
+        rest_.assign(from, fromLeft);
+    return good;
+}
+
+bool Utf8Converter::Finish(std::string& text)
+{
+    if (!rest_.empty())
+        return false;
+    std::array<char, 64> flushed{}; // what a stateful encoding may still hold back is one or two characters
+    char* to = flushed.data();
+    std::size_t toLeft = flushed.size();
+    iconv(descriptor_, nullptr, nullptr, &to, &toLeft);
+    text.append(flushed.data(), flushed.size() - toLeft);
+    return true;
 }
 
 } // namespace velmora

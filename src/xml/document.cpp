@@ -1,5 +1,6 @@
 #include "xml/document.h"
 
+#include "platform/utf8.h"
 #include "xml/document_data.h"
 
 #include <algorithm>
@@ -61,10 +62,8 @@ std::string Document::PathText(PathId path, std::size_t limit) const
             break;
         tail.insert(0, name).insert(std::size_t{0}, 1, '/');
     }
-    std::size_t keep = limit - std::min(limit, kCut.size() + tail.size());
-    while (keep > 0 && (static_cast<unsigned char>(head[keep]) & 0xC0) == 0x80)
-        --keep; // not in the middle of a character
-    return head.substr(0, keep).append(kCut).append(tail);
+    const std::size_t keep = limit - std::min(limit, kCut.size() + tail.size());
+    return std::string(CutUtf8(head, keep)).append(kCut).append(tail);
 }
 
 NameId Document::Name(ElementId element) const noexcept

@@ -1,7 +1,7 @@
 #include "xml/document_loader.h"
 
 #include "platform/paths.h"
-#include "platform/utf8_converter.h"
+#include "platform/utf8.h"
 #include "xml/document_parser.h"
 #include "xml/input_encoding.h"
 

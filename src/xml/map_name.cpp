@@ -1,6 +1,6 @@
 #include "xml/map_name.h"
 
-#include "xml/white_space.h"
+#include "platform/utf8.h"
 
 #include <algorithm>
 

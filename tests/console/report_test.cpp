@@ -2,9 +2,9 @@
 #include "console/console_host.h"
 #include "console/exit_status.h"
 #include "console/help.h"
-#include "console/printable.h"
 #include "console/progress_line.h"
 #include "console/prompt.h"
+#include "platform/terminal.h"
 
 #include <cstdio>
 #include <gtest/gtest.h>

@@ -1,6 +1,7 @@
 #include "driver/url_source.h"
 
 #include "driver/conversion.h"
+#include "platform/other_programs.h"
 #include "platform/program.h"
 #include "support/http_server.h"
 

@@ -1,6 +1,6 @@
 #include "platform/process.h"
 
-#include "platform/file_move.h"
+#include "platform/file_changes.h"
 #include "support/shared.h"
 
 #include <gtest/gtest.h>

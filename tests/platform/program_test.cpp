@@ -1,6 +1,6 @@
+#include "platform/other_programs.h"
 #include "platform/program.h"
 
-#include "platform/file_association.h"
 #include "support/shared.h"
 
 #include <cstdlib>

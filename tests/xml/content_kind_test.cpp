@@ -1,7 +1,7 @@
 #include "xml/content_kind.h"
 
+#include "platform/utf8.h"
 #include "xml/structure_model.h"
-#include "xml/white_space.h"
 
 #include <gtest/gtest.h>
 

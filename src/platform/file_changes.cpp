@@ -1,14 +1,15 @@
-#include "platform/file_move.h"
+#include "platform/file_changes.h"
 
 #include "platform/paths.h"
 
 #include <cerrno>
+#include <cstdio>
 #include <filesystem>
+#include <memory>
 
 #ifdef _WIN32
 #include <windows.h>
 #else
-#include <cstdio>
 #include <fcntl.h>
 #include <unistd.h>
 #endif
@@ -18,6 +19,11 @@ namespace velmora {
 namespace {
 
 namespace fs = std::filesystem;
+
+std::error_code LastError() noexcept
+{
+    return {errno, std::generic_category()};
+}
 
 #ifdef _WIN32
 
@@ -32,11 +38,6 @@ std::error_code MoveOnOneVolume(const fs::path& from, const fs::path& to)
 }
 
 #else
-
-std::error_code LastError() noexcept
-{
-    return {errno, std::generic_category()};
-}
 
 std::error_code MoveOnOneVolume(const fs::path& from, const fs::path& to)
 {
@@ -91,6 +92,74 @@ std::error_code MoveWithoutReplacing(const std::string& from, const std::string&
     const fs::path target = PathFromUtf8(to);
     const std::error_code error = MoveOnOneVolume(source, target);
     return error == std::errc::cross_device_link ? CopyAndDelete(source, target) : error;
+}
+
+namespace {
+
+struct FileCloser {
+    void operator()(std::FILE* file) const noexcept { std::fclose(file); }
+};
+using FileHandle = std::unique_ptr<std::FILE, FileCloser>;
+
+FileHandle Open(const fs::path& path, const char* mode)
+{
+    return FileHandle(OpenFileStream(Utf8FromPath(path), mode));
+}
+
+/// A file beside `target` that nobody else has; gives `path` its name. Null when it cannot be made, with errno set.
+FileHandle OpenBeside(const fs::path& target, fs::path& path)
+{
+    constexpr int kMostNames = 100;
+    for (int number = 1; number <= kMostNames; ++number) {
+        path = target;
+        path += ".velmora-" + std::to_string(number);
+        if (FileHandle file = Open(path, "wbx"); file || errno != EEXIST)
+            return file;
+    }
+    return nullptr;
+}
+
+std::error_code WriteAll(FileHandle file, std::string_view content)
+{
+    bool isWritten =
+        std::fwrite(content.data(), 1, content.size(), file.get()) == content.size() && std::fflush(file.get()) == 0;
+#ifndef _WIN32
+    // Else a crash of the system could leave the new name with nothing behind it.
+    isWritten = isWritten && fsync(fileno(file.get())) == 0;
+#endif
+    const std::error_code error = isWritten ? std::error_code() : LastError();
+    return std::fclose(file.release()) == 0 || error ? error : LastError();
+}
+
+} // namespace
+
+std::error_code ReplaceFile(const std::string& path, std::string_view content)
+{
+    std::error_code error;
+    fs::path target = PathFromUtf8(path);
+    const bool exists = fs::exists(target, error);
+    if (exists) {
+        if (!Open(target, "r+b")) // a file that must not be written must not be replaced either
+            return LastError();
+        if (!fs::is_regular_file(target, error))
+            return std::make_error_code(std::errc::invalid_argument);
+        target = fs::canonical(target, error);
+        if (error)
+            return error;
+    }
+    fs::path beside;
+    FileHandle file = OpenBeside(target, beside);
+    if (!file)
+        return LastError();
+    error = WriteAll(std::move(file), content);
+    if (!error && exists)
+        fs::permissions(beside, fs::status(target).permissions(), error);
+    if (!error)
+        fs::rename(beside, target, error);
+    std::error_code ignored;
+    if (error)
+        fs::remove(beside, ignored);
+    return error;
 }
 
 } // namespace velmora
