@@ -1,5 +1,7 @@
 #include "jet/base/text_codec.h"
 
+#include "jet/base/compressed_text.h"
+
 #include <algorithm>
 #include <array>
 #include <optional>
@@ -10,8 +12,6 @@ namespace {
 
 constexpr char32_t kReplacement = 0xFFFD;
 constexpr char32_t kWordJoiner = 0x2060;
-constexpr std::array<Byte, 2> kCompressedMark{0xFF, 0xFE};
-constexpr std::size_t kMinCompressed = 3; ///< characters; fewer would not get shorter
 
 /// Code page 1252 from 0x80 to 0x9F; the five bytes without a character stand for themselves, so that they survive.
 constexpr std::array<char16_t, 32> kCp1252High{
@@ -168,11 +168,6 @@ std::size_t AppendMarkedText(Bytes& out, std::string_view utf8)
     return 0;
 }
 
-bool IsCompressed(ByteSpan stored)
-{
-    return stored.size() >= kCompressedMark.size() && std::ranges::equal(stored.first(2), kCompressedMark);
-}
-
 std::string DecodeUtf16(ByteSpan stored)
 {
     std::string text;
@@ -270,17 +265,10 @@ Bytes ExpandUtf16(ByteSpan stored)
         return {stored.begin(), stored.end()};
     Bytes plain;
     plain.reserve(2 * stored.size());
-    bool compressed = true;
-    for (std::size_t at = kCompressedMark.size(); at < stored.size(); ++at) {
-        if (stored[at] == 0) {
-            compressed = !compressed;
-        } else if (compressed) {
-            PushUnit(plain, stored[at]);
-        } else if (at + 1 < stored.size()) {
-            PushUnit(plain, LoadU16(stored, at));
-            ++at;
-        }
-    }
+    ExpandCompressed(stored, [&](std::uint16_t unit) {
+        PushUnit(plain, unit);
+        return true;
+    });
     return plain;
 }
 

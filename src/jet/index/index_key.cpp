@@ -1,6 +1,7 @@
 #include "jet/index/index_key.h"
 
 #include "jet/base/text_codec.h"
+#include "jet/base/type_facts.h"
 #include "jet/error.h"
 #include "jet/index/text_key.h"
 
@@ -133,35 +134,27 @@ void AppendKey(Bytes& key, const Format& format, const KeyColumn& column, std::o
         return;
     }
     key.push_back(isAscending ? kValueAscending : kValueDescending);
-    switch (column.type) {
-    case ColumnType::Boolean:
+    const TypeFacts& facts = FactsOf(column.type);
+    switch (facts.key) {
+    case KeyForm::Boolean:
         return AppendBoolean(key, order, stored);
-    case ColumnType::Byte:
-        return AppendTurned(key, *stored, 1, order, AppendReversed);
-    case ColumnType::Integer:
-        return AppendTurned(key, *stored, 2, order, AppendInteger);
-    case ColumnType::Long:
-        return AppendTurned(key, *stored, 4, order, AppendInteger);
-    case ColumnType::Currency:
-        return AppendTurned(key, *stored, 8, order, AppendInteger);
-    case ColumnType::Single:
-        return AppendTurned(key, *stored, 4, order, AppendFloat);
-    case ColumnType::Double:
-    case ColumnType::DateTime:
-        return AppendTurned(key, *stored, 8, order, AppendFloat);
-    case ColumnType::Guid:
-        RequireSize(*stored, 16);
+    case KeyForm::Unsigned:
+        return AppendTurned(key, *stored, facts.size, order, AppendReversed);
+    case KeyForm::Signed:
+        return AppendTurned(key, *stored, facts.size, order, AppendInteger);
+    case KeyForm::Float:
+        return AppendTurned(key, *stored, facts.size, order, AppendFloat);
+    case KeyForm::Guid:
+        RequireSize(*stored, facts.size);
         return AppendGuid(key, *stored, order);
-    case ColumnType::Numeric:
-        RequireSize(*stored, 17);
+    case KeyForm::Numeric:
+        RequireSize(*stored, facts.size);
         return AppendNumeric(key, *stored, order);
-    case ColumnType::Binary:
-    case ColumnType::FixedBinary:
+    case KeyForm::Groups:
         return AppendGroups(key, *stored, order);
-    case ColumnType::Text:
-    case ColumnType::Memo:
+    case KeyForm::Text:
         return AppendTextKey(key, format, column, *stored);
-    case ColumnType::Ole:
+    case KeyForm::None:
         break;
     }
     throw CorruptValue("a column of type " + std::to_string(static_cast<int>(column.type)) + " cannot be indexed");

@@ -1,3 +1,4 @@
+#include "jet/base/compressed_text.h"
 #include "jet/index/collation.h"
 #include "jet/index/text_key.h"
 
@@ -193,24 +194,13 @@ KeyUnits KeyUnits::OfUtf16(ByteSpan utf16)
 
 KeyUnits KeyUnits::OfStored(ByteSpan stored)
 {
-    if (stored.size() < 2 || stored[0] != 0xFF || stored[1] != 0xFE)
+    if (!IsCompressed(stored))
         return OfUtf16(stored);
     KeyUnits result;
-    bool compressed = true;
-    std::size_t at = 2;
-    while (at < stored.size() && result.count_ < kMaxTextUnits) {
-        if (stored[at] == 0) {
-            compressed = !compressed;
-            ++at;
-        } else if (compressed) {
-            result.units_[result.count_++] = stored[at++];
-        } else {
-            if (at + 1 == stored.size())
-                break;
-            result.units_[result.count_++] = LoadU16(stored, at);
-            at += 2;
-        }
-    }
+    ExpandCompressed(stored, [&](std::uint16_t unit) {
+        result.units_[result.count_++] = unit;
+        return result.count_ < kMaxTextUnits;
+    });
     return result;
 }
 

@@ -1,6 +1,6 @@
 #include "jet/table/column_design.h"
 
-#include "jet/base/text_codec.h"
+#include "jet/base/type_facts.h"
 #include "jet/error.h"
 
 #include <algorithm>
@@ -11,7 +11,6 @@ namespace {
 
 constexpr std::uint8_t kMaxPrecision = 28;
 constexpr std::size_t kMaxBinarySize = 510;
-constexpr std::string_view kRefusedInNames = ".![]`";
 
 std::uint16_t SizeOf(const ColumnSpec& spec, const Format& format)
 {
@@ -26,17 +25,9 @@ std::uint16_t SizeOf(const ColumnSpec& spec, const Format& format)
         if (spec.characters == 0 || spec.characters > std::min(kMaxBinarySize, format.textUnitSize * kMaxTextUnits))
             throw Error(ErrorNumber::SizeTooLong, {spec.name});
         return static_cast<std::uint16_t>(spec.characters);
-    default: {
-        Column column;
-        column.type = spec.type;
-        return static_cast<std::uint16_t>(column.FixedSize());
+    default:
+        return static_cast<std::uint16_t>(FactsOf(spec.type).size);
     }
-    }
-}
-
-bool GoesToFixedArea(ColumnType type)
-{
-    return type != ColumnType::Text && type != ColumnType::Binary && !IsLongValue(type);
 }
 
 void SetCollation(Column& column, const Format& format, const DatabaseHeader& header)
@@ -85,16 +76,6 @@ void MakeMemo(TableDef& def, std::size_t at)
 
 } // namespace
 
-void CheckName(std::string_view name)
-{
-    const std::size_t units = Utf16Length(name);
-    const bool refused = std::any_of(name.begin(), name.end(), [](char c) {
-        return static_cast<unsigned char>(c) < 0x20 || kRefusedInNames.find(c) != std::string_view::npos;
-    });
-    if (units == 0 || units > kMaxNameUnits || refused || name.front() == ' ')
-        throw Error(ErrorNumber::InvalidName, {name});
-}
-
 std::uint16_t FixedAreaEnd(const TableDef& def) noexcept
 {
     std::size_t end = 0;
@@ -108,7 +89,6 @@ std::uint16_t FixedAreaEnd(const TableDef& def) noexcept
 Column& DesignColumn(TableDef& def, const ColumnSpec& spec, const DatabaseHeader& header)
 {
     const Format& format = *def.format;
-    CheckName(spec.name);
     const auto isAutonumber = [](const Column& column) { return column.IsAutonumber(); };
     if (spec.autonumber && std::any_of(def.columns.begin(), def.columns.end(), isAutonumber))
         throw Error(ErrorNumber::TwoAutoNumbers);
@@ -127,7 +107,7 @@ Column& DesignColumn(TableDef& def, const ColumnSpec& spec, const DatabaseHeader
     SetCollation(column, format, header);
     if (spec.autonumber)
         column.flags |= column_flags::kAutonumber;
-    if (GoesToFixedArea(spec.type)) {
+    if (!FactsOf(spec.type).isVariable) {
         column.flags |= column_flags::kFixed;
         if (spec.type != ColumnType::Boolean)
             column.fixedOffset = FixedAreaEnd(def);

@@ -5,13 +5,9 @@
 
 namespace jet {
 
-/// Throws InvalidName unless `name` has 1 to 64 characters, none of them . ! [ ] ` or a control character, and does not
-/// begin with a blank.
-void CheckName(std::string_view name);
-
 /// Adds the column to `def` as its last: next number, next place in the row, the file's own sort order. A memo or OLE
-/// column still wants its usage maps. Throws InvalidName, SizeTooLong, TwoAutoNumbers; that the name is new, and that
-/// there is a number left, is the caller's business.
+/// column still wants its usage maps. Throws SizeTooLong, TwoAutoNumbers; that the name is a new and good one, and
+/// that there is a number left, is the caller's business.
 Column& DesignColumn(TableDef& def, const ColumnSpec& spec, const DatabaseHeader& header);
 
 /// Makes the column of `spec`'s name what `spec` says, as far as every value that it may hold fits that: a text becomes

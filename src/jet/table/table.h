@@ -57,7 +57,7 @@ public:
     Table& operator=(const Table&) = delete;
 
     /// A new, empty table of the columns given: definition page, then map page. Throws TooManyFields,
-    /// FieldDefinedTwice, TwoAutoNumbers, InvalidName.
+    /// FieldDefinedTwice, TwoAutoNumbers.
     [[nodiscard]] static PageNumber Create(Pager& pager, const std::vector<ColumnSpec>& columns);
 
     [[nodiscard]] const std::string& Name() const noexcept { return name_; }
@@ -115,10 +115,10 @@ public:
 
     // Structure.
 
-    // Each function writes the definition, counters included.
+    // Each function writes the definition, counters included. Whether a name is a good one the catalog has asked.
 
     /// Throws FieldExists, TooManyFields (255 columns stand in the table; numbers used up by dropped ones are won back
-    /// by Renumber()), TwoAutoNumbers, InvalidName, SizeTooLong. An autonumber column numbers the rows that are there
+    /// by Renumber()), TwoAutoNumbers, SizeTooLong. An autonumber column numbers the rows that are there
     /// from 1.
     void AddColumn(const ColumnSpec& column);
     /// Throws NoSuchField, FieldInIndex (also for the last column), FieldInRelation.

@@ -1,6 +1,7 @@
 #include "jet/table/table_def.h"
 
 #include "jet/base/text_codec.h"
+#include "jet/base/type_facts.h"
 #include "jet/error.h"
 
 #include <algorithm>
@@ -134,16 +135,10 @@ LogicalIndex ParseLogicalIndex(const Format& format, ByteSpan block)
     return index;
 }
 
-bool IsKnownType(ColumnType type)
-{
-    const auto number = static_cast<std::uint8_t>(type);
-    return (number >= 1 && number <= 12) || (number >= 15 && number <= 17);
-}
-
 void CheckColumn(const TableDef& def, const Column& column, PageNumber page)
 {
     const auto refuse = [&](const char* what) { throw CorruptPage(page, "column '" + column.name + "' " + what); };
-    if (!IsKnownType(column.type))
+    if (!FactsOf(column.type).isKnown)
         refuse("has a type that this format does not know");
     if (column.number >= def.columnsEver)
         refuse("has a number that was never given out");
@@ -211,29 +206,8 @@ void ParseLongValueMaps(StreamReader& reader, TableDef& def, PageNumber page)
 
 std::size_t Column::FixedSize() const noexcept
 {
-    switch (type) {
-    case ColumnType::Boolean:
-        return 0;
-    case ColumnType::Byte:
-        return 1;
-    case ColumnType::Integer:
-        return 2;
-    case ColumnType::Long:
-        return 4;
-    case ColumnType::Currency:
-        return 8;
-    case ColumnType::Single:
-        return 4;
-    case ColumnType::Double:
-    case ColumnType::DateTime:
-        return 8;
-    case ColumnType::Guid:
-        return 16;
-    case ColumnType::Numeric:
-        return 17;
-    default:
-        return size;
-    }
+    const std::size_t size = FactsOf(type).size;
+    return size != 0 || type == ColumnType::Boolean ? size : this->size;
 }
 
 ValueType Column::GetValueType() const noexcept

@@ -1,5 +1,4 @@
 #include "jet/error.h"
-#include "jet/table/column_design.h"
 #include "jet/table/index_build.h"
 #include "jet/table/record_reader.h"
 #include "jet/table/table_parts.h"
@@ -79,7 +78,6 @@ void Table::AddIndex(LogicalIndex entry, const RealIndex* wanted)
 
 void Table::CreateIndex(const IndexSpec& spec)
 {
-    CheckName(spec.name);
     if (def_.IndexByName(spec.name) != nullptr)
         throw Error(ErrorNumber::IndexExists, {spec.name, name_});
     if (spec.primary && def_.PrimaryKey() != nullptr)
