@@ -4,10 +4,12 @@
 #include "jet/catalog/system_columns.h"
 #include "jet/catalog/system_table.h"
 #include "jet/store/data_page.h"
+#include "jet/table/column_design.h"
 
 #include <algorithm>
 #include <cassert>
 #include <span>
+#include <string>
 #include <vector>
 
 namespace jet {
@@ -97,26 +99,6 @@ std::vector<SystemTableSpec> SystemTables()
     };
 }
 
-std::uint16_t ColumnSize(const Format& format, ColumnType type)
-{
-    switch (type) {
-    case ColumnType::Boolean:
-    case ColumnType::Byte:
-        return 1;
-    case ColumnType::Integer:
-        return 2;
-    case ColumnType::Long:
-        return 4;
-    case ColumnType::DateTime:
-        return 8;
-    case ColumnType::Text:
-    case ColumnType::Binary:
-        return static_cast<std::uint16_t>(kMaxTextUnits * format.textUnitSize);
-    default:
-        return 0;
-    }
-}
-
 // ---- Where things stand ---------------------------------------------------------------------------------------------
 
 struct MapPage {
@@ -174,41 +156,25 @@ private:
 
 // ---- Definitions ----------------------------------------------------------------------------------------------------
 
-std::vector<Column> MakeColumns(const Pager& pager, const SystemTableSpec& spec, TableDef& def)
+/// Columns as any statement would make them, but for the marks of the engine's own.
+void AddColumns(const Pager& pager, const SystemTableSpec& spec, TableDef& def)
 {
     const Format& format = pager.GetFormat();
-    std::vector<Column> columns;
-    std::uint16_t fixedEnd = 0;
     for (const SystemColumn& wanted : spec.columns) {
         if (wanted.jet4Only && format.version == JetVersion::Jet3)
             continue;
-        Column column;
-        column.name = wanted.name;
-        column.type = wanted.type;
-        column.number = def.columnsEver++;
-        column.variableIndex = def.variableColumnsEver;
-        column.size = ColumnSize(format, wanted.type);
-        column.flags = column_flags::kUpdatable | column_flags::kSystem;
+        const bool isText = wanted.type == ColumnType::Text;
+        Column& column = DesignColumn(def,
+                                      {.name = std::string(wanted.name),
+                                       .type = wanted.type,
+                                       .characters = kMaxTextUnits * (isText ? 1 : format.textUnitSize)},
+                                      pager.Header());
+        column.flags |= column_flags::kSystem;
         if (wanted.ownerId)
             column.flags |= column_flags::kOwnerId;
-        const bool variable =
-            IsLongValue(wanted.type) || wanted.type == ColumnType::Text || wanted.type == ColumnType::Binary;
-        if (variable) {
-            ++def.variableColumnsEver;
-        } else {
-            column.flags |= column_flags::kFixed;
-            if (wanted.type != ColumnType::Boolean) {
-                column.fixedOffset = fixedEnd;
-                fixedEnd = static_cast<std::uint16_t>(fixedEnd + column.size);
-            }
-        }
-        if (format.version == JetVersion::Jet3) {
-            StoreU16(column.raw, format.column.country, pager.Header().country);
-            StoreU16(column.raw, format.column.codePage, pager.Header().codePage);
-        }
-        columns.push_back(std::move(column));
+        column.position = 0;
+        column.moreFlags = 0;
     }
-    return columns;
 }
 
 /// Makes the definition and empty indexes of one table; `roots` are used up from the front.
@@ -222,7 +188,7 @@ void MakeTable(Pager& pager, const SystemTableSpec& spec, PageNumber rowsPage, s
     def.tableType = kSystemTableType;
     if (format.definition.autonumberStep != Format::kAbsent)
         StoreU32(def.rawHeader, format.definition.autonumberStep, 1);
-    def.columns = MakeColumns(pager, spec, def);
+    AddColumns(pager, spec, def);
 
     def.ownedPages = maps.Add(rowsPage);
     def.freeSpacePages = maps.Add(rowsPage);
@@ -253,6 +219,7 @@ void MakeTable(Pager& pager, const SystemTableSpec& spec, PageNumber rowsPage, s
 
     // Jet 4 keeps the descriptors of its own tables by name, Jet 3 by number; the list of long values is by name in
     // both.
+    def.longValueOrder.clear();
     std::vector<Column> byName = def.columns;
     std::ranges::sort(byName, {}, [&](const Column& c) { return TextKey(format, c.name); });
     for (const Column& column : byName)
