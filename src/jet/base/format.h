@@ -30,6 +30,35 @@ inline constexpr PageNumber kAcesPage = 3;          ///< definition of MSysACEs
 inline constexpr PageNumber kQueriesPage = 4;       ///< definition of MSysQueries
 inline constexpr PageNumber kRelationshipsPage = 5; ///< definition of MSysRelationships
 
+/// Where the fields of page 0 stand.
+namespace header_offset {
+inline constexpr std::size_t kName = 0x04;
+inline constexpr std::size_t kVersion = 0x14;
+inline constexpr std::size_t kMasked = 0x18; ///< the masked area begins
+// Within it.
+inline constexpr std::size_t kFreePages = 0x18;
+inline constexpr std::size_t kReleasedPages = 0x1C;
+inline constexpr std::size_t kSystemTables = 0x20;
+inline constexpr std::size_t kCountry = 0x38;
+inline constexpr std::size_t kJet3SortOrder = 0x3A;
+inline constexpr std::size_t kCodePage = 0x3C;
+inline constexpr std::size_t kPageKey = 0x3E;
+inline constexpr std::size_t kPassword = 0x42;
+inline constexpr std::size_t kJet3PasswordSize = 20;
+inline constexpr std::size_t kJet4PasswordSize = 40; ///< masked once more, with the day of the creation date
+inline constexpr std::size_t kJet3Build = 0x56;
+inline constexpr std::size_t kJet4Build = 0x6A;
+inline constexpr std::size_t kJet4SortOrder = 0x6E;
+inline constexpr std::size_t kJet4SortVersion = 0x71;
+inline constexpr std::size_t kCreationDate = 0x72;
+// Behind it, Jet 4 only.
+inline constexpr std::size_t kConstant = 0x98;
+} // namespace header_offset
+
+// In the head of every data, index and definition page.
+inline constexpr std::size_t kPageFreeBytes = 2;
+inline constexpr std::size_t kPageOwner = 4; ///< the definition page; of a definition's page the next of its chain
+
 inline constexpr std::size_t kMaxColumns = 255; ///< columns that a table may ever have had
 inline constexpr std::size_t kMaxIndexes = 32;  ///< logical indexes of a table
 inline constexpr std::size_t kMaxIndexColumns = 10;

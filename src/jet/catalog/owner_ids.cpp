@@ -8,12 +8,11 @@
 
 namespace jet {
 
+using namespace header_offset;
+
 namespace {
 
-constexpr std::size_t kPassword = 0x42; // of page 0: 40 bytes, masked with the day of the creation date
-constexpr std::size_t kPasswordSize = 40;
 constexpr std::size_t kKeyMaterialSize = 80; // from the password's first byte on
-constexpr std::size_t kCreationDate = 0x72;
 
 std::array<Byte, 4> StreamKey(const Pager& pager, ByteSpan header)
 {
@@ -22,7 +21,7 @@ std::array<Byte, 4> StreamKey(const Pager& pager, ByteSpan header)
     std::array<Byte, 4> day{};
     const double date = pager.Header().creationDate;
     StoreU32(day, 0, date >= 0 && date < 4294967296.0 ? static_cast<std::uint32_t>(date) : 0);
-    for (std::size_t i = 0; i < kPasswordSize; ++i)
+    for (std::size_t i = 0; i < kJet4PasswordSize; ++i)
         material[i] ^= day[i % day.size()];
 
     std::uint32_t key = LoadU32(header, kCreationDate);

@@ -14,8 +14,6 @@ namespace jet {
 
 namespace {
 
-constexpr std::size_t kFreeSpace = 2; ///< offset of the field
-constexpr std::size_t kOwner = 4;
 constexpr std::size_t kWordBits = 64;
 
 constexpr std::size_t WordsOf(std::size_t maskSize)
@@ -166,7 +164,7 @@ std::uint64_t IndexPage::MaskWord(std::size_t word) const noexcept
 std::size_t IndexPage::HighestBit() const noexcept
 {
     // The free space says where it is; only an empty page, or a damaged one, has to be searched.
-    const std::size_t used = format_->indexPage.room - LoadU16(page_, kFreeSpace);
+    const std::size_t used = format_->indexPage.room - LoadU16(page_, kPageFreeBytes);
     if (used <= format_->indexPage.room && (MaskWord(used / kWordBits) >> used % kWordBits & 1) != 0)
         return used;
     for (std::size_t word = WordsOf(format_->indexPage.maskSize); word-- > 0;)
@@ -322,13 +320,13 @@ void IndexPageEditor::MakeEmpty(const MutablePageRef& page, const Format& format
     bytes[0] = static_cast<Byte>(level == 0 ? PageType::IndexLeaf : PageType::IndexNode);
     bytes[1] = 1;
     bytes[format.indexPage.level] = level;
-    StoreU32(bytes, kOwner, definitionPage);
+    StoreU32(bytes, kPageOwner, definitionPage);
     IndexPageEditor(page, format).SetUsed(0);
 }
 
 void IndexPageEditor::SetUsed(std::size_t used)
 {
-    StoreU16(page_.Data(kFreeSpace, 2), 0, static_cast<std::uint16_t>(format_->indexPage.room - used));
+    StoreU16(page_.Data(kPageFreeBytes, 2), 0, static_cast<std::uint16_t>(format_->indexPage.room - used));
 }
 
 bool IndexPageEditor::Insert(const IndexPage& view, std::size_t place, ByteSpan entry)

@@ -11,8 +11,6 @@ namespace jet {
 
 namespace {
 
-constexpr std::size_t kFreeBytes = 2;
-constexpr std::size_t kOwner = 4;
 constexpr std::size_t kSlotSize = 2;
 constexpr std::uint16_t kOffsetMask = 0x1FFF;
 constexpr std::uint16_t kMoved = 0x4000;
@@ -118,8 +116,8 @@ void DataPageEditor::MakeEmpty(const MutablePageRef& page, const Format& format,
     const MutableBytes data = page.Data();
     data[0] = static_cast<Byte>(PageType::Data);
     data[1] = 1;
-    StoreU16(data, kFreeBytes, static_cast<std::uint16_t>(format.pageSize - format.dataPage.slots));
-    StoreU32(data, kOwner, owner);
+    StoreU16(data, kPageFreeBytes, static_cast<std::uint16_t>(format.pageSize - format.dataPage.slots));
+    StoreU32(data, kPageOwner, owner);
 }
 
 std::uint8_t DataPageEditor::Append(std::size_t size, SlotState state)
@@ -132,7 +130,7 @@ std::uint8_t DataPageEditor::Append(std::size_t size, SlotState state)
     const MutableBytes head = page_.Data(0, slotAt + kSlotSize);
     StoreU16(head, slotAt, static_cast<std::uint16_t>(begin | FlagsOf(state)));
     StoreU16(head, format_->dataPage.rowCount, static_cast<std::uint16_t>(slot + 1));
-    StoreU16(head, kFreeBytes, static_cast<std::uint16_t>(begin - slotAt - kSlotSize));
+    StoreU16(head, kPageFreeBytes, static_cast<std::uint16_t>(begin - slotAt - kSlotSize));
     return static_cast<std::uint8_t>(slot);
 }
 
@@ -169,7 +167,7 @@ bool DataPageEditor::Resize(std::size_t slot, std::size_t size)
     for (std::size_t i = slot; i < view.SlotCount(); ++i)
         StoreU16(head, slots + kSlotSize * i,
                  static_cast<std::uint16_t>(LoadU16(head, slots + kSlotSize * i) + oldSize - size));
-    StoreU16(head, kFreeBytes, static_cast<std::uint16_t>(view.FreeBytes()));
+    StoreU16(head, kPageFreeBytes, static_cast<std::uint16_t>(view.FreeBytes()));
     return true;
 }
 

@@ -29,7 +29,7 @@ public:
     DataPage(ByteSpan page, PageNumber number, const Format& format);
 
     [[nodiscard]] std::size_t SlotCount() const noexcept { return slotCount_; }
-    [[nodiscard]] std::uint32_t Owner() const noexcept { return LoadU32(page_, 4); }
+    [[nodiscard]] std::uint32_t Owner() const noexcept { return LoadU32(page_, kPageOwner); }
     /// Bytes between the slots and the lowest row, as they are (the page's own count may be wrong in a damaged file).
     /// Throws CorruptPage when the two overlap.
     [[nodiscard]] std::size_t FreeBytes() const;

@@ -3,6 +3,7 @@
 #include "jet/error.h"
 #include "jet/store/bitmap.h"
 #include "jet/store/data_page.h"
+#include "jet/store/map_record.h"
 
 #include <algorithm>
 #include <cassert>
@@ -27,10 +28,9 @@ namespace jet {
 
 namespace {
 
-constexpr Byte kInlineForm = 0;
-constexpr Byte kReferenceForm = 1;
-constexpr std::size_t kGrowthStep = 4; ///< bytes by which the record grows
+constexpr std::string_view kName = "the map of free pages";
 constexpr Byte kAllFree = 0xFF;
+constexpr std::size_t kGrowthBits = 32; ///< by which the bits in memory grow
 
 } // namespace
 
@@ -88,13 +88,10 @@ void FreeMap::Load()
     if (loaded_)
         return;
     const PageRef page = cache_->Read(record_.page);
-    const ByteSpan record = DataPage(page.Bytes(), record_.page, *format_).LiveRow(record_.slot);
-    if (record.size() > kInlineMapBits && record[0] == kInlineForm)
-        LoadInline(record);
-    else if (record.size() > kReferenceMapEntries && record[0] == kReferenceForm)
-        LoadReference(record);
-    else
-        throw CorruptPage(record_.page, "the map of free pages has neither of the known forms");
+    const MapRecord record(DataPage(page.Bytes(), record_.page, *format_).LiveRow(record_.slot), record_.page, *format_,
+                           kName);
+    inline_ = record.IsInline();
+    inline_ ? LoadInline(record) : LoadReference(record);
 
     // Some files hold zeros behind their end, from pages that were reserved and never used; and no file's first pages
     // are free.
@@ -107,26 +104,21 @@ void FreeMap::Load()
     loaded_ = true;
 }
 
-void FreeMap::LoadInline(ByteSpan record)
+void FreeMap::LoadInline(const MapRecord& record)
 {
-    inline_ = true;
-    firstPage_ = LoadU32(record, 1);
-    if (firstPage_ % 8 != 0 || firstPage_ >= format_->maxPages)
-        throw CorruptPage(record_.page, "the map of free pages begins at page " + std::to_string(firstPage_));
-    const ByteSpan bits = record.subspan(kInlineMapBits);
-    recordBits_ = bits.size() * 8;
+    firstPage_ = record.FirstPage();
+    recordBits_ = record.Bits().size() * 8;
     bits_.assign(firstPage_ / 8, 0);
-    AppendBytes(bits_, bits);
+    AppendBytes(bits_, record.Bits());
 }
 
-void FreeMap::LoadReference(ByteSpan record)
+void FreeMap::LoadReference(const MapRecord& record)
 {
-    inline_ = false;
-    bitmapPages_.resize((record.size() - kReferenceMapEntries) / 4);
+    bitmapPages_.resize(record.PartCount());
     const std::size_t partBytes = format_->usageMap.bitsPerPage / 8;
     bits_.clear();
     for (std::size_t part = 0; part < bitmapPages_.size(); ++part) {
-        bitmapPages_[part] = LoadU32(record, kReferenceMapEntries + 4 * part);
+        bitmapPages_[part] = record.BitmapPage(part);
         if (bitmapPages_[part] == 0)
             continue;
         const PageRef page = cache_->Read(bitmapPages_[part]);
@@ -143,7 +135,7 @@ PageNumber FreeMap::LowestFree()
     std::optional<std::size_t> page = NextSetBit(bits_, hint_);
     if (!page) {
         page = Covered();
-        ExtendTo(Covered() + 8 * kGrowthStep);
+        ExtendTo(Covered() + kGrowthBits);
     }
     hint_ = *page;
     if (*page >= format_->maxPages)
@@ -175,10 +167,10 @@ void FreeMap::Cover(PageNumber page)
 
 void FreeMap::GrowInline(PageNumber page)
 {
-    const std::size_t bits = std::size_t{page} - firstPage_ + 1;
-    const std::size_t bytes = (bits + 8 * kGrowthStep - 1) / (8 * kGrowthStep) * kGrowthStep;
+    const std::size_t size = InlineRecordSize(std::size_t{page} - firstPage_ + 1);
+    const std::size_t bytes = size - kInlineMapBits;
     DataPageEditor editor(cache_->Write(record_.page), *format_);
-    if (!editor.Resize(record_.slot, kInlineMapBits + bytes)) {
+    if (!editor.Resize(record_.slot, size)) {
         ConvertToReference(page);
         return;
     }
@@ -194,7 +186,7 @@ void FreeMap::AddBitmapPage(std::size_t part)
 {
     if (part >= bitmapPages_.size()) {
         DataPageEditor editor(cache_->Write(record_.page), *format_);
-        if (!editor.Resize(record_.slot, kReferenceMapEntries + 4 * (part + 1)))
+        if (!editor.Resize(record_.slot, ReferenceRecordSize(part + 1)))
             throw CorruptPage(record_.page, "the record of the map of free pages cannot grow");
         bitmapPages_.resize(part + 1);
     }
@@ -207,8 +199,7 @@ void FreeMap::AddBitmapPage(std::size_t part)
     FillBitmapPage(page, part);
     Store(page);
     DataPageEditor editor(cache_->Write(record_.page), *format_);
-    const std::size_t at = kReferenceMapEntries + 4 * part;
-    StoreU32(RecordBytes(editor, at + 4), at, page);
+    StoreBitmapPage(RecordBytes(editor, ReferenceRecordSize(part + 1)), part, page);
 }
 
 /// Gives the record the reference form, with bitmap pages for every part up to that of `page`.
@@ -223,16 +214,12 @@ void FreeMap::ConvertToReference(PageNumber page)
         taken.push_back(TakeForMap());
 
     DataPageEditor editor(cache_->Write(record_.page), *format_);
-    const std::size_t size = std::max(format_->usageMap.recordSize, kReferenceMapEntries + 4 * parts);
+    const std::size_t size = std::max(format_->usageMap.recordSize, ReferenceRecordSize(parts));
     if (!editor.Resize(record_.slot, size))
         throw CorruptPage(record_.page, "there is no room for the map of free pages");
-    const MutableBytes record = editor.RowBytes(record_.slot);
-    std::ranges::fill(record, Byte{0});
-    record[0] = kReferenceForm;
-    for (std::size_t part = 0; part < parts; ++part) {
-        StoreU32(record, kReferenceMapEntries + 4 * part, taken[part]);
+    MakeReference(editor.RowBytes(record_.slot), taken);
+    for (std::size_t part = 0; part < parts; ++part)
         FillBitmapPage(taken[part], part);
-    }
     inline_ = false;
     bitmapPages_ = std::move(taken);
     bitmapPages_.resize((size - kReferenceMapEntries) / 4);
@@ -250,8 +237,7 @@ void FreeMap::FillBitmapPage(PageNumber page, std::size_t part)
 {
     const std::size_t partBytes = format_->usageMap.bitsPerPage / 8;
     const MutableBytes data = cache_->Fresh(page).Data();
-    data[0] = static_cast<Byte>(PageType::UsageBitmap);
-    data[1] = 1;
+    MakeBitmapPage(data);
     std::ranges::copy(ByteSpan(bits_).subspan(part * partBytes, partBytes), data.begin() + kBitmapPageBits);
 }
 

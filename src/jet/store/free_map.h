@@ -5,6 +5,7 @@
 namespace jet {
 
 class DataPageEditor;
+class MapRecord;
 
 /// The global map: which pages of the file are free. A usage map (see usage_map.h) in a record of page 1 in which a set
 /// bit means free; it covers every page of the file, and all bits behind the file's end are set. Its record grows in
@@ -36,8 +37,8 @@ private:
         return PartOf(page) < bitmapPages_.size() && bitmapPages_[PartOf(page)] != 0;
     }
     void Load();
-    void LoadInline(ByteSpan record);
-    void LoadReference(ByteSpan record);
+    void LoadInline(const MapRecord& record);
+    void LoadReference(const MapRecord& record);
     [[nodiscard]] PageNumber LowestFree();
     void ExtendTo(std::size_t bits);
     void Cover(PageNumber page);

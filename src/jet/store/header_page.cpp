@@ -10,36 +10,14 @@
 
 namespace jet {
 
+using namespace header_offset;
+
 namespace {
 
 constexpr std::array<Byte, 4> kSignature{0, 1, 0, 0};
 constexpr std::string_view kJetName{"Standard Jet DB\0", 16};
 constexpr std::string_view kLaterName{"Standard ACE DB\0", 16};
-constexpr std::size_t kName = 0x04;
-constexpr std::size_t kVersion = 0x14;
-
-constexpr std::size_t kMasked = 0x18;
 constexpr std::array<Byte, 4> kMaskKey{0xC7, 0xDA, 0x39, 0x6B};
-
-// Within the masked area.
-constexpr std::size_t kFreePages = 0x18;
-constexpr std::size_t kReleasedPages = 0x1C;
-constexpr std::size_t kSystemTables = 0x20;
-constexpr std::size_t kCountry = 0x38;
-constexpr std::size_t kJet3SortOrder = 0x3A;
-constexpr std::size_t kCodePage = 0x3C;
-constexpr std::size_t kPageKey = 0x3E;
-constexpr std::size_t kPassword = 0x42;
-constexpr std::size_t kJet3PasswordSize = 20;
-constexpr std::size_t kJet4PasswordSize = 40;
-constexpr std::size_t kJet3Build = 0x56;
-constexpr std::size_t kJet4Build = 0x6A;
-constexpr std::size_t kJet4SortOrder = 0x6E;
-constexpr std::size_t kJet4SortVersion = 0x71;
-constexpr std::size_t kCreationDate = 0x72;
-
-// Behind it, Jet 4 only.
-constexpr std::size_t kConstant = 0x98;
 constexpr std::array<Byte, 8> kConstantBytes{0x54, 0x06, 0, 0, '4', '.', '0', 0};
 
 constexpr std::uint16_t kJet3Country = 1; ///< as in Jet 3 files that the Jet 4 engine makes

@@ -3,6 +3,7 @@
 #include "jet/error.h"
 #include "jet/store/bitmap.h"
 #include "jet/store/data_page.h"
+#include "jet/store/map_record.h"
 
 #include <algorithm>
 #include <string>
@@ -11,43 +12,7 @@ namespace jet {
 
 namespace {
 
-constexpr Byte kInlineForm = 0;
-constexpr Byte kReferenceForm = 1;
-constexpr std::size_t kGrowthStep = 4; ///< bytes by which an inline record grows
-
-/// The record of a usage map, both forms, as it stands in its page. A view.
-struct MapRecord {
-    ByteSpan bytes;
-
-    MapRecord(ByteSpan row, PageNumber page, const Format& format) : bytes(row)
-    {
-        const bool known = (bytes.size() > kInlineMapBits && bytes[0] == kInlineForm) ||
-                           (bytes.size() > kReferenceMapEntries && bytes[0] == kReferenceForm);
-        if (!known)
-            throw CorruptPage(page, "a usage map has neither of the known forms");
-        if (IsInline() && (FirstPage() % 8 != 0 || FirstPage() >= format.maxPages))
-            throw CorruptPage(page, "a usage map begins at page " + std::to_string(FirstPage()));
-    }
-
-    [[nodiscard]] bool IsInline() const { return bytes[0] == kInlineForm; }
-
-    // The inline form.
-    [[nodiscard]] PageNumber FirstPage() const { return LoadU32(bytes, 1); }
-    [[nodiscard]] ByteSpan Bits() const { return bytes.subspan(kInlineMapBits); }
-    [[nodiscard]] bool Covers(PageNumber page) const
-    {
-        return page >= FirstPage() && page - FirstPage() < 8 * Bits().size();
-    }
-    [[nodiscard]] bool IsEmpty() const { return !NextSetBit(Bits(), 0); }
-
-    // The reference form.
-    [[nodiscard]] std::size_t PartCount() const { return (bytes.size() - kReferenceMapEntries) / 4; }
-    /// 0 when the part has no bitmap page.
-    [[nodiscard]] PageNumber BitmapPage(std::size_t part) const
-    {
-        return part < PartCount() ? LoadU32(bytes, kReferenceMapEntries + 4 * part) : 0;
-    }
-};
+constexpr std::string_view kName = "a usage map";
 
 /// A record together with the pin on its page.
 struct PinnedRecord {
@@ -55,7 +20,7 @@ struct PinnedRecord {
     MapRecord record;
 
     PinnedRecord(Pager& pager, RowId id)
-        : page(pager.Read(id.page)), record(RowOf(page, id, pager.GetFormat()), id.page, pager.GetFormat())
+        : page(pager.Read(id.page)), record(RowOf(page, id, pager.GetFormat()), id.page, pager.GetFormat(), kName)
     {
     }
 
@@ -84,8 +49,7 @@ MutableBytes ByteOf(const MutablePageRef& bitmapPage, std::size_t bit)
 MutablePageRef NewBitmapPage(Pager& pager)
 {
     MutablePageRef page = pager.Allocate();
-    page.Data()[0] = static_cast<Byte>(PageType::UsageBitmap);
-    page.Data()[1] = 1;
+    MakeBitmapPage(page.Data());
     return page;
 }
 
@@ -124,15 +88,13 @@ public:
 
 private:
     [[nodiscard]] MutableBytes Bytes() { return editor_.RowBytes(id_.slot); }
-    [[nodiscard]] MapRecord Record() { return {Bytes(), id_.page, pager_.GetFormat()}; }
+    [[nodiscard]] MapRecord Record() { return {Bytes(), id_.page, pager_.GetFormat(), kName}; }
 
     bool GrowTo(PageNumber page)
     {
         if (page < Record().FirstPage())
             return false;
-        const std::size_t bits = std::size_t{page} - Record().FirstPage() + 1;
-        const std::size_t words = (bits + 8 * kGrowthStep - 1) / (8 * kGrowthStep);
-        return editor_.Resize(id_.slot, kInlineMapBits + kGrowthStep * words);
+        return editor_.Resize(id_.slot, InlineRecordSize(std::size_t{page} - Record().FirstPage() + 1));
     }
 
     void AddToReference(PageNumber page)
@@ -144,10 +106,10 @@ private:
             static_cast<void>(pager_.Read(number, PageType::UsageBitmap));
             bitmap = pager_.Write(number);
         } else {
-            if (part >= Record().PartCount() && !editor_.Resize(id_.slot, kReferenceMapEntries + 4 * (part + 1)))
+            if (part >= Record().PartCount() && !editor_.Resize(id_.slot, ReferenceRecordSize(part + 1)))
                 throw CorruptPage(id_.page, "the record of a usage map cannot grow");
             bitmap = NewBitmapPage(pager_);
-            StoreU32(Bytes(), kReferenceMapEntries + 4 * part, bitmap.Number());
+            StoreBitmapPage(Bytes(), part, bitmap.Number());
         }
         SetBit(ByteOf(bitmap, page % bitsPerPage), page % 8);
     }
@@ -162,28 +124,17 @@ private:
 
         const std::size_t bitsPerPage = pager_.GetFormat().usageMap.bitsPerPage;
         const std::size_t parts = members.back() / bitsPerPage + 1;
-        std::vector<MutablePageRef> bitmaps(parts);
+        std::vector<PageNumber> bitmaps(parts);
         for (const PageNumber member : members) {
-            MutablePageRef& bitmap = bitmaps[member / bitsPerPage];
-            if (!bitmap)
-                bitmap = NewBitmapPage(pager_);
-            SetBit(ByteOf(bitmap, member % bitsPerPage), member % 8);
+            PageNumber& bitmap = bitmaps[member / bitsPerPage];
+            if (bitmap == 0)
+                bitmap = NewBitmapPage(pager_).Number();
+            SetBit(ByteOf(pager_.Write(bitmap), member % bitsPerPage), member % 8);
         }
-        Rewrite(bitmaps);
-    }
-
-    void Rewrite(const std::vector<MutablePageRef>& bitmaps)
-    {
-        const std::size_t size =
-            std::max(pager_.GetFormat().usageMap.recordSize, kReferenceMapEntries + 4 * bitmaps.size());
+        const std::size_t size = std::max(pager_.GetFormat().usageMap.recordSize, ReferenceRecordSize(parts));
         if (!editor_.Resize(id_.slot, size))
             throw CorruptPage(id_.page, "there is no room for a usage map");
-        const MutableBytes record = Bytes();
-        std::ranges::fill(record, Byte{0});
-        record[0] = kReferenceForm;
-        for (std::size_t part = 0; part < bitmaps.size(); ++part)
-            if (bitmaps[part])
-                StoreU32(record, kReferenceMapEntries + 4 * part, bitmaps[part].Number());
+        MakeReference(Bytes(), bitmaps);
     }
 
     Pager& pager_;

@@ -23,7 +23,7 @@ RowStore::RowStore(Pager& pager, PageNumber definitionPage, RowId ownedPages, Ro
 
 bool RowStore::IsOurs(const PageRef& page) const noexcept
 {
-    return page.Type() == PageType::Data && LoadU32(page.Bytes(), 4) == definitionPage_;
+    return page.Type() == PageType::Data && LoadU32(page.Bytes(), kPageOwner) == definitionPage_;
 }
 
 RowStore::Found RowStore::Find(RowId home) const

@@ -28,7 +28,7 @@ Bytes ReadChain(Pager& pager, PageNumber first, std::vector<PageNumber>& chain)
         const PageRef page = pager.Read(number, PageType::Definition);
         AppendBytes(stream, chain.empty() ? page.Bytes() : page.Bytes().subspan(kPageHeadSize));
         chain.push_back(number);
-        number = LoadU32(page.Bytes(), 4);
+        number = LoadU32(page.Bytes(), kPageOwner);
     }
     return stream;
 }

@@ -153,8 +153,8 @@ void WritePage(const MutablePageRef& page, const Format& format, PageNumber next
     // The engine keeps the 8 bytes behind the end of a definition free.
     const std::size_t used = 2 * kPageHeadSize + content.size();
     const std::size_t freeBytes = used < format.pageSize ? format.pageSize - used : 0;
-    StoreU16(data, 2, format.version == JetVersion::Jet3 ? kJet3DefinitionMark : static_cast<std::uint16_t>(freeBytes));
-    StoreU32(data, 4, next);
+    StoreU16(data, kPageFreeBytes, format.version == JetVersion::Jet3 ? kJet3DefinitionMark : static_cast<std::uint16_t>(freeBytes));
+    StoreU32(data, kPageOwner, next);
 }
 
 } // namespace
