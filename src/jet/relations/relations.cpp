@@ -124,18 +124,24 @@ void AddIndexEntries(const Sides& sides, const RelationSpec& spec)
     entry.cascadeUpdates = spec.cascadeUpdates;
     entry.onDelete = spec.onDelete;
 
+    // Each entry names the number of the other, so that no definition need be written twice.
+    const std::uint32_t childNumber = sides.child->Definition().NextIndexNumber();
+    const std::uint32_t parentNumber =
+        sides.child == sides.parent ? childNumber + 1 : sides.parent->Definition().NextIndexNumber();
+
     LogicalIndex childEntry = entry;
     childEntry.name = spec.name;
     childEntry.side = RelationSide::Referencing;
     childEntry.partnerTable = sides.parent->Definition().pages.front();
-    const std::uint32_t childNumber = sides.child->AddRelationIndex(std::move(childEntry), sides.childColumns);
+    childEntry.partnerIndex = parentNumber;
+    sides.child->AddRelationIndex(std::move(childEntry), sides.childColumns);
 
     LogicalIndex parentEntry = entry;
     parentEntry.name = FreeHiddenName(sides.parent->Definition());
     parentEntry.side = RelationSide::Referenced;
     parentEntry.partnerTable = sides.child->Definition().pages.front();
     parentEntry.partnerIndex = childNumber;
-    sides.child->SetPartner(childNumber, sides.parent->AddRelationIndex(std::move(parentEntry), sides.parentColumns));
+    sides.parent->AddRelationIndex(std::move(parentEntry), sides.parentColumns);
 }
 
 Relationship RowsOf(const Sides& sides, const RelationSpec& spec)

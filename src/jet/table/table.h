@@ -135,12 +135,11 @@ public:
     void CreateIndex(const IndexSpec& index);
     /// Removes a logical index (of any type), and its real one when no other uses it. Throws NoSuchIndex.
     void DropIndex(std::string_view name);
-    /// Adds one side of a relation; gives the new entry's number, which is Definition().NextIndexNumber() of before. Of
-    /// `entry` name, side, partner and rules count. `columns` are permanent column numbers. On the referencing side the
-    /// real index on exactly these columns is shared, or made when there is none; the referenced side needs a unique
-    /// one. The partner's number may be set later. Throws IndexNameTaken, TooManyIndexes, NotUniquelyIndexed.
-    std::uint32_t AddRelationIndex(LogicalIndex entry, const std::vector<std::uint16_t>& columns);
-    void SetPartner(std::uint32_t indexNumber, std::uint32_t partnerIndex);
+    /// Adds one side of a relation; its number becomes what Definition().NextIndexNumber() is now. Of `entry` name,
+    /// side, partner and rules count. `columns` are permanent column numbers. On the referencing side the real index on
+    /// exactly these columns is shared, or made when there is none; the referenced side needs a unique one. Throws
+    /// IndexNameTaken, TooManyIndexes, NotUniquelyIndexed.
+    void AddRelationIndex(LogicalIndex entry, const std::vector<std::uint16_t>& columns);
     /// Writes the table anew with column numbers from 0, as compacting does. Row ids change.
     void Renumber();
     /// Frees everything that belongs to the table; nothing but the destructor may be called afterwards.

@@ -111,13 +111,12 @@ void Table::DropIndex(std::string_view name)
     Adopt(std::move(def));
 }
 
-std::uint32_t Table::AddRelationIndex(LogicalIndex entry, const std::vector<std::uint16_t>& columns)
+void Table::AddRelationIndex(LogicalIndex entry, const std::vector<std::uint16_t>& columns)
 {
     if (def_.IndexByName(entry.name) != nullptr)
         throw Error(ErrorNumber::IndexNameTaken, {name_, entry.name});
     entry.type = IndexType::Relation;
     entry.number = def_.NextIndexNumber();
-    const std::uint32_t number = entry.number;
     const bool referenced = entry.side == RelationSide::Referenced;
     const std::optional<std::uint32_t> real = RealIndexOn(def_, columns, referenced);
     if (real) {
@@ -131,18 +130,6 @@ std::uint32_t Table::AddRelationIndex(LogicalIndex entry, const std::vector<std:
             wanted.columns.push_back({column, SortOrder::Ascending});
         AddIndex(std::move(entry), &wanted);
     }
-    return number;
-}
-
-void Table::SetPartner(std::uint32_t indexNumber, std::uint32_t partnerIndex)
-{
-    TableDef def = def_;
-    for (LogicalIndex& index : def.logicalIndexes) {
-        if (index.number == indexNumber)
-            index.partnerIndex = partnerIndex;
-    }
-    WriteTableDef(*pager_, def);
-    Adopt(std::move(def));
 }
 
 } // namespace jet
