@@ -20,6 +20,7 @@ void UndoLog::Begin(PageNumber pageCount)
     assert(!isOpen_ && IsEmpty());
     if (whole_.size() <= pageCount / 8)
         whole_.resize(std::max<std::size_t>(pageCount / 8 + 1, 2 * whole_.size()));
+    SetEnd(0);
     pageCount_ = pageCount;
     isOpen_ = true;
 }
@@ -29,18 +30,28 @@ void UndoLog::End() noexcept
     for (const PageNumber page : wholePages_)
         ClearBit(whole_, page);
     wholePages_.clear();
-    used_ = 0;
     segments_.clear();
     spilled_ = 0;
     file_.reset();
     if (log_.size() > kMaxKept)
         log_ = Bytes();
+    SetEnd(0);
+    pageCount_ = 0;
     isOpen_ = false;
+}
+
+/// Notes that log_ holds `used` bytes.
+void UndoLog::SetEnd(std::size_t used) noexcept
+{
+    constexpr std::size_t kLargest = kFew + sizeof(Trailer);
+    at_ = log_.data() + used;
+    const std::size_t end = segments_.empty() ? std::min(log_.size(), kPiecesUpTo) : 0;
+    smallEnd_ = log_.data() + (end > kLargest ? end - kLargest : 0);
 }
 
 void UndoLog::Append(PageNumber page, const Byte* content, std::size_t offset, std::size_t size, bool isDirty)
 {
-    if (used_ >= kPiecesUpTo || !segments_.empty()) {
+    if (Used() >= kPiecesUpTo || !segments_.empty()) {
         offset = 0;
         size = pageSize_;
     }
@@ -49,22 +60,22 @@ void UndoLog::Append(PageNumber page, const Byte* content, std::size_t offset, s
     if (isWhole)
         wholePages_.push_back(page);
     const Trailer trailer{page, static_cast<std::uint16_t>(offset), static_cast<std::uint16_t>(size), isDirty};
-    if (log_.size() - used_ < size + sizeof trailer)
+    if (log_.size() - Used() < size + sizeof trailer)
         MakeRoom(size + sizeof trailer);
-    Byte* const at = log_.data() + used_;
-    std::memcpy(at, content + offset, size);
-    std::memcpy(at + size, &trailer, sizeof trailer);
-    used_ += size + sizeof trailer;
+    std::memcpy(at_, content + offset, size);
+    EndPiece(at_ + size, trailer);
     if (isWhole)
         SetBit(whole_, page);
 }
 
 void UndoLog::MakeRoom(std::size_t size)
 {
-    if (makeFile_ && used_ != 0 && used_ + size > budget_)
+    if (makeFile_ && Used() != 0 && Used() + size > budget_)
         Spill();
-    if (log_.size() - used_ < size)
-        log_.resize(std::max({kFirstSize, 2 * log_.size(), used_ + size}));
+    const std::size_t used = Used();
+    if (log_.size() - used < size)
+        log_.resize(std::max({kFirstSize, 2 * log_.size(), used + size}));
+    SetEnd(used);
 }
 
 void UndoLog::Spill()
@@ -72,10 +83,10 @@ void UndoLog::Spill()
     segments_.reserve(segments_.size() + 1);
     if (!file_)
         file_ = makeFile_();
-    file_->WriteAt(spilled_, ByteSpan(log_).first(used_));
-    segments_.push_back(used_);
-    spilled_ += used_;
-    used_ = 0;
+    file_->WriteAt(spilled_, ByteSpan(log_).first(Used()));
+    segments_.push_back(Used());
+    spilled_ += Used();
+    SetEnd(0);
 }
 
 } // namespace jet

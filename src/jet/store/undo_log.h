@@ -24,6 +24,8 @@ public:
         ByteSpan bytes;
         bool wasDirty;
     };
+    /// So many bytes are copied whatever the size of a small piece: that is quicker than asking for it.
+    static constexpr std::size_t kFew = 64;
     using MakeFile = std::function<std::unique_ptr<File>()>;
 
     /// Without `makeFile` everything stays in memory.
@@ -36,21 +38,28 @@ public:
     void Begin(PageNumber pageCount);
     void End() noexcept;
     [[nodiscard]] bool IsOpen() const noexcept { return isOpen_; }
-    [[nodiscard]] bool IsEmpty() const noexcept { return used_ == 0 && segments_.empty(); }
+    [[nodiscard]] bool IsEmpty() const noexcept { return at_ == log_.data() && segments_.empty(); }
     [[nodiscard]] PageNumber PageCount() const noexcept { return pageCount_; } ///< given to Begin()
 
     /// Notes `size` bytes at `offset` of `page`, whose content is `content`, before they are changed. Throws DiskFull,
     /// DiskError; what was noted before is still there then.
     void Note(PageNumber page, const Byte* content, std::size_t offset, std::size_t size, bool isDirty)
     {
-        if (isOpen_ && page < pageCount_ && !TestBit(whole_, page))
+        if (page >= pageCount_)
+            return;
+        // Several times for each record, so the usual case is here: few bytes, and room for them.
+        if (size <= kFew && offset + kFew <= pageSize_ && at_ < smallEnd_ && wholePages_.empty()) {
+            std::memcpy(at_, content + offset, kFew);
+            EndPiece(at_ + size, {page, static_cast<std::uint16_t>(offset), static_cast<std::uint16_t>(size), isDirty});
+        } else if (!TestBit(whole_, page)) {
             Append(page, content, offset, size, isDirty);
+        }
     }
     /// All that was noted, the last first: pieces of one page may overlap, and the oldest is what counts.
     template <typename Visit>
     void VisitBackwards(const Visit& visit)
     {
-        VisitHeld(used_, visit);
+        VisitHeld(Used(), visit);
         std::uint64_t end = spilled_;
         for (std::size_t i = segments_.size(); i-- > 0;) {
             end -= segments_[i];
@@ -68,6 +77,13 @@ private:
         std::uint32_t wasDirty;
     };
 
+    [[nodiscard]] std::size_t Used() const noexcept { return static_cast<std::size_t>(at_ - log_.data()); }
+    void EndPiece(Byte* at, const Trailer& trailer) noexcept
+    {
+        std::memcpy(at, &trailer, sizeof trailer);
+        at_ = at + sizeof trailer;
+    }
+    void SetEnd(std::size_t used) noexcept;
     void Append(PageNumber page, const Byte* content, std::size_t offset, std::size_t size, bool isDirty);
     void MakeRoom(std::size_t size);
     void Spill();
@@ -87,9 +103,10 @@ private:
     std::size_t budget_;
     MakeFile makeFile_;
     bool isOpen_ = false;
-    PageNumber pageCount_ = 0;
+    PageNumber pageCount_ = 0; ///< 0 while nothing is noted
     Bytes log_;
-    std::size_t used_ = 0;               ///< bytes of log_
+    Byte* at_ = nullptr;                 ///< the end of what log_ holds
+    const Byte* smallEnd_ = nullptr;     ///< before it a piece of few bytes fits, and is noted by itself
     Bytes whole_;                        ///< bit p = page p is held as a whole
     std::vector<PageNumber> wholePages_; ///< whose bits may be set
     std::unique_ptr<File> file_;

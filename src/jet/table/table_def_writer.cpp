@@ -153,7 +153,8 @@ void WritePage(const MutablePageRef& page, const Format& format, PageNumber next
     // The engine keeps the 8 bytes behind the end of a definition free.
     const std::size_t used = 2 * kPageHeadSize + content.size();
     const std::size_t freeBytes = used < format.pageSize ? format.pageSize - used : 0;
-    StoreU16(data, kPageFreeBytes, format.version == JetVersion::Jet3 ? kJet3DefinitionMark : static_cast<std::uint16_t>(freeBytes));
+    StoreU16(data, kPageFreeBytes,
+             format.version == JetVersion::Jet3 ? kJet3DefinitionMark : static_cast<std::uint16_t>(freeBytes));
     StoreU32(data, kPageOwner, next);
 }
 
@@ -209,11 +210,12 @@ void WriteTableCounters(Pager& pager, const TableDef& def)
     const Format::DefinitionLayout& layout = pager.GetFormat().definition;
     const MutablePageRef first = pager.Write(def.pages.front());
     // At most 128 blocks of statistics are accepted when a definition is read, so all of them lie on its first page.
-    const MutableBytes page = first.Data(0, layout.sections + layout.statisticsSize * def.realIndexes.size());
-    StoreU32(page, layout.rowCount, def.rowCount);
-    StoreU32(page, layout.lastAutonumber, def.lastAutonumber);
+    const MutableBytes statistics = first.Data(layout.sections, layout.statisticsSize * def.realIndexes.size());
     for (std::size_t i = 0; i < def.realIndexes.size(); ++i)
-        StoreStatistics(page.subspan(layout.sections + i * layout.statisticsSize), def.realIndexes[i]);
+        StoreStatistics(statistics.subspan(i * layout.statisticsSize), def.realIndexes[i]);
+    const MutableBytes counts = first.Data(layout.rowCount, layout.lastAutonumber + 4 - layout.rowCount);
+    StoreU32(counts, 0, def.rowCount);
+    StoreU32(counts, layout.lastAutonumber - layout.rowCount, def.lastAutonumber);
 }
 
 void SortIndexesByName(TableDef& def)
