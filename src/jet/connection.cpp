@@ -13,6 +13,7 @@
 #include "jet/store/journal.h"
 #include "jet/store/lock_file.h"
 #include "jet/store/pager.h"
+#include "jet/store/recovery.h"
 
 #include <array>
 #include <string>
@@ -119,7 +120,8 @@ void CheckHeader(File& file)
 
 class Connection::Impl {
 public:
-    /// `unfinished` is a new database that still has to find its place; null for one that was there.
+    /// `unfinished` is a new database that still has to find its place; null for one that was there. Without a `lock`
+    /// nothing may be changed.
     Impl(std::unique_ptr<LockFile> lock, std::unique_ptr<UnfinishedDatabase> unfinished, std::unique_ptr<Pager> pager)
         : lock_(std::move(lock)), unfinished_(std::move(unfinished)), pager_(std::move(pager)), catalog_(*pager_),
           integrity_(catalog_), executor_(catalog_, integrity_)
@@ -222,6 +224,17 @@ std::unique_ptr<Connection> Connection::Open(const std::filesystem::path& path, 
         Pager::Open(std::move(file), Pager::kDefaultCacheBytes, std::make_unique<Journal>(system, target));
     return std::unique_ptr<Connection>(
         new Connection(std::make_unique<Impl>(std::move(lock), nullptr, std::move(pager))));
+}
+
+std::unique_ptr<Connection> Connection::OpenReadOnly(const std::filesystem::path& path, FileSystem& system)
+{
+    const std::filesystem::path target = system.Resolve(path);
+    std::unique_ptr<File> file = OpenLocked(system, target, OpenMode::ReadOnly);
+    CheckHeader(*file);
+    LockFile::CheckNoUsers(system, target);
+    std::unique_ptr<Pager> pager = Pager::Open(AsCommitted(system, target, std::move(file)));
+    pager->Fail(std::make_exception_ptr(Error(ErrorNumber::ReadOnly, {}, "(It was opened for reading only.)")));
+    return std::unique_ptr<Connection>(new Connection(std::make_unique<Impl>(nullptr, nullptr, std::move(pager))));
 }
 
 void Connection::Execute(std::string_view sql)

@@ -46,6 +46,12 @@ public:
     /// file can be made beside it), FileInUse. What is refused is left as it is.
     [[nodiscard]] static std::unique_ptr<Connection> Open(const std::filesystem::path& path,
                                                           FileSystem& system = RealFileSystem());
+    /// For reading only, beside others who only read: the file and what stands beside it stay as they are. Whatever a
+    /// killed run has left behind is read as at the last commit, not put back. Statements and changes of records throw
+    /// ReadOnly. Throws FileNotFound, InvalidPath, NotADatabase, UnrecognizedFormat, NotAValidPassword, and FileInUse
+    /// as long as somebody has it open for writing.
+    [[nodiscard]] static std::unique_ptr<Connection> OpenReadOnly(const std::filesystem::path& path,
+                                                                  FileSystem& system = RealFileSystem());
     ~Connection();
     Connection(const Connection&) = delete;
     Connection& operator=(const Connection&) = delete;

@@ -5,8 +5,8 @@
 #include "jet/catalog/catalog.h"
 #include "jet/catalog/system_columns.h"
 #include "jet/error.h"
-#include "jet/store/journal.h"
 #include "jet/store/pager.h"
+#include "jet/store/recovery.h"
 
 #include <iostream>
 #include <memory>
@@ -55,9 +55,8 @@ void PrintRows(const Table& table)
 
 void DumpTables(const char* path, bool withRows, bool withSystemTables)
 {
-    std::unique_ptr<File> file = OpenFile(path, OpenMode::ReadOnly);
-    CheckAtRest(RealFileSystem(), path, *file);
-    const std::unique_ptr<Pager> pager = Pager::Open(std::move(file));
+    const std::unique_ptr<Pager> pager =
+        Pager::Open(AsCommitted(RealFileSystem(), path, OpenFile(path, OpenMode::ReadOnly)));
     Catalog catalog(*pager);
     for (const CatalogObject* object : catalog.Objects().ChildrenOf(kTablesContainer)) {
         if (object->type != ObjectType::Table || (object->flags & kSystemObjectFlag && !withSystemTables))

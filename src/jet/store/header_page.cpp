@@ -162,6 +162,21 @@ void MakeHeader(MutableBytes page, const DatabaseHeader& header)
         StoreU16(page, counters + 2 * slot, slot == 0 ? kCommitFirst : kCommitUnused);
 }
 
+std::uint16_t LoadCommitCounter(File& database, const Format& format)
+{
+    std::array<Byte, 2> bytes{};
+    database.ReadAt(format.commitCounters, bytes);
+    return LoadU16(bytes, 0);
+}
+
+void MarkWriteUnderWay(File& database, const Format& format)
+{
+    std::array<Byte, 2> bytes{};
+    StoreU16(bytes, 0, kWriteUnderWay);
+    database.WriteAt(format.commitCounters, bytes);
+    database.Sync();
+}
+
 std::uint16_t NextCommitCounter(std::uint16_t counter) noexcept
 {
     // 0 means that a write is under way, 1 that a damaged page was met: the count goes round past both.

@@ -45,6 +45,11 @@ void MakeHeader(MutableBytes page, const DatabaseHeader& header);
 
 /// What the counter of commits (the first u16 of the page's last 512 bytes) says while pages are being overwritten.
 inline constexpr std::uint16_t kWriteUnderWay = 0;
+/// The counter in the file itself.
+[[nodiscard]] std::uint16_t LoadCommitCounter(File& database, const Format& format);
+/// From here on, and until a whole page 0 is back, the file says of itself that it is in the midst of a write. That is
+/// on the disk when this returns.
+void MarkWriteUnderWay(File& database, const Format& format);
 /// The counter that follows on `counter`.
 [[nodiscard]] std::uint16_t NextCommitCounter(std::uint16_t counter) noexcept;
 /// Counts one more commit of a process that has the file to itself.

@@ -59,16 +59,4 @@ private:
     Bytes held_;                    ///< bit p = page p is held
 };
 
-/// Puts `database`, the file at `path`, which has just been opened and locked, back to its last commit when a run that
-/// was killed has left it in the midst of a write. A journal that is of no use is removed; one of another database is
-/// set aside under another name. Throws NotADatabase when the database needs a journal that is not there or not whole,
-/// and what ReadHeader throws; nothing has been changed then.
-void Recover(FileSystem& system, const std::filesystem::path& path, File& database);
-
-/// The same for one who only reads: throws NotADatabase when the database has first to be put back.
-void CheckAtRest(FileSystem& system, const std::filesystem::path& path, File& database);
-
-/// For a database that is no longer there, or is about to be thrown away: a journal of it is set aside.
-void SetJournalAside(FileSystem& system, const std::filesystem::path& database);
-
 } // namespace jet

@@ -83,6 +83,12 @@ HeaderState Load(File& journal, Header& header)
     return HeaderState::Whole;
 }
 
+void Invalidate(File& journal)
+{
+    journal.WriteAt(0, Bytes(kHeaderSize));
+    journal.Sync();
+}
+
 std::uint64_t IdentityOf(ByteSpan page0)
 {
     static_assert(jet::kHeaderSize % 8 == 0);

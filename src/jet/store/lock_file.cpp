@@ -88,6 +88,16 @@ LockFile::~LockFile()
     }
 }
 
+void LockFile::CheckNoUsers(FileSystem& system, const fs::path& database)
+{
+    const fs::path path = PathFor(database);
+    if (!system.Exists(path))
+        return;
+    const std::unique_ptr<File> file = system.Open(path, OpenMode::ReadOnly);
+    if (!file->TryLock(kUserLocks, kMaxUsers))
+        throw Error(ErrorNumber::FileInUse, {database.string()}, DescribeUser(*file));
+}
+
 bool LockFile::HasUsers(FileSystem& system, const fs::path& database)
 {
     const fs::path path = PathFor(database);

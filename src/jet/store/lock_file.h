@@ -21,6 +21,9 @@ public:
 
     /// Does somebody have the database open? Makes nothing. Throws Error when that cannot be told.
     [[nodiscard]] static bool HasUsers(FileSystem& system, const std::filesystem::path& database);
+    /// For one who only reads, and locks nothing in it: throws FileInUse, with the name of the user, when somebody has
+    /// the database open for writing.
+    static void CheckNoUsers(FileSystem& system, const std::filesystem::path& database);
 
 private:
     FileSystem& system_;

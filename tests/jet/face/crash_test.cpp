@@ -102,8 +102,13 @@ void ExpectLastCommit(CrashFileSystem& system, const std::vector<std::string>& s
         EXPECT_EQ(done, 0u);
         return;
     }
+    // A reader finds the same, and leaves everything as it is.
+    const std::uint64_t operations = system.Operations();
+    const std::string read = Contents(*Connection::OpenReadOnly(kFile, system));
+    ASSERT_EQ(system.Operations(), operations);
     auto connection = Connection::Open(kFile, system);
     const std::string contents = Contents(*connection);
+    ASSERT_EQ(read, contents);
     if (done + 1 < states.size() && contents == states[done + 1])
         ++done;
     ASSERT_EQ(contents, states[done]);
@@ -328,6 +333,9 @@ TEST(Journal, OneThatDoesNotFitIsRecognisedAndNothingIsLost)
             Interrupted run(version);
             c.change(run);
             const Bytes database = run.system.Content(kFile);
+            EXPECT_EQ(ErrorOf([&] { static_cast<void>(Connection::OpenReadOnly(kFile, run.system)); }),
+                      *c.message ? std::optional(ErrorNumber::NotADatabase) : std::nullopt);
+            EXPECT_TRUE(run.system.Content(kFile) == database) << "the reader has touched it";
             const std::string error = run.ErrorOfOpening();
             EXPECT_EQ(error.empty(), *c.message == '\0') << error;
             EXPECT_NE(error.find(c.message), std::string::npos) << error;

@@ -112,6 +112,35 @@ TEST(Sharing, AnotherProcessThatHasTheDatabaseOpenKeepsUsOut)
     EXPECT_EQ(Names(folder.Path()), std::vector<std::string>{"a.mdb"});
 }
 
+TEST(Sharing, ReadersShareADatabaseThatNobodyWrites)
+{
+    const TempFolder folder;
+    const fs::path path = folder / "a.mdb";
+    MakeDatabase(path);
+    const std::string before = ReadFile(path);
+    fs::permissions(path, fs::perms::owner_read);
+    const auto errorOfReading = [&] { return ErrorOf([&] { static_cast<void>(Connection::OpenReadOnly(path)); }); };
+    {
+        const OtherProcess other([&] { return Connection::OpenReadOnly(path); });
+        const auto connection = Connection::OpenReadOnly(path);
+        EXPECT_EQ(Names(folder.Path()), std::vector<std::string>{"a.mdb"});
+        EXPECT_NE(ErrorOfOpening(path), std::nullopt);
+        EXPECT_EQ(ErrorOf([&] { connection->Execute("CREATE TABLE u (a Long)"); }), ErrorNumber::ReadOnly);
+        Recordset records = connection->OpenTable("t");
+        records.AddNew();
+        EXPECT_EQ(ErrorOf([&] { records.Update(); }), ErrorNumber::ReadOnly);
+        EXPECT_EQ(ErrorOf([&] { connection->Commit(); }), ErrorNumber::ReadOnly);
+    }
+    fs::permissions(path, fs::perms::owner_read | fs::perms::owner_write);
+    EXPECT_TRUE(ReadFile(path) == before);
+    {
+        const auto user = HoldUserByte(folder / "a.ldb", 3);
+        EXPECT_EQ(errorOfReading(), ErrorNumber::FileInUse);
+    }
+    const OtherProcess writer([&] { return Connection::Open(path); });
+    EXPECT_EQ(errorOfReading(), ErrorNumber::FileInUse);
+}
+
 TEST(Sharing, AUserOfTheLockFileIsNamed)
 {
     const TempFolder folder;
