@@ -3,7 +3,6 @@
 #include "platform/paths.h"
 #include "platform/program.h"
 #include "settings/command_line.h"
-#include "settings/command_line_builder.h"
 #include "settings/options.h"
 
 #include <algorithm>

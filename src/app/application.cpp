@@ -1,11 +1,9 @@
 #include "app/application.h"
 
-#include "app/version.h"
 #include "log/passwords.h"
 #include "mapping/tag_map_file.h"
 #include "platform/paths.h"
 #include "settings/command_line.h"
-#include "settings/resembling_word.h"
 
 #include <utility>
 
@@ -16,6 +14,11 @@ namespace {
 constexpr std::string_view kPasswordKey = "pwd=";
 
 } // namespace
+
+std::string_view Version() noexcept
+{
+    return VELMORA_VERSION;
+}
 
 void Application::Form_Load(std::string_view commandLine)
 {

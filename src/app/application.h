@@ -10,6 +10,9 @@
 
 namespace velmora {
 
+/// Major "." minor "." revision.
+[[nodiscard]] std::string_view Version() noexcept;
+
 /// The program without its front end: what one process shares, its start-up, and the runs it is asked for.
 class Application {
 public:

@@ -1,6 +1,6 @@
 #include "console/console_host.h"
 
-#include "console/prompt.h"
+#include "console/terminal_lines.h"
 #include "platform/clock.h"
 #include "platform/program.h"
 #include "platform/terminal.h"

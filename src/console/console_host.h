@@ -1,6 +1,6 @@
 #pragma once
 
-#include "console/progress_line.h"
+#include "console/terminal_lines.h"
 #include "host/host.h"
 
 #include <cstdint>

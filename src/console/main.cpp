@@ -1,11 +1,8 @@
 // velmora: conversions from a command line, without a window.
 
 #include "app/application.h"
-#include "app/version.h"
-#include "console/closing_table.h"
 #include "console/console_host.h"
-#include "console/exit_status.h"
-#include "console/help.h"
+#include "console/report.h"
 #include "log/passwords.h"
 #include "platform/other_programs.h"
 #include "platform/program.h"

@@ -12,8 +12,7 @@
 #include "schema/empty_tables.h"
 #include "schema/schema_builder.h"
 #include "schema/target_check.h"
-#include "settings/read_settings.h"
-#include "settings/text_export_warnings.h"
+#include "settings/conversion_settings.h"
 #include "xml/structure_analysis.h"
 
 #include <ctime>

@@ -1,6 +1,6 @@
 #include "driver/places.h"
 
-#include "log/file_error.h"
+#include "log/runtime_error.h"
 #include "platform/paths.h"
 #include "platform/program.h"
 

@@ -1,6 +1,6 @@
 #include "driver/rename.h"
 
-#include "log/file_error.h"
+#include "log/runtime_error.h"
 #include "platform/clock.h"
 #include "platform/file_changes.h"
 #include "platform/paths.h"

@@ -1,6 +1,6 @@
 #include "driver/text_mode.h"
 
-#include "log/file_error.h"
+#include "log/runtime_error.h"
 #include "platform/paths.h"
 #include "schema/target_check.h"
 

@@ -2,8 +2,8 @@
 
 #include "driver/curl_log.h"
 #include "driver/shell_and_wait.h"
-#include "log/file_error.h"
 #include "log/passwords.h"
+#include "log/runtime_error.h"
 #include "platform/clock.h"
 #include "platform/other_programs.h"
 #include "platform/paths.h"

@@ -1,7 +1,7 @@
 #include "import/text_export.h"
 
 #include "import/quoted_field.h"
-#include "log/file_error.h"
+#include "log/runtime_error.h"
 #include "platform/paths.h"
 
 #include <algorithm>

@@ -1,6 +1,6 @@
 #include "import/text_file.h"
 
-#include "log/file_error.h"
+#include "log/runtime_error.h"
 #include "platform/paths.h"
 
 #include <cerrno>

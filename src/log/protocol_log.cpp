@@ -1,7 +1,7 @@
 #include "log/protocol_log.h"
 
-#include "log/file_error.h"
 #include "log/passwords.h"
+#include "log/runtime_error.h"
 #include "platform/paths.h"
 
 #include <cerrno>

@@ -1,7 +1,6 @@
 #pragma once
 
 #include "host/host.h"
-#include "log/run_flags.h"
 #include "log/runtime_error.h"
 #include "platform/clock.h"
 

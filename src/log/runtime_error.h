@@ -3,6 +3,7 @@
 #include <optional>
 #include <stdexcept>
 #include <string>
+#include <string_view>
 #include <utility>
 
 namespace velmora {
@@ -37,6 +38,20 @@ private:
 /// failure, and nobody but the run's guard catches it.
 struct Aborted {};
 
+/// The flags that every procedure looks at. ConversionSettings inherits from it.
+struct RunFlags {
+    bool blAbort = false; ///< the run is to end, by an error report or the user's cancel: see ThrowIfAborted()
+    bool blQuiet = false; ///< nobody is asked and nothing is shown
+    bool blDebug = false; ///< trace lines are written
+};
+
+/// The one question for it: asked at the entry of each procedure, and where events are processed.
+inline void ThrowIfAborted(const RunFlags& flags)
+{
+    if (flags.blAbort)
+        throw Aborted();
+}
+
 namespace runtime_errors {
 inline constexpr int kInvalidProcedureCall = 5;
 inline constexpr int kOutOfMemory = 7;
@@ -52,5 +67,10 @@ inline constexpr int kPathFileAccess = 75;
 inline constexpr int kPathNotFound = 76;
 inline constexpr int kApplicationDefined = 513; ///< a failure that only this program knows
 } // namespace runtime_errors
+
+/// What a failing file operation is to the run: `what` ("The protocol file"), the path in brackets, `cannot` ("cannot
+/// be written"), and the system's reason for `systemError`, an errno value.
+[[nodiscard]] RuntimeError FileError(std::string_view what, const std::string& path, std::string_view cannot,
+                                     int systemError);
 
 } // namespace velmora

@@ -1,6 +1,6 @@
 #include "mapping/tag_map_file.h"
 
-#include "log/file_error.h"
+#include "log/runtime_error.h"
 #include "platform/file_changes.h"
 #include "platform/paths.h"
 #include "platform/utf8.h"

@@ -1,4 +1,4 @@
-#include "settings/command_line_builder.h"
+#include "settings/command_line.h"
 
 #include "log/passwords.h"
 #include "platform/paths.h"

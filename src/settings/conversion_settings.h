@@ -1,8 +1,12 @@
 #pragma once
 
-#include "log/run_flags.h"
+#include "log/runtime_error.h"
+#include "settings/controls.h"
 
+#include <cstddef>
+#include <functional>
 #include <string>
+#include <vector>
 
 namespace velmora {
 
@@ -28,5 +32,15 @@ struct ConversionSettings : RunFlags {
     bool blQuoted = false;
     bool blStrict = false;
 };
+
+/// Takes the snapshot that a run works with: fills `settings` from `controls`. The run-state flags blAbort and blDebug
+/// are left alone; the delimiter and the append flag keep their values from an earlier run when no text folder is
+/// named. `rebuildTagMap` brings the tag map up to date with the mapping list and tells whether it has entries.
+void ReadSettingsFromForm(const Controls& controls, ConversionSettings& settings,
+                          const std::function<bool()>& rebuildTagMap);
+
+/// What about the text files of a run may surprise: protocol lines for its beginning. `sourceCount` is the number of
+/// XML files. Empty without text export.
+[[nodiscard]] std::vector<std::string> TextExportWarnings(const ConversionSettings& settings, std::size_t sourceCount);
 
 } // namespace velmora

@@ -2,6 +2,7 @@
 
 #include "log/procedure.h"
 #include "log/protocol_log.h"
+#include "settings/command_line.h"
 #include "settings/controls.h"
 #include "settings/conversion_settings.h"
 
@@ -11,7 +12,9 @@ namespace velmora {
 
 /// What a whole run shares. Made by the application, handed down by reference.
 struct Job {
-    explicit Job(Host& theHost);
+    explicit Job(Host& theHost) : host(theHost), log(settings, theHost, [this] { return ShownCommandLine(controls); })
+    {
+    }
     Job(const Job&) = delete;
     Job& operator=(const Job&) = delete;
 

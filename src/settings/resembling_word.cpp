@@ -1,4 +1,4 @@
-#include "settings/resembling_word.h"
+#include "settings/command_line.h"
 
 #include "settings/options.h"
 

@@ -1,6 +1,6 @@
 #include "app/application.h"
 
-#include "settings/command_line_split.h"
+#include "settings/command_line.h"
 #include "support/scripted_host.h"
 #include "support/shared.h"
 

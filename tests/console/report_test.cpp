@@ -1,9 +1,6 @@
-#include "console/closing_table.h"
 #include "console/console_host.h"
-#include "console/exit_status.h"
-#include "console/help.h"
-#include "console/progress_line.h"
-#include "console/prompt.h"
+#include "console/report.h"
+#include "console/terminal_lines.h"
 #include "platform/terminal.h"
 
 #include <cstdio>

@@ -1,5 +1,4 @@
 #include "settings/command_line.h"
-#include "settings/command_line_builder.h"
 
 #include "platform/paths.h"
 #include "platform/program.h"

@@ -1,4 +1,4 @@
-#include "settings/read_settings.h"
+#include "settings/conversion_settings.h"
 
 #include "support/shared.h"
 

@@ -1,4 +1,4 @@
-#include "settings/read_settings.h"
+#include "settings/conversion_settings.h"
 
 #include "platform/paths.h"
 #include "settings/options.h"
@@ -82,6 +82,18 @@ void ReadSettingsFromForm(const Controls& controls, ConversionSettings& settings
     // The map is rebuilt whether it is wanted or not: the mapping list shows it either way.
     const bool hasMappings = rebuildTagMap();
     settings.blEnableTagMapping = controls.chkEnableTagMapping.Checked() && hasMappings;
+}
+
+std::vector<std::string> TextExportWarnings(const ConversionSettings& settings, std::size_t sourceCount)
+{
+    std::vector<std::string> lines;
+    if (!settings.blTextExport)
+        return lines;
+    if (settings.strDelimiter.empty())
+        lines.emplace_back("No delimiter: all values of a line run together (delimiter= names one)");
+    if (!settings.blAppend && sourceCount > 1)
+        lines.emplace_back("Each source file replaces the text files of the one before (+append keeps them all)");
+    return lines;
 }
 
 } // namespace velmora

@@ -1,4 +1,4 @@
-#include "log/file_error.h"
+#include "log/runtime_error.h"
 
 #include <cerrno>
 #include <cstring>
