@@ -104,11 +104,11 @@ struct HttpServer::State {
             head.append(buffer.data(), static_cast<std::size_t>(count));
         }
         const HttpAnswer given = answer(head);
-        (void)::send(*client, given.bytes.data(), given.bytes.size(), MSG_NOSIGNAL);
-        {
+        { // before the answer: who has got it may ask at once
             const std::lock_guard lock(mutex);
             requests.push_back(std::move(head));
         }
+        (void)::send(*client, given.bytes.data(), given.bytes.size(), MSG_NOSIGNAL);
         while (given.stalls && WaitFor(*client) && ::recv(*client, buffer.data(), buffer.size(), 0) > 0) {
         }
     }
