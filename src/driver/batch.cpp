@@ -1,8 +1,7 @@
 #include "driver/batch.h"
 
 #include "driver/rename.h"
-#include "driver/source_files.h"
-#include "driver/text_mode.h"
+#include "driver/run_files.h"
 #include "driver/url_source.h"
 #include "import/node_importer.h"
 #include "platform/file_listing.h"

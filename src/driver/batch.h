@@ -1,6 +1,6 @@
 #pragma once
 
-#include "driver/places.h"
+#include "driver/run_files.h"
 #include "mapping/tag_map.h"
 #include "schema/lock_retry.h"
 #include "schema/table_report.h"

@@ -1,7 +1,6 @@
 #include "driver/url_source.h"
 
-#include "driver/curl_log.h"
-#include "driver/shell_and_wait.h"
+#include "driver/curl.h"
 #include "log/passwords.h"
 #include "log/runtime_error.h"
 #include "platform/clock.h"

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "driver/places.h"
+#include "driver/run_files.h"
 #include "settings/job.h"
 
 #include <ctime>

@@ -1,7 +1,7 @@
 #include "import/record_refusal.h"
 
 #include "import/value_sample.h"
-#include "xml/element_line.h"
+#include "xml/document_loader.h"
 
 namespace velmora {
 

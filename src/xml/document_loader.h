@@ -5,6 +5,7 @@
 
 #include <cstddef>
 #include <functional>
+#include <optional>
 #include <string>
 
 namespace velmora {
@@ -25,5 +26,9 @@ struct LoadResult {
 /// called now and then; what it throws ends the load.
 [[nodiscard]] LoadResult LoadDocument(const std::string& path, const std::function<void()>& onPiece,
                                       MemoryBudget budget = MemoryBudget(kDocumentMemoryBudgetBytes));
+
+/// The line, counted from 1, on which `element` begins in the file at `path`, from which its document was loaded. Reads
+/// the file up to there: for messages. nullopt when it cannot be told any more, or in this encoding.
+[[nodiscard]] std::optional<std::size_t> LineOfElement(const std::string& path, ElementId element);
 
 } // namespace velmora

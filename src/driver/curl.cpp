@@ -1,14 +1,21 @@
-#include "driver/curl_log.h"
+#include "driver/curl.h"
 
+#include "platform/clock.h"
 #include "platform/paths.h"
+#include "platform/process.h"
 
 #include <algorithm>
+#include <cstdint>
 #include <fstream>
+#include <memory>
 #include <string_view>
 
 namespace velmora {
 
 namespace {
+
+/// How long a click may wait, and at most the end of the program.
+constexpr int kPollMilliseconds = 20;
 
 constexpr std::string_view kReceived = "< ";
 constexpr std::string_view kSent = "> ";
@@ -52,6 +59,22 @@ std::string WithoutCredentials(std::string line)
 }
 
 } // namespace
+
+std::string_view ShellAndWait(Job& job, const std::string& commandLine, double timeoutSeconds, std::string_view input)
+{
+    const std::int64_t begin = CoarseMilliseconds();
+    const std::unique_ptr<ChildProcess> program = ChildProcess::Start(commandLine, input);
+    if (!program)
+        return kShellError;
+    for (;;) {
+        const bool ended = program->HasEnded(kPollMilliseconds);
+        job.ProcessEvents();
+        if (ended)
+            return kShellOk;
+        if (timeoutSeconds > 0 && static_cast<double>(CoarseMilliseconds() - begin) > timeoutSeconds * 1000)
+            return kShellTimeout;
+    }
+}
 
 CurlLog ReadCurlLog(const std::string& path)
 {

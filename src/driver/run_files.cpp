@@ -1,16 +1,33 @@
-#include "driver/text_mode.h"
+#include "driver/run_files.h"
 
 #include "log/runtime_error.h"
+#include "platform/file_listing.h"
 #include "platform/paths.h"
+#include "platform/program.h"
 #include "schema/target_check.h"
 
+#include <algorithm>
 #include <filesystem>
 #include <optional>
 #include <system_error>
+#include <vector>
 
 namespace velmora {
 
 namespace {
+
+/// Is `path` one of the sources, or what the user has typed as the source, which need not be there yet? A download gets
+/// a name of its own.
+bool IsSource(const std::string& path, const Controls& controls)
+{
+    if (controls.FromUrl() || path.empty())
+        return false;
+    const std::string& typed = controls.txtFILE_XML.text;
+    const std::vector<std::string> sources = ListFiles(typed);
+    return IsSameFile(path, typed) || std::any_of(sources.begin(), sources.end(), [&path](const std::string& source) {
+               return IsSameFile(path, source);
+           });
+}
 
 constexpr std::string_view kScratchDatabase = "temporary_import_database";
 constexpr std::string_view kScratchEnd = ".mdb";
@@ -62,6 +79,49 @@ void UseScratchDatabase(Job& job, const Places& places, Step& step)
 }
 
 } // namespace
+
+std::optional<std::string> ClashingFiles(const Controls& controls)
+{
+    const std::string& target = controls.txtFILE_MDB.text;
+    const std::string& log = controls.txtFILE_LOG.text;
+    const std::string& mapping = controls.txtFILE_MAPPING.text;
+    const auto clash = [](std::string_view what, const std::string& path, std::string_view also) {
+        return std::string(what) + " \"" + path + "\" is also the " + std::string(also) +
+               "; nothing was written, name another file";
+    };
+    if (IsSource(target, controls))
+        return clash("The target database", target, "XML file");
+    if (IsSameFile(target, log))
+        return clash("The target database", target, "protocol file");
+    if (IsSameFile(target, mapping))
+        return clash("The target database", target, "tag-mapping file");
+    if (IsSource(log, controls))
+        return clash("The protocol file", log, "XML file");
+    if (IsSameFile(log, mapping))
+        return clash("The protocol file", log, "tag-mapping file");
+    return std::nullopt;
+}
+
+bool IsProtocolClashing(const Controls& controls)
+{
+    const std::string& log = controls.txtFILE_LOG.text;
+    return IsSameFile(log, controls.txtFILE_MDB.text) || IsSameFile(log, controls.txtFILE_MAPPING.text) ||
+           IsSource(log, controls);
+}
+
+Places StandardPlaces()
+{
+    const std::string program = ProgramFolder();
+    return {program, IsWritableFolder(program) ? program : UserDataFolder()};
+}
+
+void MakeFilesFolder(const Places& places)
+{
+    std::error_code error;
+    std::filesystem::create_directories(PathFromUtf8(places.files), error);
+    if (error)
+        throw FileError("The folder", places.files, "cannot be made", error.default_error_condition().value());
+}
 
 bool PrepareTextMode(Job& job, const Places& places, Step& step)
 {

@@ -1,0 +1,38 @@
+#pragma once
+
+#include "settings/controls.h"
+#include "settings/job.h"
+
+#include <optional>
+#include <string>
+
+namespace velmora {
+
+/// Where the program finds its tools and puts files of its own. Folders without a separator at their end.
+struct Places {
+    std::string program; ///< where its executable stands, and tools that came with it
+    std::string files;   ///< for the scratch database and downloads; need not be there yet
+};
+
+/// The places of this installation: the program's own folder for both, or for files the user's data folder when the
+/// program's own cannot be written.
+[[nodiscard]] Places StandardPlaces();
+
+/// Makes the folder for files when it is missing. Throws RuntimeError.
+void MakeFilesFolder(const Places& places);
+
+/// Why the files named by `controls` cannot be used together: a database or a protocol would be written over one of
+/// them. nullopt when all is well.
+[[nodiscard]] std::optional<std::string> ClashingFiles(const Controls& controls);
+/// Whether the protocol is one of the files that would be written over.
+[[nodiscard]] bool IsProtocolClashing(const Controls& controls);
+
+/// Brings the controls of a run into text files to where it can begin: makes the folder, asks for a delimiter that is
+/// missing unless the run is quiet, names the scratch database when none is named. False when the user cancelled the
+/// question. Nothing without a text folder. Throws RuntimeError.
+[[nodiscard]] bool PrepareTextMode(Job& job, const Places& places, Step& step);
+
+/// Moves on from the scratch database that PrepareTextMode has named to the next one that no other run uses.
+void TakeFreeScratchDatabase(Job& job, const Places& places);
+
+} // namespace velmora
