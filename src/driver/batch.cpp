@@ -81,6 +81,8 @@ bool Batch::RefusesToBegin(const std::optional<std::string>& refusal)
     if (!reason)
         reason = UnfitTarget(job_.controls);
     if (!reason)
+        reason = UnfitDownload(job_.controls);
+    if (!reason)
         reason = refusal;
     if (!reason)
         return false;

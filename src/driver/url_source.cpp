@@ -105,24 +105,25 @@ std::string CurlConfig(const Controls& controls, PasswordForm form)
     return line + "\"\n";
 }
 
-double TimeoutSeconds(const Controls& controls)
+/// nullopt for what is no number of seconds.
+std::optional<double> TimeoutSeconds(const Controls& controls)
 {
     const std::string& text = controls.txtTIMEOUT.text;
-    double seconds = kNoTimeout;
+    if (text.empty())
+        return kNoTimeout;
+    double seconds = 0;
     const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), seconds);
     const bool isNumber = error == std::errc() && end == text.data() + text.size() && seconds > 0;
-    if (!text.empty() && !isNumber)
-        throw RuntimeError(runtime_errors::kInvalidProcedureCall,
-                           "timeout= takes a number of seconds, not \"" + text + "\"");
-    return seconds;
+    return isNumber ? std::optional(seconds) : std::nullopt;
 }
 
 /// One download; false when the server wants another form of the password. Tells of one that failed, with all that curl
 /// has said, and ends the run.
 bool Download(Job& job, const std::string& curl, const DownloadFiles& files, PasswordForm form, Step& step)
 {
-    const std::string_view result = ShellAndWait(job, CurlCommand(curl, files, job.controls),
-                                                 TimeoutSeconds(job.controls), CurlConfig(job.controls, form));
+    const std::string_view result =
+        ShellAndWait(job, CurlCommand(curl, files, job.controls), TimeoutSeconds(job.controls).value_or(kNoTimeout),
+                     CurlConfig(job.controls, form));
     if (result == kShellTimeout)
         Fail(step, "Timeout reached when receiving file",
              "curl took longer than the " + job.controls.txtTIMEOUT.text + " seconds of timeout=");
@@ -160,6 +161,13 @@ std::string ReserveDownload(const std::string& folder, const std::function<std::
         if (errno != EEXIST)
             throw FileError("The file", path, "cannot be made", errno);
     }
+}
+
+std::optional<std::string> UnfitDownload(const Controls& controls)
+{
+    if (!controls.FromUrl() || TimeoutSeconds(controls))
+        return std::nullopt;
+    return "timeout= takes a number of seconds, not \"" + controls.txtTIMEOUT.text + "\"; nothing was downloaded";
 }
 
 std::string GetXMLfromURL(Job& job, const Places& places)

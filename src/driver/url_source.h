@@ -5,6 +5,7 @@
 
 #include <ctime>
 #include <functional>
+#include <optional>
 #include <string>
 
 namespace velmora {
@@ -12,6 +13,10 @@ namespace velmora {
 /// Makes an empty file for a download in `folder`, which nobody else gets: "xml_", date and time, ".xml"; a counter
 /// from 1 stands behind the time while the name is taken. `now` is asked anew for each try. Throws RuntimeError.
 [[nodiscard]] std::string ReserveDownload(const std::string& folder, const std::function<std::time_t()>& now);
+
+/// Why the download that the controls ask for cannot begin: a limit that is no number. nullopt when it can, and for
+/// local files.
+[[nodiscard]] std::optional<std::string> UnfitDownload(const Controls& controls);
 
 /// Downloads the XML file that the controls name by its address, with curl, and gives its path. After an error or a
 /// cancel nothing is left of the download.
