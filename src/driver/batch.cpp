@@ -119,9 +119,10 @@ void Batch::Run(UrlSource& source, DatabaseSession& session, Step& step)
     }
     for (const std::string& warning : TextExportWarnings(job_.settings, files_.size()))
         job_.log.ProtocolAppend(warning);
+    ScratchDatabase scratch(job_, places_);
     if (usesScratch)
-        TakeFreeScratchDatabase(job_, places_);
-    Guarded(job_.log, [&] { velOpenDatabase(job_, session); });
+        scratch.TakeFree();
+    Guarded(job_.log, [&] { velOpenDatabase(job_, session, [&] { return usesScratch && scratch.TakeNext(); }); });
     if (!job_.settings.blRecreateDatabase && job_.settings.blEmptyTables)
         velEmptyTablesAll(job_, session);
     Convert(session, step);

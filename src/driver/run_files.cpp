@@ -59,7 +59,7 @@ bool AskForDelimiter(Job& job)
     return true;
 }
 
-std::string ScratchDatabase(const Places& places, int number)
+std::string ScratchPath(const Places& places, int number)
 {
     std::string path = std::string(places.files).append(1, kPathSeparator).append(kScratchDatabase);
     if (number > 1)
@@ -73,7 +73,7 @@ void UseScratchDatabase(Job& job, const Places& places, Step& step)
 {
     step("Scratch database");
     MakeFilesFolder(places);
-    job.controls.txtFILE_MDB.text = ScratchDatabase(places, 1);
+    job.controls.txtFILE_MDB.text = ScratchPath(places, 1);
     job.controls.chkRecreateDatabase.value = CheckState::Checked;
     job.controls.UpdateEnabled();
 }
@@ -137,13 +137,22 @@ bool PrepareTextMode(Job& job, const Places& places, Step& step)
     return true;
 }
 
-void TakeFreeScratchDatabase(Job& job, const Places& places)
+void ScratchDatabase::TakeFree()
 {
-    std::string& target = job.controls.txtFILE_MDB.text;
-    for (int number = 2; IsTargetInUse(target) && number <= kMaxScratchDatabases; ++number)
-        target = ScratchDatabase(places, number);
-    job.log.ProtocolAppend("Temporary database: " + target);
-    job.host.ControlsChanged();
+    std::string& target = job_.controls.txtFILE_MDB.text;
+    while (IsTargetInUse(target) && number_ < kMaxScratchDatabases)
+        target = ScratchPath(places_, ++number_);
+    job_.log.ProtocolAppend("Temporary database: " + target);
+    job_.host.ControlsChanged();
+}
+
+bool ScratchDatabase::TakeNext()
+{
+    if (number_ >= kMaxScratchDatabases)
+        return false;
+    job_.controls.txtFILE_MDB.text = ScratchPath(places_, ++number_);
+    TakeFree();
+    return true;
 }
 
 } // namespace velmora

@@ -32,7 +32,21 @@ void MakeFilesFolder(const Places& places);
 /// question. Nothing without a text folder. Throws RuntimeError.
 [[nodiscard]] bool PrepareTextMode(Job& job, const Places& places, Step& step);
 
-/// Moves on from the scratch database that PrepareTextMode has named to the next one that no other run uses.
-void TakeFreeScratchDatabase(Job& job, const Places& places);
+/// Which of the scratch databases a run takes, PrepareTextMode having named the first. The controls show it.
+class ScratchDatabase {
+public:
+    ScratchDatabase(Job& job, const Places& places) : job_(job), places_(places) {}
+
+    /// Takes the first one that no other run has open.
+    void TakeFree();
+    /// Takes the next one that is free: another run may have opened the one at hand since it was. False when there have
+    /// been too many.
+    [[nodiscard]] bool TakeNext();
+
+private:
+    Job& job_;
+    const Places& places_;
+    int number_ = 1;
+};
 
 } // namespace velmora

@@ -214,16 +214,17 @@ bool WantsAnotherTry(Job& job)
 
 } // namespace
 
-void velOpenDatabase(Job& job, DatabaseSession& session)
+void velOpenDatabase(Job& job, DatabaseSession& session, const std::function<bool()>& moveOn)
 {
     Procedure(job, "velOpenDatabase", [&](Step& step) {
         if (job.controls.txtFILE_MDB.text.empty()) {
             step("Target MDB file not specified");
             throw RuntimeError(runtime_errors::kBadFileName, "Target MDB file not specified");
         }
-        const fs::path target = PathFromUtf8(NativePath(job.controls.txtFILE_MDB.text));
-        RetryWhile(
-            IsFileInUse, [&] { OpenTarget(job, session, target, step); }, [&] { return WantsAnotherTry(job); });
+        const auto open = [&] {
+            OpenTarget(job, session, PathFromUtf8(NativePath(job.controls.txtFILE_MDB.text)), step);
+        };
+        RetryWhile(IsFileInUse, open, [&] { return moveOn() || WantsAnotherTry(job); });
     });
 }
 

@@ -8,6 +8,7 @@
 
 #include <deque>
 #include <filesystem>
+#include <functional>
 #include <memory>
 #include <string>
 #include <string_view>
@@ -87,7 +88,9 @@ private:
 
 /// Opens the target database that the controls name: made anew, made because there is none, or as it is. A file that is
 /// to be made anew and cannot be replaced is opened and loses all its tables instead. A run that may ask waits for one
-/// that somebody else has open, as long as the user wants.
-void velOpenDatabase(Job& job, DatabaseSession& session);
+/// that somebody else has open, as long as the user wants; `moveOn` is asked first, and says whether the controls name
+/// another one by now.
+void velOpenDatabase(
+    Job& job, DatabaseSession& session, const std::function<bool()>& moveOn = [] { return false; });
 
 } // namespace velmora

@@ -31,7 +31,18 @@ TEST(TextMode, MakesItsFolderAndItsDatabase)
         EXPECT_FALSE(run.Run().failed) << run.Error();
         EXPECT_EQ(run.Said("Temporary database: " + third), 1);
     }
-    EXPECT_SOUND(std::vector<std::filesystem::path>({scratch, third}));
+
+    // Another run that opens one after it was found free.
+    std::unique_ptr<jet::Connection> meanwhile;
+    run.host.onLine = [&](std::string_view line) {
+        if (line == "Temporary database: " + scratch)
+            meanwhile = jet::Connection::Open(scratch);
+    };
+    run.job.controls.txtFILE_MDB.text.clear();
+    EXPECT_FALSE(run.Run().failed) << run.Error();
+    EXPECT_EQ(run.Said("Temporary database: " + second), 1);
+    meanwhile.reset();
+    EXPECT_SOUND(std::vector<std::filesystem::path>({scratch, second, third}));
 }
 
 TEST(TextMode, OneLevelOfFoldersIsMade)

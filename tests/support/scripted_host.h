@@ -17,6 +17,7 @@ public:
     std::deque<Answer> answers;                    ///< for Ask, in order; Cancel when there are none left
     std::deque<std::optional<std::string>> inputs; ///< for InputBox, in order
     std::function<void()> onEvents;                ///< called by every ProcessEvents
+    std::function<void(std::string_view)> onLine;  ///< called with every protocol line
 
     std::vector<std::string> messages; ///< texts of all boxes
     std::vector<std::string> lines;    ///< protocol lines, the oldest first, without their time stamps
@@ -54,6 +55,8 @@ public:
     {
         constexpr std::size_t kStamp = sizeof "2024-03-05 14:07:09 " - 1;
         lines.emplace_back(line.substr(kStamp));
+        if (onLine)
+            onLine(lines.back());
     }
     void ErrorReported(int number, std::string_view description) override { errors.emplace_back(number, description); }
     void ControlsChanged() override { ++controlsChanges; }
