@@ -165,4 +165,29 @@ void Recordset::MoveNext()
     impl_->MoveNext();
 }
 
+bool Recordset::WalkBy(std::size_t field)
+{
+    return impl_->WalkBy(field);
+}
+
+void Recordset::Seek(const Value& value)
+{
+    impl_->Seek(value);
+}
+
+std::uint64_t Recordset::Position()
+{
+    return impl_->Position();
+}
+
+void Recordset::MoveTo(std::uint64_t position)
+{
+    impl_->MoveTo(position);
+}
+
+bool Recordset::IsInStorageOrder()
+{
+    return impl_->IsInStorageOrder();
+}
+
 } // namespace jet

@@ -89,6 +89,17 @@ public:
     [[nodiscard]] bool Eof();
     void MoveFirst();
     void MoveNext();
+    /// From now on the records come in the order of the ascending index that stands on `field` alone; those that it
+    /// leaves out do not come. False, and nothing has changed, when there is no such index.
+    [[nodiscard]] bool WalkBy(std::size_t field);
+    /// To the first record, in the order of such a walk, whose `field` is not less than `value`.
+    void Seek(const Value& value);
+    /// A token for the current record, by which MoveTo() comes back to it: as long as all columns stay.
+    [[nodiscard]] std::uint64_t Position();
+    void MoveTo(std::uint64_t position);
+    /// Do the records lie in the file in the order of such a walk? Then records with the same value in another index
+    /// come in this order there. Reads the whole index.
+    [[nodiscard]] bool IsInStorageOrder();
 
 private:
     friend class Connection;

@@ -116,6 +116,8 @@ void Recordset::Impl::Follow()
     loaded_ = editing_;
     const std::vector<Column> old = std::move(columns_);
     TakeLayout();
+    if (walk_)
+        FollowWalk(old[walkField_].name);
     if (!pending_ && !editing_)
         return;
     const Record values = std::move(record_);
@@ -328,6 +330,7 @@ void Recordset::Impl::Update()
         lastAutonumber_ = std::get<std::int32_t>(Get(*autonumber_));
     Savepoint savepoint(catalog_);
     row_ = table_->Insert(record_);
+    walkIsHere_ = false;
     savepoint.Release();
     pending_ = false;
     integrity_.RemovePending(*this);
@@ -398,8 +401,7 @@ void Recordset::Impl::DeleteBookmark(std::uint64_t bookmark)
         loaded_ = editing_ = false;
 }
 
-// ---- Walking
-// ----------------------------------------------------------------------------------------------------------
+// ---- Walking --------------------------------------------------------------------------------------------------------
 
 bool Recordset::Impl::Eof()
 {
@@ -409,13 +411,18 @@ bool Recordset::Impl::Eof()
     return !row_;
 }
 
+void Recordset::Impl::StandOn(std::optional<RowId> row)
+{
+    row_ = row;
+    started_ = walkIsHere_ = true;
+    loaded_ = false;
+}
+
 void Recordset::Impl::MoveFirst()
 {
     Follow();
     CancelUpdate();
-    row_ = table_->NextRow(std::nullopt);
-    started_ = true;
-    loaded_ = false;
+    StandOn(walk_ ? walk_->First(*table_) : table_->NextRow(std::nullopt));
 }
 
 void Recordset::Impl::MoveNext()
@@ -423,8 +430,80 @@ void Recordset::Impl::MoveNext()
     if (Eof())
         throw Error(ErrorNumber::NoCurrentRecord);
     CancelUpdate();
-    row_ = table_->NextRow(row_);
-    loaded_ = false;
+    if (!walk_)
+        return StandOn(table_->NextRow(row_));
+    if (!walkIsHere_)
+        GoOnFromHere();
+    StandOn(walk_->Next(*table_));
+}
+
+void Recordset::Impl::GoOnFromHere()
+{
+    Load();
+    if (walk_)
+        walk_->GoOnFrom(*table_, *row_, record_);
+    walkIsHere_ = true;
+}
+
+bool Recordset::Impl::WalkBy(std::size_t field)
+{
+    Follow();
+    [[maybe_unused]] const Column& exists = ColumnAt(field);
+    std::optional<IndexWalk> walk = IndexWalk::By(*table_, field);
+    if (!walk)
+        return false;
+    CancelUpdate();
+    walk_ = std::move(walk);
+    walkField_ = field;
+    started_ = false;
+    return true;
+}
+
+/// The column of that name, by which the walk goes, may have another number and place.
+void Recordset::Impl::FollowWalk(std::string_view column)
+{
+    const auto at = std::ranges::find(columns_, column, &Column::name);
+    walkField_ = static_cast<std::size_t>(at - columns_.begin());
+    walk_ = at == columns_.end() ? std::nullopt : IndexWalk::By(*table_, walkField_);
+    walkIsHere_ = false;
+}
+
+/// The walk in an index's order. Throws NoSuchIndex when none was chosen.
+IndexWalk& Recordset::Impl::Walk()
+{
+    Follow();
+    if (!walk_)
+        throw Error(ErrorNumber::NoSuchIndex, {"", source_});
+    return *walk_;
+}
+
+void Recordset::Impl::Seek(const Value& value)
+{
+    IndexWalk& walk = Walk();
+    CancelUpdate();
+    encoded_.clear();
+    EncodeValue(encoded_, *table_->Definition().format, ColumnAt(walkField_).GetValueType(), value);
+    StandOn(walk.Seek(*table_, encoded_));
+}
+
+std::uint64_t Recordset::Impl::Position()
+{
+    if (Eof())
+        throw Error(ErrorNumber::NoCurrentRecord);
+    return row_->Pointer();
+}
+
+void Recordset::Impl::MoveTo(std::uint64_t position)
+{
+    Follow();
+    CancelUpdate();
+    StandOn(RowId::FromPointer(static_cast<std::uint32_t>(position)));
+    GoOnFromHere();
+}
+
+bool Recordset::Impl::IsInStorageOrder()
+{
+    return Walk().IsInStorageOrder(*table_);
 }
 
 } // namespace jet

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "jet/catalog/catalog.h"
+#include "jet/index_walk.h"
 #include "jet/recordset.h"
 #include "jet/relations/integrity.h"
 #include "jet/table/table.h"
@@ -50,6 +51,11 @@ public:
     [[nodiscard]] bool Eof();
     void MoveFirst();
     void MoveNext();
+    [[nodiscard]] bool WalkBy(std::size_t field);
+    void Seek(const Value& value);
+    [[nodiscard]] std::uint64_t Position();
+    void MoveTo(std::uint64_t position);
+    [[nodiscard]] bool IsInStorageOrder();
 
     [[nodiscard]] const Table& PendingTable() const override { return *table_; }
     [[nodiscard]] const Record& PendingValues() override;
@@ -62,6 +68,10 @@ private:
     void TakeLayout();
     void RequireUserTable() const;
     void Load();
+    void StandOn(std::optional<RowId> row);
+    void GoOnFromHere();
+    [[nodiscard]] IndexWalk& Walk();
+    void FollowWalk(std::string_view column);
     void BeginEdit();
     void SaveEdit();
     void SetDefault(std::size_t field);
@@ -87,6 +97,9 @@ private:
     bool started_ = false;                    ///< row_ tells where we are
     bool loaded_ = false;                     ///< record_ holds the current row
     std::optional<RowId> row_;                ///< the current row; none behind the last
+    std::optional<IndexWalk> walk_;           ///< none: in storage order
+    std::size_t walkField_ = 0;               ///< by whose index walk_ goes
+    bool walkIsHere_ = true;                  ///< walk_ stands on row_
     Record record_;                           ///< the pending or edited record, else see loaded_
     std::optional<std::int32_t> takenNumber_; ///< given to the pending record by the table
     std::optional<std::int32_t> lastAutonumber_;

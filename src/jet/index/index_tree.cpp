@@ -160,6 +160,13 @@ IndexTree::Cursor IndexTree::Seek(ByteSpan key) const
     return cursor;
 }
 
+IndexTree::Cursor IndexTree::Seek(ByteSpan key, RowId row) const
+{
+    Bytes entry;
+    MakeEntry(entry, key, row);
+    return Seek(entry);
+}
+
 bool IndexTree::Contains(ByteSpan key) const
 {
     const PageRef ref = FindLeaf(key);

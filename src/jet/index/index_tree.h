@@ -62,6 +62,8 @@ public:
     bool Remove(ByteSpan key, RowId row);
     /// First entry whose key is >= `key`.
     [[nodiscard]] Cursor Seek(ByteSpan key) const;
+    /// The entry of `row` under this key, or the first behind where it would be.
+    [[nodiscard]] Cursor Seek(ByteSpan key, RowId row) const;
     [[nodiscard]] Cursor First() const { return Seek({}); }
     /// Is there an entry with exactly this key?
     [[nodiscard]] bool Contains(ByteSpan key) const;

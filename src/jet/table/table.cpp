@@ -129,6 +129,7 @@ void Table::Adopt(TableDef def)
     def_ = std::move(def);
     parts_ = std::move(parts);
     isNumberAhead_ = false;
+    ++rowChanges_;
 }
 
 Value Table::Get(const Record& record, std::size_t column) const

@@ -74,6 +74,8 @@ public:
     /// The id that a row has now whose id was `row` in `epoch`; nullopt when it was not there when the rows were
     /// written anew, or nobody was to ask any more.
     [[nodiscard]] std::optional<RowId> Relocated(RowId row, std::uint32_t epoch) const;
+    /// Counts the changes of rows and indexes, whose pages are then not what they were.
+    [[nodiscard]] std::uint64_t RowChanges() const noexcept { return rowChanges_; }
     /// Nobody will ask for an id of an earlier epoch.
     void ForgetMoves() noexcept;
     void SetHook(RowHook* hook) noexcept { hook_ = hook; }
@@ -163,6 +165,7 @@ private:
     std::string name_;
     TableDef def_;
     std::uint64_t generation_ = 0;
+    std::uint64_t rowChanges_ = 0;
     bool isNumberAhead_ = false; ///< lastAutonumber differs from the page's
     RowHook* hook_ = nullptr;
     std::unique_ptr<Parts> parts_; ///< trees, long-value stores, insert position

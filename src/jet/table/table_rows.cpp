@@ -5,6 +5,7 @@ namespace jet {
 
 RowId Table::Insert(const Record& record)
 {
+    ++rowChanges_;
     RowChange change(*this);
     change.CheckInsert(record);
     if (hook_ != nullptr)
@@ -14,6 +15,7 @@ RowId Table::Insert(const Record& record)
 
 void Table::Update(RowId row, const Record& record)
 {
+    ++rowChanges_;
     RowChange change(*this);
     if (!change.ReadBefore(row))
         throw Error(ErrorNumber::RecordDeleted);
@@ -32,6 +34,7 @@ void Table::Update(RowId row, const Record& record)
 
 void Table::Delete(RowId row)
 {
+    ++rowChanges_;
     RowChange change(*this);
     if (!change.ReadBefore(row))
         throw Error(ErrorNumber::RecordDeleted);

@@ -413,5 +413,63 @@ TEST(Recordset, BookmarksOutliveRowsWrittenAnew)
     }
 }
 
+/// The field of all records from the current one on.
+std::string RestOf(Recordset& records, std::size_t field)
+{
+    std::string text;
+    for (; !records.Eof(); records.MoveNext())
+        text += ToText(records.Get(field)) + ' ';
+    return text;
+}
+
+TEST(Recordset, RecordsComeInTheOrderOfAnIndex)
+{
+    for (const JetVersion version : kVersions) {
+        SCOPED_TRACE(static_cast<int>(version));
+        Database database(version);
+        database.Execute("CREATE TABLE t (name String, k Long, id Counter NOT NULL)");
+        database.Execute("CREATE UNIQUE INDEX t_id ON t (id) WITH PRIMARY");
+        database.Execute("CREATE INDEX t_k ON t (k)");
+        constexpr int kRecords = 2000; // several leaves
+        for (Recordset records = database.Open("t"); records.LastAutonumber().value_or(0) < kRecords;) {
+            records.AddNew();
+            const int number = records.LastAutonumber().value_or(0) + 1;
+            records.SetLong(1, number * 7 % 20);
+            records.SetText(0, std::string(30, 'x'));
+            records.Update();
+        }
+        Recordset records = database.Open("t");
+        EXPECT_FALSE(records.WalkBy(0));
+        ASSERT_TRUE(records.WalkBy(2));
+        EXPECT_TRUE(records.IsInStorageOrder());
+        ASSERT_TRUE(records.WalkBy(1));
+        EXPECT_FALSE(records.IsInStorageOrder());
+        records.Seek(std::int32_t{19});
+        EXPECT_EQ(records.Get(2), Value(std::int32_t{17}));
+        const std::uint64_t first = records.Position();
+        const std::string all = RestOf(records, 2);
+        EXPECT_EQ(std::ranges::count(all, ' '), kRecords / 20);
+        EXPECT_TRUE(all.starts_with("17 37 57 ")) << all;
+        records.MoveTo(first);
+        EXPECT_EQ(RestOf(records, 2), all);
+        records.Seek(std::int32_t{20});
+        EXPECT_TRUE(records.Eof());
+
+        // It goes on where it is: behind what is taken away, back, moved or written anew meanwhile.
+        Recordset other = database.Open("t");
+        ASSERT_TRUE(other.WalkBy(2));
+        records.MoveTo(first);
+        records.Delete();
+        other.Seek(std::int32_t{37});
+        other.SetLong(1, 5);
+        other.Update();
+        records.MoveNext();
+        EXPECT_EQ(records.Get(2), Value(std::int32_t{57}));
+        database.Execute("ALTER TABLE t ALTER COLUMN name LONGTEXT");
+        EXPECT_TRUE(RestOf(records, 1).starts_with("57 77 "));
+        EXPECT_EQ(ErrorOf([&] { database.Open("t").Seek(std::int32_t{1}); }), ErrorNumber::NoSuchIndex);
+    }
+}
+
 } // namespace
 } // namespace jet
