@@ -4,6 +4,7 @@
 #include "platform/paths.h"
 #include "schema/drop_tables.h"
 #include "schema/engine_errors.h"
+#include "schema/origin_properties.h"
 
 #include <algorithm>
 #include <iterator>
@@ -100,6 +101,11 @@ void DatabaseSession::Open(const fs::path& path)
     connection_ = Translated([&] { return jet::Connection::Open(path); });
 }
 
+void DatabaseSession::OpenReadOnly(const fs::path& path)
+{
+    connection_ = Translated([&] { return jet::Connection::OpenReadOnly(path); });
+}
+
 void DatabaseSession::ExecuteSql(std::string_view sql)
 {
     Translated([&] {
@@ -125,6 +131,21 @@ std::vector<std::string> DatabaseSession::UserTables()
 Recordset DatabaseSession::OpenTable(std::string_view table)
 {
     return Recordset(Translated([&] { return connection_->OpenTable(table); }), locks_);
+}
+
+Origins DatabaseSession::OriginsOf(std::string_view table)
+{
+    return ToOrigins(Translated([&] { return connection_->Properties(table); }));
+}
+
+void DatabaseSession::SetOrigins(std::string_view table, const Origins& origins)
+{
+    const std::vector<jet::Property> properties = ToProperties(origins, IsAccess97());
+    Translated([&] {
+        if (locks_.onWrite)
+            locks_.onWrite();
+        connection_->SetProperties(table, properties);
+    });
 }
 
 void DatabaseSession::Commit()

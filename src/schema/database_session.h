@@ -2,6 +2,7 @@
 
 #include "jet/connection.h"
 #include "schema/lock_retry.h"
+#include "schema/origin.h"
 #include "schema/recordset.h"
 #include "schema/table_report.h"
 #include "settings/job.h"
@@ -32,6 +33,8 @@ public:
     /// that there is a whole database at every moment.
     void Create(const std::filesystem::path& path, jet::JetVersion version, jet::Existing existing);
     void Open(const std::filesystem::path& path);
+    /// For reading only: changes nothing at all, see jet::Connection::OpenReadOnly().
+    void OpenReadOnly(const std::filesystem::path& path);
     [[nodiscard]] jet::JetVersion Version() const noexcept { return connection_->Version(); }
     [[nodiscard]] bool IsOpen() const noexcept { return connection_ != nullptr; }
     [[nodiscard]] bool IsAccess97() const noexcept { return connection_->Version() == jet::JetVersion::Jet3; }
@@ -44,6 +47,10 @@ public:
     /// The names of all user tables, in the engine's order: no views, links or system tables.
     [[nodiscard]] std::vector<std::string> UserTables();
     [[nodiscard]] Recordset OpenTable(std::string_view table);
+    /// What the database knows of the table and of its columns: nothing, unless SetOrigins() has told it.
+    [[nodiscard]] Origins OriginsOf(std::string_view table);
+    /// Lets the database know, all in one go, with descriptions for people. What is not named stays.
+    void SetOrigins(std::string_view table, const Origins& origins);
     void Commit();
     /// Tables and relations that the file can still take.
     [[nodiscard]] std::size_t ObjectsLeft();
