@@ -1,8 +1,8 @@
 #pragma once
 
 #include "jet/base/format.h"
-#include "jet/base/property.h"
 #include "jet/error.h"
+#include "jet/property.h"
 #include "jet/recordset.h"
 #include "jet/rowset.h"
 #include "jet/store/file_system.h"

@@ -16,9 +16,9 @@ namespace {
 
 /// One part of the house and the parts that it may include, itself aside; blank-separated.
 ///
-/// `jet` is the engine's face: the files that lie in src/jet itself. Two of them are parts of their own, plain data
-/// that layers below the face make: errors, which every layer throws, and the rows that answer a question to the
-/// catalog.
+/// `jet` is the engine's face: the files that lie in src/jet itself. Three of them are parts of their own, plain data
+/// that layers below the face make: errors, which every layer throws, and properties and the rows that answer a question
+/// to the catalog.
 struct Part {
     std::string_view name;
     std::string_view mayInclude;
@@ -27,20 +27,22 @@ constexpr Part kParts[] = {
     {"jet/base", "jet/error"},
     {"jet/error", "jet/base"},
     {"jet/rowset", "jet/base jet/error"},
+    {"jet/property", "jet/base"},
     {"jet/store", "jet/base jet/error"},
     {"jet/index", "jet/base jet/error jet/store"},
     {"jet/table", "jet/base jet/error jet/store jet/index"},
-    {"jet/catalog", "jet/base jet/error jet/store jet/index jet/table jet/rowset"},
+    {"jet/catalog", "jet/base jet/error jet/store jet/index jet/table jet/rowset jet/property"},
     {"jet/relations", "jet/base jet/error jet/store jet/index jet/table jet/catalog"},
     {"jet/sql", "jet/base jet/error jet/store jet/index jet/table jet/catalog jet/relations"},
-    {"jet", "jet/base jet/error jet/store jet/index jet/table jet/catalog jet/relations jet/sql jet/rowset"},
+    {"jet",
+     "jet/base jet/error jet/store jet/index jet/table jet/catalog jet/relations jet/sql jet/rowset jet/property"},
     {"platform", ""},
     {"host", ""},
     {"log", "platform host"},
     {"settings", "platform host log"},
     {"mapping", "platform host log settings"},
     {"xml", "platform host log settings mapping"},
-    {"schema", "platform host log settings mapping xml jet jet/error jet/rowset"},
+    {"schema", "platform host log settings mapping xml jet jet/error jet/rowset jet/property"},
     {"import", "platform host log settings mapping xml schema"},
     {"driver", "platform host log settings mapping xml schema import"},
     {"app", "platform host log settings mapping xml schema import driver"},
