@@ -1,7 +1,11 @@
 #pragma once
 
+#include "mapping/tag_map.h"
 #include "settings/conversion_settings.h"
 #include "xml/structure_model.h"
+
+#include <string>
+#include <string_view>
 
 namespace velmora {
 
@@ -10,5 +14,12 @@ namespace velmora {
 ///
 /// The last entry of the model gets neither a number nor a suffix from this, even if it is a table. Meant so.
 void ResolveTableNames(StructureModel& model, const ConversionSettings& settings);
+
+/// The table or column name for an XML name: without its namespace prefix, replaced by the tag map where that is
+/// enabled, every "." turned to "_".
+[[nodiscard]] std::string MappedName(std::string_view name, const ConversionSettings& settings, const TagMap& map);
+
+/// The name for the relation of the table of elements called `name`. No mapping touches it.
+[[nodiscard]] std::string RelationName(std::string_view name);
 
 } // namespace velmora
