@@ -39,8 +39,8 @@ bool CanAsk()
 ExitStatus ExplainMissingWindow(ConsoleHost& host)
 {
     host.WriteError(std::string("without +quiet the window opens, ") +
-                    (HasSiblingProgram(kWindowProgram) ? "and there is no display to open it on\n"
-                                                       : "and this installation has none\n") +
+                    (FindInstalled(kWindowProgram).empty() ? "and this installation has none\n"
+                                                           : "and there is no display to open it on\n") +
                     "To convert here, write for example\n"
                     "  velmora xml=orders.xml mdb=orders.mdb +quiet\n"
                     "velmora --help lists every option");
@@ -81,7 +81,8 @@ ExitStatus Main(const std::vector<std::string>& arguments)
         const Controls asked = WhatIsAsked(line);
         if (asked.chkQuiet.Checked())
             return Run(host, line);
-        if (HasSiblingProgram(kWindowProgram) && HasDisplay() && BecomeSiblingProgram(kWindowProgram, arguments))
+        const std::string window = HasDisplay() ? FindInstalled(kWindowProgram) : std::string();
+        if (!window.empty() && BecomeProgram(window, arguments))
             return ExitStatus::Success;
         if (!CanAsk() || (asked.txtFILE_XML.text.empty() && asked.txtXML_URL.text.empty()))
             return ExplainMissingWindow(host);

@@ -116,14 +116,15 @@ std::string FindAssociatedProgram(const std::string& filePath)
 
 #endif
 
-bool HasSiblingProgram(std::string_view name)
+std::string FindInstalled(std::string_view name)
 {
-    return IsProgram(Utf8FromPath(SiblingPath(name)));
+    std::string sibling = Utf8FromPath(SiblingPath(name));
+    return IsProgram(sibling) ? sibling : FindOnPath(name);
 }
 
-bool BecomeSiblingProgram(std::string_view name, const std::vector<std::string>& arguments)
+bool BecomeProgram(const std::string& program, const std::vector<std::string>& arguments)
 {
-    const fs::path path = SiblingPath(name);
+    const fs::path path = PathFromUtf8(program);
 #ifdef _WIN32
     std::vector<std::wstring> texts{path.wstring()};
     for (const std::string& argument : arguments)

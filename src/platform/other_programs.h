@@ -16,10 +16,11 @@ namespace velmora {
 /// system gives a reason that has no text. On systems with a common opener for all files that opener is the program.
 [[nodiscard]] std::string FindAssociatedProgram(const std::string& filePath);
 
-/// Whether `name` stands in the program's folder and can be run.
-[[nodiscard]] bool HasSiblingProgram(std::string_view name);
-/// Runs `name` from the program's folder in place of this process (on Windows: beside it), without a shell. Returns
-/// only when it did not become this process: true when it was started beside it, false when it could not be started.
-[[nodiscard]] bool BecomeSiblingProgram(std::string_view name, const std::vector<std::string>& arguments);
+/// The full path of a program that was installed with this one: in its folder, or else on PATH. Empty when there is
+/// none.
+[[nodiscard]] std::string FindInstalled(std::string_view name);
+/// Runs the program at that path in place of this process (on Windows: beside it), without a shell. Returns only when
+/// it did not become this process: true when it was started beside it, false when it could not be started.
+[[nodiscard]] bool BecomeProgram(const std::string& program, const std::vector<std::string>& arguments);
 
 } // namespace velmora
