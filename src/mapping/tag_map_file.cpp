@@ -112,7 +112,8 @@ bool velLoadTagMapping(Job& job, TagMap& map, const std::string& path)
         step("Open file for input.");
         ReadEntries(Text(job, file, ReadWholeFile(file)), map);
     };
-    // No run is going on that could end with it.
+    // No run is going on that could end with it, and how the last one ended does not matter to it.
+    job.settings.blAbort = false;
     const bool completed = Guarded(job.log, [&] { Procedure(job, "velLoadTagMapping", path, load); });
     job.host.ControlsChanged();
     return found && completed;
