@@ -4,7 +4,6 @@
 #include "driver/run_files.h"
 #include "driver/url_source.h"
 #include "import/node_importer.h"
-#include "plan/analyse_xml.h"
 #include "platform/file_listing.h"
 #include "platform/paths.h"
 #include "platform/utf8.h"
@@ -13,7 +12,9 @@
 #include "schema/schema_builder.h"
 #include "schema/target_check.h"
 #include "settings/conversion_settings.h"
-#include "xml/load_xml.h"
+#include "xml/map_name.h"
+#include "xml/structure_analysis.h"
+#include "xml/structure_report.h"
 
 #include <ctime>
 #include <optional>
@@ -203,20 +204,20 @@ bool Batch::ConvertOneFile(const std::string& path, DatabaseSession& session, Fi
     job_.host.SetProgress(ProgressBarId::Records, 0);
     LoadedXml xml = velLoadXML(job_, path);
     const auto run = [this](auto&& step) { return Guarded(job_.log, step); };
-    const auto createDatabase = [&](const MappingPlan& plan, int pass) {
-        velCreateDatabase(job_, session, xml.document, plan, pass);
+    const auto createDatabase = [&](StructureModel& model, int pass) {
+        velCreateDatabase(job_, session, xml.document, model, tagMap_, pass);
     };
     StructureModel model;
-    MappingPlan plan;
-    run([&] { velAnalyseXML(job_, xml.document, tagMap_, model, plan); });
+    run([&] { velAnalyseXML(job_, xml.document, model); });
+    ShowStructure(xml.document, model);
     run([&] {
-        createDatabase(plan, job_.settings.blExtendMdb ? schema_pass::kExtendStructure : schema_pass::kCreateTables);
+        createDatabase(model, job_.settings.blExtendMdb ? schema_pass::kExtendStructure : schema_pass::kCreateTables);
     });
     if (job_.settings.blCreateTableRelations)
-        run([&] { createDatabase(plan, schema_pass::kCreateRelations); });
+        run([&] { createDatabase(model, schema_pass::kCreateRelations); });
     TableSinks sinks;
-    run([&] { velOpenTables(job_, session, plan, filesOfRun, sinks); });
-    DocumentImport import(job_, session, path, xml.document, plan, sinks);
+    run([&] { velOpenTables(job_, session, model, tagMap_, filesOfRun, sinks); });
+    DocumentImport import(job_, session, path, xml.document, model, tagMap_, sinks);
     const bool imported = run([&] { import.Run(); });
     outcome_.valuesLeftOut += import.Tell(imported);
     outcome_.recordsWithoutText += velCloseTables(job_, session, sinks);
@@ -225,6 +226,15 @@ bool Batch::ConvertOneFile(const std::string& path, DatabaseSession& session, Fi
         textFilesChanged_ || filesOfRun.HasChanged() || (job_.settings.blTextExport && unfinishedRecords_ > 0);
     ThrowIfAborted(job_.settings);
     return xml.readable;
+}
+
+void Batch::ShowStructure(const Document& document, const StructureModel& model)
+{
+    if (!job_.host.ShowsStructure() || document.IsEmpty())
+        return;
+    job_.controls.txtXML = StructureReport(model, document);
+    job_.controls.documentTags = NamesToMap(model);
+    job_.host.ControlsChanged();
 }
 
 /// The source moves away only when its records are safe, and only when there was something to convert: it is what is
@@ -319,8 +329,8 @@ void Batch::btnQuit_Click()
     if (job_.controls.btnConvertCaption != kWorking)
         return;
     if (!job_.settings.blQuiet) {
-        const Answer answer = job_.host.Ask("Conversion is running. Do you really want to cancel it?", kCaption,
-                                            Buttons::OkCancel, Icon::Question, Answer::Cancel);
+        const Answer answer =
+            job_.host.Ask(kCancelQuestion, kCaption, Buttons::OkCancel, Icon::Question, Answer::Cancel);
         if (answer != Answer::Ok)
             return;
         job_.log.ProtocolAppend("Operation cancelled by user");

@@ -9,14 +9,19 @@
 #include <cstdint>
 #include <optional>
 #include <string>
+#include <string_view>
 #include <utility>
 #include <vector>
 
 namespace velmora {
 
 class DatabaseSession;
+class Document;
 class FilesOfRun;
+class StructureModel;
 class UrlSource;
+
+inline constexpr std::string_view kCancelQuestion = "Conversion is running. Do you really want to cancel it?";
 
 /// How a run ended, for exit statuses and the closing table.
 struct RunOutcome {
@@ -55,6 +60,7 @@ private:
     void TellThatNothingWasRead();
     void Convert(DatabaseSession& session, Step& step);
     [[nodiscard]] bool ConvertOneFile(const std::string& path, DatabaseSession& session, FilesOfRun& filesOfRun);
+    void ShowStructure(const Document& document, const StructureModel& model);
     void FinishFile(const std::string& path, bool converted, DatabaseSession& session, Step& step);
     void Commit(DatabaseSession& session);
     void EndEarly(DatabaseSession& session);

@@ -37,6 +37,8 @@ public:
     virtual void ErrorReported(int number, std::string_view description) = 0;
     /// The controls' state or captions changed: a window repaints from it.
     virtual void ControlsChanged() = 0;
+    /// Whether somebody can look at a document's structure, which costs something to describe.
+    [[nodiscard]] virtual bool ShowsStructure() const { return false; }
 };
 
 } // namespace velmora

@@ -1,5 +1,7 @@
 #include "settings/options.h"
 
+#include "platform/paths.h"
+
 #include <algorithm>
 
 namespace velmora {
@@ -14,6 +16,12 @@ bool Always(const Controls&)
 bool KeepsDatabase(const Controls& controls)
 {
     return !controls.chkRecreateDatabase.Checked();
+}
+
+/// The format is chosen for a database that is made.
+bool MakesDatabase(const Controls& controls)
+{
+    return !KeepsDatabase(controls) || !FileExists(controls.txtFILE_MDB.text);
 }
 
 bool MakesRelations(const Controls& controls)
@@ -142,6 +150,7 @@ constexpr Option kOptions[] = {
      .control = &Controls::cboDatabase,
      .words = "ver= v=",
      .value = "2000|97",
+     .enabledIf = MakesDatabase,
      .help = "the format of a new database: Access 2000 to 2003, or Access 97"},
     {.group = OptionGroup::Database,
      .control = &Controls::chkRecreateDatabase,
