@@ -8,7 +8,11 @@ FUZZ_SECONDS ?= 20
 CLANG := clang libclang-rt-dev llvm
 SOURCES = find src tests fuzz bench tools -name '*.cpp' -o -name '*.h'
 
-.PHONY: all setup build run test test-sanitize tidy format reformat fuzz bench check-large clean
+# The window and its tests.
+WINDOW := qt6-base-dev
+WITH_WINDOW := -DVELMORA_WINDOW=ON
+
+.PHONY: all setup build run window test test-sanitize tidy format reformat fuzz bench check-large clean
 
 all: build
 
@@ -26,15 +30,25 @@ build: setup
 run: build
 	@examples/run.sh $(PROGRAM)
 
-# Builds everything and runs every test.
+# Builds the window and opens it.
+window:
+	@tools/setup.sh $(WINDOW)
+	@cmake --preset release --log-level=WARNING $(WITH_WINDOW)
+	@cmake --build --preset release --parallel $(JOBS) --target velmora velmora-gui
+	@cp build/release/velmora $(PROGRAM) && cp build/release/velmora-gui $(PROGRAM)-gui
+	@$(PROGRAM)-gui
+
+# Builds everything, the window too, and runs every test.
 test: build
+	@tools/setup.sh $(WINDOW)
+	@cmake --preset release --log-level=WARNING $(WITH_WINDOW)
 	@cmake --build --preset release --parallel $(JOBS)
 	@ctest --preset release --parallel $(JOBS)
 
 # The same tests with assertions, under AddressSanitizer and UndefinedBehaviorSanitizer, built by clang.
 test-sanitize:
-	@tools/setup.sh $(CLANG)
-	@cmake --preset sanitize --log-level=WARNING
+	@tools/setup.sh $(CLANG) $(WINDOW)
+	@cmake --preset sanitize --log-level=WARNING $(WITH_WINDOW)
 	@cmake --build --preset sanitize --parallel $(JOBS)
 	@ctest --preset sanitize --parallel $(JOBS)
 

@@ -1,11 +1,10 @@
 // Loads arbitrary bytes as an XML file, with little memory so that the mapped file is used as well, walks the document
-// once through its whole interface, and analyses and plans it.
+// once through its whole interface, and analyses it.
 #include "input_file.h"
-#include "mapping/tag_map.h"
-#include "plan/analyse_xml.h"
 #include "settings/job.h"
 #include "silent_host.h"
 #include "xml/document_loader.h"
+#include "xml/structure_analysis.h"
 
 #include <cstdint>
 
@@ -51,8 +50,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     velmora::Job job(host);
     job.settings.blImportAttributes = true;
     velmora::StructureModel model;
-    velmora::MappingPlan plan;
-    velmora::velAnalyseXML(job, loaded.document, velmora::TagMap(), model, plan);
+    velmora::velAnalyseXML(job, loaded.document, model);
     Check(model.UpperBound() + 1 >= loaded.document.Paths().Size() || loaded.document.IsEmpty());
     return 0;
 }

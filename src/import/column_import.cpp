@@ -3,77 +3,49 @@
 #include "import/record_refusal.h"
 #include "schema/engine_errors.h"
 
-#include <span>
-
 namespace velmora {
 
-namespace {
-
-/// Walks through what is planned for one element's attributes: elements of one path mostly write them in one order.
-class AttributeFinder {
-public:
-    explicit AttributeFinder(std::span<const AttributePlan> attributes) : attributes_(attributes) {}
-
-    /// The place of the attribute `name`, which is one of them.
-    const ValuePlace& Find(NameId name)
-    {
-        while (attributes_[next_].name != name)
-            Advance();
-        const ValuePlace& place = attributes_[next_].place;
-        Advance();
-        return place;
-    }
-
-private:
-    void Advance() { next_ = next_ + 1 == attributes_.size() ? 0 : next_ + 1; }
-
-    std::span<const AttributePlan> attributes_;
-    std::size_t next_ = 0;
-};
-
-} // namespace
-
 ColumnImport::ColumnImport(Job& job, DatabaseSession& session, const std::string& source, const Document& document,
-                           const MappingPlan& plan, TableSinks& sinks, ValueAccount& account)
-    : job_(job), session_(session), source_(source), document_(document), plan_(plan), sinks_(sinks),
-      fields_(plan, job.settings), writer_(job, session, document, account)
+                           const StructureModel& model, const TagMap& map, TableSinks& sinks, ValueAccount& account)
+    : job_(job), session_(session), source_(source), document_(document), model_(model), sinks_(sinks),
+      fields_(document, job.settings, map, sinks), writer_(job, session, document, account)
 {
 }
 
-void ColumnImport::velImportNodeColumns(ElementId element, TableNumber number)
+void ColumnImport::velImportNodeColumns(ElementId element, int sink)
 {
     Procedure(job_, "velImportNodeColumns", [&](Step& step) {
-        TableSink& sink = sinks_[number];
         for (ElementId leaf = document_.FirstChild(element); leaf != kNoElement; leaf = document_.NextSibling(leaf)) {
             if (document_.ChildCount(leaf) > 0 || !HasText(document_.Content(leaf)))
                 continue;
-            const ValuePlace& place = PlanOf(leaf).outerText;
-            step([this, &place, &sink] { return AboutValue(sink, place); });
-            const LossReason refusal = SetText(sink, place, leaf);
+            step([this, leaf, sink] {
+                return "Insert value for [" + sinks_[sink].records->Source() + "].[" + fields_.ColumnOfLeaf(leaf) + "]";
+            });
+            const LossReason refusal = ImportLeaf(leaf, sink);
             const bool mayHaveOwnTable = refusal != LossReason::None && refusal != LossReason::KeyColumn;
-            if (!mayHaveOwnTable || !ImportLeafIntoOwnTable(leaf, number))
-                Refuse(sink, {leaf}, refusal);
+            if (!mayHaveOwnTable || !ImportLeafIntoOwnTable(leaf, sink))
+                Refuse(sinks_[sink], {leaf}, refusal);
         }
     });
 }
 
-void ColumnImport::velImportNodeAttributes(ElementId element, TableNumber sink)
+void ColumnImport::velImportNodeAttributes(ElementId element, int sink)
 {
     Procedure(job_, "velImportNodeAttributes", [&](Step& step) { SetAttributes(element, sink, step); });
 }
 
-std::string ColumnImport::AboutValue(const TableSink& sink, const ValuePlace& place) const
+/// What the leaf's value was refused for, if it was: it is not yet lost then.
+LossReason ColumnImport::ImportLeaf(ElementId leaf, int sinkNumber)
 {
-    return "Insert value for [" + sink.records->Source() + "].[" + plan_.columns[place.column].name + "]";
+    TableSink& sink = sinks_[sinkNumber];
+    return SetText(sink, fields_.InParent(sink, leaf), leaf);
 }
 
-/// What the leaf's value was refused for, if it was: it is not yet lost then.
-LossReason ColumnImport::SetText(TableSink& sink, const ValuePlace& place, ElementId leaf)
+LossReason ColumnImport::SetText(TableSink& sink, const FieldPlace& place, ElementId leaf)
 {
-    const FieldPlace found = fields_.Find(sink, place);
-    if (!found.field)
-        return found.refusal;
-    return SetUnlessWrongType(sink, *found.field, {{}, document_.NameText(document_.Name(leaf))},
+    if (!place.field)
+        return place.refusal;
+    return SetUnlessWrongType(sink, *place.field, {{}, document_.NameText(document_.Name(leaf))},
                               document_.Content(leaf), {leaf});
 }
 
@@ -101,30 +73,30 @@ void ColumnImport::Refuse(TableSink& sink, ValueOrigin origin, LossReason reason
 void ColumnImport::ImportOwnText(ElementId leaf, TableSink& sink)
 {
     // A record without its text is still a record: the loss is counted, not fatal.
-    Refuse(sink, {leaf}, SetText(sink, PlanOf(leaf).ownText, leaf));
+    Refuse(sink, {leaf}, SetText(sink, fields_.InOwnTable(sink, leaf), leaf));
 }
 
 /// False when the leaf has no table.
-bool ColumnImport::ImportLeafIntoOwnTable(ElementId leaf, TableNumber ownerSink)
+bool ColumnImport::ImportLeafIntoOwnTable(ElementId leaf, int ownerSink)
 {
-    const TableNumber number = PlanOf(leaf).table;
-    if (!sinks_[number].HasTable())
+    const int number = SinkOf(leaf);
+    if (number == TableSinks::kNone || !sinks_[number].HasTable())
         return false;
     TableSink& sink = sinks_[number];
     TableSink& owner = sinks_[ownerSink];
     writer_.Begin(sink, leaf);
-    writer_.SetMasterTable(sink, owner.records->Source());
+    if (job_.settings.blOneTablePerElement)
+        writer_.SetMasterTable(sink, owner.records->Source());
     writer_.SetForeignKey(sink, writer_.Key(owner));
     ImportOwnText(leaf, sink);
     Save(number, ownerSink);
     return true;
 }
 
-void ColumnImport::SetAttributes(ElementId element, TableNumber number, Step& step)
+void ColumnImport::SetAttributes(ElementId element, int sinkNumber, Step& step)
 {
-    TableSink& sink = sinks_[number];
+    TableSink& sink = sinks_[sinkNumber];
     sink.values.attributeOwner = element;
-    AttributeFinder places(plan_.AttributesOf(PlanOf(element)));
     const std::uint32_t count = document_.AttributeCount(element);
     for (std::uint32_t index = 0; index < count; ++index) {
         const std::string_view value = document_.AttributeValue(element, index);
@@ -135,7 +107,7 @@ void ColumnImport::SetAttributes(ElementId element, TableNumber number, Step& st
             return "Import attribute [" + std::string(document_.NameText(name)) + "] into table [" +
                    sink.records->Source() + "]";
         });
-        const FieldPlace place = fields_.Find(sink, places.Find(name));
+        const FieldPlace place = fields_.Attribute(sink, sinkNumber, element, index);
         const ValueOrigin origin{element, name};
         const RawName rawName{job_.settings.strAttrPrefix, document_.NameText(name)};
         Refuse(sink, origin,
@@ -143,21 +115,23 @@ void ColumnImport::SetAttributes(ElementId element, TableNumber number, Step& st
     }
 }
 
-void ColumnImport::velImportTwinBabyElements(ElementId leaf, std::int32_t ownerKey, TableNumber ownerSink)
+void ColumnImport::velImportTwinBabyElements(ElementId leaf, std::int32_t ownerKey, int ownerSink)
 {
     const std::string_view content = document_.Content(leaf);
-    const bool withAttributes = ImportsAttributesOf(leaf);
-    const TableNumber number = PlanOf(leaf).table;
-    if ((content.empty() && !withAttributes) || !sinks_[number].HasTable())
+    const bool withAttributes = job_.settings.blImportAttributes && document_.AttributeCount(leaf) > 0;
+    const int number = SinkOf(leaf);
+    if ((content.empty() && !withAttributes) || number == TableSinks::kNone || !sinks_[number].HasTable())
         return;
     Procedure(job_, "velImportTwinBabyElements", [&](Step& step) {
         TableSink& sink = sinks_[number];
         step([&sink] { return "Add new record to table [" + sink.records->Source() + "]"; });
         writer_.Begin(sink, leaf);
         writer_.SetForeignKey(sink, ownerKey);
-        writer_.SetMasterTable(sink, ownerSink == kNoTable ? std::string_view() : sinks_[ownerSink].records->Source());
+        writer_.SetMasterTable(sink, ownerSink == 0 ? std::string_view() : sinks_[ownerSink].records->Source());
         if (!content.empty()) {
-            step([this, leaf, &sink] { return AboutValue(sink, PlanOf(leaf).ownText); });
+            step([this, leaf, &sink] {
+                return "Insert value for [" + sink.records->Source() + "].[" + fields_.ColumnOfLeaf(leaf) + "]";
+            });
             ImportOwnText(leaf, sink);
         }
         if (withAttributes) {
@@ -173,8 +147,7 @@ void ColumnImport::velImportTwinBabyElements(ElementId leaf, std::int32_t ownerK
     });
 }
 
-void ColumnImport::velImportNodeAttributesRecord(ElementId leaf, TableNumber leafSink, TableNumber ownerSink,
-                                                 std::int32_t ownerKey)
+void ColumnImport::velImportNodeAttributesRecord(ElementId leaf, int leafSink, int ownerSink, std::int32_t ownerKey)
 {
     TableSink& sink = sinks_[leafSink];
     if (!sink.HasTable())
@@ -194,9 +167,9 @@ void ColumnImport::velImportNodeAttributesRecord(ElementId leaf, TableNumber lea
     });
 }
 
-void ColumnImport::Save(TableNumber number, TableNumber ownerSink)
+void ColumnImport::Save(int sinkNumber, int ownerSink)
 {
-    TableSink& sink = sinks_[number];
+    TableSink& sink = sinks_[sinkNumber];
     try {
         writer_.Save(sink);
     } catch (const EngineError& error) {
@@ -207,14 +180,14 @@ void ColumnImport::Save(TableNumber number, TableNumber ownerSink)
 }
 
 /// Only a relation that this run has made can be left out by it.
-std::string ColumnImport::HelpFor(const EngineError& error, const TableSink& sink, TableNumber ownerSink)
+std::string ColumnImport::HelpFor(const EngineError& error, const TableSink& sink, int ownerSink)
 {
     if (error.Number() != engine_errors::kRelatedRecordRequired)
         return {};
     if (!session_.HasMadeRelation(error.Subject().relation))
         return "the relation was there before this run: give the record a value that it knows, or delete it in Access";
     const std::string owner =
-        ownerSink == kNoTable ? "no record" : "a record of " + document_.PathText(sinks_[ownerSink].plan->path);
+        ownerSink == 0 ? "no record" : "a record of " + document_.PathText(sinks_[ownerSink].element.strPath);
     return "it belongs to " + owner + ", and [" + sink.records->Source() +
            "] refers to another table: -relations goes without";
 }
@@ -222,7 +195,7 @@ std::string ColumnImport::HelpFor(const EngineError& error, const TableSink& sin
 void ColumnImport::CountRecord()
 {
     ++records_;
-    if (records_ <= plan_.recordEstimate) {
+    if (records_ <= model_.lngRecordEstimate) {
         job_.host.SetProgress(ProgressBarId::Records, records_);
     } else if (!estimateExceeded_) {
         estimateExceeded_ = true;

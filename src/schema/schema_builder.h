@@ -1,7 +1,9 @@
 #pragma once
 
-#include "plan/mapping_plan.h"
+#include "mapping/tag_map.h"
 #include "schema/database_session.h"
+#include "xml/document.h"
+#include "xml/structure_model.h"
 
 namespace velmora {
 
@@ -13,7 +15,9 @@ inline constexpr int kExtendStructure = 4;
 } // namespace schema_pass
 
 /// Gives the database the tables and columns (pass 1 or 4), or the foreign-key indexes and relations (pass 2), that
-/// `plan` asks for. Pass 1 or 4 must come before pass 2. `document` gives messages their paths.
-void velCreateDatabase(Job& job, DatabaseSession& session, const Document& document, const MappingPlan& plan, int pass);
+/// `model` asks for, and sets the model's lngColumns. Pass 1 or 4 must come before pass 2. `document` gives messages
+/// their paths.
+void velCreateDatabase(Job& job, DatabaseSession& session, const Document& document, StructureModel& model,
+                       const TagMap& map, int pass);
 
 } // namespace velmora

@@ -1,0 +1,119 @@
+#include "ui/control_table.h"
+
+#include <QCoreApplication>
+
+#include <algorithm>
+#include <iterator>
+
+namespace velmora {
+
+namespace {
+
+struct Look {
+    Option::Control control;
+    const char* name;
+    const char* label; ///< in the context "Option" of the translations
+    const char* hint = nullptr;
+    bool isAddition = false;
+    bool isThreeState = false;
+};
+
+// Letters for Alt differ among what is seen at one time; C, X, L and O belong to the buttons below the pages.
+const Look kLooks[] = {
+    {&Controls::txtFILE_XML, "txtFILE_XML", QT_TRANSLATE_NOOP("Option", "XML &file"),
+     QT_TRANSLATE_NOOP("Option", "Wildcards possible: prod_*.xml")},
+    {&Controls::txtFILE_XML_RENAMED, "txtFILE_XML_RENAMED", QT_TRANSLATE_NOOP("Option", "Re&name to")},
+    {&Controls::txtXML_URL, "txtXML_URL", QT_TRANSLATE_NOOP("Option", "&URL"), "https://"},
+    {&Controls::txtXML_USER, "txtXML_USER", QT_TRANSLATE_NOOP("Option", "User")},
+    {&Controls::txtXML_PASSWORD, "txtXML_PASSWORD", QT_TRANSLATE_NOOP("Option", "Password")},
+    {&Controls::txtTIMEOUT, "txtTIMEOUT", QT_TRANSLATE_NOOP("Option", "Time limit of a download, in seconds"), nullptr,
+     true},
+    {&Controls::txtFILE_MDB, "txtFILE_MDB", QT_TRANSLATE_NOOP("Option", "&MDB file")},
+    {&Controls::cboDatabase, "cboDatabase", QT_TRANSLATE_NOOP("Option", "Format")},
+    {&Controls::txtFILE_TXT, "txtFILE_TXT",
+     QT_TRANSLATE_NOOP("Option", "&Directory for export of delimited text files")},
+    {&Controls::txtDELIMITER, "txtDELIMITER", QT_TRANSLATE_NOOP("Option", "Column delimi&ter (\\t = tab)")},
+    {&Controls::chkEXPORT_COLUMN_NAMES, "chkEXPORT_COLUMN_NAMES",
+     QT_TRANSLATE_NOOP("Option", "F&irst line contains column names")},
+    {&Controls::chkAPPEND, "chkAPPEND",
+     QT_TRANSLATE_NOOP("Option", "&Append to existing files (uncheck to delete previous export)")},
+    {&Controls::chkQUOTED, "chkQUOTED", QT_TRANSLATE_NOOP("Option", "Quotation marks around values that need them"),
+     nullptr, true},
+    {&Controls::txtFILE_LOG, "txtFILE_LOG", QT_TRANSLATE_NOOP("Option", "Lo&g file")},
+    {&Controls::chkRecreateDatabase, "chkRecreateDatabase", QT_TRANSLATE_NOOP("Option", "&Re-create database")},
+    {&Controls::chkExtendMDB, "chkExtendMDB", QT_TRANSLATE_NOOP("Option", "&Extend database structure")},
+    {&Controls::chkEmptyTables, "chkEmptyTables",
+     QT_TRANSLATE_NOOP("Option", "Empt&y all tables of the database before import")},
+    {&Controls::chkOneTablePerElement, "chkOneTablePerElement", QT_TRANSLATE_NOOP("Option", "One table per element")},
+    {&Controls::chkSkipEmptyWrappingTags, "chkSkipEmptyWrappingTags",
+     QT_TRANSLATE_NOOP("Option", "Do not import &wrapping tags"), nullptr, false, true},
+    {&Controls::chkQuiet, "chkQuiet", QT_TRANSLATE_NOOP("Option", "&Quiet")},
+    {&Controls::chkDebug, "chkDebug", QT_TRANSLATE_NOOP("Option", "Debug")},
+    {&Controls::chkStrict, "chkStrict", QT_TRANSLATE_NOOP("Option", "Let nothing pass (strict)"), nullptr, true},
+    {&Controls::chkCreateTableRelations, "chkCreateTableRelations",
+     QT_TRANSLATE_NOOP("Option", "Create ta&ble relations")},
+    {&Controls::txtKEY_PRIMARY, "txtKEY_PRIMARY", QT_TRANSLATE_NOOP("Option", "&Primary keys")},
+    {&Controls::txtKEY_FOREIGN, "txtKEY_FOREIGN", QT_TRANSLATE_NOOP("Option", "Foreign &keys")},
+    {&Controls::chkImportAttributes, "chkImportAttributes", QT_TRANSLATE_NOOP("Option", "Import Attribute&s")},
+    {&Controls::txtATTR_PREFIX, "txtATTR_PREFIX", QT_TRANSLATE_NOOP("Option", "Column prefix")},
+    {&Controls::txtTABLE_PREFIX, "txtTABLE_PREFIX", QT_TRANSLATE_NOOP("Option", "Table name prefix")},
+    {&Controls::txtTABLE_SUFFIX, "txtTABLE_SUFFIX", QT_TRANSLATE_NOOP("Option", "Table name suffix")},
+    {&Controls::txtFILE_MAPPING, "txtFILE_MAPPING", QT_TRANSLATE_NOOP("Option", "Mapping &file")},
+};
+
+QString Translated(const char* text)
+{
+    return text == nullptr ? QString() : QCoreApplication::translate("Option", text);
+}
+
+std::string FirstWord(const Option& option)
+{
+    return std::string(Listed(option.words).front());
+}
+
+QString Text(std::string_view text)
+{
+    return QString::fromUtf8(text.data(), static_cast<qsizetype>(text.size()));
+}
+
+} // namespace
+
+std::vector<ControlRow> ControlRows()
+{
+    std::vector<ControlRow> rows;
+    for (const Option& option : Options()) {
+        const auto look = std::find_if(std::begin(kLooks), std::end(kLooks),
+                                       [&](const Look& l) { return l.control == option.control; });
+        if (look != std::end(kLooks))
+            rows.push_back({&option, look->name, Translated(look->label), Translated(look->hint), look->isAddition,
+                            look->isThreeState});
+        else
+            rows.push_back({&option, FirstWord(option), Text(FirstWord(option)), {}, true, false});
+    }
+    return rows;
+}
+
+QString ToolTip(const Option& option)
+{
+    const auto sentence = [](std::string_view text) {
+        QString translated = Translated(std::string(text).c_str());
+        if (!translated.isEmpty())
+            translated[0] = translated[0].toUpper();
+        return translated.toHtmlEscaped();
+    };
+    QString tip = "<p>" + sentence(option.help) + "</p>";
+    if (!option.offHelp.empty())
+        tip += "<p>" + QCoreApplication::translate("Option", "Otherwise:") + ' ' + sentence(option.offHelp) + "</p>";
+    QString words = Text(FirstWord(option));
+    if (!option.offWords.empty())
+        words += ", " + Text(Listed(option.offWords).front());
+    return tip + "<p><i>" + words.toHtmlEscaped() + "</i></p>";
+}
+
+QString PlainLabel(const QString& label)
+{
+    QString plain = label;
+    return plain.remove('&');
+}
+
+} // namespace velmora

@@ -1,0 +1,46 @@
+// velmora-gui: the window, with everything filled in that the command line names.
+
+#include "log/passwords.h"
+#include "settings/command_line.h"
+#include "ui/main_window.h"
+
+#include <QApplication>
+#include <QMessageBox>
+
+#include <algorithm>
+#include <string>
+#include <vector>
+
+namespace {
+
+using namespace velmora;
+
+/// A quiet run shows its progress and then closes the window.
+void ConvertAndClose(MainWindow& window)
+{
+    QObject::connect(&window, &MainWindow::RunEnded, &window, &QWidget::close, Qt::QueuedConnection);
+    window.btnConvert_Click();
+}
+
+} // namespace
+
+int main(int argc, char* argv[])
+{
+    const std::vector<std::string> arguments(argv + 1, argv + std::max(argc, 1));
+    QApplication qt(argc, argv);
+    QApplication::setApplicationName("velmora");
+    QApplication::setApplicationVersion(QString::fromUtf8(Version().data(), static_cast<qsizetype>(Version().size())));
+    QApplication::setDesktopFileName("velmora");
+
+    MainWindow window;
+    try {
+        window.Form_Load(JoinArguments(arguments));
+    } catch (const CommandLineError& error) {
+        QMessageBox::critical(nullptr, window.windowTitle(), QString::fromStdString(WithoutPasswords(error.what())));
+        return 2;
+    }
+    window.show();
+    if (window.App().GetJob().controls.chkQuiet.Checked())
+        ConvertAndClose(window);
+    return QApplication::exec();
+}

@@ -1,0 +1,105 @@
+#pragma once
+
+#include "app/application.h"
+#include "ui/conversion.h"
+#include "ui/desktop.h"
+#include "ui/launchers.h"
+#include "ui/window_host.h"
+
+#include <QMainWindow>
+#include <QTimer>
+
+#include <memory>
+#include <string_view>
+
+class QLabel;
+class QMessageBox;
+class QPushButton;
+class QTabWidget;
+
+namespace velmora {
+
+class AboutPage;
+class CommandLineWindow;
+class ControlsForm;
+class ConverterPage;
+class MappingPage;
+class ProgressPage;
+class StructurePage;
+
+/// The main window: five pages over the state of one application, the buttons that begin and end a run, and what the
+/// last run did.
+class MainWindow : public QMainWindow {
+    Q_OBJECT
+
+public:
+    /// With another `desktop` for tests; null: the one that is there.
+    explicit MainWindow(std::unique_ptr<Desktop> desktop = nullptr);
+    ~MainWindow() override;
+
+    /// Fills every control by the raw command line and shows the state. Throws CommandLineError.
+    void Form_Load(std::string_view commandLine);
+    /// The buttons "Convert" and "Exit", which is "Cancel" while a run goes on.
+    void btnConvert_Click();
+    void btnQuit_Click();
+
+    [[nodiscard]] Application& App() noexcept { return application_; }
+    [[nodiscard]] const Conversion& Run() const noexcept { return conversion_; }
+
+signals:
+    /// A run has come to its end, and the window shows it.
+    void RunEnded();
+
+protected:
+    void closeEvent(QCloseEvent* event) override;
+
+private:
+    void MakePages();
+    [[nodiscard]] QWidget* MakeBottomRow();
+    void MakeStatusBar();
+    void MakeShortcuts();
+
+    /// Shows the state of the controls as it is, or as the run has handed it out.
+    void Refresh(const Controls& controls);
+    void ShowCaptions(const Controls& controls);
+    void EnableForRun(bool running);
+    /// Draws what the run has reported since the last time.
+    void Draw();
+    void EndOfRun();
+
+    void AskWhetherToCancel();
+    void btnCommandLine_Click();
+    void btnMappingOpen_Click();
+    void btnMappingSave_Click();
+    void PressLauncher(const QString& button);
+    void OpenResult();
+    void OpenManual();
+
+    WindowHost host_;
+    Application application_;
+    Conversion conversion_;
+    std::unique_ptr<Desktop> desktop_;
+    Launchers launchers_;
+    ControlsForm* form_;
+    QTimer drawTimer_;
+
+    QTabWidget* tabs_ = nullptr;
+    ConverterPage* converterPage_ = nullptr;
+    MappingPage* mappingPage_ = nullptr;
+    ProgressPage* progressPage_ = nullptr;
+    StructurePage* structurePage_ = nullptr;
+    AboutPage* aboutPage_ = nullptr;
+    QPushButton* commandLine_ = nullptr;
+    QPushButton* openDirectory_ = nullptr;
+    QPushButton* convert_ = nullptr;
+    QPushButton* quit_ = nullptr;
+    QLabel* status_ = nullptr;
+    QPushButton* openResult_ = nullptr;
+    QMessageBox* cancelQuestion_ = nullptr;
+    CommandLineWindow* commandLineWindow_ = nullptr;
+    int shownPage_ = 0;         ///< that the state last asked for
+    bool isCancelling_ = false; ///< the person has said so, the run has not ended yet
+    bool closesAtEnd_ = false;
+};
+
+} // namespace velmora

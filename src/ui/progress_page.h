@@ -1,0 +1,39 @@
+#pragma once
+
+#include "ui/window_host.h"
+
+#include <QWidget>
+
+class QLabel;
+class QPlainTextEdit;
+class QProgressBar;
+
+namespace velmora {
+
+/// The page "Progress": two bars, the time left, and the protocol, its newest line first.
+class ProgressPage : public QWidget {
+    Q_OBJECT
+
+public:
+    explicit ProgressPage(QWidget* parent = nullptr);
+
+    /// Draws how far a run is that was begun `milliseconds` ago.
+    void ShowProgress(const RunProgress& progress, std::int64_t milliseconds);
+    /// Puts lines, the oldest first, in front of the others.
+    void AddLines(const QStringList& lines);
+    void Clear();
+
+private:
+    [[nodiscard]] QString TimeLine(const RunProgress& progress, std::int64_t milliseconds);
+
+    QProgressBar* files_;
+    QProgressBar* records_;
+    QLabel* fileNumbers_;
+    QLabel* recordNumbers_;
+    QLabel* time_;
+    QPlainTextEdit* protocol_;
+    std::int64_t importBegin_ = 0; ///< when the first record of the current file was seen
+    std::int64_t fileAtHand_ = -1;
+};
+
+} // namespace velmora

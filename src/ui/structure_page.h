@@ -1,0 +1,29 @@
+#pragma once
+
+#include <QWidget>
+
+class QLineEdit;
+class QPlainTextEdit;
+
+namespace velmora {
+
+struct Controls;
+
+/// The page "XML Info": the structure that was found in the document converted last.
+class StructurePage : public QWidget {
+    Q_OBJECT
+
+public:
+    explicit StructurePage(QWidget* parent = nullptr);
+
+    void Refresh(const Controls& controls);
+    void FocusSearch();
+
+private:
+    void FindNext();
+
+    QPlainTextEdit* text_;
+    QLineEdit* search_;
+};
+
+} // namespace velmora

@@ -1,0 +1,20 @@
+#pragma once
+
+#include <QString>
+
+class QHBoxLayout;
+class QPlainTextEdit;
+class QPushButton;
+class QWidget;
+
+namespace velmora {
+
+/// A text to read and select, in a font of fixed width where its columns are to line up.
+[[nodiscard]] QPlainTextEdit* MakeReadOnlyText(const char* name, const QString& title, bool fixedWidth);
+[[nodiscard]] QPushButton* MakeTextButton(const char* name, const QString& text, const QString& explanation);
+/// Copies what is selected in `text`, or all of it.
+void CopyText(const QPlainTextEdit& text);
+/// Asks for a file and writes the text to it.
+void SaveText(QWidget& parent, const QPlainTextEdit& text, const QString& proposal);
+
+} // namespace velmora

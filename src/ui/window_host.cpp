@@ -1,0 +1,226 @@
+#include "ui/window_host.h"
+
+#include <QInputDialog>
+#include <QMessageBox>
+#include <QThread>
+#include <QWidget>
+
+#include <utility>
+
+namespace velmora {
+
+namespace {
+
+QString Text(std::string_view text)
+{
+    return QString::fromUtf8(text.data(), static_cast<qsizetype>(text.size()));
+}
+
+struct ButtonOfAnswer {
+    Answer answer;
+    QMessageBox::StandardButton button;
+};
+constexpr ButtonOfAnswer kButtons[] = {
+    {Answer::Ok, QMessageBox::Ok},   {Answer::Cancel, QMessageBox::Cancel}, {Answer::Retry, QMessageBox::Retry},
+    {Answer::Yes, QMessageBox::Yes}, {Answer::No, QMessageBox::No},
+};
+
+QMessageBox::StandardButton ButtonOf(Answer answer)
+{
+    for (const ButtonOfAnswer& entry : kButtons)
+        if (entry.answer == answer)
+            return entry.button;
+    return QMessageBox::NoButton;
+}
+
+Answer AnswerOf(int button)
+{
+    for (const ButtonOfAnswer& entry : kButtons)
+        if (entry.button == button)
+            return entry.answer;
+    return Answer::Cancel;
+}
+
+QMessageBox::StandardButtons ButtonsOf(Buttons buttons)
+{
+    switch (buttons) {
+    case Buttons::Ok:
+        return QMessageBox::Ok;
+    case Buttons::OkCancel:
+        return QMessageBox::Ok | QMessageBox::Cancel;
+    case Buttons::RetryCancel:
+        return QMessageBox::Retry | QMessageBox::Cancel;
+    case Buttons::YesNoCancel:
+        return QMessageBox::Yes | QMessageBox::No | QMessageBox::Cancel;
+    }
+    return QMessageBox::Ok;
+}
+
+QMessageBox::Icon IconOf(Icon icon)
+{
+    switch (icon) {
+    case Icon::Exclamation:
+        return QMessageBox::Warning;
+    case Icon::Critical:
+        return QMessageBox::Critical;
+    case Icon::Question:
+        return QMessageBox::Question;
+    }
+    return QMessageBox::NoIcon;
+}
+
+} // namespace
+
+WindowHost::WindowHost(QWidget& window) : window_(window) {}
+
+void WindowHost::InWindow(const std::function<void()>& action)
+{
+    if (QThread::currentThread() == thread())
+        action();
+    else
+        QMetaObject::invokeMethod(this, action, Qt::BlockingQueuedConnection);
+}
+
+void WindowHost::ShowMessage(std::string_view text, Icon icon)
+{
+    static_cast<void>(Ask(text, kCaption, Buttons::Ok, icon, Answer::Ok));
+}
+
+Answer WindowHost::Ask(std::string_view text, std::string_view caption, Buttons buttons, Icon icon,
+                       Answer defaultAnswer)
+{
+    // The window has asked already, at once: the run may have been far from its next step.
+    if (isCancelling_)
+        return Answer::Ok;
+    Answer answer = Answer::Cancel;
+    InWindow([&] {
+        QMessageBox box(IconOf(icon), Text(caption), Text(text), ButtonsOf(buttons), &window_);
+        box.setTextFormat(Qt::PlainText);
+        box.setTextInteractionFlags(Qt::TextSelectableByMouse);
+        box.setDefaultButton(ButtonOf(defaultAnswer));
+        answer = AnswerOf(box.exec());
+    });
+    return answer;
+}
+
+std::optional<std::string> WindowHost::InputBox(std::string_view title, std::string_view prompt)
+{
+    std::optional<std::string> answer;
+    InWindow([&] {
+        QInputDialog dialog(&window_);
+        dialog.setWindowTitle(Text(title));
+        dialog.setLabelText(Text(prompt));
+        if (dialog.exec() == QDialog::Accepted)
+            answer = dialog.textValue().toStdString();
+    });
+    return answer;
+}
+
+void WindowHost::Attend()
+{
+    bool isToCancel = false;
+    {
+        std::unique_lock lock(mutex_);
+        resumed_.wait(lock, [this] { return !paused_; });
+        isToCancel = std::exchange(cancelRequested_, false);
+        attention_ = false;
+    }
+    if (!isToCancel || !cancel_)
+        return;
+    isCancelling_ = true;
+    cancel_();
+    isCancelling_ = false;
+}
+
+void WindowHost::Pause()
+{
+    const std::lock_guard lock(mutex_);
+    paused_ = true;
+    attention_ = true;
+}
+
+void WindowHost::Resume()
+{
+    {
+        const std::lock_guard lock(mutex_);
+        paused_ = false;
+    }
+    resumed_.notify_all();
+}
+
+void WindowHost::RequestCancel()
+{
+    {
+        const std::lock_guard lock(mutex_);
+        paused_ = false;
+        cancelRequested_ = true;
+        attention_ = true;
+    }
+    resumed_.notify_all();
+}
+
+void WindowHost::Reset()
+{
+    const std::lock_guard lock(mutex_);
+    paused_ = cancelRequested_ = false;
+    attention_ = false;
+    files_ = filesDone_ = records_ = recordsTotal_ = 0;
+    lines_.clear();
+    controls_.reset();
+    lastError_.clear();
+}
+
+void WindowHost::SetProgressRange(ProgressBarId bar, std::int64_t maximum)
+{
+    (bar == ProgressBarId::Files ? files_ : recordsTotal_).store(maximum, std::memory_order_relaxed);
+}
+
+void WindowHost::SetProgress(ProgressBarId bar, std::int64_t value)
+{
+    (bar == ProgressBarId::Files ? filesDone_ : records_).store(value, std::memory_order_relaxed);
+}
+
+RunProgress WindowHost::Progress() const
+{
+    return {files_, filesDone_, records_, recordsTotal_};
+}
+
+void WindowHost::ProtocolLineAdded(std::string_view line)
+{
+    const std::lock_guard lock(mutex_);
+    lines_.append(Text(line));
+}
+
+QStringList WindowHost::TakeLines()
+{
+    const std::lock_guard lock(mutex_);
+    return std::exchange(lines_, {});
+}
+
+void WindowHost::ErrorReported(int number, std::string_view description)
+{
+    const std::lock_guard lock(mutex_);
+    lastError_ = QString::number(number) + ": " + Text(description);
+}
+
+QString WindowHost::LastError() const
+{
+    const std::lock_guard lock(mutex_);
+    return lastError_;
+}
+
+void WindowHost::ControlsChanged()
+{
+    if (watched_ == nullptr)
+        return;
+    const std::lock_guard lock(mutex_);
+    controls_ = *watched_;
+}
+
+std::optional<Controls> WindowHost::TakeControls()
+{
+    const std::lock_guard lock(mutex_);
+    return std::exchange(controls_, std::nullopt);
+}
+
+} // namespace velmora

@@ -1,0 +1,115 @@
+#include "ui/window_fixture.h"
+
+#include <QInputDialog>
+#include <QLabel>
+#include <QLineEdit>
+#include <QMessageBox>
+#include <QPlainTextEdit>
+#include <QPushButton>
+#include <QSignalSpy>
+#include <QTabWidget>
+
+namespace velmora::testing {
+namespace {
+
+constexpr int kPatience = 60'000;
+
+std::string ManyItems(int count)
+{
+    std::string xml = "<items>";
+    for (int i = 0; i < count; ++i)
+        xml.append("<item><name>n").append(std::to_string(i)).append("</name></item>");
+    return xml + "</items>";
+}
+
+TEST_F(WindowTest, ConvertsAndSaysWhatWasDone)
+{
+    WriteFile(folder / "a.xml",
+              "<people><person id='1'><name>Ann</name></person><person><name>Bo</name></person></people>");
+    Type("txtFILE_XML", QString::fromStdString(Path("a.xml")));
+    Type("txtFILE_MDB", QString::fromStdString(Path("a.mdb")));
+    Convert();
+    EXPECT_SOUND(folder / "a.mdb");
+    EXPECT_EQ(Get<QAbstractButton>("btnConvert").text(), "&Convert");
+    EXPECT_EQ(Get<QTabWidget>("tabMain").currentIndex(), 0);
+    EXPECT_TRUE(Get<QLabel>("lblStatus").text().startsWith("Done: 1 file, 2 tables, 3 records"))
+        << Get<QLabel>("lblStatus").text().toStdString();
+    EXPECT_TRUE(Protocol().section('\n', 0, 0).endsWith("Done")) << "the newest line comes first";
+    EXPECT_TRUE(Get<QPlainTextEdit>("txtXML").toPlainText().contains("//people/person/name"));
+    EXPECT_EQ(State().documentTags, (std::vector<std::string>{"attr_id", "name", "people", "person"}));
+    Click("btnOpenResult");
+    EXPECT_EQ(desktop.started.join('|').toStdString(), "/usr/bin/viewer " + Path("a.mdb"));
+}
+
+/// The run stands still while the question is open: neither answer depends on how fast it is.
+TEST_F(WindowTest, CancelsWhenConfirmedAndGoesOnWhenNot)
+{
+    WriteFile(folder / "a.xml", ManyItems(30'000));
+    window.Form_Load("xml=" + Path("a.xml") + " mdb=" + Path("a.mdb"));
+    for (const bool confirmed : {false, true}) {
+        SCOPED_TRACE(confirmed);
+        QSignalSpy ended(&window, &MainWindow::RunEnded);
+        Click("btnConvert");
+        EXPECT_EQ(Get<QAbstractButton>("btnConvert").text(), "Working...");
+        EXPECT_EQ(Get<QAbstractButton>("btnQuit").text(), "Canc&el");
+        EXPECT_FALSE(IsEnabled("txtFILE_XML"));
+        Click("btnQuit");
+        auto* question = window.findChild<QMessageBox*>("cancelQuestion");
+        ASSERT_NE(question, nullptr) << "asked at once, wherever the run is";
+        EXPECT_EQ(question->text(), "Conversion is running. Do you really want to cancel it?");
+        EXPECT_EQ(question->defaultButton(), question->button(QMessageBox::Cancel));
+        question->button(confirmed ? QMessageBox::Ok : QMessageBox::Cancel)->click();
+        EXPECT_TRUE(ended.wait(kPatience));
+        EXPECT_EQ(Protocol().contains("Operation cancelled by user"), confirmed);
+        EXPECT_TRUE(Get<QLabel>("lblStatus").text().startsWith(confirmed ? "Cancelled" : "Done: 1 file"))
+            << Get<QLabel>("lblStatus").text().toStdString();
+        EXPECT_TRUE(IsEnabled("txtFILE_XML"));
+    }
+    EXPECT_SOUND(folder / "a.mdb");
+}
+
+TEST_F(WindowTest, AsksForAMissingDelimiter)
+{
+    WriteFile(folder / "a.xml", "<a><b><c>1</c><d>2</d></b></a>");
+    window.Form_Load("xml=" + Path("a.xml") + " txt=" + Path("out") + " mdb=" + Path("a.mdb"));
+    WhenAsked([](QWidget& widget) {
+        auto* dialog = qobject_cast<QInputDialog*>(&widget);
+        ASSERT_NE(dialog, nullptr);
+        EXPECT_EQ(dialog->windowTitle(), "Delimiter");
+        dialog->setTextValue(";");
+        dialog->accept();
+    });
+    Convert();
+    EXPECT_EQ(Get<QLineEdit>("txtDELIMITER").text(), ";");
+    EXPECT_NE(ReadFile(folder / "out" / "b.txt").find("1;2"), std::string::npos);
+}
+
+TEST_F(WindowTest, ShowsAnErrorInABoxAndInTheStatusBar)
+{
+    WriteFile(folder / "a.xml", "<a><b/></a>");
+    WriteFile(folder / "taken", "");
+    window.Form_Load("xml=" + Path("a.xml") + " mdb=" + Path("a.mdb") + " log=" + Path("taken/a.log"));
+    AnswerNextBox("OK");
+    Convert();
+    EXPECT_TRUE(boxText.startsWith("An Error has occured!")) << boxText.toStdString();
+    EXPECT_TRUE(Get<QLabel>("lblStatus").text().startsWith("Error"));
+}
+
+/// A window that is closed meanwhile asks, cancels, and closes when the run has ended.
+TEST_F(WindowTest, ClosesAfterACancelledRun)
+{
+    WriteFile(folder / "a.xml", ManyItems(30'000));
+    window.Form_Load("xml=" + Path("a.xml") + " mdb=" + Path("a.mdb"));
+    QSignalSpy ended(&window, &MainWindow::RunEnded);
+    Click("btnConvert");
+    window.close();
+    EXPECT_TRUE(window.isVisible());
+    auto* question = window.findChild<QMessageBox*>("cancelQuestion");
+    ASSERT_NE(question, nullptr);
+    question->button(QMessageBox::Ok)->click();
+    EXPECT_TRUE(ended.wait(kPatience));
+    EXPECT_FALSE(window.isVisible());
+}
+
+} // namespace
+} // namespace velmora::testing

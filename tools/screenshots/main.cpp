@@ -1,0 +1,74 @@
+// Pictures of every page of the window, before, during and after a conversion, for somebody to look at.
+// usage: velmora_screenshots XML FOLDER NAME [dark]; the size of things comes from QT_SCALE_FACTOR, the language from
+// LANG.
+
+#include "ui/main_window.h"
+
+#include <QApplication>
+#include <QDir>
+#include <QPalette>
+#include <QStyleFactory>
+#include <QTabWidget>
+#include <QTimer>
+
+#include <string>
+
+namespace {
+
+using namespace velmora;
+
+QPalette DarkPalette()
+{
+    QPalette palette(QColor(53, 53, 53), QColor(35, 35, 35));
+    palette.setColor(QPalette::Base, QColor(35, 35, 35));
+    return palette;
+}
+
+class Photographer {
+public:
+    Photographer(QString folder, QString name) : folder_(std::move(folder)), name_(std::move(name)) {}
+
+    void Take(QWidget& widget, const QString& what) const
+    {
+        QApplication::processEvents();
+        const QString path = folder_ + "/" + name_ + "-" + what + ".png";
+        if (!widget.grab().save(path))
+            qFatal("%s could not be written", qPrintable(path));
+    }
+
+private:
+    const QString folder_, name_;
+};
+
+} // namespace
+
+int main(int argc, char* argv[])
+{
+    QApplication application(argc, argv);
+    QApplication::setApplicationName("velmora");
+    QApplication::setStyle(QStyleFactory::create("Fusion"));
+    const QStringList arguments = QApplication::arguments();
+    if (arguments.size() < 4)
+        qFatal("usage: velmora_screenshots XML FOLDER NAME [dark]");
+    if (arguments.value(4) == "dark")
+        QApplication::setPalette(DarkPalette());
+    QDir().mkpath(arguments[2]);
+    const Photographer photographer(arguments[2], arguments[3]);
+    const QString target = arguments[2] + "/" + arguments[3] + ".mdb";
+
+    MainWindow window;
+    window.Form_Load(("xml=\"" + arguments[1] + "\" mdb=\"" + target + "\"").toStdString());
+    window.show();
+    auto& tabs = *window.findChild<QTabWidget*>("tabMain");
+    photographer.Take(window, "1-converter");
+    QObject::connect(&window, &MainWindow::RunEnded, &application, [&] {
+        photographer.Take(window, "2-converter-done");
+        for (int page = 1; page < tabs.count(); ++page) {
+            tabs.setCurrentIndex(page);
+            photographer.Take(window, QString::number(page + 2) + "-page");
+        }
+        QApplication::quit();
+    });
+    window.btnConvert_Click();
+    return QApplication::exec();
+}
