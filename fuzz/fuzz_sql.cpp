@@ -2,8 +2,8 @@
 // engine's own error, and what came out must be a database that can be read.
 #include "jet/connection.h"
 #include "jet/damage/exercise.h"
-#include "jet/damage/memory_file_system.h"
 #include "jet/error.h"
+#include "jet/store/crash_file_system.h"
 
 #include <cstdint>
 #include <cstdio>
@@ -12,12 +12,12 @@
 
 namespace {
 
-using jet::testing::MemoryFileSystem;
+using jet::testing::CrashFileSystem;
 
 constexpr const char* kFile = "test.mdb";
 
 /// False when a statement was stopped half way: such a database can only be thrown away.
-bool RunStatements(MemoryFileSystem& disk, std::string_view text)
+bool RunStatements(CrashFileSystem& disk, std::string_view text)
 {
     const auto connection = jet::Connection::Open(kFile, disk);
     while (!text.empty()) {
@@ -43,7 +43,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
 {
     static const jet::Bytes start[] = {jet::testing::TinyDatabase(jet::JetVersion::Jet3),
                                        jet::testing::TinyDatabase(jet::JetVersion::Jet4)};
-    MemoryFileSystem disk;
+    CrashFileSystem disk;
     disk.Put(kFile, start[size % std::size(start)]);
     if (!RunStatements(disk, {reinterpret_cast<const char*>(data), size}))
         return 0;

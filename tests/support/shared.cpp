@@ -1,7 +1,5 @@
 #include "support/shared.h"
 
-#include "support/process.h"
-
 #include <algorithm>
 #include <cstdlib>
 #include <fstream>
@@ -18,6 +16,16 @@ std::optional<std::filesystem::path> SharedFolder()
     if (!std::filesystem::is_directory(value))
         throw std::runtime_error(std::string("VELMORA_SHARED names no folder: ") + value);
     return std::filesystem::path(value);
+}
+
+ProcessResult RunPython(std::vector<std::string> arguments)
+{
+    arguments.insert(arguments.begin(), "python3");
+    // No byte code is written: the shared folder may be read-only, and stays as it is in any case.
+    std::map<std::string, std::string> environment{{"PYTHONDONTWRITEBYTECODE", "1"}, {"PYTHONIOENCODING", "utf-8"}};
+    if (const auto shared = SharedFolder())
+        environment["PYTHONPATH"] = (*shared / "tools").string();
+    return RunProcess(arguments, environment);
 }
 
 std::vector<std::filesystem::path> RealDatabases(const std::filesystem::path& shared)
@@ -61,17 +69,21 @@ std::string ReadFile(const std::filesystem::path& path)
     return content;
 }
 
+std::filesystem::path CopyOf(const std::filesystem::path& original, const std::filesystem::path& copy)
+{
+    std::filesystem::copy_file(original, copy, std::filesystem::copy_options::overwrite_existing);
+    std::filesystem::permissions(copy, std::filesystem::perms::owner_write, std::filesystem::perm_options::add);
+    return copy;
+}
+
 ::testing::AssertionResult ExpectSound(const std::vector<std::filesystem::path>& files)
 {
-    const std::optional<std::filesystem::path> shared = SharedFolder();
-    if (!shared || files.empty())
+    if (!SharedFolder() || files.empty())
         return ::testing::AssertionSuccess();
-    std::vector<std::string> arguments{"python3", "-m", "jetcheck"};
+    std::vector<std::string> arguments{"-m", "jetcheck"};
     for (const std::filesystem::path& file : files)
         arguments.push_back(file.string());
-    // No byte code is written: the shared folder may be read-only, and stays as it is in any case.
-    const ProcessResult run =
-        RunProcess(arguments, {{"PYTHONPATH", (*shared / "tools").string()}, {"PYTHONDONTWRITEBYTECODE", "1"}});
+    const ProcessResult run = RunPython(std::move(arguments));
     if (run.status == 0)
         return ::testing::AssertionSuccess();
     return ::testing::AssertionFailure() << "the checker ended with status " << run.status << ":\n"

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "support/process.h"
+
 #include <filesystem>
 #include <gtest/gtest.h>
 #include <optional>
@@ -19,6 +21,9 @@ namespace velmora::testing {
     if (!::velmora::testing::SharedFolder())                                                                           \
         GTEST_SKIP() << "skipped: VELMORA_SHARED is not set (the folder with the shared corpus and checker)";          \
     const std::filesystem::path variable = *::velmora::testing::SharedFolder()
+
+/// Runs python3 with `arguments`; the shared tools can be imported.
+[[nodiscard]] ProcessResult RunPython(std::vector<std::string> arguments);
 
 /// The databases of the shared corpus that Access and its engine made and that open without a password, in order.
 [[nodiscard]] std::vector<std::filesystem::path> RealDatabases(const std::filesystem::path& shared);
@@ -42,6 +47,9 @@ private:
 void WriteFile(const std::filesystem::path& path, std::string_view content);
 /// The bytes of `path`. Throws when it cannot be read.
 [[nodiscard]] std::string ReadFile(const std::filesystem::path& path);
+
+/// Copies `original`, which may be one for reading only, to `copy`, which may be changed. Gives `copy`.
+std::filesystem::path CopyOf(const std::filesystem::path& original, const std::filesystem::path& copy);
 
 /// Runs the shared checker on databases and fails with its report when it finds anything wrong in one of them. One call
 /// for many files is much quicker than many calls. Succeeds without checking when VELMORA_SHARED is unset.

@@ -1,6 +1,6 @@
 #include "jet/base/text_codec.h"
 
-#include "hex.h"
+#include "jet/support.h"
 
 #include <gtest/gtest.h>
 #include <random>

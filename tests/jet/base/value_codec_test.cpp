@@ -1,8 +1,8 @@
 #include "jet/base/value_codec.h"
 
-#include "hex.h"
 #include "jet/base/default_value.h"
-#include "jet/error.h"
+#include "jet/base/rc4.h"
+#include "jet/support.h"
 
 #include <gtest/gtest.h>
 #include <optional>
@@ -210,15 +210,11 @@ TEST(DefaultValue, IsWhatASimpleExpressionSays)
     EXPECT_EQ(ParseDefaultValue("genGuid()", kFormat, TypeOf(ColumnType::Guid))->kind, DefaultValue::Kind::NewGuid);
 }
 
-TEST(ValueCodec, BytesOfAnotherSizeAreDamage)
+TEST(Rc4, GivesTheKeyStreamUnderWhichPageZeroIsMasked)
 {
-    for (const ColumnType type :
-         {ColumnType::Byte, ColumnType::Integer, ColumnType::Long, ColumnType::Currency, ColumnType::Single,
-          ColumnType::Double, ColumnType::DateTime, ColumnType::Guid, ColumnType::Numeric, ColumnType::Boolean}) {
-        SCOPED_TRACE(static_cast<int>(type));
-        EXPECT_THROW(static_cast<void>(DecodeValue(Bytes(3), kFormat, TypeOf(type))), Error);
-        EXPECT_THROW(static_cast<void>(DecodeValue(Bytes(), kFormat, TypeOf(type))), Error);
-    }
+    Bytes stream(16);
+    ApplyRc4(FromHex("C7 DA 39 6B"), stream);
+    EXPECT_EQ(Hex(stream), "B5 6F 03 62 61 08 C2 55 EB A9 67 72 43 3F 00 9C");
 }
 
 TEST(Error, NamesTakeTheirPlaces)

@@ -1,30 +1,29 @@
 #include "jet/catalog/bootstrap.h"
 
-#include "jet/base/hex.h"
 #include "jet/catalog/catalog.h"
-#include "jet/store/memory_file.h"
+#include "jet/store/memory_pager.h"
 #include "support/shared.h"
 
 #include <algorithm>
 #include <bit>
 #include <gtest/gtest.h>
-#include <string>
 
 namespace jet {
 namespace {
 
+using testing::CrashFileSystem;
 using testing::Hex;
-using testing::MemoryDisk;
-using testing::MemoryFile;
+using velmora::testing::CopyOf;
 
-double DateOf(std::uint64_t bits)
+/// With the two moments that page 0 and the objects of a real file carry.
+std::unique_ptr<Pager> EmptyDatabase(CrashFileSystem& disk, JetVersion version)
 {
-    return std::bit_cast<double>(bits);
+    constexpr auto kHeaderDate = std::bit_cast<double>(0x40E4AB3E3BD3853E);
+    constexpr auto kRowDate = std::bit_cast<double>(0x40E4AB3E3BD3FB4E);
+    auto pager = Pager::Create(disk.Open("a.mdb", OpenMode::CreateNew), {version, kHeaderDate});
+    BuildEmptyDatabase(*pager, {kRowDate});
+    return pager;
 }
-
-// Page 0 and the objects of the real file carry these two moments.
-constexpr std::uint64_t kHeaderDate = 0x40E4AB3E3BD3853E;
-constexpr std::uint64_t kRowDate = 0x40E4AB3E3BD3FB4E;
 
 TEST(Bootstrap, TheEmptyJet4FileIsTheOneThatAccessMakes)
 {
@@ -45,9 +44,8 @@ TEST(Bootstrap, TheEmptyJet4FileIsTheOneThatAccessMakes)
     };
 
     const std::string real = velmora::testing::ReadFile(shared / "corpus/mdb/adox_jet4.mdb");
-    MemoryDisk disk;
-    const auto pager = Pager::Create(std::make_unique<MemoryFile>(disk), {JetVersion::Jet4, DateOf(kHeaderDate)});
-    BuildEmptyDatabase(*pager, {DateOf(kRowDate)});
+    CrashFileSystem disk;
+    const auto pager = EmptyDatabase(disk, JetVersion::Jet4);
 
     constexpr std::size_t kPageSize = 4096;
     ASSERT_EQ(pager->PageCount() * kPageSize, real.size());
@@ -64,9 +62,8 @@ TEST(Bootstrap, TheEmptyJet4FileIsTheOneThatAccessMakes)
 
 TEST(Bootstrap, TheEmptyJet3FileIsLaidOutAsTheEngineDoes)
 {
-    MemoryDisk disk;
-    const auto pager = Pager::Create(std::make_unique<MemoryFile>(disk), {JetVersion::Jet3, DateOf(kHeaderDate)});
-    BuildEmptyDatabase(*pager, {DateOf(kRowDate)});
+    CrashFileSystem disk;
+    const auto pager = EmptyDatabase(disk, JetVersion::Jet3);
 
     std::string types;
     for (PageNumber page = 0; page < pager->PageCount(); ++page)
@@ -98,6 +95,23 @@ TEST(Bootstrap, TheEmptyJet3FileIsLaidOutAsTheEngineDoes)
     EXPECT_EQ(objects.columns.back().longValueFree, (RowId{7, 0}));
     EXPECT_EQ(ReadTableDef(*pager, kAcesPage).ownedPages, (RowId{12, 0}));
     EXPECT_EQ(ReadTableDef(*pager, kQueriesPage).columns.size(), 7u);
+}
+
+TEST(Bootstrap, OwnersOfObjectsFollowFromTheDateInPageZero)
+{
+    REQUIRE_SHARED(shared);
+    const velmora::testing::TempFolder folder;
+    for (const char* name : {"testV2000.mdb", "indexTestV2003.mdb", "emptyJet4.mdb", "testV1997.mdb"}) {
+        SCOPED_TRACE(name);
+        const auto pager =
+            Pager::Open(OpenFile(CopyOf(shared / "corpus/mdb" / name, folder / name), OpenMode::ReadWrite));
+        Catalog catalog(*pager);
+        SystemTable& objects = catalog.Objects().ObjectRows();
+        Record record;
+        objects.Rows().Read(catalog.FindTable("MSysObjects")->row, record);
+        constexpr std::uint16_t kOwner = 6;
+        EXPECT_EQ(objects.Binary(record, kOwner), OwnerIds(*pager).engine);
+    }
 }
 
 } // namespace

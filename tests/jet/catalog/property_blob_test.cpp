@@ -1,6 +1,5 @@
-#include "jet/base/hex.h"
 #include "jet/catalog/property_blob.h"
-#include "jet/error.h"
+#include "jet/support.h"
 
 #include <gtest/gtest.h>
 #include <utility>

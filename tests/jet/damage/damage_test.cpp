@@ -2,15 +2,21 @@
 #include "jet/damage/page_damage.h"
 
 #include "jet/connection.h"
+#include "jet/store/crash_file_system.h"
+#include "jet/support.h"
 #include "support/shared.h"
 
-#include <fstream>
 #include <gtest/gtest.h>
-#include <iterator>
 #include <random>
 
 namespace jet::testing {
 namespace {
+
+Bytes BytesOf(const std::filesystem::path& path)
+{
+    const std::string content = velmora::testing::ReadFile(path);
+    return {content.begin(), content.end()};
+}
 
 /// Crashes, endless loops and foreign exceptions end the test program; the seed is then the last one that was printed.
 void DamageAndExercise(const Bytes& file, unsigned seed)
@@ -25,8 +31,8 @@ void DamageAndExercise(const Bytes& file, unsigned seed)
 
 TEST(DamagedDatabase, IsRefusedWhereTheDamageIs)
 {
-    for (const JetVersion version : {JetVersion::Jet3, JetVersion::Jet4}) {
-        SCOPED_TRACE(version == JetVersion::Jet3 ? "Jet 3" : "Jet 4");
+    for (const JetVersion version : kVersions) {
+        SCOPED_TRACE(static_cast<int>(version));
         const Bytes file = SmallDatabase(version);
         EXPECT_EQ(Exercise(file, 0), "");
         for (unsigned seed = 1; seed <= 100; ++seed)
@@ -42,8 +48,7 @@ TEST(DamagedDatabase, ThatAccessMadeIsRefusedWhereTheDamageIs)
         if (entry.path().extension() != ".mdb" || entry.file_size() > kLargest)
             continue;
         SCOPED_TRACE(entry.path().filename().string());
-        std::ifstream stream(entry.path(), std::ios::binary);
-        const Bytes file{std::istreambuf_iterator<char>(stream), std::istreambuf_iterator<char>()};
+        const Bytes file = BytesOf(entry.path());
         for (unsigned seed = 1; seed <= 5; ++seed)
             DamageAndExercise(file, seed);
     }
@@ -59,53 +64,32 @@ TEST(DamagedDatabase, ThatFuzzingFoundIsSurvived)
     const Find finds[] = {{"statement-after-failed-statement.mdb", 628125964u}};
     for (const Find& find : finds) {
         SCOPED_TRACE(find.file);
-        std::ifstream stream(shared / "corpus" / "fuzz" / find.file, std::ios::binary);
-        const Bytes file{std::istreambuf_iterator<char>(stream), std::istreambuf_iterator<char>()};
-        EXPECT_EQ(Exercise(file, find.seed), "");
+        EXPECT_EQ(Exercise(BytesOf(shared / "corpus" / "fuzz" / find.file), find.seed), "");
     }
-}
-
-/// The last page that holds entries of an index.
-std::size_t LastLeaf(const Bytes& file, std::size_t pageSize)
-{
-    std::size_t page = file.size() / pageSize - 1;
-    while (file[page * pageSize] != static_cast<Byte>(PageType::IndexLeaf))
-        --page;
-    return page;
 }
 
 TEST(DamagedDatabase, TakesNoHalfOfARecord)
 {
-    const velmora::testing::TempFolder folder;
-    const std::filesystem::path path = folder / "a.mdb";
+    constexpr const char* kFile = "a.mdb";
+    CrashFileSystem disk;
     {
-        const auto connection = Connection::Create(path, JetVersion::Jet4);
+        const auto connection = Connection::Create(kFile, JetVersion::Jet4, Existing::Refuse, disk);
         connection->Execute("CREATE TABLE t (a Long, b String)");
         connection->Execute("CREATE INDEX i ON t (b)");
         connection->Commit();
     }
-    std::fstream file(path, std::ios::binary | std::ios::in | std::ios::out);
-    const Bytes whole{std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>()};
-    file.seekp(static_cast<std::streamoff>(LastLeaf(whole, 4096) * 4096));
-    file.put('\x07');
-    file.close();
+    Bytes file = disk.Content(kFile);
+    std::size_t lastLeaf = file.size() - 4096; // the last page that holds entries of an index
+    while (file[lastLeaf] != static_cast<Byte>(PageType::IndexLeaf))
+        lastLeaf -= 4096;
+    file[lastLeaf] = 7;
+    disk.Put(kFile, file);
 
-    const auto connection = Connection::Open(path);
+    const auto connection = Connection::Open(kFile, disk);
     Recordset records = connection->OpenTable("t");
-    const auto save = [&] {
-        records.AddNew();
-        records.SetLong(0, 1);
-        records.Update();
-    };
-    const auto numberOf = [](const auto& what) {
-        try {
-            what();
-        } catch (const Error& error) {
-            return error.Number();
-        }
-        return ErrorNumber{};
-    };
-    EXPECT_EQ(numberOf(save), ErrorNumber::NotADatabase);
+    records.AddNew();
+    records.SetLong(0, 1);
+    EXPECT_EQ(ErrorOf([&] { records.Update(); }), ErrorNumber::NotADatabase);
     records.CancelUpdate();
     connection->Commit();
     records.MoveFirst();

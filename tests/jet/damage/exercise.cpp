@@ -1,8 +1,7 @@
 #include "jet/damage/exercise.h"
 
 #include "jet/connection.h"
-#include "jet/damage/memory_file_system.h"
-#include "jet/error.h"
+#include "jet/store/crash_file_system.h"
 
 #include <functional>
 #include <memory>
@@ -21,8 +20,7 @@ constexpr const char* kFile = "test.mdb";
 
 class Exerciser {
 public:
-    Exerciser(MemoryFileSystem& disk, unsigned seed, std::size_t changes)
-        : disk_(disk), random_(seed), changes_(changes)
+    Exerciser(CrashFileSystem& disk, unsigned seed, std::size_t changes) : disk_(disk), random_(seed), changes_(changes)
     {
     }
 
@@ -154,7 +152,7 @@ private:
 
     [[nodiscard]] std::size_t Below(std::size_t end) { return random_() % end; }
 
-    MemoryFileSystem& disk_;
+    CrashFileSystem& disk_;
     std::mt19937 random_;
     std::size_t changes_;
     std::unique_ptr<Connection> connection_;
@@ -175,7 +173,7 @@ void AddRow(Recordset& records, const std::vector<std::string>& texts)
 
 Bytes SmallDatabase(JetVersion version)
 {
-    MemoryFileSystem disk;
+    CrashFileSystem disk;
     const std::unique_ptr<Connection> database = Connection::Create(kFile, version, Existing::Refuse, disk);
     database->Execute("CREATE TABLE [order] ([PKEY] Counter NOT NULL, [gone] String, [name] String, [note] Longtext)");
     database->Execute("CREATE UNIQUE INDEX [order_PKEY] ON [order] ([PKEY]) WITH PRIMARY");
@@ -206,7 +204,7 @@ Bytes SmallDatabase(JetVersion version)
 
 Bytes TinyDatabase(JetVersion version)
 {
-    MemoryFileSystem disk;
+    CrashFileSystem disk;
     const std::unique_ptr<Connection> database = Connection::Create(kFile, version, Existing::Refuse, disk);
     database->Execute("CREATE TABLE [a] ([PKEY] Counter NOT NULL, [name] String, [note] Longtext)");
     database->Execute("CREATE UNIQUE INDEX [a_PKEY] ON [a] ([PKEY]) WITH PRIMARY");
@@ -225,7 +223,7 @@ Bytes TinyDatabase(JetVersion version)
 
 std::string Exercise(ByteSpan file, unsigned seed, std::size_t changes)
 {
-    MemoryFileSystem disk;
+    CrashFileSystem disk;
     disk.Put(kFile, file);
     Exerciser exerciser(disk, seed, changes);
     exerciser.Run();

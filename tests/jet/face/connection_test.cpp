@@ -33,16 +33,6 @@ TEST(Connection, ANewFileTakesItsPlaceAtTheFirstCommit)
               ErrorNumber::DatabaseExists);
 }
 
-TEST(Connection, AFileInUseIsNotOpenedASecondTime)
-{
-    const TempFolder folder;
-    const fs::path path = folder / "a.mdb";
-    const auto first = Connection::Create(path, JetVersion::Jet4);
-    EXPECT_EQ(ErrorOf([&] { static_cast<void>(Connection::Create(path, JetVersion::Jet4)); }), ErrorNumber::FileInUse);
-    first->Commit();
-    EXPECT_EQ(ErrorOf([&] { static_cast<void>(Connection::Open(path)); }), ErrorNumber::FileInUse);
-}
-
 TEST(Connection, WhatCannotBeOpenedIsLeftAlone)
 {
     REQUIRE_SHARED(shared);

@@ -55,15 +55,8 @@ const std::function<void(Connection&)> kSteps[] = {
 std::string Contents(Connection& connection)
 {
     std::string text;
-    for (Rowset tables = connection.OpenSchema(SchemaKind::Tables, {"", "", "", "TABLE"}); !tables.Eof();
-         tables.MoveNext()) {
-        text += tables.Text("TABLE_NAME") + ":\n";
-        for (Recordset rows = connection.OpenTable(tables.Text("TABLE_NAME")); !rows.Eof(); rows.MoveNext()) {
-            for (std::size_t field = 0; field < rows.FieldCount(); ++field)
-                text += ToText(rows.Get(field)) + '|';
-            text += '\n';
-        }
-    }
+    for (const std::string& table : UserTables(connection))
+        text.append(table).append(":\n").append(RowsOf(connection, table));
     return text;
 }
 
@@ -200,43 +193,6 @@ TEST(Crash, WhileTheFileIsPutBackLeavesSomethingThatIsPutBack)
     }
 }
 
-TEST(Crash, AFailureOfTheDiskEndsTheConnectionAndGoesBackToTheLastCommit)
-{
-    for (const JetVersion version : kVersions) {
-        const std::vector<std::string> states = ExpectedStates(version);
-        const TempFolder folder;
-        std::vector<fs::path> kept;
-        for (const ErrorNumber failure : {ErrorNumber::DiskFull, ErrorNumber::DiskError})
-            for (std::uint64_t at = 1;; ++at) {
-                SCOPED_TRACE("operation " + std::to_string(at));
-                CrashFileSystem system(1);
-                auto connection = Connection::Create(kFile, version, Existing::Refuse, system);
-                std::size_t done = 0;
-                for (; done < 2; ++done) {
-                    kSteps[done](*connection);
-                    connection->Commit();
-                }
-                const std::uint64_t before = system.Operations();
-                system.FailAt(before + at, failure);
-                try {
-                    kSteps[done](*connection);
-                    connection->Commit();
-                    ++done;
-                } catch (const Error& error) {
-                    EXPECT_EQ(error.Number(), failure);
-                    EXPECT_THROW(connection->Commit(), Error);
-                    EXPECT_THROW(connection->Execute("CREATE TABLE w (a Long)"), Error);
-                }
-                const bool isThrough = system.Operations() < before + at;
-                connection.reset();
-                ASSERT_NO_FATAL_FAILURE(ExpectLastCommit(system, states, done, folder, kept));
-                if (isThrough)
-                    break;
-            }
-        EXPECT_TRUE(ExpectSound(kept));
-    }
-}
-
 TEST(Crash, ADiskThatIsFullLeavesTheLastCommit)
 {
     const std::vector<std::string> states = ExpectedStates(JetVersion::Jet4);
@@ -281,62 +237,37 @@ struct Interrupted {
         system.Crash(connection, Loss::Nothing);
         EXPECT_TRUE(system.Exists(kJournal));
     }
-    std::string ErrorOfOpening()
-    {
-        try {
-            static_cast<void>(Connection::Open(kFile, system));
-        } catch (const Error& error) {
-            EXPECT_EQ(error.Number(), ErrorNumber::NotADatabase);
-            return error.what();
-        }
-        return {};
-    }
 };
 
 TEST(Journal, OneThatDoesNotFitIsRecognisedAndNothingIsLost)
 {
-    for (const JetVersion version : kVersions) {
-        struct Case {
-            const char* name;
-            std::function<void(Interrupted&)> change;
-            const char* message; ///< "" = the database opens, as at its last commit
-        };
-        const Case cases[] = {
-            {"untouched", [](Interrupted&) {}, ""},
-            {"gone", [](Interrupted& run) { run.system.Remove(kJournal); }, "no journal of it"},
-            {"damaged header",
-             [](Interrupted& run) {
-                 Bytes bytes = run.system.Content(kJournal);
-                 bytes[30] ^= 1;
-                 run.system.Put(kJournal, bytes);
-             },
-             "is not its journal"},
-            {"something else", [](Interrupted& run) { run.system.Put(kJournal, Bytes(3000, 'x')); },
-             "is not its journal"},
-            {"page 0 is damaged",
-             [](Interrupted& run) {
-                 Bytes bytes = run.system.Content(kJournal);
-                 bytes[600] ^= 1;
-                 run.system.Put(kJournal, bytes);
-             },
-             "is damaged"},
-            {"a last record that was cut off",
-             [](Interrupted& run) {
-                 Bytes bytes = run.system.Content(kJournal);
-                 bytes.resize(bytes.size() + 1000, 1);
-                 run.system.Put(kJournal, bytes);
-             },
-             ""},
-        };
+    struct Case {
+        const char* name;
+        void (*change)(Bytes& journal); ///< empty afterwards: there is none
+        const char* message;            ///< "" = the database opens, as at its last commit
+    };
+    const Case cases[] = {
+        {"untouched", [](Bytes&) {}, ""},
+        {"gone", [](Bytes& journal) { journal.clear(); }, "no journal of it"},
+        {"damaged header", [](Bytes& journal) { journal[30] ^= 1; }, "is not its journal"},
+        {"something else", [](Bytes& journal) { journal.assign(3000, 'x'); }, "is not its journal"},
+        {"page 0 is damaged", [](Bytes& journal) { journal[600] ^= 1; }, "is damaged"},
+        {"a last record that was cut off", [](Bytes& journal) { journal.resize(journal.size() + 1000, 1); }, ""},
+    };
+    for (const JetVersion version : kVersions)
         for (const Case& c : cases) {
             SCOPED_TRACE(c.name);
             Interrupted run(version);
-            c.change(run);
+            Bytes journal = run.system.Content(kJournal);
+            c.change(journal);
+            run.system.Remove(kJournal);
+            if (!journal.empty())
+                run.system.Put(kJournal, journal);
             const Bytes database = run.system.Content(kFile);
             EXPECT_EQ(ErrorOf([&] { static_cast<void>(Connection::OpenReadOnly(kFile, run.system)); }),
                       *c.message ? std::optional(ErrorNumber::NotADatabase) : std::nullopt);
             EXPECT_TRUE(run.system.Content(kFile) == database) << "the reader has touched it";
-            const std::string error = run.ErrorOfOpening();
+            const std::string error = MessageOf([&] { static_cast<void>(Connection::Open(kFile, run.system)); });
             EXPECT_EQ(error.empty(), *c.message == '\0') << error;
             EXPECT_NE(error.find(c.message), std::string::npos) << error;
             if (error.empty())
@@ -344,49 +275,30 @@ TEST(Journal, OneThatDoesNotFitIsRecognisedAndNothingIsLost)
             else
                 EXPECT_TRUE(run.system.Content(kFile) == database) << "the file was touched";
         }
-    }
 }
 
 TEST(Journal, OneThatIsNotNeededStandsInNobodysWay)
 {
-    struct Case {
-        const char* name;
-        std::function<void(Interrupted&)> change;
-        bool isSetAside;
-    };
-    const auto replace = [](Interrupted& run) {
-        CrashFileSystem elsewhere(1);
-        auto connection = Connection::Create(kFile, JetVersion::Jet3, Existing::Refuse, elsewhere);
+    const auto make = [](JetVersion version, Existing existing, CrashFileSystem& system) {
+        const auto connection = Connection::Create(kFile, version, existing, system);
         kSteps[0](*connection);
         connection->Commit();
-        connection.reset();
-        run.system.Put(kFile, elsewhere.Content(kFile));
     };
-    const Case cases[] = {
-        {"another database has taken the place", replace, true},
-        {"the database was removed",
-         [](Interrupted& run) {
-             run.system.Remove(kFile);
-             auto connection = Connection::Create(kFile, JetVersion::Jet4, Existing::Refuse, run.system);
-             kSteps[0](*connection);
-             connection->Commit();
-         },
-         true},
-        {"the database is made anew",
-         [](Interrupted& run) {
-             auto connection = Connection::Create(kFile, JetVersion::Jet4, Existing::Replace, run.system);
-             kSteps[0](*connection);
-             connection->Commit();
-         },
-         false},
-    };
-    for (const Case& c : cases) {
-        SCOPED_TRACE(c.name);
+    for (const std::string change : {"replaced", "removed", "made anew"}) {
+        SCOPED_TRACE("the database was " + change);
         Interrupted run(JetVersion::Jet4);
-        c.change(run);
+        if (change == "replaced") {
+            CrashFileSystem elsewhere;
+            make(JetVersion::Jet3, Existing::Refuse, elsewhere);
+            run.system.Put(kFile, elsewhere.Content(kFile));
+        } else {
+            if (change == "removed")
+                run.system.Remove(kFile);
+            make(JetVersion::Jet4, change == "removed" ? Existing::Refuse : Existing::Replace, run.system);
+        }
         EXPECT_EQ(Contents(*Connection::Open(kFile, run.system)), run.committed);
         EXPECT_FALSE(run.system.Exists(kJournal));
-        EXPECT_EQ(run.system.Exists(std::string(kJournal) + ".old"), c.isSetAside);
+        EXPECT_EQ(run.system.Exists(std::string(kJournal) + ".old"), change != "made anew") << "it may be of use";
     }
 }
 

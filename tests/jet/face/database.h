@@ -2,9 +2,10 @@
 
 #include "jet/base/value_codec.h"
 #include "jet/connection.h"
-#include "jet/error.h"
+#include "jet/support.h"
 #include "support/shared.h"
 
+#include <algorithm>
 #include <filesystem>
 #include <gtest/gtest.h>
 #include <memory>
@@ -15,18 +16,25 @@
 
 namespace jet::testing {
 
-inline constexpr JetVersion kVersions[] = {JetVersion::Jet3, JetVersion::Jet4};
-
-/// The number of the error that `action` ends with; nullopt when there is none.
-template <typename Action>
-[[nodiscard]] std::optional<ErrorNumber> ErrorOf(const Action& action)
+/// All rows of a table, one a line, in storage order.
+[[nodiscard]] inline std::string RowsOf(Connection& connection, std::string_view table)
 {
-    try {
-        action();
-    } catch (const Error& error) {
-        return error.Number();
+    std::string text;
+    for (Recordset records = connection.OpenTable(table); !records.Eof(); records.MoveNext()) {
+        for (std::size_t field = 0; field < records.FieldCount(); ++field)
+            text += (field ? "|" : "") + ToText(records.Get(field));
+        text += '\n';
     }
-    return std::nullopt;
+    return text;
+}
+
+/// The user's tables, in the order in which the catalog has them.
+[[nodiscard]] inline std::vector<std::string> UserTables(Connection& connection)
+{
+    std::vector<std::string> names;
+    for (Rowset rows = connection.OpenSchema(SchemaKind::Tables, {"", "", "", "TABLE"}); !rows.Eof(); rows.MoveNext())
+        names.push_back(rows.Text("TABLE_NAME"));
+    return names;
 }
 
 /// A database in a folder of its own, and the states of it that were kept for the checker.
@@ -45,10 +53,14 @@ public:
     {
         return ErrorOf([&] { connection_->Execute(sql); });
     }
-    void Reopen()
+    void Close()
     {
         connection_->Commit();
         connection_.reset();
+    }
+    void Reopen()
+    {
+        Close();
         connection_ = Connection::Open(path_);
     }
 
@@ -61,23 +73,11 @@ public:
             records.SetText(records.FieldIndex(field).value(), text);
         records.Update();
     }
-    /// All rows, one a line, in storage order.
-    [[nodiscard]] std::string Rows(std::string_view table)
-    {
-        std::string text;
-        for (Recordset records = Open(table); !records.Eof(); records.MoveNext()) {
-            for (std::size_t field = 0; field < records.FieldCount(); ++field)
-                text += (field ? "|" : "") + ToText(records.Get(field));
-            text += '\n';
-        }
-        return text;
-    }
+    [[nodiscard]] std::string Rows(std::string_view table) { return RowsOf(*connection_, table); }
     [[nodiscard]] std::size_t Count(std::string_view table)
     {
-        std::size_t count = 0;
-        for (Recordset records = Open(table); !records.Eof(); records.MoveNext())
-            ++count;
-        return count;
+        const std::string rows = Rows(table);
+        return static_cast<std::size_t>(std::count(rows.begin(), rows.end(), '\n'));
     }
     /// The named fields of a schema rowset, one row a line.
     [[nodiscard]] std::string Schema(SchemaKind kind, const Restrictions& restrictions,

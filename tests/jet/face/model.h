@@ -19,9 +19,11 @@ public:
     using Row = std::map<std::string, std::string>;
     struct Column {
         std::string name;
-        bool isMemo = false;
+        std::string type;    ///< as SQL has it
         std::string index{}; ///< its name; empty = none
         bool isUnique = false;
+
+        [[nodiscard]] bool IsText() const { return type == "String" || type == "Longtext"; }
     };
     struct Table {
         std::vector<Column> columns; ///< besides PKEY

@@ -1,8 +1,11 @@
 #include "jet/face/database.h"
-#include "support/process.h"
+#include "support/shared.h"
 
 #include <algorithm>
+#include <iterator>
 #include <map>
+#include <set>
+#include <sstream>
 
 namespace jet {
 namespace {
@@ -10,42 +13,31 @@ namespace {
 namespace fs = std::filesystem;
 
 /// A copy of a file that Access made, which is changed step by step; the states in between are kept.
-class RealFile {
+class ChangedFile {
 public:
-    RealFile(const fs::path& original, const fs::path& folder) : folder_(folder), path_(folder / "changed.mdb")
+    ChangedFile(const fs::path& original, const fs::path& folder) : folder_(folder), path_(folder / "changed.mdb")
     {
         fs::create_directory(folder);
-        fs::copy_file(original, path_);
-        fs::permissions(path_, fs::perms::owner_write, fs::perm_options::add);
-        connection_ = Connection::Open(path_);
+        connection_ = Connection::Open(velmora::testing::CopyOf(original, path_));
     }
 
     [[nodiscard]] Connection& Face() { return *connection_; }
     void Execute(const std::string& sql) { connection_->Execute(sql); }
-
-    [[nodiscard]] std::vector<std::string> UserTables()
-    {
-        std::vector<std::string> names;
-        for (Rowset rows = connection_->OpenSchema(SchemaKind::Tables, {"", "", "", "TABLE"}); !rows.Eof();
-             rows.MoveNext())
-            names.push_back(rows.Text("TABLE_NAME"));
-        return names;
-    }
+    [[nodiscard]] std::vector<std::string> Tables() { return testing::UserTables(*connection_); }
 
     void Keep(const std::string& name)
     {
         connection_->Commit();
         connection_.reset();
-        states_.push_back(folder_ / (name + ".mdb"));
-        fs::copy_file(path_, states_.back());
+        states_.push_back(velmora::testing::CopyOf(path_, folder_ / (name + ".mdb")));
         connection_ = Connection::Open(path_);
     }
-    [[nodiscard]] const std::vector<fs::path>& States() const { return states_; }
+    [[nodiscard]] const std::vector<std::string>& States() const { return states_; }
 
 private:
     fs::path folder_, path_;
     std::unique_ptr<Connection> connection_;
-    std::vector<fs::path> states_;
+    std::vector<std::string> states_;
 };
 
 /// A text that a field of the type (OLE DB's numbers) takes, another one for each `number` below 100.
@@ -77,7 +69,7 @@ std::string PlausibleText(int type, int characters, int number)
 
 /// Adds three records with a value in every field that is there already; false when a record that one of them refers to
 /// is still missing.
-bool AddRecords(RealFile& file, const std::string& table)
+bool AddRecords(ChangedFile& file, const std::string& table)
 {
     std::map<std::string, std::pair<int, int>> kinds;
     for (Rowset rows = file.Face().OpenSchema(SchemaKind::Columns, {"", "", table}); !rows.Eof(); rows.MoveNext()) {
@@ -117,7 +109,7 @@ void ForAll(std::vector<std::string> tables, const Action& action)
 }
 
 /// Tables of our own beside those that are there.
-void Add(RealFile& file)
+void Add(ChangedFile& file)
 {
     file.Execute("CREATE TABLE [our parent] ([PKEY] Counter NOT NULL, [name] String, [note] Longtext)");
     file.Execute("CREATE UNIQUE INDEX [our parent_PKEY] ON [our parent] ([PKEY]) WITH PRIMARY");
@@ -136,14 +128,14 @@ void Add(RealFile& file)
     file.Keep("added");
 }
 
-void Extend(RealFile& file, const std::vector<std::string>& tables)
+void Extend(ChangedFile& file, const std::vector<std::string>& tables)
 {
     for (const std::string& table : tables) {
         SCOPED_TRACE(table);
         file.Execute("ALTER TABLE [" + table + "] ADD COLUMN [our text] String");
         file.Execute("ALTER TABLE [" + table + "] ADD COLUMN [our memo] Longtext");
     }
-    ForAll(file.UserTables(), [&](const std::string& table) { return AddRecords(file, table); });
+    ForAll(file.Tables(), [&](const std::string& table) { return AddRecords(file, table); });
     file.Keep("extended");
 
     for (const std::string& table : tables) {
@@ -171,9 +163,9 @@ void Extend(RealFile& file, const std::vector<std::string>& tables)
     file.Keep("extended and shortened");
 }
 
-void Empty(RealFile& file)
+void Empty(ChangedFile& file)
 {
-    ForAll(file.UserTables(), [&](const std::string& table) {
+    ForAll(file.Tables(), [&](const std::string& table) {
         try {
             file.Execute("DELETE * FROM [" + table + "]");
             return true;
@@ -182,14 +174,14 @@ void Empty(RealFile& file)
             return false;
         }
     });
-    for (const std::string& table : file.UserTables())
+    for (const std::string& table : file.Tables())
         EXPECT_TRUE(file.Face().OpenTable(table).Eof()) << table;
     file.Keep("emptied");
 }
 
-void Drop(RealFile& file)
+void Drop(ChangedFile& file)
 {
-    const std::vector<std::string> tables = file.UserTables();
+    const std::vector<std::string> tables = file.Tables();
     for (const std::string& table : tables) {
         const Restrictions ofTable{"", "", "", "", "", table, "FOREIGN KEY"};
         for (Rowset keys = file.Face().OpenSchema(SchemaKind::TableConstraints, ofTable); !keys.Eof(); keys.MoveNext())
@@ -197,7 +189,7 @@ void Drop(RealFile& file)
     }
     for (const std::string& table : tables)
         file.Execute("DROP TABLE [" + table + "]");
-    EXPECT_TRUE(file.UserTables().empty());
+    EXPECT_TRUE(file.Tables().empty());
     file.Keep("dropped");
 }
 
@@ -207,9 +199,9 @@ TEST(RealFiles, AreExtendedEmptiedAndDroppedAndKeepTheRest)
     const velmora::testing::TempFolder folder;
     for (const fs::path& path : velmora::testing::RealDatabases(shared)) {
         SCOPED_TRACE(path.filename());
-        RealFile file(path, folder / path.stem());
+        ChangedFile file(path, folder / path.stem());
         try {
-            const std::vector<std::string> tables = file.UserTables();
+            const std::vector<std::string> tables = file.Tables();
             Add(file);
             Extend(file, tables);
             Empty(file);
@@ -217,12 +209,83 @@ TEST(RealFiles, AreExtendedEmptiedAndDroppedAndKeepTheRest)
         } catch (const Error& error) {
             ADD_FAILURE() << static_cast<int>(error.Number()) << ": " << error.what();
         }
-        std::vector<std::string> arguments{"python3", COMPARE_FILES, path.string()};
-        for (const fs::path& state : file.States())
-            arguments.push_back(state.string());
-        const auto compared = velmora::testing::RunProcess(
-            arguments, {{"PYTHONPATH", (shared / "tools").string()}, {"PYTHONDONTWRITEBYTECODE", "1"}});
+        std::vector<std::string> arguments{COMPARE_FILES, path.string()};
+        arguments.insert(arguments.end(), file.States().begin(), file.States().end());
+        const auto compared = velmora::testing::RunPython(arguments);
         EXPECT_EQ(compared.status, 0) << compared.output << compared.errors;
+    }
+}
+
+// ---- Reading --------------------------------------------------------------------------------------------------------
+
+/// All that the rowsets tell of the schema, in the words of the script that reads the same with the checker.
+std::multiset<std::string> SchemaLines(Connection& connection)
+{
+    std::multiset<std::string> lines;
+    const auto each = [&](SchemaKind kind, const auto& line) {
+        for (Rowset rows = connection.OpenSchema(kind); !rows.Eof(); rows.MoveNext())
+            lines.insert(line([&](const char* field) { return rows.Text(field); }));
+    };
+    each(SchemaKind::Tables, [](const auto& at) { return "table " + at("TABLE_NAME") + " " + at("TABLE_TYPE"); });
+    each(SchemaKind::Columns, [](const auto& at) {
+        return "column " + at("TABLE_NAME") + "." + at("COLUMN_NAME") + " " + at("ORDINAL_POSITION") + " " +
+               at("DATA_TYPE") + " " + at("CHARACTER_MAXIMUM_LENGTH");
+    });
+    each(SchemaKind::Indexes, [](const auto& at) {
+        return "index " + at("TABLE_NAME") + "." + at("INDEX_NAME") + " " + at("COLUMN_NAME") + " " +
+               at("ORDINAL_POSITION") + (at("COLLATION") == "1" ? " up " : " down ") + at("PRIMARY_KEY") + " " +
+               at("UNIQUE");
+    });
+    each(SchemaKind::TableConstraints, [](const auto& at) {
+        return "constraint " + at("TABLE_NAME") + " " + at("CONSTRAINT_NAME") + " " + at("CONSTRAINT_TYPE");
+    });
+    each(SchemaKind::ReferentialConstraints, [](const auto& at) {
+        return "rule " + at("CONSTRAINT_NAME") + " " + at("UNIQUE_CONSTRAINT_NAME") + " " + at("UPDATE_RULE") + " " +
+               at("DELETE_RULE");
+    });
+    each(SchemaKind::ForeignKeys, [](const auto& at) {
+        return "key " + at("FK_NAME") + " " + at("FK_TABLE_NAME") + "." + at("FK_COLUMN_NAME") + " " +
+               at("PK_TABLE_NAME") + "." + at("PK_COLUMN_NAME") + " " + at("ORDINAL") + " " + at("UPDATE_RULE") + " " +
+               at("DELETE_RULE");
+    });
+    return lines;
+}
+
+/// The rows of the user's tables, in hex, since texts may hold line ends.
+void AddRowLines(Connection& connection, std::multiset<std::string>& lines)
+{
+    for (const std::string& table : testing::UserTables(connection))
+        for (Recordset records = connection.OpenTable(table); !records.Eof(); records.MoveNext()) {
+            std::string row;
+            for (std::size_t field = 0; field < records.FieldCount(); ++field) {
+                const Value value = records.Get(field);
+                const bool isCompared =
+                    std::holds_alternative<std::string>(value) || std::holds_alternative<std::int32_t>(value);
+                row.append(isCompared ? ToText(value) : "").append("|");
+            }
+            lines.insert("row " + table + " " + testing::Hex({reinterpret_cast<const Byte*>(row.data()), row.size()}));
+        }
+}
+
+TEST(RealFiles, ReadAsTheCheckerReadsThem)
+{
+    REQUIRE_SHARED(shared);
+    const velmora::testing::TempFolder folder;
+    for (const fs::path& path : velmora::testing::RealDatabases(shared)) {
+        SCOPED_TRACE(path.filename());
+        const auto read = velmora::testing::RunPython({READ_DATABASE, path.string()});
+        ASSERT_EQ(read.status, 0) << read.errors;
+        std::multiset<std::string> theirs;
+        std::istringstream stream(read.output);
+        for (std::string line; std::getline(stream, line);)
+            theirs.insert(line);
+
+        const auto connection = Connection::Open(velmora::testing::CopyOf(path, folder / "copy.mdb"));
+        std::multiset<std::string> ours = SchemaLines(*connection);
+        AddRowLines(*connection, ours);
+        std::vector<std::string> differences;
+        std::ranges::set_symmetric_difference(ours, theirs, std::back_inserter(differences));
+        EXPECT_EQ(differences, std::vector<std::string>());
     }
 }
 

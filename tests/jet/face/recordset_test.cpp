@@ -157,129 +157,6 @@ TEST(Recordset, FollowsColumnsThatAreWidenedUnderIt)
     }
 }
 
-TEST(Recordset, LongValuesLeaveARowThatWouldNotFit)
-{
-    const auto manyColumns = [](int count, const char* type) {
-        std::string sql = "CREATE TABLE t (PKEY Counter NOT NULL, FKEY Long";
-        for (int column = 0; column < count; ++column)
-            sql += ", c" + std::to_string(column) + " " + type;
-        return sql + ")";
-    };
-    const auto set = [](Recordset& records, std::size_t count, std::string_view text) {
-        for (std::size_t field = records.FieldCount() - count; field < records.FieldCount(); ++field)
-            records.SetText(field, text);
-    };
-    const auto row = [](int count, const std::string& text) {
-        std::string line = "1|";
-        for (int column = 0; column < count; ++column)
-            line += "|" + text;
-        return line + "\n";
-    };
-    struct Case {
-        JetVersion version;
-        int columns;
-        const char* text;
-        bool fits;
-    };
-    const Case cases[] = {{JetVersion::Jet4, 253, "abc", true},
-                          {JetVersion::Jet4, 253, "яяя", true},
-                          {JetVersion::Jet3, 253, "abc", false},
-                          {JetVersion::Jet3, 130, "abc", true}};
-    for (const Case& c : cases) {
-        SCOPED_TRACE(std::to_string(c.columns) + " of " + c.text);
-        const auto columns = static_cast<std::size_t>(c.columns);
-        Database database(c.version);
-        database.Execute(manyColumns(c.columns, "Longtext"));
-        Recordset records = database.Open("t");
-        records.AddNew();
-        set(records, columns, c.text);
-        EXPECT_EQ(ErrorOf([&] { records.Update(); }),
-                  c.fits ? std::nullopt : std::optional(ErrorNumber::RecordTooLarge));
-        EXPECT_EQ(records.IsPending(), !c.fits);
-        records.CancelUpdate();
-        if (c.fits) { // values that stay where they are, and such as leave the row by a change
-            set(records, columns - 200 % columns, "other");
-            records.Update();
-            set(records, columns, c.text);
-            records.Update();
-        }
-        EXPECT_EQ(database.Rows("t"), c.fits ? row(c.columns, c.text) : "");
-        EXPECT_TRUE(database.AllSound());
-    }
-
-    // Texts that become memos take more room than they had: in rows that are there as well.
-    Database database(JetVersion::Jet4);
-    database.Execute(manyColumns(130, "String"));
-    Recordset records = database.Open("t");
-    records.AddNew();
-    set(records, 130, std::string(24, 'x'));
-    records.Update();
-    std::string sql = "ALTER TABLE t ALTER COLUMN c0 Longtext";
-    for (int column = 1; column < 130; ++column)
-        sql += ", c" + std::to_string(column) + " Longtext";
-    database.Execute(sql);
-    EXPECT_EQ(database.Rows("t"), row(130, std::string(24, 'x')));
-    EXPECT_TRUE(database.AllSound());
-}
-
-TEST(Recordset, NamesTheTextsThatHaveToBecomeMemos)
-{
-    struct Case {
-        const char* name;
-        JetVersion version;
-        int columns;
-        std::string_view letter;
-        int letters;
-        bool longer; ///< two columns with one more letter, which go first
-        std::optional<std::size_t> widened;
-    };
-    // Rows: 2 or 1 bytes, 4 of PKEY, a field's bytes, its offset and 2 more, the null mask, Access 97's jump table.
-    const Case cases[] = {
-        {"Latin letters, Access 97", JetVersion::Jet3, 60, "a", 40, true, 17},
-        {"Cyrillic letters", JetVersion::Jet4, 100, "\xD1\x8F", 33, true, 52},
-        {"CJK letters", JetVersion::Jet4, 100, "\xE4\xB8\xAD", 24, false, 27},
-        {"one column too many", JetVersion::Jet4, 254, "a", 15, false, 162},
-        {"what fits", JetVersion::Jet4, 100, "a", 35, false, 0},
-        {"nothing that helps", JetVersion::Jet3, 254, "a", 12, false, std::nullopt},
-    };
-    for (const Case& c : cases) {
-        SCOPED_TRACE(c.name);
-        Database database(c.version);
-        std::string sql = "CREATE TABLE t (PKEY Counter NOT NULL";
-        for (int column = 0; column < c.columns; ++column)
-            sql += ", c" + std::to_string(column) + " String";
-        database.Execute(sql + ")");
-        Recordset records = database.Open("t");
-        const auto count = static_cast<std::size_t>(c.columns);
-        std::string text;
-        for (int letter = 0; letter < c.letters; ++letter)
-            text += c.letter;
-        records.AddNew();
-        for (std::size_t field = 1; field <= count; ++field)
-            records.SetText(field, c.longer && field > count - 2 ? text + std::string(c.letter) : text);
-        const auto fields = records.TextsToWiden();
-        ASSERT_EQ(fields ? std::optional(fields->size()) : std::nullopt, c.widened);
-        EXPECT_EQ(ErrorOf([&] { records.Update(); }),
-                  c.widened == 0u ? std::nullopt : std::optional(ErrorNumber::RecordTooLarge));
-        if (c.widened.value_or(0) == 0)
-            continue;
-        if (c.longer) {
-            EXPECT_EQ((std::vector{(*fields)[0], (*fields)[1]}), (std::vector{count - 1, count}));
-        }
-        const auto widen = [&](std::size_t from, std::size_t to) {
-            std::string columns;
-            for (std::size_t i = from; i < to; ++i)
-                columns += (i > from ? ", c" : "c") + std::to_string((*fields)[i] - 1) + " Memo";
-            database.Execute("ALTER TABLE t ALTER COLUMN " + columns);
-        };
-        widen(0, fields->size() - 1);
-        EXPECT_EQ(ErrorOf([&] { records.Update(); }), ErrorNumber::RecordTooLarge) << "one less is not enough";
-        widen(fields->size() - 1, fields->size());
-        records.Update();
-        EXPECT_EQ(database.Count("t"), 1u);
-    }
-}
-
 TEST(Recordset, WalksAndDeletes)
 {
     Database database(JetVersion::Jet4);
@@ -355,10 +232,7 @@ TEST(Recordset, KeepsTheRulesOfColumnsThatAccessMade)
     REQUIRE_SHARED(shared);
     const velmora::testing::TempFolder folder;
     const auto open = [&](const char* name) {
-        std::filesystem::copy_file(shared / "corpus/mdb" / name, folder / name);
-        std::filesystem::permissions(folder / name, std::filesystem::perms::owner_write,
-                                     std::filesystem::perm_options::add);
-        return Connection::Open(folder / name);
+        return Connection::Open(velmora::testing::CopyOf(shared / "corpus/mdb" / name, folder / name));
     };
     const auto numbers = open("compIndexTestV1997.mdb");
     const auto guids = open("testV2000.mdb");

@@ -1,8 +1,7 @@
 #include "jet/index/index_key.h"
 
-#include "jet/base/hex.h"
 #include "jet/base/text_codec.h"
-#include "jet/error.h"
+#include "jet/support.h"
 
 #include <algorithm>
 #include <gtest/gtest.h>

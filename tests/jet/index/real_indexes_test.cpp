@@ -1,12 +1,9 @@
-#include "jet/base/hex.h"
-#include "jet/error.h"
 #include "jet/index/index_key.h"
 #include "jet/index/index_tree.h"
-#include "support/process.h"
+#include "jet/support.h"
 #include "support/shared.h"
 
 #include <algorithm>
-#include <charconv>
 #include <gtest/gtest.h>
 #include <set>
 #include <sstream>
@@ -31,12 +28,12 @@ void ExpectPackedAlike(Pager& pager, const IndexPage& page, ByteSpan original)
 TEST(RealIndexes, PagesAndTreesReadAsTheyStand)
 {
     REQUIRE_SHARED(shared);
+    const velmora::testing::TempFolder folder;
     std::size_t trees = 0;
     for (const std::filesystem::path& path : velmora::testing::RealDatabases(shared)) {
         SCOPED_TRACE(path.filename());
-        velmora::testing::TempFolder folder;
-        std::filesystem::copy_file(path, folder / "copy.mdb");
-        const auto pager = Pager::Open(OpenFile(folder / "copy.mdb", OpenMode::ReadWrite));
+        const auto copy = velmora::testing::CopyOf(path, folder / "copy.mdb");
+        const auto pager = Pager::Open(OpenFile(copy, OpenMode::ReadWrite));
         const Format& format = pager->GetFormat();
         std::set<PageNumber> roots;
         std::set<PageNumber> children;
@@ -73,18 +70,12 @@ TEST(RealIndexes, PagesAndTreesReadAsTheyStand)
 TEST(RealIndexes, KeysAreThoseThatAccessWrote)
 {
     REQUIRE_SHARED(shared);
-    std::vector<std::string> command{"python3", DUMP_KEYS};
+    std::vector<std::string> command{DUMP_KEYS};
     for (const std::filesystem::path& path : velmora::testing::RealDatabases(shared))
         command.push_back(path);
-    const auto result = velmora::testing::RunProcess(command, {{"PYTHONPATH", shared / "tools"}});
+    const auto result = velmora::testing::RunPython(command);
     ASSERT_EQ(result.status, 0) << result.errors;
 
-    const auto fromHex = [](const std::string& text) {
-        Bytes bytes(text.size() / 2);
-        for (std::size_t i = 0; i < bytes.size(); ++i)
-            std::from_chars(text.data() + 2 * i, text.data() + 2 * i + 2, bytes[i], 16);
-        return bytes;
-    };
     std::istringstream lines(result.output);
     std::size_t compared = 0;
     std::set<int> types;
@@ -96,7 +87,7 @@ TEST(RealIndexes, KeysAreThoseThatAccessWrote)
         fields >> jet >> key;
         Bytes made;
         while (fields >> type >> isAscending >> locale >> version >> stored) {
-            const Bytes value = fromHex(stored.substr(1));
+            const Bytes value = testing::FromHex(std::string_view(stored).substr(1));
             AppendKey(made, FormatOf(jet == 3 ? JetVersion::Jet3 : JetVersion::Jet4),
                       {static_cast<ColumnType>(type),
                        isAscending ? SortOrder::Ascending : SortOrder::Descending,
@@ -104,7 +95,7 @@ TEST(RealIndexes, KeysAreThoseThatAccessWrote)
                       stored == "-" ? std::nullopt : std::optional<ByteSpan>(value));
             types.insert(type);
         }
-        ASSERT_EQ(testing::Hex(made), testing::Hex(fromHex(key)));
+        ASSERT_EQ(testing::Hex(made), testing::Hex(testing::FromHex(key)));
     }
     EXPECT_GT(compared, 5000U);
     EXPECT_GE(types.size(), 6U);

@@ -3,15 +3,17 @@
 #include "support/shared.h"
 
 #include <algorithm>
-#include <memory>
+#include <cstring>
 
 namespace jet::testing {
 
 namespace {
 
+constexpr std::uint64_t kSectorBytes = 512;
+
 bool IsZero(ByteSpan bytes)
 {
-    return std::ranges::all_of(bytes, [](Byte b) { return b == 0; });
+    return bytes[0] == 0 && std::memcmp(bytes.data(), bytes.data() + 1, bytes.size() - 1) == 0;
 }
 
 } // namespace
@@ -272,7 +274,7 @@ void CrashFileSystem::LoseSome(Node& node)
             continue;
         }
         for (std::size_t at = 0; at < change.bytes.size();) {
-            const std::size_t sector = Extent::kChunk - (change.offset + at) % Extent::kChunk;
+            const std::size_t sector = kSectorBytes - (change.offset + at) % kSectorBytes;
             const ByteSpan part = ByteSpan(change.bytes).subspan(at, std::min(sector, change.bytes.size() - at));
             if (fate == 1 || random_() % 2 == 0)
                 node.synced.Write(change.offset + at, part);
@@ -311,12 +313,6 @@ void CrashFileSystem::CopyOut(const std::filesystem::path& path, const std::file
 {
     const Bytes content = Content(path);
     velmora::testing::WriteFile(realPath, {reinterpret_cast<const char*>(content.data()), content.size()});
-}
-
-void CrashFileSystem::CopyIn(const std::filesystem::path& realPath, const std::filesystem::path& path)
-{
-    const std::string content = velmora::testing::ReadFile(realPath);
-    Put(path, Bytes(content.begin(), content.end()));
 }
 
 } // namespace jet::testing

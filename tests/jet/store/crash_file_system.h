@@ -38,7 +38,7 @@ enum class Loss {
 /// Content that is all zero takes no memory. Folders need not be made.
 class CrashFileSystem final : public FileSystem {
 public:
-    explicit CrashFileSystem(unsigned seed) : random_(seed) {}
+    explicit CrashFileSystem(unsigned seed = 0) : random_(seed) {}
 
     // What may go wrong. An operation is whatever changes the disk: a write, truncation, sync, creation, removal,
     // renaming. They are counted from 1.
@@ -74,7 +74,6 @@ public:
     [[nodiscard]] Bytes Content(const std::filesystem::path& path) const;
     void Put(const std::filesystem::path& path, ByteSpan content); ///< synced
     void CopyOut(const std::filesystem::path& path, const std::filesystem::path& realPath) const;
-    void CopyIn(const std::filesystem::path& realPath, const std::filesystem::path& path);
 
     // FileSystem.
 
@@ -92,7 +91,7 @@ private:
     class Handle;
     /// Bytes in chunks; those that are not there are zero.
     struct Extent {
-        static constexpr std::uint64_t kChunk = 512;
+        static constexpr std::uint64_t kChunk = 4096;
         std::map<std::uint64_t, std::array<Byte, kChunk>> chunks;
         std::uint64_t size = 0;
 

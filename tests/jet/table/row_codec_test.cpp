@@ -1,7 +1,6 @@
 #include "jet/table/row_codec.h"
 
-#include "jet/base/hex.h"
-#include "jet/error.h"
+#include "jet/support.h"
 
 #include <gtest/gtest.h>
 #include <random>

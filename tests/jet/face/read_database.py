@@ -1,4 +1,4 @@
-"""What a database consists of, as lines that the schema rowsets are compared with: python3 schema_lines.py FILE."""
+"""What a database consists of and holds, as lines that ours are compared with: python3 read_database.py FILE."""
 
 import json
 import sys
@@ -7,6 +7,7 @@ from jetcheck.reader import open_mdb
 
 PROVIDER_TYPES = {1: 11, 2: 17, 3: 2, 4: 3, 5: 6, 6: 4, 7: 5, 8: 7, 9: 128, 10: 130, 11: 128, 12: 130, 15: 72, 16: 131,
                   17: 128}
+COMPARED = (2, 3, 4, 10, 12)
 UNLISTED = 0x30000
 SYSTEM = 0x80000000
 
@@ -57,6 +58,18 @@ def lines(db):
         for ordinal, (_, column, referenced) in enumerate(r["columns"], 1):
             sides = f"{r['table']}.{column} {r['referenced_table']}.{referenced}"
             yield f"key {r['name']} {sides} {ordinal} {update} {delete}"
+
+    for entry in db.table_entries():
+        if table_type({"Type": 1, "Flags": entry.flags}) == "TABLE":
+            yield from rows(entry.name, db.table_at(entry.tdef_page, entry))
+
+
+def rows(name, table):
+    """In hex, since a text may hold line ends: the fields that are texts or whole numbers, the others empty."""
+    for row in table.rows():
+        fields = (row.values[c.name] if c.type in COMPARED else None for c in table.tdef.columns)
+        text = "".join("|" if v is None else f"{v}|" for v in fields)
+        yield f"row {name} " + text.encode("utf-8", "surrogatepass").hex(" ").upper()
 
 
 for line in sorted(lines(open_mdb(sys.argv[1]))):
