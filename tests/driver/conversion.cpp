@@ -7,6 +7,47 @@
 #include <algorithm>
 
 namespace velmora::testing {
+namespace {
+
+std::vector<std::string> TableNames(jet::Connection& connection)
+{
+    std::vector<std::string> names;
+    for (auto rows = connection.OpenSchema(jet::SchemaKind::Tables, {"", "", "", "TABLE"}); !rows.Eof();
+         rows.MoveNext())
+        names.push_back(rows.Text("TABLE_NAME"));
+    std::ranges::sort(names);
+    return names;
+}
+
+/// The names of the columns, then the records.
+std::vector<std::string> Lines(jet::Connection& connection, std::string_view table)
+{
+    jet::Recordset records = connection.OpenTable(table);
+    std::vector<std::string> lines(1);
+    for (std::size_t field = 0; field < records.FieldCount(); ++field)
+        lines[0] += (field ? "|" : "") + records.FieldName(field);
+    for (records.MoveFirst(); !records.Eof(); records.MoveNext()) {
+        std::string& line = lines.emplace_back();
+        for (std::size_t field = 0; field < records.FieldCount(); ++field)
+            line += (field ? "|" : "") + jet::ToText(records.Get(field));
+    }
+    return lines;
+}
+
+std::string RelationsOf(jet::Connection& connection)
+{
+    std::vector<std::string> lines;
+    for (auto rows = connection.OpenSchema(jet::SchemaKind::ForeignKeys); !rows.Eof(); rows.MoveNext())
+        lines.push_back(rows.Text("FK_TABLE_NAME") + "." + rows.Text("FK_COLUMN_NAME") + " -> " +
+                        rows.Text("PK_TABLE_NAME") + "." + rows.Text("PK_COLUMN_NAME") + "\n");
+    std::ranges::sort(lines);
+    std::string text;
+    for (const std::string& line : lines)
+        text += line;
+    return text;
+}
+
+} // namespace
 
 Conversion::Conversion() : job(host), batch(job, map, {folder_.Path().string(), folder_.Path().string()})
 {
@@ -58,6 +99,12 @@ Conversion& Conversion::Map(std::string tag, std::string name)
     return *this;
 }
 
+Conversion& Conversion::Text()
+{
+    job.controls.txtFILE_TXT.text = Path("text").string();
+    return Options("delimiter=;");
+}
+
 RunOutcome Conversion::Run()
 {
     host.lines.clear();
@@ -65,54 +112,58 @@ RunOutcome Conversion::Run()
     return batch.btnConvert_Click();
 }
 
-bool Conversion::HasTable(std::string_view table) const
-{
-    return (" " + Tables()).find(" " + std::string(table) + " ") != std::string::npos;
-}
-
 std::string Conversion::Tables() const
 {
-    const auto connection = jet::Connection::Open(Target());
-    std::vector<std::string> names;
-    for (auto rows = connection->OpenSchema(jet::SchemaKind::Tables, {"", "", "", "TABLE"}); !rows.Eof();
-         rows.MoveNext())
-        names.push_back(rows.Text("TABLE_NAME"));
-    std::sort(names.begin(), names.end());
     std::string text;
-    for (const std::string& name : names)
+    for (const std::string& name : TableNames(*jet::Connection::Open(Target())))
         text += name + " ";
     return text;
 }
 
 std::string Conversion::Dump(std::string_view table) const
 {
-    if (!HasTable(table))
-        return "no table " + std::string(table);
     const auto connection = jet::Connection::Open(Target());
-    jet::Recordset records = connection->OpenTable(table);
+    if (!std::ranges::count(TableNames(*connection), table))
+        return "no table " + std::string(table);
     std::string text;
-    for (std::size_t field = 0; field < records.FieldCount(); ++field)
-        text += (field ? "|" : "") + records.FieldName(field);
-    text += "\n";
-    for (records.MoveFirst(); !records.Eof(); records.MoveNext()) {
-        for (std::size_t field = 0; field < records.FieldCount(); ++field)
-            text += (field ? "|" : "") + jet::ToText(records.Get(field));
-        text += "\n";
-    }
+    for (const std::string& line : Lines(*connection, table))
+        text += line + "\n";
     return text;
 }
 
 std::string Conversion::Relations() const
 {
+    return RelationsOf(*jet::Connection::Open(Target()));
+}
+
+std::string Conversion::Content() const
+{
     const auto connection = jet::Connection::Open(Target());
-    std::vector<std::string> lines;
-    for (auto rows = connection->OpenSchema(jet::SchemaKind::ForeignKeys); !rows.Eof(); rows.MoveNext())
-        lines.push_back(rows.Text("FK_TABLE_NAME") + "." + rows.Text("FK_COLUMN_NAME") + " -> " +
-                        rows.Text("PK_TABLE_NAME") + "." + rows.Text("PK_COLUMN_NAME") + "\n");
-    std::sort(lines.begin(), lines.end());
     std::string text;
-    for (const std::string& line : lines)
-        text += line;
+    for (const std::string& table : TableNames(*connection)) {
+        const std::vector<std::string> lines = Lines(*connection, table);
+        text += table + "(" + lines[0] + "):";
+        for (std::size_t i = 1; i < lines.size(); ++i)
+            text += (i > 1 ? " / " : " ") + lines[i];
+        text += "\n";
+    }
+    return text + RelationsOf(*connection);
+}
+
+std::string Conversion::TextFile(std::string_view table) const
+{
+    std::string text = ReadFile(Path("text") / std::string(table).append(".txt"));
+    for (std::size_t at = 0; (at = text.find("\r\n", at)) != text.npos;)
+        text.replace(at, 2, "~");
+    return text;
+}
+
+std::string Conversion::Losses() const
+{
+    std::string text;
+    for (const std::string& line : host.lines)
+        if (line.starts_with("Not imported") || line.starts_with("  "))
+            text += line + "\n";
     return text;
 }
 

@@ -26,18 +26,28 @@ public:
     /// Words of the command line, added to those before.
     Conversion& Options(std::string_view words);
     Conversion& Map(std::string tag, std::string name);
+    /// Exports text files into the folder "text", with a semicolon between the values.
+    Conversion& Text();
     /// Converts what Xml() has written.
     RunOutcome Run();
 
-    [[nodiscard]] bool HasTable(std::string_view table) const;
     /// The names of all user tables, in order, each followed by a blank.
     [[nodiscard]] std::string Tables() const;
     /// The table as text: a line of column names, then a line per record; fields are separated by "|", Null is empty.
     [[nodiscard]] std::string Dump(std::string_view table) const;
     /// "child.FKEY -> parent.PKEY" for each relation, a line each, sorted.
     [[nodiscard]] std::string Relations() const;
+    /// All of the database: for each table "name(columns): record / record", with the fields as in Dump(), a line each
+    /// in order of names; then the relations.
+    [[nodiscard]] std::string Content() const;
+    /// A text file of the folder "text", which Text() has asked for; CR LF is shown as "~".
+    [[nodiscard]] std::string TextFile(std::string_view table) const;
     /// How many protocol lines of the last run hold `text`.
     [[nodiscard]] int Said(std::string_view text) const;
+    /// All lines of the last run's protocol.
+    [[nodiscard]] std::string Protocol() const { return ::testing::PrintToString(host.lines); }
+    /// What the protocol says of values that were lost: how many, and path by path; a line each.
+    [[nodiscard]] std::string Losses() const;
     /// The last error report: number, a blank, description; empty without one.
     [[nodiscard]] std::string Error() const;
 

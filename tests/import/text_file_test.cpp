@@ -1,6 +1,5 @@
 #include "import/text_file.h"
 
-#include "import/quoted_field.h"
 #include "log/runtime_error.h"
 #include "support/shared.h"
 
@@ -44,32 +43,6 @@ TEST(TextFile, ADiskThatIsFullIsToldOnceAndLeavesWholeLines)
     file.WriteLine("two");
     file.Flush();
 #endif
-}
-
-TEST(QuotedField, QuotesWhatAReaderWouldTakeApart)
-{
-    struct Case {
-        const char* value;
-        const char* delimiter;
-        const char* field;
-    };
-    const Case cases[] = {
-        {"", ",", ""},
-        {"plain; text\t", ",", "plain; text\t"},
-        {"a,b", ",", "\"a,b\""},
-        {"\"", ",", "\"\"\"\""},
-        {"say \"x\"", ",", "\"say \"\"x\"\"\""},
-        {"line\nbreak", ",", "\"line\nbreak\""},
-        {"line\rbreak", ",", "\"line\rbreak\""},
-        {"a|", "||", "\"a|\""},
-        {"a;b", "", "a;b"},
-    };
-    for (const Case& c : cases) {
-        SCOPED_TRACE(c.value);
-        std::string line = std::string("\",before").append(c.value);
-        QuoteField(line, 8, c.delimiter);
-        EXPECT_EQ(line, std::string("\",before").append(c.field));
-    }
 }
 
 } // namespace
