@@ -1,10 +1,11 @@
 // Loads arbitrary bytes as an XML file, with little memory so that the mapped file is used as well, walks the document
-// once through its whole interface, and analyses it.
+// once through its whole interface, and analyses and plans it.
 #include "input_file.h"
+#include "mapping/tag_map.h"
+#include "plan/analyse_xml.h"
 #include "settings/job.h"
 #include "silent_host.h"
 #include "xml/document_loader.h"
-#include "xml/structure_analysis.h"
 
 #include <cstdint>
 
@@ -50,7 +51,8 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     velmora::Job job(host);
     job.settings.blImportAttributes = true;
     velmora::StructureModel model;
-    velmora::velAnalyseXML(job, loaded.document, model);
+    velmora::MappingPlan plan;
+    velmora::velAnalyseXML(job, loaded.document, velmora::TagMap(), model, plan);
     Check(model.UpperBound() + 1 >= loaded.document.Paths().Size() || loaded.document.IsEmpty());
     return 0;
 }

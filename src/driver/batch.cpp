@@ -4,6 +4,8 @@
 #include "driver/run_files.h"
 #include "driver/url_source.h"
 #include "import/node_importer.h"
+#include "plan/analyse_xml.h"
+#include "plan/plain_names.h"
 #include "platform/file_listing.h"
 #include "platform/paths.h"
 #include "platform/utf8.h"
@@ -12,8 +14,7 @@
 #include "schema/schema_builder.h"
 #include "schema/target_check.h"
 #include "settings/conversion_settings.h"
-#include "xml/map_name.h"
-#include "xml/structure_analysis.h"
+#include "xml/load_xml.h"
 #include "xml/structure_report.h"
 
 #include <ctime>
@@ -204,20 +205,21 @@ bool Batch::ConvertOneFile(const std::string& path, DatabaseSession& session, Fi
     job_.host.SetProgress(ProgressBarId::Records, 0);
     LoadedXml xml = velLoadXML(job_, path);
     const auto run = [this](auto&& step) { return Guarded(job_.log, step); };
-    const auto createDatabase = [&](StructureModel& model, int pass) {
-        velCreateDatabase(job_, session, xml.document, model, tagMap_, pass);
+    const auto createDatabase = [&](const MappingPlan& plan, int pass) {
+        velCreateDatabase(job_, session, xml.document, plan, pass);
     };
     StructureModel model;
-    run([&] { velAnalyseXML(job_, xml.document, model); });
+    MappingPlan plan;
+    run([&] { velAnalyseXML(job_, xml.document, tagMap_, model, plan); });
     ShowStructure(xml.document, model);
     run([&] {
-        createDatabase(model, job_.settings.blExtendMdb ? schema_pass::kExtendStructure : schema_pass::kCreateTables);
+        createDatabase(plan, job_.settings.blExtendMdb ? schema_pass::kExtendStructure : schema_pass::kCreateTables);
     });
     if (job_.settings.blCreateTableRelations)
-        run([&] { createDatabase(model, schema_pass::kCreateRelations); });
+        run([&] { createDatabase(plan, schema_pass::kCreateRelations); });
     TableSinks sinks;
-    run([&] { velOpenTables(job_, session, model, tagMap_, filesOfRun, sinks); });
-    DocumentImport import(job_, session, path, xml.document, model, tagMap_, sinks);
+    run([&] { velOpenTables(job_, session, plan, filesOfRun, sinks); });
+    DocumentImport import(job_, session, path, xml.document, plan, sinks);
     const bool imported = run([&] { import.Run(); });
     outcome_.valuesLeftOut += import.Tell(imported);
     outcome_.recordsWithoutText += velCloseTables(job_, session, sinks);

@@ -3,49 +3,77 @@
 #include "import/record_refusal.h"
 #include "schema/engine_errors.h"
 
+#include <span>
+
 namespace velmora {
 
+namespace {
+
+/// Walks through what is planned for one element's attributes: elements of one path mostly write them in one order.
+class AttributeFinder {
+public:
+    explicit AttributeFinder(std::span<const AttributePlan> attributes) : attributes_(attributes) {}
+
+    /// The place of the attribute `name`, which is one of them.
+    const ValuePlace& Find(NameId name)
+    {
+        while (attributes_[next_].name != name)
+            Advance();
+        const ValuePlace& place = attributes_[next_].place;
+        Advance();
+        return place;
+    }
+
+private:
+    void Advance() { next_ = next_ + 1 == attributes_.size() ? 0 : next_ + 1; }
+
+    std::span<const AttributePlan> attributes_;
+    std::size_t next_ = 0;
+};
+
+} // namespace
+
 ColumnImport::ColumnImport(Job& job, DatabaseSession& session, const std::string& source, const Document& document,
-                           const StructureModel& model, const TagMap& map, TableSinks& sinks, ValueAccount& account)
-    : job_(job), session_(session), source_(source), document_(document), model_(model), sinks_(sinks),
-      fields_(document, job.settings, map, sinks), writer_(job, session, document, account)
+                           const MappingPlan& plan, TableSinks& sinks, ValueAccount& account)
+    : job_(job), session_(session), source_(source), document_(document), plan_(plan), sinks_(sinks),
+      fields_(plan, job.settings), writer_(job, session, document, account)
 {
 }
 
-void ColumnImport::velImportNodeColumns(ElementId element, int sink)
+void ColumnImport::velImportNodeColumns(ElementId element, TableNumber number)
 {
     Procedure(job_, "velImportNodeColumns", [&](Step& step) {
+        TableSink& sink = sinks_[number];
         for (ElementId leaf = document_.FirstChild(element); leaf != kNoElement; leaf = document_.NextSibling(leaf)) {
             if (document_.ChildCount(leaf) > 0 || !HasText(document_.Content(leaf)))
                 continue;
-            step([this, leaf, sink] {
-                return "Insert value for [" + sinks_[sink].records->Source() + "].[" + fields_.ColumnOfLeaf(leaf) + "]";
-            });
-            const LossReason refusal = ImportLeaf(leaf, sink);
+            const ValuePlace& place = PlanOf(leaf).outerText;
+            step([this, &place, &sink] { return AboutValue(sink, place); });
+            const LossReason refusal = SetText(sink, place, leaf);
             const bool mayHaveOwnTable = refusal != LossReason::None && refusal != LossReason::KeyColumn;
-            if (!mayHaveOwnTable || !ImportLeafIntoOwnTable(leaf, sink))
-                Refuse(sinks_[sink], {leaf}, refusal);
+            if (!mayHaveOwnTable || !ImportLeafIntoOwnTable(leaf, number))
+                Refuse(sink, {leaf}, refusal);
         }
     });
 }
 
-void ColumnImport::velImportNodeAttributes(ElementId element, int sink)
+void ColumnImport::velImportNodeAttributes(ElementId element, TableNumber sink)
 {
     Procedure(job_, "velImportNodeAttributes", [&](Step& step) { SetAttributes(element, sink, step); });
 }
 
-/// What the leaf's value was refused for, if it was: it is not yet lost then.
-LossReason ColumnImport::ImportLeaf(ElementId leaf, int sinkNumber)
+std::string ColumnImport::AboutValue(const TableSink& sink, const ValuePlace& place) const
 {
-    TableSink& sink = sinks_[sinkNumber];
-    return SetText(sink, fields_.InParent(sink, leaf), leaf);
+    return "Insert value for [" + sink.records->Source() + "].[" + plan_.columns[place.column].name + "]";
 }
 
-LossReason ColumnImport::SetText(TableSink& sink, const FieldPlace& place, ElementId leaf)
+/// What the leaf's value was refused for, if it was: it is not yet lost then.
+LossReason ColumnImport::SetText(TableSink& sink, const ValuePlace& place, ElementId leaf)
 {
-    if (!place.field)
-        return place.refusal;
-    return SetUnlessWrongType(sink, *place.field, {{}, document_.NameText(document_.Name(leaf))},
+    const FieldPlace found = fields_.Find(sink, place);
+    if (!found.field)
+        return found.refusal;
+    return SetUnlessWrongType(sink, *found.field, {{}, document_.NameText(document_.Name(leaf))},
                               document_.Content(leaf), {leaf});
 }
 
@@ -73,30 +101,30 @@ void ColumnImport::Refuse(TableSink& sink, ValueOrigin origin, LossReason reason
 void ColumnImport::ImportOwnText(ElementId leaf, TableSink& sink)
 {
     // A record without its text is still a record: the loss is counted, not fatal.
-    Refuse(sink, {leaf}, SetText(sink, fields_.InOwnTable(sink, leaf), leaf));
+    Refuse(sink, {leaf}, SetText(sink, PlanOf(leaf).ownText, leaf));
 }
 
 /// False when the leaf has no table.
-bool ColumnImport::ImportLeafIntoOwnTable(ElementId leaf, int ownerSink)
+bool ColumnImport::ImportLeafIntoOwnTable(ElementId leaf, TableNumber ownerSink)
 {
-    const int number = SinkOf(leaf);
-    if (number == TableSinks::kNone || !sinks_[number].HasTable())
+    const TableNumber number = PlanOf(leaf).table;
+    if (!sinks_[number].HasTable())
         return false;
     TableSink& sink = sinks_[number];
     TableSink& owner = sinks_[ownerSink];
     writer_.Begin(sink, leaf);
-    if (job_.settings.blOneTablePerElement)
-        writer_.SetMasterTable(sink, owner.records->Source());
+    writer_.SetMasterTable(sink, owner.records->Source());
     writer_.SetForeignKey(sink, writer_.Key(owner));
     ImportOwnText(leaf, sink);
     Save(number, ownerSink);
     return true;
 }
 
-void ColumnImport::SetAttributes(ElementId element, int sinkNumber, Step& step)
+void ColumnImport::SetAttributes(ElementId element, TableNumber number, Step& step)
 {
-    TableSink& sink = sinks_[sinkNumber];
+    TableSink& sink = sinks_[number];
     sink.values.attributeOwner = element;
+    AttributeFinder places(plan_.AttributesOf(PlanOf(element)));
     const std::uint32_t count = document_.AttributeCount(element);
     for (std::uint32_t index = 0; index < count; ++index) {
         const std::string_view value = document_.AttributeValue(element, index);
@@ -107,7 +135,7 @@ void ColumnImport::SetAttributes(ElementId element, int sinkNumber, Step& step)
             return "Import attribute [" + std::string(document_.NameText(name)) + "] into table [" +
                    sink.records->Source() + "]";
         });
-        const FieldPlace place = fields_.Attribute(sink, sinkNumber, element, index);
+        const FieldPlace place = fields_.Find(sink, places.Find(name));
         const ValueOrigin origin{element, name};
         const RawName rawName{job_.settings.strAttrPrefix, document_.NameText(name)};
         Refuse(sink, origin,
@@ -115,23 +143,21 @@ void ColumnImport::SetAttributes(ElementId element, int sinkNumber, Step& step)
     }
 }
 
-void ColumnImport::velImportTwinBabyElements(ElementId leaf, std::int32_t ownerKey, int ownerSink)
+void ColumnImport::velImportTwinBabyElements(ElementId leaf, std::int32_t ownerKey, TableNumber ownerSink)
 {
     const std::string_view content = document_.Content(leaf);
-    const bool withAttributes = job_.settings.blImportAttributes && document_.AttributeCount(leaf) > 0;
-    const int number = SinkOf(leaf);
-    if ((content.empty() && !withAttributes) || number == TableSinks::kNone || !sinks_[number].HasTable())
+    const bool withAttributes = ImportsAttributesOf(leaf);
+    const TableNumber number = PlanOf(leaf).table;
+    if ((content.empty() && !withAttributes) || !sinks_[number].HasTable())
         return;
     Procedure(job_, "velImportTwinBabyElements", [&](Step& step) {
         TableSink& sink = sinks_[number];
         step([&sink] { return "Add new record to table [" + sink.records->Source() + "]"; });
         writer_.Begin(sink, leaf);
         writer_.SetForeignKey(sink, ownerKey);
-        writer_.SetMasterTable(sink, ownerSink == 0 ? std::string_view() : sinks_[ownerSink].records->Source());
+        writer_.SetMasterTable(sink, ownerSink == kNoTable ? std::string_view() : sinks_[ownerSink].records->Source());
         if (!content.empty()) {
-            step([this, leaf, &sink] {
-                return "Insert value for [" + sink.records->Source() + "].[" + fields_.ColumnOfLeaf(leaf) + "]";
-            });
+            step([this, leaf, &sink] { return AboutValue(sink, PlanOf(leaf).ownText); });
             ImportOwnText(leaf, sink);
         }
         if (withAttributes) {
@@ -147,7 +173,8 @@ void ColumnImport::velImportTwinBabyElements(ElementId leaf, std::int32_t ownerK
     });
 }
 
-void ColumnImport::velImportNodeAttributesRecord(ElementId leaf, int leafSink, int ownerSink, std::int32_t ownerKey)
+void ColumnImport::velImportNodeAttributesRecord(ElementId leaf, TableNumber leafSink, TableNumber ownerSink,
+                                                 std::int32_t ownerKey)
 {
     TableSink& sink = sinks_[leafSink];
     if (!sink.HasTable())
@@ -167,9 +194,9 @@ void ColumnImport::velImportNodeAttributesRecord(ElementId leaf, int leafSink, i
     });
 }
 
-void ColumnImport::Save(int sinkNumber, int ownerSink)
+void ColumnImport::Save(TableNumber number, TableNumber ownerSink)
 {
-    TableSink& sink = sinks_[sinkNumber];
+    TableSink& sink = sinks_[number];
     try {
         writer_.Save(sink);
     } catch (const EngineError& error) {
@@ -180,14 +207,14 @@ void ColumnImport::Save(int sinkNumber, int ownerSink)
 }
 
 /// Only a relation that this run has made can be left out by it.
-std::string ColumnImport::HelpFor(const EngineError& error, const TableSink& sink, int ownerSink)
+std::string ColumnImport::HelpFor(const EngineError& error, const TableSink& sink, TableNumber ownerSink)
 {
     if (error.Number() != engine_errors::kRelatedRecordRequired)
         return {};
     if (!session_.HasMadeRelation(error.Subject().relation))
         return "the relation was there before this run: give the record a value that it knows, or delete it in Access";
     const std::string owner =
-        ownerSink == 0 ? "no record" : "a record of " + document_.PathText(sinks_[ownerSink].element.strPath);
+        ownerSink == kNoTable ? "no record" : "a record of " + document_.PathText(sinks_[ownerSink].plan->path);
     return "it belongs to " + owner + ", and [" + sink.records->Source() +
            "] refers to another table: -relations goes without";
 }
@@ -195,7 +222,7 @@ std::string ColumnImport::HelpFor(const EngineError& error, const TableSink& sin
 void ColumnImport::CountRecord()
 {
     ++records_;
-    if (records_ <= model_.lngRecordEstimate) {
+    if (records_ <= plan_.recordEstimate) {
         job_.host.SetProgress(ProgressBarId::Records, records_);
     } else if (!estimateExceeded_) {
         estimateExceeded_ = true;

@@ -16,47 +16,49 @@ class ColumnImport {
 public:
     /// `source` is the file from which the document was loaded.
     ColumnImport(Job& job, DatabaseSession& session, const std::string& source, const Document& document,
-                 const StructureModel& model, const TagMap& map, TableSinks& sinks, ValueAccount& account);
+                 const MappingPlan& plan, TableSinks& sinks, ValueAccount& account);
 
     /// Writes the texts of the element's leaves into its record, which is pending in `sink`. A leaf for which that has
     /// no column gets a record of its own where it has a table.
-    void velImportNodeColumns(ElementId element, int sink);
+    void velImportNodeColumns(ElementId element, TableNumber sink);
     /// Writes the element's attributes into the record pending in `sink`.
-    void velImportNodeAttributes(ElementId element, int sink);
+    void velImportNodeAttributes(ElementId element, TableNumber sink);
     /// Makes one record of a repeated leaf, text and attributes; nothing when it has neither, or no table. `ownerSink`
-    /// may be 0.
-    void velImportTwinBabyElements(ElementId leaf, std::int32_t ownerKey, int ownerSink);
+    /// may be kNoTable.
+    void velImportTwinBabyElements(ElementId leaf, std::int32_t ownerKey, TableNumber ownerSink);
     /// Makes a record of a leaf's attributes alone.
-    void velImportNodeAttributesRecord(ElementId leaf, int leafSink, int ownerSink, std::int32_t ownerKey);
+    void velImportNodeAttributesRecord(ElementId leaf, TableNumber leafSink, TableNumber ownerSink,
+                                       std::int32_t ownerKey);
 
     /// The progress step: a record was saved.
     void CountRecord();
     /// Saves the record pending in `sink`, which belongs to one in `ownerSink`.
-    void Save(int sink, int ownerSink);
+    void Save(TableNumber sink, TableNumber ownerSink);
     [[nodiscard]] std::int32_t RecordCount() const noexcept { return records_; }
-    [[nodiscard]] int SinkOf(ElementId element) const noexcept
+    [[nodiscard]] const PathPlan& PlanOf(ElementId element) const { return plan_.paths[document_.Path(element)]; }
+    [[nodiscard]] bool ImportsAttributesOf(ElementId element) const
     {
-        return sinks_.Lookup(document_.Path(element), job_.settings.blSkipEmptyWrappingTags);
+        return plan_.importsAttributes && document_.AttributeCount(element) > 0;
     }
     [[nodiscard]] std::string PathOf(ElementId element) const { return document_.PathText(document_.Path(element)); }
     [[nodiscard]] RecordWriter& Writer() noexcept { return writer_; }
 
 private:
-    [[nodiscard]] LossReason ImportLeaf(ElementId leaf, int sink);
-    [[nodiscard]] bool ImportLeafIntoOwnTable(ElementId leaf, int ownerSink);
+    [[nodiscard]] bool ImportLeafIntoOwnTable(ElementId leaf, TableNumber ownerSink);
+    [[nodiscard]] std::string AboutValue(const TableSink& sink, const ValuePlace& place) const;
     void ImportOwnText(ElementId leaf, TableSink& sink);
-    [[nodiscard]] LossReason SetText(TableSink& sink, const FieldPlace& place, ElementId leaf);
+    [[nodiscard]] LossReason SetText(TableSink& sink, const ValuePlace& place, ElementId leaf);
     [[nodiscard]] LossReason SetUnlessWrongType(TableSink& sink, std::size_t field, const RawName& name,
                                                 std::string_view value, ValueOrigin origin);
     static void Refuse(TableSink& sink, ValueOrigin origin, LossReason reason);
-    [[nodiscard]] std::string HelpFor(const EngineError& error, const TableSink& sink, int ownerSink);
-    void SetAttributes(ElementId element, int sink, Step& step);
+    [[nodiscard]] std::string HelpFor(const EngineError& error, const TableSink& sink, TableNumber ownerSink);
+    void SetAttributes(ElementId element, TableNumber sink, Step& step);
 
     Job& job_;
     const DatabaseSession& session_;
     const std::string& source_;
     const Document& document_;
-    const StructureModel& model_;
+    const MappingPlan& plan_;
     TableSinks& sinks_;
     FieldFinder fields_;
     RecordWriter writer_;

@@ -49,9 +49,9 @@ std::string_view FirstValue(const Document& document, const ValueAccount::Group&
 
 } // namespace
 
-std::int64_t ReportLoss(Job& job, const Document& document, const ValueAccount& account)
+std::int64_t ReportLoss(Job& job, const Document& document, const MappingPlan& plan, const ValueAccount& account)
 {
-    const ValueAccount::Loss loss = account.Settle(job.settings.blImportAttributes);
+    const ValueAccount::Loss loss = account.Settle(plan.importsAttributes);
     if (loss.groups.empty())
         return 0;
     const auto pathOf = [&](const ValueAccount::Group& group) {

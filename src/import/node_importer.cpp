@@ -13,12 +13,12 @@ namespace {
 /// An element whose children are being walked.
 struct Level {
     ElementId element = kNoElement;
-    ElementId child = kNoElement; ///< the next one
-    int sink = TableSinks::kNone; ///< kNone: a wrapping element
-    int parentSink = 0;           ///< what its children's records belong to is this one, for a wrapping element
+    ElementId child = kNoElement;      ///< the next one
+    TableNumber sink = kNoTable;       ///< kNoTable: it has no record
+    TableNumber parentSink = kNoTable; ///< then its children's records belong to the one here
     std::int32_t parentKey = 0;
-    std::int32_t key = 0; ///< of its own record
-    int childSink = 0;    ///< the current child sink: see ImportLeafBesideColumns
+    std::int32_t key = 0;           ///< of its own record
+    bool makesWholeRecords = false; ///< see ImportLeafBesideColumns
 };
 
 /// One walk over one document, depth first. Levels stand on a stack of their own: a document may be nested as deep as
@@ -33,14 +33,13 @@ public:
     void velImportNode();
 
 private:
-    void Enter(ElementId element, int parentSink, std::int32_t parentKey, Step& step);
+    void Enter(ElementId element, TableNumber parentSink, std::int32_t parentKey, Step& step);
     void BuildRecord(Level& level, Step& step);
     void TryBuildRecord(Level& level, Step& step);
     void ImportChild(Level& level, ElementId child, Step& step);
     void ImportChildOfWrapper(const Level& level, ElementId child, Step& step);
     void ImportLeafBesideColumns(Level& level, ElementId leaf);
-    [[nodiscard]] bool HasColumnsToImport(const ElementInfo& element) const;
-    [[nodiscard]] std::string_view SourceOf(int sink) const;
+    [[nodiscard]] std::string_view SourceOf(TableNumber sink) const;
 
     Job& job_;
     const LockSeam& locks_;
@@ -53,7 +52,7 @@ private:
 void NodeImporter::velImportNode()
 {
     Procedure(job_, "velImportNode", [&](Step& step) {
-        Enter(document_.Root(), 0, 0, step);
+        Enter(document_.Root(), kNoTable, 0, step);
         while (!levels_.empty()) {
             Level& level = levels_.back();
             const ElementId child = level.child;
@@ -67,20 +66,20 @@ void NodeImporter::velImportNode()
     });
 }
 
-void NodeImporter::Enter(ElementId element, int parentSink, std::int32_t parentKey, Step& step)
+void NodeImporter::Enter(ElementId element, TableNumber parentSink, std::int32_t parentKey, Step& step)
 {
     job_.host.ProcessEvents();
     job_.log.Trace("velImportNode: "); // like every procedure's name, also when the run ends here
     ThrowIfAborted(job_.settings);
     Level level{.element = element,
                 .child = document_.FirstChild(element),
-                .sink = columns_.SinkOf(element),
+                .sink = columns_.PlanOf(element).table,
                 .parentSink = parentSink,
                 .parentKey = parentKey};
     // Without a table an element is passed through, as a wrapping one is.
-    if (level.sink != TableSinks::kNone && !sinks_[level.sink].HasTable())
-        level.sink = TableSinks::kNone;
-    if (level.sink != TableSinks::kNone) {
+    if (!sinks_[level.sink].HasTable())
+        level.sink = kNoTable;
+    if (level.sink != kNoTable) {
         BuildRecord(level, step);
         const auto parentPath = [this, element] {
             return document_.PathText(document_.Paths().Parent(document_.Path(element)));
@@ -114,18 +113,17 @@ void NodeImporter::TryBuildRecord(Level& level, Step& step)
 {
     TableSink& sink = sinks_[level.sink];
     RecordWriter& writer = columns_.Writer();
-    const bool withAttributes = job_.settings.blImportAttributes && document_.AttributeCount(level.element) > 0;
 
     step([&records = *sink.records] { return "Add new record to table [" + records.Source() + "]"; });
     writer.Begin(sink, level.element);
-    if (job_.settings.blOneTablePerElement && level.parentSink != 0)
+    if (level.parentSink != kNoTable)
         writer.SetMasterTable(sink, SourceOf(level.parentSink));
     writer.SetForeignKey(sink, level.parentKey);
-    if (withAttributes) {
+    if (columns_.ImportsAttributesOf(level.element)) {
         step([&records = *sink.records] { return "Import all attributes into table [" + records.Source() + "]"; });
         columns_.velImportNodeAttributes(level.element, level.sink);
     }
-    if (HasColumnsToImport(sink.element)) {
+    if (columns_.PlanOf(level.element).readsLeaves) {
         step([&records = *sink.records] { return "Import all columns into table [" + records.Source() + "]"; });
         columns_.velImportNodeColumns(level.element, level.sink);
     }
@@ -135,22 +133,15 @@ void NodeImporter::TryBuildRecord(Level& level, Step& step)
     columns_.CountRecord();
 }
 
-/// An element whose columns are no more than its attributes has no leaf to look for. Repeated leaves that stand beside
-/// nothing else are not found by it either. Meant so.
-bool NodeImporter::HasColumnsToImport(const ElementInfo& element) const
-{
-    return job_.settings.blImportAttributes ? element.lngColumns > element.lngAttributes : element.lngColumns >= 1;
-}
-
 void NodeImporter::ImportChild(Level& level, ElementId child, Step& step)
 {
-    if (level.sink == TableSinks::kNone) {
+    if (level.sink == kNoTable) {
         ImportChildOfWrapper(level, child, step);
         return;
     }
     step([this, child] { return "  Analyse tag <" + std::string(document_.NameText(document_.Name(child))) + ">"; });
     if (document_.ChildCount(child) > 0) {
-        const int sink = level.sink;
+        const TableNumber sink = level.sink;
         const std::int32_t key = level.key;
         Enter(child, sink, key, step);
         return;
@@ -161,37 +152,37 @@ void NodeImporter::ImportChild(Level& level, ElementId child, Step& step)
 /// The children of a wrapping element belong to the record that encloses it.
 void NodeImporter::ImportChildOfWrapper(const Level& level, ElementId child, Step& step)
 {
-    const int parentSink = level.parentSink;
+    const TableNumber parentSink = level.parentSink;
     const std::int32_t parentKey = level.parentKey;
-    const int sink = columns_.SinkOf(child);
-    if (sink == TableSinks::kNone && job_.settings.blSkipEmptyWrappingTags)
+    const PathPlan& plan = columns_.PlanOf(child);
+    if (plan.endsRunInWrapper)
         throw RuntimeError(runtime_errors::kSubscriptOutOfRange,
                            "Subscript out of range: " + columns_.PathOf(child) +
                                " has no table with columns of its own and stands in the wrapping element " +
                                columns_.PathOf(level.element) + "; without +skip_empty it is imported");
-    if (sink != TableSinks::kNone && sinks_[sink].element.lngMaxTwins > 0)
+    if (plan.isRepeatedLeaf)
         columns_.velImportTwinBabyElements(child, parentKey, parentSink);
     if (document_.ChildCount(child) > 0)
         Enter(child, parentSink, parentKey, step);
 }
 
-/// A leaf among the children of an element that has a record. Whether it is taken for a repeated one depends on the
-/// current child sink, which a sibling with attributes has selected: a leaf without attributes in front of all of those
-/// is none. Meant so; the repeated leaves themselves are imported with their parent's columns.
+/// A leaf among the children of an element that has a record. Repeated leaves are imported with their parent's columns;
+/// here leaves with attributes get a record of those. Behind the first of them that is a repeated one, every leaf that
+/// has a table becomes a whole record, what stands in front of it does not. Meant so.
 void NodeImporter::ImportLeafBesideColumns(Level& level, ElementId leaf)
 {
-    if (level.childSink > 0 && sinks_[level.childSink].element.lngMaxTwins > 0) {
+    if (level.makesWholeRecords) {
         columns_.velImportTwinBabyElements(leaf, level.key, level.sink);
         return;
     }
-    if (!job_.settings.blImportAttributes || document_.AttributeCount(leaf) == 0)
+    const PathPlan& plan = columns_.PlanOf(leaf);
+    if (!columns_.ImportsAttributesOf(leaf) || plan.table == kNoTable)
         return;
-    level.childSink = columns_.SinkOf(leaf);
-    if (level.childSink != TableSinks::kNone)
-        columns_.velImportNodeAttributesRecord(leaf, level.childSink, level.sink, level.key);
+    level.makesWholeRecords = plan.isRepeatedLeaf;
+    columns_.velImportNodeAttributesRecord(leaf, plan.table, level.sink, level.key);
 }
 
-std::string_view NodeImporter::SourceOf(int sink) const
+std::string_view NodeImporter::SourceOf(TableNumber sink) const
 {
     return sinks_[sink].records->Source();
 }
@@ -199,9 +190,9 @@ std::string_view NodeImporter::SourceOf(int sink) const
 } // namespace
 
 DocumentImport::DocumentImport(Job& job, DatabaseSession& session, const std::string& source, const Document& document,
-                               const StructureModel& model, const TagMap& map, TableSinks& sinks)
-    : job_(job), session_(session), document_(document), model_(model), sinks_(sinks), account_(document),
-      columns_(job, session, source, document, model, map, sinks, account_)
+                               const MappingPlan& plan, TableSinks& sinks)
+    : job_(job), session_(session), document_(document), plan_(plan), sinks_(sinks), account_(document),
+      columns_(job, session, source, document, plan, sinks, account_)
 {
 }
 
@@ -209,7 +200,7 @@ void DocumentImport::Run()
 {
     ThrowIfAborted(job_.settings);
     hasBegun_ = true;
-    job_.log.ProtocolAppend("Import XML: Approx. " + std::to_string(model_.lngRecordEstimate) +
+    job_.log.ProtocolAppend("Import XML: Approx. " + std::to_string(plan_.recordEstimate) +
                             " records will be imported");
     job_.log.Trace("--- Start importing nodes -----------------");
     if (!document_.IsEmpty())
@@ -220,7 +211,7 @@ std::int64_t DocumentImport::Tell(bool completed) const
 {
     if (hasBegun_)
         job_.log.ProtocolAppend("Import XML: " + std::to_string(columns_.RecordCount()) + " records were imported");
-    return completed ? ReportLoss(job_, document_, account_) : 0;
+    return completed ? ReportLoss(job_, document_, plan_, account_) : 0;
 }
 
 } // namespace velmora

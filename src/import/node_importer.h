@@ -11,11 +11,11 @@ namespace velmora {
 class DocumentImport {
 public:
     DocumentImport(Job& job, DatabaseSession& session, const std::string& source, const Document& document,
-                   const StructureModel& model, const TagMap& map, TableSinks& sinks);
+                   const MappingPlan& plan, TableSinks& sinks);
 
-    /// Walks the document once and turns it into records: each element that has a table becomes a record, linked to the
-    /// record of the nearest element above it that has one. What throws leaves a record that was begun to
-    /// velCloseTables.
+    /// Walks the document once and turns it into records, as the plan says: each element that has a table becomes a
+    /// record, linked to the record of the nearest element above it that has one. What throws leaves a record that was
+    /// begun to velCloseTables.
     void Run();
     /// Says in the protocol how many records were written, also of a run that has ended early; of one that was
     /// `completed` also how many of the document's values were not imported: gives that number.
@@ -25,7 +25,7 @@ private:
     Job& job_;
     DatabaseSession& session_;
     const Document& document_;
-    const StructureModel& model_;
+    const MappingPlan& plan_;
     TableSinks& sinks_;
     ValueAccount account_;
     ColumnImport columns_;

@@ -1,9 +1,8 @@
 #pragma once
 
-#include "xml/document.h"
+#include "plan/mapping_plan.h"
 
 #include <cstddef>
-#include <cstdint>
 #include <vector>
 
 namespace velmora {
@@ -13,19 +12,6 @@ struct ValueOrigin {
     static constexpr NameId kOwnText = ~NameId{0};
     ElementId element = kNoElement;
     NameId attribute = kOwnText;
-};
-
-/// Why a value of the document stands in no record.
-enum class LossReason : std::uint8_t {
-    None,
-    NoRecord,       ///< nothing is made of the place where it stands
-    BesideChildren, ///< text of an element that has child elements
-    AttributesOff,  ///< attributes are left out
-    NoColumn,       ///< the record's table has no column for it, and it has no table of its own
-    KeyColumn,      ///< its column is a key, which the program fills itself
-    ColumnTaken,    ///< an element has taken the column of the attribute of the same name
-    Overwritten,    ///< a later value of the same record took its column
-    DoesNotFitType, ///< its column holds another type
 };
 
 /// Which values of the document stand in the fields of the record that is being built. A later value for the same field

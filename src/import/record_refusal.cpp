@@ -49,7 +49,7 @@ RuntimeError ExplainRefusal(const EngineError& error, TableSink& sink, const Doc
     text += " (" + RuleOf(error.Subject());
     for (const std::string& column : error.Subject().columns)
         text += ", " + column + " = " + ValueIn(*sink.records, column);
-    text += "; record " + std::to_string(sink.savedRecords + 1) + " of " + document.PathText(sink.element.strPath);
+    text += "; record " + std::to_string(sink.savedRecords + 1) + " of " + document.PathText(sink.plan->path);
     if (const auto line = LineOfElement(source, sink.values.element))
         text += ", line " + std::to_string(*line);
     if (!help.empty())

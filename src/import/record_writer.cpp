@@ -3,7 +3,6 @@
 #include "import/text_export.h"
 #include "schema/engine_errors.h"
 #include "schema/record_problem.h"
-#include "schema/table_name.h"
 
 #include <string>
 #include <utility>
@@ -137,7 +136,7 @@ ColumnToWiden RecordWriter::Widening(const TableSink& sink, std::size_t field, s
 {
     using enum ColumnToWiden::Target;
     const bool canGrow = sink.records->MaxCharacters(field) < characters && characters <= kMaxTextCharacters;
-    const PathId path = origin.element == kNoElement ? sink.element.strPath : document_.Path(origin.element);
+    const PathId path = origin.element == kNoElement ? sink.plan->path : document_.Path(origin.element);
     return {sink.records->FieldName(field), canGrow ? Text255 : Memo, characters,
             PathOfValue(document_, path, origin.attribute, job_.settings.strAttrPrefix)};
 }
@@ -156,7 +155,7 @@ void RecordWriter::MakeFit(TableSink& sink, const EngineError& error)
 {
     const auto texts = sink.records->TextsToWiden();
     if (!texts)
-        throw ExplainTooLarge(error, {sink.records->Source(), document_.PathText(sink.element.strPath),
+        throw ExplainTooLarge(error, {sink.records->Source(), document_.PathText(sink.plan->path),
                                       sink.records->FieldCount(), session_.IsAccess97()});
     if (texts->empty())
         throw error;

@@ -3,19 +3,15 @@
 #include "import/text_export.h"
 #include "schema/catalog_queries.h"
 #include "schema/engine_errors.h"
-#include "schema/table_name.h"
 
 #include <string>
 
 namespace velmora {
 
-TableSink& TableSinks::Append(const ElementInfo& element)
+TableSink& TableSinks::Append(const PlannedTable& table)
 {
-    if (byPath_.size() <= element.strPath)
-        byPath_.resize(element.strPath + 1, kNone);
-    byPath_[element.strPath] = static_cast<int>(sinks_.size());
     TableSink& sink = sinks_.emplace_back();
-    sink.element = element;
+    sink.plan = &table;
     return sink;
 }
 
@@ -52,20 +48,17 @@ void TableSink::RemoveProvisionalRows()
     provisionalRows.clear();
 }
 
-void velOpenTables(Job& job, DatabaseSession& session, StructureModel& model, const TagMap& map, FilesOfRun& filesOfRun,
+void velOpenTables(Job& job, DatabaseSession& session, const MappingPlan& plan, FilesOfRun& filesOfRun,
                    TableSinks& sinks)
 {
     Procedure(job, "velOpenTables", [&](Step& step) {
-        for (std::size_t number = 1; number <= model.UpperBound(); ++number) {
-            ElementInfo& element = model.Element(number);
-            if (element.lngMaxChildren < 1 && element.lngMaxTwins < 1 && element.lngAttributes < 1)
+        for (TableNumber number = 1; number <= plan.LastTable(); ++number) {
+            const PlannedTable& table = plan.tables[number];
+            TableSink& sink = sinks.Append(table);
+            if (!velCheckExistsTable(job, session, table.name))
                 continue;
-            TableSink& sink = sinks.Append(element);
-            const std::string table = TableName(element, job.settings, map);
-            if (!velCheckExistsTable(job, session, table))
-                continue;
-            step("Open table [" + table + "]");
-            sink.records.emplace(session.OpenTable(table));
+            step("Open table [" + table.name + "]");
+            sink.records.emplace(session.OpenTable(table.name));
         }
         if (job.settings.blTextExport)
             TextFileOpener(job, sinks.Texts(), filesOfRun).OpenAll(sinks, step);
@@ -126,7 +119,7 @@ void CloseRecordset(Recordset& records, Step& step)
 template <class Attempt>
 void DropUnfinished(TableSinks& sinks, Attempt&& attempt)
 {
-    for (int number = 1; number <= sinks.UpperBound(); ++number) {
+    for (TableNumber number = 1; number <= sinks.Last(); ++number) {
         TableSink& sink = sinks[number];
         if (!sink.records)
             continue;
@@ -141,7 +134,7 @@ void DropUnfinished(TableSinks& sinks, Attempt&& attempt)
 std::int64_t velCloseTables(Job& job, DatabaseSession& session, TableSinks& sinks)
 {
     job.log.Trace("velCloseTables: ");
-    if (sinks.UpperBound() == 0 && job.settings.blAbort)
+    if (sinks.Last() == kNoTable && job.settings.blAbort)
         return 0;
     job.log.ProtocolAppend("Close tables");
     Step step(job.log, "velCloseTables");
@@ -155,7 +148,7 @@ std::int64_t velCloseTables(Job& job, DatabaseSession& session, TableSinks& sink
     };
     DropUnfinished(sinks, attempt);
     Shortfall shortfall;
-    for (int number = 1; number <= sinks.UpperBound(); ++number) {
+    for (TableNumber number = 1; number <= sinks.Last(); ++number) {
         TableSink& sink = sinks[number];
         if (!sink.records)
             continue;

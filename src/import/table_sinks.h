@@ -3,11 +3,9 @@
 #include "import/files_of_run.h"
 #include "import/pending_values.h"
 #include "import/text_file.h"
-#include "mapping/tag_map.h"
+#include "plan/mapping_plan.h"
 #include "schema/database_session.h"
 #include "settings/job.h"
-#include "xml/document.h"
-#include "xml/structure_model.h"
 
 #include <cstdint>
 #include <optional>
@@ -27,8 +25,8 @@ struct TextOutput {
 
 /// One table's output during the import of one document.
 struct TableSink {
-    ElementInfo element;              ///< the model's entry as it was when the sink was opened
-    std::optional<Recordset> records; ///< none: the database has no such table
+    const PlannedTable* plan = nullptr; ///< none in number 0
+    std::optional<Recordset> records;   ///< none: the database has no such table
 
     // Positions of the key columns, found anew when the layout is another one.
     std::uint64_t keyLayout = 0;
@@ -47,38 +45,27 @@ struct TableSink {
     void RemoveProvisionalRows();
 };
 
-/// The sinks of one document, addressed by number from 1. Number 0 is never a table: it stands for "no owner".
+/// The sinks of one document, by the numbers that their tables have in the plan. Number 0 is never a table: it stands
+/// for "no owner".
 class TableSinks {
 public:
-    static constexpr int kNone = -1;
-
     TableSinks() : sinks_(1) {}
 
-    [[nodiscard]] int UpperBound() const noexcept { return static_cast<int>(sinks_.size()) - 1; }
-    [[nodiscard]] TableSink& operator[](int number) { return sinks_[static_cast<std::size_t>(number)]; }
-    TableSink& Append(const ElementInfo& element);
+    [[nodiscard]] TableNumber Last() const noexcept { return static_cast<TableNumber>(sinks_.size() - 1); }
+    [[nodiscard]] TableSink& operator[](TableNumber table) { return sinks_[table]; }
+    TableSink& Append(const PlannedTable& table);
     /// Of all sinks together.
     [[nodiscard]] std::int64_t SavedRecords() const noexcept;
     [[nodiscard]] TextFiles& Texts() noexcept { return texts_; }
-    /// Number of the sink for `path`; kNone when there is none, or when `skipWithoutColumns` and it has no data
-    /// columns: such an element is a wrapping one. O(1).
-    [[nodiscard]] int Lookup(PathId path, bool skipWithoutColumns) const noexcept
-    {
-        const int number = path < byPath_.size() ? byPath_[path] : kNone;
-        if (number != kNone && skipWithoutColumns && sinks_[static_cast<std::size_t>(number)].element.lngColumns < 1)
-            return kNone;
-        return number;
-    }
 
 private:
     std::vector<TableSink> sinks_;
-    std::vector<int> byPath_;
     TextFiles texts_;
 };
 
-/// Opens one sink per element of `model` that has children, repetitions or attributes, in its order, with its text file
-/// in a run that exports. A table that is missing in the database keeps its place, without a recordset.
-void velOpenTables(Job& job, DatabaseSession& session, StructureModel& model, const TagMap& map, FilesOfRun& filesOfRun,
+/// Opens one sink per table of `plan`, in its order, with its text file in a run that exports. A table that is missing
+/// in the database keeps its place, without a recordset.
+void velOpenTables(Job& job, DatabaseSession& session, const MappingPlan& plan, FilesOfRun& filesOfRun,
                    TableSinks& sinks);
 
 /// Closes every recordset, dropping records that an interrupted import left pending and the rows that were saved for

@@ -133,8 +133,8 @@ TextFileOpener::TextFileOpener(Job& job, TextFiles& files, FilesOfRun& filesOfRu
 void TextFileOpener::OpenAll(TableSinks& sinks, Step& step)
 {
     std::vector<TableSink*> wanted;
-    for (int number = 1; number <= sinks.UpperBound(); ++number)
-        if (sinks[number].HasTable() && sinks[number].element.lngTableNo > 0)
+    for (TableNumber number = 1; number <= sinks.Last(); ++number)
+        if (sinks[number].HasTable() && sinks[number].plan->hasTextFile)
             wanted.push_back(&sinks[number]);
     Check(wanted, step);
     for (TableSink* const sink : wanted)

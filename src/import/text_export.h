@@ -18,8 +18,8 @@ public:
     TextFileOpener(Job& job, TextFiles& files, FilesOfRun& filesOfRun);
 
     /// Opens the files of all sinks whose tables are open: behind what is in them, or made anew, with the column names
-    /// as the first line of those that are new when they are wanted. Sinks of one table share one file. A sink without
-    /// a table number gets none. Throws, with nothing changed, when one cannot be written, is another file of the run,
+    /// as the first line of those that are new when they are wanted. Sinks of one table share one file. A sink whose
+    /// plan has none gets none. Throws, with nothing changed, when one cannot be written, is another file of the run,
     /// or is another table's.
     void OpenAll(TableSinks& sinks, Step& step);
 

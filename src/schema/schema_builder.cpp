@@ -3,11 +3,10 @@
 #include "schema/catalog_queries.h"
 #include "schema/ddl_problem.h"
 #include "schema/engine_errors.h"
-#include "schema/table_name.h"
-#include "xml/map_name.h"
 
 #include <algorithm>
 #include <numeric>
+#include <span>
 #include <unordered_set>
 
 namespace velmora {
@@ -16,144 +15,80 @@ namespace {
 
 using namespace schema_pass;
 
-/// The builder's own test: it does not ask whether attributes are imported.
-bool GetsTable(const ElementInfo& element)
+std::string_view TypeName(const PlannedColumn& column)
 {
-    return element.lngMaxChildren >= 1 || element.lngAttributes >= 1 || element.lngMaxTwins >= 1;
+    return column.type == ColumnType::Memo ? "Longtext" : "String";
 }
 
-/// Texts longer than a text column become memos. Numbers too are kept as text, so that nothing of their spelling is
-/// lost.
-std::string_view ColumnType(const ElementInfo& element)
-{
-    constexpr double kTextCharacters = 255;
-    return element.lngDataType == kTextContent && element.dblMaxSize > kTextCharacters ? "Longtext" : "String";
-}
-
-/// One pass over one model. Work is linear in the number of entries: the children of a path are found through the tree
-/// of paths.
+/// One pass over one plan.
 class SchemaBuilder {
 public:
-    SchemaBuilder(Job& job, DatabaseSession& session, const Document& document, StructureModel& model,
-                  const TagMap& map, int pass)
-        : job_(job), session_(session), document_(document), model_(model), map_(map), pass_(pass)
+    SchemaBuilder(Job& job, DatabaseSession& session, const Document& document, const MappingPlan& plan, int pass)
+        : job_(job), session_(session), document_(document), plan_(plan), pass_(pass)
     {
     }
 
     void Run(Step& step);
 
 private:
-    struct Column {
-        std::size_t entry;
-        std::string name;
-    };
-
-    void LinkChildren();
-    [[nodiscard]] std::vector<std::size_t> EntriesByLevel() const;
-    void RefuseTooManyObjects(const std::vector<std::size_t>& entries);
-    void BuildEntry(std::size_t entry, Step& step);
-    [[nodiscard]] std::vector<Column> PlainColumns(std::size_t entry, const std::string& table, Step& step);
-    void AddMissingColumns(const std::vector<Column>& columns, TableColumns& known, Step& step);
-    void CreateTable(std::size_t entry, const std::vector<Column>& columns, const std::string& table, Step& step);
-    void CreateRelation(std::size_t entry, const std::string& table, Step& step);
-    void DropMasterTable(std::size_t entry, TableColumns& known, Step& step);
+    [[nodiscard]] std::vector<TableNumber> TablesByLevel() const;
+    void RefuseTooManyObjects();
+    void BuildTable(const PlannedTable& table, Step& step);
+    void AddMissingColumns(const PlannedTable& table, TableColumns& known, Step& step);
+    void CreateTable(const PlannedTable& table, Step& step);
+    void CreateRelation(const PlannedTable& table, Step& step);
+    void DropMasterTable(const PlannedTable& table, TableColumns& known, Step& step);
     void Execute(const std::string& sql, const DdlSubject& subject);
     [[nodiscard]] bool ExecuteIfAllowed(const std::string& sql, const DdlSubject& subject, const std::string& table,
                                         const std::string& parent);
 
     [[nodiscard]] bool CreatesTables() const noexcept { return pass_ == kCreateTables || pass_ == kExtendStructure; }
-    [[nodiscard]] bool IsSkippedWrapper(std::size_t columnCount) const noexcept
-    {
-        return job_.settings.blSkipEmptyWrappingTags && columnCount == 0;
-    }
-    [[nodiscard]] std::string ColumnName(std::size_t entry)
-    {
-        return MapName(model_.Element(entry).strName, job_.settings, map_);
-    }
-    [[nodiscard]] std::string PathOf(std::size_t entry) const
-    {
-        return document_.PathText(model_.Element(entry).strPath);
-    }
+    [[nodiscard]] std::string PathOf(const PlannedTable& table) const { return document_.PathText(table.path); }
+    [[nodiscard]] std::string PathOf(const PlannedColumn& column) const { return document_.PathText(column.origin); }
 
     Job& job_;
     DatabaseSession& session_;
     const Document& document_;
-    StructureModel& model_;
-    const TagMap& map_;
+    const MappingPlan& plan_;
     const int pass_;
-
-    // By number of the model's entry; 0 stands for none.
-    std::vector<std::size_t> parent_;
-    std::vector<std::size_t> firstChild_;
-    std::vector<std::size_t> nextSibling_;
-    std::vector<std::size_t> nearestTable_; ///< entry whose table holds the records that this entry's records belong to
-    std::vector<std::string> tables_;
 };
 
-void SchemaBuilder::LinkChildren()
+/// Level by level, in the plan's order within a level.
+std::vector<TableNumber> SchemaBuilder::TablesByLevel() const
 {
-    const std::size_t count = model_.UpperBound() + 1;
-    parent_.resize(count);
-    firstChild_.resize(count);
-    nextSibling_.resize(count);
-    nearestTable_.resize(count);
-    tables_.resize(count);
-    for (std::size_t entry = count; --entry > 0;) { // backwards, so that lists come out in the model's order
-        const std::size_t parent = model_.Find(document_.Paths().Parent(model_.Element(entry).strPath));
-        parent_[entry] = parent;
-        nextSibling_[entry] = firstChild_[parent];
-        firstChild_[parent] = entry;
-    }
-}
-
-/// The entries that get a table, level by level, in the model's order within a level.
-std::vector<std::size_t> SchemaBuilder::EntriesByLevel() const
-{
-    std::vector<std::size_t> entries;
-    for (std::size_t entry = 1; entry <= model_.UpperBound(); ++entry)
-        if (GetsTable(model_.Element(entry)))
-            entries.push_back(entry);
-    std::stable_sort(entries.begin(), entries.end(), [&](std::size_t a, std::size_t b) {
-        return model_.Element(a).intLevel < model_.Element(b).intLevel;
-    });
-    return entries;
+    std::vector<TableNumber> tables(plan_.LastTable());
+    std::iota(tables.begin(), tables.end(), TableNumber{1});
+    std::ranges::stable_sort(tables, {}, [&](TableNumber table) { return plan_.tables[table].level; });
+    return tables;
 }
 
 void SchemaBuilder::Run(Step& step)
 {
-    LinkChildren();
-    const std::vector<std::size_t> entries = EntriesByLevel();
-    for (const std::size_t entry : entries)
-        tables_[entry] = TableName(model_.Element(entry), job_.settings, map_);
     if (CreatesTables())
-        RefuseTooManyObjects(entries);
-    for (const std::size_t entry : entries) {
+        RefuseTooManyObjects();
+    for (const TableNumber table : TablesByLevel()) {
         job_.ProcessEvents();
-        BuildEntry(entry, step);
+        BuildTable(plan_.tables[table], step);
     }
 }
 
 /// A file that would run full half way is refused before the first statement. The count is exact for a new database;
 /// tables that are there already are looked up only when it matters.
-void SchemaBuilder::RefuseTooManyObjects(const std::vector<std::size_t>& entries)
+void SchemaBuilder::RefuseTooManyObjects()
 {
     const std::size_t perTable = job_.settings.blCreateTableRelations ? 2 : 1;
     const std::size_t left = session_.ObjectsLeft();
-    if (entries.size() * perTable <= left)
+    if (plan_.LastTable() * perTable <= left)
         return;
-    std::unordered_set<std::string_view> wanted;
-    for (const std::size_t entry : entries) {
-        bool hasColumn = model_.Element(entry).lngMaxTwins > 0;
-        for (std::size_t child = firstChild_[entry]; child != 0 && !hasColumn; child = nextSibling_[child])
-            hasColumn = model_.Element(child).lngMaxChildren == 0 && model_.Element(child).lngMaxTwins == 0;
-        if (!IsSkippedWrapper(hasColumn ? 1 : 0))
-            wanted.insert(tables_[entry]);
-    }
+    std::unordered_set<std::string> wanted;
+    for (const PlannedTable& table : std::span(plan_.tables).subspan(1))
+        if (!table.isWrapper)
+            wanted.insert(table.name);
     if (wanted.size() * perTable <= left)
         return;
     std::size_t missing = 0;
-    for (const std::string_view table : wanted)
-        missing += velCheckExistsTable(job_, session_, std::string(table)) ? 0 : perTable;
+    for (const std::string& table : wanted)
+        missing += velCheckExistsTable(job_, session_, table) ? 0 : perTable;
     if (missing > left)
         throw RuntimeError(
             runtime_errors::kApplicationDefined,
@@ -162,74 +97,45 @@ void SchemaBuilder::RefuseTooManyObjects(const std::vector<std::size_t>& entries
                 " more; nothing was created (-relations, +one_table_per_element and a tag mapping need fewer)");
 }
 
-void SchemaBuilder::BuildEntry(std::size_t entry, Step& step)
+void SchemaBuilder::BuildTable(const PlannedTable& table, Step& step)
 {
-    ElementInfo& element = model_.Element(entry);
-    const std::string& table = tables_[entry];
-    const bool exists = velCheckExistsTable(job_, session_, table);
-    const std::vector<Column> columns = PlainColumns(entry, table, step);
-    element.lngColumns = static_cast<std::int32_t>(columns.size());
-    const std::size_t parent = parent_[entry];
-    nearestTable_[entry] = !parent || !IsSkippedWrapper(static_cast<std::size_t>(model_.Element(parent).lngColumns))
-                               ? parent
-                               : nearestTable_[parent];
+    const bool exists = velCheckExistsTable(job_, session_, table.name);
+    if (job_.log.IsTracing())
+        for (const ColumnNumber column : table.asked)
+            step("New column [" + table.name + "].[" + plan_.columns[column].name + "]?");
     if (pass_ == kCreateRelations) {
-        if (exists && nearestTable_[entry] && !element.blSharedTable)
-            CreateRelation(entry, table, step);
+        if (exists && table.parent != kNoTable && !table.isShared)
+            CreateRelation(table, step);
         return;
     }
-    TableColumns known{table, {}};
+    TableColumns known{table.name, {}};
     if (exists)
-        AddMissingColumns(columns, known, step);
-    else if (!IsSkippedWrapper(columns.size()))
-        CreateTable(entry, columns, table, step);
-    if (!element.blSharedTable)
-        DropMasterTable(entry, known, step);
+        AddMissingColumns(table, known, step);
+    else if (!table.isWrapper)
+        CreateTable(table, step);
+    if (!table.isShared)
+        DropMasterTable(table, known, step);
 }
 
-/// The leaves and attributes one level below, and a repeated leaf's own text; the first of equal names wins.
-std::vector<SchemaBuilder::Column> SchemaBuilder::PlainColumns(std::size_t entry, const std::string& table, Step& step)
+void SchemaBuilder::AddMissingColumns(const PlannedTable& table, TableColumns& known, Step& step)
 {
-    std::vector<Column> columns;
-    std::unordered_set<std::string> names;
-    const auto offer = [&](std::size_t candidate) {
-        std::string name = ColumnName(candidate);
-        if (job_.log.IsTracing())
-            step("New column [" + table + "].[" + name + "]?");
-        if (names.insert(name).second)
-            columns.push_back({candidate, std::move(name)});
-    };
-    const ElementInfo& element = model_.Element(entry);
-    if (element.lngMaxChildren == 0 && element.lngMaxTwins > 0)
-        offer(entry);
-    for (std::size_t child = firstChild_[entry]; child != 0; child = nextSibling_[child])
-        if (model_.Element(child).lngMaxChildren == 0 && model_.Element(child).lngMaxTwins == 0)
-            offer(child);
-    return columns;
-}
-
-void SchemaBuilder::AddMissingColumns(const std::vector<Column>& columns, TableColumns& known, Step& step)
-{
-    const std::string& table = known.table;
-    for (const Column& column : columns) {
+    for (const PlannedColumn& column : plan_.MadeColumns(table)) {
         if (velCheckExistsColumn(job_, session_, known, column.name))
             continue;
-        job_.log.ProtocolAppend("New column: [" + table + "].[" + column.name + "]");
-        step("Add column [" + column.name + "] into table [" + table + "]");
-        Execute("ALTER TABLE [" + table + "] ADD COLUMN [" + column.name + "] " +
-                    std::string(ColumnType(model_.Element(column.entry))),
-                {PathOf(column.entry), DdlObject::Column, column.name});
+        job_.log.ProtocolAppend("New column: [" + table.name + "].[" + column.name + "]");
+        step("Add column [" + column.name + "] into table [" + table.name + "]");
+        Execute("ALTER TABLE [" + table.name + "] ADD COLUMN [" + column.name + "] " + std::string(TypeName(column)),
+                {PathOf(column), DdlObject::Column, column.name});
         known.NoteAdded(column.name);
-        ++session_.Report(table).newColumns;
+        ++session_.Report(table.name).newColumns;
     }
 }
 
-void SchemaBuilder::CreateTable(std::size_t entry, const std::vector<Column>& columns, const std::string& table,
-                                Step& step)
+void SchemaBuilder::CreateTable(const PlannedTable& table, Step& step)
 {
     const ConversionSettings& settings = job_.settings;
     if (pass_ == kExtendStructure)
-        job_.log.ProtocolAppend("New table: [" + table + "]");
+        job_.log.ProtocolAppend("New table: [" + table.name + "]");
     std::string fields;
     std::vector<NamedColumn> named;
     if (settings.blCreateTableRelations) {
@@ -240,65 +146,64 @@ void SchemaBuilder::CreateTable(std::size_t entry, const std::vector<Column>& co
             named.push_back({"", std::string(kMasterTable)});
         }
     }
-    for (const Column& column : columns) {
+    for (const PlannedColumn& column : plan_.MadeColumns(table)) {
         fields += (fields.empty() ? "[" : ", [") + column.name + "] ";
-        fields += ColumnType(model_.Element(column.entry));
+        fields += TypeName(column);
     }
     if (!fields.empty()) {
-        step("Create table [" + table + "]");
+        step("Create table [" + table.name + "]");
         try {
-            session_.ExecuteSql("CREATE TABLE [" + table + "] (" + fields + ");");
+            session_.ExecuteSql("CREATE TABLE [" + table.name + "] (" + fields + ");");
         } catch (const EngineError& error) {
-            for (const Column& column : columns)
-                named.push_back({PathOf(column.entry), column.name});
-            throw Explain(error, RefusedPart({PathOf(entry), DdlObject::Table, table}, named, error));
+            for (const PlannedColumn& column : plan_.MadeColumns(table))
+                named.push_back({PathOf(column), column.name});
+            throw Explain(error, RefusedPart({PathOf(table), DdlObject::Table, table.name}, named, error));
         }
     }
     if (settings.blCreateTableRelations) {
-        const std::string index = table + "_" + settings.strKeyPrimary;
+        const std::string index = table.name + "_" + settings.strKeyPrimary;
         step("Create index [" + index + "]");
-        Execute("CREATE UNIQUE INDEX [" + index + "] ON [" + table + "] ([" + settings.strKeyPrimary +
+        Execute("CREATE UNIQUE INDEX [" + index + "] ON [" + table.name + "] ([" + settings.strKeyPrimary +
                     "]) WITH PRIMARY;",
-                {PathOf(entry), DdlObject::Index, index});
+                {PathOf(table), DdlObject::Index, index});
     }
 }
 
-void SchemaBuilder::CreateRelation(std::size_t entry, const std::string& table, Step& step)
+void SchemaBuilder::CreateRelation(const PlannedTable& table, Step& step)
 {
     const ConversionSettings& settings = job_.settings;
-    const std::string& parent = tables_[nearestTable_[entry]];
-    if (session_.IsRelationLeftOut(table))
+    const std::string& parent = plan_.tables[table.parent].name;
+    if (session_.IsRelationLeftOut(table.name))
         return;
-    step("Create relation between [" + table + "] and [" + parent + "]");
-    std::string index = table + "_" + settings.strKeyForeign;
-    if (!velCheckExistsIndex(job_, session_, table, settings.strKeyForeign, index)) {
+    step("Create relation between [" + table.name + "] and [" + parent + "]");
+    std::string index = table.name + "_" + settings.strKeyForeign;
+    if (!velCheckExistsIndex(job_, session_, table.name, settings.strKeyForeign, index)) {
         step("Create Index on [" + index + "]");
-        if (!ExecuteIfAllowed("CREATE INDEX [" + index + "] ON [" + table + "] ([" + settings.strKeyForeign + "]);",
-                              {PathOf(entry), DdlObject::Index, index}, table, parent))
+        if (!ExecuteIfAllowed("CREATE INDEX [" + index + "] ON [" + table.name + "] ([" + settings.strKeyForeign +
+                                  "]);",
+                              {PathOf(table), DdlObject::Index, index}, table.name, parent))
             return;
     }
-    // A relation is named like its table's element, and like a table it can have no "." in its name.
-    std::string relation = model_.Element(entry).strName + "_LINK";
-    std::replace(relation.begin(), relation.end(), '.', '_');
-    if (velCheckExistsRelation(job_, session_, parent, table, relation))
+    std::string relation = table.relation;
+    if (velCheckExistsRelation(job_, session_, parent, table.name, relation))
         return;
-    const bool made = ExecuteIfAllowed("ALTER TABLE [" + table + "] ADD CONSTRAINT [" + relation + "] FOREIGN KEY ([" +
-                                           settings.strKeyForeign + "]) REFERENCES [" + parent + "] ([" +
-                                           settings.strKeyPrimary + "]) ON UPDATE CASCADE ON DELETE CASCADE;",
-                                       {PathOf(entry), DdlObject::Relation, relation}, table, parent);
+    const bool made = ExecuteIfAllowed("ALTER TABLE [" + table.name + "] ADD CONSTRAINT [" + relation +
+                                           "] FOREIGN KEY ([" + settings.strKeyForeign + "]) REFERENCES [" + parent +
+                                           "] ([" + settings.strKeyPrimary + "]) ON UPDATE CASCADE ON DELETE CASCADE;",
+                                       {PathOf(table), DdlObject::Relation, relation}, table.name, parent);
     if (made)
         session_.NoteRelation(relation);
 }
 
 /// MASTER_TABLE stays only in tables that several elements of one name share.
-void SchemaBuilder::DropMasterTable(std::size_t entry, TableColumns& known, Step& step)
+void SchemaBuilder::DropMasterTable(const PlannedTable& table, TableColumns& known, Step& step)
 {
     const std::string column(kMasterTable);
     if (!velCheckExistsColumn(job_, session_, known, column))
         return;
     step("Drop column [" + column + "] from table [" + known.table + "]");
     Execute("ALTER TABLE [" + known.table + "] DROP COLUMN [" + column + "];",
-            {PathOf(entry), DdlObject::Column, column});
+            {PathOf(table), DdlObject::Column, column});
 }
 
 void SchemaBuilder::Execute(const std::string& sql, const DdlSubject& subject)
@@ -359,8 +264,7 @@ std::string_view Caption(int pass)
 
 } // namespace
 
-void velCreateDatabase(Job& job, DatabaseSession& session, const Document& document, StructureModel& model,
-                       const TagMap& map, int pass)
+void velCreateDatabase(Job& job, DatabaseSession& session, const Document& document, const MappingPlan& plan, int pass)
 {
     Procedure(job, "velCreateDatabase", [&](Step& step) {
         if (Caption(pass).empty()) {
@@ -368,7 +272,7 @@ void velCreateDatabase(Job& job, DatabaseSession& session, const Document& docum
             return;
         }
         job.log.ProtocolAppend(Caption(pass));
-        SchemaBuilder(job, session, document, model, map, pass).Run(step);
+        SchemaBuilder(job, session, document, plan, pass).Run(step);
     });
 }
 

@@ -1,9 +1,7 @@
 #pragma once
 
-#include "mapping/tag_map.h"
+#include "plan/mapping_plan.h"
 #include "schema/database_session.h"
-#include "xml/document.h"
-#include "xml/structure_model.h"
 
 namespace velmora {
 
@@ -15,9 +13,7 @@ inline constexpr int kExtendStructure = 4;
 } // namespace schema_pass
 
 /// Gives the database the tables and columns (pass 1 or 4), or the foreign-key indexes and relations (pass 2), that
-/// `model` asks for, and sets the model's lngColumns. Pass 1 or 4 must come before pass 2. `document` gives messages
-/// their paths.
-void velCreateDatabase(Job& job, DatabaseSession& session, const Document& document, StructureModel& model,
-                       const TagMap& map, int pass);
+/// `plan` asks for. Pass 1 or 4 must come before pass 2. `document` gives messages their paths.
+void velCreateDatabase(Job& job, DatabaseSession& session, const Document& document, const MappingPlan& plan, int pass);
 
 } // namespace velmora

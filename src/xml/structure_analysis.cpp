@@ -1,11 +1,8 @@
 #include "xml/structure_analysis.h"
 
 #include "xml/content_kind.h"
-#include "xml/document_loader.h"
-#include "xml/table_names.h"
 
 #include <algorithm>
-#include <filesystem>
 #include <string_view>
 #include <vector>
 
@@ -19,6 +16,7 @@ struct Occurrence {
     std::int32_t twinCount = 0; ///< siblings with the same tag, itself not counted; 0 for an element with children
     std::int32_t attributeCount = 0;
     std::string_view content;
+    NameId attribute = ElementInfo::kNoAttribute; ///< for one of those
 
     [[nodiscard]] bool IsRepeatedLeaf() const noexcept
     {
@@ -125,8 +123,10 @@ void StructureAnalyser::RegisterWithAttributes(ElementId element)
         return;
     const std::uint32_t count = document_.AttributeCount(element);
     for (std::uint32_t i = 0; i < count; ++i) {
-        const NameId name = WithAttributePrefix(document_.AttributeName(element, i));
-        Register(level + 1, paths_.Child(path, name), name, {.content = document_.AttributeValue(element, i)});
+        const NameId attribute = document_.AttributeName(element, i);
+        const NameId name = WithAttributePrefix(attribute);
+        Register(level + 1, paths_.Child(path, name), name,
+                 {.content = document_.AttributeValue(element, i), .attribute = attribute});
     }
 }
 
@@ -167,6 +167,7 @@ void StructureAnalyser::Append(std::int32_t level, PathId path, NameId name, con
     entry.strName = std::string(document_.NameText(name));
     entry.dblMaxSize = kind.size;
     entry.lngDataType = kind.dataType;
+    entry.attribute = seen.attribute;
     model_.Append(std::move(entry));
     if (seen.IsRepeatedLeaf())
         RegisterInnerEntry(level, path, name, seen.content);
@@ -183,6 +184,8 @@ void StructureAnalyser::Merge(ElementInfo& entry, const Occurrence& seen)
 {
     entry.lngMaxChildren = std::max(entry.lngMaxChildren, seen.childCount);
     entry.lngMaxTwins = std::max(entry.lngMaxTwins, seen.twinCount);
+    if (seen.attribute != ElementInfo::kNoAttribute)
+        entry.attribute = seen.attribute;
     if (entry.lngDataType != kNumericContent || seen.content.empty())
         return;
     const ContentKind kind = ClassifyContent(seen.content);
@@ -202,69 +205,11 @@ NameId StructureAnalyser::WithAttributePrefix(NameId attribute)
     return name;
 }
 
-/// The lines about what the load left out.
-void ReportLoad(Job& job, const std::string& path, const LoadResult& loaded)
-{
-    if (!loaded.problem.empty())
-        job.log.ProtocolAppend("Not loaded: " + path + ": " + loaded.problem);
-    if (loaded.skippedEntities != 0) {
-        job.log.ProtocolAppend("Entities without a text of their own, left out: " +
-                               std::to_string(loaded.skippedEntities) + ", the first is &" + loaded.firstSkipped + ";");
-    }
-    if (loaded.controlBytes != 0) {
-        job.log.ProtocolAppend(
-            "Bytes 80 to 9F, control characters in ISO-8859-1: " + std::to_string(loaded.controlBytes) +
-            "; where they are letters the file must say windows-1252");
-    }
-}
-
 } // namespace
 
-LoadedXml velLoadXML(Job& job, const std::string& path)
+void AnalyseStructure(Job& job, Document& document, StructureModel& model)
 {
-    LoadedXml result;
-    Procedure(job.log, "velLoadXML", path, [&](Step& step) {
-        const auto fail = [&](int number, const char* message) {
-            step(message);
-            throw RuntimeError(number, message);
-        };
-        if (path.empty())
-            fail(runtime_errors::kApplicationDefined, "Source XML file not specified");
-        std::error_code ignored;
-        if (!std::filesystem::exists(std::filesystem::u8path(path), ignored))
-            fail(runtime_errors::kFileNotFound, "Source XML file not found");
-        job.log.ProtocolAppend("Open XML");
-        // The words of the trace are fixed, whatever the parser is: those who read traces look for them.
-        step("Initialize ActiveX");
-        step("Load file into ActiveX");
-        LoadResult loaded = LoadDocument(path, [&] { job.ProcessEvents(); });
-        ReportLoad(job, path, loaded);
-        result.readable = loaded.problem.empty();
-        result.document = std::move(loaded.document);
-    });
-    return result;
-}
-
-void velAnalyseXML(Job& job, Document& document, StructureModel& model)
-{
-    Procedure(job.log, "velAnalyseXML", {}, [&](Step& step) {
-        job.log.ProtocolAppend("Analyse XML");
-        model = StructureModel();
-        model.Reserve(document.Paths().Size());
-        if (!document.IsEmpty()) {
-            step("Analyse structure");
-            try {
-                StructureAnalyser(job, document, model).WalkDocument();
-            } catch (const Aborted&) {
-                step("Resolve table names"); // traced however the walk has ended: readers of traces count on it
-                throw;
-            }
-        }
-        model.lngProgressMax = model.lngRecordEstimate - 1;
-        job.host.SetProgressRange(ProgressBarId::Records, std::max(1, model.lngRecordEstimate));
-        step("Resolve table names");
-        ResolveTableNames(model, job.settings);
-    });
+    StructureAnalyser(job, document, model).WalkDocument();
 }
 
 } // namespace velmora

@@ -4,22 +4,10 @@
 #include "xml/document.h"
 #include "xml/structure_model.h"
 
-#include <string>
-
 namespace velmora {
 
-struct LoadedXml {
-    Document document;    ///< empty when there is nothing to convert
-    bool readable = true; ///< false: the file could not be read or is not well-formed, and a protocol line says so
-};
-
-/// Loads one XML file. A missing file ends in the error report; one that cannot be read gives an empty document and a
-/// protocol line that says where and why. Entities that the parser had to skip are counted and named in one line,
-/// control characters of ISO-8859-1 in another.
-[[nodiscard]] LoadedXml velLoadXML(Job& job, const std::string& path);
-
-/// Walks the whole document once and derives the structure; then gives tables their numbers and same-named ones their
-/// suffixes.
-void velAnalyseXML(Job& job, Document& document, StructureModel& model);
+/// Walks the whole document once and notes in `model`, which is empty, what its paths have. The paths of attributes and
+/// of repeated leaves' own columns become paths of the document.
+void AnalyseStructure(Job& job, Document& document, StructureModel& model);
 
 } // namespace velmora

@@ -20,10 +20,4 @@ void StructureModel::Reserve(std::size_t count)
     byPath_.reserve(count + 1);
 }
 
-bool IsTableElement(const ElementInfo& info, const ConversionSettings& settings) noexcept
-{
-    return info.lngMaxChildren >= 1 || info.lngMaxTwins >= 1 ||
-           (settings.blImportAttributes && info.lngAttributes >= 1);
-}
-
 } // namespace velmora

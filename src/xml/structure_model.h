@@ -1,11 +1,9 @@
 #pragma once
 
-#include "settings/conversion_settings.h"
 #include "xml/document.h"
 
 #include <cstdint>
 #include <string>
-#include <string_view>
 #include <vector>
 
 namespace velmora {
@@ -18,15 +16,17 @@ inline constexpr std::int32_t kTextContent = 12;
 struct ElementInfo {
     PathId strPath = PathTree::kNoPath; ///< the key; Document::PathText makes its text
     std::int32_t lngMaxChildren = 0;    ///< largest number of child elements seen in one occurrence
-    std::int32_t lngColumns = 0;        ///< data columns of its table; set by the schema builder
     std::int32_t lngMaxTwins = 0;   ///< most siblings with the same tag, itself not counted; over 0: a repeated leaf
     std::int32_t lngAttributes = 0; ///< attributes of the first occurrence
     std::int32_t intLevel = 0;      ///< nesting depth, 0 for the document element
-    std::string strName;            ///< tag, or attribute prefix and name; may get a suffix "_L" n
-    bool blSharedTable = false;     ///< shares one table with other elements of the same name
-    double dblMaxSize = 0;          ///< numeric content: largest value; text: a length in characters
+    std::string strName;        ///< tag, or attribute prefix and name; may get a suffix "_L" n from the plan's rules
+    bool blSharedTable = false; ///< shares one table with other elements of the same name
+    double dblMaxSize = 0;      ///< numeric content: largest value; text: a length in characters
     std::int32_t lngDataType = kNumericContent;
     std::int32_t lngTableNo = 0; ///< elements that share a table share the number; 0: none given
+
+    static constexpr NameId kNoAttribute = ~NameId{0};
+    NameId attribute = kNoAttribute; ///< the attribute that has this path, if one has: an element may have it as well
 };
 
 /// The structure of one document: one ElementInfo per distinct path, in order of first appearance, numbered from 1
@@ -51,8 +51,5 @@ private:
     std::vector<ElementInfo> elements_;
     std::vector<std::size_t> byPath_;
 };
-
-/// Does the entry stand for a table? Every other is a column of the nearest table above it.
-[[nodiscard]] bool IsTableElement(const ElementInfo& info, const ConversionSettings& settings) noexcept;
 
 } // namespace velmora

@@ -41,13 +41,14 @@ constexpr Part kParts[] = {
     {"log", "platform host"},
     {"settings", "platform host log"},
     {"mapping", "platform host log settings"},
-    {"xml", "platform host log settings mapping"},
-    {"schema", "platform host log settings mapping xml jet jet/error jet/rowset jet/property"},
-    {"import", "platform host log settings mapping xml schema"},
-    {"driver", "platform host log settings mapping xml schema import"},
-    {"app", "platform host log settings mapping xml schema import driver"},
-    {"console", "platform host log settings mapping xml schema import driver app"},
-    {"ui", "platform host log settings mapping xml schema import driver app"},
+    {"xml", "platform host log settings"},
+    {"plan", "platform host log settings mapping xml"},
+    {"schema", "platform host log settings xml plan jet jet/error jet/rowset jet/property"},
+    {"import", "platform host log settings xml plan schema"},
+    {"driver", "platform host log settings mapping xml plan schema import"},
+    {"app", "platform host log settings mapping xml plan schema import driver"},
+    {"console", "platform host log settings mapping xml plan schema import driver app"},
+    {"ui", "platform host log settings mapping xml plan schema import driver app"},
 };
 
 /// Libraries from outside that only some parts know: a pattern for the header's name, and these parts.

@@ -21,7 +21,7 @@ TEST(LargeDocuments, DistinctPathsAreNotSearchedForOneByOne)
     testing::ScriptedHost host;
     Job job(host);
     StructureModel model;
-    velAnalyseXML(job, loaded.document, model);
+    AnalyseStructure(job, loaded.document, model);
     EXPECT_EQ(model.UpperBound(), kPaths + 2u);
 }
 

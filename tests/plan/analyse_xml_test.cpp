@@ -1,9 +1,10 @@
-#include "xml/structure_analysis.h"
+#include "plan/analyse_xml.h"
 
+#include "mapping/tag_map.h"
+#include "plan/plain_names.h"
 #include "support/scripted_host.h"
 #include "xml/loaded_text.h"
 #include "xml/structure_report.h"
-#include "xml/table_names.h"
 
 #include <functional>
 #include <gtest/gtest.h>
@@ -14,14 +15,14 @@ namespace {
 using testing::LoadBytes;
 
 /// One line per entry: path, name when the path does not end in it, level, children, twins, attributes, kind and size,
-/// table number, "shared". A table's line begins with "T".
-std::string ModelText(const StructureModel& model, const Document& document, const ConversionSettings& settings)
+/// table number, "shared". The line of a path whose elements become records begins with "T".
+std::string ModelText(const StructureModel& model, const Document& document, const MappingPlan& plan)
 {
     std::string text;
     for (std::size_t i = 1; i <= model.UpperBound(); ++i) {
         const ElementInfo& info = model.Element(i);
         const std::string path = document.PathText(info.strPath);
-        text += IsTableElement(info, settings) ? "T " : "- ";
+        text += plan.paths[info.strPath].table != kNoTable ? "T " : "- ";
         text += path;
         if (!path.ends_with("/" + info.strName))
             text += " (" + info.strName + ")";
@@ -47,13 +48,15 @@ struct Analysis {
     std::string Run(const char* xml)
     {
         Document document = LoadBytes(xml).document;
-        Guarded(job.log, [&] { velAnalyseXML(job, document, model); });
-        return ModelText(model, document, job.settings);
+        plan = MappingPlan();
+        Guarded(job.log, [&] { velAnalyseXML(job, document, TagMap(), model, plan); });
+        return ModelText(model, document, plan);
     }
 
     testing::ScriptedHost host;
     Job job;
     StructureModel model;
+    MappingPlan plan;
 };
 
 TEST(StructureAnalysis, DerivesTheModel)
@@ -80,8 +83,8 @@ TEST(StructureAnalysis, DerivesTheModel)
          "<a><r><b i='1'>x</b></r><r><b/><b/></r></a>", plain,
          "T //a 0 2 0 0 num 0 #11\nT //a/r 1 2 0 0 num 0 #12\nT //a/r/b 2 0 1 1 str 1 #13\n"
          "- //a/r/b/attr_i 3 0 0 0 num 1 #0\n- //a/r/b/b 3 0 0 0 num 0 #0\nrecords 6\n"},
-        {"attributes make a table only when imported", "<a><b i='1'/></a>", withoutAttributes,
-         "T //a 0 1 0 0 num 0 #11\n- //a/b 1 0 0 1 num 0 #0\nrecords 3\n"},
+        {"attributes make a table, also when they are left out, but give it no number then", "<a><b i='1'/></a>",
+         withoutAttributes, "T //a 0 1 0 0 num 0 #11\nT //a/b 1 0 0 1 num 0 #0\nrecords 3\n"},
         {"attributes of the first occurrence only are counted", "<a><c><b/></c><c><b i='1'/></c></a>", plain,
          "T //a 0 2 0 0 num 0 #11\nT //a/c 1 1 0 0 num 0 #12\n- //a/c/b 2 0 0 0 num 0 #0\n"
          "- //a/c/b/attr_i 3 0 0 0 num 1 #0\nrecords 5\n"},
@@ -91,18 +94,18 @@ TEST(StructureAnalysis, DerivesTheModel)
          "T //a 0 3 0 0 num 0 #11\nT //a/b 1 0 2 0 str 3 #12\n- //a/b/b 2 0 0 0 str 3 #0\nrecords 5\n"},
         {"negative numbers do not change the size", "<a><b>-1</b><b>-5</b></a>", plain,
          "T //a 0 2 0 0 num 0 #11\nT //a/b 1 0 1 0 num -1 #12\n- //a/b/b 2 0 0 0 num -1 #0\nrecords 4\n"},
-        {"a column of the same name keeps it", "<a><x><i><k/></i></x><i x='1'/><i n='2'><k><i l='1'/></k></i></a>",
+        {"a table without a number keeps its name", "<a><x><i><k/></i></x><i x='1'/><i n='2'><k><i l='1'/></k></i></a>",
          withoutAttributes,
          "T //a 0 3 0 0 num 0 #11\nT //a/x 1 1 0 0 num 0 #12\nT //a/x/i (i_L1) 2 1 0 0 num 0 #13\n"
          "- //a/x/i/k 3 0 0 0 num 0 #0\nT //a/i (i_L2) 1 1 1 1 num 0 #15\nT //a/i/k 2 1 0 0 num 0 #16\n"
-         "- //a/i/k/i 3 0 0 1 num 0 #0\nrecords 8\n"},
+         "T //a/i/k/i 3 0 0 1 num 0 #0\nrecords 8\n"},
         {"wrapping tags skipped: the last sibling's attributes count against the leaves",
          "<a><w><b>1</b><c i='1'>2</c></w><w><b>1</b></w></a>", skipWrapping,
-         "T //a 0 2 0 0 num 0 #11\nT //a/w 1 2 0 0 num 0 #12\n- //a/w/b 2 0 0 0 num 1 #0\n"
+         "- //a 0 2 0 0 num 0 #11\nT //a/w 1 2 0 0 num 0 #12\n- //a/w/b 2 0 0 0 num 1 #0\n"
          "T //a/w/c 2 0 0 1 num 2 #14\n- //a/w/c/attr_i 3 0 0 0 num 1 #0\nrecords 2\n"},
         {"without attributes only runs without a plain leaf are skipped",
          "<a><w><b>1</b><c i='1'/></w><w><b i='1'/></w></a>", skipWithoutAttributes,
-         "T //a 0 2 0 0 num 0 #11\nT //a/w 1 2 0 0 num 0 #12\n- //a/w/b 2 0 0 0 num 1 #0\n- //a/w/c 2 0 0 1 num 0 #0\n"
+         "- //a 0 2 0 0 num 0 #11\nT //a/w 1 2 0 0 num 0 #12\n- //a/w/b 2 0 0 0 num 1 #0\n- //a/w/c 2 0 0 1 num 0 #0\n"
          "records 3\n"},
     };
     for (const Case& c : cases) {
@@ -161,8 +164,9 @@ TEST(StructureReport, ShowsOneLinePerElementBelowItsHeading)
     testing::ScriptedHost host;
     Job job(host);
     StructureModel model;
+    MappingPlan plan;
     Document document = LoadBytes("<list><entry id='1'>1.5</entry><entry>abc</entry></list>").document;
-    velAnalyseXML(job, document, model);
+    velAnalyseXML(job, document, TagMap(), model, plan);
     EXPECT_EQ(StructureReport(model, document), "        Level\r\n"
                                                 "        |   Children\r\n"
                                                 "        |   |     Siblings\r\n"
@@ -171,57 +175,6 @@ TEST(StructureReport, ShowsOneLinePerElementBelowItsHeading)
                                                 "------------------------------------------------------\r\n"
                                                 "11      0   2     0   0   Num(0)           list  //list\r\n"
                                                 "0       1   0     1   1   Str(3)           entry //list/entry\r\n");
-}
-
-TEST(LoadXml, ReportsWhatItCouldNotRead)
-{
-    struct Case {
-        const char* name;
-        const char* xml;
-        std::vector<std::string> lines;
-        bool readable;
-    };
-    const Case cases[] = {
-        {"a good file", "<a/>", {"Open XML"}, true},
-        {"a bad one, which is no error of the run",
-         "<a>\n</b>",
-         {"Open XML", "Not loaded: PATH: line 2, column 3: mismatched tag: this end tag does not close <a>"},
-         false},
-        {"skipped entities",
-         "<!DOCTYPE a SYSTEM 'x'><a>&one;&two;</a>",
-         {"Open XML", "Entities without a text of their own, left out: 2, the first is &one;"},
-         true},
-        {"letters of windows-1252 in a file that does not say so",
-         "<?xml version='1.0' encoding='ISO-8859-1'?><a>\x93x\x94</a>",
-         {"Open XML",
-          "Bytes 80 to 9F, control characters in ISO-8859-1: 2; where they are letters the file must say windows-1252"},
-         true},
-    };
-    for (const Case& c : cases) {
-        SCOPED_TRACE(c.name);
-        const testing::TempFolder folder;
-        const std::string path = (folder / "document.xml").string();
-        testing::WriteFile(path, c.xml);
-        testing::ScriptedHost host;
-        Job job(host);
-        EXPECT_EQ(velLoadXML(job, path).readable, c.readable);
-        for (std::string& line : host.lines) {
-            if (const std::size_t at = line.find(path); at != std::string::npos)
-                line.replace(at, path.size(), "PATH");
-        }
-        EXPECT_EQ(host.lines, c.lines);
-        EXPECT_FALSE(job.settings.blAbort);
-    }
-    const testing::TempFolder folder;
-    for (const auto& [path, message] : {std::pair<std::string, std::string>{"", "Source XML file not specified"},
-                                        {(folder / "none.xml").string(), "Source XML file not found"}}) {
-        testing::ScriptedHost host;
-        Job job(host);
-        job.settings.blQuiet = true;
-        EXPECT_FALSE(Guarded(job.log, [&, &file = path] { static_cast<void>(velLoadXML(job, file)); }));
-        ASSERT_EQ(host.errors.size(), 1u);
-        EXPECT_EQ(host.errors[0].second, message);
-    }
 }
 
 } // namespace

@@ -1,0 +1,18 @@
+#pragma once
+
+#include "mapping/tag_map.h"
+#include "plan/mapping_plan.h"
+#include "settings/conversion_settings.h"
+#include "xml/structure_model.h"
+
+namespace velmora {
+
+/// The plan by the plain rules: what has children, repeats or bears attributes is a table; the leaves and attributes
+/// below it are its columns, of equal names the first.
+///
+/// Tables of `model` that bear one tag are told apart by the suffixes "_L1", "_L2" and so on, or, with one table per
+/// element, share one: the model's entries get their names and table numbers.
+[[nodiscard]] MappingPlan PlanByPlainRules(const Document& document, StructureModel& model,
+                                           const ConversionSettings& settings, const TagMap& map);
+
+} // namespace velmora
