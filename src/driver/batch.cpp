@@ -221,7 +221,7 @@ bool Batch::ConvertOneFile(const std::string& path, DatabaseSession& session, Fi
     run([&] { velOpenTables(job_, session, plan, filesOfRun, sinks); });
     DocumentImport import(job_, session, path, xml.document, plan, sinks);
     const bool imported = run([&] { import.Run(); });
-    outcome_.valuesLeftOut += import.Tell(imported);
+    import.Tell(imported, outcome_.leftOut);
     outcome_.recordsWithoutText += velCloseTables(job_, session, sinks);
     unfinishedRecords_ = sinks.SavedRecords();
     textFilesChanged_ =

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "driver/run_files.h"
+#include "import/loss_report.h"
 #include "mapping/tag_map.h"
 #include "schema/lock_retry.h"
 #include "schema/table_report.h"
@@ -30,7 +31,7 @@ struct RunOutcome {
     bool cancelled = false;   ///< by the user
     int unreadableFiles = 0;  ///< sources that could not be read
     int convertedFiles = 0;
-    std::int64_t valuesLeftOut = 0;      ///< that were not imported
+    LossSummary leftOut{};               ///< values that were not imported
     std::int64_t recordsWithoutText = 0; ///< in a run that exports text
     int filesNotRenamed = 0;             ///< in a run that renames
     std::vector<TableReport> tables{};   ///< in order of first use

@@ -12,6 +12,18 @@ namespace {
 
 constexpr std::size_t kMaxLines = 20;
 
+std::string_view FirstValue(const Document& document, const ValueAccount::Group& group)
+{
+    if (group.attribute == ValueOrigin::kOwnText)
+        return document.Content(group.first);
+    for (std::uint32_t index = 0; index < document.AttributeCount(group.first); ++index)
+        if (document.AttributeName(group.first, index) == group.attribute)
+            return document.AttributeValue(group.first, index);
+    return {};
+}
+
+} // namespace
+
 std::string_view Describe(LossReason reason)
 {
     switch (reason) {
@@ -37,28 +49,23 @@ std::string_view Describe(LossReason reason)
     return {};
 }
 
-std::string_view FirstValue(const Document& document, const ValueAccount::Group& group)
-{
-    if (group.attribute == ValueOrigin::kOwnText)
-        return document.Content(group.first);
-    for (std::uint32_t index = 0; index < document.AttributeCount(group.first); ++index)
-        if (document.AttributeName(group.first, index) == group.attribute)
-            return document.AttributeValue(group.first, index);
-    return {};
-}
-
-} // namespace
-
-std::int64_t ReportLoss(Job& job, const Document& document, const MappingPlan& plan, const ValueAccount& account)
+void ReportLoss(Job& job, const Document& document, const MappingPlan& plan, const ValueAccount& account,
+                LossSummary& summary)
 {
     const ValueAccount::Loss loss = account.Settle(plan.importsAttributes);
     if (loss.groups.empty())
-        return 0;
+        return;
     const auto pathOf = [&](const ValueAccount::Group& group) {
         return PathOfValue(document, group.path, group.attribute, job.settings.strAttrPrefix);
     };
     job.log.ProtocolAppend("Not imported: " + std::to_string(loss.lost) + " of " + std::to_string(loss.offered) +
                            " values, the first at " + pathOf(loss.groups.front()));
+    summary.values += loss.lost;
+    for (const ValueAccount::Group& group : loss.groups) {
+        if (summary.groups.size() == LossSummary::kMaxGroups)
+            break;
+        summary.groups.push_back({pathOf(group), group.count, group.reason, QuotedSample(FirstValue(document, group))});
+    }
     const std::size_t told = std::min(loss.groups.size(), kMaxLines);
     std::int64_t untold = loss.lost;
     for (std::size_t i = 0; i < told; ++i) {
@@ -71,7 +78,6 @@ std::int64_t ReportLoss(Job& job, const Document& document, const MappingPlan& p
     if (told < loss.groups.size())
         job.log.ProtocolAppend("  and " + std::to_string(untold) + " more in " +
                                std::to_string(loss.groups.size() - told) + " further groups");
-    return loss.lost;
 }
 
 } // namespace velmora

@@ -3,10 +3,34 @@
 #include "import/value_account.h"
 #include "settings/job.h"
 
+#include <cstddef>
+#include <cstdint>
+#include <string>
+#include <string_view>
+#include <vector>
+
 namespace velmora {
 
+/// Values of one path that were left out for one reason.
+struct LeftOut {
+    std::string path;
+    std::int64_t count = 0;
+    LossReason reason = LossReason::None;
+    std::string sample; ///< the first of them, shortened, in quotation marks
+};
+
+/// What of the documents of a run was left out.
+struct LossSummary {
+    static constexpr std::size_t kMaxGroups = 1000;
+    std::int64_t values = 0;
+    std::vector<LeftOut> groups; ///< in the documents' order, no more than kMaxGroups
+};
+
+[[nodiscard]] std::string_view Describe(LossReason reason);
+
 /// Says in the protocol how many of the document's values were not imported, and for each path and reason how many,
-/// with a sample; the longest lists are cut. Gives their number; says nothing when all are there.
-std::int64_t ReportLoss(Job& job, const Document& document, const MappingPlan& plan, const ValueAccount& account);
+/// with a sample; the longest lists are cut. Adds them to `summary`. Says nothing when all are there.
+void ReportLoss(Job& job, const Document& document, const MappingPlan& plan, const ValueAccount& account,
+                LossSummary& summary);
 
 } // namespace velmora

@@ -207,11 +207,12 @@ void DocumentImport::Run()
         NodeImporter(job_, session_.Locks(), document_, sinks_, columns_).velImportNode();
 }
 
-std::int64_t DocumentImport::Tell(bool completed) const
+void DocumentImport::Tell(bool completed, LossSummary& summary) const
 {
     if (hasBegun_)
         job_.log.ProtocolAppend("Import XML: " + std::to_string(columns_.RecordCount()) + " records were imported");
-    return completed ? ReportLoss(job_, document_, plan_, account_) : 0;
+    if (completed)
+        ReportLoss(job_, document_, plan_, account_, summary);
 }
 
 } // namespace velmora

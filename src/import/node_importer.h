@@ -1,6 +1,7 @@
 #pragma once
 
 #include "import/column_import.h"
+#include "import/loss_report.h"
 
 #include <cstdint>
 #include <string>
@@ -18,8 +19,8 @@ public:
     /// begun to velCloseTables.
     void Run();
     /// Says in the protocol how many records were written, also of a run that has ended early; of one that was
-    /// `completed` also how many of the document's values were not imported: gives that number.
-    std::int64_t Tell(bool completed) const;
+    /// `completed` also how many of the document's values were not imported, which `summary` takes up.
+    void Tell(bool completed, LossSummary& summary) const;
 
 private:
     Job& job_;

@@ -1,14 +1,22 @@
 #include "ui/controls_form.h"
 
+#include <QAction>
 #include <QCheckBox>
 #include <QComboBox>
 #include <QLabel>
 #include <QLineEdit>
+#include <QStyle>
 
 #include <algorithm>
 #include <cassert>
 
 namespace velmora {
+
+namespace {
+
+constexpr const char* kProblemSign = "problem";
+
+} // namespace
 
 ControlsForm::ControlsForm(Controls& controls, QObject* parent)
     : QObject(parent), controls_(controls), rows_(ControlRows())
@@ -62,6 +70,7 @@ QLineEdit* ControlsForm::Text(TextControl Controls::*control)
     auto* edit = new QLineEdit;
     Describe(*edit, row);
     edit->setPlaceholderText(row.hint);
+    edit->setAcceptDrops(false); // the window knows what a file means
     // Only a person's hand is told, so that showing a state cannot change it.
     connect(edit, &QLineEdit::textEdited, this, [this, control](const QString& text) {
         (controls_.*control).text = text.toStdString();
@@ -126,6 +135,28 @@ QWidget* ControlsForm::Widget(const Option::Control& control)
         QWidget* operator()(ComboControl Controls::*member) const { return form.Combo(member); }
     };
     return std::visit(Maker{*this}, control);
+}
+
+void ControlsForm::ShowProblems(const std::vector<FieldProblem>& problems)
+{
+    for (const auto& [widget, row] : widgets_) {
+        const auto* field = std::get_if<TextControl Controls::*>(&row->option->control);
+        if (field == nullptr)
+            continue;
+        const auto problem = std::find_if(problems.begin(), problems.end(),
+                                          [&](const FieldProblem& candidate) { return candidate.field == *field; });
+        const QString text = problem == problems.end() ? QString() : problem->text;
+        if (widget->accessibleDescription() == text)
+            continue;
+        widget->setAccessibleDescription(text);
+        delete widget->findChild<QAction*>(kProblemSign);
+        if (text.isEmpty())
+            continue;
+        auto* sign = static_cast<QLineEdit*>(widget)->addAction(
+            widget->style()->standardIcon(QStyle::SP_MessageBoxWarning), QLineEdit::TrailingPosition);
+        sign->setObjectName(kProblemSign);
+        sign->setToolTip(text);
+    }
 }
 
 void ControlsForm::Refresh(const Controls& controls)

@@ -2,6 +2,7 @@
 
 #include "settings/controls.h"
 #include "ui/control_table.h"
+#include "ui/problems.h"
 
 #include <QObject>
 
@@ -38,6 +39,8 @@ public:
 
     /// Shows `controls`: the state itself while nothing runs, what a run has handed out meanwhile.
     void Refresh(const Controls& controls);
+    /// Marks the fields that a run would stumble over, each with a sign that says why.
+    void ShowProblems(const std::vector<FieldProblem>& problems);
     /// For what else writes into the state: enables what depends on it, shows it and tells it.
     void Commit();
     [[nodiscard]] Controls& State() noexcept { return controls_; }

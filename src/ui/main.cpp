@@ -39,6 +39,7 @@ int main(int argc, char* argv[])
         QMessageBox::critical(nullptr, window.windowTitle(), QString::fromStdString(WithoutPasswords(error.what())));
         return 2;
     }
+    window.Remember();
     window.show();
     if (window.App().GetJob().controls.chkQuiet.Checked())
         ConvertAndClose(window);

@@ -1,5 +1,6 @@
 #include "ui/main_window.h"
 
+#include "log/passwords.h"
 #include "mapping/tag_map_file.h"
 #include "platform/paths.h"
 #include "platform/program.h"
@@ -7,17 +8,27 @@
 #include "ui/command_line_window.h"
 #include "ui/controls_form.h"
 #include "ui/converter_page.h"
+#include "ui/dropped_files.h"
+#include "ui/job_file.h"
+#include "ui/left_out_window.h"
 #include "ui/mapping_page.h"
+#include "ui/memory.h"
+#include "ui/problems.h"
 #include "ui/progress_page.h"
 #include "ui/run_summary.h"
 #include "ui/structure_page.h"
 
 #include <QCloseEvent>
 #include <QDesktopServices>
+#include <QDragEnterEvent>
+#include <QDropEvent>
 #include <QFileInfo>
 #include <QHBoxLayout>
 #include <QLabel>
+#include <QLocale>
+#include <QMenu>
 #include <QMessageBox>
+#include <QMimeData>
 #include <QPushButton>
 #include <QScreen>
 #include <QShortcut>
@@ -33,10 +44,12 @@ namespace velmora {
 namespace {
 
 constexpr int kDrawMilliseconds = 34; // at most 30 times a second
+constexpr int kCheckMilliseconds = 300;
 constexpr int kStructurePage = 3;
 
 constexpr const char* kMappingFilter = "Tab Separated Values (*.tsv)|*.tsv|All Files (*.*)|*.*";
 constexpr const char* kMappingSuffix = ".tsv";
+constexpr const char* kJobFilter = "Job (*.velmora)|*.velmora|All Files (*.*)|*.*";
 
 QString Caption()
 {
@@ -60,10 +73,18 @@ MainWindow::MainWindow(std::unique_ptr<Desktop> desktop)
     connect(form_, &ControlsForm::Changed, this, [this] {
         if (commandLineWindow_ != nullptr)
             commandLineWindow_->Refresh();
+        checkTimer_.start();
+    });
+    checkTimer_.setSingleShot(true);
+    checkTimer_.setInterval(kCheckMilliseconds);
+    connect(&checkTimer_, &QTimer::timeout, this, [this] {
+        if (!conversion_.IsRunning())
+            form_->ShowProblems(FindProblems(application_.GetJob().controls));
     });
     connect(&conversion_, &Conversion::Finished, this, &MainWindow::EndOfRun);
     connect(&drawTimer_, &QTimer::timeout, this, &MainWindow::Draw);
     drawTimer_.setInterval(kDrawMilliseconds);
+    setAcceptDrops(true);
     resize(sizeHint().boundedTo(screen()->availableSize() * 0.9));
 }
 
@@ -111,6 +132,7 @@ QWidget* MainWindow::MakeBottomRow()
     convert_ = button("btnConvert", tr("&Convert"), tr("Convert what is named on the first page (F5)"));
     quit_ = button("btnQuit", tr("E&xit"), tr("Close the window; while a conversion is running, cancel it"));
     convert_->setDefault(true);
+    job_ = MakeJobMenu();
     connect(commandLine_, &QPushButton::clicked, this, &MainWindow::btnCommandLine_Click);
     connect(openDirectory_, &QPushButton::clicked, this, [this] { PressLauncher("btnOPEN_DIRECTORY"); });
     connect(convert_, &QPushButton::clicked, this, &MainWindow::btnConvert_Click);
@@ -119,6 +141,7 @@ QWidget* MainWindow::MakeBottomRow()
     auto* row = new QWidget;
     auto* layout = new QHBoxLayout(row);
     layout->setContentsMargins(0, 0, 0, 0);
+    layout->addWidget(job_);
     layout->addWidget(commandLine_);
     layout->addWidget(openDirectory_);
     layout->addStretch();
@@ -137,6 +160,13 @@ void MainWindow::MakeStatusBar()
     openResult_->setToolTip(tr("Show what the last conversion has written"));
     openResult_->setAccessibleName(openResult_->text());
     openResult_->hide();
+    leftOut_ = new QPushButton;
+    leftOut_->setObjectName("btnLeftOut");
+    leftOut_->setToolTip(tr("Show what was not imported, and what cures it"));
+    leftOut_->hide();
+    connect(leftOut_, &QPushButton::clicked, this, &MainWindow::ShowLeftOut);
+    connect(progressPage_, &ProgressPage::LeftOutPressed, this, &MainWindow::ShowLeftOut);
+    statusBar()->addPermanentWidget(leftOut_);
     connect(openResult_, &QPushButton::clicked, this, &MainWindow::OpenResult);
     statusBar()->addWidget(status_, 1);
     statusBar()->addPermanentWidget(openResult_);
@@ -216,6 +246,7 @@ void MainWindow::EnableForRun(bool running)
     mappingPage_->setEnabled(!running);
     commandLine_->setEnabled(!running);
     openDirectory_->setEnabled(!running);
+    job_->setEnabled(!running);
     openResult_->setEnabled(!running);
 }
 
@@ -225,6 +256,7 @@ void MainWindow::btnConvert_Click()
         return;
     status_->clear();
     openResult_->hide();
+    leftOut_->hide();
     progressPage_->Clear();
     isCancelling_ = false;
     // Shown at once, without waiting for the run to say so.
@@ -258,6 +290,16 @@ void MainWindow::EndOfRun()
     status_->setText(RunSummary(outcome, conversion_.Milliseconds(), host_.LastError()));
     status_->setToolTip(status_->text());
     openResult_->setVisible(outcome.convertedFiles > 0);
+    leftOut_->setText(tr("Not imported: %1…").arg(QLocale().toString(qlonglong{outcome.leftOut.values})));
+    leftOut_->setAccessibleName(leftOut_->text());
+    leftOut_->setVisible(outcome.leftOut.values > 0);
+    progressPage_->OfferLeftOut(outcome.leftOut.values > 0);
+    if (remembers_) {
+        const Controls& controls = application_.GetJob().controls;
+        Memory::AddRecentFile("xml", QString::fromStdString(controls.FromUrl() ? "" : controls.txtFILE_XML.text));
+        Memory::AddRecentFile("mdb", QString::fromStdString(controls.txtFILE_MDB.text));
+    }
+    checkTimer_.start();
     emit RunEnded();
     if (closesAtEnd_)
         close();
@@ -309,6 +351,8 @@ void MainWindow::AskWhetherToCancel()
 void MainWindow::closeEvent(QCloseEvent* event)
 {
     if (!conversion_.IsRunning()) {
+        if (remembers_)
+            Memory::SaveWindow(*this, *tabs_);
         event->accept();
         return;
     }
@@ -339,8 +383,13 @@ void MainWindow::btnMappingOpen_Click()
         {"Open mapping", kMappingFilter, kMappingSuffix, QString::fromStdString(controls.txtFILE_MAPPING.text)});
     if (path.isEmpty())
         return;
-    controls.txtFILE_MAPPING.text = path.toStdString();
-    static_cast<void>(velLoadTagMapping(application_.GetJob(), application_.GetTagMap(), path.toStdString()));
+    LoadMapping(path.toStdString());
+}
+
+void MainWindow::LoadMapping(const std::string& path)
+{
+    application_.GetJob().controls.txtFILE_MAPPING.text = path;
+    static_cast<void>(velLoadTagMapping(application_.GetJob(), application_.GetTagMap(), path));
     mappingPage_->Redraw();
     progressPage_->AddLines(host_.TakeLines());
     form_->Commit();
@@ -360,14 +409,11 @@ void MainWindow::btnMappingSave_Click()
                                                       QString::fromStdString(job.controls.txtFILE_MAPPING.text)});
         if (path.isEmpty())
             return;
-        if (FileExists(path.toStdString())) {
-            const Answer answer = host_.Ask("The file already exists.\r\nDo you want to owerwrite it?", kCaption,
-                                            Buttons::YesNoCancel, Icon::Question, Answer::No);
-            if (answer == Answer::No)
-                continue;
-            if (answer == Answer::Cancel)
-                return;
-        }
+        const Answer answer = MayReplace(path);
+        if (answer == Answer::No)
+            continue;
+        if (answer == Answer::Cancel)
+            return;
         static_cast<void>(SaveTagMapping(job, application_.GetTagMap(), path.toStdString()));
         progressPage_->AddLines(host_.TakeLines());
         form_->Commit();
@@ -393,6 +439,120 @@ void MainWindow::OpenManual()
             return;
         }
     status_->setText(tr("The manual is not installed"));
+}
+
+Answer MainWindow::MayReplace(const QString& path)
+{
+    if (!FileExists(path.toStdString()))
+        return Answer::Yes;
+    return host_.Ask("The file already exists.\r\nDo you want to owerwrite it?", kCaption, Buttons::YesNoCancel,
+                     Icon::Question, Answer::No);
+}
+
+void MainWindow::ShowLeftOut()
+{
+    if (leftOutWindow_ == nullptr)
+        leftOutWindow_ = new LeftOutWindow(this);
+    leftOutWindow_->Show(conversion_.Outcome().leftOut);
+}
+
+void MainWindow::Remember()
+{
+    remembers_ = true;
+    Memory::RestoreWindow(*this, *tabs_);
+}
+
+QPushButton* MainWindow::MakeJobMenu()
+{
+    auto* menu = new QMenu(this);
+    menu->addAction(tr("&Open a job…"), this, [this] {
+        const QString path = desktop_->AskForFile({tr("Open a job"), kJobFilter, kJobSuffix, {}});
+        if (!path.isEmpty())
+            OpenJob(path);
+    });
+    menu->addAction(tr("&Save as a job…"), this, &MainWindow::SaveJobAs);
+    auto* recent = menu->addMenu(tr("&Recent files"));
+    connect(recent, &QMenu::aboutToShow, this, [this, recent] { ShowRecentFiles(*recent); });
+    auto* button = new QPushButton(tr("&Job"));
+    button->setObjectName("btnJob");
+    button->setToolTip(tr("Keep all that is filled in as a file, or open one"));
+    button->setAccessibleName(PlainLabel(button->text()));
+    button->setMenu(menu);
+    return button;
+}
+
+void MainWindow::ShowRecentFiles(QMenu& menu)
+{
+    menu.clear();
+    const auto add = [&](const char* kind, TextControl Controls::*field) {
+        for (const QString& path : Memory::RecentFiles(kind))
+            menu.addAction(path, this, [this, path, field] {
+                (application_.GetJob().controls.*field).text = path.toStdString();
+                form_->Commit();
+            });
+    };
+    add("xml", &Controls::txtFILE_XML);
+    menu.addSeparator();
+    add("mdb", &Controls::txtFILE_MDB);
+}
+
+void MainWindow::OpenJob(const QString& path)
+{
+    try {
+        Form_Load(ReadJob(path.toStdString()));
+    } catch (const std::exception& error) {
+        host_.ShowMessage(WithoutPasswords(error.what()), Icon::Exclamation);
+    }
+}
+
+void MainWindow::SaveJobAs()
+{
+    for (;;) {
+        const QString path = desktop_->AskForNewFile({tr("Save as a job"), kJobFilter, kJobSuffix, {}});
+        if (path.isEmpty())
+            return;
+        const Answer answer = MayReplace(path);
+        if (answer == Answer::No)
+            continue;
+        if (answer == Answer::Cancel)
+            return;
+        if (const std::error_code failure = SaveJob(application_.GetJob().controls, path.toStdString()))
+            host_.ShowMessage("The job " + path.toStdString() + " cannot be written: " + failure.message(),
+                              Icon::Exclamation);
+        return;
+    }
+}
+
+void MainWindow::dragEnterEvent(QDragEnterEvent* event)
+{
+    if (event->mimeData()->hasUrls() && !conversion_.IsRunning())
+        event->acceptProposedAction();
+}
+
+void MainWindow::dropEvent(QDropEvent* event)
+{
+    QStringList paths;
+    for (const QUrl& url : event->mimeData()->urls())
+        if (url.isLocalFile())
+            paths.append(url.toLocalFile());
+    const DroppedFiles dropped = UnderstandDrop(paths);
+    Controls& controls = application_.GetJob().controls;
+    if (!dropped.job.isEmpty())
+        OpenJob(dropped.job);
+    if (!dropped.xml.isEmpty()) {
+        controls.txtFILE_XML.text = dropped.xml.toStdString();
+        controls.tabSourceType = 0;
+        converterPage_->Refresh(controls);
+    }
+    if (!dropped.mdb.isEmpty())
+        controls.txtFILE_MDB.text = dropped.mdb.toStdString();
+    if (!dropped.mapping.isEmpty())
+        LoadMapping(dropped.mapping.toStdString());
+    status_->setText(dropped.isUnclear
+                         ? tr("Drop XML files that one pattern can name, a folder, a database, or a mapping file")
+                         : QString());
+    form_->Commit();
+    event->acceptProposedAction();
 }
 
 } // namespace velmora

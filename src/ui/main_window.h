@@ -13,6 +13,7 @@
 #include <string_view>
 
 class QLabel;
+class QMenu;
 class QMessageBox;
 class QPushButton;
 class QTabWidget;
@@ -23,6 +24,7 @@ class AboutPage;
 class CommandLineWindow;
 class ControlsForm;
 class ConverterPage;
+class LeftOutWindow;
 class MappingPage;
 class ProgressPage;
 class StructurePage;
@@ -39,6 +41,8 @@ public:
 
     /// Fills every control by the raw command line and shows the state. Throws CommandLineError.
     void Form_Load(std::string_view commandLine);
+    /// Takes the size and the page that it had last, and keeps them from now on. No test does.
+    void Remember();
     /// The buttons "Convert" and "Exit", which is "Cancel" while a run goes on.
     void btnConvert_Click();
     void btnQuit_Click();
@@ -52,11 +56,14 @@ signals:
 
 protected:
     void closeEvent(QCloseEvent* event) override;
+    void dragEnterEvent(QDragEnterEvent* event) override;
+    void dropEvent(QDropEvent* event) override;
 
 private:
     void MakePages();
     [[nodiscard]] QWidget* MakeBottomRow();
     void MakeStatusBar();
+    [[nodiscard]] QPushButton* MakeJobMenu();
     void MakeShortcuts();
 
     /// Shows the state of the controls as it is, or as the run has handed it out.
@@ -74,6 +81,13 @@ private:
     void PressLauncher(const QString& button);
     void OpenResult();
     void OpenManual();
+    void ShowLeftOut();
+    void OpenJob(const QString& path);
+    void SaveJobAs();
+    void ShowRecentFiles(QMenu& menu);
+    void LoadMapping(const std::string& path);
+    /// Shall the file at `path`, if there is one, be replaced? Asks.
+    [[nodiscard]] Answer MayReplace(const QString& path);
 
     WindowHost host_;
     Application application_;
@@ -82,6 +96,7 @@ private:
     Launchers launchers_;
     ControlsForm* form_;
     QTimer drawTimer_;
+    QTimer checkTimer_; ///< looks at what was typed, when it has been left alone for a moment
 
     QTabWidget* tabs_ = nullptr;
     ConverterPage* converterPage_ = nullptr;
@@ -91,15 +106,19 @@ private:
     AboutPage* aboutPage_ = nullptr;
     QPushButton* commandLine_ = nullptr;
     QPushButton* openDirectory_ = nullptr;
+    QPushButton* job_ = nullptr;
     QPushButton* convert_ = nullptr;
     QPushButton* quit_ = nullptr;
     QLabel* status_ = nullptr;
     QPushButton* openResult_ = nullptr;
+    QPushButton* leftOut_ = nullptr;
     QMessageBox* cancelQuestion_ = nullptr;
     CommandLineWindow* commandLineWindow_ = nullptr;
+    LeftOutWindow* leftOutWindow_ = nullptr;
     int shownPage_ = 0;         ///< that the state last asked for
     bool isCancelling_ = false; ///< the person has said so, the run has not ended yet
     bool closesAtEnd_ = false;
+    bool remembers_ = false;
 };
 
 } // namespace velmora

@@ -76,6 +76,11 @@ ProgressPage::ProgressPage(QWidget* parent) : QWidget(parent)
     connect(save, &QPushButton::clicked, this, [this] { SaveText(*this, *protocol_, "velmora.log"); });
     buttons->addWidget(copy);
     buttons->addWidget(save);
+    leftOut_ =
+        MakeTextButton("btnLeftOutOfRun", tr("&Not imported…"), tr("Show what was not imported, and what cures it"));
+    leftOut_->setEnabled(false);
+    connect(leftOut_, &QPushButton::clicked, this, &ProgressPage::LeftOutPressed);
+    buttons->addWidget(leftOut_);
     buttons->addStretch();
     grid->addLayout(buttons, 5, 0, 1, 3);
 }
@@ -84,7 +89,13 @@ void ProgressPage::Clear()
 {
     protocol_->clear();
     fileAtHand_ = -1;
+    OfferLeftOut(false);
     ShowProgress({}, 0);
+}
+
+void ProgressPage::OfferLeftOut(bool isThere)
+{
+    leftOut_->setEnabled(isThere);
 }
 
 void ProgressPage::AddLines(const QStringList& lines)

@@ -7,6 +7,7 @@
 class QLabel;
 class QPlainTextEdit;
 class QProgressBar;
+class QPushButton;
 
 namespace velmora {
 
@@ -22,6 +23,11 @@ public:
     /// Puts lines, the oldest first, in front of the others.
     void AddLines(const QStringList& lines);
     void Clear();
+    /// Something was not imported, and there is a list of it.
+    void OfferLeftOut(bool isThere);
+
+signals:
+    void LeftOutPressed();
 
 private:
     [[nodiscard]] QString TimeLine(const RunProgress& progress, std::int64_t milliseconds);
@@ -32,6 +38,7 @@ private:
     QLabel* recordNumbers_;
     QLabel* time_;
     QPlainTextEdit* protocol_;
+    QPushButton* leftOut_;
     std::int64_t importBegin_ = 0; ///< when the first record of the current file was seen
     std::int64_t fileAtHand_ = -1;
 };

@@ -155,7 +155,7 @@ TEST(ExitStatus, IsTheGravestOfWhatHappened)
         {"nothing to do", {.nothingToDo = true}, false, 2, 2},
         {"unreadable", {.unreadableFiles = 1, .convertedFiles = 2}, true, 3, 3},
         {"no mapping", {.convertedFiles = 1}, false, 3, 3},
-        {"values left out", {.valuesLeftOut = 1}, true, 0, 3},
+        {"values left out", {.leftOut = {1, {}}}, true, 0, 3},
         {"records without text", {.recordsWithoutText = 1}, true, 0, 3},
         {"cancelled", {.failed = true, .cancelled = true}, true, 130, 130},
     };

@@ -8,6 +8,7 @@
 #include <QPushButton>
 #include <QSignalSpy>
 #include <QTabWidget>
+#include <QTableWidget>
 
 namespace velmora::testing {
 namespace {
@@ -66,6 +67,27 @@ TEST_F(WindowTest, CancelsWhenConfirmedAndGoesOnWhenNot)
         EXPECT_TRUE(IsEnabled("txtFILE_XML"));
     }
     EXPECT_SOUND(folder / "a.mdb");
+}
+
+TEST_F(WindowTest, ListsWhatWasNotImportedWithItsCure)
+{
+    WriteFile(folder / "a.xml", "<a><b id='7'>text<c>1</c></b></a>");
+    window.Form_Load("xml=" + Path("a.xml") + " mdb=" + Path("a.mdb") + " -attributes");
+    Convert();
+    EXPECT_EQ(Get<QAbstractButton>("btnLeftOut").text(), "Not imported: 2…");
+    TurnToPage(2);
+    Click("btnLeftOutOfRun");
+    const auto& table = Get<QTableWidget>("tblLeftOut");
+    QStringList lines;
+    for (int row = 0; row < table.rowCount(); ++row) {
+        QStringList cells;
+        for (int column = 0; column < table.columnCount(); ++column)
+            cells.append(table.item(row, column)->text());
+        lines.append(cells.join('|'));
+    }
+    EXPECT_EQ(lines.join('\n').toStdString(),
+              "//a/b/attr_id|1|attributes are left out (-attributes)|\"7\"|Check “Import Attributes”\n"
+              "//a/b|1|text beside child elements|\"text\"|Put the text into an element of its own in the source");
 }
 
 TEST_F(WindowTest, AsksForAMissingDelimiter)

@@ -1,6 +1,15 @@
 #include "ui/window_fixture.h"
 
+#include <QAction>
+#include <QApplication>
+#include <QDragEnterEvent>
+#include <QDropEvent>
+#include <QLabel>
 #include <QLineEdit>
+#include <QMenu>
+#include <QMimeData>
+#include <QPushButton>
+#include <QUrl>
 
 #include <filesystem>
 
@@ -79,6 +88,74 @@ TEST_F(WindowTest, LaunchersOpenWhatTheBoxesName)
     Click("btnOPEN_DIRECTORY");
     EXPECT_EQ(desktop.started.back().toStdString(), "/usr/bin/viewer " + folder.Path().string() + "/")
         << "the nearest folder that is there";
+}
+
+TEST_F(WindowTest, ShowsWhatIsWrongBesideTheField)
+{
+    WriteFile(folder / "a.xml", "<a/>");
+    struct Case {
+        std::string commandLine;
+        const char* field;
+        const char* problem;
+    };
+    const std::string good = "xml=" + Path("a.xml") + " mdb=" + Path("a.mdb");
+    const Case cases[] = {
+        {good, "txtFILE_XML", ""},
+        {"xml=" + Path("b.xml"), "txtFILE_XML", "There is no such file"},
+        {"xml=" + Path("b*.xml"), "txtFILE_XML", "No file matches this"},
+        {"xml=" + Path("a.xml"), "txtFILE_MDB", "Name a database here, or a folder for text files below"},
+        {good + " mdb=" + Path("none/a.mdb"), "txtFILE_MDB", "There is no such folder"},
+        {good + " txt=" + Path("none/x"), "txtFILE_TXT", "The folder above it is missing"},
+        {good + " txt=" + Path("x"), "txtDELIMITER", "Without a delimiter all values of a line run together"},
+        {good + " tp=a.b", "txtTABLE_PREFIX", "A name in Access holds no . ! [ ] and no backquote"},
+    };
+    for (const Case& c : cases) {
+        SCOPED_TRACE(c.commandLine);
+        window.Form_Load(c.commandLine);
+        Click("chkQuiet"); // any change
+        const auto& field = Get<QLineEdit>(c.field);
+        EXPECT_TRUE(QTest::qWaitFor([&] { return field.accessibleDescription() == c.problem; }, 5000))
+            << field.accessibleDescription().toStdString();
+        EXPECT_EQ(field.findChild<QAction*>("problem") != nullptr, *c.problem != 0);
+    }
+}
+
+TEST_F(WindowTest, TakesDroppedFilesAndKeepsJobsAsFiles)
+{
+    for (const char* name : {"prod_1.xml", "prod_2.xml", "other.xml"})
+        WriteFile(folder / name, "<a/>");
+    const auto drop = [&](std::initializer_list<const char*> names) {
+        QMimeData data;
+        QList<QUrl> urls;
+        for (const char* name : names)
+            urls.append(QUrl::fromLocalFile(QString::fromStdString(Path(name))));
+        data.setUrls(urls);
+        QDragEnterEvent enter(QPoint(5, 5), Qt::CopyAction, &data, Qt::LeftButton, Qt::NoModifier);
+        QApplication::sendEvent(&window, &enter);
+        QDropEvent event(QPointF(5, 5), Qt::CopyAction, &data, Qt::LeftButton, Qt::NoModifier);
+        QApplication::sendEvent(&window, &event);
+    };
+    drop({"prod_1.xml", "prod_2.xml"});
+    EXPECT_EQ(State().txtFILE_XML.text, Path("prod_*.xml"));
+    drop({"prod_1.xml", "other.xml"});
+    EXPECT_FALSE(Get<QLabel>("lblStatus").text().isEmpty()) << "no pattern names just these";
+    drop({"."});
+    EXPECT_EQ(State().txtFILE_XML.text, Path(".") + "/*.xml");
+    drop({"a.mdb"});
+    EXPECT_EQ(State().txtFILE_MDB.text, Path("a.mdb"));
+
+    window.Form_Load("url=http://me:secret@x/ auth=me pwd=secret mdb=\"my file.mdb\" -relations");
+    const auto choose = [&](int action) {
+        desktop.answers = {QString::fromStdString(Path("a.velmora"))};
+        Get<QPushButton>("btnJob").menu()->actions().at(action)->trigger();
+    };
+    choose(1);
+    EXPECT_EQ(ReadFile(folder / "a.velmora").find("secret"), std::string::npos);
+    window.Form_Load("");
+    choose(0);
+    EXPECT_EQ(State().txtFILE_MDB.text, "my file.mdb");
+    EXPECT_EQ(State().txtXML_USER.text, "me");
+    EXPECT_FALSE(State().chkCreateTableRelations.Checked());
 }
 
 } // namespace

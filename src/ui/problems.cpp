@@ -1,0 +1,71 @@
+#include "ui/problems.h"
+
+#include "platform/file_listing.h"
+#include "platform/paths.h"
+
+#include <QCoreApplication>
+
+#include <string>
+
+namespace velmora {
+
+namespace {
+
+QString Tr(const char* text)
+{
+    return QCoreApplication::translate("Problems", text);
+}
+
+/// The folder that is to hold what `path` names; the current one needs no name.
+bool IsFolderMissing(const std::string& path)
+{
+    const std::string native = NativePath(path);
+    const std::string_view folder = FolderPart(native);
+    return !path.empty() && !folder.empty() && !FolderExists(folder);
+}
+
+/// What Access takes in no name of a table or column.
+bool HasForbiddenCharacter(const std::string& name)
+{
+    return name.find_first_of(".![]`") != name.npos;
+}
+
+} // namespace
+
+std::vector<FieldProblem> FindProblems(const Controls& controls)
+{
+    std::vector<FieldProblem> problems;
+    const auto add = [&](TextControl Controls::*field, const char* text) { problems.push_back({field, Tr(text)}); };
+    const std::string& xml = controls.txtFILE_XML.text;
+    const std::string& mdb = controls.txtFILE_MDB.text;
+    const std::string& txt = controls.txtFILE_TXT.text;
+    const bool hasSource = controls.FromUrl() ? !controls.txtXML_URL.text.empty() : !xml.empty();
+    if (!controls.FromUrl() && !xml.empty() && ListFiles(xml).empty())
+        add(&Controls::txtFILE_XML, HasWildcards(xml) ? QT_TRANSLATE_NOOP("Problems", "No file matches this")
+                                                      : QT_TRANSLATE_NOOP("Problems", "There is no such file"));
+    if (hasSource && mdb.empty() && txt.empty())
+        add(&Controls::txtFILE_MDB,
+            QT_TRANSLATE_NOOP("Problems", "Name a database here, or a folder for text files below"));
+    if (IsFolderMissing(mdb))
+        add(&Controls::txtFILE_MDB, QT_TRANSLATE_NOOP("Problems", "There is no such folder"));
+    else if (FolderExists(mdb))
+        add(&Controls::txtFILE_MDB, QT_TRANSLATE_NOOP("Problems", "This is a folder: name a file in it"));
+    if (FileExists(txt))
+        add(&Controls::txtFILE_TXT, QT_TRANSLATE_NOOP("Problems", "This is a file: name a folder"));
+    else if (IsFolderMissing(txt))
+        add(&Controls::txtFILE_TXT, QT_TRANSLATE_NOOP("Problems", "The folder above it is missing"));
+    if (!txt.empty() && controls.txtDELIMITER.text.empty())
+        add(&Controls::txtDELIMITER,
+            QT_TRANSLATE_NOOP("Problems", "Without a delimiter all values of a line run together"));
+    if (IsFolderMissing(controls.txtFILE_LOG.text))
+        add(&Controls::txtFILE_LOG, QT_TRANSLATE_NOOP("Problems", "There is no such folder"));
+    if (!controls.txtFILE_MAPPING.text.empty() && !FileExists(controls.txtFILE_MAPPING.text))
+        add(&Controls::txtFILE_MAPPING, QT_TRANSLATE_NOOP("Problems", "There is no such file"));
+    for (const auto field : {&Controls::txtATTR_PREFIX, &Controls::txtKEY_PRIMARY, &Controls::txtKEY_FOREIGN,
+                             &Controls::txtTABLE_PREFIX, &Controls::txtTABLE_SUFFIX})
+        if (HasForbiddenCharacter((controls.*field).text))
+            add(field, QT_TRANSLATE_NOOP("Problems", "A name in Access holds no . ! [ ] and no backquote"));
+    return problems;
+}
+
+} // namespace velmora
