@@ -52,6 +52,7 @@ RunOutcome Batch::btnConvert_Click(const std::optional<std::string>& refusal)
     textFilesChanged_ = false;
     job_.settings.blAbort = false;
     job_.log.ClearText();
+    TakeSettings();
     if (RefusesToBegin(refusal)) {
         outcome_.nothingToDo = true;
         return outcome_;
@@ -76,20 +77,29 @@ RunOutcome Batch::btnConvert_Click(const std::optional<std::string>& refusal)
     return outcome_;
 }
 
+void Batch::TakeSettings()
+{
+    ReadSettingsFromForm(job_.controls, job_.settings, [this] {
+        tagMap_.Compact();
+        return tagMap_.UpperBound() >= 1;
+    });
+}
+
 /// What must not begin ends before anything is opened but the protocol, when that is not the very file that must not be
 /// written.
 bool Batch::RefusesToBegin(const std::optional<std::string>& refusal)
 {
-    std::optional<std::string> reason = ClashingFiles(job_.controls);
+    const ConversionSettings& settings = job_.settings;
+    std::optional<std::string> reason = ClashingFiles(settings);
     if (!reason)
-        reason = UnfitTarget(job_.controls);
+        reason = UnfitTarget(settings);
     if (!reason)
-        reason = UnfitDownload(job_.controls);
+        reason = UnfitDownload(settings);
     if (!reason)
         reason = refusal;
     if (!reason)
         return false;
-    if (!IsProtocolClashing(job_.controls))
+    if (!IsProtocolClashing(settings))
         Guarded(job_.log,
                 [this] { Procedure(job_, "btnConvert_Click", [this](Step& step) { OpenProtocolFile(step); }); });
     job_.log.ProtocolAppend(*reason);
@@ -100,21 +110,18 @@ bool Batch::RefusesToBegin(const std::optional<std::string>& refusal)
 void Batch::Run(UrlSource& source, DatabaseSession& session, Step& step)
 {
     OpenProtocolFile(step);
-    const bool usesScratch = job_.controls.txtFILE_MDB.text.empty() && !job_.controls.txtFILE_TXT.text.empty();
+    const bool usesScratch = job_.settings.targetFile.empty() && !job_.settings.textFolder.empty();
     if (!PrepareTextMode(job_, places_, step)) {
         outcome_.cancelled = true;
         return;
     }
-    ReadSettingsFromForm(job_.controls, job_.settings, [this] {
-        tagMap_.Compact();
-        return tagMap_.UpperBound() >= 1;
-    });
+    TakeSettings();
     source.Fetch(places_);
-    const std::string& path = job_.controls.txtFILE_XML.text;
+    const std::string& path = job_.settings.sourceFile;
     files_ = ListFiles(path);
     std::optional<std::string> reason = NoSource(path, files_);
     if (!reason)
-        reason = ImpossibleRename(job_.controls, files_, std::time(nullptr));
+        reason = ImpossibleRename(job_.settings, files_, std::time(nullptr));
     if (reason) {
         job_.log.ProtocolAppend(*reason);
         outcome_.nothingToDo = true;
@@ -136,9 +143,8 @@ void Batch::Run(UrlSource& source, DatabaseSession& session, Step& step)
 /// Nothing was committed, so that the session's end takes everything back.
 void Batch::TellThatNothingWasRead()
 {
-    std::string line = FileExists(job_.controls.txtFILE_MDB.text)
-                           ? "No source could be read: the database stays as it was"
-                           : "No source could be read: no database was made";
+    std::string line = FileExists(job_.settings.targetFile) ? "No source could be read: the database stays as it was"
+                                                            : "No source could be read: no database was made";
     if (job_.settings.blTextExport)
         line += ", and the text files are left alone";
     job_.log.ProtocolAppend(line);
@@ -146,7 +152,7 @@ void Batch::TellThatNothingWasRead()
 
 void Batch::OpenProtocolFile(Step& step)
 {
-    const std::string& path = job_.controls.txtFILE_LOG.text;
+    const std::string& path = job_.settings.protocolFile;
     if (!path.empty()) {
         step("Open protocol file [" + path + "]");
         job_.log.OpenFile(path);
@@ -185,7 +191,7 @@ void Batch::Convert(DatabaseSession& session, Step& step)
 {
     job_.host.SetProgressRange(ProgressBarId::Files, static_cast<std::int64_t>(files_.size()));
     job_.host.SetProgress(ProgressBarId::Files, 0);
-    FilesOfRun filesOfRun(job_.controls, files_);
+    FilesOfRun filesOfRun(job_.settings, files_);
     for (std::size_t n = 1; n <= files_.size(); ++n) {
         job_.ProcessEvents();
         const std::string& path = files_[n - 1];
@@ -243,7 +249,7 @@ void Batch::ShowStructure(const Document& document, const StructureModel& model)
 /// left of a file that could not be read.
 void Batch::FinishFile(const std::string& path, bool converted, DatabaseSession& session, Step& step)
 {
-    const bool isToBeRenamed = !job_.controls.txtFILE_XML_RENAMED.text.empty();
+    const bool isToBeRenamed = !job_.settings.renamePattern.empty();
     if (!converted) {
         ++outcome_.unreadableFiles;
         if (isToBeRenamed) {
@@ -294,8 +300,8 @@ std::string Batch::WhatTheDatabaseHolds() const
         return "what was saved until then stays in the database";
     if (hasCommitted_)
         return "the database holds the files that were converted before, nothing of the last one";
-    return FileExists(job_.controls.txtFILE_MDB.text) ? "nothing was saved, the database stays as it was"
-                                                      : "nothing was saved, no database was made";
+    return FileExists(job_.settings.targetFile) ? "nothing was saved, the database stays as it was"
+                                                : "nothing was saved, no database was made";
 }
 
 /// Of several files, which are done: the others can be given to another run.
@@ -323,7 +329,7 @@ void Batch::TellOfFiles()
 /// Their lines cannot be taken back, and those of -append are gone.
 std::string Batch::AboutTextFiles() const
 {
-    return textFilesChanged_ ? "; text files in [" + job_.controls.txtFILE_TXT.text + "] were changed" : "";
+    return textFilesChanged_ ? "; text files in [" + job_.settings.textFolder + "] were changed" : "";
 }
 
 void Batch::btnQuit_Click()

@@ -54,6 +54,7 @@ public:
     void btnQuit_Click();
 
 private:
+    void TakeSettings();
     [[nodiscard]] bool RefusesToBegin(const std::optional<std::string>& refusal);
     void Run(UrlSource& source, DatabaseSession& session, Step& step);
     void OpenProtocolFile(Step& step);

@@ -176,10 +176,10 @@ private:
 
 } // namespace
 
-std::optional<std::string> ImpossibleRename(const Controls& controls, const std::vector<std::string>& files,
+std::optional<std::string> ImpossibleRename(const ConversionSettings& settings, const std::vector<std::string>& files,
                                             std::time_t time)
 {
-    const std::string& pattern = controls.txtFILE_XML_RENAMED.text;
+    const std::string& pattern = settings.renamePattern;
     if (pattern.empty())
         return std::nullopt;
     RenameCheck check(pattern, time);
@@ -196,7 +196,7 @@ void RenameConvertedFile(Job& job, const std::string& oldPath, std::time_t time)
     if (!old)
         throw RuntimeError(runtime_errors::kInvalidProcedureCall, Refusal(oldPath, kNoExtension));
     job.log.Trace("Convert pattern to new filename");
-    const std::string spelledOut = FillIn(job.controls.txtFILE_XML_RENAMED.text, *old, time);
+    const std::string spelledOut = FillIn(job.settings.renamePattern, *old, time);
     job.log.Trace("Finalize new filename");
     const std::string newPath = WithoutDoubleSeparators(spelledOut);
     job.log.Trace("Create all subdirectories to the new filename");

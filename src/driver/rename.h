@@ -9,7 +9,7 @@
 
 namespace velmora {
 
-/// Moves a converted file to the name that the controls' pattern gives it. The pattern is copied, but for what stands
+/// Moves a converted file to the name that the settings' pattern gives it. The pattern is copied, but for what stands
 /// between two "%": there each letter is a code, in upper or lower case.
 ///
 ///   d m y h n s  day, month, year (four digits), hour, minute, second of `time`, local
@@ -23,7 +23,7 @@ void RenameConvertedFile(Job& job, const std::string& oldPath, std::time_t time)
 /// Why one of the renames of `files`, done in their order, must fail: a name without an extension, a pattern that gives
 /// no name, the old one, one that is taken, or one that another file gets; what the time of day has a part in is not
 /// foreseen. nullopt when none must, or without a pattern.
-[[nodiscard]] std::optional<std::string> ImpossibleRename(const Controls& controls,
+[[nodiscard]] std::optional<std::string> ImpossibleRename(const ConversionSettings& settings,
                                                           const std::vector<std::string>& files, std::time_t time);
 
 } // namespace velmora

@@ -18,11 +18,11 @@ namespace {
 
 /// Is `path` one of the sources, or what the user has typed as the source, which need not be there yet? A download gets
 /// a name of its own.
-bool IsSource(const std::string& path, const Controls& controls)
+bool IsSource(const std::string& path, const ConversionSettings& settings)
 {
-    if (controls.FromUrl() || path.empty())
+    if (settings.fromUrl || path.empty())
         return false;
-    const std::string& typed = controls.txtFILE_XML.text;
+    const std::string& typed = settings.sourceFile;
     const std::vector<std::string> sources = ListFiles(typed);
     return IsSameFile(path, typed) || std::any_of(sources.begin(), sources.end(), [&path](const std::string& source) {
                return IsSameFile(path, source);
@@ -36,7 +36,7 @@ constexpr int kMaxScratchDatabases = 1000; // nobody runs so many at once: somet
 /// One level only: a mistyped path must not grow a tree of folders.
 void MakeExportFolder(Job& job, Step& step)
 {
-    const std::string& folder = job.controls.txtFILE_TXT.text;
+    const std::string& folder = job.settings.textFolder;
     if (FolderExists(folder))
         return;
     step("Export folder");
@@ -80,33 +80,32 @@ void UseScratchDatabase(Job& job, const Places& places, Step& step)
 
 } // namespace
 
-std::optional<std::string> ClashingFiles(const Controls& controls)
+std::optional<std::string> ClashingFiles(const ConversionSettings& settings)
 {
-    const std::string& target = controls.txtFILE_MDB.text;
-    const std::string& log = controls.txtFILE_LOG.text;
-    const std::string& mapping = controls.txtFILE_MAPPING.text;
+    const std::string& target = settings.targetFile;
+    const std::string& log = settings.protocolFile;
+    const std::string& mapping = settings.mappingFile;
     const auto clash = [](std::string_view what, const std::string& path, std::string_view also) {
         return std::string(what) + " \"" + path + "\" is also the " + std::string(also) +
                "; nothing was written, name another file";
     };
-    if (IsSource(target, controls))
+    if (IsSource(target, settings))
         return clash("The target database", target, "XML file");
     if (IsSameFile(target, log))
         return clash("The target database", target, "protocol file");
     if (IsSameFile(target, mapping))
         return clash("The target database", target, "tag-mapping file");
-    if (IsSource(log, controls))
+    if (IsSource(log, settings))
         return clash("The protocol file", log, "XML file");
     if (IsSameFile(log, mapping))
         return clash("The protocol file", log, "tag-mapping file");
     return std::nullopt;
 }
 
-bool IsProtocolClashing(const Controls& controls)
+bool IsProtocolClashing(const ConversionSettings& settings)
 {
-    const std::string& log = controls.txtFILE_LOG.text;
-    return IsSameFile(log, controls.txtFILE_MDB.text) || IsSameFile(log, controls.txtFILE_MAPPING.text) ||
-           IsSource(log, controls);
+    const std::string& log = settings.protocolFile;
+    return IsSameFile(log, settings.targetFile) || IsSameFile(log, settings.mappingFile) || IsSource(log, settings);
 }
 
 Places StandardPlaces()
@@ -125,13 +124,13 @@ void MakeFilesFolder(const Places& places)
 
 bool PrepareTextMode(Job& job, const Places& places, Step& step)
 {
-    Controls& controls = job.controls;
-    if (controls.txtFILE_TXT.text.empty())
+    const ConversionSettings& settings = job.settings;
+    if (settings.textFolder.empty())
         return true;
     MakeExportFolder(job, step);
-    if (controls.txtDELIMITER.text.empty() && !controls.chkQuiet.Checked() && !AskForDelimiter(job))
+    if (settings.strDelimiter.empty() && !settings.blQuiet && !AskForDelimiter(job))
         return false;
-    if (controls.txtFILE_MDB.text.empty())
+    if (settings.targetFile.empty())
         UseScratchDatabase(job, places, step);
     job.host.ControlsChanged();
     return true;
@@ -139,10 +138,11 @@ bool PrepareTextMode(Job& job, const Places& places, Step& step)
 
 void ScratchDatabase::TakeFree()
 {
-    std::string& target = job_.controls.txtFILE_MDB.text;
+    std::string& target = job_.settings.targetFile;
     while (IsTargetInUse(target) && number_ < kMaxScratchDatabases)
         target = ScratchPath(places_, ++number_);
     job_.log.ProtocolAppend("Temporary database: " + target);
+    job_.controls.txtFILE_MDB.text = target;
     job_.host.ControlsChanged();
 }
 
@@ -150,7 +150,7 @@ bool ScratchDatabase::TakeNext()
 {
     if (number_ >= kMaxScratchDatabases)
         return false;
-    job_.controls.txtFILE_MDB.text = ScratchPath(places_, ++number_);
+    job_.settings.targetFile = ScratchPath(places_, ++number_);
     TakeFree();
     return true;
 }

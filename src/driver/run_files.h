@@ -1,6 +1,5 @@
 #pragma once
 
-#include "settings/controls.h"
 #include "settings/job.h"
 
 #include <optional>
@@ -21,18 +20,19 @@ struct Places {
 /// Makes the folder for files when it is missing. Throws RuntimeError.
 void MakeFilesFolder(const Places& places);
 
-/// Why the files named by `controls` cannot be used together: a database or a protocol would be written over one of
+/// Why the files named by `settings` cannot be used together: a database or a protocol would be written over one of
 /// them. nullopt when all is well.
-[[nodiscard]] std::optional<std::string> ClashingFiles(const Controls& controls);
+[[nodiscard]] std::optional<std::string> ClashingFiles(const ConversionSettings& settings);
 /// Whether the protocol is one of the files that would be written over.
-[[nodiscard]] bool IsProtocolClashing(const Controls& controls);
+[[nodiscard]] bool IsProtocolClashing(const ConversionSettings& settings);
 
 /// Brings the controls of a run into text files to where it can begin: makes the folder, asks for a delimiter that is
 /// missing unless the run is quiet, names the scratch database when none is named. False when the user cancelled the
-/// question. Nothing without a text folder. Throws RuntimeError.
+/// question; else the settings are to be taken once more. Nothing without a text folder. Throws RuntimeError.
 [[nodiscard]] bool PrepareTextMode(Job& job, const Places& places, Step& step);
 
-/// Which of the scratch databases a run takes, PrepareTextMode having named the first. The controls show it.
+/// Which of the scratch databases a run takes, PrepareTextMode having named the first. The settings name it, and the
+/// controls show it.
 class ScratchDatabase {
 public:
     ScratchDatabase(Job& job, const Places& places) : job_(job), places_(places) {}

@@ -78,10 +78,10 @@ private:
 
 /// The address stands as it was typed, without quotes: one with blanks falls apart into several words, which curl takes
 /// for what they are. Everybody on this machine can read the line: user and password are given in another way.
-std::string CurlCommand(const std::string& curl, const DownloadFiles& files, const Controls& controls)
+std::string CurlCommand(const std::string& curl, const DownloadFiles& files, const ConversionSettings& settings)
 {
-    std::string line = curl + " --verbose -o \"" + files.Xml() + "\" " + controls.txtXML_URL.text;
-    if (!controls.txtXML_USER.text.empty())
+    std::string line = curl + " --verbose -o \"" + files.Xml() + "\" " + settings.url;
+    if (!settings.urlUser.empty())
         line += " --config -";
     return line + " -s -S --stderr \"" + files.Log() + '"';
 }
@@ -91,13 +91,12 @@ std::string CurlCommand(const std::string& curl, const DownloadFiles& files, con
 enum class PasswordForm { AfterBlank, AsItIs };
 
 /// The line that curl reads on its standard input; nothing without a user.
-std::string CurlConfig(const Controls& controls, PasswordForm form)
+std::string CurlConfig(const ConversionSettings& settings, PasswordForm form)
 {
-    if (controls.txtXML_USER.text.empty())
+    if (settings.urlUser.empty())
         return {};
     std::string line = "user = \"";
-    for (const char c :
-         controls.txtXML_USER.text + (form == PasswordForm::AfterBlank ? ": " : ":") + controls.txtXML_PASSWORD.text) {
+    for (const char c : settings.urlUser + (form == PasswordForm::AfterBlank ? ": " : ":") + settings.urlPassword) {
         if (c == '"' || c == '\\')
             line += '\\';
         line += c;
@@ -106,9 +105,9 @@ std::string CurlConfig(const Controls& controls, PasswordForm form)
 }
 
 /// nullopt for what is no number of seconds.
-std::optional<double> TimeoutSeconds(const Controls& controls)
+std::optional<double> TimeoutSeconds(const ConversionSettings& settings)
 {
-    const std::string& text = controls.txtTIMEOUT.text;
+    const std::string& text = settings.urlTimeout;
     if (text.empty())
         return kNoTimeout;
     double seconds = 0;
@@ -122,15 +121,15 @@ std::optional<double> TimeoutSeconds(const Controls& controls)
 bool Download(Job& job, const std::string& curl, const DownloadFiles& files, PasswordForm form, Step& step)
 {
     const std::string_view result =
-        ShellAndWait(job, CurlCommand(curl, files, job.controls), TimeoutSeconds(job.controls).value_or(kNoTimeout),
-                     CurlConfig(job.controls, form));
+        ShellAndWait(job, CurlCommand(curl, files, job.settings), TimeoutSeconds(job.settings).value_or(kNoTimeout),
+                     CurlConfig(job.settings, form));
     if (result == kShellTimeout)
         Fail(step, "Timeout reached when receiving file",
-             "curl took longer than the " + job.controls.txtTIMEOUT.text + " seconds of timeout=");
+             "curl took longer than the " + job.settings.urlTimeout + " seconds of timeout=");
     if (result == kShellError)
         Fail(step, "Error receiving the file", "\"" + curl + "\" could not be started");
     CurlLog log = ReadCurlLog(files.Log());
-    if (log.isUnauthorized && form == PasswordForm::AfterBlank && !job.controls.txtXML_USER.text.empty())
+    if (log.isUnauthorized && form == PasswordForm::AfterBlank && !job.settings.urlUser.empty())
         return false;
     // A word among those of the address that curl does not take ends it before its log is opened.
     if (log.lines.empty() && IsEmptyFile(files.Xml()))
@@ -141,8 +140,8 @@ bool Download(Job& job, const std::string& curl, const DownloadFiles& files, Pas
     job.log.ProtocolAppend("Download of XML had failed!");
     for (const std::string& line : log.lines)
         job.log.ProtocolAppend(line);
-    throw RuntimeError(runtime_errors::kApplicationDefined, "\"" + WithoutUserOfUrl(job.controls.txtXML_URL.text) +
-                                                                "\" could not be downloaded: " + log.failure);
+    throw RuntimeError(runtime_errors::kApplicationDefined,
+                       "\"" + WithoutUserOfUrl(job.settings.url) + "\" could not be downloaded: " + log.failure);
 }
 
 } // namespace
@@ -163,18 +162,18 @@ std::string ReserveDownload(const std::string& folder, const std::function<std::
     }
 }
 
-std::optional<std::string> UnfitDownload(const Controls& controls)
+std::optional<std::string> UnfitDownload(const ConversionSettings& settings)
 {
-    if (!controls.FromUrl() || TimeoutSeconds(controls))
+    if (!settings.fromUrl || TimeoutSeconds(settings))
         return std::nullopt;
-    return "timeout= takes a number of seconds, not \"" + controls.txtTIMEOUT.text + "\"; nothing was downloaded";
+    return "timeout= takes a number of seconds, not \"" + settings.urlTimeout + "\"; nothing was downloaded";
 }
 
 std::string GetXMLfromURL(Job& job, const Places& places)
 {
     std::string path;
     Procedure(job, "velGetXMLfromURL", [&](Step& step) {
-        if (job.controls.txtXML_URL.text.empty())
+        if (job.settings.url.empty())
             Fail(step, "URL for source XML is not specified", "The source is a web address, and none is named");
         job.log.ProtocolAppend("Downloading XML file from URL");
         const std::string curl = FindCurl(places, step);
@@ -193,9 +192,10 @@ std::string GetXMLfromURL(Job& job, const Places& places)
 
 void UrlSource::Fetch(const Places& places)
 {
-    if (!job_.controls.FromUrl())
+    if (!job_.settings.fromUrl)
         return;
     download_ = GetXMLfromURL(job_, places);
+    job_.settings.sourceFile = download_;
     typed_ = std::exchange(job_.controls.txtFILE_XML.text, download_);
 }
 

@@ -14,11 +14,11 @@ namespace velmora {
 /// from 1 stands behind the time while the name is taken. `now` is asked anew for each try. Throws RuntimeError.
 [[nodiscard]] std::string ReserveDownload(const std::string& folder, const std::function<std::time_t()>& now);
 
-/// Why the download that the controls ask for cannot begin: a limit that is no number. nullopt when it can, and for
+/// Why the download that the settings ask for cannot begin: a limit that is no number. nullopt when it can, and for
 /// local files.
-[[nodiscard]] std::optional<std::string> UnfitDownload(const Controls& controls);
+[[nodiscard]] std::optional<std::string> UnfitDownload(const ConversionSettings& settings);
 
-/// Downloads the XML file that the controls name by its address, with curl, and gives its path. After an error or a
+/// Downloads the XML file that the settings name by its address, with curl, and gives its path. After an error or a
 /// cancel nothing is left of the download.
 [[nodiscard]] std::string GetXMLfromURL(Job& job, const Places& places);
 

@@ -23,12 +23,12 @@ bool MayBeTextFile(const std::string& path)
 
 } // namespace
 
-FilesOfRun::FilesOfRun(const Controls& controls, const std::vector<std::string>& sources)
+FilesOfRun::FilesOfRun(const ConversionSettings& settings, const std::vector<std::string>& sources)
 {
     std::ranges::copy_if(sources, std::back_inserter(files_), MayBeTextFile);
-    for (const TextControl* named : {&controls.txtFILE_LOG, &controls.txtFILE_MAPPING, &controls.txtFILE_MDB})
-        if (MayBeTextFile(named->text))
-            files_.push_back(named->text);
+    for (const std::string* named : {&settings.protocolFile, &settings.mappingFile, &settings.targetFile})
+        if (MayBeTextFile(*named))
+            files_.push_back(*named);
 }
 
 void FilesOfRun::Refuse(const std::string& path)

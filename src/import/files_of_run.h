@@ -1,6 +1,6 @@
 #pragma once
 
-#include "settings/controls.h"
+#include "settings/conversion_settings.h"
 
 #include <string>
 #include <unordered_set>
@@ -13,7 +13,7 @@ namespace velmora {
 /// protocol or of a source. Made once for all documents.
 class FilesOfRun {
 public:
-    FilesOfRun(const Controls& controls, const std::vector<std::string>& sources);
+    FilesOfRun(const ConversionSettings& settings, const std::vector<std::string>& sources);
 
     /// Throws when the text file at `path` is one of them.
     void Refuse(const std::string& path);

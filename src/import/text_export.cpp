@@ -124,7 +124,7 @@ std::string TextFileName(std::string_view table)
 }
 
 TextFileOpener::TextFileOpener(Job& job, TextFiles& files, FilesOfRun& filesOfRun)
-    : job_(job), files_(files), filesOfRun_(filesOfRun), folder_(NativePath(job.controls.txtFILE_TXT.text))
+    : job_(job), files_(files), filesOfRun_(filesOfRun), folder_(NativePath(job.settings.textFolder))
 {
     if (!folder_.empty() && folder_.back() != kPathSeparator)
         folder_ += kPathSeparator;

@@ -12,7 +12,7 @@ inline constexpr std::string_view kTextFileExtension = ".txt";
 /// itself: every table has a name of its own.
 [[nodiscard]] std::string TextFileName(std::string_view table);
 
-/// Opens the text files of one document's sinks, all in the folder that the controls name.
+/// Opens the text files of one document's sinks, all in the folder that the settings name.
 class TextFileOpener {
 public:
     TextFileOpener(Job& job, TextFiles& files, FilesOfRun& filesOfRun);

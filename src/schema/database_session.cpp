@@ -31,9 +31,9 @@ void CreateNew(Job& job, DatabaseSession& session, const fs::path& target, jet::
 {
     const fs::path folder = target.parent_path();
     if (!folder.empty() && !fs::is_directory(folder))
-        throw RuntimeError(runtime_errors::kPathNotFound, "The database \"" + job.controls.txtFILE_MDB.text +
+        throw RuntimeError(runtime_errors::kPathNotFound, "The database \"" + job.settings.targetFile +
                                                               "\" cannot be made: its folder does not exist");
-    const bool access97 = job.controls.cboDatabase.Text() == "Access 97";
+    const bool access97 = job.settings.databaseFormat == "Access 97";
     session.Create(target, access97 ? jet::JetVersion::Jet3 : jet::JetVersion::Jet4, existing);
 }
 
@@ -65,7 +65,7 @@ std::string_view FormatName(jet::JetVersion version)
 void TellOfOtherFormat(Job& job, const DatabaseSession& session)
 {
     const std::string_view stays = FormatName(session.Version());
-    const std::string_view wanted = job.controls.cboDatabase.Text();
+    const std::string_view wanted = job.settings.databaseFormat;
     if (stays == wanted)
         return;
     std::string line = "The database stays in the format of " + std::string(stays);
@@ -80,7 +80,7 @@ void OpenAndDropTables(Job& job, DatabaseSession& session, const fs::path& targe
     job.log.ProtocolAppend("Could not delete MDB file");
     if (!fs::is_regular_file(target))
         throw RuntimeError(runtime_errors::kPermissionDenied,
-                           "The database \"" + job.controls.txtFILE_MDB.text +
+                           "The database \"" + job.settings.targetFile +
                                "\" could not be deleted: it is no ordinary file; it was left as it is");
     job.log.Trace("blAllTabelesWillBeDropped = True");
     step("Open ADO Connection");
@@ -223,7 +223,7 @@ bool WantsAnotherTry(Job& job)
 {
     if (job.settings.blQuiet)
         return false;
-    const std::string database = "Database [" + job.controls.txtFILE_MDB.text + "]";
+    const std::string database = "Database [" + job.settings.targetFile + "]";
     const Answer answer =
         job.host.Ask(database + " is in use by somebody else.\r\nDo you want to try to open it one more time?",
                      "Open database", Buttons::RetryCancel, Icon::Question, Answer::Retry);
@@ -238,13 +238,11 @@ bool WantsAnotherTry(Job& job)
 void velOpenDatabase(Job& job, DatabaseSession& session, const std::function<bool()>& moveOn)
 {
     Procedure(job, "velOpenDatabase", [&](Step& step) {
-        if (job.controls.txtFILE_MDB.text.empty()) {
+        if (job.settings.targetFile.empty()) {
             step("Target MDB file not specified");
             throw RuntimeError(runtime_errors::kBadFileName, "Target MDB file not specified");
         }
-        const auto open = [&] {
-            OpenTarget(job, session, PathFromUtf8(NativePath(job.controls.txtFILE_MDB.text)), step);
-        };
+        const auto open = [&] { OpenTarget(job, session, PathFromUtf8(NativePath(job.settings.targetFile)), step); };
         RetryWhile(IsFileInUse, open, [&] { return moveOn() || WantsAnotherTry(job); });
     });
 }

@@ -93,7 +93,7 @@ private:
     std::unordered_set<std::string> made_;    ///< relations
 };
 
-/// Opens the target database that the controls name: made anew, made because there is none, or as it is. A file that is
+/// Opens the target database that the settings name: made anew, made because there is none, or as it is. A file that is
 /// to be made anew and cannot be replaced is opened and loses all its tables instead. A run that may ask waits for one
 /// that somebody else has open, as long as the user wants; `moveOn` is asked first, and says whether the controls name
 /// another one by now.

@@ -23,17 +23,16 @@ bool IsNamedForLaterAccess(std::string_view path)
 
 } // namespace
 
-std::optional<std::string> UnfitTarget(const Controls& controls)
+std::optional<std::string> UnfitTarget(const ConversionSettings& settings)
 {
-    const std::string& target = controls.txtFILE_MDB.text;
+    const std::string& target = settings.targetFile;
     const fs::path path = PathFromUtf8(NativePath(target));
     std::error_code error;
     const bool isFilled = fs::is_regular_file(path, error) && fs::file_size(path, error) > 0 && !error;
     if (isFilled && !jet::Connection::IsDatabase(path))
         return "The target \"" + target +
                "\" is no database of Access 97 to 2003; nothing was touched, name another file";
-    const bool isMadeAnew = controls.chkRecreateDatabase.Checked() && controls.chkRecreateDatabase.enabled;
-    if ((isMadeAnew || !fs::exists(path, error)) && IsNamedForLaterAccess(target))
+    if ((settings.blRecreateDatabase || !fs::exists(path, error)) && IsNamedForLaterAccess(target))
         return "The target \"" + target +
                "\" is named like a database of Access 2007 or later, and Access would not open one of the older "
                "formats under that name; nothing was touched, name it .mdb";

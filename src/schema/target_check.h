@@ -1,6 +1,6 @@
 #pragma once
 
-#include "settings/controls.h"
+#include "settings/conversion_settings.h"
 
 #include <optional>
 #include <string>
@@ -8,9 +8,9 @@
 
 namespace velmora {
 
-/// Why the file that the controls name as the target must not become one: it holds something else, or Access would
+/// Why the file that the settings name as the target must not become one: it holds something else, or Access would
 /// refuse the new database for its name. nullopt when all is well. Touches nothing.
-[[nodiscard]] std::optional<std::string> UnfitTarget(const Controls& controls);
+[[nodiscard]] std::optional<std::string> UnfitTarget(const ConversionSettings& settings);
 
 /// Has somebody the database at `path` (as typed) open, or makes one there?
 [[nodiscard]] bool IsTargetInUse(std::string_view path);

@@ -57,7 +57,10 @@ public:
     }
     void operator()(std::string ConversionSettings::*setting) const
     {
-        const std::string& text = (controls_.*std::get<TextControl Controls::*>(option_.control)).text;
+        const auto* const list = std::get_if<ComboControl Controls::*>(&option_.control);
+        const std::string& text = list != nullptr
+                                      ? (controls_.**list).Text()
+                                      : (controls_.*std::get<TextControl Controls::*>(option_.control)).text;
         if (option_.reading != Reading::InTextMode)
             settings_.*setting = text;
         else if (textMode_)
@@ -78,7 +81,8 @@ void ReadSettingsFromForm(const Controls& controls, ConversionSettings& settings
 {
     for (const Option& option : Options())
         std::visit(Reader(option, controls, settings), option.setting);
-    settings.blTextExport = FolderExists(controls.txtFILE_TXT.text);
+    settings.fromUrl = controls.FromUrl();
+    settings.blTextExport = FolderExists(settings.textFolder);
     // The map is rebuilt whether it is wanted or not: the mapping list shows it either way.
     const bool hasMappings = rebuildTagMap();
     settings.blEnableTagMapping = controls.chkEnableTagMapping.Checked() && hasMappings;

@@ -10,8 +10,18 @@
 
 namespace velmora {
 
-/// The options of a run: a snapshot of the controls, taken at its start by ReadSettingsFromForm.
+/// The options of a run: a snapshot of the controls, taken at its start by ReadSettingsFromForm. It is complete:
+/// nothing that comes after asks the controls, which may change meanwhile.
 struct ConversionSettings : RunFlags {
+    bool fromUrl = false;   ///< the source is the one at `url`
+    std::string sourceFile; ///< may have wildcards; the download's, once that is there
+    std::string renamePattern;
+    std::string url, urlUser, urlPassword, urlTimeout;
+    std::string mappingFile;
+    std::string targetFile;
+    std::string databaseFormat; ///< "Access 2000" or "Access 97"
+    std::string textFolder;
+    std::string protocolFile;
     bool blRecreateDatabase = false;
     bool blExtendMdb = false;
     bool blCreateTableRelations = false;

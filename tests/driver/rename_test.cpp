@@ -57,7 +57,7 @@ TEST(Rename, ThePatternGivesTheNewPath)
         const CurrentFolder here(run.Path(""));
         std::filesystem::create_directory("in");
         WriteFile(c.old, "content");
-        run.job.controls.txtFILE_XML_RENAMED.text = c.pattern;
+        run.job.settings.renamePattern = c.pattern;
         RenameConvertedFile(run.job, c.old, SomeTime());
         EXPECT_FALSE(std::filesystem::exists(c.old));
         EXPECT_EQ(ReadFile(c.path), "content");
@@ -85,7 +85,7 @@ TEST(Rename, WhatCannotBeDoneIsAnErrorAndLeavesBothFiles)
         Conversion run;
         WriteFile(run.Path("a.xml"), "source");
         WriteFile(run.Path("taken"), "target");
-        run.job.controls.txtFILE_XML_RENAMED.text = c.pattern;
+        run.job.settings.renamePattern = c.pattern;
         try {
             RenameConvertedFile(run.job, run.Path(c.old).string(), SomeTime());
             ADD_FAILURE() << "renamed";

@@ -148,7 +148,7 @@ TEST_F(WholeDatabase, AFileInUseStaysAsItIs)
 {
     session.Commit();
     const std::string before = ReadFile(path);
-    job.controls.txtFILE_MDB.text = path.string();
+    job.settings.targetFile = path.string();
     job.settings.blRecreateDatabase = true;
     for (const bool quiet : {true, false}) {
         SCOPED_TRACE(quiet);
@@ -171,7 +171,7 @@ TEST_F(WholeDatabase, AFileInUseStaysAsItIs)
 TEST_F(WholeDatabase, AFileInUseIsAskedAboutUntilItIsFree)
 {
     session.Commit();
-    job.controls.txtFILE_MDB.text = path.string();
+    job.settings.targetFile = path.string();
     host.answers = {Answer::Retry, Answer::Retry};
     host.onAsk = [&] {
         if (host.captions.size() == 2)
@@ -191,7 +191,8 @@ TEST_F(WholeDatabase, AFileThatCannotBeReplacedIsOpenedAndLosesItsTables)
     session.Commit();
     session.Close();
     std::filesystem::create_directory(path.string() + ".velmora-new");
-    job.controls.txtFILE_MDB.text = path.string();
+    job.settings.targetFile = path.string();
+    job.settings.databaseFormat = "Access 2000";
     job.settings.blRecreateDatabase = true;
     velOpenDatabase(job, session);
     EXPECT_EQ(host.lines, (std::vector<std::string>{"Could not delete MDB file", "Drop all tables"}));
