@@ -140,8 +140,7 @@ public:
             ++current_;
         --pages_[current_].records;
         DataPageEditor editor(pager_->Write(pages_[current_].page), pager_->GetFormat());
-        const std::uint8_t slot = editor.Append(pager_->GetFormat().usageMap.recordSize);
-        const MutableBytes record = editor.RowBytes(slot);
+        const auto [slot, record] = editor.Append(pager_->GetFormat().usageMap.recordSize);
         std::ranges::fill(record, jet::Byte{0});
         if (page != 0)
             record[kInlineMapBits + page / 8] = static_cast<jet::Byte>(1u << page % 8);

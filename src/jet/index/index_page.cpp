@@ -338,22 +338,26 @@ bool IndexPageEditor::Insert(const IndexPage& view, std::size_t place, ByteSpan 
     const Format::IndexPageLayout& layout = format_->indexPage;
     const ByteSpan own = entry.subspan(prefixSize);
     const std::size_t used = view.used_;
-    Byte* const at = page_.Data(layout.entries + place, used - place + own.size()).data();
+    const std::size_t end = used + own.size();
+    const UndoLog::Range entries{layout.entries + place, end - place};
+    const UndoLog::Range maskBytes =
+        place == used ? UndoLog::Range{layout.mask + end / 8, 1} : UndoLog::Range{layout.mask, layout.maskSize};
+    Byte* const page = page_.Data(entries, maskBytes, UndoLog::Range{kPageFreeBytes, 2});
+    Byte* const at = page + entries.offset;
     std::memmove(at + own.size(), at, used - place);
     std::memcpy(at, own.data(), own.size());
-    if (place != used) {
-        const MutableBytes mask = page_.Data(layout.mask, layout.maskSize);
+    const MutableBytes mask(page + layout.mask, layout.maskSize);
+    if (place == used) {
+        SetBit(mask, end);
+    } else {
         MaskWords words(mask);
         words.MoveUp(place, own.size());
         words.StoreTo(mask);
         SetBit(mask, place + own.size());
-    } else {
-        const std::size_t end = used + own.size();
-        SetBit(page_.Data(layout.mask + end / 8, 1), end % 8);
     }
+    StoreU16({page + kPageFreeBytes, 2}, 0, static_cast<std::uint16_t>(layout.room - end));
     if (used == 0) // an empty page's prefix means nothing
         std::ranges::fill(page_.Data(layout.prefixLength, layout.prefixLengthSize), Byte{0});
-    SetUsed(used + own.size());
     return true;
 }
 

@@ -120,18 +120,21 @@ void DataPageEditor::MakeEmpty(const MutablePageRef& page, const Format& format,
     StoreU32(data, kPageOwner, owner);
 }
 
-std::uint8_t DataPageEditor::Append(std::size_t size, SlotState state)
+DataPageEditor::NewRow DataPageEditor::Append(std::size_t size, SlotState state)
 {
-    assert(Fits(size));
     const DataPage view = View();
+    assert(view.Fits(size));
     const std::size_t slot = view.SlotCount();
     const std::size_t begin = view.End(slot) - size;
     const std::size_t slotAt = view.SlotsEnd();
-    const MutableBytes head = page_.Data(0, slotAt + kSlotSize);
+    const std::size_t headEnd = format_->dataPage.rowCount + kSlotSize;
+    Byte* const page = page_.Data(UndoLog::Range{begin, size}, UndoLog::Range{slotAt, kSlotSize},
+                                  UndoLog::Range{kPageFreeBytes, headEnd - kPageFreeBytes});
+    const MutableBytes head(page, slotAt + kSlotSize);
     StoreU16(head, slotAt, static_cast<std::uint16_t>(begin | FlagsOf(state)));
     StoreU16(head, format_->dataPage.rowCount, static_cast<std::uint16_t>(slot + 1));
     StoreU16(head, kPageFreeBytes, static_cast<std::uint16_t>(begin - slotAt - kSlotSize));
-    return static_cast<std::uint8_t>(slot);
+    return {static_cast<std::uint8_t>(slot), {page + begin, size}};
 }
 
 MutableBytes DataPageEditor::RowBytes(std::size_t slot)

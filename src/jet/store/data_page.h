@@ -66,8 +66,12 @@ public:
 
     [[nodiscard]] DataPage View() const { return {page_.Bytes(), page_.Number(), *format_}; }
     [[nodiscard]] bool Fits(std::size_t size) const { return View().Fits(size); }
-    /// Appends a row of `size` bytes, which Fits, and gives its slot; the bytes, not yet written, are RowBytes(slot).
-    std::uint8_t Append(std::size_t size, SlotState state = SlotState::Row);
+    struct NewRow {
+        std::uint8_t slot;
+        MutableBytes bytes;
+    };
+    /// Appends a row of `size` bytes, which Fits. Its bytes are still to be written.
+    NewRow Append(std::size_t size, SlotState state = SlotState::Row);
     [[nodiscard]] MutableBytes RowBytes(std::size_t slot);
     /// Gives `slot` another size: the rows behind it are shifted, its content up to the smaller size stays, bytes that
     /// join are zero. False, and nothing changed, when the page has no room.

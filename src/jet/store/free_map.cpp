@@ -44,7 +44,7 @@ void FreeMap::MakePage(const MutablePageRef& page, const Format& format)
     DataPageEditor::MakeEmpty(page, format, kGlobalMapOwner);
     DataPageEditor editor(page, format);
     const std::size_t size = format.usageMap.recordSize;
-    const MutableBytes freePages = editor.RowBytes(editor.Append(size));
+    const MutableBytes freePages = editor.Append(size).bytes;
     std::ranges::fill(freePages.subspan(kInlineMapBits), kAllFree);
     ClearBit(freePages.subspan(kInlineMapBits), kHeaderPage);
     ClearBit(freePages.subspan(kInlineMapBits), kGlobalMapPage);

@@ -17,8 +17,8 @@ constexpr std::uint32_t kFormMask = 0xC0000000;
 constexpr std::size_t kPointer = 4;
 constexpr std::size_t kTag = 8;
 
-/// A page with less of its room free takes part in the search no longer.
-constexpr std::size_t kWorthwhileShare = 10;
+/// A page without a free slot is of no use, however much of it is free.
+constexpr PagesWithRoom::Kind kLongValuePages{.owner = kLongValueOwner, .usedUpShare = 1};
 
 /// The 12 bytes with which every field begins.
 struct FieldHeader {
@@ -119,7 +119,7 @@ bool HoldsOnly(const DataPage& page, std::size_t slot)
 } // namespace
 
 LongValues::LongValues(Pager& pager, RowId ownedPages, RowId freeSpacePages)
-    : pager_(&pager), owned_(pager, ownedPages), freeSpace_(pager, freeSpacePages)
+    : pager_(&pager), pages_(pager, kLongValuePages, ownedPages, freeSpacePages)
 {
 }
 
@@ -153,8 +153,8 @@ void LongValues::WriteSingle(ByteSpan value, Bytes& field)
 {
     const MutablePageRef page = PageWithRoom(value.size());
     DataPageEditor editor(page, pager_->GetFormat());
-    const std::uint8_t slot = editor.Append(value.size());
-    std::ranges::copy(value, editor.RowBytes(slot).begin());
+    const auto [slot, record] = editor.Append(value.size());
+    std::ranges::copy(value, record.begin());
     AppendHeader(field, kSingle, value.size(), RowId{page.Number(), slot}, 0);
 }
 
@@ -163,46 +163,25 @@ void LongValues::WriteSingle(ByteSpan value, Bytes& field)
 MutablePageRef LongValues::PageWithRoom(std::size_t size)
 {
     // Somebody else who works on the column may have given the last page back.
-    if (lastPage_ != 0 && owned_.Contains(lastPage_) && HasRoom(lastPage_, size))
-        return pager_->Write(lastPage_);
-    while (HasFreeSpaceMap() && search_) {
-        search_ = freeSpace_.Next(*search_);
+    const PageNumber last = pages_.Last();
+    if (last != 0 && pages_.Owned().Contains(last) && pages_.HasRoom(last, size))
+        return pages_.Use(last);
+    while (pages_.HasMapOfRoom() && search_) {
+        search_ = pages_.WithRoom().Next(*search_);
         if (!search_)
             break;
         const PageNumber candidate = (*search_)++;
-        if (HasRoom(candidate, size)) {
-            lastPage_ = candidate;
-            return pager_->Write(candidate);
-        }
+        if (pages_.HasRoom(candidate, size))
+            return pages_.Use(candidate);
     }
-
-    MutablePageRef page = pager_->Allocate();
-    DataPageEditor::MakeEmpty(page, pager_->GetFormat(), kLongValueOwner);
-    owned_.Add(page.Number());
-    if (HasFreeSpaceMap())
-        freeSpace_.Add(page.Number());
-    lastPage_ = page.Number();
-    return page;
-}
-
-/// Does `page` take a record of `size` bytes? When it is as good as full, it leaves the search.
-bool LongValues::HasRoom(PageNumber page, std::size_t size)
-{
-    const PageRef ref = pager_->Read(page, PageType::Data);
-    const DataPage view(ref.Bytes(), page, pager_->GetFormat());
-    if (view.Fits(size))
-        return true;
-    const bool full = view.SlotCount() >= kMaxRowsPerPage;
-    if (HasFreeSpaceMap() && (full || view.FreeBytes() < pager_->GetFormat().pageSize / kWorthwhileShare))
-        freeSpace_.Remove(page);
-    return false;
+    return pages_.Begin();
 }
 
 /// Writes `value` as a chain, each part on a page of its own; these pages never enter the map of pages with room.
 void LongValues::WriteChain(ByteSpan value, Bytes& field)
 {
     const Format& format = pager_->GetFormat();
-    MutablePageRef page = NewChainPage();
+    MutablePageRef page = pages_.BeginAlone();
     const PageNumber first = page.Number();
     // Jet 4 wants a number that is not 0 and the same in field and first page; that page's own is at hand.
     const std::uint32_t tag = format.version == JetVersion::Jet4 ? first : 0;
@@ -211,22 +190,14 @@ void LongValues::WriteChain(ByteSpan value, Bytes& field)
     for (std::size_t at = 0; at < value.size();) {
         const ByteSpan part = value.subspan(at, std::min(format.longPartSize, value.size() - at));
         at += part.size();
-        const MutablePageRef next = at < value.size() ? NewChainPage() : MutablePageRef();
+        const MutablePageRef next = at < value.size() ? pages_.BeginAlone() : MutablePageRef();
         DataPageEditor editor(page, format);
-        const MutableBytes record = editor.RowBytes(editor.Append(kRowPointerSize + part.size()));
+        const MutableBytes record = editor.Append(kRowPointerSize + part.size()).bytes;
         StoreU32(record, 0, next ? RowId{next.Number(), 0}.Pointer() : 0);
         std::ranges::copy(part, record.begin() + kRowPointerSize);
         page = next;
     }
     AppendHeader(field, kChain, value.size(), RowId{first, 0}, tag);
-}
-
-MutablePageRef LongValues::NewChainPage()
-{
-    MutablePageRef page = pager_->Allocate();
-    DataPageEditor::MakeEmpty(page, pager_->GetFormat(), kLongValueOwner);
-    owned_.Add(page.Number());
-    return page;
 }
 
 Bytes LongValues::Read(Pager& pager, ByteSpan field, PageNumber rowPage)
@@ -248,7 +219,7 @@ Bytes LongValues::Read(Pager& pager, ByteSpan field, PageNumber rowPage)
 
 void LongValues::Delete(ByteSpan field)
 {
-    const FieldHeader header = ParseField(field, owned_.Record().page);
+    const FieldHeader header = ParseField(field, pages_.Owned().Record().page);
     if (header.form == kSingle)
         DeleteRecord(header.first);
     if (header.form != kChain)
@@ -262,37 +233,27 @@ void LongValues::Delete(ByteSpan field)
 
 void LongValues::DeleteRecord(RowId id)
 {
-    if (!owned_.Contains(id.page))
+    if (!pages_.Owned().Contains(id.page))
         throw CorruptPage(id.page, "a long value refers to it, but it belongs to something else");
     PageRef ref = pager_->Read(id.page, PageType::Data);
     const DataPage view(ref.Bytes(), id.page, pager_->GetFormat());
     static_cast<void>(view.LiveRow(id.slot));
     if (HoldsOnly(view, id.slot)) {
         ref = PageRef();
-        GiveBack(id.page);
+        pages_.GiveBack(id.page);
         return;
     }
     DataPageEditor(pager_->Write(id.page), pager_->GetFormat()).Delete(id.slot);
-    if (HasFreeSpaceMap()) {
-        freeSpace_.Add(id.page);
+    if (pages_.HasMapOfRoom()) {
+        pages_.NoteRoom(id.page);
         search_ = search_ ? std::min(*search_, id.page) : id.page;
     }
 }
 
-void LongValues::GiveBack(PageNumber page)
-{
-    owned_.Remove(page);
-    if (HasFreeSpaceMap())
-        freeSpace_.Remove(page);
-    if (lastPage_ == page)
-        lastPage_ = 0;
-    pager_->Free(page);
-}
-
 void LongValues::DeleteAll()
 {
-    for (const PageNumber page : owned_.Pages())
-        GiveBack(page);
+    for (const PageNumber page : pages_.Owned().Pages())
+        pages_.GiveBack(page);
     search_ = 0;
 }
 

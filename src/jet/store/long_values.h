@@ -1,8 +1,7 @@
 #pragma once
 
 #include "jet/base/row_id.h"
-#include "jet/store/pager.h"
-#include "jet/store/usage_map.h"
+#include "jet/store/pages_with_room.h"
 
 #include <cstdint>
 #include <optional>
@@ -33,20 +32,14 @@ public:
     void DeleteAll();
 
 private:
-    [[nodiscard]] bool HasFreeSpaceMap() const noexcept { return !freeSpace_.Record().IsNone(); }
     void WriteOutside(ByteSpan value, Bytes& field);
     void WriteSingle(ByteSpan value, Bytes& field);
     void WriteChain(ByteSpan value, Bytes& field);
     [[nodiscard]] MutablePageRef PageWithRoom(std::size_t size);
-    [[nodiscard]] bool HasRoom(PageNumber page, std::size_t size);
-    [[nodiscard]] MutablePageRef NewChainPage();
     void DeleteRecord(RowId id);
-    void GiveBack(PageNumber page);
 
     Pager* pager_;
-    UsageMap owned_;
-    UsageMap freeSpace_;                   ///< without a record in some system tables: then no page is shared again
-    PageNumber lastPage_ = 0;              ///< where the next small value is tried first; 0 = nowhere
+    PagesWithRoom pages_;
     std::optional<PageNumber> search_ = 0; ///< pages with room from here on have not been looked at
 };
 

@@ -11,6 +11,7 @@
 #include <deque>
 #include <exception>
 #include <memory>
+#include <type_traits>
 #include <utility>
 #include <vector>
 
@@ -87,10 +88,17 @@ public:
     /// `size` bytes at `offset`, which may be changed, and no others. Throws DiskFull, DiskError.
     [[nodiscard]] MutableBytes Data(std::size_t offset, std::size_t size) const
     {
-        assert(offset + size <= frame_->size);
-        frame_->undo->Note(frame_->number, frame_->data.get(), offset, size, frame_->dirty); // invariant 5
+        return {Data(UndoLog::Range{offset, size}) + offset, size};
+    }
+    /// The page's first byte. What lies in `ranges` may be changed, and no more: for changes that are made with every
+    /// record, as it costs less than asking for each.
+    template <typename... Ranges>
+    requires(std::is_same_v<Ranges, UndoLog::Range>&&...) [[nodiscard]] Byte* Data(const Ranges&... ranges) const
+    {
+        assert(((ranges.offset + ranges.size <= frame_->size) && ...));
+        frame_->undo->Note(frame_->number, frame_->data.get(), frame_->dirty, ranges...); // invariant 5
         frame_->Change();
-        return {frame_->data.get() + offset, size};
+        return frame_->data.get();
     }
     /// The whole page.
     [[nodiscard]] MutableBytes Data() const { return Data(0, frame_->size); }

@@ -15,17 +15,12 @@ constexpr std::size_t kMaxKept = std::size_t{1} << 20;
 
 } // namespace
 
-void UndoLog::Begin(PageNumber pageCount)
+void UndoLog::MakeBits(PageNumber pageCount)
 {
-    assert(!isOpen_ && IsEmpty());
-    if (whole_.size() <= pageCount / 8)
-        whole_.resize(std::max<std::size_t>(pageCount / 8 + 1, 2 * whole_.size()));
-    SetEnd(0);
-    pageCount_ = pageCount;
-    isOpen_ = true;
+    whole_.resize(std::max<std::size_t>(pageCount / 8 + 1, 2 * whole_.size()));
 }
 
-void UndoLog::End() noexcept
+void UndoLog::Clear() noexcept
 {
     for (const PageNumber page : wholePages_)
         ClearBit(whole_, page);
@@ -36,8 +31,6 @@ void UndoLog::End() noexcept
     if (log_.size() > kMaxKept)
         log_ = Bytes();
     SetEnd(0);
-    pageCount_ = 0;
-    isOpen_ = false;
 }
 
 /// Notes that log_ holds `used` bytes.
@@ -49,12 +42,13 @@ void UndoLog::SetEnd(std::size_t used) noexcept
     smallEnd_ = log_.data() + (end > kLargest ? end - kLargest : 0);
 }
 
-void UndoLog::Append(PageNumber page, const Byte* content, std::size_t offset, std::size_t size, bool isDirty)
+void UndoLog::Append(PageNumber page, const Byte* content, bool isDirty, Range range)
 {
-    if (Used() >= kPiecesUpTo || !segments_.empty()) {
-        offset = 0;
-        size = pageSize_;
-    }
+    if (TestBit(whole_, page))
+        return;
+    if (Used() >= kPiecesUpTo || !segments_.empty())
+        range = {0, pageSize_};
+    const auto [offset, size] = range;
     assert(offset + size <= pageSize_);
     const bool isWhole = size == pageSize_;
     if (isWhole)

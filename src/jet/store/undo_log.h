@@ -4,6 +4,7 @@
 #include "jet/store/bitmap.h"
 #include "jet/store/file.h"
 
+#include <cassert>
 #include <cstdint>
 #include <cstring>
 #include <functional>
@@ -24,8 +25,11 @@ public:
         ByteSpan bytes;
         bool wasDirty;
     };
-    /// So many bytes are copied whatever the size of a small piece: that is quicker than asking for it.
-    static constexpr std::size_t kFew = 64;
+    /// Bytes of a page that are about to be changed.
+    struct Range {
+        std::size_t offset;
+        std::size_t size;
+    };
     using MakeFile = std::function<std::unique_ptr<File>()>;
 
     /// Without `makeFile` everything stays in memory.
@@ -35,25 +39,33 @@ public:
     }
 
     /// From now on changes are noted. `pageCount`: pages behind are new, and nobody will miss what they held.
-    void Begin(PageNumber pageCount);
-    void End() noexcept;
+    void Begin(PageNumber pageCount)
+    {
+        assert(!isOpen_ && IsEmpty());
+        if (whole_.size() <= pageCount / 8)
+            MakeBits(pageCount);
+        pageCount_ = pageCount;
+        isOpen_ = true;
+    }
+    void End() noexcept
+    {
+        if (!wholePages_.empty() || !segments_.empty())
+            Clear();
+        at_ = log_.data();
+        pageCount_ = 0;
+        isOpen_ = false;
+    }
     [[nodiscard]] bool IsOpen() const noexcept { return isOpen_; }
     [[nodiscard]] bool IsEmpty() const noexcept { return at_ == log_.data() && segments_.empty(); }
     [[nodiscard]] PageNumber PageCount() const noexcept { return pageCount_; } ///< given to Begin()
 
-    /// Notes `size` bytes at `offset` of `page`, whose content is `content`, before they are changed. Throws DiskFull,
+    /// Notes ranges of `page`, whose content is `content`, before they are changed. Throws DiskFull,
     /// DiskError; what was noted before is still there then.
-    void Note(PageNumber page, const Byte* content, std::size_t offset, std::size_t size, bool isDirty)
+    template <typename... Ranges>
+    void Note(PageNumber page, const Byte* content, bool isDirty, const Ranges&... ranges)
     {
-        if (page >= pageCount_)
-            return;
-        // Several times for each record, so the usual case is here: few bytes, and room for them.
-        if (size <= kFew && offset + kFew <= pageSize_ && at_ < smallEnd_ && wholePages_.empty()) {
-            std::memcpy(at_, content + offset, kFew);
-            EndPiece(at_ + size, {page, static_cast<std::uint16_t>(offset), static_cast<std::uint16_t>(size), isDirty});
-        } else if (!TestBit(whole_, page)) {
-            Append(page, content, offset, size, isDirty);
-        }
+        if (page < pageCount_)
+            (NoteRange(page, content, isDirty, ranges), ...);
     }
     /// All that was noted, the last first: pieces of one page may overlap, and the oldest is what counts.
     template <typename Visit>
@@ -69,6 +81,9 @@ public:
     }
 
 private:
+    /// So many bytes are copied whatever the size of a small piece: that is quicker than asking for it.
+    static constexpr std::size_t kFew = 64;
+
     /// Stands behind the bytes of each piece, as the log is read backwards.
     struct Trailer {
         PageNumber page;
@@ -78,13 +93,26 @@ private:
     };
 
     [[nodiscard]] std::size_t Used() const noexcept { return static_cast<std::size_t>(at_ - log_.data()); }
+    void NoteRange(PageNumber page, const Byte* content, bool isDirty, const Range& range)
+    {
+        // Several times for each record, so the usual case is here: few bytes, and room for them.
+        if (range.size <= kFew && range.offset + kFew <= pageSize_ && at_ < smallEnd_) {
+            std::memcpy(at_, content + range.offset, kFew);
+            EndPiece(at_ + range.size,
+                     {page, static_cast<std::uint16_t>(range.offset), static_cast<std::uint16_t>(range.size), isDirty});
+        } else {
+            Append(page, content, isDirty, range);
+        }
+    }
     void EndPiece(Byte* at, const Trailer& trailer) noexcept
     {
         std::memcpy(at, &trailer, sizeof trailer);
         at_ = at + sizeof trailer;
     }
     void SetEnd(std::size_t used) noexcept;
-    void Append(PageNumber page, const Byte* content, std::size_t offset, std::size_t size, bool isDirty);
+    void Append(PageNumber page, const Byte* content, bool isDirty, Range range);
+    void MakeBits(PageNumber pageCount);
+    void Clear() noexcept;
     void MakeRoom(std::size_t size);
     void Spill();
     template <typename Visit>
@@ -106,7 +134,7 @@ private:
     PageNumber pageCount_ = 0; ///< 0 while nothing is noted
     Bytes log_;
     Byte* at_ = nullptr;                 ///< the end of what log_ holds
-    const Byte* smallEnd_ = nullptr;     ///< before it a piece of few bytes fits, and is noted by itself
+    const Byte* smallEnd_ = nullptr;     ///< before it a small piece fits
     Bytes whole_;                        ///< bit p = page p is held as a whole
     std::vector<PageNumber> wholePages_; ///< whose bits may be set
     std::unique_ptr<File> file_;

@@ -150,8 +150,8 @@ std::optional<RowId> UsageMap::CreateRecord(Pager& pager, PageNumber mapPage)
     DataPageEditor editor(pager.Write(mapPage), pager.GetFormat());
     if (!editor.Fits(size))
         return std::nullopt;
-    const std::uint8_t slot = editor.Append(size);
-    std::ranges::fill(editor.RowBytes(slot), Byte{0});
+    const auto [slot, record] = editor.Append(size);
+    std::ranges::fill(record, Byte{0});
     return RowId{mapPage, slot};
 }
 

@@ -2,22 +2,24 @@
 
 #include "jet/error.h"
 
+#include <algorithm>
+
 namespace jet {
 
 namespace {
 
-/// A page with less than this share of its bytes free is taken out of the map of pages with room ...
-constexpr std::size_t kFullShare = 10;
-/// ... and one whose slots are used up with less than this.
+/// With less than this share of its bytes free a page whose slots are used up leaves the map of pages with room.
 constexpr std::size_t kUsedUpShare = 4;
-constexpr std::size_t kHalfShare = 2;
+/// A page from which rows go gets back into that map when what is free passes one of these shares.
+constexpr std::size_t kMarks[] = {10, kUsedUpShare, 2};
 /// How many pages of that map one insert looks at before it begins a new page.
 constexpr int kTries = 4;
 
 } // namespace
 
 RowStore::RowStore(Pager& pager, PageNumber definitionPage, RowId ownedPages, RowId freeSpacePages)
-    : pager_(&pager), definitionPage_(definitionPage), owned_(pager, ownedPages), freeSpace_(pager, freeSpacePages)
+    : pager_(&pager), definitionPage_(definitionPage),
+      pages_(pager, {.owner = definitionPage, .usedUpShare = kUsedUpShare}, ownedPages, freeSpacePages)
 {
 }
 
@@ -57,63 +59,37 @@ RowStore::Room RowStore::Place(std::size_t size, SlotState state)
 {
     MutablePageRef page = PageWithRoom(size);
     DataPageEditor editor(page, pager_->GetFormat());
-    const std::uint8_t slot = editor.Append(size, state);
+    const auto [slot, bytes] = editor.Append(size, state);
     const RowId at{page.Number(), slot};
-    return {std::move(page), at, editor.RowBytes(slot)};
+    return {std::move(page), at, bytes};
 }
 
 MutablePageRef RowStore::PageWithRoom(std::size_t size)
 {
-    if (insertPage_ != 0 && HasRoom(insertPage_, size))
-        return pager_->Write(insertPage_);
+    if (pages_.Last() != 0 && pages_.HasRoom(pages_.Last(), size))
+        return pages_.Use(pages_.Last());
     for (int i = 0; i < kTries; ++i) {
         const std::optional<PageNumber> candidate = NextCandidate();
         if (!candidate)
             break;
-        if (HasRoom(*candidate, size)) {
-            insertPage_ = *candidate;
-            return pager_->Write(*candidate);
-        }
+        if (pages_.HasRoom(*candidate, size))
+            return pages_.Use(*candidate);
     }
-    return NewPage();
+    return pages_.Begin();
 }
 
 std::optional<PageNumber> RowStore::NextCandidate()
 {
     if (!candidates_)
-        candidates_ = HasFreeSpaceMap() ? freeSpace_.Pages() : std::vector<PageNumber>{};
+        candidates_ = pages_.HasMapOfRoom() ? pages_.WithRoom().Pages() : std::vector<PageNumber>{};
     while (!candidates_->empty()) {
         const PageNumber page = candidates_->back();
         candidates_->pop_back();
         // It may have been freed since it was noted.
-        if (page != insertPage_ && IsOurs(pager_->Read(page)) && !pager_->IsFree(page))
+        if (page != pages_.Last() && IsOurs(pager_->Read(page)) && !pager_->IsFree(page))
             return page;
     }
     return std::nullopt;
-}
-
-bool RowStore::HasRoom(PageNumber page, std::size_t size)
-{
-    const PageRef ref = pager_->Read(page, PageType::Data);
-    const DataPage view(ref.Bytes(), page, pager_->GetFormat());
-    if (view.Fits(size))
-        return true;
-    const std::size_t share = view.SlotCount() >= kMaxRowsPerPage ? kUsedUpShare : kFullShare;
-    if (HasFreeSpaceMap() && view.FreeBytes() < pager_->GetFormat().pageSize / share)
-        freeSpace_.Remove(page);
-    return false;
-}
-
-MutablePageRef RowStore::NewPage()
-{
-    MutablePageRef page = pager_->Allocate();
-    const PageNumber number = page.Number();
-    DataPageEditor::MakeEmpty(page, pager_->GetFormat(), definitionPage_);
-    owned_.Add(number);
-    if (HasFreeSpaceMap())
-        freeSpace_.Add(number);
-    insertPage_ = number;
-    return page;
 }
 
 RowStore::Room RowStore::Replace(RowId home, std::size_t size)
@@ -185,19 +161,9 @@ void RowStore::DeleteSlot(RowId at)
             empty = view.State(slot) == SlotState::Deleted;
     }
     if (empty)
-        GiveBack(at.page);
+        pages_.GiveBack(at.page);
     else
         NoteRoom(at.page, before, after);
-}
-
-void RowStore::GiveBack(PageNumber page)
-{
-    owned_.Remove(page);
-    if (HasFreeSpaceMap())
-        freeSpace_.Remove(page);
-    if (insertPage_ == page)
-        insertPage_ = 0;
-    pager_->Free(page);
 }
 
 /// Puts a page that got room back into the search, but only when it passes one of a few marks: so no page is noted more
@@ -208,19 +174,18 @@ void RowStore::NoteRoom(PageNumber page, std::size_t before, std::size_t after)
         const std::size_t mark = pager_->GetFormat().pageSize / share;
         return before < mark && after >= mark;
     };
-    if (!passed(kFullShare) && !passed(kUsedUpShare) && !passed(kHalfShare))
+    if (std::ranges::none_of(kMarks, passed))
         return;
-    if (HasFreeSpaceMap())
-        freeSpace_.Add(page);
-    if (candidates_ && page != insertPage_)
+    pages_.NoteRoom(page);
+    if (candidates_ && page != pages_.Last())
         candidates_->push_back(page);
 }
 
 std::optional<RowId> RowStore::Next(std::optional<RowId> after) const
 {
     std::size_t slot = after ? after->slot + std::size_t{1} : 0;
-    std::optional<PageNumber> number = after ? after->page : owned_.Next(0);
-    for (; number; number = owned_.Next(*number + 1), slot = 0) {
+    std::optional<PageNumber> number = after ? after->page : pages_.Owned().Next(0);
+    for (; number; number = pages_.Owned().Next(*number + 1), slot = 0) {
         const PageRef page = pager_->Read(*number);
         if (!IsOurs(page)) {
             if (after && after->page == *number)
@@ -239,8 +204,8 @@ std::optional<RowId> RowStore::Next(std::optional<RowId> after) const
 
 void RowStore::Clear()
 {
-    for (const PageNumber page : owned_.Pages())
-        GiveBack(page);
+    for (const PageNumber page : pages_.Owned().Pages())
+        pages_.GiveBack(page);
     candidates_.reset();
 }
 

@@ -1,7 +1,7 @@
 #pragma once
 
 #include "jet/store/data_page.h"
-#include "jet/store/usage_map.h"
+#include "jet/store/pages_with_room.h"
 
 #include <optional>
 #include <vector>
@@ -10,9 +10,6 @@ namespace jet {
 
 /// The rows of one table on its data pages, as bytes. A row is named by its home slot, which stays the same for life: a
 /// row that outgrows its page moves to another, and its home slot keeps the address.
-///
-/// The page of the last insert is kept at hand; the maps of owned pages and of pages with room change only when a page
-/// is begun, is full, or gets room again.
 class RowStore {
 public:
     RowStore(Pager& pager, PageNumber definitionPage, RowId ownedPages, RowId freeSpacePages);
@@ -48,21 +45,15 @@ public:
 private:
     [[nodiscard]] Room Place(std::size_t size, SlotState state);
     [[nodiscard]] MutablePageRef PageWithRoom(std::size_t size);
-    [[nodiscard]] MutablePageRef NewPage();
-    [[nodiscard]] bool HasRoom(PageNumber page, std::size_t size);
     [[nodiscard]] std::optional<PageNumber> NextCandidate();
     void StorePointer(RowId home, RowId at);
     void DeleteSlot(RowId at);
-    void GiveBack(PageNumber page);
     void NoteRoom(PageNumber page, std::size_t before, std::size_t after);
     [[nodiscard]] bool IsOurs(const PageRef& page) const noexcept;
-    [[nodiscard]] bool HasFreeSpaceMap() const noexcept { return !freeSpace_.Record().IsNone(); }
 
     Pager* pager_;
     PageNumber definitionPage_;
-    UsageMap owned_;
-    UsageMap freeSpace_;
-    PageNumber insertPage_ = 0;                         ///< of the last insert; 0 = none
+    PagesWithRoom pages_;
     std::optional<std::vector<PageNumber>> candidates_; ///< pages with room to be looked at, the next one last
 };
 

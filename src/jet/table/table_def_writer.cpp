@@ -210,12 +210,14 @@ void WriteTableCounters(Pager& pager, const TableDef& def)
     const Format::DefinitionLayout& layout = pager.GetFormat().definition;
     const MutablePageRef first = pager.Write(def.pages.front());
     // At most 128 blocks of statistics are accepted when a definition is read, so all of them lie on its first page.
-    const MutableBytes statistics = first.Data(layout.sections, layout.statisticsSize * def.realIndexes.size());
+    const UndoLog::Range counts{layout.rowCount, layout.lastAutonumber + 4 - layout.rowCount};
+    const UndoLog::Range statistics{layout.sections, layout.statisticsSize * def.realIndexes.size()};
+    Byte* const data = first.Data(counts, statistics);
+    const MutableBytes page(data, statistics.offset + statistics.size);
+    StoreU32(page, layout.rowCount, def.rowCount);
+    StoreU32(page, layout.lastAutonumber, def.lastAutonumber);
     for (std::size_t i = 0; i < def.realIndexes.size(); ++i)
-        StoreStatistics(statistics.subspan(i * layout.statisticsSize), def.realIndexes[i]);
-    const MutableBytes counts = first.Data(layout.rowCount, layout.lastAutonumber + 4 - layout.rowCount);
-    StoreU32(counts, 0, def.rowCount);
-    StoreU32(counts, layout.lastAutonumber - layout.rowCount, def.lastAutonumber);
+        StoreStatistics(page.subspan(statistics.offset + i * layout.statisticsSize), def.realIndexes[i]);
 }
 
 void SortIndexesByName(TableDef& def)

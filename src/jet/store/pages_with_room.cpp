@@ -1,0 +1,65 @@
+#include "jet/store/pages_with_room.h"
+
+#include "jet/store/data_page.h"
+
+namespace jet {
+
+namespace {
+
+/// A page with less than this share of its bytes free takes part in the search no longer: a search that finds nothing
+/// costs more than the bytes are worth.
+constexpr std::size_t kFullShare = 10;
+
+} // namespace
+
+bool PagesWithRoom::HasRoom(PageNumber page, std::size_t size)
+{
+    const PageRef ref = pager_->Read(page, PageType::Data);
+    const DataPage view(ref.Bytes(), page, pager_->GetFormat());
+    if (view.Fits(size))
+        return true;
+    const std::size_t share = view.SlotCount() >= kMaxRowsPerPage ? kind_.usedUpShare : kFullShare;
+    if (HasMapOfRoom() && view.FreeBytes() < pager_->GetFormat().pageSize / share)
+        freeSpace_.Remove(page);
+    return false;
+}
+
+MutablePageRef PagesWithRoom::Use(PageNumber page)
+{
+    last_ = page;
+    return pager_->Write(page);
+}
+
+MutablePageRef PagesWithRoom::BeginAlone()
+{
+    MutablePageRef page = pager_->Allocate();
+    DataPageEditor::MakeEmpty(page, pager_->GetFormat(), kind_.owner);
+    owned_.Add(page.Number());
+    return page;
+}
+
+MutablePageRef PagesWithRoom::Begin()
+{
+    MutablePageRef page = BeginAlone();
+    NoteRoom(page.Number());
+    last_ = page.Number();
+    return page;
+}
+
+void PagesWithRoom::NoteRoom(PageNumber page)
+{
+    if (HasMapOfRoom())
+        freeSpace_.Add(page);
+}
+
+void PagesWithRoom::GiveBack(PageNumber page)
+{
+    owned_.Remove(page);
+    if (HasMapOfRoom())
+        freeSpace_.Remove(page);
+    if (last_ == page)
+        last_ = 0;
+    pager_->Free(page);
+}
+
+} // namespace jet
