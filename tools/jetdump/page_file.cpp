@@ -4,6 +4,7 @@
 #include "jet/store/bitmap.h"
 #include "jet/store/data_page.h"
 #include "jet/store/header_page.h"
+#include "jet/store/map_record.h"
 
 #include <algorithm>
 
@@ -11,8 +12,6 @@ namespace jet {
 
 namespace {
 
-constexpr std::size_t kVersionByte = 0x14;
-constexpr std::size_t kNextDefinitionPage = 4;
 constexpr std::size_t kDefinitionPageHead = 8;
 
 } // namespace
@@ -23,7 +22,7 @@ PageFile::PageFile(const char* path) : file_(OpenFile(path, OpenMode::ReadOnly))
         throw Error(ErrorNumber::NotADatabase, {file_->Name()});
     Bytes start(kHeaderSize);
     file_->ReadAt(0, start);
-    format_ = &FormatOf(start[kVersionByte] == 0 ? JetVersion::Jet3 : JetVersion::Jet4);
+    format_ = &FormatOf(start[header_offset::kVersion] == 0 ? JetVersion::Jet3 : JetVersion::Jet4);
     const std::uint64_t pages = (file_->Size() + format_->pageSize - 1) / format_->pageSize;
     pageCount_ = static_cast<PageNumber>(std::min<std::uint64_t>(pages, format_->maxPages));
 }
@@ -42,7 +41,7 @@ TableDef PageFile::Definition(PageNumber page) const
 {
     Bytes stream;
     std::vector<PageNumber> chain;
-    for (PageNumber next = page; next != 0; next = LoadU32(Read(next), kNextDefinitionPage)) {
+    for (PageNumber next = page; next != 0; next = LoadU32(Read(next), kPageOwner)) {
         const Bytes bytes = Read(next);
         if (std::ranges::find(chain, next) != chain.end())
             throw CorruptPage(page, "the chain of the table definition goes round in a circle");
@@ -59,20 +58,15 @@ TableDef PageFile::Definition(PageNumber page) const
 
 MapContent PageFile::Map(ByteSpan record, PageNumber page) const
 {
-    constexpr Byte kInlineForm = 0;
-    constexpr Byte kReferenceForm = 1;
+    const MapRecord read(record, page, *format_, "a usage map");
     MapContent map;
-    if (record.size() > kInlineMapBits && record[0] == kInlineForm) {
-        map.firstPage = LoadU32(record, 1);
-        AddBits(record.subspan(kInlineMapBits), map.firstPage, map.pages);
-        return map;
+    map.isInline = read.IsInline();
+    if (read.IsInline()) {
+        map.firstPage = read.FirstPage();
+        AddBits(read.Bits(), map.firstPage, map.pages);
     }
-    if (record.size() <= kReferenceMapEntries || record[0] != kReferenceForm)
-        throw CorruptPage(page, "a usage map has neither of the known forms");
-    map.isInline = false;
-    for (std::size_t at = kReferenceMapEntries; at + 4 <= record.size(); at += 4) {
-        const auto part = static_cast<PageNumber>(map.bitmapPages.size());
-        map.bitmapPages.push_back(LoadU32(record, at));
+    for (PageNumber part = 0; !read.IsInline() && part < read.PartCount(); ++part) {
+        map.bitmapPages.push_back(read.BitmapPage(part));
         if (map.bitmapPages.back() == 0)
             continue;
         const Bytes bitmap = Read(map.bitmapPages.back());
