@@ -7,8 +7,8 @@
 //   it and reads one row
 //
 // Prints the seconds that it took: CPU time, then wall time; making the file and process start do not count.
+#include "jet/base/error.h"
 #include "jet/connection.h"
-#include "jet/error.h"
 
 #include <charconv>
 #include <chrono>

@@ -2,7 +2,7 @@
 // engine's own error, and what came out must be a database that can be read.
 #include "jet/connection.h"
 #include "jet/damage/exercise.h"
-#include "jet/error.h"
+#include "jet/base/error.h"
 #include "jet/store/crash_file_system.h"
 
 #include <cstdint>

@@ -2,7 +2,6 @@
 
 #include "jet/catalog/bootstrap.h"
 #include "jet/catalog/catalog.h"
-#include "jet/catalog/local_time.h"
 #include "jet/catalog/savepoint.h"
 #include "jet/catalog/schema_rowsets.h"
 #include "jet/recordset_impl.h"
@@ -205,7 +204,7 @@ std::unique_ptr<Connection> Connection::Create(const std::filesystem::path& path
     const std::filesystem::path target = system.Resolve(path);
     auto unfinished = std::make_unique<UnfinishedDatabase>(system, target, existing);
     auto lock = std::make_unique<LockFile>(system, target);
-    const DateTime now = LocalNow();
+    const DateTime now = system.LocalTime();
     std::unique_ptr<Pager> pager = Pager::Create(unfinished->Make(), {version, now.days}, Pager::kDefaultCacheBytes,
                                                  std::make_unique<Journal>(system, target));
     BuildEmptyDatabase(*pager, now);

@@ -1,10 +1,10 @@
 #pragma once
 
+#include "jet/base/error.h"
 #include "jet/base/format.h"
-#include "jet/error.h"
-#include "jet/property.h"
+#include "jet/base/property.h"
+#include "jet/base/rowset.h"
 #include "jet/recordset.h"
-#include "jet/rowset.h"
 #include "jet/store/file_system.h"
 
 #include <filesystem>

@@ -1,6 +1,6 @@
 #include "jet/index_walk.h"
 
-#include "jet/error.h"
+#include "jet/base/error.h"
 
 #include <algorithm>
 #include <utility>

@@ -1,16 +1,14 @@
 #include "jet/recordset_impl.h"
 
 #include "jet/base/date_parser.h"
+#include "jet/base/error.h"
 #include "jet/base/text_codec.h"
 #include "jet/base/value_codec.h"
-#include "jet/catalog/local_time.h"
 #include "jet/catalog/savepoint.h"
-#include "jet/error.h"
 
 #include <algorithm>
 #include <bit>
 #include <cmath>
-#include <random>
 
 namespace jet {
 
@@ -75,16 +73,17 @@ void Recordset::Impl::SetDefault(std::size_t field)
     const auto setDate = [&](double days) {
         StoreU64(record_.SetSized(field, sizeof days), 0, std::bit_cast<std::uint64_t>(days));
     };
+    const auto now = [&] { return catalog_.GetPager().System().LocalTime().days; };
     switch (value.kind) {
     case DefaultValue::Kind::Stored:
         return record_.SetStored(field, value.stored);
     case DefaultValue::Kind::Now:
-        return setDate(LocalNow().days);
+        return setDate(now());
     case DefaultValue::Kind::Today:
-        return setDate(std::floor(LocalNow().days));
+        return setDate(std::floor(now()));
     case DefaultValue::Kind::TimeOfDay: {
-        const double now = LocalNow().days;
-        return setDate(now - std::floor(now));
+        const double days = now();
+        return setDate(days - std::floor(days));
     }
     case DefaultValue::Kind::NewGuid:
         return SetRandom(record_.SetSized(field, sizeof(Guid::bytes)));
@@ -95,9 +94,7 @@ void Recordset::Impl::SetDefault(std::size_t field)
 
 void Recordset::Impl::SetRandom(MutableBytes bytes)
 {
-    std::random_device source;
-    std::uniform_int_distribution<unsigned> distribution(0, 0xFF);
-    std::ranges::generate(bytes, [&] { return static_cast<Byte>(distribution(source)); });
+    catalog_.GetPager().System().FillRandom(bytes);
     if (bytes.size() != sizeof(Guid::bytes))
         return;
     // The marks of a random GUID: version 4 in the third group, variant 1 in the fourth. The third is little-endian.

@@ -75,7 +75,7 @@ private:
     void BeginEdit();
     void SaveEdit();
     void SetDefault(std::size_t field);
-    static void SetRandom(MutableBytes bytes);
+    void SetRandom(MutableBytes bytes);
     void NoteOwnNumber(std::size_t field, std::int32_t value);
     void SetDateText(std::size_t field, std::string_view utf8);
     void EncodeTextInto(const Column& column, std::string_view utf8);

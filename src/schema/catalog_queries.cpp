@@ -1,6 +1,6 @@
 #include "schema/catalog_queries.h"
 
-#include "jet/error.h"
+#include "jet/base/error.h"
 #include "schema/engine_errors.h"
 
 namespace velmora {

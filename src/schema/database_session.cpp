@@ -1,6 +1,6 @@
 #include "schema/database_session.h"
 
-#include "jet/error.h"
+#include "jet/base/error.h"
 #include "platform/paths.h"
 #include "schema/drop_tables.h"
 #include "schema/engine_errors.h"

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "jet/property.h"
+#include "jet/base/property.h"
 #include "schema/origin.h"
 
 #include <span>

@@ -1,7 +1,7 @@
 #include "schema/recordset.h"
 
-#include "jet/error.h"
-#include "jet/rowset.h"
+#include "jet/base/error.h"
+#include "jet/base/rowset.h"
 #include "schema/engine_errors.h"
 
 #include <algorithm>

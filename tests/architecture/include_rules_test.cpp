@@ -16,26 +16,20 @@ namespace {
 
 /// One part of the house and the parts that it may include, itself aside; blank-separated.
 ///
-/// `jet` is the engine's face: the files that lie in src/jet itself. Three of them are parts of their own, plain data
-/// that layers below the face make: errors, which every layer throws, and properties and the rows that answer a question
-/// to the catalog.
+/// `jet` is the engine's face: the files that lie in src/jet itself.
 struct Part {
     std::string_view name;
     std::string_view mayInclude;
 };
 constexpr Part kParts[] = {
-    {"jet/base", "jet/error"},
-    {"jet/error", "jet/base"},
-    {"jet/rowset", "jet/base jet/error"},
-    {"jet/property", "jet/base"},
-    {"jet/store", "jet/base jet/error"},
-    {"jet/index", "jet/base jet/error jet/store"},
-    {"jet/table", "jet/base jet/error jet/store jet/index"},
-    {"jet/catalog", "jet/base jet/error jet/store jet/index jet/table jet/rowset jet/property"},
-    {"jet/relations", "jet/base jet/error jet/store jet/index jet/table jet/catalog"},
-    {"jet/sql", "jet/base jet/error jet/store jet/index jet/table jet/catalog jet/relations"},
-    {"jet",
-     "jet/base jet/error jet/store jet/index jet/table jet/catalog jet/relations jet/sql jet/rowset jet/property"},
+    {"jet/base", ""},
+    {"jet/store", "jet/base"},
+    {"jet/index", "jet/base jet/store"},
+    {"jet/table", "jet/base jet/store jet/index"},
+    {"jet/catalog", "jet/base jet/store jet/index jet/table"},
+    {"jet/relations", "jet/base jet/store jet/index jet/table jet/catalog"},
+    {"jet/sql", "jet/base jet/store jet/index jet/table jet/catalog jet/relations"},
+    {"jet", "jet/base jet/store jet/index jet/table jet/catalog jet/relations jet/sql"},
     {"platform", ""},
     {"host", ""},
     {"log", "platform host"},
@@ -43,7 +37,7 @@ constexpr Part kParts[] = {
     {"mapping", "platform host log settings"},
     {"xml", "platform host log settings"},
     {"plan", "platform host log settings mapping xml"},
-    {"schema", "platform host log settings xml plan jet jet/error jet/rowset jet/property"},
+    {"schema", "platform host log settings xml plan jet jet/base"},
     {"import", "platform host log settings xml plan schema"},
     {"driver", "platform host log settings mapping xml plan schema import"},
     {"app", "platform host log settings mapping xml plan schema import driver"},
@@ -88,8 +82,7 @@ std::string PartOf(const std::filesystem::path& path)
         return names[0];
     if (names.size() > 2)
         return "jet/" + names[1];
-    const std::string own = "jet/" + path.stem().string();
-    return FindPart(own) != nullptr ? own : "jet";
+    return "jet";
 }
 
 /// What is wrong with one include; empty when nothing is.

@@ -1,6 +1,6 @@
 #include "driver/conversion.h"
 
-#include "jet/error.h"
+#include "jet/base/error.h"
 
 #include <algorithm>
 #include <regex>

@@ -2,7 +2,7 @@
 
 #include "jet/base/bytes.h"
 #include "jet/base/format.h"
-#include "jet/error.h"
+#include "jet/base/error.h"
 
 #include <charconv>
 #include <optional>

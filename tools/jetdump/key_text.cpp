@@ -1,8 +1,8 @@
 #include "key_text.h"
 
+#include "jet/base/error.h"
 #include "jet/base/text_codec.h"
 #include "jet/base/value_codec.h"
-#include "jet/error.h"
 #include "jet/index/collation.h"
 #include "jet/index/index_page.h"
 #include "text_forms.h"

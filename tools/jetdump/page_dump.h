@@ -2,7 +2,7 @@
 
 #include "page_file.h"
 
-#include "jet/error.h"
+#include "jet/base/error.h"
 #include "jet/index/index_page.h"
 #include "jet/store/data_page.h"
 #include "jet/table/row_codec.h"

@@ -1,6 +1,6 @@
 #include "page_file.h"
 
-#include "jet/error.h"
+#include "jet/base/error.h"
 #include "jet/store/bitmap.h"
 #include "jet/store/data_page.h"
 #include "jet/store/header_page.h"

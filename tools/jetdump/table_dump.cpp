@@ -1,10 +1,10 @@
 #include "dump.h"
 #include "text_forms.h"
 
+#include "jet/base/error.h"
 #include "jet/base/value_codec.h"
 #include "jet/catalog/catalog.h"
 #include "jet/catalog/system_columns.h"
-#include "jet/error.h"
 #include "jet/store/pager.h"
 #include "jet/store/recovery.h"
 

@@ -1,6 +1,6 @@
 #include "jet/base/default_value.h"
 
-#include "jet/error.h"
+#include "jet/base/error.h"
 
 #include <algorithm>
 

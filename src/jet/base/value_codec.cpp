@@ -4,8 +4,8 @@
 #include "jet/base/date_parser.h"
 #include "jet/base/date_text.h"
 #include "jet/base/decimal.h"
+#include "jet/base/error.h"
 #include "jet/base/text_codec.h"
-#include "jet/error.h"
 
 #include <algorithm>
 #include <array>

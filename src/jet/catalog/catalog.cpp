@@ -1,10 +1,10 @@
 #include "jet/catalog/catalog.h"
 
+#include "jet/base/error.h"
 #include "jet/base/text_codec.h"
 #include "jet/catalog/name_key.h"
 #include "jet/catalog/property_blob.h"
 #include "jet/catalog/system_columns.h"
-#include "jet/error.h"
 
 #include <algorithm>
 #include <array>

@@ -1,7 +1,7 @@
 #include "jet/catalog/name_key.h"
 
+#include "jet/base/error.h"
 #include "jet/base/text_codec.h"
-#include "jet/error.h"
 #include "jet/index/index_key.h"
 
 #include <algorithm>

@@ -1,9 +1,8 @@
 #include "jet/catalog/object_list.h"
 
-#include "jet/catalog/local_time.h"
+#include "jet/base/error.h"
 #include "jet/catalog/name_key.h"
 #include "jet/catalog/system_columns.h"
-#include "jet/error.h"
 
 #include <algorithm>
 
@@ -132,7 +131,7 @@ void ObjectList::Add(std::int32_t id, std::int32_t parent, std::string_view name
     object.parent = parent;
     object.name = name;
     object.type = type;
-    object.created = object.updated = LocalNow();
+    object.created = object.updated = pager_->System().LocalTime();
 
     Record record = table_.Blank();
     table_.Set(record, kId, object.id);
@@ -162,7 +161,7 @@ void ObjectList::Remove(std::int32_t id)
 void ObjectList::Touch(std::int32_t id)
 {
     CatalogObject& object = At(id);
-    object.updated = LocalNow();
+    object.updated = pager_->System().LocalTime();
     Record record;
     table_.Rows().Read(object.row, record);
     table_.Set(record, kDateUpdate, object.updated);

@@ -1,7 +1,7 @@
 #include "jet/catalog/property_blob.h"
 
+#include "jet/base/error.h"
 #include "jet/base/text_codec.h"
-#include "jet/error.h"
 
 #include <algorithm>
 #include <string>

@@ -1,7 +1,7 @@
 #pragma once
 
 #include "jet/base/format.h"
-#include "jet/property.h"
+#include "jet/base/property.h"
 
 #include <cstdint>
 #include <optional>

@@ -1,9 +1,9 @@
 #include "jet/catalog/schema_rowsets.h"
 
+#include "jet/base/error.h"
 #include "jet/base/text_codec.h"
 #include "jet/catalog/name_key.h"
 #include "jet/catalog/system_columns.h"
-#include "jet/error.h"
 
 #include <algorithm>
 #include <optional>

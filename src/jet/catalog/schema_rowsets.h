@@ -1,7 +1,7 @@
 #pragma once
 
+#include "jet/base/rowset.h"
 #include "jet/catalog/catalog.h"
-#include "jet/rowset.h"
 
 namespace jet {
 

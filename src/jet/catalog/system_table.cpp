@@ -1,7 +1,7 @@
 #include "jet/catalog/system_table.h"
 
+#include "jet/base/error.h"
 #include "jet/base/value_codec.h"
-#include "jet/error.h"
 
 #include <utility>
 

@@ -1,8 +1,8 @@
 #include "jet/index/index_key.h"
 
+#include "jet/base/error.h"
 #include "jet/base/text_codec.h"
 #include "jet/base/type_facts.h"
-#include "jet/error.h"
 #include "jet/index/text_key.h"
 
 #include <algorithm>

@@ -1,6 +1,6 @@
 #include "jet/index/index_page.h"
 
-#include "jet/error.h"
+#include "jet/base/error.h"
 #include "jet/store/bitmap.h"
 
 #include <algorithm>

@@ -1,6 +1,6 @@
 #include "jet/index/index_tree.h"
 
-#include "jet/error.h"
+#include "jet/base/error.h"
 
 namespace jet {
 

@@ -1,4 +1,4 @@
-#include "jet/error.h"
+#include "jet/base/error.h"
 #include "jet/index/index_tree.h"
 #include "jet/index/page_pieces.h"
 

@@ -1,6 +1,6 @@
 #include "jet/relations/integrity.h"
 
-#include "jet/error.h"
+#include "jet/base/error.h"
 
 #include <algorithm>
 #include <cassert>

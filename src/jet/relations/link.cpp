@@ -1,6 +1,6 @@
 #include "jet/relations/link.h"
 
-#include "jet/error.h"
+#include "jet/base/error.h"
 
 #include <algorithm>
 

@@ -1,8 +1,8 @@
 #include "jet/relations/relations.h"
 
+#include "jet/base/error.h"
 #include "jet/catalog/name_key.h"
 #include "jet/catalog/system_columns.h"
-#include "jet/error.h"
 #include "jet/relations/link.h"
 
 #include <algorithm>

@@ -1,7 +1,7 @@
 #include "jet/sql/column_copy.h"
 
+#include "jet/base/error.h"
 #include "jet/base/value_codec.h"
-#include "jet/error.h"
 
 #include <optional>
 #include <string>

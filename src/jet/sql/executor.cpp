@@ -1,7 +1,7 @@
 #include "jet/sql/executor.h"
 
+#include "jet/base/error.h"
 #include "jet/catalog/savepoint.h"
-#include "jet/error.h"
 #include "jet/relations/relations.h"
 #include "jet/sql/column_copy.h"
 

@@ -1,6 +1,6 @@
 #include "jet/sql/parser.h"
 
-#include "jet/error.h"
+#include "jet/base/error.h"
 #include "jet/sql/lexer.h"
 
 #include <algorithm>

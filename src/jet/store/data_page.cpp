@@ -1,6 +1,6 @@
 #include "jet/store/data_page.h"
 
-#include "jet/error.h"
+#include "jet/base/error.h"
 
 #include <algorithm>
 #include <cassert>

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "jet/base/value.h"
 #include "jet/store/file.h"
 
 #include <filesystem>
@@ -33,6 +34,10 @@ public:
     [[nodiscard]] virtual bool MayReplace(const std::filesystem::path& file) = 0;
     /// An empty file that nobody else can see and that is gone when it is closed, for reading and writing.
     [[nodiscard]] virtual std::unique_ptr<File> OpenTemporary() = 0;
+    /// The date and the time of day at this computer's place.
+    [[nodiscard]] virtual DateTime LocalTime();
+    /// Fills `out` with bytes that nobody can foretell.
+    virtual void FillRandom(MutableBytes out);
     /// What other users are told this computer is called; may be empty.
     [[nodiscard]] virtual std::string ComputerName() { return {}; }
 };

@@ -1,6 +1,6 @@
 #include "jet/store/free_map.h"
 
-#include "jet/error.h"
+#include "jet/base/error.h"
 #include "jet/store/bitmap.h"
 #include "jet/store/data_page.h"
 #include "jet/store/map_record.h"

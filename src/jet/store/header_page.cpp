@@ -1,7 +1,7 @@
 #include "jet/store/header_page.h"
 
+#include "jet/base/error.h"
 #include "jet/base/rc4.h"
-#include "jet/error.h"
 
 #include <algorithm>
 #include <array>

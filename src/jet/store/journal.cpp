@@ -1,6 +1,6 @@
 #include "jet/store/journal.h"
 
-#include "jet/error.h"
+#include "jet/base/error.h"
 #include "jet/store/bitmap.h"
 #include "jet/store/header_page.h"
 #include "jet/store/journal_format.h"
@@ -8,7 +8,6 @@
 #include "jet/store/recovery.h"
 
 #include <array>
-#include <random>
 
 namespace jet {
 
@@ -19,10 +18,11 @@ namespace {
 /// Records are written to the journal so many bytes at a time.
 constexpr std::size_t kBufferSize = std::size_t{1} << 18;
 
-std::uint64_t NewSalt()
+std::uint64_t NewSalt(FileSystem& system)
 {
-    std::random_device device;
-    return std::uint64_t{device()} << 32 | device();
+    std::array<Byte, 8> bytes{};
+    system.FillRandom(bytes);
+    return LoadU64(bytes, 0);
 }
 
 } // namespace
@@ -46,7 +46,7 @@ void Journal::Begin(File& database, const Format& format, PageNumber pageCount)
     database_ = &database;
     format_ = &format;
     pageCount_ = pageCount;
-    salt_ = NewSalt();
+    salt_ = NewSalt(system_);
     safeRecords_ = 0;
     safeEnd_ = 0;
     mayBeOverwritten_ = isMarked_ = false;

@@ -35,8 +35,7 @@ public:
     /// Puts the database back to its last commit. When it throws, the next one who opens the database does that.
     void RollBack();
 
-    /// A file without a name for what need not outlive the process.
-    [[nodiscard]] std::unique_ptr<File> MakeTemporary() const { return system_.OpenTemporary(); }
+    [[nodiscard]] FileSystem& System() const noexcept { return system_; }
 
 private:
     void Append(PageNumber page);

@@ -1,6 +1,6 @@
 #include "jet/store/lock_file.h"
 
-#include "jet/error.h"
+#include "jet/base/error.h"
 
 #include <algorithm>
 #include <string>

@@ -1,6 +1,6 @@
 #include "jet/store/long_values.h"
 
-#include "jet/error.h"
+#include "jet/base/error.h"
 #include "jet/store/data_page.h"
 
 #include <algorithm>

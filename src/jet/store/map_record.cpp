@@ -1,6 +1,6 @@
 #include "jet/store/map_record.h"
 
-#include "jet/error.h"
+#include "jet/base/error.h"
 
 #include <algorithm>
 #include <string>

@@ -15,7 +15,7 @@ constexpr std::size_t kUndoShare = 8;
 
 UndoLog::MakeFile TemporaryFiles(const Journal* journal)
 {
-    return journal == nullptr ? UndoLog::MakeFile() : [journal] { return journal->MakeTemporary(); };
+    return journal == nullptr ? UndoLog::MakeFile() : [journal] { return journal->System().OpenTemporary(); };
 }
 
 } // namespace

@@ -1,7 +1,7 @@
 #pragma once
 
+#include "jet/base/error.h"
 #include "jet/base/format.h"
-#include "jet/error.h"
 #include "jet/store/file.h"
 #include "jet/store/journal.h"
 #include "jet/store/undo_log.h"

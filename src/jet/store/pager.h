@@ -1,7 +1,7 @@
 #pragma once
 
 #include "jet/base/format.h"
-#include "jet/store/file.h"
+#include "jet/store/file_system.h"
 #include "jet/store/free_map.h"
 #include "jet/store/header_page.h"
 #include "jet/store/page_cache.h"
@@ -40,6 +40,8 @@ public:
     Pager& operator=(const Pager&) = delete;
 
     [[nodiscard]] const Format& GetFormat() const noexcept { return *format_; }
+    /// Where temporary files, time and chance come from.
+    [[nodiscard]] FileSystem& System() const noexcept { return journal_ ? journal_->System() : RealFileSystem(); }
     [[nodiscard]] const DatabaseHeader& Header() const noexcept { return header_; }
     [[nodiscard]] PageNumber PageCount() const noexcept { return cache_.PageCount(); }
 

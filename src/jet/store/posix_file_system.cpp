@@ -1,11 +1,15 @@
 #include "jet/store/file_system.h"
 
-#include "jet/error.h"
+#include "jet/base/error.h"
 
+#include <algorithm>
 #include <array>
 #include <cerrno>
+#include <chrono>
 #include <cstdlib>
+#include <ctime>
 #include <fcntl.h>
+#include <random>
 #include <sys/file.h>
 #include <sys/stat.h>
 #include <system_error>
@@ -256,6 +260,31 @@ public:
 };
 
 } // namespace
+
+DateTime FileSystem::LocalTime()
+{
+    using namespace std::chrono;
+    const auto now = floor<milliseconds>(system_clock::now());
+    const std::time_t seconds = system_clock::to_time_t(floor<std::chrono::seconds>(now));
+    std::tm local{};
+    ::localtime_r(&seconds, &local);
+
+    constexpr sys_days kDayZero = year{1899} / December / 30;
+    const sys_days day = year{local.tm_year + 1900} / month{static_cast<unsigned>(local.tm_mon + 1)} /
+                         std::chrono::day{static_cast<unsigned>(local.tm_mday)};
+    const milliseconds timeOfDay = hours{local.tm_hour} + minutes{local.tm_min} + std::chrono::seconds{local.tm_sec} +
+                                   now.time_since_epoch() % std::chrono::seconds{1};
+    constexpr double kMillisecondsPerDay = 86'400'000.0;
+    return {static_cast<double>((day - kDayZero).count()) +
+            static_cast<double>(timeOfDay.count()) / kMillisecondsPerDay};
+}
+
+void FileSystem::FillRandom(MutableBytes out)
+{
+    std::random_device source;
+    std::uniform_int_distribution<unsigned> distribution(0, 0xFF);
+    std::ranges::generate(out, [&] { return static_cast<Byte>(distribution(source)); });
+}
 
 FileSystem& RealFileSystem() noexcept
 {

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "jet/error.h"
+#include "jet/base/error.h"
 #include "jet/store/file_system.h"
 
 #include <filesystem>

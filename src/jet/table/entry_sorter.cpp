@@ -1,6 +1,6 @@
 #include "jet/table/entry_sorter.h"
 
-#include "jet/error.h"
+#include "jet/base/error.h"
 #include "jet/index/index_page.h"
 
 #include <algorithm>
@@ -20,44 +20,84 @@ bool ComesBefore(const EntrySorter::Entry& a, const EntrySorter::Entry& b)
     return order != 0 ? order < 0 : a.row < b.row;
 }
 
-void WriteTo(std::FILE* file, ByteSpan bytes)
-{
-    if (std::fwrite(bytes.data(), 1, bytes.size(), file) != bytes.size())
-        throw Error(ErrorNumber::DiskFull, {}, "A temporary file for an index could not be written.");
-}
+/// Runs are written and read so many bytes at a time.
+constexpr std::size_t kBufferSize = std::size_t{1} << 16;
 
 } // namespace
+
+/// Writes the entries of one run.
+class EntrySorter::RunWriter {
+public:
+    explicit RunWriter(File& file) : file_(file) {}
+
+    void Write(const Entry& entry)
+    {
+        std::array<Byte, kRunHead> head{};
+        StoreU32(head, 0, static_cast<std::uint32_t>(entry.key.size()));
+        StoreU32(head, 4, entry.row.Pointer());
+        head[8] = entry.allNull ? 1 : 0;
+        AppendBytes(buffer_, head);
+        AppendBytes(buffer_, entry.key);
+        if (buffer_.size() >= kBufferSize)
+            Flush();
+    }
+    void Flush()
+    {
+        file_.WriteAt(size_, buffer_);
+        size_ += buffer_.size();
+        buffer_.clear();
+    }
+    [[nodiscard]] std::uint64_t Size() const noexcept { return size_; } ///< as far as it was flushed
+
+private:
+    File& file_;
+    std::uint64_t size_ = 0;
+    Bytes buffer_;
+};
 
 /// Goes through the entries of one run.
 class EntrySorter::RunReader {
 public:
-    explicit RunReader(std::FILE* file) : file_(file) { std::rewind(file); }
+    explicit RunReader(const Run& run) : file_(*run.file), left_(run.size) {}
 
     /// False at the end of the run.
     [[nodiscard]] bool Next()
     {
-        std::array<Byte, kRunHead> head{};
-        if (std::fread(head.data(), 1, head.size(), file_) != head.size())
-            return CheckedEnd();
-        key_.resize(LoadU32(head, 0));
+        if (left_ == 0 && at_ == buffer_.size())
+            return false;
+        const ByteSpan head = Take(kRunHead);
+        const std::size_t size = LoadU32(head, 0);
         row_ = RowId::FromPointer(LoadU32(head, 4));
         allNull_ = head[8] != 0;
-        if (std::fread(key_.data(), 1, key_.size(), file_) != key_.size())
-            throw Error(ErrorNumber::DiskError, {}, "A temporary file for an index could not be read.");
+        key_ = Take(size);
         return true;
     }
     [[nodiscard]] Entry Current() const { return {key_, row_, allNull_}; }
 
 private:
-    [[nodiscard]] bool CheckedEnd() const
+    /// The next `size` bytes, which are there; views of those taken before end.
+    [[nodiscard]] ByteSpan Take(std::size_t size)
     {
-        if (std::ferror(file_) != 0)
-            throw Error(ErrorNumber::DiskError, {}, "A temporary file for an index could not be read.");
-        return false;
+        if (buffer_.size() - at_ < size) {
+            buffer_.erase(buffer_.begin(), buffer_.begin() + static_cast<std::ptrdiff_t>(at_));
+            const std::size_t known = buffer_.size();
+            const std::uint64_t more = std::min<std::uint64_t>(left_, std::max(kBufferSize, size));
+            buffer_.resize(known + more);
+            file_.ReadAt(read_, MutableBytes(buffer_).subspan(known));
+            read_ += more;
+            left_ -= more;
+            at_ = 0;
+        }
+        at_ += size;
+        return ByteSpan(buffer_).subspan(at_ - size, size);
     }
 
-    std::FILE* file_;
-    Bytes key_;
+    File& file_;
+    std::uint64_t read_ = 0;
+    std::uint64_t left_;
+    Bytes buffer_;
+    std::size_t at_ = 0; ///< of buffer_
+    ByteSpan key_;
     RowId row_;
     bool allNull_ = false;
 };
@@ -79,19 +119,12 @@ void EntrySorter::SortHeld()
 void EntrySorter::Spill()
 {
     SortHeld();
-    TemporaryFile run(std::tmpfile());
-    if (!run)
-        throw Error(ErrorNumber::DiskError, {}, "No temporary file for an index could be made.");
-    for (const Stored& stored : held_) {
-        std::array<Byte, kRunHead> head{};
-        StoreU32(head, 0, stored.size);
-        StoreU32(head, 4, stored.row.Pointer());
-        head[8] = stored.allNull ? 1 : 0;
-        WriteTo(run.get(), head);
-        WriteTo(run.get(), View(stored).key);
-    }
-    if (std::fflush(run.get()) != 0)
-        throw Error(ErrorNumber::DiskFull, {}, "A temporary file for an index could not be written.");
+    Run run{system_->OpenTemporary(), 0};
+    RunWriter writer(*run.file);
+    for (const Stored& stored : held_)
+        writer.Write(View(stored));
+    writer.Flush();
+    run.size = writer.Size();
     runs_.push_back(std::move(run));
     held_.clear();
     keys_.clear();
@@ -111,8 +144,8 @@ void EntrySorter::Merge(const Visitor& visit)
     if (!held_.empty())
         Spill();
     std::vector<RunReader> readers;
-    for (const TemporaryFile& run : runs_)
-        readers.emplace_back(run.get());
+    for (const Run& run : runs_)
+        readers.emplace_back(run);
     const auto later = [&](std::size_t a, std::size_t b) {
         return ComesBefore(readers[b].Current(), readers[a].Current());
     };

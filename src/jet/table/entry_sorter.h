@@ -2,8 +2,8 @@
 
 #include "jet/base/bytes.h"
 #include "jet/base/row_id.h"
+#include "jet/store/file_system.h"
 
-#include <cstdio>
 #include <functional>
 #include <memory>
 #include <vector>
@@ -24,9 +24,9 @@ public:
     /// What all sorters of one statement may hold together, in bytes.
     static constexpr std::size_t kBudget = std::size_t{64} << 20;
 
-    explicit EntrySorter(std::size_t budget = kBudget) : budget_(budget) {}
+    explicit EntrySorter(FileSystem& system, std::size_t budget = kBudget) : system_(&system), budget_(budget) {}
 
-    /// Throws DiskFull.
+    /// Throws DiskFull, DiskError.
     void Add(const Entry& entry);
     [[nodiscard]] std::uint32_t Count() const noexcept { return count_; }
     /// All entries in the order of an index: by key, then by row. Views of an entry are valid during its visit. May be
@@ -40,10 +40,11 @@ private:
         RowId row;
         bool allNull;
     };
-    struct CloseFile {
-        void operator()(std::FILE* file) const noexcept { static_cast<void>(std::fclose(file)); }
+    struct Run {
+        std::unique_ptr<File> file;
+        std::uint64_t size;
     };
-    using TemporaryFile = std::unique_ptr<std::FILE, CloseFile>;
+    class RunWriter;
     class RunReader;
 
     [[nodiscard]] Entry View(const Stored& stored) const
@@ -54,11 +55,12 @@ private:
     void Spill();
     void Merge(const Visitor& visit);
 
+    FileSystem* system_;
     std::size_t budget_;
     std::uint32_t count_ = 0;
     Bytes keys_; ///< of the entries that are held, one after another
     std::vector<Stored> held_;
-    std::vector<TemporaryFile> runs_;
+    std::vector<Run> runs_;
 };
 
 } // namespace jet

@@ -1,6 +1,6 @@
 #include "jet/table/index_build.h"
 
-#include "jet/error.h"
+#include "jet/base/error.h"
 #include "jet/table/map_records.h"
 
 namespace jet {

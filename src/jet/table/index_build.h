@@ -12,8 +12,8 @@ namespace jet {
 class IndexBuild {
 public:
     /// `budget`: bytes of memory for the entries, see EntrySorter.
-    explicit IndexBuild(KeyPlan plan, std::size_t budget = EntrySorter::kBudget)
-        : plan_(std::move(plan)), entries_(budget)
+    IndexBuild(FileSystem& system, KeyPlan plan, std::size_t budget = EntrySorter::kBudget)
+        : plan_(std::move(plan)), entries_(system, budget)
     {
     }
 

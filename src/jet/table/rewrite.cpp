@@ -1,5 +1,5 @@
 #include "jet/table/rewrite.h"
-#include "jet/error.h"
+#include "jet/base/error.h"
 #include "jet/table/index_build.h"
 #include "jet/table/map_records.h"
 #include "jet/table/memo_form.h"
@@ -77,7 +77,7 @@ void Table::Rewrite::CopyRows()
 {
     const std::vector<KeyPlan>& plans = table_.parts_->keyPlans;
     for (const KeyPlan& plan : plans)
-        builds_.emplace_back(plan, EntrySorter::kBudget / plans.size());
+        builds_.emplace_back(pager_.System(), plan, EntrySorter::kBudget / plans.size());
     const RowLayout layout(def_);
     Record record;
     std::uint32_t count = 0;

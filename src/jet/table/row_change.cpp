@@ -1,6 +1,6 @@
 #include "jet/table/row_change.h"
 
-#include "jet/error.h"
+#include "jet/base/error.h"
 #include "jet/table/memo_form.h"
 #include "jet/table/record_reader.h"
 #include "jet/table/row_fit.h"

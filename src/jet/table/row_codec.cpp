@@ -1,6 +1,6 @@
 #include "jet/table/row_codec.h"
 
-#include "jet/error.h"
+#include "jet/base/error.h"
 
 #include <algorithm>
 #include <cassert>

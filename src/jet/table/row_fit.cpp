@@ -1,6 +1,6 @@
 #include "jet/table/row_fit.h"
 
-#include "jet/error.h"
+#include "jet/base/error.h"
 
 #include <algorithm>
 #include <utility>

@@ -1,6 +1,6 @@
 #include "jet/table/row_store.h"
 
-#include "jet/error.h"
+#include "jet/base/error.h"
 
 #include <algorithm>
 

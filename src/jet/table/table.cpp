@@ -1,6 +1,6 @@
 #include "jet/table/table.h"
 
-#include "jet/error.h"
+#include "jet/base/error.h"
 #include "jet/table/column_design.h"
 #include "jet/table/map_records.h"
 #include "jet/table/record_reader.h"

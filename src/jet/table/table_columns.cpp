@@ -1,4 +1,4 @@
-#include "jet/error.h"
+#include "jet/base/error.h"
 #include "jet/table/column_design.h"
 #include "jet/table/map_records.h"
 #include "jet/table/rewrite.h"

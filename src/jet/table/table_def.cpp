@@ -1,8 +1,8 @@
 #include "jet/table/table_def.h"
 
+#include "jet/base/error.h"
 #include "jet/base/text_codec.h"
 #include "jet/base/type_facts.h"
-#include "jet/error.h"
 
 #include <algorithm>
 #include <bitset>

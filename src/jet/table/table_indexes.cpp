@@ -1,4 +1,4 @@
-#include "jet/error.h"
+#include "jet/base/error.h"
 #include "jet/table/index_build.h"
 #include "jet/table/record_reader.h"
 #include "jet/table/table_parts.h"
@@ -60,7 +60,7 @@ void Table::AddIndex(LogicalIndex entry, const RealIndex* wanted)
         throw Error(ErrorNumber::TooManyIndexes);
     TableDef def = def_;
     if (wanted != nullptr) {
-        IndexBuild build{KeyPlan(def_, *wanted)};
+        IndexBuild build(pager_->System(), KeyPlan(def_, *wanted));
         Record record;
         for (std::optional<RowId> row = NextRow(std::nullopt); row; row = NextRow(row)) {
             ReadRecord(*pager_, def_, parts_->rows.Find(*row), build.Plan().Columns(), record);

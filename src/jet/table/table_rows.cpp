@@ -1,4 +1,4 @@
-#include "jet/error.h"
+#include "jet/base/error.h"
 #include "jet/table/row_change.h"
 
 namespace jet {

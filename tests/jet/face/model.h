@@ -1,6 +1,6 @@
 #pragma once
 
-#include "jet/error.h"
+#include "jet/base/error.h"
 
 #include <map>
 #include <set>

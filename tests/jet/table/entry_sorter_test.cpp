@@ -24,7 +24,7 @@ TEST(EntrySorter, GivesTheSameOrderFromMemoryAndFromRuns)
         SCOPED_TRACE("seed " + std::to_string(kSeed) + ", budget " + std::to_string(budget));
         const std::size_t count = budget == 0 ? 200 : entries.size(); // each entry is a run of its own then
         std::vector<std::pair<Bytes, RowId>> expected = sorted;
-        EntrySorter sorter(budget);
+        EntrySorter sorter(RealFileSystem(), budget);
         for (std::size_t i = 0; i < count; ++i)
             sorter.Add({entries[i].first, entries[i].second, entries[i].first.size() == 1});
         if (count < entries.size()) {
