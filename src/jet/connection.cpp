@@ -4,7 +4,6 @@
 #include "jet/catalog/catalog.h"
 #include "jet/catalog/savepoint.h"
 #include "jet/catalog/schema_rowsets.h"
-#include "jet/recordset_impl.h"
 #include "jet/relations/integrity.h"
 #include "jet/sql/executor.h"
 #include "jet/sql/parser.h"
@@ -248,7 +247,7 @@ Rowset Connection::OpenSchema(SchemaKind kind, const Restrictions& restrictions)
 
 Recordset Connection::OpenTable(std::string_view table)
 {
-    return Recordset(std::make_unique<Recordset::Impl>(impl_->GetCatalog(), impl_->Integrity(), table));
+    return {impl_->GetCatalog(), impl_->Integrity(), table};
 }
 
 std::vector<Property> Connection::Properties(std::string_view table)

@@ -1,193 +1,409 @@
 #include "jet/recordset.h"
 
-#include "jet/recordset_impl.h"
+#include "jet/base/date_parser.h"
+#include "jet/base/error.h"
+#include "jet/base/text_codec.h"
+#include "jet/base/value_codec.h"
+#include "jet/catalog/catalog.h"
+#include "jet/catalog/savepoint.h"
 
 #include <algorithm>
+#include <bit>
+#include <cmath>
 
 namespace jet {
 
-Recordset::Recordset(std::unique_ptr<Impl> impl) : impl_(std::move(impl)) {}
-Recordset::~Recordset() = default;
-Recordset::Recordset(Recordset&&) noexcept = default;
-Recordset& Recordset::operator=(Recordset&&) noexcept = default;
+namespace {
 
-const std::string& Recordset::Source() const noexcept
+constexpr Byte kSystemTableType = 0x53;
+
+bool IsText(ColumnType type)
 {
-    return impl_->Source();
+    return type == ColumnType::Text || type == ColumnType::Memo;
 }
 
-Recordset::State Recordset::GetState() const noexcept
+} // namespace
+
+Recordset::Recordset(Catalog& catalog, ReferentialIntegrity& integrity, std::string_view table)
+    : catalog_(catalog), table_(catalog.Open(table)), integrity_(integrity), source_(table_->Name())
 {
-    return impl_ && impl_->IsOpen() ? State::Open : State::Closed;
+    TakeLayout();
 }
 
-void Recordset::Close()
+void Recordset::Close() noexcept
 {
-    impl_->Close();
+    if (!table_)
+        return;
+    CancelUpdate();
+    generation_ = table_->Generation();
+    table_.reset();
 }
 
-std::uint64_t Recordset::Generation() const noexcept
+Table& Recordset::OpenTable() const
 {
-    return impl_->Generation();
+    if (!table_)
+        throw Error(ErrorNumber::NoCurrentRecord, {}, "(The recordset on " + source_ + " is closed.)");
+    return *table_;
 }
 
-std::size_t Recordset::FieldCount() const
+// ---- Fields ---------------------------------------------------------------------------------------------------------
+
+void Recordset::TakeLayout()
 {
-    return impl_->Columns().size();
+    const TableDef& def = table_->Definition();
+    generation_ = table_->Generation();
+    columns_ = def.columns;
+    rowsEpoch_ = table_->RowsEpoch();
+    autonumber_.reset();
+    defaults_.clear();
+    for (std::size_t field = 0; field < columns_.size(); ++field) {
+        const std::optional<DefaultValue>& value = columns_[field].rules.defaultValue;
+        // A random autonumber is a default value and nothing else: the table's counter has no part in it.
+        if (value)
+            defaults_.push_back(field);
+        else if (columns_[field].IsAutonumber())
+            autonumber_ = field;
+    }
 }
 
-const std::string& Recordset::FieldName(std::size_t field) const
+void Recordset::SetDefault(std::size_t field)
 {
-    return impl_->ColumnAt(field).name;
+    const DefaultValue& value = *columns_[field].rules.defaultValue;
+    const auto setDate = [&](double days) {
+        StoreU64(record_.SetSized(field, sizeof days), 0, std::bit_cast<std::uint64_t>(days));
+    };
+    const auto now = [&] { return catalog_.GetPager().System().LocalTime().days; };
+    switch (value.kind) {
+    case DefaultValue::Kind::Stored:
+        return record_.SetStored(field, value.stored);
+    case DefaultValue::Kind::Now:
+        return setDate(now());
+    case DefaultValue::Kind::Today:
+        return setDate(std::floor(now()));
+    case DefaultValue::Kind::TimeOfDay: {
+        const double days = now();
+        return setDate(days - std::floor(days));
+    }
+    case DefaultValue::Kind::NewGuid:
+        return SetRandom(record_.SetSized(field, sizeof(Guid::bytes)));
+    case DefaultValue::Kind::RandomNumber:
+        return SetRandom(record_.SetSized(field, sizeof(std::int32_t)));
+    }
+}
+
+void Recordset::SetRandom(MutableBytes bytes)
+{
+    catalog_.GetPager().System().FillRandom(bytes);
+    if (bytes.size() != sizeof(Guid::bytes))
+        return;
+    // The marks of a random GUID: version 4 in the third group, variant 1 in the fourth. The third is little-endian.
+    bytes[7] = static_cast<Byte>((bytes[7] & 0x0F) | 0x40);
+    bytes[8] = static_cast<Byte>((bytes[8] & 0x3F) | 0x80);
+}
+
+/// Follows a change of the columns: the values of a pending record move to the places that columns of the same name
+/// have now.
+void Recordset::Follow()
+{
+    if (OpenTable().Generation() == generation_)
+        return;
+    if (row_)
+        row_ = table_->Relocated(*row_, rowsEpoch_);
+    if (holds_ == Holds::Current)
+        holds_ = Holds::Nothing;
+    const std::vector<Column> old = std::move(columns_);
+    TakeLayout();
+    if (walk_)
+        FollowWalk(old[walkField_].name);
+    if (holds_ == Holds::Nothing)
+        return;
+    const Record values = std::move(record_);
+    record_.Reset(columns_.size());
+    const auto type = [](const Column& column) { return column.type; };
+    for (std::size_t from = 0; from < old.size(); ++from) {
+        const auto to = std::ranges::find(columns_, old[from].name, &Column::name);
+        if (to == columns_.end() || values.IsNull(from))
+            continue;
+        // A text fits a memo as it is stored; between other types a column of the same name is another column.
+        if (type(*to) == type(old[from]) || (IsText(type(*to)) && IsText(type(old[from]))))
+            record_.SetStored(static_cast<std::size_t>(to - columns_.begin()), *values.Stored(from));
+    }
+}
+
+const Column& Recordset::ColumnAt(std::size_t field) const
+{
+    const std::vector<Column>& columns = Columns();
+    if (field >= columns.size())
+        throw Error(ErrorNumber::ItemNotFound, {}, "(field " + std::to_string(field) + " of " + source_ + ")");
+    return columns[field];
 }
 
 std::optional<std::size_t> Recordset::FieldIndex(std::string_view name) const
 {
-    const std::vector<Column>& columns = impl_->Columns();
+    const std::vector<Column>& columns = Columns();
     const auto found = std::ranges::find(columns, name, &Column::name);
     if (found == columns.end())
         return std::nullopt;
     return static_cast<std::size_t>(found - columns.begin());
 }
 
-bool Recordset::IsMemo(std::size_t field) const
-{
-    return impl_->ColumnAt(field).type == ColumnType::Memo;
-}
-
-bool Recordset::IsLong(std::size_t field) const
-{
-    return impl_->ColumnAt(field).type == ColumnType::Long;
-}
-
-bool Recordset::IsAutonumber(std::size_t field) const
-{
-    return impl_->ColumnAt(field).IsAutonumber();
-}
-
 std::size_t Recordset::MaxCharacters(std::size_t field) const
 {
-    return impl_->MaxCharacters(field);
+    const Column& column = ColumnAt(field);
+    return column.type == ColumnType::Text ? column.size / OpenTable().Definition().format->textUnitSize : 0;
 }
 
 std::size_t Recordset::CountCharacters(std::string_view utf8) const
 {
-    return impl_->CountCharacters(utf8);
+    if (OpenTable().Definition().format->version == JetVersion::Jet4)
+        return Utf16Length(utf8);
+    Bytes encoded;
+    AppendCp1252(encoded, utf8);
+    return encoded.size();
+}
+
+const Column& Recordset::ColumnToSet(std::size_t field)
+{
+    Follow();
+    if (field >= columns_.size())
+        throw Error(ErrorNumber::ItemNotFound, {}, "(field " + std::to_string(field) + " of " + source_ + ")");
+    if (holds_ == Holds::Nothing || holds_ == Holds::Current)
+        BeginEdit();
+    return columns_[field];
+}
+
+/// Opens the current record for change.
+void Recordset::BeginEdit()
+{
+    RequireUserTable();
+    if (!isPlaced_ || !row_)
+        throw Error(ErrorNumber::NoCurrentRecord, {}, "(No record of " + source_ + " has been begun.)");
+    Load();
+    holds_ = Holds::Edited;
+}
+
+/// Brings the current row into record_.
+void Recordset::Load()
+{
+    if (holds_ != Holds::Nothing)
+        return;
+    table_->Read(*row_, record_);
+    holds_ = Holds::Current;
+}
+
+void Recordset::RequireUserTable() const
+{
+    if (table_->Definition().tableType == kSystemTableType)
+        throw Error(ErrorNumber::ReadOnly, {}, "(" + source_ + " is a table of the engine's own.)");
 }
 
 Value Recordset::Get(std::size_t field)
 {
-    return impl_->Get(field);
+    Follow();
+    [[maybe_unused]] const Column& exists = ColumnAt(field);
+    if (IsPending()) {
+        if (field == autonumber_ && record_.IsNull(field)) {
+            takenNumber_ = table_->TakeAutonumber();
+            StoreI32(record_.SetSized(field, sizeof(std::int32_t)), 0, *takenNumber_);
+        }
+    } else if (Eof()) {
+        throw Error(ErrorNumber::NoCurrentRecord);
+    } else {
+        Load();
+    }
+    return table_->Get(record_, field);
 }
+
+const Record& Recordset::PendingValues()
+{
+    Follow();
+    return record_;
+}
+
+// ---- A record being added -------------------------------------------------------------------------------------------
 
 void Recordset::AddNew()
 {
-    impl_->AddNew();
+    Follow();
+    RequireUserTable();
+    if (IsPending() || holds_ == Holds::Edited)
+        Update();
+    record_.Reset(columns_.size());
+    for (const std::size_t field : defaults_)
+        SetDefault(field);
+    holds_ = Holds::Pending;
+    integrity_.AddPending(*this);
 }
 
-bool Recordset::IsPending() const noexcept
+void Recordset::AppendEncoded(Bytes& out, const Column& column, std::string_view utf8)
 {
-    return impl_->IsPending();
+    const Format& format = *table_->Definition().format;
+    if (utf8.empty() && column.rules.refusesEmpty)
+        throw Error(ErrorNumber::EmptyTextRefused, {column.name});
+    // A character takes at least one byte of UTF-8, so most texts need not be counted.
+    const bool mayBeLong = column.type == ColumnType::Text && utf8.size() > column.size / format.textUnitSize;
+    if (mayBeLong && format.version == JetVersion::Jet4 && Utf16Length(utf8) > column.size / format.textUnitSize)
+        throw Error(ErrorNumber::FieldTooSmall);
+    const ValueType type = column.GetValueType();
+    const std::size_t begin = out.size();
+    const std::size_t replaced = AppendText(out, format, utf8, type.compressed);
+    if (mayBeLong && format.version == JetVersion::Jet3 && out.size() - begin > column.size)
+        throw Error(ErrorNumber::FieldTooSmall);
+    if (type.filled)
+        FillUp(out, begin, format, type);
+    replaced_ += replaced;
 }
 
 void Recordset::SetText(std::size_t field, std::string_view utf8)
 {
-    impl_->SetText(field, utf8);
+    const Column& column = ColumnToSet(field);
+    if (column.type == ColumnType::DateTime)
+        return SetDateText(field, utf8);
+    if (!IsText(column.type))
+        return Set(field, ParseText(column.GetValueType(), utf8));
+    record_.Encode(field, [&](Bytes& out) { AppendEncoded(out, column, utf8); });
+}
+
+void Recordset::SetDateText(std::size_t field, std::string_view utf8)
+{
+    const std::optional<ParsedDate> parsed = ParseDate(utf8);
+    if (!parsed)
+        throw Error(ErrorNumber::WrongType);
+    Set(field, parsed->date);
+    zonesLeftOut_ += parsed->hasZone ? 1 : 0;
 }
 
 void Recordset::SetLong(std::size_t field, std::int32_t value)
 {
-    impl_->SetLong(field, value);
+    const Column& column = ColumnToSet(field);
+    if (column.type != ColumnType::Long)
+        return Set(field, value);
+    NoteOwnNumber(field, value);
+    StoreI32(record_.SetSized(field, sizeof value), 0, value);
 }
 
 void Recordset::Set(std::size_t field, const Value& value)
 {
-    impl_->Set(field, value);
+    const Column& column = ColumnToSet(field);
+    if (IsNull(value)) {
+        if (!IsPending() || field != autonumber_)
+            record_.SetNull(field);
+        return;
+    }
+    if (IsText(column.type))
+        return SetText(field, ToText(value));
+    if (const auto* text = std::get_if<std::string>(&value))
+        return Set(field, ParseText(column.GetValueType(), *text));
+    if (column.type == ColumnType::Boolean) {
+        const bool isSet = ToBoolean(value);
+        record_.SetSized(field, 1)[0] = isSet ? 1 : 0;
+        return;
+    }
+    if (const auto* number = std::get_if<std::int32_t>(&value))
+        NoteOwnNumber(field, *number);
+    record_.Encode(field,
+                   [&](Bytes& out) { EncodeValue(out, *table_->Definition().format, column.GetValueType(), value); });
+}
+
+/// A number that the caller sets counts as given when it is the next one, so that no other record gets it before this
+/// one is saved: a record that is taken back and begun anew keeps its key.
+void Recordset::NoteOwnNumber(std::size_t field, std::int32_t value)
+{
+    if (!IsPending() || field != autonumber_ || takenNumber_ == value)
+        return;
+    if (takenNumber_)
+        table_->ReturnAutonumber(*takenNumber_);
+    takenNumber_.reset();
+    if (static_cast<std::uint32_t>(value) == table_->Definition().lastAutonumber + 1)
+        takenNumber_ = table_->TakeAutonumber();
 }
 
 void Recordset::Update()
 {
-    impl_->Update();
+    Follow();
+    if (IsPending())
+        SaveNew();
+    else if (holds_ == Holds::Edited)
+        SaveEdit();
+    else
+        throw Error(ErrorNumber::NoCurrentRecord, {}, "(No record of " + source_ + " has been begun.)");
+}
+
+void Recordset::SaveNew()
+{
+    // Before the savepoint: a number once given stays given, whatever becomes of the record.
+    if (autonumber_)
+        lastAutonumber_ = std::get<std::int32_t>(Get(*autonumber_));
+    Savepoint savepoint(catalog_);
+    row_ = table_->Insert(record_);
+    walkIsHere_ = false;
+    savepoint.Release();
+    holds_ = Holds::Current;
+    integrity_.RemovePending(*this);
+    takenNumber_.reset();
+    isPlaced_ = true;
+    lastSaved_ = *row_;
+    lastSavedEpoch_ = rowsEpoch_;
+}
+
+void Recordset::SaveEdit()
+{
+    // The plan of a cascade takes a copy: it may come round and change this very row.
+    Savepoint savepoint(catalog_);
+    integrity_.UpdateRow(*table_, *row_, record_);
+    savepoint.Release();
+    holds_ = Holds::Nothing;
 }
 
 std::optional<std::vector<std::size_t>> Recordset::TextsToWiden()
 {
-    return impl_->TextsToWiden();
+    return OpenTable().TextsToWiden(PendingValues());
 }
 
-void Recordset::CancelUpdate()
+void Recordset::CancelUpdate() noexcept
 {
-    impl_->CancelUpdate();
+    const Holds held = std::exchange(holds_, holds_ == Holds::Current ? Holds::Current : Holds::Nothing);
+    if (held != Holds::Pending)
+        return;
+    integrity_.RemovePending(*this);
+    if (takenNumber_)
+        table_->ReturnAutonumber(*takenNumber_);
+    takenNumber_.reset();
 }
 
 void Recordset::Delete()
 {
-    impl_->Delete();
+    Follow();
+    if (IsPending())
+        return CancelUpdate();
+    if (Eof())
+        throw Error(ErrorNumber::NoCurrentRecord);
+    DeleteRow(*row_);
 }
 
-std::optional<std::int32_t> Recordset::LastAutonumber() const noexcept
+void Recordset::DeleteRow(RowId row)
 {
-    return impl_->LastAutonumber();
+    Savepoint savepoint(catalog_);
+    table_->Delete(row);
+    savepoint.Release();
+    if (row_ == row && !IsPending())
+        holds_ = Holds::Nothing;
 }
 
+/// The row's place in the lower half; in the upper how often the rows had been written anew by then.
 std::uint64_t Recordset::Bookmark() const noexcept
 {
-    return impl_->Bookmark();
+    return std::uint64_t{lastSavedEpoch_} << 32 | lastSaved_.Pointer();
 }
 
 void Recordset::DeleteBookmark(std::uint64_t bookmark)
 {
-    impl_->DeleteBookmark(bookmark);
-}
-
-std::size_t Recordset::ZonesLeftOut() const noexcept
-{
-    return impl_->ZonesLeftOut();
-}
-
-std::size_t Recordset::ReplacedCharacters() const noexcept
-{
-    return impl_->ReplacedCharacters();
-}
-
-bool Recordset::Eof()
-{
-    return impl_->Eof();
-}
-
-void Recordset::MoveFirst()
-{
-    impl_->MoveFirst();
-}
-
-void Recordset::MoveNext()
-{
-    impl_->MoveNext();
-}
-
-bool Recordset::WalkBy(std::size_t field)
-{
-    return impl_->WalkBy(field);
-}
-
-void Recordset::Seek(const Value& value)
-{
-    impl_->Seek(value);
-}
-
-std::uint64_t Recordset::Position()
-{
-    return impl_->Position();
-}
-
-void Recordset::MoveTo(std::uint64_t position)
-{
-    impl_->MoveTo(position);
-}
-
-bool Recordset::IsInStorageOrder()
-{
-    return impl_->IsInStorageOrder();
+    Follow();
+    const RowId then = RowId::FromPointer(static_cast<std::uint32_t>(bookmark));
+    const std::optional<RowId> row = table_->Relocated(then, static_cast<std::uint32_t>(bookmark >> 32));
+    if (!row)
+        throw Error(ErrorNumber::RecordDeleted);
+    DeleteRow(*row);
 }
 
 } // namespace jet

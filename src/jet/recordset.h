@@ -1,6 +1,10 @@
 #pragma once
 
 #include "jet/base/value.h"
+#include "jet/index_walk.h"
+#include "jet/relations/integrity.h"
+#include "jet/table/record.h"
+#include "jet/table/table.h"
 
 #include <cstddef>
 #include <cstdint>
@@ -12,6 +16,8 @@
 
 namespace jet {
 
+class Catalog;
+
 /// An updatable view of one table: rows one after another, and one record at a time that is being added or changed. It
 /// must not outlive its connection.
 ///
@@ -20,28 +26,29 @@ namespace jet {
 ///
 /// Fields are addressed by position, 0-based in the order of the table's columns; Generation() tells when positions and
 /// field count have changed (a column was added or dropped through any path on the connection).
-class Recordset {
+class Recordset final : private PendingRecord {
 public:
     enum class State { Closed = 0, Open = 1 };
 
-    ~Recordset();
-    Recordset(Recordset&&) noexcept;
-    Recordset& operator=(Recordset&&) noexcept;
+    ~Recordset() override { Close(); }
+    Recordset(const Recordset&) = delete;
+    Recordset& operator=(const Recordset&) = delete;
 
-    [[nodiscard]] const std::string& Source() const noexcept; ///< the table's name
-    [[nodiscard]] State GetState() const noexcept;
-    void Close(); ///< drops a pending record
+    [[nodiscard]] const std::string& Source() const noexcept { return source_; } ///< the table's name
+    [[nodiscard]] State GetState() const noexcept { return table_ ? State::Open : State::Closed; }
+    void Close() noexcept; ///< drops a pending record
 
     // Fields.
 
-    [[nodiscard]] std::uint64_t Generation() const noexcept;
-    [[nodiscard]] std::size_t FieldCount() const;
-    [[nodiscard]] const std::string& FieldName(std::size_t field) const;
+    [[nodiscard]] std::uint64_t Generation() const noexcept { return table_ ? table_->Generation() : generation_; }
+    [[nodiscard]] std::size_t FieldCount() const { return Columns().size(); }
+    [[nodiscard]] const std::string& FieldName(std::size_t field) const { return ColumnAt(field).name; }
     /// Position of the field of exactly this name, letter case included; nullopt when there is none.
     [[nodiscard]] std::optional<std::size_t> FieldIndex(std::string_view name) const;
-    [[nodiscard]] bool IsMemo(std::size_t field) const;
-    [[nodiscard]] bool IsLong(std::size_t field) const; ///< a whole number of 32 bits, an autonumber's too
-    [[nodiscard]] bool IsAutonumber(std::size_t field) const;
+    [[nodiscard]] bool IsMemo(std::size_t field) const { return ColumnAt(field).type == ColumnType::Memo; }
+    /// Is it a whole number of 32 bits? An autonumber is one too.
+    [[nodiscard]] bool IsLong(std::size_t field) const { return ColumnAt(field).type == ColumnType::Long; }
+    [[nodiscard]] bool IsAutonumber(std::size_t field) const { return ColumnAt(field).IsAutonumber(); }
     /// Characters that the text field may hold; 0 for a memo, and for every other type.
     [[nodiscard]] std::size_t MaxCharacters(std::size_t field) const;
     /// Characters that `utf8` has in this file: UTF-16 code units, in Access 97 bytes of its code page.
@@ -53,7 +60,7 @@ public:
 
     /// Begins a record, with the default values of its fields.
     void AddNew();
-    [[nodiscard]] bool IsPending() const noexcept;
+    [[nodiscard]] bool IsPending() const noexcept { return holds_ == Holds::Pending; }
     /// Text, converted to the column's type. Of the pending record; without one, of the current record, which is
     /// changed when Update() saves it. Throws FieldTooSmall (3163), EmptyTextRefused (3315), WrongType (3421); the
     /// field keeps its value then.
@@ -70,19 +77,19 @@ public:
     /// even so. Fields with an index or in a relation are not among them.
     [[nodiscard]] std::optional<std::vector<std::size_t>> TextsToWiden();
     /// Drops the pending record, its autonumber given back when it was the last, or the changes of the current one.
-    void CancelUpdate();
+    void CancelUpdate() noexcept;
     /// Deletes the current record; of a pending one the same as CancelUpdate().
     void Delete();
     /// The primary key's or any autonumber of the record last saved; nullopt when the table has none.
-    [[nodiscard]] std::optional<std::int32_t> LastAutonumber() const noexcept;
+    [[nodiscard]] std::optional<std::int32_t> LastAutonumber() const noexcept { return lastAutonumber_; }
     /// A token for the record last saved, by which it can be deleted later: until a commit that finds no recordset open
     /// on the table.
     [[nodiscard]] std::uint64_t Bookmark() const noexcept;
     void DeleteBookmark(std::uint64_t bookmark);
     /// Characters that did not exist in the file's code page and became "?" since the recordset was opened (Access 97).
-    [[nodiscard]] std::size_t ReplacedCharacters() const noexcept;
+    [[nodiscard]] std::size_t ReplacedCharacters() const noexcept { return replaced_; }
     /// Texts that became dates without the time zone that they named, since the recordset was opened.
-    [[nodiscard]] std::size_t ZonesLeftOut() const noexcept;
+    [[nodiscard]] std::size_t ZonesLeftOut() const noexcept { return zonesLeftOut_; }
 
     // Walking. What has not been saved is dropped.
 
@@ -103,9 +110,67 @@ public:
 
 private:
     friend class Connection;
-    class Impl;
-    explicit Recordset(std::unique_ptr<Impl> impl);
-    std::unique_ptr<Impl> impl_;
+    /// What record_ is.
+    enum class Holds {
+        Nothing,
+        Current, ///< the current row, as it is stored
+        Edited,  ///< the current row with values that have not been saved
+        Pending, ///< a record that is being added
+    };
+
+    Recordset(Catalog& catalog, ReferentialIntegrity& integrity, std::string_view table);
+
+    [[nodiscard]] const Table& PendingTable() const override { return *table_; }
+    [[nodiscard]] const Record& PendingValues() override;
+
+    [[nodiscard]] Table& OpenTable() const;
+    [[nodiscard]] const std::vector<Column>& Columns() const { return OpenTable().Definition().columns; }
+    [[nodiscard]] const Column& ColumnAt(std::size_t field) const;
+    /// The column for a field that is about to be set. Throws NoCurrentRecord when there is no record.
+    const Column& ColumnToSet(std::size_t field);
+    void Follow();
+    void TakeLayout();
+    void RequireUserTable() const;
+    void Load();
+    void StandOn(std::optional<RowId> row);
+    void GoOnFromHere();
+    [[nodiscard]] IndexWalk& Walk();
+    void FollowWalk(std::string_view column);
+    void BeginEdit();
+    void SaveNew();
+    void SaveEdit();
+    void DeleteRow(RowId row);
+    void SetDefault(std::size_t field);
+    void SetRandom(MutableBytes bytes);
+    void NoteOwnNumber(std::size_t field, std::int32_t value);
+    void SetDateText(std::size_t field, std::string_view utf8);
+    void AppendEncoded(Bytes& out, const Column& column, std::string_view utf8);
+
+    Catalog& catalog_;
+    std::shared_ptr<Table> table_; ///< none once closed
+    ReferentialIntegrity& integrity_;
+    std::string source_;
+
+    // As of generation_: brought up to date before anything is done after the columns have changed.
+    std::uint64_t generation_ = 0;
+    std::vector<Column> columns_;
+    std::optional<std::size_t> autonumber_; ///< the field that the table's counter fills
+    std::vector<std::size_t> defaults_;     ///< fields with a default value
+    std::uint32_t rowsEpoch_ = 0;           ///< see Table::RowsEpoch()
+
+    bool isPlaced_ = false;         ///< row_ tells where we are
+    std::optional<RowId> row_;      ///< the current row; none behind the last
+    std::optional<IndexWalk> walk_; ///< none: in storage order
+    std::size_t walkField_ = 0;     ///< by whose index walk_ goes
+    bool walkIsHere_ = true;        ///< walk_ stands on row_
+    Holds holds_ = Holds::Nothing;
+    Record record_;
+    std::optional<std::int32_t> takenNumber_; ///< given to the pending record by the table
+    std::optional<std::int32_t> lastAutonumber_;
+    RowId lastSaved_;
+    std::uint32_t lastSavedEpoch_ = 0;
+    std::size_t replaced_ = 0;
+    std::size_t zonesLeftOut_ = 0;
 };
 
 } // namespace jet

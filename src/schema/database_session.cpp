@@ -130,7 +130,10 @@ std::vector<std::string> DatabaseSession::UserTables()
 
 Recordset DatabaseSession::OpenTable(std::string_view table)
 {
-    return Recordset(Translated([&] { return connection_->OpenTable(table); }), locks_);
+    return Translated([&] {
+        // The engine's recordset stays where it is made.
+        return Recordset(std::unique_ptr<jet::Recordset>(new jet::Recordset(connection_->OpenTable(table))), locks_);
+    });
 }
 
 Origins DatabaseSession::OriginsOf(std::string_view table)

@@ -27,12 +27,12 @@ decltype(auto) Translated(Operation&& operation)
 
 bool Recordset::Eof()
 {
-    return Translated([&] { return records_.Eof(); });
+    return Translated([&] { return records_->Eof(); });
 }
 
 void Recordset::AppendText(std::size_t field, std::string& out)
 {
-    const jet::Value value = Translated([&] { return records_.Get(field); });
+    const jet::Value value = Translated([&] { return records_->Get(field); });
     if (const auto* text = std::get_if<std::string>(&value)) {
         out += *text;
     } else if (const auto* number = std::get_if<std::int32_t>(&value)) {
@@ -46,17 +46,17 @@ void Recordset::AppendText(std::size_t field, std::string& out)
 
 void Recordset::AddNew()
 {
-    Translated([&] { records_.AddNew(); });
+    Translated([&] { records_->AddNew(); });
 }
 
 void Recordset::SetText(std::size_t field, std::string_view utf8)
 {
-    const std::size_t zonesBefore = records_.ZonesLeftOut();
-    Translated([&] { records_.SetText(field, utf8); });
-    if (records_.ZonesLeftOut() != zonesBefore)
-        NoteColumnWithoutZone(records_.FieldName(field));
-    if (firstReplacedColumn_.empty() && records_.ReplacedCharacters() > 0)
-        firstReplacedColumn_ = records_.FieldName(field);
+    const std::size_t zonesBefore = records_->ZonesLeftOut();
+    Translated([&] { records_->SetText(field, utf8); });
+    if (records_->ZonesLeftOut() != zonesBefore)
+        NoteColumnWithoutZone(records_->FieldName(field));
+    if (firstReplacedColumn_.empty() && records_->ReplacedCharacters() > 0)
+        firstReplacedColumn_ = records_->FieldName(field);
 }
 
 void Recordset::NoteColumnWithoutZone(const std::string& column)
@@ -68,12 +68,12 @@ void Recordset::NoteColumnWithoutZone(const std::string& column)
 
 void Recordset::SetNull(std::size_t field)
 {
-    Translated([&] { records_.Set(field, jet::Null{}); });
+    Translated([&] { records_->Set(field, jet::Null{}); });
 }
 
 void Recordset::SetLong(std::size_t field, std::int32_t value)
 {
-    Translated([&] { records_.SetLong(field, value); });
+    Translated([&] { records_->SetLong(field, value); });
 }
 
 void Recordset::Update()
@@ -81,18 +81,18 @@ void Recordset::Update()
     Translated([&] {
         if (locks_->onWrite)
             locks_->onWrite();
-        records_.Update();
+        records_->Update();
     });
 }
 
 void Recordset::CancelUpdate()
 {
-    Translated([&] { records_.CancelUpdate(); });
+    Translated([&] { records_->CancelUpdate(); });
 }
 
 std::int32_t Recordset::GetLong(std::size_t field)
 {
-    const jet::Value value = Translated([&] { return records_.Get(field); });
+    const jet::Value value = Translated([&] { return records_->Get(field); });
     if (const auto* number = std::get_if<std::int32_t>(&value))
         return *number;
     std::int32_t parsed = 0;
@@ -103,20 +103,20 @@ std::int32_t Recordset::GetLong(std::size_t field)
 
 std::optional<std::vector<std::size_t>> Recordset::TextsToWiden()
 {
-    return Translated([&] { return records_.TextsToWiden(); });
+    return Translated([&] { return records_->TextsToWiden(); });
 }
 
 void Recordset::DeleteBookmark(std::uint64_t bookmark)
 {
-    Translated([&] { records_.DeleteBookmark(bookmark); });
+    Translated([&] { records_->DeleteBookmark(bookmark); });
 }
 
 void Recordset::DeleteRows(std::size_t field, std::int32_t key)
 {
     Translated([&] {
-        for (records_.MoveFirst(); !records_.Eof(); records_.MoveNext())
-            if (records_.Get(field) == jet::Value(key))
-                records_.Delete();
+        for (records_->MoveFirst(); !records_->Eof(); records_->MoveNext())
+            if (records_->Get(field) == jet::Value(key))
+                records_->Delete();
     });
 }
 

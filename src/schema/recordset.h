@@ -5,6 +5,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <memory>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -18,28 +19,31 @@ namespace velmora {
 /// Fields are addressed by position, 0-based; Layout() tells when positions have changed.
 class Recordset {
 public:
-    Recordset(jet::Recordset records, const LockSeam& locks) : records_(std::move(records)), locks_(&locks) {}
+    Recordset(std::unique_ptr<jet::Recordset> records, const LockSeam& locks)
+        : records_(std::move(records)), locks_(&locks)
+    {
+    }
 
-    [[nodiscard]] const std::string& Source() const noexcept { return records_.Source(); } ///< the table's name
-    [[nodiscard]] bool IsOpen() const noexcept { return records_.GetState() == jet::Recordset::State::Open; }
-    void Close() { records_.Close(); }
+    [[nodiscard]] const std::string& Source() const noexcept { return records_->Source(); } ///< the table's name
+    [[nodiscard]] bool IsOpen() const noexcept { return records_->GetState() == jet::Recordset::State::Open; }
+    void Close() { records_->Close(); }
 
     /// Changes whenever a column of the table was added, dropped or widened, through whatever recordset or statement.
     /// Never 0.
-    [[nodiscard]] std::uint64_t Layout() const noexcept { return 1 + records_.Generation(); }
-    [[nodiscard]] std::size_t FieldCount() const { return records_.FieldCount(); }
-    [[nodiscard]] const std::string& FieldName(std::size_t field) const { return records_.FieldName(field); }
+    [[nodiscard]] std::uint64_t Layout() const noexcept { return 1 + records_->Generation(); }
+    [[nodiscard]] std::size_t FieldCount() const { return records_->FieldCount(); }
+    [[nodiscard]] const std::string& FieldName(std::size_t field) const { return records_->FieldName(field); }
     /// Position of the field of exactly this name, letter case included.
     [[nodiscard]] std::optional<std::size_t> FieldIndex(std::string_view name) const
     {
-        return records_.FieldIndex(name);
+        return records_->FieldIndex(name);
     }
-    [[nodiscard]] bool IsLong(std::size_t field) const { return records_.IsLong(field); }
-    [[nodiscard]] bool IsAutonumber(std::size_t field) const { return records_.IsAutonumber(field); }
+    [[nodiscard]] bool IsLong(std::size_t field) const { return records_->IsLong(field); }
+    [[nodiscard]] bool IsAutonumber(std::size_t field) const { return records_->IsAutonumber(field); }
     /// Characters that the text field may hold; 0 for a memo, and for every other type.
-    [[nodiscard]] std::size_t MaxCharacters(std::size_t field) const { return records_.MaxCharacters(field); }
+    [[nodiscard]] std::size_t MaxCharacters(std::size_t field) const { return records_->MaxCharacters(field); }
     /// Characters that a text has in this file: UTF-16 code units, in Access 97 bytes of its code page.
-    [[nodiscard]] std::size_t CountCharacters(std::string_view utf8) const { return records_.CountCharacters(utf8); }
+    [[nodiscard]] std::size_t CountCharacters(std::string_view utf8) const { return records_->CountCharacters(utf8); }
 
     /// Is there no row at, or behind, the current one? A recordset just opened stands on its first row.
     [[nodiscard]] bool Eof();
@@ -51,7 +55,7 @@ public:
     void AppendText(std::size_t field, std::string& out);
 
     void AddNew();
-    [[nodiscard]] bool IsPending() const noexcept { return records_.IsPending(); }
+    [[nodiscard]] bool IsPending() const noexcept { return records_->IsPending(); }
     /// Throws 3163 (the field is too small) and 3421 (no conversion to the column's type); the field keeps its value
     /// then.
     void SetText(std::size_t field, std::string_view utf8);
@@ -70,13 +74,13 @@ public:
     [[nodiscard]] std::optional<std::vector<std::size_t>> TextsToWiden();
 
     /// By this token the record last saved can be deleted later.
-    [[nodiscard]] std::uint64_t Bookmark() const noexcept { return records_.Bookmark(); }
+    [[nodiscard]] std::uint64_t Bookmark() const noexcept { return records_->Bookmark(); }
     void DeleteBookmark(std::uint64_t bookmark);
     /// Deletes every row with `key` in `field`; reads the whole table.
     void DeleteRows(std::size_t field, std::int32_t key);
 
     /// Characters that the file's code page does not know and that became "?" on their way into fields (Access 97).
-    [[nodiscard]] std::size_t ReplacedCharacters() const { return records_.ReplacedCharacters(); }
+    [[nodiscard]] std::size_t ReplacedCharacters() const { return records_->ReplacedCharacters(); }
     /// The column of the first of them; empty when there are none.
     [[nodiscard]] const std::string& FirstReplacedColumn() const noexcept { return firstReplacedColumn_; }
     /// Date columns that were given times with a time zone, which they cannot hold.
@@ -85,7 +89,7 @@ public:
 private:
     void NoteColumnWithoutZone(const std::string& column);
 
-    jet::Recordset records_;
+    std::unique_ptr<jet::Recordset> records_;
     const LockSeam* locks_;
     std::string firstReplacedColumn_;
     std::vector<std::string> columnsWithoutZone_;

@@ -411,9 +411,9 @@ bool ToBoolean(const Value& value)
     return DoubleOf(value) != 0;
 }
 
-void FillUp(Bytes& stored, const Format& format, const ValueType& type)
+void FillUp(Bytes& out, std::size_t begin, const Format& format, const ValueType& type)
 {
-    FillFrom(stored, 0, type, type.type == ColumnType::Text ? BlankOf(format) : kZeroFiller);
+    FillFrom(out, begin, type, type.type == ColumnType::Text ? BlankOf(format) : kZeroFiller);
 }
 
 Value DecodeValue(ByteSpan stored, const Format& format, const ValueType& type)

@@ -29,8 +29,9 @@ void EncodeText(Bytes& out, const Format& format, const ValueType& type, std::st
 [[nodiscard]] Value ParseText(const ValueType& type, std::string_view utf8);
 /// A value as a boolean: text as ParseText reads it, a number when it is not 0. Throws WrongType.
 [[nodiscard]] bool ToBoolean(const Value& value);
-/// Fills the text or binary value `stored` up to the size of a column that is `filled`; the others stay as they are.
-void FillUp(Bytes& stored, const Format& format, const ValueType& type);
+/// Fills the text or binary value that begins at `begin` in `out` up to the size of a column that is `filled`; the
+/// others stay as they are.
+void FillUp(Bytes& out, std::size_t begin, const Format& format, const ValueType& type);
 /// The reverse of EncodeValue; for a long value of the bytes themselves, not of its field. Throws CorruptValue when the
 /// bytes do not fit the type.
 [[nodiscard]] Value DecodeValue(ByteSpan stored, const Format& format, const ValueType& type);

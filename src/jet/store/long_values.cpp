@@ -20,26 +20,20 @@ constexpr std::size_t kTag = 8;
 /// A page without a free slot is of no use, however much of it is free.
 constexpr PagesWithRoom::Kind kLongValuePages{.owner = kLongValueOwner, .usedUpShare = 1};
 
-/// The 12 bytes with which every field begins.
+/// A head that was read.
 struct FieldHeader {
     std::uint32_t form = kInline;
     std::size_t length = 0;
     RowId first;
 };
 
-void AppendHeader(Bytes& field, std::uint32_t form, std::size_t length, RowId first, std::uint32_t tag)
+LongValues::Head MakeHead(std::uint32_t form, std::size_t length, RowId first, std::uint32_t tag)
 {
-    const std::size_t at = field.size();
-    field.resize(at + kLongValueHeaderSize);
-    StoreU32(field, at, form | static_cast<std::uint32_t>(length));
-    StoreU32(field, at + kPointer, first.Pointer());
-    StoreU32(field, at + kTag, tag);
-}
-
-void AppendInline(Bytes& field, ByteSpan value)
-{
-    AppendHeader(field, kInline, value.size(), RowId{}, 0);
-    AppendBytes(field, value);
+    LongValues::Head head{};
+    StoreU32(head, 0, form | static_cast<std::uint32_t>(length));
+    StoreU32(head, kPointer, first.Pointer());
+    StoreU32(head, kTag, tag);
+    return head;
 }
 
 /// A field of no bytes is an empty value. Throws CorruptPage.
@@ -123,39 +117,32 @@ LongValues::LongValues(Pager& pager, RowId ownedPages, RowId freeSpacePages)
 {
 }
 
-void LongValues::Write(ByteSpan value, Bytes& field, bool mayStayInline)
+LongValues::Head LongValues::InlineHead(std::size_t size) noexcept
 {
-    if (mayStayInline && value.size() <= pager_->GetFormat().maxInlineLong)
-        AppendInline(field, value);
-    else
-        WriteOutside(value, field);
+    return MakeHead(kInline, size, RowId{}, 0);
 }
 
-void LongValues::Write(ByteSpan value, ByteSpan inlineForm, Bytes& field)
+void LongValues::Write(ByteSpan value, Bytes& field)
 {
-    if (value.size() <= pager_->GetFormat().maxInlineLong)
-        AppendInline(field, inlineForm);
-    else
-        WriteOutside(value, field);
+    const bool isInline = value.size() <= pager_->GetFormat().maxInlineLong;
+    AppendBytes(field, isInline ? InlineHead(value.size()) : WriteOutside(value));
+    if (isInline)
+        AppendBytes(field, value);
 }
 
-void LongValues::WriteOutside(ByteSpan value, Bytes& field)
+LongValues::Head LongValues::WriteOutside(ByteSpan value)
 {
     if (value.size() > kMaxLongValue)
         throw Error(ErrorNumber::RecordTooLarge);
-    if (value.size() <= pager_->GetFormat().maxSingleLong)
-        WriteSingle(value, field);
-    else
-        WriteChain(value, field);
+    return value.size() <= pager_->GetFormat().maxSingleLong ? WriteSingle(value) : WriteChain(value);
 }
 
-void LongValues::WriteSingle(ByteSpan value, Bytes& field)
+LongValues::Head LongValues::WriteSingle(ByteSpan value)
 {
     const MutablePageRef page = PageWithRoom(value.size());
-    DataPageEditor editor(page, pager_->GetFormat());
-    const auto [slot, record] = editor.Append(value.size());
+    const auto [slot, record] = DataPageEditor(page, pager_->GetFormat()).Append(value.size());
     std::ranges::copy(value, record.begin());
-    AppendHeader(field, kSingle, value.size(), RowId{page.Number(), slot}, 0);
+    return MakeHead(kSingle, value.size(), RowId{page.Number(), slot}, 0);
 }
 
 /// A page of the column that takes one more record of `size` bytes: the last one used; else one with room that has not
@@ -178,7 +165,7 @@ MutablePageRef LongValues::PageWithRoom(std::size_t size)
 }
 
 /// Writes `value` as a chain, each part on a page of its own; these pages never enter the map of pages with room.
-void LongValues::WriteChain(ByteSpan value, Bytes& field)
+LongValues::Head LongValues::WriteChain(ByteSpan value)
 {
     const Format& format = pager_->GetFormat();
     MutablePageRef page = pages_.BeginAlone();
@@ -197,7 +184,7 @@ void LongValues::WriteChain(ByteSpan value, Bytes& field)
         std::ranges::copy(part, record.begin() + kRowPointerSize);
         page = next;
     }
-    AppendHeader(field, kChain, value.size(), RowId{first, 0}, tag);
+    return MakeHead(kChain, value.size(), RowId{first, 0}, tag);
 }
 
 Bytes LongValues::Read(Pager& pager, ByteSpan field, PageNumber rowPage)

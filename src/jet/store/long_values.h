@@ -3,6 +3,7 @@
 #include "jet/base/row_id.h"
 #include "jet/store/pages_with_room.h"
 
+#include <array>
 #include <cstdint>
 #include <optional>
 
@@ -18,12 +19,16 @@ public:
     /// The column's two usage maps; `freeSpacePages` may be none, as in some system tables.
     LongValues(Pager& pager, RowId ownedPages, RowId freeSpacePages);
 
-    /// Stores `value` and appends its field (12 bytes, plus the value when it stays inline) to `field`. `mayStayInline`
-    /// is false for values that must have a record of their own. Throws RecordTooLarge over kMaxLongValue bytes.
-    void Write(ByteSpan value, Bytes& field, bool mayStayInline = true);
-    /// The same for a value whose inline form and stored form differ (a memo is compressed only in the row): stored
-    /// inline as `inlineForm` when `value` has at most the format's maxInlineLong bytes.
-    void Write(ByteSpan value, ByteSpan inlineForm, Bytes& field);
+    /// The 12 bytes with which every field begins.
+    using Head = std::array<Byte, kLongValueHeaderSize>;
+
+    /// Of a value of `size` bytes that follows in the row.
+    [[nodiscard]] static Head InlineHead(std::size_t size) noexcept;
+    /// Stores `value` in a record of its own, or in a chain, and gives the field. Throws RecordTooLarge over
+    /// kMaxLongValue bytes.
+    [[nodiscard]] Head WriteOutside(ByteSpan value);
+    /// Appends the whole field of `value` to `field`: inline where the format's maxInlineLong allows it, else outside.
+    void Write(ByteSpan value, Bytes& field);
     /// The value's bytes. Throws CorruptPage when the chain is broken, too long or goes round.
     [[nodiscard]] static Bytes Read(Pager& pager, ByteSpan field, PageNumber rowPage);
     /// Deletes the records that `field` names; pages that hold nothing else are freed.
@@ -32,9 +37,8 @@ public:
     void DeleteAll();
 
 private:
-    void WriteOutside(ByteSpan value, Bytes& field);
-    void WriteSingle(ByteSpan value, Bytes& field);
-    void WriteChain(ByteSpan value, Bytes& field);
+    [[nodiscard]] Head WriteSingle(ByteSpan value);
+    [[nodiscard]] Head WriteChain(ByteSpan value);
     [[nodiscard]] MutablePageRef PageWithRoom(std::size_t size);
     void DeleteRecord(RowId id);
 

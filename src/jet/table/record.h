@@ -21,6 +21,15 @@ public:
     void SetStored(std::size_t column, ByteSpan stored);
     /// Room for `size` bytes in the buffer that become the field's value; to be filled at once.
     [[nodiscard]] MutableBytes SetSized(std::size_t column, std::size_t size);
+    /// What `append`, called with the buffer, puts behind its end becomes the field's value. The field keeps the one it
+    /// has when that throws.
+    template <typename Append>
+    void Encode(std::size_t column, const Append& append)
+    {
+        const std::size_t begin = buffer_.size();
+        append(buffer_);
+        fields_[column] = {begin, buffer_.size() - begin};
+    }
     [[nodiscard]] bool IsNull(std::size_t column) const noexcept { return fields_[column].size == kNull; }
     [[nodiscard]] std::optional<ByteSpan> Stored(std::size_t column) const noexcept;
 

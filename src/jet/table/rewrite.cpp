@@ -41,7 +41,7 @@ TableDef Renumbered(const TableDef& old)
 
 Table::Rewrite::Rewrite(Table& table, TableDef def)
     : table_(table), pager_(*table.pager_), def_(std::move(def)), fields_(def_.columns.size()),
-      longFields_(def_.columns.size())
+      heads_(def_.columns.size()), otherForms_(def_.columns.size())
 {
     for (const Column& column : def_.columns) {
         const std::vector<Column>& old = table.def_.columns;
@@ -99,7 +99,7 @@ RowId Table::Rewrite::CopyRow(const RowStore::Found& found, const RowLayout& lay
     if (layout.Measure(fields_) > def_.format->maxRecordSize) {
         const std::vector<RowField> whole = fields_;
         for (const std::size_t column : LongValuesToMoveOut(layout, def_, fields_))
-            MoveOut(column, whole[column].bytes, found.at.page);
+            MoveOut(column, whole[column], found.at.page);
     }
     const RowStore::Room room = rows_->Insert(layout.Measure(fields_));
     layout.Encode(fields_, room.bytes);
@@ -121,22 +121,25 @@ void Table::Rewrite::TakeFields(const RowStore::Found& found)
         fields_[i].bytes = view.Field(column).value();
         if (!BecomesMemo(i))
             continue;
-        const MemoForm form = FormOfMemo(fields_[i].bytes, *def_.format, memo_);
-        longFields_[i].clear();
-        longValues_[i]->Write(form.plain, form.inRow, longFields_[i]);
-        fields_[i].bytes = longFields_[i];
+        const ByteSpan text = fields_[i].bytes;
+        const std::optional<ByteSpan> inRow = MemoInRow(text, *def_.format, otherForms_[i]);
+        heads_[i] = inRow ? LongValues::InlineHead(inRow->size())
+                          : longValues_[i]->WriteOutside(PlainMemo(text, *def_.format, otherForms_[i]));
+        fields_[i].head = heads_[i];
+        fields_[i].bytes = inRow.value_or(ByteSpan());
     }
 }
 
 /// Gives a long value that stands in the row a record of its own.
-void Table::Rewrite::MoveOut(std::size_t column, ByteSpan field, PageNumber page)
+void Table::Rewrite::MoveOut(std::size_t column, const RowField& whole, PageNumber page)
 {
-    const Bytes value = LongValues::Read(pager_, field, page);
+    const Bytes value = whole.head.empty() ? LongValues::Read(pager_, whole.bytes, page)
+                                           : Bytes(whole.bytes.begin(), whole.bytes.end());
     const bool isMemo = def_.columns[column].type == ColumnType::Memo;
-    const ByteSpan plain = isMemo ? FormOfMemo(value, *def_.format, memo_).plain : ByteSpan(value);
-    longFields_[column].clear();
-    longValues_[column]->Write(plain, longFields_[column], false);
-    fields_[column].bytes = longFields_[column];
+    const ByteSpan plain = isMemo ? PlainMemo(value, *def_.format, otherForms_[column]) : ByteSpan(value);
+    heads_[column] = longValues_[column]->WriteOutside(plain);
+    fields_[column].head = heads_[column];
+    fields_[column].bytes = {};
 }
 
 void Table::Rewrite::PlantTrees()

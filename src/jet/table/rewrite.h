@@ -28,7 +28,7 @@ private:
     void CopyRows();
     RowId CopyRow(const RowStore::Found& found, const RowLayout& layout);
     void TakeFields(const RowStore::Found& found);
-    void MoveOut(std::size_t column, ByteSpan field, PageNumber page);
+    void MoveOut(std::size_t column, const RowField& whole, PageNumber page);
     void PlantTrees();
     void FreeOld();
 
@@ -43,9 +43,8 @@ private:
     std::vector<std::optional<std::size_t>> sources_; ///< the table's columns; none for a new one
     std::vector<std::optional<LongValues>> longValues_;
     std::vector<RowField> fields_;
-    std::vector<Bytes> longFields_; ///< fields of long values that are not those of the old row
-
-    Bytes memo_; ///< a memo in its other form
+    std::vector<LongValues::Head> heads_; ///< of long values whose fields are not those of the old row
+    std::vector<Bytes> otherForms_;       ///< memos in their other form
 };
 
 } // namespace jet

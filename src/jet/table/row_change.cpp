@@ -1,13 +1,11 @@
 #include "jet/table/row_change.h"
 
 #include "jet/base/error.h"
-#include "jet/table/memo_form.h"
 #include "jet/table/record_reader.h"
 #include "jet/table/row_fit.h"
 
 #include <algorithm>
 #include <cassert>
-#include <cstring>
 
 /// A row, its long values and its entries in the indexes, kept as one. What holds before and after each change; asserts
 /// name the rule that they hold:
@@ -94,11 +92,7 @@ void Table::RowChange::PrepareFields(const Record& record, bool isUpdate)
 {
     const std::vector<Column>& columns = table_.def_.columns;
     scratch_.fields.assign(columns.size(), RowField{});
-    scratch_.longFieldAt.resize(columns.size());
-    scratch_.keptLongValues.assign(columns.size(), false);
-    scratch_.longFields.clear();
-    scratch_.expandedMemos.clear();
-    scratch_.outside.clear();
+    scratch_.longFields.Begin(columns.size());
     for (std::size_t i = 0; i < columns.size(); ++i) {
         const std::optional<ByteSpan> stored = record.Stored(i);
         RowField& field = scratch_.fields[i];
@@ -119,65 +113,25 @@ void Table::RowChange::PrepareFields(const Record& record, bool isUpdate)
         else
             field.bytes = *stored;
     }
-    // Only now does the buffer of long values stay where it is.
-    for (std::size_t i = 0; i < columns.size(); ++i) {
-        if (RowField& field = scratch_.fields[i]; field.isSet && IsLongValue(columns[i].type)) {
-            const std::size_t begin = scratch_.longFieldAt[i];
-            field.bytes = ByteSpan(scratch_.longFields).subspan(begin, field.bytes.size());
-        }
-    }
     size_ = parts_.layout.Measure(scratch_.fields);
     if (size_ <= table_.def_.format->maxRecordSize)
         return;
     for (const std::size_t column : LongValuesToMoveOut(parts_.layout, table_.def_, scratch_.fields))
-        PrepareOutside(column, record);
+        scratch_.longFields.MoveOut(column, columns[column], *table_.def_.format, record.Stored(column).value(),
+                                    scratch_.fields[column]);
     size_ = parts_.layout.Measure(scratch_.fields);
 }
 
-/// A long value that was to stay in the row leaves it; its field has shrunk to the 12 bytes to be filled later.
-void Table::RowChange::PrepareOutside(std::size_t column, const Record& record)
-{
-    ByteSpan plain = record.Stored(column).value();
-    if (table_.def_.columns[column].type == ColumnType::Memo)
-        plain = FormOfMemo(plain, *table_.def_.format, scratch_.memo).plain;
-    AddOutside(column, plain);
-    scratch_.keptLongValues[column] = false;
-}
-
-void Table::RowChange::AddOutside(std::size_t column, ByteSpan plain)
-{
-    if (plain.data() == scratch_.memo.data() && !plain.empty())
-        plain = scratch_.expandedMemos.emplace_back(std::move(scratch_.memo));
-    scratch_.outside.push_back({column, scratch_.longFieldAt[column], plain});
-}
-
-/// Appends the field of a long value to `longFields`: whole when it stays in the row, else 12 bytes to be filled later.
 void Table::RowChange::PrepareLongValue(std::size_t column, const Record& record, ByteSpan stored, bool isUpdate)
 {
     const Column& kind = table_.def_.columns[column];
-    const Format& format = *table_.def_.format;
-    const std::size_t begin = scratch_.longFields.size();
-    scratch_.longFieldAt[column] = begin;
     const std::optional<ByteSpan> old = isUpdate ? scratch_.before.Stored(column) : std::nullopt;
     if (&record != &scratch_.before && old && SameBytes(*old, stored)) {
         const RowView view(scratch_.oldRow, table_.def_, table_.def_.pages.front());
-        AppendBytes(scratch_.longFields, view.Field(kind).value());
-        scratch_.keptLongValues[column] = true;
+        scratch_.longFields.Keep(column, view.Field(kind).value(), scratch_.fields[column]);
     } else {
-        MemoForm form{stored, stored};
-        if (kind.type == ColumnType::Memo)
-            form = FormOfMemo(stored, format, scratch_.memo);
-        if (form.plain.size() <= format.maxInlineLong && !kind.neverInline) {
-            parts_.longValues[column]->Write(form.plain, form.inRow, scratch_.longFields);
-        } else {
-            if (form.plain.size() > kMaxLongValue)
-                throw Error(ErrorNumber::RecordTooLarge);
-            AddOutside(column, form.plain);
-            scratch_.longFields.resize(begin + kLongValueHeaderSize);
-        }
+        scratch_.longFields.Set(column, kind, *table_.def_.format, stored, scratch_.fields[column]);
     }
-    // Holds no more than the size for now.
-    scratch_.fields[column].bytes = ByteSpan(scratch_.longFields).subspan(begin);
 }
 
 void Table::RowChange::MakeKeys(const Record& record, std::vector<Key>& keys) const
@@ -223,7 +177,7 @@ bool Table::RowChange::KeyChanges(std::size_t index) const
 
 RowId Table::RowChange::Insert(const Record& record)
 {
-    WriteLongValues();
+    scratch_.longFields.Write(parts_.longValues);
     RowId row;
     {
         const RowStore::Room room = parts_.rows.Insert(size_);
@@ -241,7 +195,7 @@ RowId Table::RowChange::Insert(const Record& record)
 
 void Table::RowChange::Update(RowId row, const Record& record)
 {
-    WriteLongValues();
+    scratch_.longFields.Write(parts_.longValues);
     for (std::size_t i = 0; i < scratch_.keys.size(); ++i) {
         if (KeyChanges(i))
             InsertKey(i, row);
@@ -274,16 +228,6 @@ void Table::RowChange::Delete(RowId row)
     table_.StoreCounters();
 }
 
-void Table::RowChange::WriteLongValues()
-{
-    for (const RowScratch::Outside& value : scratch_.outside) {
-        scratch_.writtenField.clear();
-        parts_.longValues[value.column]->Write(value.value, scratch_.writtenField, false);
-        assert(scratch_.writtenField.size() == kLongValueHeaderSize); // R6
-        std::memcpy(scratch_.longFields.data() + value.fieldAt, scratch_.writtenField.data(), kLongValueHeaderSize);
-    }
-}
-
 void Table::RowChange::InsertKey(std::size_t index, RowId row)
 {
     const Key& key = scratch_.keys[index];
@@ -297,7 +241,7 @@ void Table::RowChange::DeleteOldLongValues(bool keepUnchanged)
 {
     const RowView view(scratch_.oldRow, table_.def_, table_.def_.pages.front());
     for (std::size_t i = 0; i < table_.def_.columns.size(); ++i) {
-        if (!parts_.longValues[i] || (keepUnchanged && scratch_.keptLongValues[i]))
+        if (!parts_.longValues[i] || (keepUnchanged && scratch_.longFields.IsKept(i)))
             continue;
         if (const std::optional<ByteSpan> field = view.Field(table_.def_.columns[i]))
             parts_.longValues[i]->Delete(*field);

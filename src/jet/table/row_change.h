@@ -32,14 +32,11 @@ private:
 
     void PrepareFields(const Record& record, bool isUpdate);
     void PrepareLongValue(std::size_t column, const Record& record, ByteSpan stored, bool isUpdate);
-    void PrepareOutside(std::size_t column, const Record& record);
-    void AddOutside(std::size_t column, ByteSpan plain);
     void MakeKeys(const Record& record, std::vector<Key>& keys) const;
     void CheckKey(std::size_t index, const Key& key) const;
     [[nodiscard]] ErrorSubject IndexAsSubject(std::size_t index) const;
     [[nodiscard]] bool KeyChanges(std::size_t index) const;
 
-    void WriteLongValues();
     void InsertKey(std::size_t index, RowId row);
     void DeleteOldLongValues(bool keepUnchanged);
     void RaiseAutonumber(const Record& record);

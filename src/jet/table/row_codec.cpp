@@ -57,7 +57,7 @@ std::size_t RowLayout::VariableBytes(std::span<const RowField> fields) const
     std::size_t size = 0;
     for (const std::size_t column : variable_) {
         if (column != kNoColumn && fields[column].isSet)
-            size += fields[column].bytes.size();
+            size += fields[column].Size();
     }
     return size;
 }
@@ -134,10 +134,12 @@ void RowLayout::EncodeVariable(std::span<const RowField> fields, MutableBytes ro
         storeOffset(i);
         if (variable_[i] == kNoColumn || !fields[variable_[i]].isSet)
             continue;
-        const ByteSpan bytes = fields[variable_[i]].bytes;
-        if (!bytes.empty())
-            std::memcpy(row.data() + at, bytes.data(), bytes.size());
-        at += bytes.size();
+        const RowField& field = fields[variable_[i]];
+        for (const ByteSpan part : {field.head, field.bytes}) {
+            if (!part.empty())
+                std::memcpy(row.data() + at, part.data(), part.size());
+            at += part.size();
+        }
     }
     storeOffset(count);
     assert(at + (count + 1) * numberSize_ == offsetsEnd);

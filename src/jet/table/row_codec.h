@@ -8,11 +8,16 @@
 
 namespace jet {
 
-/// One field on its way into a row: its bytes as the row holds them (a long value: its 12-byte head and what follows),
-/// or Null. Of a boolean, whose value is its bit of the null mask, `isSet` is all there is.
+/// One field on its way into a row: its bytes as the row holds them, or Null. Of a boolean, whose value is its bit of
+/// the null mask, `isSet` is all there is.
 struct RowField {
-    ByteSpan bytes;
+    ByteSpan bytes{};
     bool isSet = false; ///< not Null; boolean: True
+    ByteSpan head{};    ///< of a long value, where it does not lie before its bytes
+
+    [[nodiscard]] std::size_t Size() const noexcept { return head.size() + bytes.size(); }
+    /// Leaves of a long value only the head that stays when it moves out of the row.
+    void Shrink() noexcept { bytes = head.empty() ? bytes.first(kLongValueHeaderSize) : ByteSpan(); }
 };
 
 /// How the fields of one table become a row. Made once per state of the definition.

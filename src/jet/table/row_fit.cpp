@@ -10,14 +10,14 @@ namespace jet {
 std::optional<std::vector<std::size_t>> ShrinkToFit(const RowLayout& layout, const Format& format,
                                                     std::vector<std::size_t> candidates, std::span<RowField> fields)
 {
-    const auto size = [fields](std::size_t column) { return fields[column].bytes.size(); };
+    const auto size = [fields](std::size_t column) { return fields[column].Size(); };
     std::erase_if(candidates, [size](std::size_t column) { return size(column) <= kLongValueHeaderSize; });
     std::ranges::stable_sort(candidates, std::ranges::greater(), size);
     std::vector<std::size_t> shrunk;
     for (const std::size_t column : candidates) {
         if (layout.Measure(fields) <= format.maxRecordSize)
             return shrunk;
-        fields[column].bytes = fields[column].bytes.first(kLongValueHeaderSize);
+        fields[column].Shrink();
         shrunk.push_back(column);
     }
     return layout.Measure(fields) <= format.maxRecordSize ? std::optional(std::move(shrunk)) : std::nullopt;

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "jet/table/key_plan.h"
+#include "jet/table/long_fields.h"
 #include "jet/table/row_codec.h"
 #include "jet/table/row_store.h"
 #include "jet/table/table.h"
@@ -12,29 +13,17 @@ namespace jet {
 
 /// What one change of a row needs beside the record; kept from row to row so that no change allocates.
 struct RowScratch {
-    /// A long value that goes to pages of its own once nothing can refuse the record any more.
-    struct Outside {
-        std::size_t column;
-        std::size_t fieldAt; ///< in `longFields`: 12 bytes that hold the place
-        ByteSpan value;
-    };
     struct Key {
         Bytes bytes;
         KeyFacts facts;
         bool inIndex = false;
     };
 
-    Bytes oldRow;                         ///< the row as it was
-    Record before;                        ///< the same, read
-    std::vector<RowField> fields;         ///< by column index
-    std::vector<std::size_t> longFieldAt; ///< by column index: where a long value's field begins in `longFields`
-    Bytes longFields;
-    Bytes memo;                       ///< a short memo in its other form
-    std::vector<Bytes> expandedMemos; ///< long ones that came compressed
-    std::vector<Outside> outside;
-    Bytes writtenField;
-    std::vector<bool> keptLongValues; ///< by column index: the value stays where it is
-    std::vector<Key> keys;            ///< by real index
+    Bytes oldRow;                 ///< the row as it was
+    Record before;                ///< the same, read
+    std::vector<RowField> fields; ///< by column index
+    LongFields longFields;
+    std::vector<Key> keys; ///< by real index
     std::vector<Key> oldKeys;
 };
 

@@ -75,10 +75,10 @@ TEST(FullDatabase, KeepsEveryRecordSavedBeforeItsEnd)
     EXPECT_EQ(RowsOf(*connection, "t"), expected);
     // And there is room again once something has gone.
     connection->Execute("DELETE * FROM t");
-    rows = connection->OpenTable("t");
-    rows.AddNew();
-    rows.SetText(2, std::string(9000, 'm'));
-    rows.Update();
+    Recordset again = connection->OpenTable("t");
+    again.AddNew();
+    again.SetText(2, std::string(9000, 'm'));
+    again.Update();
 }
 
 } // namespace

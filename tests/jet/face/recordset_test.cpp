@@ -236,12 +236,12 @@ TEST(Recordset, KeepsTheRulesOfColumnsThatAccessMade)
     };
     const auto numbers = open("compIndexTestV1997.mdb");
     const auto guids = open("testV2000.mdb");
-    Recordset records = numbers->OpenTable("Table1");
-    records.AddNew();
-    EXPECT_EQ(records.Get(0), Value(0)) << "its default value";
-    EXPECT_TRUE(IsNull(records.Get(1)));
+    Recordset numbered = numbers->OpenTable("Table1");
+    numbered.AddNew();
+    EXPECT_EQ(numbered.Get(0), Value(0)) << "its default value";
+    EXPECT_TRUE(IsNull(numbered.Get(1)));
 
-    records = guids->OpenTable("Table4");
+    Recordset records = guids->OpenTable("Table4");
     const std::size_t name = records.FieldIndex("name").value();
     const std::size_t data = records.FieldIndex("data").value();
     records.AddNew();
@@ -280,8 +280,8 @@ TEST(Recordset, BookmarksOutliveRowsWrittenAnew)
         EXPECT_EQ(database.Count("t"), 398u);
         records.Close();
         database.Face().Commit();
-        records = database.Open("t");
-        EXPECT_EQ(ErrorOf([&] { records.DeleteBookmark(bookmarks[4]); }), ErrorNumber::RecordDeleted)
+        Recordset later = database.Open("t");
+        EXPECT_EQ(ErrorOf([&] { later.DeleteBookmark(bookmarks[4]); }), ErrorNumber::RecordDeleted)
             << "from before a commit that found the table closed";
         EXPECT_TRUE(database.AllSound());
     }
