@@ -1,12 +1,9 @@
 #include "jet/connection.h"
 
-#include "jet/catalog/bootstrap.h"
 #include "jet/catalog/catalog.h"
-#include "jet/catalog/savepoint.h"
-#include "jet/catalog/schema_rowsets.h"
 #include "jet/relations/integrity.h"
+#include "jet/sql/ast.h"
 #include "jet/sql/executor.h"
-#include "jet/sql/parser.h"
 #include "jet/store/header_page.h"
 #include "jet/store/journal.h"
 #include "jet/store/lock_file.h"

@@ -1,11 +1,10 @@
 #include "jet/recordset.h"
 
-#include "jet/base/date_parser.h"
+#include "jet/base/date_text.h"
 #include "jet/base/error.h"
 #include "jet/base/text_codec.h"
 #include "jet/base/value_codec.h"
 #include "jet/catalog/catalog.h"
-#include "jet/catalog/savepoint.h"
 
 #include <algorithm>
 #include <bit>

@@ -109,4 +109,22 @@ std::optional<Bytes> ParseHexOrBase64(std::string_view text)
     return ParseBase64(text);
 }
 
+std::optional<Guid> ParseGuid(std::string_view text)
+{
+    if (text.size() >= 2 && text.front() == '{' && text.back() == '}')
+        text = text.substr(1, text.size() - 2);
+    Guid guid;
+    std::size_t at = 0;
+    for (std::size_t i = 0; i < sizeof guid.bytes; ++i) {
+        if ((i == 4 || i == 6 || i == 8 || i == 10) && (at >= text.size() || text[at++] != '-'))
+            return std::nullopt;
+        const std::string_view pair = text.substr(std::min(at, text.size()), 2);
+        const auto [end, error] = std::from_chars(pair.data(), pair.data() + pair.size(), guid.bytes[i], 16);
+        if (error != std::errc{} || pair.size() != 2 || end != pair.data() + 2)
+            return std::nullopt;
+        at += 2;
+    }
+    return at == text.size() ? std::optional(guid) : std::nullopt;
+}
+
 } // namespace jet

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "jet/base/bytes.h"
+#include "jet/base/value.h"
 
 #include <optional>
 #include <string>
@@ -15,5 +16,7 @@ namespace jet {
 /// What XML documents carry bytes in: base64 with its padding, white space between its letters or not, or hexadecimal
 /// digits. A text that could be both is taken as hexadecimal digits when all its letters are small or all are capital.
 [[nodiscard]] std::optional<Bytes> ParseHexOrBase64(std::string_view text);
+/// A GUID as it is printed, in braces or not. nullopt for anything else.
+[[nodiscard]] std::optional<Guid> ParseGuid(std::string_view text);
 
 } // namespace jet

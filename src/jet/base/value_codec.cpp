@@ -1,7 +1,6 @@
 #include "jet/base/value_codec.h"
 
 #include "jet/base/byte_text.h"
-#include "jet/base/date_parser.h"
 #include "jet/base/date_text.h"
 #include "jet/base/decimal.h"
 #include "jet/base/error.h"
@@ -129,26 +128,6 @@ Decimal ParseDecimalOrThrow(std::string_view text, unsigned scale)
     if (!decimal)
         ThrowWrongType();
     return *decimal;
-}
-
-Guid ParseGuid(std::string_view text)
-{
-    if (text.size() >= 2 && text.front() == '{' && text.back() == '}')
-        text = text.substr(1, text.size() - 2);
-    Guid guid;
-    std::size_t at = 0;
-    for (std::size_t i = 0; i < kGuidSize; ++i) {
-        if ((i == 4 || i == 6 || i == 8 || i == 10) && (at >= text.size() || text[at++] != '-'))
-            ThrowWrongType();
-        const std::string_view pair = text.substr(std::min(at, text.size()), 2);
-        const auto [end, error] = std::from_chars(pair.data(), pair.data() + pair.size(), guid.bytes[i], 16);
-        if (error != std::errc{} || pair.size() != 2 || end != pair.data() + 2)
-            ThrowWrongType();
-        at += 2;
-    }
-    if (at != text.size())
-        ThrowWrongType();
-    return guid;
 }
 
 bool ParseBoolean(std::string_view text)
@@ -384,7 +363,9 @@ Value ParseText(const ValueType& type, std::string_view utf8)
             return parsed->date;
         break;
     case ColumnType::Guid:
-        return ParseGuid(text);
+        if (const std::optional<Guid> guid = ParseGuid(text))
+            return *guid;
+        break;
     case ColumnType::Numeric: {
         const Decimal decimal = ParseDecimalOrThrow(text, type.scale);
         return Numeric{decimal.negative, decimal.magnitude, type.scale};

@@ -1,4 +1,4 @@
-#include "jet/catalog/bootstrap.h"
+#include "jet/catalog/catalog.h"
 
 #include "jet/catalog/owner_ids.h"
 #include "jet/catalog/system_columns.h"

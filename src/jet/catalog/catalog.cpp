@@ -2,7 +2,7 @@
 
 #include "jet/base/error.h"
 #include "jet/base/text_codec.h"
-#include "jet/catalog/name_key.h"
+#include "jet/catalog/names.h"
 #include "jet/catalog/property_blob.h"
 #include "jet/catalog/system_columns.h"
 

@@ -1,6 +1,8 @@
 #pragma once
 
-#include "jet/catalog/index_names.h"
+#include "jet/base/rowset.h"
+#include "jet/base/value.h"
+#include "jet/catalog/names.h"
 #include "jet/catalog/object_list.h"
 #include "jet/catalog/relationship_list.h"
 #include "jet/table/table.h"
@@ -102,6 +104,39 @@ private:
     std::unordered_map<PageNumber, std::shared_ptr<Table>> tables_; ///< those opened so far
     std::optional<IndexNames> indexNames_;                          ///< once asked for
     std::uint64_t structureVersion_ = 0;
+};
+
+/// Makes the file that `pager` has just created into an empty database: the four system tables, the containers and
+/// their permissions, page for page as the engine of Access lays them out. `created` is the date that every object
+/// carries.
+void BuildEmptyDatabase(Pager& pager, DateTime created);
+
+/// Answers a question about the catalog, from memory and definitions. One that is restricted to a table or to a name
+/// takes a time that does not depend on the number of tables.
+[[nodiscard]] Rowset QuerySchema(Catalog& catalog, SchemaKind kind, const Restrictions& restrictions);
+
+/// Around one statement, or one change of a record: unless Release() is called, its end takes everything back that was
+/// changed since its beginning, pages and what is known of them. There is one at a time.
+class Savepoint {
+public:
+    /// Throws what the pager failed with.
+    explicit Savepoint(Catalog& catalog) : catalog_(&catalog) { catalog.GetPager().SetSavepoint(); }
+    ~Savepoint()
+    {
+        if (catalog_ != nullptr)
+            catalog_->RollBack();
+    }
+    Savepoint(const Savepoint&) = delete;
+    Savepoint& operator=(const Savepoint&) = delete;
+
+    void Release() noexcept
+    {
+        catalog_->GetPager().ReleaseSavepoint();
+        catalog_ = nullptr;
+    }
+
+private:
+    Catalog* catalog_;
 };
 
 } // namespace jet

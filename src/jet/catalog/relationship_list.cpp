@@ -1,6 +1,6 @@
 #include "jet/catalog/relationship_list.h"
 
-#include "jet/catalog/name_key.h"
+#include "jet/catalog/names.h"
 
 namespace jet {
 

@@ -1,8 +1,8 @@
-#include "jet/catalog/schema_rowsets.h"
+#include "jet/catalog/catalog.h"
 
 #include "jet/base/error.h"
 #include "jet/base/text_codec.h"
-#include "jet/catalog/name_key.h"
+#include "jet/catalog/names.h"
 #include "jet/catalog/system_columns.h"
 
 #include <algorithm>

@@ -1,7 +1,7 @@
 #include "jet/relations/relations.h"
 
 #include "jet/base/error.h"
-#include "jet/catalog/name_key.h"
+#include "jet/catalog/names.h"
 #include "jet/catalog/system_columns.h"
 #include "jet/relations/link.h"
 

@@ -1,11 +1,23 @@
 #pragma once
 
 #include "jet/catalog/catalog.h"
-#include "jet/relations/relation.h"
 
+#include <string>
 #include <string_view>
+#include <vector>
 
 namespace jet {
+
+/// A relation as a statement asks for it: `columns` of `table` refer to `referencedColumns` of `referencedTable`.
+struct RelationSpec {
+    std::string name;
+    std::string table;
+    std::vector<std::string> columns;
+    std::string referencedTable;
+    std::vector<std::string> referencedColumns;
+    bool cascadeUpdates = false;
+    DeleteRule onDelete = DeleteRule::NoAction;
+};
 
 /// Makes a relation that is enforced: an index entry in each of the two tables, the rows of MSysRelationships, and an
 /// object. The referencing side shares the index on exactly its columns, or gets one of its own.

@@ -1,9 +1,10 @@
 #pragma once
 
-#include "jet/relations/relation.h"
+#include "jet/relations/relations.h"
 #include "jet/table/table.h"
 
 #include <string>
+#include <string_view>
 #include <variant>
 #include <vector>
 
@@ -60,5 +61,11 @@ struct CopyColumn {
 
 using Statement = std::variant<CreateTable, DropTable, AddColumn, DropColumn, WidenColumns, CreateIndex, DropIndex,
                                AddForeignKey, DropConstraint, DeleteRows, CopyColumn>;
+
+/// Parses one statement, with or without its closing semicolon. Keywords in any letter case; names bare or in brackets.
+///
+/// Throws Error with the number of the kind of statement (3290 for CREATE TABLE, 3293 for ALTER TABLE ...) and, in its
+/// text, the byte offset of the first token that does not fit.
+[[nodiscard]] Statement ParseStatement(std::string_view sql);
 
 } // namespace jet::sql

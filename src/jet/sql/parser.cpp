@@ -1,4 +1,4 @@
-#include "jet/sql/parser.h"
+#include "jet/sql/ast.h"
 
 #include "jet/base/error.h"
 #include "jet/sql/lexer.h"

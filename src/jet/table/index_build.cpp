@@ -1,7 +1,7 @@
 #include "jet/table/index_build.h"
 
 #include "jet/base/error.h"
-#include "jet/table/map_records.h"
+#include "jet/table/table_def.h"
 
 namespace jet {
 

@@ -1,7 +1,12 @@
 #include "jet/table/long_fields.h"
 
+#include "jet/base/compressed_text.h"
 #include "jet/base/error.h"
-#include "jet/table/memo_form.h"
+#include "jet/base/text_codec.h"
+
+#include <algorithm>
+#include <cstring>
+#include <utility>
 
 namespace jet {
 
@@ -57,6 +62,65 @@ void LongFields::Write(std::span<const std::unique_ptr<LongValues>> stores)
 {
     for (const Outside& value : outside_)
         heads_[value.column] = stores[value.column]->WriteOutside(value.value);
+}
+
+ByteSpan PlainMemo(ByteSpan stored, const Format& format, Bytes& buffer)
+{
+    if (format.version == JetVersion::Jet3 || !IsCompressed(stored))
+        return stored;
+    buffer = ExpandUtf16(stored);
+    // Plain, a text that begins with U+FEFF would look compressed: it has no other form.
+    return IsCompressed(buffer) ? stored : ByteSpan(buffer);
+}
+
+std::optional<ByteSpan> MemoInRow(ByteSpan stored, const Format& format, Bytes& buffer)
+{
+    if (IsCompressed(stored) && format.version == JetVersion::Jet4) {
+        // As nearly every short memo comes: one byte for each character, none of them the switch to two.
+        const ByteSpan characters = stored.subspan(kCompressedMark.size());
+        if (characters.size() >= kMinCompressed && 2 * characters.size() <= format.maxInlineLong &&
+            std::memchr(characters.data(), 0, characters.size()) == nullptr)
+            return stored;
+    }
+    const ByteSpan plain = PlainMemo(stored, format, buffer);
+    if (plain.size() > format.maxInlineLong)
+        return std::nullopt;
+    if (format.version == JetVersion::Jet3 || !CanCompress(plain))
+        return plain;
+    if (plain.data() != stored.data())
+        return stored;
+    buffer.clear();
+    AppendCompressed(buffer, plain);
+    return buffer;
+}
+
+std::optional<std::vector<std::size_t>> ShrinkToFit(const RowLayout& layout, const Format& format,
+                                                    std::vector<std::size_t> candidates, std::span<RowField> fields)
+{
+    const auto size = [fields](std::size_t column) { return fields[column].Size(); };
+    std::erase_if(candidates, [size](std::size_t column) { return size(column) <= kLongValueHeaderSize; });
+    std::ranges::stable_sort(candidates, std::ranges::greater(), size);
+    std::vector<std::size_t> shrunk;
+    for (const std::size_t column : candidates) {
+        if (layout.Measure(fields) <= format.maxRecordSize)
+            return shrunk;
+        fields[column].Shrink();
+        shrunk.push_back(column);
+    }
+    return layout.Measure(fields) <= format.maxRecordSize ? std::optional(std::move(shrunk)) : std::nullopt;
+}
+
+std::vector<std::size_t> LongValuesToMoveOut(const RowLayout& layout, const TableDef& def, std::span<RowField> fields)
+{
+    std::vector<std::size_t> candidates;
+    for (std::size_t i = 0; i < def.columns.size(); ++i) {
+        if (IsLongValue(def.columns[i].type) && fields[i].isSet)
+            candidates.push_back(i);
+    }
+    std::optional<std::vector<std::size_t>> moved = ShrinkToFit(layout, *def.format, std::move(candidates), fields);
+    if (!moved)
+        throw Error(ErrorNumber::RecordTooLarge);
+    return *std::move(moved);
 }
 
 } // namespace jet

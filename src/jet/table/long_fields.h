@@ -1,9 +1,13 @@
 #pragma once
 
+#include "jet/base/bytes.h"
+#include "jet/base/format.h"
 #include "jet/store/long_values.h"
 #include "jet/table/row_codec.h"
 
+#include <cstddef>
 #include <memory>
+#include <optional>
 #include <span>
 #include <vector>
 
@@ -42,5 +46,25 @@ private:
     Bytes memo_;                    ///< a memo in its other form
     std::vector<Bytes> otherForms_; ///< those that fields are views of
 };
+
+// A memo is compressed only in the row, and exactly when all its characters are 0x01 to 0xFF and there are at least 3
+// of them; `stored` may come in either form. What is given is a view of it or of `buffer`, where the other form is
+// made. Source: memos written by Access 2000 and 2003, of which none outside a row is compressed.
+
+/// The memo as it stands in the row; nullopt when it is too long for that.
+[[nodiscard]] std::optional<ByteSpan> MemoInRow(ByteSpan stored, const Format& format, Bytes& buffer);
+/// The memo as it stands outside the row.
+[[nodiscard]] ByteSpan PlainMemo(ByteSpan stored, const Format& format, Bytes& buffer);
+
+/// Makes the row of `fields` fit its page: the longest of `candidates` (column indexes) shrinks to the 12 bytes that
+/// stay in a row of a long value that stands outside it, then the next, and no more of them than needed. Gives those
+/// that shrank, in this order; nullopt when the row is too large even so.
+[[nodiscard]] std::optional<std::vector<std::size_t>> ShrinkToFit(const RowLayout& layout, const Format& format,
+                                                                  std::vector<std::size_t> candidates,
+                                                                  std::span<RowField> fields);
+
+/// The same for the long values that stand in the row. Throws RecordTooLarge when that does not help enough.
+[[nodiscard]] std::vector<std::size_t> LongValuesToMoveOut(const RowLayout& layout, const TableDef& def,
+                                                           std::span<RowField> fields);
 
 } // namespace jet

@@ -1,4 +1,4 @@
-#include "jet/table/map_records.h"
+#include "jet/table/table_def.h"
 
 #include "jet/store/data_page.h"
 #include "jet/store/usage_map.h"

@@ -1,10 +1,9 @@
 #include "jet/table/rewrite.h"
 #include "jet/base/error.h"
 #include "jet/table/index_build.h"
-#include "jet/table/map_records.h"
-#include "jet/table/memo_form.h"
-#include "jet/table/record_reader.h"
-#include "jet/table/row_fit.h"
+#include "jet/table/long_fields.h"
+#include "jet/table/row_codec.h"
+#include "jet/table/table_def.h"
 
 #include <algorithm>
 

@@ -1,8 +1,8 @@
 #include "jet/table/row_change.h"
 
 #include "jet/base/error.h"
-#include "jet/table/record_reader.h"
-#include "jet/table/row_fit.h"
+#include "jet/table/long_fields.h"
+#include "jet/table/row_codec.h"
 
 #include <algorithm>
 #include <cassert>
@@ -258,6 +258,49 @@ void Table::RowChange::RaiseAutonumber(const Record& record)
         return;
     if (LoadI32(*stored, 0) > static_cast<std::int32_t>(table_.def_.lastAutonumber))
         table_.def_.lastAutonumber = LoadU32(*stored, 0);
+}
+
+RowId Table::Insert(const Record& record)
+{
+    ++rowChanges_;
+    RowChange change(*this);
+    change.CheckInsert(record);
+    if (hook_ != nullptr)
+        hook_->BeforeInsert(*this, record);
+    return change.Insert(record);
+}
+
+void Table::Update(RowId row, const Record& record)
+{
+    ++rowChanges_;
+    RowChange change(*this);
+    if (!change.ReadBefore(row))
+        throw Error(ErrorNumber::RecordDeleted);
+    change.CheckUpdate(record);
+    if (hook_ != nullptr) {
+        hook_->BeforeUpdate(*this, row, change.Before(), record);
+        // A cascade that comes back to this table may have changed the row.
+        if (!change.IsUnchanged(row)) {
+            if (!change.ReadBefore(row))
+                throw Error(ErrorNumber::RecordDeleted);
+            change.CheckUpdate(record);
+        }
+    }
+    change.Update(row, record);
+}
+
+void Table::Delete(RowId row)
+{
+    ++rowChanges_;
+    RowChange change(*this);
+    if (!change.ReadBefore(row))
+        throw Error(ErrorNumber::RecordDeleted);
+    if (hook_ != nullptr) {
+        hook_->BeforeDelete(*this, row, change.Before());
+        if (!change.IsUnchanged(row) && !change.ReadBefore(row))
+            return;
+    }
+    change.Delete(row);
 }
 
 } // namespace jet

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "jet/table/record.h"
+#include "jet/table/row_store.h"
 #include "jet/table/table_def.h"
 
 #include <optional>
@@ -90,5 +92,10 @@ private:
     std::size_t offsetsEnd_ = 0; ///< offset of field 0 stands right before it
     ByteSpan jumps_;             ///< in reading order from its end
 };
+
+/// Fills the given columns (indexes) of `record` from a row that was found, long values resolved; the others are Null.
+/// Throws CorruptPage.
+void ReadRecord(Pager& pager, const TableDef& def, const RowStore::Found& row, std::span<const std::size_t> columns,
+                Record& record);
 
 } // namespace jet

@@ -2,8 +2,8 @@
 
 #include "jet/base/error.h"
 #include "jet/table/column_design.h"
-#include "jet/table/map_records.h"
-#include "jet/table/record_reader.h"
+#include "jet/table/row_codec.h"
+#include "jet/table/table_def.h"
 #include "jet/table/table_parts.h"
 
 #include <algorithm>

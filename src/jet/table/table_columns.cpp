@@ -1,9 +1,9 @@
 #include "jet/base/error.h"
 #include "jet/table/column_design.h"
-#include "jet/table/map_records.h"
+#include "jet/table/long_fields.h"
 #include "jet/table/rewrite.h"
 #include "jet/table/row_change.h"
-#include "jet/table/row_fit.h"
+#include "jet/table/table_def.h"
 
 #include <algorithm>
 #include <array>

@@ -1,6 +1,6 @@
 #include "jet/base/error.h"
 #include "jet/table/index_build.h"
-#include "jet/table/record_reader.h"
+#include "jet/table/row_codec.h"
 #include "jet/table/table_parts.h"
 
 #include <algorithm>

@@ -1,4 +1,3 @@
-#include "jet/catalog/bootstrap.h"
 
 #include "jet/catalog/catalog.h"
 #include "jet/store/memory_pager.h"

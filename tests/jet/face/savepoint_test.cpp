@@ -1,8 +1,8 @@
-#include "jet/catalog/savepoint.h"
+#include "jet/catalog/catalog.h"
 #include "jet/face/database.h"
 #include "jet/relations/integrity.h"
+#include "jet/sql/ast.h"
 #include "jet/sql/executor.h"
-#include "jet/sql/parser.h"
 #include "jet/store/crash_file_system.h"
 
 #include <cstdlib>

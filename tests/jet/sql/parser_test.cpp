@@ -1,5 +1,5 @@
 #include "jet/face/database.h"
-#include "jet/sql/parser.h"
+#include "jet/sql/ast.h"
 
 namespace jet::sql {
 namespace {
