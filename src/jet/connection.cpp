@@ -128,6 +128,8 @@ public:
 
     void Execute(std::string_view sql) { executor_.Run(sql::ParseStatement(sql)); }
 
+    /// Counters go to their pages first, so that they are part of the commit; a new database takes its place only when
+    /// all of it is on the disk.
     void Commit()
     {
         pager_->ThrowIfFailed();

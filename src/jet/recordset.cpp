@@ -10,6 +10,16 @@
 #include <bit>
 #include <cmath>
 
+/// What record_ holds decides what a call means, and changes like this:
+///
+///   Nothing   --Get-->          Current    the current row was read
+///   Current   --Set-->          Edited     its values differ from what is stored
+///   Nothing, Current --AddNew--> Pending   a record that has no row yet
+///   Edited    --Update-->       Nothing    cascades may have changed the row once more: it is read anew
+///   Pending   --Update-->       Current    the record is a row now, the current one
+///   Edited, Pending --CancelUpdate, Move--> Nothing
+///
+/// An Update that fails changes none of this: the record can be mended and saved once more.
 namespace jet {
 
 namespace {

@@ -26,6 +26,8 @@ bool IsAscii(char c)
 }
 
 /// The number of characters below 0x80 at the start of `text`.
+/// Nearly all text is ASCII and stays as it is, byte for byte: so it is looked at eight bytes at a time, and copied in
+/// one piece.
 std::size_t AsciiLength(std::string_view text)
 {
     std::size_t n = 0;
@@ -117,6 +119,8 @@ std::optional<Byte> ToCp1252(char32_t character)
 }
 
 /// Appends `utf8` compressed; false, and nothing appended, when a character is not 0x01 to 0xFF or there are too few.
+/// Straight from UTF-8, without the plain form in between, as nearly every text ends up compressed. A zero character
+/// cannot be: it would be taken for the switch.
 bool AppendCompressed(Bytes& out, std::string_view utf8)
 {
     if (utf8.size() < kMinCompressed)

@@ -15,6 +15,10 @@
 #include <optional>
 #include <utility>
 
+/// Values on their way into columns are converted as a provider does it, not as C++ would: halves are rounded to the
+/// even neighbour, a number that does not fit is refused (WrongType) and never wraps, and a text becomes a number only
+/// when all of it is one. Text becomes currency or a numeric by way of Decimal, never of a double: 0.1 has no exact
+/// one.
 namespace jet {
 
 namespace {

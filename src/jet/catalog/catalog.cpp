@@ -10,6 +10,20 @@
 #include <array>
 #include <string>
 
+/// Three things say of a table what it is: its definition page, its row in MSysObjects, and what is kept in memory of
+/// both. What holds between two calls:
+///
+///   C1  A table's id in MSysObjects is the number of its definition's first page, so one leads to the other without a
+///       search, and a table never moves.
+///   C2  There is one Table object for a definition page, whoever asked for it: counters and trees kept in two places
+///       would part. The lists own those of the system tables; tables_ owns the others, until they are dropped.
+///   C3  A table that only tables_ holds is in nobody's use and may be dropped. Whoever works on one holds it.
+///   C4  Every change of a definition raises structureVersion_: whoever keeps columns or links by position asks for it.
+///   C5  Rules of columns (Required, default values) are no part of the definition; they stand in the properties, and
+///       are put onto the columns anew whenever a definition was read or columns were made wider.
+///
+/// None of it is taken back by hand when a change fails midway: the savepoint does, and Reread() makes the memory
+/// follow.
 namespace jet {
 
 namespace {
@@ -108,6 +122,7 @@ void Catalog::ApplyProperties(Table& table)
     }
 }
 
+/// The names are gathered at the first question: most connections never ask one, and it takes every definition.
 std::vector<PageNumber> Catalog::TablesWithIndex(std::string_view name)
 {
     if (!indexNames_) {
@@ -339,6 +354,8 @@ void Catalog::RollBack() noexcept
     }
 }
 
+/// Tables that the statement had made are gone with their rows; those that it had dropped are opened again when asked
+/// for. The others keep their objects, as recordsets hold them, and read their definitions anew.
 void Catalog::Reread()
 {
     objects_.Reread();

@@ -50,6 +50,7 @@ void ObjectList::Load()
     }
 }
 
+/// A name is unique among the children of one container only: a relation may be called like a table.
 std::string ObjectList::Key(std::int32_t parent, std::string_view name) const
 {
     std::array<Byte, 4> prefix{};
@@ -83,12 +84,15 @@ std::vector<const CatalogObject*> ObjectList::ChildrenOf(std::int32_t parent) co
     return children;
 }
 
+/// Objects that are no tables have ids of their own, with the top bit set, so that none is ever taken for a page.
 std::int32_t ObjectList::NextSyntheticId() const
 {
     const std::uint32_t last = objects_.empty() ? 0 : objects_.rbegin()->first;
     return static_cast<std::int32_t>(last < kFirstSyntheticId ? kFirstSyntheticId : last + 1);
 }
 
+/// What a container hands down to whatever is made in it: its inheritable entries, that of "whoever makes the object"
+/// turned into one of the user. Read once: a run makes many tables in the same container.
 const std::vector<ObjectList::Permission>& ObjectList::PermissionsIn(std::int32_t container)
 {
     if (const auto known = permissions_.find(container); known != permissions_.end())

@@ -63,6 +63,8 @@ void RelationshipList::Enter(const Relationship& relationship)
     byReferencedTable_.emplace(Key(relationship.referencedTable), Key(relationship.name));
 }
 
+/// Both lists are ordered by table and then by name, so what belongs to one table stands together; an empty name sorts
+/// before all of them.
 std::vector<const Relationship*> RelationshipList::Of(const TableAndName& index, std::string_view table) const
 {
     std::vector<const Relationship*> found;
@@ -104,6 +106,7 @@ Record RelationshipList::RowOf(const Relationship& relationship, std::size_t pai
     return record;
 }
 
+/// One row for each pair of columns; each of them repeats what is true of the whole relation.
 void RelationshipList::Add(Relationship relationship)
 {
     for (std::size_t pair = 0; pair < relationship.columns.size(); ++pair)

@@ -10,6 +10,8 @@
 #include <string>
 #include <utility>
 
+/// The answers have fields of those that the provider of Access gives, by its names, as far as anybody asks for them.
+/// Catalog and schema are Null, since Access has neither; a field that the format has no answer to is Null as well.
 namespace jet {
 
 namespace {
@@ -160,6 +162,7 @@ Value ReferencedKeyName(Catalog& catalog, const Relationship& relationship)
 // ---- One function for each kind
 // ----------------------------------------------------------------------------------------
 
+/// Ordered by type and then by name.
 Rowset Tables(Catalog& catalog, const Restrictions& restrictions)
 {
     const std::string_view wantedType = At(restrictions, 3);
@@ -318,6 +321,7 @@ Rowset ReferentialConstraints(Catalog& catalog, const Restrictions& restrictions
             std::move(rows)};
 }
 
+/// One row for each pair of columns, the pairs of a relation one behind the other.
 Rowset ForeignKeys(Catalog& catalog, const Restrictions& restrictions)
 {
     const std::string_view wantedChild = At(restrictions, 5);

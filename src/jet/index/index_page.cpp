@@ -55,6 +55,7 @@ std::uint64_t LoadHead(const Byte* at)
 }
 
 /// A page's mask in registers' size, to move its bits.
+/// An entry that is put in moves the ends of all behind it: so the whole mask moves by bits, a word at a time.
 class MaskWords {
 public:
     explicit MaskWords(ByteSpan mask) : count_(WordsOf(mask.size()))
@@ -329,6 +330,8 @@ void IndexPageEditor::SetUsed(std::size_t used)
     StoreU16(page_.Data(kPageFreeBytes, 2), 0, static_cast<std::uint16_t>(format_->indexPage.room - used));
 }
 
+/// As long as the entry shares the page's prefix nothing else has to be rewritten; the prefix is as long as possible
+/// only when a page is made, and never grows here. Ascending keys come to the end, where one bit of the mask is all.
 bool IndexPageEditor::Insert(const IndexPage& view, std::size_t place, ByteSpan entry)
 {
     const std::size_t prefixSize = view.prefixSize_;

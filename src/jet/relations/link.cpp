@@ -53,6 +53,7 @@ void KeyMaker::ReadFrom(const Table& table, const std::vector<std::uint16_t>& nu
         positions_.push_back(table.Definition().ColumnByNumber(number).value());
 }
 
+/// A Null in one of the columns makes that the row refers to nothing. A boolean is never Null: none stored is False.
 bool KeyMaker::Make(Bytes& key, const Record& record) const
 {
     static constexpr Byte kFalse[] = {0};
@@ -68,6 +69,8 @@ bool KeyMaker::Make(Bytes& key, const Record& record) const
     return true;
 }
 
+/// Both sides of a relation lead to the same link. What the definitions say of each other is checked here, once: from a
+/// damaged file the two may not fit.
 Link* LinkCache::LinkOf(Table& child, const LogicalIndex& entry)
 {
     const PageNumber page = child.Definition().pages.front();
@@ -96,6 +99,8 @@ Link* LinkCache::LinkOf(Table& child, const LogicalIndex& entry)
     return link.get();
 }
 
+/// Asked with every record, so it is kept; links hold positions of columns and numbers of indexes, and any change of
+/// structure, of whatever table, may have moved them. Changes of structure are rare: all links are thrown away then.
 const LinkCache::TableLinks& LinkCache::Of(Table& table)
 {
     if (version_ != catalog_->StructureVersion()) {

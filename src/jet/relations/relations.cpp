@@ -52,6 +52,8 @@ void FindColumns(Sides& sides, const RelationSpec& spec)
     }
 }
 
+/// A key that is looked up with every row of the child needs an index, and a reference has to mean one row: so the
+/// index is unique. Its columns come in the order of the relation's, as keys are compared as bytes.
 std::size_t FindReferencedIndex(const Table& parent, const std::vector<std::uint16_t>& columns)
 {
     const TableDef& def = parent.Definition();

@@ -12,6 +12,7 @@ namespace jet::sql {
 
 namespace {
 
+/// Keywords are ASCII: the letters of other alphabets have no part in their comparison.
 bool EqualIgnoringCase(std::string_view a, std::string_view upper) noexcept
 {
     if (a.size() != upper.size())
@@ -87,6 +88,24 @@ constexpr TypeName kTypes[] = {
     {"UNIQUEIDENTIFIER", ColumnType::Guid},
 };
 
+/// One function for each production, named after it. A statement that is wrong is refused with the number of its kind,
+/// as the engine of Access does it: so `kind_` says at each place what is being read.
+///
+///   statement  = ( create | alter | drop | delete | update ) [ ";" ]
+///   create     = "CREATE" "TABLE" name "(" column { "," column } ")"
+///              | "CREATE" [ "UNIQUE" ] "INDEX" name "ON" name "(" part { "," part } ")" [ "WITH" "PRIMARY" ]
+///   part       = name [ "ASC" | "DESC" ]
+///   alter      = "ALTER" "TABLE" name change
+///   change     = "ADD" "CONSTRAINT" foreign | "ADD" [ "COLUMN" ] column
+///              | "ALTER" [ "COLUMN" ] column { "," column }
+///              | "DROP" "CONSTRAINT" name | "DROP" [ "COLUMN" ] name
+///   foreign    = name "FOREIGN" "KEY" names "REFERENCES" name names
+///                { "ON" ( "UPDATE" | "DELETE" ) "CASCADE" }
+///   drop       = "DROP" "TABLE" name | "DROP" "INDEX" name "ON" name
+///   delete     = "DELETE" [ "*" ] "FROM" name
+///   update     = "UPDATE" name "SET" name "=" name
+///   column     = name type [ "(" number [ "," number ] ")" ] [ [ "NOT" ] "NULL" ]
+///   names      = "(" name { "," name } ")"
 class Parser {
 public:
     explicit Parser(std::string_view sql) : sql_(sql), lexer_(sql), token_(lexer_.Next()) {}
@@ -294,6 +313,7 @@ private:
         return value;
     }
 
+    /// A name, in brackets or bare. A keyword may be one too: what is a keyword depends on its place alone.
     std::string Name()
     {
         if (token_.kind != TokenKind::Name && token_.kind != TokenKind::Word)
@@ -344,6 +364,8 @@ private:
             Fail();
     }
 
+    /// Names the token that does not fit and where it stands, then the whole statement: whoever reads the message did
+    /// not write the statement by hand.
     [[noreturn]] void Fail() const
     {
         const std::string where = token_.kind == TokenKind::End

@@ -143,6 +143,9 @@ MutableBytes DataPageEditor::RowBytes(std::size_t slot)
     return page_.Data(static_cast<std::size_t>(row.data() - page_.Bytes().data()), row.size());
 }
 
+/// Rows have no room between them, so those below this one in the page move by the difference. Slots keep their
+/// numbers, which is what indexes name rows by. Bytes that become free are zeroed: what was deleted is not left to be
+/// read.
 bool DataPageEditor::Resize(std::size_t slot, std::size_t size)
 {
     const DataPage view = View();
@@ -182,6 +185,7 @@ void DataPageEditor::SetState(std::size_t slot, SlotState state)
     StoreU16(entry, 0, static_cast<std::uint16_t>((LoadU16(entry, 0) & ~kStateMask) | FlagsOf(state)));
 }
 
+/// The slot stays, as the numbers of those behind it may not change; a page whose slots are used up takes no more rows.
 void DataPageEditor::Delete(std::size_t slot)
 {
     static_cast<void>(Resize(slot, 0));

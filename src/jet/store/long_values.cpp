@@ -79,6 +79,8 @@ Bytes ReadSingle(Pager& pager, const FieldHeader& header)
     return {record.begin(), record.begin() + static_cast<std::ptrdiff_t>(header.length)};
 }
 
+/// The length in the field rules: a chain that ends before it or goes on behind it is damage, and one that goes round
+/// in a circle ends there too, since each part brings at least a byte.
 Bytes ReadChain(Pager& pager, const FieldHeader& header, PageNumber rowPage)
 {
     // A length that is nonsense must not take memory.

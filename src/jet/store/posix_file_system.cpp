@@ -93,6 +93,8 @@ public:
         }
     }
 
+    /// A signal or a nearly full disk may let a write end early; what is left is tried again, and the disk then says
+    /// why.
     void WriteAt(std::uint64_t offset, ByteSpan bytes) override
     {
         while (!bytes.empty()) {
@@ -120,6 +122,7 @@ public:
             ThrowIo(name_, errno);
     }
 
+    /// The data and what is needed to read them back, which is all that a commit promises; times may come later.
     void Sync() override
     {
         if (::fdatasync(descriptor_) != 0)
@@ -172,6 +175,7 @@ public:
         return file;
     }
 
+    /// Its name is gone at once, so nothing is left behind whatever ends the process.
     std::unique_ptr<File> OpenTemporary() override
     {
         std::string name = (std::filesystem::temp_directory_path() / "velmora-XXXXXX").string();
@@ -183,6 +187,7 @@ public:
         return file;
     }
 
+    /// A symbolic link counts, even one that leads nowhere: its name is taken.
     bool Exists(const std::filesystem::path& path) override
     {
         struct stat status {};

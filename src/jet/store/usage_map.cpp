@@ -10,6 +10,9 @@
 
 namespace jet {
 
+// A map begins in the inline form, a run of bits from some page on, and takes the reference form when a page lies too
+// far from the others or the record finds no room to grow: then each bit has its place by the page's number, and bitmap
+// pages are made as they are needed. It never goes back.
 namespace {
 
 constexpr std::string_view kName = "a usage map";

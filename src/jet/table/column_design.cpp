@@ -30,6 +30,8 @@ std::uint16_t SizeOf(const ColumnSpec& spec, const Format& format)
     }
 }
 
+/// Each column says how its texts sort. New ones sort as the file does, so that their keys compare with those of
+/// others.
 void SetCollation(Column& column, const Format& format, const DatabaseHeader& header)
 {
     column.collation = {.locale = header.sortOrder, .version = header.sortVersion};
@@ -76,6 +78,7 @@ void MakeMemo(TableDef& def, std::size_t at)
 
 } // namespace
 
+/// Columns that were dropped leave gaps, which rows keep; a new one goes behind the last that is there.
 std::uint16_t FixedAreaEnd(const TableDef& def) noexcept
 {
     std::size_t end = 0;
@@ -129,6 +132,7 @@ Column& DesignColumn(TableDef& def, const ColumnSpec& spec, const DatabaseHeader
     return def.columns.emplace_back(std::move(column));
 }
 
+/// Other changes of a type would have to convert values, and some would not convert: they are refused as a whole.
 bool WidenColumn(TableDef& def, const ColumnSpec& spec)
 {
     const std::size_t at = def.ColumnIndex(spec.name).value();

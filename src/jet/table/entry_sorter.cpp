@@ -139,6 +139,7 @@ void EntrySorter::ForEach(const Visitor& visit)
         visit(View(stored));
 }
 
+/// Runs are as large as the budget, so there are few of them, and all are merged in one go.
 void EntrySorter::Merge(const Visitor& visit)
 {
     if (!held_.empty())

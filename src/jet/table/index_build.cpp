@@ -15,6 +15,7 @@ void IndexBuild::Add(const Record& record, RowId row)
         entries_.Add({key_, row, facts.allNull});
 }
 
+/// Before the tree is planted: rows that break the index's rule are found first.
 void IndexBuild::Sort()
 {
     distinctKeys_ = 0;

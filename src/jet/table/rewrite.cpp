@@ -9,6 +9,8 @@
 
 namespace jet {
 
+/// Columns that were dropped keep their numbers and their places in the row until here: rows that were written with
+/// them stay readable, and dropping one touches no row.
 TableDef Renumbered(const TableDef& old)
 {
     TableDef def = old;
@@ -92,6 +94,8 @@ void Table::Rewrite::CopyRows()
     def_.rowCount = count;
 }
 
+/// A row that fitted may not fit any more, when a text that lay in the fixed area has become a variable one or a column
+/// was added: then the longest of its long values leave it, as when it would be written now.
 RowId Table::Rewrite::CopyRow(const RowStore::Found& found, const RowLayout& layout)
 {
     TakeFields(found);
@@ -149,6 +153,7 @@ void Table::Rewrite::PlantTrees()
     }
 }
 
+/// Only now: until the new rows are whole the old ones are what they are copied from.
 void Table::Rewrite::FreeOld()
 {
     const TableDef& old = table_.def_;

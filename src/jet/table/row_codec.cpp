@@ -63,6 +63,7 @@ std::size_t RowLayout::VariableBytes(std::span<const RowField> fields) const
     return size;
 }
 
+/// The table's own bytes count: one more jump may be what makes the next one necessary.
 std::size_t RowLayout::JumpTableSize(std::size_t sizeWithout) const
 {
     std::size_t jumps = 0;
@@ -92,6 +93,8 @@ void RowLayout::Encode(std::span<const RowField> fields, MutableBytes row) const
     EncodeMask(fields, row);
 }
 
+/// The whole area is written, as the page may have held other rows there: a Null's bytes are zeros, and nothing
+/// of a deleted row comes back to light.
 void RowLayout::EncodeFixed(std::span<const RowField> fields, MutableBytes row) const
 {
     std::memset(row.data() + numberSize_, 0, fixedEnd_ - numberSize_);
@@ -212,6 +215,8 @@ std::size_t RowView::Offset(std::size_t entry) const noexcept
     return low + kJumpUnit * jumped;
 }
 
+/// A row keeps the columns that the table had when it was written: those that were added later are Null in it, without
+/// its having been touched.
 bool RowView::IsSet(const Column& column) const noexcept
 {
     return column.number < fieldCount_ && (row_[maskBegin_ + (column.number >> 3)] >> (column.number & 7) & 1);
@@ -238,6 +243,8 @@ std::optional<ByteSpan> RowView::Field(const Column& column) const
     return row_.subspan(begin, size);
 }
 
+/// Only the columns that were asked for: a key needs one or two of them, and a memo that nobody wants is not fetched
+/// from its pages.
 void ReadRecord(Pager& pager, const TableDef& def, const RowStore::Found& row, std::span<const std::size_t> columns,
                 Record& record)
 {

@@ -64,6 +64,8 @@ RowStore::Room RowStore::Place(std::size_t size, SlotState state)
     return {std::move(page), at, bytes};
 }
 
+/// The page of the last insert nearly always has room. Else a few of those with room are looked at, and then a new one
+/// is begun: however many pages have a little room, an insert does not pay for all of them.
 MutablePageRef RowStore::PageWithRoom(std::size_t size)
 {
     if (pages_.Last() != 0 && pages_.HasRoom(pages_.Last(), size))
@@ -181,6 +183,7 @@ void RowStore::NoteRoom(PageNumber page, std::size_t before, std::size_t after)
         candidates_->push_back(page);
 }
 
+/// Rows that have moved come by their home slots, where their ids are; what lies at the new place is passed over.
 std::optional<RowId> RowStore::Next(std::optional<RowId> after) const
 {
     std::size_t slot = after ? after->slot + std::size_t{1} : 0;

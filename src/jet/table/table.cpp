@@ -71,6 +71,8 @@ PageNumber Table::Create(Pager& pager, const std::vector<ColumnSpec>& columns)
     return def.pages.front();
 }
 
+/// Maps go after what they name: they say which pages there are to free. The first page is marked, so that nothing that
+/// still refers to the table takes it for a definition.
 void Table::Destroy()
 {
     for (const std::unique_ptr<LongValues>& values : parts_->longValues) {
@@ -141,6 +143,8 @@ Value Table::Get(const Record& record, std::size_t column) const
     return stored ? DecodeValue(*stored, *def_.format, kind.GetValueType()) : Value(Null{});
 }
 
+/// Numbers are given out before the record is saved, as whoever fills it may need its key for records that refer to it.
+/// One that is not used leaves a gap, unless it was the last and is returned.
 std::int32_t Table::TakeAutonumber()
 {
     isNumberAhead_ = true;
@@ -155,6 +159,8 @@ void Table::ReturnAutonumber(std::int32_t number) noexcept
     isNumberAhead_ = true;
 }
 
+/// Whoever holds a row's id over a rewriting of the table finds the row again, through as many rewritings as there
+/// were.
 std::optional<RowId> Table::Relocated(RowId row, std::uint32_t epoch) const
 {
     if (epoch < firstEpoch_)

@@ -7,6 +7,21 @@
 #include <algorithm>
 #include <bitset>
 
+/// A definition is one stream of bytes, cut into pages that each begin with eight bytes of their own. In this order:
+///
+///   header                 counts, type, maps of pages; what we do not know of it is kept as it is in `rawHeader`
+///   statistics             one block for each real index
+///   columns                one block each, in the order of the file, which need not be that of their numbers
+///   names of columns       in the same order
+///   real indexes           one block each: columns, map, root
+///   logical indexes        one block each: which real one, and of a relation the other side
+///   names of these         in the same order
+///   maps of long values    column number and two map records each, until a number of 0xFFFF
+///
+/// Nothing says where a part begins: each is found by the lengths of those before it. So a count that is wrong makes
+/// all that follows wrong, and every one is held against what the stream has before memory is taken for it. What is
+/// left then, and contradicts itself (a column outside the row, a logical index without a real one), is refused here as
+/// well: the layers above take a definition that was read for granted.
 namespace jet {
 
 namespace {

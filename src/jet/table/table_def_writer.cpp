@@ -4,6 +4,9 @@
 #include <algorithm>
 #include <cassert>
 
+/// The reverse of reading one, see table_def.cpp for the order of the parts. A definition is always written whole: its
+/// parts have no fixed places, so one more column moves all that follows. Blocks are filled from the bytes that were
+/// read, where there were any, and only what we know is set in them: what other versions keep there survives.
 namespace jet {
 
 namespace {
@@ -185,6 +188,7 @@ Bytes SerializeTableDef(const Format& format, const TableDef& def)
     return out;
 }
 
+/// The first page never changes: its number is the table's id. Pages are added and freed at the end of the chain.
 void WriteTableDef(Pager& pager, TableDef& def)
 {
     assert(!def.pages.empty());

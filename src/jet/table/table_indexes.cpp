@@ -37,6 +37,8 @@ RealIndex DesignRealIndex(const TableDef& def, const IndexSpec& spec, std::strin
 }
 
 /// The real index on exactly `columns`, ascending; one that is unique when that is wanted.
+/// The same columns in another order, or descending, would sort otherwise, and a look-up by the relation's key would
+/// not find what it looks for.
 std::optional<std::uint32_t> RealIndexOn(const TableDef& def, const std::vector<std::uint16_t>& columns, bool unique)
 {
     for (std::size_t i = 0; i < def.realIndexes.size(); ++i) {
@@ -90,6 +92,8 @@ void Table::CreateIndex(const IndexSpec& spec)
     AddIndex(std::move(entry), &wanted);
 }
 
+/// Logical indexes may share a tree, as a relation shares that of an index on the same columns: it goes with the last
+/// of them. The definition is written before the tree goes, so that it never names pages that are free.
 void Table::DropIndex(std::string_view name)
 {
     const LogicalIndex* index = def_.IndexByName(name);
