@@ -54,9 +54,9 @@ test-sanitize:
 
 # clang-tidy over src/: nothing to say, or the target fails.
 tidy:
-	@tools/setup.sh $(CLANG) clang-tidy
-	@cmake --preset sanitize --log-level=WARNING
-	@run-clang-tidy -quiet -p build/sanitize -j $(JOBS) -extra-arg=-fno-caret-diagnostics "$(CURDIR)/src/" \
+	@tools/setup.sh $(CLANG) $(WINDOW) clang-tidy
+	@cmake --preset tidy --log-level=WARNING $(WITH_WINDOW)
+	@run-clang-tidy -quiet -p build/tidy -j $(JOBS) -extra-arg=-fno-caret-diagnostics "$(CURDIR)/src/" \
 	    >build/tidy.log || { cat build/tidy.log; exit 1; }
 
 # Fails and says where when a file is not as clang-format would have it; `make reformat` brings them all to it.

@@ -1,4 +1,4 @@
-# Precompiled standard headers, for builds that are made often (VELMORA_PRECOMPILE, on in the preset `dev`): reading these is
+# Precompiled standard headers, for builds that are made often (VELMORA_PRECOMPILE, on in the presets of clang): reading these is
 # half of what compiling a file costs. Every file still includes what it needs: the other builds do without.
 
 function(velmora_targets_below folder result)
@@ -11,8 +11,9 @@ function(velmora_targets_below folder result)
     set(${result} ${targets} PARENT_SCOPE)
 endfunction()
 
-# Gives all libraries and programs below `folder` one precompiled header; `libraries` are those whose headers it needs.
-function(velmora_precompile folder headers libraries)
+# Gives all targets of `types` below `folder` one precompiled header; `libraries` are those whose headers and options it
+# needs.
+function(velmora_precompile folder types headers libraries)
     get_filename_component(name ${folder} NAME)
     set(source ${CMAKE_CURRENT_BINARY_DIR}/precompiled_${name}.cpp)
     file(WRITE ${source}.new "")
@@ -24,7 +25,7 @@ function(velmora_precompile folder headers libraries)
     foreach(target IN LISTS targets)
         get_target_property(type ${target} TYPE)
         get_target_property(own ${target} PRECOMPILE_HEADERS)
-        if(type MATCHES "^(STATIC_LIBRARY|EXECUTABLE)$" AND NOT own)
+        if(type MATCHES "^(${types})$" AND NOT own)
             target_precompile_headers(${target} REUSE_FROM precompiled_${name})
         endif()
     endforeach()
@@ -32,7 +33,9 @@ endfunction()
 
 set(standard <algorithm> <array> <cstdint> <cstring> <filesystem> <functional> <map> <memory> <optional> <set> <span> <string>
              <string_view> <unordered_map> <unordered_set> <utility> <variant> <vector>)
-velmora_precompile(${PROJECT_SOURCE_DIR}/src "${standard}" "")
+velmora_precompile(${PROJECT_SOURCE_DIR}/src "STATIC_LIBRARY|EXECUTABLE" "${standard}" "")
 if(VELMORA_TESTS)
-    velmora_precompile(${PROJECT_SOURCE_DIR}/tests "${standard};<fstream>;<gtest/gtest.h>" GTest::gtest)
+    # The libraries below tests/ are compiled with other options than the programs.
+    velmora_precompile(${PROJECT_SOURCE_DIR}/tests "EXECUTABLE" "${standard};<fstream>;<gtest/gtest.h>"
+                       "GTest::gtest;velmora_test_flags")
 endif()
