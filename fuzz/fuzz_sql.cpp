@@ -1,8 +1,8 @@
 // Runs arbitrary text, one statement a line, on a small database in memory. What is refused must be refused with the
 // engine's own error, and what came out must be a database that can be read.
+#include "jet/base/error.h"
 #include "jet/connection.h"
 #include "jet/damage/exercise.h"
-#include "jet/base/error.h"
 #include "jet/store/crash_file_system.h"
 
 #include <cstdint>

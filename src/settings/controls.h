@@ -51,7 +51,7 @@ struct Controls {
     bool btnConvertEnabled = true;
     std::string btnQuitCaption = "Exit"; ///< "Cancel" while a run is going on
     bool optionsEnabled = true;
-    std::string txtXML;                     ///< structure description of the document loaded last
+    std::string txtXML;                      ///< structure description of the document loaded last
     std::vector<std::string> documentTags{}; ///< its names that can be mapped, where somebody is there to map them
     std::string lblVersion;
 

@@ -1,8 +1,8 @@
 #pragma once
 
 #include "jet/base/bytes.h"
-#include "jet/base/format.h"
 #include "jet/base/error.h"
+#include "jet/base/format.h"
 
 #include <charconv>
 #include <optional>
