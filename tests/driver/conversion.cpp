@@ -178,4 +178,14 @@ std::string Conversion::Error() const
     return host.errors.empty() ? "" : std::to_string(host.errors.back().first) + " " + host.errors.back().second;
 }
 
+std::vector<std::string> Parts(std::string_view text)
+{
+    std::vector<std::string> parts;
+    for (std::size_t begin = 0, end; begin < text.size(); begin = end + 1) {
+        end = std::min(text.find('|', begin), text.size());
+        parts.emplace_back(text.substr(begin, end - begin));
+    }
+    return parts;
+}
+
 } // namespace velmora::testing

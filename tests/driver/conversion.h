@@ -64,6 +64,9 @@ private:
     bool checksItself_ = true;
 };
 
+/// The parts of `text` between bars.
+[[nodiscard]] std::vector<std::string> Parts(std::string_view text);
+
 /// Many conversions, whose databases are checked together at the end: the checker's start takes longer than its work.
 class Conversions {
 public:

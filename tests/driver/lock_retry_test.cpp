@@ -14,8 +14,7 @@ class LockedConversion : public Conversion {
 public:
     LockedConversion()
     {
-        job.controls.txtFILE_TXT.text = Path("text").string();
-        Options("delimiter=;");
+        Text();
         // The repeated leaf has records of its own, which are saved before that of the element around it.
         Xml("<r><p><n>1</n><t>a</t><t>b</t></p><p><n>2</n><t>c</t><t>d</t></p></r>");
         batch.SetLocks({.now = [this] { return time; },
@@ -28,11 +27,6 @@ public:
         first_ = first;
         end_ = first + count;
     }
-    [[nodiscard]] std::string Text(std::string_view table) const
-    {
-        return ReadFile(Path("text") / std::string(table).append(".txt"));
-    }
-
     std::chrono::milliseconds time{0};
 
 private:
@@ -51,34 +45,24 @@ private:
 
 TEST(LockRetry, ARecordIsBuiltAgainUntilTheLockIsGone)
 {
-    struct Case {
-        const char* name;
-        int write;
-        const char* line;
-    };
-    const Case cases[] = {
-        {"before anything of it is saved", 2, "E_FAIL on table [p], record 1"},
-        {"between two leaves of it", 3, "E_FAIL on table [p], record 1"},
-        {"when all its leaves are saved", 4, "E_FAIL on table [p], record 1"},
-        {"behind another record", 7, "E_FAIL on table [p], record 2"},
-    };
     // Keys are not given twice: those of the attempts that failed are left out.
     const auto withoutKeys = [](const std::string& text) {
         return std::regex_replace(text, std::regex("[^\\n]*\\|"), "");
     };
-    for (const Case& c : cases) {
-        SCOPED_TRACE(c.name);
+    // Before anything of a record is saved, between two leaves of it, when all of them are, behind another record.
+    for (const auto& [write, record] : {std::pair(2, "1"), {3, "1"}, {4, "1"}, {7, "2"}}) {
+        SCOPED_TRACE(write);
         LockedConversion run;
-        run.Lock(c.write, 1);
+        run.Lock(write, 1);
         const RunOutcome outcome = run.Run();
         EXPECT_FALSE(outcome.failed) << run.Error();
         EXPECT_EQ(run.Said("E_FAIL"), 1);
-        EXPECT_EQ(run.Said(c.line), 1) << ::testing::PrintToString(run.host.lines);
+        EXPECT_EQ(run.Said(std::string("E_FAIL on table [p], record ") + record), 1) << run.Protocol();
         EXPECT_EQ(run.Said("Not imported"), 0);
         EXPECT_EQ(withoutKeys(run.Dump("p")), "n\n1\n2\n");
         EXPECT_EQ(withoutKeys(run.Dump("t")), "t\na\nb\nc\nd\n");
-        const std::string leaves = run.Text("t");
-        EXPECT_EQ(std::count(leaves.begin(), leaves.end(), '\n'), 5) << leaves;
+        const std::string leaves = run.TextFile("t");
+        EXPECT_EQ(std::ranges::count(leaves, '~'), 5) << leaves;
         EXPECT_EQ(run.time, std::chrono::milliseconds(100));
     }
 }
@@ -92,8 +76,7 @@ TEST(LockRetry, ALockThatStaysEndsTheRunAfterTenSeconds)
     EXPECT_EQ(run.time, std::chrono::seconds(10));
     ASSERT_EQ(run.host.errors.size(), 1u);
     EXPECT_EQ(run.host.errors[0].first, 3211);
-    EXPECT_EQ(run.Said("Error: velImportNode: Import all columns into table [p]"), 1)
-        << ::testing::PrintToString(run.host.lines);
+    EXPECT_EQ(run.Said("Error: velImportNode: Import all columns into table [p]"), 1) << run.Protocol();
     EXPECT_EQ(run.Said("what was saved until then stays"), 1);
     EXPECT_EQ(run.Dump("p"), "PKEY|FKEY|n\n");
     EXPECT_EQ(run.Dump("t"), "PKEY|FKEY|t\n") << "rows of a record that was never saved";

@@ -9,14 +9,7 @@ namespace {
 /// 5 March 2024, 14:07:09, local.
 std::time_t SomeTime()
 {
-    std::tm local{};
-    local.tm_year = 2024 - 1900;
-    local.tm_mon = 2;
-    local.tm_mday = 5;
-    local.tm_hour = 14;
-    local.tm_min = 7;
-    local.tm_sec = 9;
-    local.tm_isdst = -1;
+    std::tm local{.tm_sec = 9, .tm_min = 7, .tm_hour = 14, .tm_mday = 5, .tm_mon = 2, .tm_year = 124, .tm_isdst = -1};
     return std::mktime(&local);
 }
 
@@ -108,6 +101,16 @@ TEST(Rename, ConvertedFilesMoveOneByOne)
     EXPECT_TRUE(std::filesystem::exists(run.Path("2.xml"))) << "it was not converted";
     EXPECT_EQ(run.Said("Not renamed, since it was not converted"), 1);
     EXPECT_TRUE(std::filesystem::exists(run.Path("done/3.xml")));
+}
+
+TEST(Rename, ANameThatAnEarlierFileHasLeftIsFree)
+{
+    Conversion run;
+    run.Xml("<r><n>1</n></r>", "a.x").Xml("<r><n>2</n></r>", "a.x.x").Options("rename=%p%%f%");
+    run.job.controls.txtFILE_XML.text = run.Path("a*").string();
+    EXPECT_EQ(run.Run().convertedFiles, 2) << run.Protocol();
+    EXPECT_EQ(ReadFile(run.Path("a")), "<r><n>1</n></r>");
+    EXPECT_EQ(ReadFile(run.Path("a.x")), "<r><n>2</n></r>");
 }
 
 TEST(Rename, AFailureEndsTheRunAndKeepsTheRecords)
