@@ -13,7 +13,11 @@ protected:
     [[nodiscard]] ProcessResult Run(std::vector<std::string> arguments) const
     {
         arguments.insert(arguments.begin(), VELMORA_PROGRAM);
-        return RunProcess(arguments, {{"DISPLAY", ""}, {"WAYLAND_DISPLAY", ""}}, folder.Path());
+        return RunCommand(arguments);
+    }
+    [[nodiscard]] ProcessResult RunCommand(const std::vector<std::string>& command) const
+    {
+        return RunProcess(command, {{"DISPLAY", ""}, {"WAYLAND_DISPLAY", ""}, {"TERM", "xterm"}}, folder.Path());
     }
 
     TempFolder folder;
@@ -87,6 +91,38 @@ TEST_F(ProgramTest, ConvertsAndTellsWhatHappened)
     const ProcessResult failed = Run({"q", "mdb=no/such/folder/all.mdb", "xml=one file.xml"});
     EXPECT_EQ(failed.status, 1);
     EXPECT_TRUE(Contains(failed.errors, "velmora: error ")) << failed.errors;
+}
+
+TEST_F(ProgramTest, AnInterruptEndsTheRunInGoodOrderAndASecondOneAtOnce)
+{
+    std::string document = "<list>";
+    for (int record = 0; record < 100'000; ++record)
+        document += "<record><n>1</n></record>";
+    WriteFile(folder / "a.xml", document + "</list>");
+    struct Case {
+        const char* events;
+        const char* quiet;
+        std::vector<const char*> written;
+    };
+    // Who is asked whether to cancel can answer by a second Ctrl-C.
+    const Case cases[] = {
+        {"Import XML: Approx=INT",
+         "+quiet",
+         {"reading, 0:0", " of about 100", "Operation cancelled", "ended with 130"}},
+        {"Analyse XML=TERM", "+quiet", {"Operation cancelled by user", "no database was made", "ended with 130"}},
+        {"Import XML: Approx=INT,[C]ancel=INT", "-quiet", {"[O]K", "ended with -2"}},
+    };
+    for (const Case& c : cases) {
+        SCOPED_TRACE(c.events);
+        std::filesystem::remove(folder / "out.mdb");
+        const ProcessResult result =
+            RunCommand({"python3", ON_TERMINAL, c.events, VELMORA_PROGRAM, "xml=a.xml", "mdb=out.mdb", c.quiet});
+        for (const char* text : c.written)
+            EXPECT_TRUE(Contains(result.output, text)) << text << " in\n" << result.output << result.errors;
+        if (std::filesystem::exists(folder / "out.mdb")) {
+            EXPECT_SOUND(folder / "out.mdb");
+        }
+    }
 }
 
 } // namespace
