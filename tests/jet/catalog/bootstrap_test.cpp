@@ -70,24 +70,6 @@ TEST(Bootstrap, TheEmptyJet3FileIsLaidOutAsTheEngineDoes)
     EXPECT_EQ(pager->Header().build, 9502U);
     EXPECT_EQ(types, "01222211141414444411");
 
-    struct Leaf {
-        PageNumber page;
-        std::size_t entries;
-        const char* firstKey;
-    };
-    const Leaf leaves[] = {{9, 8, "7F 8F 00 00 00 7F 64 60 77 60 61 60 76 66 76 00"},
-                           {11, 8, "7F 80 00 00 02"},
-                           {13, 16, "7F 80 00 00 02"}};
-    for (const Leaf& leaf : leaves) {
-        SCOPED_TRACE(leaf.page);
-        IndexTree tree(*pager, leaf.page, {}, 2);
-        std::size_t entries = 0;
-        auto at = tree.First();
-        EXPECT_EQ(Hex(at.Key()), leaf.firstKey);
-        for (; !at.AtEnd(); at.Next())
-            ++entries;
-        EXPECT_EQ(entries, leaf.entries);
-    }
     // The first map page is full with 15 records; the last map of MSysObjects begins the next one.
     const TableDef objects = ReadTableDef(*pager, kObjectsPage);
     EXPECT_EQ(objects.columns.back().longValueOwned, (RowId{6, 14}));

@@ -82,41 +82,48 @@ private:
                 Attempt([&] { static_cast<void>(records.Get(field)); });
     }
 
+    /// %t is the table, %f any of its fields, another one each time, %u any table.
+    static constexpr const char* kStatements[] = {
+        "CREATE TABLE [new] ([PKEY] Counter NOT NULL, [FKEY] Long, [text] String, [memo] Longtext)",
+        "ALTER TABLE [%t] ADD COLUMN [more] Longtext",
+        "ALTER TABLE [%t] DROP COLUMN [%f]",
+        "CREATE INDEX [fresh] ON [%t] ([%f])",
+        "UPDATE [%t] SET [%f] = [%f]",
+        "ALTER TABLE [%t] ADD CONSTRAINT [link] FOREIGN KEY ([%f]) REFERENCES [%u] ([PKEY]) "
+        "ON UPDATE CASCADE ON DELETE CASCADE",
+        "DELETE * FROM [%t]",
+        "DROP TABLE [%t]",
+        nullptr, // a commit
+        "ALTER TABLE [%t] ALTER COLUMN [%f] Longtext",
+    };
+
     void ChangeSomething()
     {
-        const std::string& table = tables_[Below(tables_.size())];
-        switch (Below(15)) {
-        case 0:
-            return Execute("CREATE TABLE [new] ([PKEY] Counter NOT NULL, [FKEY] Long, [text] String, [memo] Longtext)");
-        case 1:
-            return Execute("ALTER TABLE [" + table + "] ADD COLUMN [more] Longtext");
-        case 2:
-            return Execute("ALTER TABLE [" + table + "] DROP COLUMN [" + AnyField(table) + "]");
-        case 3:
-            return Execute("CREATE INDEX [fresh] ON [" + table + "] ([" + AnyField(table) + "])");
-        case 4:
-            return Execute("UPDATE [" + table + "] SET [" + AnyField(table) + "] = [" + AnyField(table) + "]");
-        case 5:
-            return Execute("ALTER TABLE [" + table + "] ADD CONSTRAINT [link] FOREIGN KEY ([" + AnyField(table) +
-                           "]) REFERENCES [" + tables_[Below(tables_.size())] +
-                           "] ([PKEY]) ON UPDATE CASCADE ON DELETE CASCADE");
-        case 6:
-            return Execute("DELETE * FROM [" + table + "]");
-        case 7:
-            return Execute("DROP TABLE [" + table + "]");
-        case 8:
-            return connection_->Commit();
-        case 9:
-            return Execute("ALTER TABLE [" + table + "] ALTER COLUMN [" + AnyField(table) + "] Longtext");
-        case 10:
-        case 11:
-            return DeleteSomeRows(table);
-        default:
-            return AddRows(table);
-        }
+        constexpr std::size_t kCommit = 8;
+        const std::string table = tables_[Below(tables_.size())];
+        const std::size_t choice = Below(15);
+        if (choice == kCommit)
+            connection_->Commit();
+        else if (choice < std::size(kStatements))
+            connection_->Execute(FilledIn(kStatements[choice], table));
+        else if (choice < 12)
+            DeleteSomeRows(table);
+        else
+            AddRows(table);
     }
 
-    void Execute(const std::string& statement) { connection_->Execute(statement); }
+    [[nodiscard]] std::string FilledIn(std::string statement, const std::string& table)
+    {
+        for (std::size_t at = 0; (at = statement.find('%', at)) != statement.npos;) {
+            const char kind = statement[at + 1];
+            const std::string name = kind == 't'   ? table
+                                     : kind == 'f' ? AnyField(table)
+                                                   : tables_[Below(tables_.size())];
+            statement.replace(at, 2, name);
+            at += name.size();
+        }
+        return statement;
+    }
 
     [[nodiscard]] std::string AnyField(const std::string& table)
     {

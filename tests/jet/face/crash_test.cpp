@@ -193,31 +193,6 @@ TEST(Crash, WhileTheFileIsPutBackLeavesSomethingThatIsPutBack)
     }
 }
 
-TEST(Crash, ADiskThatIsFullLeavesTheLastCommit)
-{
-    const std::vector<std::string> states = ExpectedStates(JetVersion::Jet4);
-    std::set<std::size_t> ends;
-    for (std::uint64_t capacity = 50'000; !ends.contains(std::size(kSteps)); capacity += 4096) {
-        SCOPED_TRACE(capacity);
-        CrashFileSystem system(1);
-        std::size_t done = 0;
-        std::unique_ptr<Connection> connection;
-        system.SetCapacity(capacity);
-        try {
-            RunJob(system, JetVersion::Jet4, done, connection);
-        } catch (const Error& error) {
-            EXPECT_EQ(error.Number(), ErrorNumber::DiskFull);
-        }
-        connection.reset();
-        ends.insert(done);
-        EXPECT_EQ(system.Exists(kFile), done > 0);
-        if (done > 0) {
-            EXPECT_EQ(Contents(*Connection::Open(kFile, system)), states[done]);
-        }
-    }
-    EXPECT_GT(ends.size(), 2u);
-}
-
 // ---- Journals that are not what they should be ----------------------------------------------------------------------
 
 /// A disk on which a run was killed in the midst of its second commit.

@@ -117,46 +117,6 @@ TEST(Recordset, FollowsColumnsThatChangeUnderIt)
     }
 }
 
-TEST(Recordset, FollowsColumnsThatAreWidenedUnderIt)
-{
-    for (const JetVersion version : kVersions) {
-        Database database(version);
-        database.Execute("CREATE TABLE t (a Text(5), PKEY Counter NOT NULL, b String NOT NULL, gone Long, c Text(5))");
-        database.Execute("CREATE UNIQUE INDEX t_PKEY ON t (PKEY) WITH PRIMARY");
-        database.Execute("CREATE INDEX t_c ON t (c DESC)");
-        database.Execute("ALTER TABLE t DROP COLUMN gone");
-        const std::string texts[] = {"", "b", "süß", std::string(40, 'x'), std::string(255, 'y')};
-        for (const std::string& text : texts)
-            database.Add("t", {{"a", text.substr(0, 3)}, {"b", text}, {"c", text.substr(0, 5)}});
-        Recordset records = database.Open("t");
-        records.AddNew();
-        records.SetText(2, "pending");
-        EXPECT_EQ(records.Get(1), Value(6));
-        EXPECT_EQ(ErrorOf([&] { records.SetText(3, "123456"); }), ErrorNumber::FieldTooSmall);
-
-        database.Execute("ALTER TABLE t ALTER COLUMN c Text(255)");
-        EXPECT_EQ(records.FieldIndex("c"), 3u) << "a longer text stays in its place";
-        EXPECT_EQ(records.MaxCharacters(3), 255u);
-        records.SetText(3, "123456");
-        database.Execute("ALTER TABLE t ALTER COLUMN a Longtext, b Longtext");
-        EXPECT_EQ(records.FieldIndex("a"), 2u) << "a memo stands last";
-        EXPECT_EQ(records.FieldIndex("b"), 3u);
-        records.SetText(2, std::string(9000, 'z'));
-        records.Update();
-        records.AddNew();
-        EXPECT_EQ(ErrorOf([&] { records.Update(); }), ErrorNumber::FieldRequired) << "NOT NULL stays";
-        records.CancelUpdate();
-
-        std::string rows;
-        for (std::size_t i = 0; i < std::size(texts); ++i)
-            rows += std::to_string(i + 1) + '|' + texts[i].substr(0, 5) + '|' + texts[i].substr(0, 3) + '|' + texts[i] +
-                    '\n';
-        rows += "6|123456|" + std::string(9000, 'z') + "|pending\n";
-        EXPECT_EQ(database.Rows("t"), rows);
-        EXPECT_TRUE(database.AllSound());
-    }
-}
-
 TEST(Recordset, WalksAndDeletes)
 {
     Database database(JetVersion::Jet4);
@@ -190,41 +150,6 @@ TEST(Recordset, WalksAndDeletes)
     EXPECT_EQ(records.Source(), "t");
     EXPECT_EQ(ErrorOf([&] { records.AddNew(); }), ErrorNumber::NoCurrentRecord);
     EXPECT_EQ(ErrorOf([&] { database.Open("MSysObjects").AddNew(); }), ErrorNumber::ReadOnly);
-}
-
-TEST(Recordset, ChangesTheCurrentRecordAndCascades)
-{
-    for (const JetVersion version : kVersions) {
-        Database database(version);
-        MakeTable(database);
-        database.Execute("CREATE TABLE c (PKEY Counter NOT NULL, FKEY Long, t Text(3))");
-        database.Execute(
-            "ALTER TABLE c ADD CONSTRAINT c_LINK FOREIGN KEY (FKEY) REFERENCES t (PKEY) ON UPDATE CASCADE");
-        database.Add("t", {{"a", "one"}});
-        database.Add("t", {{"a", "two"}});
-        database.Add("c", {{"FKEY", "2"}});
-        Recordset records = database.Open("t");
-        records.MoveFirst();
-        records.MoveNext();
-        records.SetText(2, std::string(5000, 'm'));
-        records.SetLong(0, 7);
-        records.CancelUpdate();
-        EXPECT_EQ(records.Get(0), Value(2));
-        records.SetText(1, "seven");
-        EXPECT_EQ(ErrorOf([&] { records.SetText(1, "sevens"); }), ErrorNumber::FieldTooSmall);
-        records.SetLong(0, 1);
-        EXPECT_EQ(ErrorOf([&] { records.Update(); }), ErrorNumber::DuplicateKey);
-        records.SetLong(0, 7);
-        records.Update();
-        EXPECT_EQ(database.Rows("t"), "1|one||\n7|seven||\n");
-        EXPECT_EQ(database.Rows("c"), "1|7|\n");
-        Recordset children = database.Open("c");
-        children.MoveFirst();
-        children.SetLong(1, 5);
-        EXPECT_EQ(ErrorOf([&] { children.Update(); }), ErrorNumber::RelatedRecordRequired);
-        children.Close();
-        EXPECT_TRUE(database.AllSound());
-    }
 }
 
 TEST(Recordset, KeepsTheRulesOfColumnsThatAccessMade)

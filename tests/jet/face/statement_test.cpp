@@ -44,6 +44,23 @@ TEST(Statement, ARefusedOneHasChangedNothing)
         {"ALTER TABLE t ALTER COLUMN name Memo, indexed Memo", ErrorNumber::FieldInIndex},
         {"ALTER TABLE t ALTER COLUMN related Memo", ErrorNumber::FieldInRelation},
         {"ALTER TABLE r ALTER COLUMN id Text(50)", ErrorNumber::FieldInRelation},
+        {"ALTER TABLE t DROP COLUMN related", ErrorNumber::FieldInRelation},
+        {"DROP INDEX r_id ON r", ErrorNumber::TableInRelation},
+        {"DROP TABLE r", ErrorNumber::TableInRelation},
+        {"ALTER TABLE t DROP CONSTRAINT x", ErrorNumber::NoSuchRelation},
+        {"ALTER TABLE r DROP CONSTRAINT link", ErrorNumber::NoSuchRelation},
+        {"ALTER TABLE x ADD CONSTRAINT n FOREIGN KEY (n) REFERENCES r (id)", ErrorNumber::NoSuchTableOrConstraint},
+        {"ALTER TABLE t ADD CONSTRAINT n FOREIGN KEY (n) REFERENCES x (id)", ErrorNumber::NoSuchTableOrConstraint},
+        {"ALTER TABLE t ADD CONSTRAINT n FOREIGN KEY (x) REFERENCES r (id)", ErrorNumber::NoSuchField},
+        {"ALTER TABLE t ADD CONSTRAINT n FOREIGN KEY (n) REFERENCES r (id)", ErrorNumber::RelationTypesDiffer},
+        {"ALTER TABLE t ADD CONSTRAINT n FOREIGN KEY (small, name) REFERENCES r (id)",
+         ErrorNumber::RelationTypesDiffer},
+        {"ALTER TABLE t ADD CONSTRAINT n FOREIGN KEY (n) REFERENCES t (n)", ErrorNumber::NotUniquelyIndexed},
+        {"ALTER TABLE t ADD CONSTRAINT n FOREIGN KEY (n) REFERENCES keyless (a)", ErrorNumber::NoPrimaryKey},
+        {"ALTER TABLE t ADD CONSTRAINT t_PKEY FOREIGN KEY (small) REFERENCES r (id)", ErrorNumber::IndexNameTaken},
+        {"ALTER TABLE t ADD CONSTRAINT LINK FOREIGN KEY (small) REFERENCES r (id)", ErrorNumber::RelationExists},
+        {"ALTER TABLE t ADD CONSTRAINT [a.b] FOREIGN KEY (small) REFERENCES r (id)", ErrorNumber::InvalidName},
+        {"ALTER TABLE t ADD CONSTRAINT n FOREIGN KEY (small) REFERENCES r (id)", ErrorNumber::DataViolatesRelation},
         {"CREATE INDEX i ON t (x)", ErrorNumber::NoSuchField},
         {"CREATE INDEX i ON t (note)", ErrorNumber::WrongType},
         {"CREATE INDEX i ON x (a)", ErrorNumber::NoSuchTable},
@@ -62,6 +79,7 @@ TEST(Statement, ARefusedOneHasChangedNothing)
                          "indexed Text(9), related Text(9))");
         database.Execute("CREATE UNIQUE INDEX t_PKEY ON t (PKEY) WITH PRIMARY");
         database.Execute("CREATE INDEX t_indexed ON t (indexed)");
+        database.Execute("CREATE TABLE keyless (a Long)");
         database.Execute("CREATE TABLE r (id Text(9))");
         database.Execute("CREATE UNIQUE INDEX r_id ON r (id) WITH PRIMARY");
         database.Execute("ALTER TABLE t ADD CONSTRAINT link FOREIGN KEY (related) REFERENCES r (id)");
@@ -69,7 +87,8 @@ TEST(Statement, ARefusedOneHasChangedNothing)
             database.Add("t", {{"name", name}, {"small", "x"}, {"n", "7"}});
         const auto state = [&] {
             return database.Rows("t") + database.Schema(SchemaKind::Columns, {}, {"TABLE_NAME", "COLUMN_NAME"}) +
-                   database.Schema(SchemaKind::Indexes, {}, {"TABLE_NAME", "INDEX_NAME"});
+                   database.Schema(SchemaKind::Indexes, {}, {"TABLE_NAME", "INDEX_NAME"}) +
+                   database.Schema(SchemaKind::ForeignKeys, {}, {"FK_NAME"});
         };
         const std::string before = state();
         for (const Case& c : cases) {
@@ -134,14 +153,18 @@ TEST(Statement, NotNullIsAPropertyThatStays)
         database.Execute("CREATE TABLE t (a Long NOT NULL, b String NOT NULL, c Long)");
         database.Execute("ALTER TABLE t ADD COLUMN d Long NOT NULL");
         database.Execute("ALTER TABLE t DROP COLUMN b");
+        database.Execute("ALTER TABLE t ADD COLUMN e Text(5) NOT NULL");
+        database.Execute("ALTER TABLE t ALTER COLUMN e Longtext");
         database.Reopen();
         EXPECT_EQ(database.Schema(SchemaKind::Columns, {"", "", "t"}, {"COLUMN_NAME", "IS_NULLABLE"}),
-                  "a|False\nc|True\nd|False\n");
+                  "a|False\nc|True\nd|False\ne|False\n");
         Recordset records = database.Open("t");
         records.AddNew();
         records.SetLong(0, 1);
         EXPECT_THROW(records.Update(), Error);
         records.SetLong(2, 1);
+        EXPECT_THROW(records.Update(), Error);
+        records.SetText(3, std::string(9000, 'z'));
         records.Update();
         EXPECT_TRUE(database.AllSound());
     }

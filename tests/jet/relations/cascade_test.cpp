@@ -117,28 +117,5 @@ TEST(Integrity, AnUpdateCascadesOrIsRefused)
     EXPECT_TRUE(database.AllSound());
 }
 
-TEST(Integrity, ARefusedStatementLeavesEveryRow)
-{
-    Database database(JetVersion::Jet3);
-    MakeTable(database, "a", "", "");
-    MakeTable(database, "b", "a", kBoth);
-    MakeTable(database, "c", "b", "");
-    database.Add("a", {{"id", "1"}, {"aim", "5"}});
-    database.Add("a", {{"id", "2"}, {"aim", "5"}});
-    database.Add("b", {{"id", "1"}, {"ref", "1"}});
-    database.Add("b", {{"id", "2"}, {"ref", "2"}});
-    database.Add("c", {{"id", "1"}, {"ref", "2"}});
-    const std::string before = database.Rows("a") + database.Rows("b") + database.Rows("c");
-
-    EXPECT_EQ(database.Try("DELETE * FROM a"), ErrorNumber::RelatedRecords) << "the second row may not go";
-    EXPECT_EQ(database.Try("UPDATE a SET id = aim"), ErrorNumber::DuplicateKey)
-        << "the second row gets the first's key";
-    EXPECT_EQ(database.Rows("a") + database.Rows("b") + database.Rows("c"), before);
-    database.Execute("DELETE * FROM c");
-    database.Execute("DELETE * FROM a");
-    EXPECT_EQ(database.Rows("b"), "");
-    EXPECT_TRUE(database.AllSound());
-}
-
 } // namespace
 } // namespace jet
