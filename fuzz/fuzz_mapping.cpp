@@ -1,7 +1,7 @@
 // Loads arbitrary bytes as a mapping file, looks its tags up, saves what was read and loads it again.
 #include "input_file.h"
 #include "mapping/tag_map_file.h"
-#include "silent_host.h"
+#include "support/scripted_host.h"
 
 #include <string>
 
@@ -11,7 +11,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     using namespace velmora::fuzzing;
 
     WriteInput(data, size);
-    SilentHost host;
+    testing::ScriptedHost host;
     Job job(host);
     job.settings.blQuiet = true;
     TagMap map;

@@ -4,7 +4,7 @@
 #include "mapping/tag_map.h"
 #include "plan/analyse_xml.h"
 #include "settings/job.h"
-#include "silent_host.h"
+#include "support/scripted_host.h"
 #include "xml/document_loader.h"
 
 #include <cstdint>
@@ -47,7 +47,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     Check(loaded.document.IsEmpty() == !loaded.problem.empty());
     CheckDocument(loaded.document);
 
-    SilentHost host;
+    velmora::testing::ScriptedHost host;
     velmora::Job job(host);
     job.settings.blImportAttributes = true;
     velmora::StructureModel model;

@@ -1,5 +1,7 @@
 #include "corpus/converted.h"
 
+#include "support/shared.h"
+
 #include <algorithm>
 #include <gtest/gtest.h>
 #include <regex>
@@ -28,10 +30,10 @@ std::vector<std::string> Lines(const std::string& text)
     return lines;
 }
 
-ProcessResult RunJudge(const std::filesystem::path& shared, std::vector<std::string> arguments)
+ProcessResult RunJudge(std::vector<std::string> arguments)
 {
-    arguments.insert(arguments.begin(), {"python3", VELMORA_CORPUS_TEST_FOLDER "/judge.py"});
-    return RunProcess(arguments, {{"PYTHONPATH", (shared / "tools").string()}, {"PYTHONDONTWRITEBYTECODE", "1"}});
+    arguments.insert(arguments.begin(), VELMORA_CORPUS_TEST_FOLDER "/judge.py");
+    return RunPython(arguments);
 }
 
 } // namespace
@@ -57,13 +59,12 @@ std::string Converted::Report() const
     return "status " + std::to_string(run.status) + "\n" + run.output + run.errors;
 }
 
-Judgement Judge(const std::filesystem::path& shared, const std::filesystem::path& mdb,
-                const std::vector<std::filesystem::path>& documents)
+Judgement Judge(const std::filesystem::path& mdb, const std::vector<std::filesystem::path>& documents)
 {
     std::vector<std::string> arguments{"check", mdb.string()};
     for (const std::filesystem::path& document : documents)
         arguments.push_back(document.string());
-    const ProcessResult run = RunJudge(shared, arguments);
+    const ProcessResult run = RunJudge(arguments);
     Judgement judgement{.sound = run.status == 0, .report = run.output + run.errors};
     std::smatch figures;
     if (std::regex_search(run.output, figures, std::regex("offered (\\d+) missing (\\d+) surplus (\\d+)"))) {
@@ -76,10 +77,9 @@ Judgement Judge(const std::filesystem::path& shared, const std::filesystem::path
     return judgement;
 }
 
-void WriteUniqueCopy(const std::filesystem::path& shared, const std::filesystem::path& xml,
-                     const std::filesystem::path& copy)
+void WriteUniqueCopy(const std::filesystem::path& xml, const std::filesystem::path& copy)
 {
-    const ProcessResult run = RunJudge(shared, {"unique", xml.string(), copy.string()});
+    const ProcessResult run = RunJudge({"unique", xml.string(), copy.string()});
     if (run.status != 0)
         throw std::runtime_error(run.output + run.errors);
 }
@@ -115,6 +115,17 @@ std::string Dump(const std::filesystem::path& mdb)
     for (const std::string& line : relations)
         text += line;
     return text;
+}
+
+std::vector<std::string> CorpusDocuments(std::string_view folder)
+{
+    std::vector<std::string> names;
+    if (const auto shared = SharedFolder())
+        for (const auto& entry : std::filesystem::directory_iterator(*shared / "corpus" / folder))
+            if (entry.path().extension() == ".xml")
+                names.push_back(entry.path().stem().string());
+    std::ranges::sort(names);
+    return names;
 }
 
 std::string TestName(std::string name)

@@ -34,12 +34,15 @@ struct Judgement {
     long missing = 0; ///< values that the database lacks
     long surplus = 0; ///< values that stand in the database more often than in the documents
 };
-[[nodiscard]] Judgement Judge(const std::filesystem::path& shared, const std::filesystem::path& mdb,
+[[nodiscard]] Judgement Judge(const std::filesystem::path& mdb,
                               const std::vector<std::filesystem::path>& documents = {});
 
 /// Writes a copy of `xml` in which every value occurs once.
-void WriteUniqueCopy(const std::filesystem::path& shared, const std::filesystem::path& xml,
+void WriteUniqueCopy(const std::filesystem::path& xml,
                      const std::filesystem::path& copy);
+
+/// The documents in a folder of the shared corpus, without their extension "xml", in order; none without the corpus.
+[[nodiscard]] std::vector<std::string> CorpusDocuments(std::string_view folder);
 
 /// The name of a document as one that a test may have.
 [[nodiscard]] std::string TestName(std::string name);

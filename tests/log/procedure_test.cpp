@@ -104,30 +104,5 @@ TEST_F(ProcedureTest, GoesNoFurtherInAnAbortedRun)
     EXPECT_THROW(Guarded(log, [] { throw RuntimeError(9, "met in no procedure"); }), RuntimeError);
 }
 
-TEST_F(ProcedureTest, TracesItsArgumentCutAndItsSteps)
-{
-    int built = 0;
-    const auto run = [&] {
-        Procedure(
-            log, "velTest", [&] { return ++built, std::string(2000, 'x'); },
-            [&](Step& step) {
-                step("one");
-                step([&built] { return "built " + std::to_string(++built); });
-            });
-    };
-    run();
-    EXPECT_EQ(built, 0) << "texts are built only for a trace or a report";
-
-    flags.blDebug = true;
-    log.OpenFile((folder / "run.log").string());
-    run();
-    log.CloseFile();
-    std::string text = testing::ReadFile(folder / "run.log");
-    std::vector<std::string> lines;
-    for (std::size_t end; (end = text.find("\r\n")) != std::string::npos; text.erase(0, end + 2))
-        lines.push_back(text.substr(19, end - 19));
-    EXPECT_EQ(lines, (std::vector<std::string>{"    velTest: " + std::string(1000, 'x'), "    one", "    built 2"}));
-}
-
 } // namespace
 } // namespace velmora

@@ -9,27 +9,6 @@ namespace {
 
 namespace fs = std::filesystem;
 
-TEST(Paths, FolderAndNameTogetherAreThePath)
-{
-    struct Case {
-        const char* path;
-        const char* folder;
-        const char* name;
-    };
-    const Case cases[] = {
-        {"/data/in/a.xml", "/data/in/", "a.xml"},
-        {"C:\\data\\a.xml", "C:\\data\\", "a.xml"},
-        {"a.xml", "", "a.xml"},
-        {"folder/", "folder/", ""},
-        {"", "", ""},
-    };
-    for (const Case& c : cases) {
-        SCOPED_TRACE(c.path);
-        EXPECT_EQ(FolderPart(c.path), c.folder);
-        EXPECT_EQ(NamePart(c.path), c.name);
-    }
-}
-
 TEST(Paths, OneFileIsRecognisedUnderItsOtherNames)
 {
     const testing::TempFolder folder;

@@ -28,19 +28,6 @@ protected:
     DatabaseSession session;
 };
 
-TEST_F(CatalogQueries, UserTablesAndTheirColumnsAreFoundByTheirNames)
-{
-    EXPECT_TRUE(velCheckExistsTable(job, session, "child"));
-    EXPECT_FALSE(velCheckExistsTable(job, session, "MSysObjects"));
-    TableColumns child{"child", {}};
-    EXPECT_TRUE(velCheckExistsColumn(job, session, child, "Name"));
-    EXPECT_FALSE(velCheckExistsColumn(job, session, child, "name")) << "letter case counts";
-    child.NoteAdded("name");
-    EXPECT_TRUE(velCheckExistsColumn(job, session, child, "name"));
-    TableColumns nothing{"nothing", {}};
-    EXPECT_FALSE(velCheckExistsColumn(job, session, nothing, "Name"));
-}
-
 TEST_F(CatalogQueries, AnyForeignKeyCountsAndATakenNameIsReplacedOnce)
 {
     std::string name = "anything";

@@ -2,9 +2,10 @@
 
 #include <array>
 #include <cerrno>
+#include <cstdio>
 #include <cstdlib>
 #include <fcntl.h>
-#include <poll.h>
+#include <memory>
 #include <stdexcept>
 #include <sys/resource.h>
 #include <sys/wait.h>
@@ -13,60 +14,33 @@
 namespace velmora::testing {
 namespace {
 
-struct Pipe {
-    Pipe()
-    {
-        if (::pipe2(ends.data(), O_CLOEXEC) != 0)
-            throw std::runtime_error("cannot make a pipe");
-    }
-    ~Pipe()
-    {
-        Close(0);
-        Close(1);
-    }
-    Pipe(const Pipe&) = delete;
-    Pipe& operator=(const Pipe&) = delete;
+/// A file without a name, for what a program writes.
+using Output = std::unique_ptr<std::FILE, int (*)(std::FILE*)>;
 
-    void Close(std::size_t end)
-    {
-        if (ends[end] >= 0)
-            ::close(ends[end]);
-        ends[end] = -1;
-    }
-
-    std::array<int, 2> ends{-1, -1}; ///< reading end, writing end
-};
-
-/// Reads both pipes side by side until both are closed: a program that fills one must not wait for the other.
-void Drain(const Pipe& first, std::string& firstText, const Pipe& second, std::string& secondText)
+Output NewOutput()
 {
-    std::array<pollfd, 2> waiting{pollfd{first.ends[0], POLLIN, 0}, pollfd{second.ends[0], POLLIN, 0}};
-    std::array<std::string*, 2> texts{&firstText, &secondText};
+    return {std::tmpfile(), &std::fclose};
+}
+
+std::string TextOf(const Output& output)
+{
+    std::string text;
     std::array<char, 65536> buffer;
-    while (waiting[0].fd >= 0 || waiting[1].fd >= 0) {
-        if (::poll(waiting.data(), waiting.size(), -1) < 0 && errno != EINTR)
-            throw std::runtime_error("cannot wait for a program's output");
-        for (std::size_t i = 0; i < waiting.size(); ++i) {
-            if (waiting[i].fd < 0 || waiting[i].revents == 0)
-                continue;
-            const ssize_t count = ::read(waiting[i].fd, buffer.data(), buffer.size());
-            if (count > 0)
-                texts[i]->append(buffer.data(), static_cast<std::size_t>(count));
-            else if (count == 0 || errno != EINTR)
-                waiting[i].fd = -1;
-        }
-    }
+    std::rewind(output.get());
+    while (const std::size_t count = std::fread(buffer.data(), 1, buffer.size(), output.get()))
+        text.append(buffer.data(), count);
+    return text;
 }
 
 /// The child's half: never returns. The parent has one thread only, so the heap may be used here.
 [[noreturn]] void Become(const std::vector<std::string>& arguments,
                          const std::map<std::string, std::string>& environment, const std::filesystem::path& folder,
-                         const Pipe& output, const Pipe& errors)
+                         const Output& output, const Output& errors)
 {
     const int nothing = ::open("/dev/null", O_RDONLY);
     ::dup2(nothing, STDIN_FILENO);
-    ::dup2(output.ends[1], STDOUT_FILENO);
-    ::dup2(errors.ends[1], STDERR_FILENO);
+    ::dup2(::fileno(output.get()), STDOUT_FILENO);
+    ::dup2(::fileno(errors.get()), STDERR_FILENO);
     for (const auto& [name, value] : environment)
         ::setenv(name.c_str(), value.c_str(), 1);
     if (!folder.empty() && ::chdir(folder.c_str()) != 0)
@@ -89,18 +63,14 @@ double Seconds(const timeval& time)
 ProcessResult RunProcess(const std::vector<std::string>& arguments,
                          const std::map<std::string, std::string>& environment, const std::filesystem::path& folder)
 {
-    Pipe output;
-    Pipe errors;
+    const Output output = NewOutput();
+    const Output errors = NewOutput();
     const pid_t child = ::fork();
     if (child < 0)
         throw std::runtime_error("cannot start " + arguments.at(0));
     if (child == 0)
         Become(arguments, environment, folder, output, errors);
-    output.Close(1);
-    errors.Close(1);
-
     ProcessResult result;
-    Drain(output, result.output, errors, result.errors);
     int state = 0;
     rusage used{};
     while (::wait4(child, &state, 0, &used) < 0) {
@@ -108,6 +78,8 @@ ProcessResult RunProcess(const std::vector<std::string>& arguments,
             throw std::runtime_error("lost sight of " + arguments[0]);
     }
     result.status = WIFSIGNALED(state) ? 128 + WTERMSIG(state) : WEXITSTATUS(state);
+    result.output = TextOf(output);
+    result.errors = TextOf(errors);
     result.peakKilobytes = used.ru_maxrss;
     result.cpuSeconds = Seconds(used.ru_utime) + Seconds(used.ru_stime);
     return result;

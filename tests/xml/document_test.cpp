@@ -3,6 +3,7 @@
 #include "xml/loaded_text.h"
 
 #include <gtest/gtest.h>
+#include <set>
 
 namespace velmora {
 namespace {
@@ -42,6 +43,21 @@ TEST(Document, KeepsWhatTheFileHolds)
         EXPECT_EQ(loaded.problem, "");
         EXPECT_EQ(DocumentText(loaded.document), c.expected);
     }
+}
+
+TEST(Document, NamesOfManyPathsMayBeTheSame)
+{
+    // Each of the names below each of the others: the paths outgrow the tree's first table several times.
+    constexpr NameId kNames = 40;
+    PathTree tree;
+    std::set<PathId> paths;
+    for (NameId first = 0; first < kNames; ++first)
+        for (NameId second = 0; second < kNames; ++second)
+            paths.insert(tree.Child(tree.Child(0, first), second));
+    EXPECT_EQ(paths.size(), kNames * kNames);
+    EXPECT_EQ(tree.Size(), 1 + kNames + kNames * kNames);
+    EXPECT_EQ(tree.FindChild(tree.FindChild(0, 7), 9), tree.Child(tree.Child(0, 7), 9));
+    EXPECT_EQ(tree.FindChild(tree.Child(0, 7), kNames), PathTree::kNoPath);
 }
 
 TEST(Document, WritesPathsAndCutsLongOnesInTheMiddle)

@@ -13,23 +13,18 @@ TEST(LoadXml, ReportsWhatItCouldNotRead)
     struct Case {
         const char* name;
         const char* xml;
-        std::vector<std::string> lines;
+        const char* line; ///< after "Open XML", with PATH for the file's path
         bool readable;
     };
     const Case cases[] = {
-        {"a good file", "<a/>", {"Open XML"}, true},
-        {"a bad one, which is no error of the run",
-         "<a>\n</b>",
-         {"Open XML", "Not loaded: PATH: line 2, column 3: mismatched tag: this end tag does not close <a>"},
-         false},
-        {"skipped entities",
-         "<!DOCTYPE a SYSTEM 'x'><a>&one;&two;</a>",
-         {"Open XML", "Entities without a text of their own, left out: 2, the first is &one;"},
-         true},
+        {"a good file", "<a/>", "", true},
+        {"a bad one, which is no error of the run", "<a>\n</b>",
+         "Not loaded: PATH: line 2, column 3: mismatched tag: this end tag does not close <a>", false},
+        {"skipped entities", "<!DOCTYPE a SYSTEM 'x'><a>&one;&two;</a>",
+         "Entities without a text of their own, left out: 2, the first is &one;", true},
         {"letters of windows-1252 in a file that does not say so",
          "<?xml version='1.0' encoding='ISO-8859-1'?><a>\x93x\x94</a>",
-         {"Open XML",
-          "Bytes 80 to 9F, control characters in ISO-8859-1: 2; where they are letters the file must say windows-1252"},
+         "Bytes 80 to 9F, control characters in ISO-8859-1: 2; where they are letters the file must say windows-1252",
          true},
     };
     for (const Case& c : cases) {
@@ -40,11 +35,10 @@ TEST(LoadXml, ReportsWhatItCouldNotRead)
         testing::ScriptedHost host;
         Job job(host);
         EXPECT_EQ(velLoadXML(job, path).readable, c.readable);
-        for (std::string& line : host.lines) {
-            if (const std::size_t at = line.find(path); at != std::string::npos)
-                line.replace(at, path.size(), "PATH");
-        }
-        EXPECT_EQ(host.lines, c.lines);
+        std::string said = host.lines.size() > 1 ? host.lines[1] : "";
+        if (const std::size_t at = said.find(path); at != said.npos)
+            said.replace(at, path.size(), "PATH");
+        EXPECT_EQ(said, c.line);
         EXPECT_FALSE(job.settings.blAbort);
     }
     const testing::TempFolder folder;
