@@ -9,7 +9,7 @@ CLANG := clang libclang-rt-dev llvm
 SOURCES = find src tests fuzz bench tools -name '*.cpp' -o -name '*.h'
 
 # The window and its tests.
-WINDOW := qt6-base-dev
+WINDOW := qt6-base-dev qt6-svg-dev
 WITH_WINDOW := -DVELMORA_WINDOW=ON
 
 .PHONY: all setup build run window test test-sanitize tidy format reformat fuzz bench check-large clean

@@ -223,6 +223,17 @@ Value Recordset::Get(std::size_t field)
     return table_->Get(record_, field);
 }
 
+std::optional<std::string> Recordset::GetText(std::size_t field)
+{
+    const Value value = Get(field);
+    return IsNull(value) ? std::nullopt : std::optional(ToText(value));
+}
+
+std::uint64_t Recordset::RecordCount() const
+{
+    return OpenTable().Definition().rowCount;
+}
+
 const Record& Recordset::PendingValues()
 {
     Follow();

@@ -56,6 +56,11 @@ public:
     /// Of the pending record, else of the current one. Reading the autonumber of a pending record gives it its number.
     [[nodiscard]] Value Get(std::size_t field);
 
+    /// The same as text, as a rowset has it; nullopt for Null.
+    [[nodiscard]] std::optional<std::string> GetText(std::size_t field);
+    /// Records of the table, as its definition counts them.
+    [[nodiscard]] std::uint64_t RecordCount() const;
+
     // A record being added or changed.
 
     /// Begins a record, with the default values of its fields.

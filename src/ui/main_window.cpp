@@ -5,6 +5,7 @@
 #include "platform/paths.h"
 #include "platform/program.h"
 #include "ui/about_page.h"
+#include "ui/browser/browser_window.h"
 #include "ui/command_line_window.h"
 #include "ui/controls_form.h"
 #include "ui/converter_page.h"
@@ -425,9 +426,25 @@ void MainWindow::OpenResult()
 {
     const Controls& controls = application_.GetJob().controls;
     if (controls.txtFILE_TXT.text.empty())
-        PressLauncher("btnMS_ACCESS");
+        Look(controls.txtFILE_MDB.text);
     else
         launchers_.OpenFolderOf(controls.txtFILE_TXT.text);
+}
+
+void MainWindow::Look(const std::string& path)
+{
+    auto* browser = new BrowserWindow(NativePath(path), *desktop_, this);
+    browser->show();
+    browser->Reload();
+}
+
+void MainWindow::LookAtDatabase()
+{
+    const QString path =
+        desktop_->AskForFile({tr("Look at a database"), "MS Access Database (*.mdb)|*.mdb|All Files (*.*)|*.*", ".mdb",
+                              QString::fromStdString(application_.GetJob().controls.txtFILE_MDB.text)});
+    if (!path.isEmpty())
+        Look(path.toStdString());
 }
 
 void MainWindow::OpenManual()
@@ -471,6 +488,7 @@ QPushButton* MainWindow::MakeJobMenu()
             OpenJob(path);
     });
     menu->addAction(tr("&Save as a job…"), this, &MainWindow::SaveJobAs);
+    menu->addAction(tr("&Look at a database…"), this, &MainWindow::LookAtDatabase);
     auto* recent = menu->addMenu(tr("&Recent files"));
     connect(recent, &QMenu::aboutToShow, this, [this, recent] { ShowRecentFiles(*recent); });
     auto* button = new QPushButton(tr("&Job"));

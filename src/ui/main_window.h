@@ -80,6 +80,8 @@ private:
     void btnMappingSave_Click();
     void PressLauncher(const QString& button);
     void OpenResult();
+    void Look(const std::string& path);
+    void LookAtDatabase();
     void OpenManual();
     void ShowLeftOut();
     void OpenJob(const QString& path);

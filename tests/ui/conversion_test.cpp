@@ -39,7 +39,7 @@ TEST_F(WindowTest, ConvertsAndSaysWhatWasDone)
     EXPECT_TRUE(Get<QPlainTextEdit>("txtXML").toPlainText().contains("//people/person/name"));
     EXPECT_EQ(State().documentTags, (std::vector<std::string>{"attr_id", "name", "people", "person"}));
     Click("btnOpenResult");
-    EXPECT_EQ(desktop.started.join('|').toStdString(), "/usr/bin/viewer " + Path("a.mdb"));
+    EXPECT_NE(window.findChild<QWidget*>("frmBrowser"), nullptr);
 }
 
 /// The run stands still while the question is open: neither answer depends on how fast it is.

@@ -2,11 +2,14 @@
 // usage: velmora_screenshots XML FOLDER NAME [dark]; the size of things comes from QT_SCALE_FACTOR, the language from
 // LANG.
 
+#include "ui/browser/browser_window.h"
+#include "ui/browser/diagram.h"
 #include "ui/main_window.h"
 
 #include <QApplication>
 #include <QDir>
 #include <QPalette>
+#include <QPushButton>
 #include <QStyleFactory>
 #include <QTabWidget>
 #include <QTimer>
@@ -67,7 +70,19 @@ int main(int argc, char* argv[])
             tabs.setCurrentIndex(page);
             photographer.Take(window, QString::number(page + 2) + "-page");
         }
-        QApplication::quit();
+        tabs.setCurrentIndex(0);
+        window.findChild<QPushButton*>("btnOpenResult")->click();
+        auto& browser = *window.findChild<BrowserWindow*>("frmBrowser");
+        QObject::connect(&browser, &BrowserWindow::Idle, &application, [&] {
+            auto& pages = *browser.findChild<QTabWidget*>("tabBrowser");
+            for (int page = 0; page < pages.count(); ++page) {
+                pages.setCurrentIndex(page);
+                QApplication::processEvents();
+                browser.findChild<Diagram*>()->ShowAll();
+                photographer.Take(browser, "browser-" + QString::number(page + 1));
+            }
+            QApplication::quit();
+        });
     });
     window.btnConvert_Click();
     return QApplication::exec();
