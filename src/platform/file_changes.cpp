@@ -121,17 +121,21 @@ FileHandle OpenBeside(const fs::path& target, fs::path& path)
 
 std::error_code WriteAll(FileHandle file, std::string_view content)
 {
-    bool isWritten =
-        std::fwrite(content.data(), 1, content.size(), file.get()) == content.size() && std::fflush(file.get()) == 0;
-#ifndef _WIN32
-    // Else a crash of the system could leave the new name with nothing behind it.
-    isWritten = isWritten && fsync(fileno(file.get())) == 0;
-#endif
-    const std::error_code error = isWritten ? std::error_code() : LastError();
+    const bool isWritten = std::fwrite(content.data(), 1, content.size(), file.get()) == content.size();
+    const std::error_code error = isWritten ? SyncFile(file.get()) : LastError();
     return std::fclose(file.release()) == 0 || error ? error : LastError();
 }
 
 } // namespace
+
+std::error_code SyncFile(std::FILE* file)
+{
+    bool isWritten = std::fflush(file) == 0;
+#ifndef _WIN32
+    isWritten = isWritten && fsync(fileno(file)) == 0;
+#endif
+    return isWritten ? std::error_code() : LastError();
+}
 
 std::error_code ReplaceFile(const std::string& path, std::string_view content)
 {

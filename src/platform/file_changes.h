@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstdio>
 #include <string>
 #include <string_view>
 #include <system_error>
@@ -15,5 +16,9 @@ namespace velmora {
 /// another name beside that place and renamed when it is complete: whatever fails, the old content stays. Permissions
 /// are kept, and a link still leads to its file.
 [[nodiscard]] std::error_code ReplaceFile(const std::string& path, std::string_view content);
+
+/// Brings what was written to `file` to the disk: else a crash of the system could leave a new name with nothing behind
+/// it.
+[[nodiscard]] std::error_code SyncFile(std::FILE* file);
 
 } // namespace velmora

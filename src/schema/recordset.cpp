@@ -30,7 +30,7 @@ bool Recordset::Eof()
     return Translated([&] { return records_->Eof(); });
 }
 
-void Recordset::AppendText(std::size_t field, std::string& out)
+bool Recordset::AppendText(std::size_t field, std::string& out)
 {
     const jet::Value value = Translated([&] { return records_->Get(field); });
     if (const auto* text = std::get_if<std::string>(&value)) {
@@ -42,6 +42,42 @@ void Recordset::AppendText(std::size_t field, std::string& out)
         // The engine shows values as text in the rows that answer a question.
         out += jet::Rowset({"value"}, {{value}}).Text("value");
     }
+    return !jet::IsNull(value);
+}
+
+void Recordset::MoveFirst()
+{
+    Translated([&] { records_->MoveFirst(); });
+}
+
+void Recordset::MoveNext()
+{
+    Translated([&] { records_->MoveNext(); });
+}
+
+bool Recordset::WalkBy(std::size_t field)
+{
+    return Translated([&] { return records_->WalkBy(field); });
+}
+
+void Recordset::Seek(std::int32_t key)
+{
+    Translated([&] { records_->Seek(key); });
+}
+
+std::uint64_t Recordset::Position()
+{
+    return Translated([&] { return records_->Position(); });
+}
+
+void Recordset::MoveTo(std::uint64_t position)
+{
+    Translated([&] { records_->MoveTo(position); });
+}
+
+bool Recordset::IsInStorageOrder()
+{
+    return Translated([&] { return records_->IsInStorageOrder(); });
 }
 
 void Recordset::AddNew()

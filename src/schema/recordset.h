@@ -50,9 +50,20 @@ public:
     /// Appends the field's value to `out` as text; see below for the forms. Of the pending record, else of the one last
     /// saved.
     ///
-    /// Null is empty; text is itself; numbers are in the shortest form that reads back the same, with a point; booleans
-    /// "True" and "False"; dates "2024-03-05 14:07:09"; bytes hexadecimal; GUIDs in braces.
-    void AppendText(std::size_t field, std::string& out);
+    /// False for Null, which is empty; text is itself; numbers are in the shortest form that reads back the same, with
+    /// a point; booleans "True" and "False"; dates "2024-03-05 14:07:09"; bytes hexadecimal; GUIDs in braces.
+    bool AppendText(std::size_t field, std::string& out);
+
+    // Walking through records that are there, see jet::Recordset.
+
+    [[nodiscard]] std::size_t RecordCount() const noexcept { return records_->RecordCount(); }
+    void MoveFirst();
+    void MoveNext();
+    [[nodiscard]] bool WalkBy(std::size_t field);
+    void Seek(std::int32_t key);
+    [[nodiscard]] std::uint64_t Position();
+    void MoveTo(std::uint64_t position);
+    [[nodiscard]] bool IsInStorageOrder();
 
     void AddNew();
     [[nodiscard]] bool IsPending() const noexcept { return records_->IsPending(); }
