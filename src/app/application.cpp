@@ -68,7 +68,8 @@ std::optional<std::string> Application::TakeRefusal()
         return refusal("Not begun, because of +strict: the file of tag names could not be read");
     const bool recreates = controls.chkRecreateDatabase.Checked();
     const std::string& target = controls.txtFILE_MDB.text;
-    if (mistyped.empty() || !(recreates || controls.chkEmptyTables.Checked()) || !FileExists(target))
+    if (mistyped.empty() || !controls.txtFILE_EXPORT.text.empty() ||
+        !(recreates || controls.chkEmptyTables.Checked()) || !FileExists(target))
         return std::nullopt;
     return refusal("Not begun, because \"" + mistyped + "\" is not known and may be mistyped, and the database \"" +
                    target + "\" would be " + (recreates ? "replaced" : "emptied"));

@@ -81,6 +81,8 @@ ExitStatus Main(const std::vector<std::string>& arguments)
         const Controls asked = WhatIsAsked(line);
         if (asked.chkQuiet.Checked())
             return Run(host, line);
+        if (!asked.txtFILE_EXPORT.text.empty()) // which has nothing to ask
+            return Run(host, line + " +quiet");
         const std::string window = HasDisplay() ? FindInstalled(kWindowProgram) : std::string();
         if (!window.empty() && BecomeProgram(window, arguments))
             return ExitStatus::Success;

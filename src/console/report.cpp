@@ -20,6 +20,7 @@ or into delimited text files
 Usage
   velmora xml=FILE mdb=FILE [option ...] +quiet     convert, here and now
   velmora xml=FILE txt=FOLDER [option ...] +quiet   the same, into text files
+  velmora mdb=FILE export=FILE                      a database as XML again
   velmora [option ...]                              open the window, filled in
   velmora --help | --version
 
@@ -43,7 +44,8 @@ Exit status
   0    everything was converted
   1    ended by an error
   2    nothing to convert: no source named or found, a target that must not be
-       written, or a command line that makes no sense or may be mistyped
+       written, a database without a way back, or a command line that makes no
+       sense or may be mistyped
   3    done, but a source or the file of tag names could not be read, or
        something was left out (with +strict)
   130  cancelled

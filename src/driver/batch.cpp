@@ -3,6 +3,7 @@
 #include "driver/rename.h"
 #include "driver/run_files.h"
 #include "driver/url_source.h"
+#include "driver/way_back.h"
 #include "import/node_importer.h"
 #include "plan/analyse_xml.h"
 #include "plan/plain_names.h"
@@ -16,6 +17,7 @@
 #include "settings/conversion_settings.h"
 #include "xml/load_xml.h"
 #include "xml/structure_report.h"
+#include "xml_export/xml_export.h"
 
 #include <ctime>
 #include <optional>
@@ -64,6 +66,8 @@ RunOutcome Batch::btnConvert_Click(const std::optional<std::string>& refusal)
     if (job_.settings.blAbort) {
         if (session.IsOpen())
             EndEarly(session);
+        else if (IsWayBack(job_.settings))
+            job_.log.ProtocolAppend("The run ended early: XML that was not complete is gone");
         TellOfFiles();
     }
     outcome_.tables = session.Reports();
@@ -92,7 +96,7 @@ bool Batch::RefusesToBegin(const std::optional<std::string>& refusal)
     const ConversionSettings& settings = job_.settings;
     std::optional<std::string> reason = ClashingFiles(settings);
     if (!reason)
-        reason = UnfitTarget(settings);
+        reason = IsWayBack(settings) ? UnfitWayBack(settings) : UnfitTarget(settings);
     if (!reason)
         reason = UnfitDownload(settings);
     if (!reason)
@@ -116,17 +120,19 @@ void Batch::Run(UrlSource& source, DatabaseSession& session, Step& step)
         return;
     }
     TakeSettings();
+    if (IsWayBack(job_.settings)) {
+        if (const std::optional<std::string> refusal = velExportXML(job_))
+            TellThatThereIsNothingToDo(*refusal);
+        return;
+    }
     source.Fetch(places_);
     const std::string& path = job_.settings.sourceFile;
     files_ = ListFiles(path);
     std::optional<std::string> reason = NoSource(path, files_);
     if (!reason)
         reason = ImpossibleRename(job_.settings, files_, std::time(nullptr));
-    if (reason) {
-        job_.log.ProtocolAppend(*reason);
-        outcome_.nothingToDo = true;
-        return;
-    }
+    if (reason)
+        return TellThatThereIsNothingToDo(*reason);
     for (const std::string& warning : TextExportWarnings(job_.settings, files_.size()))
         job_.log.ProtocolAppend(warning);
     ScratchDatabase scratch(job_, places_);
@@ -138,6 +144,12 @@ void Batch::Run(UrlSource& source, DatabaseSession& session, Step& step)
     Convert(session, step);
     if (!hasCommitted_)
         TellThatNothingWasRead();
+}
+
+void Batch::TellThatThereIsNothingToDo(const std::string& reason)
+{
+    job_.log.ProtocolAppend(reason);
+    outcome_.nothingToDo = true;
 }
 
 /// Nothing was committed, so that the session's end takes everything back.

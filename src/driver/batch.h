@@ -59,6 +59,7 @@ private:
     void Run(UrlSource& source, DatabaseSession& session, Step& step);
     void OpenProtocolFile(Step& step);
     void ShowRunning(bool running);
+    void TellThatThereIsNothingToDo(const std::string& reason);
     void TellThatNothingWasRead();
     void Convert(DatabaseSession& session, Step& step);
     [[nodiscard]] bool ConvertOneFile(const std::string& path, DatabaseSession& session, FilesOfRun& filesOfRun);

@@ -85,6 +85,7 @@ std::optional<std::string> ClashingFiles(const ConversionSettings& settings)
     const std::string& target = settings.targetFile;
     const std::string& log = settings.protocolFile;
     const std::string& mapping = settings.mappingFile;
+    const std::string& exported = settings.xmlFile;
     const auto clash = [](std::string_view what, const std::string& path, std::string_view also) {
         return std::string(what) + " \"" + path + "\" is also the " + std::string(also) +
                "; nothing was written, name another file";
@@ -95,8 +96,12 @@ std::optional<std::string> ClashingFiles(const ConversionSettings& settings)
         return clash("The target database", target, "protocol file");
     if (IsSameFile(target, mapping))
         return clash("The target database", target, "tag-mapping file");
-    if (IsSource(log, settings))
+    if (IsSource(log, settings) || IsSameFile(log, exported))
         return clash("The protocol file", log, "XML file");
+    if (IsSameFile(exported, target))
+        return clash("The XML file", exported, "database");
+    if (IsSameFile(exported, mapping))
+        return clash("The XML file", exported, "tag-mapping file");
     if (IsSameFile(log, mapping))
         return clash("The protocol file", log, "tag-mapping file");
     return std::nullopt;
@@ -105,7 +110,8 @@ std::optional<std::string> ClashingFiles(const ConversionSettings& settings)
 bool IsProtocolClashing(const ConversionSettings& settings)
 {
     const std::string& log = settings.protocolFile;
-    return IsSameFile(log, settings.targetFile) || IsSameFile(log, settings.mappingFile) || IsSource(log, settings);
+    return IsSameFile(log, settings.targetFile) || IsSameFile(log, settings.mappingFile) ||
+           IsSameFile(log, settings.xmlFile) || IsSource(log, settings);
 }
 
 Places StandardPlaces()

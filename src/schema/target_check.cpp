@@ -39,6 +39,11 @@ std::optional<std::string> UnfitTarget(const ConversionSettings& settings)
     return std::nullopt;
 }
 
+bool IsDatabase(std::string_view path)
+{
+    return jet::Connection::IsDatabase(PathFromUtf8(NativePath(path)));
+}
+
 bool IsTargetInUse(std::string_view path)
 {
     return jet::Connection::IsInUse(PathFromUtf8(NativePath(path)));

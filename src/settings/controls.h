@@ -34,7 +34,7 @@ struct Controls {
     Controls();
 
     TextControl txtFILE_XML, txtFILE_XML_RENAMED, txtXML_URL, txtXML_USER, txtXML_PASSWORD, txtTIMEOUT;
-    TextControl txtFILE_MDB, txtFILE_TXT, txtFILE_LOG, txtFILE_MAPPING, txtDELIMITER;
+    TextControl txtFILE_MDB, txtFILE_EXPORT, txtFILE_TXT, txtFILE_LOG, txtFILE_MAPPING, txtDELIMITER;
     ComboControl cboDatabase{{"Access 2000", "Access 97"}};
     int tabSourceType = 0; ///< 0 local file, 1 URL
     [[nodiscard]] bool FromUrl() const noexcept { return tabSourceType == 1; }
@@ -42,6 +42,7 @@ struct Controls {
 
     CheckControl chkRecreateDatabase, chkExtendMDB, chkEmptyTables;
     CheckControl chkImportAttributes, chkOneTablePerElement, chkSkipEmptyWrappingTags, chkCreateTableRelations;
+    CheckControl chkOverwrite; ///< for txtFILE_EXPORT
     CheckControl chkAPPEND, chkEXPORT_COLUMN_NAMES, chkQUOTED;
     CheckControl chkStrict, chkQuiet, chkDebug{.visible = false};
     CheckControl chkEnableTagMapping; ///< follows from whether a mapping file is named

@@ -20,6 +20,8 @@ struct ConversionSettings : RunFlags {
     std::string mappingFile;
     std::string targetFile;
     std::string databaseFormat; ///< "Access 2000" or "Access 97"
+    std::string xmlFile;        ///< for the way back: the database becomes XML
+    bool blOverwrite = false;   ///< it may be there already
     std::string textFolder;
     std::string protocolFile;
     bool blRecreateDatabase = false;

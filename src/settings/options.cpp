@@ -44,6 +44,11 @@ bool NamesUser(const Controls& controls)
     return !controls.txtXML_USER.text.empty();
 }
 
+bool WritesXml(const Controls& controls)
+{
+    return !controls.txtFILE_EXPORT.text.empty();
+}
+
 bool WritesText(const Controls& controls)
 {
     return !controls.txtFILE_TXT.text.empty();
@@ -70,6 +75,21 @@ constexpr Option kOptions[] = {
      .words = "mdb= m=",
      .value = "FILE",
      .help = "the database"},
+    {.group = OptionGroup::Target,
+     .control = &Controls::txtFILE_EXPORT,
+     .setting = &ConversionSettings::xmlFile,
+     .words = "export=",
+     .value = "FILE",
+     .help = "the way back: write the database that mdb= names, made with +complete, as this XML file; the database is "
+             "only read, and no source is named"},
+    {.group = OptionGroup::Target,
+     .control = &Controls::chkOverwrite,
+     .setting = &ConversionSettings::blOverwrite,
+     .words = "+overwrite overwrite",
+     .offWords = "-overwrite",
+     .enabledIf = WritesXml,
+     .help = "with export=: replace a file that is there",
+     .offHelp = "write nothing then"},
     {.group = OptionGroup::TextFiles,
      .control = &Controls::txtFILE_TXT,
      .setting = &ConversionSettings::textFolder,

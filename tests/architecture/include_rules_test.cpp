@@ -40,10 +40,11 @@ constexpr Part kParts[] = {
     {"plan", "platform host log settings mapping xml"},
     {"schema", "platform host log settings xml plan jet jet/base"},
     {"import", "platform host log settings xml plan schema"},
-    {"driver", "platform host log settings mapping xml plan schema import"},
-    {"app", "platform host log settings mapping xml plan schema import driver"},
-    {"console", "platform host log settings mapping xml plan schema import driver app"},
-    {"ui", "platform host log settings mapping xml plan schema import driver app"},
+    {"xml_export", "platform host log settings schema"},
+    {"driver", "platform host log settings mapping xml plan schema import xml_export"},
+    {"app", "platform host log settings mapping xml plan schema import xml_export driver"},
+    {"console", "platform host log settings mapping xml plan schema import xml_export driver app"},
+    {"ui", "platform host log settings mapping xml plan schema import xml_export driver app"},
 };
 
 /// Libraries from outside that only some parts know: a pattern for the header's name, and these parts.

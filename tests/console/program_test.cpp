@@ -1,5 +1,6 @@
 // The program as a user starts it.
 
+#include "schema/database_session.h"
 #include "support/process.h"
 #include "support/shared.h"
 
@@ -43,6 +44,14 @@ TEST_F(ProgramTest, SaysAtOnceWhyThereIsNothingToConvert)
         {{"+quiet", "mdb=new.mdb", "xml=none*"}, "No files to import"},
         {{"+quiet", "mdb=a.xml", "xml=./a.xml"}, "a.xml"},
         {{"+quiet", "mdb=new.mdb", "xml=a\"b.xml"}, "a\"b.xml"},
+        {{"mdb=new.mdb", "export=out.xml"}, "\"new.mdb\" does not exist"},
+        {{"mdb=a.xml", "export=out.xml"}, "no database"},
+        {{"export=out.xml"}, "needs the database"},
+        {{"mdb=new.mdb", "export=out.xml", "xml=a.xml"}, "no source can be named"},
+        {{"mdb=new.mdb", "export=out.xml", "url=http://a"}, "no source can be named"},
+        {{"mdb=new.mdb", "export=out.xml", "txt=."}, "no folder for text files"},
+        {{"mdb=a.xml", "export=./a.xml"}, "is also the database"},
+        {{"mdb=new.mdb", "export=a.xml", "log=a.xml"}, "is also the XML file"},
     };
     for (const Case& c : cases) {
         SCOPED_TRACE(c.output);
@@ -123,6 +132,37 @@ TEST_F(ProgramTest, AnInterruptEndsTheRunInGoodOrderAndASecondOneAtOnce)
             EXPECT_SOUND(folder / "out.mdb");
         }
     }
+}
+
+TEST_F(ProgramTest, WritesADatabaseAsXmlAtOnce)
+{
+    {
+        DatabaseSession session;
+        session.Create(folder / "in.mdb", jet::JetVersion::Jet4, jet::Existing::Refuse);
+        session.ExecuteSql("CREATE TABLE doc (PKEY Counter, a String)");
+        session.ExecuteSql("CREATE UNIQUE INDEX doc_PKEY ON doc (PKEY) WITH PRIMARY");
+        session.ExecuteSql("CREATE TABLE plain (a String)");
+        session.SetOrigins("doc", {TableOrigin{{{"//doc", {0}}}, {}},
+                                   {{"PKEY", {ColumnOrigin::Kind::Key}}, {"a", {ColumnOrigin::Kind::Child, "a"}}}});
+        Recordset records = session.OpenTable("doc");
+        records.AddNew();
+        records.SetText(1, "1");
+        records.Update();
+        session.Commit();
+    }
+    const std::string before = ReadFile(folder / "in.mdb");
+    const ProcessResult written = Run({"mdb=in.mdb", "export=out.xml", "+overwrit"});
+    EXPECT_EQ(written.status, 0) << written.output << written.errors;
+    EXPECT_TRUE(Contains(written.output, "Written: out.xml, 1 records\n")) << written.output;
+    const std::string xml = ReadFile(folder / "out.xml");
+    EXPECT_TRUE(Contains(xml, "<doc>\r\n  <a>1</a>\r\n</doc>")) << xml;
+
+    const ProcessResult again = Run({"mdb=in.mdb", "export=out.xml"});
+    EXPECT_EQ(again.status, 2);
+    EXPECT_TRUE(Contains(again.output, "\"out.xml\" is there already; +overwrite replaces it")) << again.output;
+    EXPECT_EQ(Run({"mdb=in.mdb", "export=out.xml", "+overwrite"}).status, 0);
+    EXPECT_EQ(Run({"mdb=in.mdb", "export=no/such/out.xml"}).status, 1);
+    EXPECT_TRUE(ReadFile(folder / "in.mdb") == before);
 }
 
 } // namespace
