@@ -74,6 +74,21 @@ TEST(Printable, KeepsTextAndDropsWhatSteersATerminal)
     EXPECT_EQ(Printable("\x1B]0;x\x07\r\x7F\xC2\x9B"), "?]0;x????");
 }
 
+/// A host whose person has typed `text`.
+struct Typist {
+    explicit Typist(const char* text)
+    {
+        std::fputs(text, input.get());
+        std::rewind(input.get());
+        host.TakeAnswersFrom(input.get());
+        ::testing::internal::CaptureStderr();
+    }
+    std::string Shown() { return ::testing::internal::GetCapturedStderr(); }
+
+    std::unique_ptr<std::FILE, int (*)(std::FILE*)> input{std::tmpfile(), &std::fclose};
+    ConsoleHost host;
+};
+
 TEST(ConsoleHost, AsksALineAndTakesTheEndOfTheInputForACancel)
 {
     struct Case {
@@ -93,35 +108,26 @@ TEST(ConsoleHost, AsksALineAndTakesTheEndOfTheInputForACancel)
     };
     for (const Case& c : cases) {
         SCOPED_TRACE(c.name);
-        const std::unique_ptr<std::FILE, int (*)(std::FILE*)> input(std::tmpfile(), &std::fclose);
-        std::fputs(c.typed, input.get());
-        std::rewind(input.get());
-        ConsoleHost host;
-        host.TakeAnswersFrom(input.get());
-        ::testing::internal::CaptureStderr();
-        EXPECT_EQ(host.Ask("Go\r\non?", "", c.buttons, Icon::Question, c.defaultAnswer), c.answer);
-        const std::string shown = ::testing::internal::GetCapturedStderr();
-        EXPECT_EQ(shown.find("Go\non?\n" + ButtonLine(c.buttons, c.defaultAnswer)), 0U) << shown;
+        Typist typist(c.typed);
+        EXPECT_EQ(typist.host.Ask("Go\r\non?", "", c.buttons, Icon::Question, c.defaultAnswer), c.answer);
+        EXPECT_TRUE(typist.Shown().starts_with("Go\non?\n" + ButtonLine(c.buttons, c.defaultAnswer)));
     }
     EXPECT_EQ(ButtonLine(Buttons::YesNoCancel, Answer::No), "[Y]es, [N]o or [C]ancel (Return: No)? ");
 }
 
 TEST(ConsoleHost, TakesALineForAnInputBoxAndAsksNobodyInAQuietRun)
 {
-    const std::unique_ptr<std::FILE, int (*)(std::FILE*)> input(std::tmpfile(), &std::fclose);
-    std::fputs("\\t\r\n\n", input.get());
-    std::rewind(input.get());
-    ConsoleHost host;
+    Typist typist("\\t\r\n\n");
+    EXPECT_EQ(typist.host.InputBox("Delimiter", "None"), "\\t");
+    EXPECT_EQ(typist.host.InputBox("Delimiter", "None"), "");
+    EXPECT_EQ(typist.host.InputBox("Delimiter", "None"), std::nullopt);
+    EXPECT_TRUE(typist.Shown().starts_with("None\nDelimiter: "));
+
+    ConsoleHost quiet;
     ::testing::internal::CaptureStderr();
-    EXPECT_EQ(host.InputBox("Delimiter", "None"), std::nullopt);
-    EXPECT_EQ(host.Ask("?", "", Buttons::RetryCancel, Icon::Question, Answer::Retry), Answer::Cancel);
+    EXPECT_EQ(quiet.InputBox("Delimiter", "None"), std::nullopt);
+    EXPECT_EQ(quiet.Ask("?", "", Buttons::RetryCancel, Icon::Question, Answer::Retry), Answer::Cancel);
     EXPECT_EQ(::testing::internal::GetCapturedStderr(), "velmora: ?\n");
-    host.TakeAnswersFrom(input.get());
-    ::testing::internal::CaptureStderr();
-    EXPECT_EQ(host.InputBox("Delimiter", "None"), "\\t");
-    EXPECT_EQ(host.InputBox("Delimiter", "None"), "");
-    EXPECT_EQ(host.InputBox("Delimiter", "None"), std::nullopt);
-    EXPECT_EQ(::testing::internal::GetCapturedStderr().find("None\nDelimiter: "), 0U);
 }
 
 TEST(Help, LaysOutEveryOptionWithinEightyColumns)

@@ -142,23 +142,6 @@ TEST(StructureAnalysis, NamesMadeByTheSuffixMayMeetNamesOfTheDocument)
     EXPECT_EQ(names({"i"}), "i");
 }
 
-TEST(StructureAnalysis, WritesItsProtocolAndStopsWhenCancelled)
-{
-    Analysis analysis;
-    int events = 0;
-    analysis.host.onEvents = [&] { ++events; };
-    analysis.Run("<a><b><c/></b><b><c/></b></a>");
-    EXPECT_EQ(events, 4); // one per run of siblings
-    EXPECT_EQ(analysis.host.lines, std::vector<std::string>{"Analyse XML"});
-    EXPECT_EQ(analysis.host.maximum[ProgressBarId::Records], 4);
-
-    EXPECT_EQ(analysis.Run(""), "records 0\n");
-    EXPECT_EQ(analysis.host.maximum[ProgressBarId::Records], 1);
-
-    analysis.host.onEvents = [&] { analysis.job.settings.blAbort = true; };
-    EXPECT_EQ(analysis.Run("<a><b/></a>"), "records 1\n"); // before the document element was registered
-}
-
 TEST(StructureReport, ShowsOneLinePerElementBelowItsHeading)
 {
     testing::ScriptedHost host;

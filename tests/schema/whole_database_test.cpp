@@ -112,20 +112,14 @@ TEST_F(WholeDatabase, ALockedTableEndsTheRunWhenNobodyWantsToWait)
         const char* locked;
         bool quiet;
         const char* lastLine;
-        std::vector<std::string> left;
+        const char* left; ///< each followed by a blank
     };
     const Case cases[] = {
-        {"the user gives up a relation",
-         "parent",
-         false,
-         "Error: Drop constraint [child_LINK] failed. Table [parent] is locked. No retry.",
-         {"child", "parent", "wide"}},
-        {"the user gives up a table",
-         "wide",
-         false,
-         "Error: Drop table [wide] failed. Table is locked. No retry.",
-         {"wide"}},
-        {"nobody is asked", "wide", true, "Error: velDropTablesAll: Drop all tables", {"wide"}},
+        {"the user gives up a relation", "parent", false,
+         "Error: Drop constraint [child_LINK] failed. Table [parent] is locked. No retry.", "child parent wide "},
+        {"the user gives up a table", "wide", false, "Error: Drop table [wide] failed. Table is locked. No retry.",
+         "wide "},
+        {"nobody is asked", "wide", true, "Error: velDropTablesAll: Drop all tables", "wide "},
     };
     session.ExecuteSql("CREATE TABLE [wide] ([x] Long);");
     for (const Case& c : cases) {
@@ -138,7 +132,10 @@ TEST_F(WholeDatabase, ALockedTableEndsTheRunWhenNobodyWantsToWait)
         EXPECT_EQ(host.lines.back(), c.lastLine);
         EXPECT_EQ(host.messages.size(), c.quiet ? 0u : 1u);
         EXPECT_EQ(host.errors.size(), c.quiet ? 1u : 0u);
-        EXPECT_EQ(session.UserTables(), c.left);
+        std::string left;
+        for (const std::string& table : session.UserTables())
+            left += table + " ";
+        EXPECT_EQ(left, c.left);
         open.Close();
     }
     session.Commit();

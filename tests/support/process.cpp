@@ -53,11 +53,6 @@ std::string TextOf(const Output& output)
     ::_exit(127);
 }
 
-double Seconds(const timeval& time)
-{
-    return static_cast<double>(time.tv_sec) + static_cast<double>(time.tv_usec) / 1e6;
-}
-
 } // namespace
 
 ProcessResult RunProcess(const std::vector<std::string>& arguments,
@@ -81,7 +76,6 @@ ProcessResult RunProcess(const std::vector<std::string>& arguments,
     result.output = TextOf(output);
     result.errors = TextOf(errors);
     result.peakKilobytes = used.ru_maxrss;
-    result.cpuSeconds = Seconds(used.ru_utime) + Seconds(used.ru_stime);
     return result;
 }
 

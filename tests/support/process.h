@@ -12,8 +12,7 @@ struct ProcessResult {
     int status = -1;    ///< exit status; 128 + the signal's number when a signal ended it; 127 when it did not start
     std::string output; ///< everything written to standard output
     std::string errors; ///< everything written to standard error
-    long peakKilobytes = 0;  ///< largest resident memory, of its own children too
-    double cpuSeconds = 0.0; ///< user and system time, of its own children too
+    long peakKilobytes = 0; ///< largest resident memory, of its own children too
 };
 
 /// Runs `arguments[0]` (looked for on PATH when it holds no slash) without a shell and without standard input, and

@@ -3,7 +3,6 @@
 #include "jet/support.h"
 
 #include <gtest/gtest.h>
-#include <random>
 
 namespace jet::testing {
 
@@ -68,33 +67,6 @@ TEST(TextCodec, ReadsEveryStoredForm)
     for (const Case& c : cases) {
         SCOPED_TRACE(c.name);
         EXPECT_EQ(DecodeText(FromHex(c.bytes), FormatOf(c.version)), c.utf8);
-    }
-}
-
-TEST(TextCodec, AnyUnitsComeBackAsTheyWere)
-{
-    const unsigned seed = std::random_device{}();
-    SCOPED_TRACE(seed);
-    std::mt19937 random(seed);
-    for (int round = 0; round < 2000; ++round) {
-        Bytes stored;
-        const std::uint32_t range = round % 3 == 0 ? 0x80 : round % 3 == 1 ? 0x100 : 0x10000;
-        for (std::size_t i = random() % 40; i > 0; --i) {
-            stored.push_back(0);
-            stored.push_back(0);
-            // From 1 on, so that no text begins with the mark of the compressed form.
-            StoreU16(stored, stored.size() - 2, static_cast<std::uint16_t>(1 + random() % (range - 1)));
-        }
-        if (stored.size() >= 2 && LoadU16(stored, 0) == 0xFEFF)
-            continue;
-        const std::string utf8 = DecodeText(stored, FormatOf(JetVersion::Jet4));
-        EXPECT_EQ(Utf16Length(utf8), stored.size() / 2);
-        for (const bool compress : {false, true}) {
-            Bytes again;
-            AppendText(again, FormatOf(JetVersion::Jet4), utf8, compress);
-            EXPECT_EQ(Hex(ExpandUtf16(again)), Hex(stored));
-            EXPECT_EQ(DecodeText(again, FormatOf(JetVersion::Jet4)), utf8);
-        }
     }
 }
 

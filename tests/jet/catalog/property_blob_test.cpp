@@ -7,7 +7,6 @@
 namespace jet {
 namespace {
 
-using testing::FromHex;
 using testing::Hex;
 
 // What the engine of Access writes for NOT NULL of a column PKEY.
@@ -26,28 +25,6 @@ TEST(PropertyBlob, NotNullIsWrittenAsAccessWritesIt)
         blob.SetBoolean("PKEY", kRequiredProperty, true);
         EXPECT_EQ(Hex(blob.Serialize()), expected);
     }
-}
-
-TEST(PropertyBlob, KeepsWhatItDoesNotTouch)
-{
-    const Format& format = FormatOf(JetVersion::Jet4);
-    PropertyBlob blob(format, FromHex(kJet4Required));
-    EXPECT_TRUE(blob.FindBoolean("PKEY", kRequiredProperty));
-    EXPECT_FALSE(blob.FindBoolean("FKEY", kRequiredProperty));
-    EXPECT_FALSE(blob.Find("PKEY", "DefaultValue"));
-
-    blob.SetBoolean("b", kRequiredProperty, true);
-    blob.SetBoolean("b", "AllowZeroLength", false);
-    PropertyBlob again(format, blob.Serialize());
-    EXPECT_TRUE(again.FindBoolean("PKEY", kRequiredProperty));
-    EXPECT_TRUE(again.FindBoolean("b", kRequiredProperty));
-    EXPECT_FALSE(again.FindBoolean("b", "AllowZeroLength"));
-
-    EXPECT_TRUE(again.RemoveColumn("b"));
-    EXPECT_FALSE(again.RemoveColumn("b"));
-    EXPECT_TRUE(again.FindBoolean("PKEY", kRequiredProperty));
-    EXPECT_TRUE(again.RemoveColumn("PKEY"));
-    EXPECT_TRUE(again.IsEmpty());
 }
 
 } // namespace

@@ -35,31 +35,33 @@ public:
 
     void Step()
     {
-        struct Choice {
-            unsigned weight;
-            void (RandomRun::*step)();
-        };
-        static constexpr Choice kChoices[] = {
-            {3, &RandomRun::MakeTable},    {1, &RandomRun::DropTable},    {3, &RandomRun::AddColumn},
-            {2, &RandomRun::DropColumn},   {1, &RandomRun::CopyColumn},   {2, &RandomRun::MakeIndex},
-            {1, &RandomRun::WidenColumn},  {1, &RandomRun::DropIndex},    {3, &RandomRun::Relate},
-            {1, &RandomRun::DropRelation}, {8, &RandomRun::AddRows},      {1, &RandomRun::Empty},
-            {4, &RandomRun::DeleteOne},    {8, &RandomRun::ChangeOne},    {4, &RandomRun::ChangeOneKey},
-            {2, &RandomRun::Commit},       {1, &RandomRun::FailToCommit}, {1, &RandomRun::RollBack},
-            {2, &RandomRun::Crash},
-        };
-        static const unsigned total = [] {
-            unsigned sum = 0;
-            for (const Choice& choice : kChoices)
-                sum += choice.weight;
-            return sum;
+        using Action = void (RandomRun::*)();
+        static const std::vector<Action> actions = [] {
+            std::vector<Action> all;
+            for (const auto& [weight, action] :
+                 std::initializer_list<std::pair<std::size_t, Action>>{{3, &RandomRun::MakeTable},
+                                                                       {1, &RandomRun::DropTable},
+                                                                       {3, &RandomRun::AddColumn},
+                                                                       {2, &RandomRun::DropColumn},
+                                                                       {1, &RandomRun::CopyColumn},
+                                                                       {2, &RandomRun::MakeIndex},
+                                                                       {1, &RandomRun::WidenColumn},
+                                                                       {1, &RandomRun::DropIndex},
+                                                                       {3, &RandomRun::Relate},
+                                                                       {1, &RandomRun::DropRelation},
+                                                                       {8, &RandomRun::AddRows},
+                                                                       {1, &RandomRun::Empty},
+                                                                       {4, &RandomRun::DeleteOne},
+                                                                       {8, &RandomRun::ChangeOne},
+                                                                       {4, &RandomRun::ChangeOneKey},
+                                                                       {2, &RandomRun::Commit},
+                                                                       {1, &RandomRun::FailToCommit},
+                                                                       {1, &RandomRun::RollBack},
+                                                                       {2, &RandomRun::Crash}})
+                all.insert(all.end(), weight, action);
+            return all;
         }();
-        std::size_t at = Below(total);
-        for (const Choice& choice : kChoices) {
-            if (at < choice.weight)
-                return (this->*choice.step)();
-            at -= choice.weight;
-        }
+        (this->*actions[Below(actions.size())])();
     }
 
     void Compare() { ASSERT_EQ(Difference(model_), ""); }

@@ -77,25 +77,4 @@ TEST(LongValues, FormFollowsTheLength)
     }
 }
 
-TEST(LongValues, ChainsLookLikeAccessesOwn)
-{
-    for (const JetVersion version : kVersions) {
-        Column column(version);
-        const Bytes field = column.Write(Pattern(10'000));
-        const RowId first = RowId::FromPointer(LoadU32(field, 4));
-        const PageRef page = column.pager->Read(first.page, PageType::Data);
-        const DataPage view(page.Bytes(), first.page, column.pager->GetFormat());
-        const bool jet4 = version == JetVersion::Jet4;
-        EXPECT_EQ(view.Owner(), kLongValueOwner);
-        EXPECT_EQ(view.Row(0).size(), jet4 ? 4076u : 2036u);
-        EXPECT_EQ(RowId::FromPointer(LoadU32(view.Row(0), 0)).slot, 0);
-        if (jet4) {
-            EXPECT_NE(LoadU32(field, 8), 0u);
-            EXPECT_EQ(LoadU32(page.Bytes(), 8), LoadU32(field, 8));
-        } else {
-            EXPECT_EQ(LoadU32(field, 8), 0u);
-        }
-    }
-}
-
 } // namespace jet::testing

@@ -1,6 +1,6 @@
 #include "platform/file_listing.h"
-
 #include "platform/paths.h"
+#include "platform/utf8.h"
 #include "support/shared.h"
 
 #include <gtest/gtest.h>
@@ -69,6 +69,54 @@ TEST(FileListing, GivesOrdinaryFilesInBytewiseOrder)
     EXPECT_EQ(names("/folder.xml"), "");
     EXPECT_EQ(names("/none*"), "");
     EXPECT_EQ(names("/nowhere/*"), "");
+}
+
+TEST(Paths, OneFileIsRecognisedUnderItsOtherNames)
+{
+    const testing::TempFolder folder;
+    const std::string base = folder.Path().string();
+    testing::WriteFile(folder / "a", "");
+    testing::WriteFile(folder / "b", "");
+    fs::create_hard_link(folder / "a", folder / "hard");
+    fs::create_symlink("a", folder / "soft");
+    fs::create_directory(folder / "sub");
+    fs::create_directory_symlink("sub", folder / "other");
+
+    struct Case {
+        const char* name;
+        std::string first, second;
+        bool same;
+    };
+    const Case cases[] = {
+        {"equal", "/a", "/a", true},
+        {"different files", "/a", "/b", false},
+        {"hard link", "/a", "/hard", true},
+        {"symbolic link", "/soft", "/a", true},
+        {"through the parent", "/sub/../a", "/a", true},
+        {"not there yet", "/sub/new", "/sub/./new", true},
+        {"not there yet, through a linked folder", "/other/new", "/sub/new", true},
+        {"not there yet, other separator", "\\sub\\new", "/sub/new", true},
+        {"not there, different", "/sub/new", "/sub/newer", false},
+    };
+    for (const Case& c : cases) {
+        SCOPED_TRACE(c.name);
+        EXPECT_EQ(IsSameFile(base + c.first, base + c.second), c.same);
+        EXPECT_EQ(IsSameFile(base + c.second, base + c.first), c.same);
+    }
+    EXPECT_FALSE(IsSameFile("", ""));
+    EXPECT_TRUE(IsSameFile("new", fs::current_path().string() + "/new"));
+}
+
+TEST(Utf8, IsCutBetweenCharacters)
+{
+    const std::string text = "a\xC3\xA4\xE2\x82\xAC\xF0\x9F\x98\x80"; // 1, 2, 3 and 4 bytes
+    const std::size_t expected[] = {0, 1, 1, 3, 3, 3, 6, 6, 6, 6, 10, 10};
+    for (std::size_t limit = 0; limit < std::size(expected); ++limit)
+        EXPECT_EQ(CutUtf8(text, limit).size(), expected[limit]) << limit;
+    EXPECT_EQ(CountCharacters(text), 4U);
+    EXPECT_EQ(CutUtf8("\x80\x80\x80", 2), "") << "stray continuation bytes are no character";
+    EXPECT_EQ(WithoutByteOrderMark("\xEF\xBB\xBFx"), "x");
+    EXPECT_EQ(WithoutByteOrderMark("\xEF\xBB"), "\xEF\xBB");
 }
 
 } // namespace

@@ -7,8 +7,59 @@ using testing::Database;
 using testing::ErrorOf;
 using testing::kVersions;
 
+constexpr std::string_view kLink =
+    "ALTER TABLE [child] ADD CONSTRAINT [child_LINK] FOREIGN KEY ([FKEY]) REFERENCES [parent] "
+    "([PKEY]) ON UPDATE CASCADE ON DELETE CASCADE;";
+
+void MakeTables(Database& database)
+{
+    for (const std::string table : {"parent", "child"}) {
+        database.Execute("CREATE TABLE [" + table + "] ([PKEY] Counter NOT NULL, [FKEY] Long, [name] String);");
+        database.Execute("CREATE UNIQUE INDEX [" + table + "_PKEY] ON [" + table + "] ([PKEY]) WITH PRIMARY;");
+    }
+}
+
+TEST(Relation, IsInTheCatalogAndInBothTables)
+{
+    for (const JetVersion version : kVersions) {
+        for (const bool indexFirst : {true, false}) {
+            SCOPED_TRACE(indexFirst ? "shared index" : "index of its own");
+            Database database(version);
+            MakeTables(database);
+            if (indexFirst)
+                database.Execute("CREATE INDEX [child_FKEY] ON [child] ([FKEY]);");
+            const std::string before = database.Schema(SchemaKind::Indexes, {}, {"TABLE_NAME", "INDEX_NAME"});
+            database.Execute(kLink);
+            database.Keep();
+
+            EXPECT_EQ(database.Schema(SchemaKind::ForeignKeys, {},
+                                      {"FK_TABLE_NAME", "FK_COLUMN_NAME", "PK_TABLE_NAME", "PK_COLUMN_NAME", "PK_NAME",
+                                       "FK_NAME", "UPDATE_RULE", "DELETE_RULE"}),
+                      "child|FKEY|parent|PKEY|parent_PKEY|child_LINK|CASCADE|CASCADE\n");
+            EXPECT_EQ(database.Schema(SchemaKind::TableConstraints, {"", "", "", "", "", "child", "FOREIGN KEY"},
+                                      {"CONSTRAINT_NAME"}),
+                      "child_LINK\n");
+            EXPECT_EQ(database.Schema(SchemaKind::Indexes, {"", "", "child_LINK"}, {"TABLE_NAME", "COLUMN_NAME"}),
+                      "child|FKEY\n");
+
+            database.Reopen();
+            EXPECT_EQ(database.Schema(SchemaKind::ReferentialConstraints, {"", "", "CHILD_link"}, {"CONSTRAINT_NAME"}),
+                      "child_LINK\n");
+            database.Execute("ALTER TABLE [child] DROP CONSTRAINT [child_LINK]");
+            EXPECT_EQ(database.Schema(SchemaKind::Indexes, {}, {"TABLE_NAME", "INDEX_NAME"}), before);
+            EXPECT_EQ(database.Schema(SchemaKind::ForeignKeys, {}, {"FK_NAME"}), "");
+            database.Execute(kLink);
+            database.Execute("DROP TABLE [child]"); // which takes its relation with it
+            EXPECT_EQ(database.Schema(SchemaKind::ForeignKeys, {}, {"FK_NAME"}), "");
+            database.Keep();
+            database.Execute("DROP TABLE [parent]");
+            EXPECT_TRUE(database.AllSound());
+        }
+    }
+}
+
 /// A table whose records carry an `id`, which is its key, and a `ref` to the id of the table `to`.
-void MakeTable(Database& database, const std::string& name, const std::string& to, const std::string& rules)
+void MakeTableWithId(Database& database, const std::string& name, const std::string& to, const std::string& rules)
 {
     if (!database.Schema(SchemaKind::Tables, {"", "", name}, {"TABLE_NAME"}).size()) {
         database.Execute("CREATE TABLE [" + name + "] (id Long, ref Long, aim Long)");
@@ -25,8 +76,8 @@ TEST(Integrity, ARowNeedsTheRowItRefersTo)
 {
     for (const JetVersion version : kVersions) {
         Database database(version);
-        MakeTable(database, "a", "", "");
-        MakeTable(database, "b", "a", kBoth);
+        MakeTableWithId(database, "a", "", "");
+        MakeTableWithId(database, "b", "a", kBoth);
         database.Add("a", {{"id", "1"}});
         EXPECT_EQ(ErrorOf([&] { database.Add("b", {{"id", "1"}, {"ref", "1"}}); }), std::nullopt);
         EXPECT_EQ(ErrorOf([&] { database.Add("b", {{"id", "2"}, {"ref", "2"}}); }), ErrorNumber::RelatedRecordRequired);
@@ -44,8 +95,8 @@ TEST(Integrity, ARowNeedsTheRowItRefersTo)
 TEST(Integrity, AKeyGivenToAPendingRecordCountsAsPresent)
 {
     Database database(JetVersion::Jet4);
-    MakeTable(database, "a", "", "");
-    MakeTable(database, "b", "a", kBoth);
+    MakeTableWithId(database, "a", "", "");
+    MakeTableWithId(database, "b", "a", kBoth);
     Recordset parent = database.Open("a");
     parent.AddNew();
     EXPECT_EQ(ErrorOf([&] { database.Add("b", {{"id", "1"}, {"ref", "7"}}); }), ErrorNumber::RelatedRecordRequired);
@@ -64,11 +115,11 @@ TEST(Integrity, ADeleteCascadesThroughAnyDepthAndRoundCycles)
     for (const JetVersion version : kVersions) {
         Database database(version);
         // a <- b <- c <- a, and a chain within one table.
-        MakeTable(database, "a", "", "");
-        MakeTable(database, "b", "a", kBoth);
-        MakeTable(database, "c", "b", kBoth);
-        MakeTable(database, "a", "c", kBoth);
-        MakeTable(database, "chain", "chain", kBoth);
+        MakeTableWithId(database, "a", "", "");
+        MakeTableWithId(database, "b", "a", kBoth);
+        MakeTableWithId(database, "c", "b", kBoth);
+        MakeTableWithId(database, "a", "c", kBoth);
+        MakeTableWithId(database, "chain", "chain", kBoth);
         database.Add("a", {{"id", "1"}});
         database.Add("b", {{"id", "2"}, {"ref", "1"}});
         database.Add("c", {{"id", "3"}, {"ref", "2"}});
@@ -99,9 +150,9 @@ TEST(Integrity, ADeleteCascadesThroughAnyDepthAndRoundCycles)
 TEST(Integrity, AnUpdateCascadesOrIsRefused)
 {
     Database database(JetVersion::Jet4);
-    MakeTable(database, "a", "a", "ON UPDATE CASCADE");
-    MakeTable(database, "b", "a", kBoth);
-    MakeTable(database, "strict", "b", "");
+    MakeTableWithId(database, "a", "a", "ON UPDATE CASCADE");
+    MakeTableWithId(database, "b", "a", kBoth);
+    MakeTableWithId(database, "strict", "b", "");
     database.Add("a", {{"id", "1"}, {"ref", "1"}, {"aim", "11"}});
     database.Add("a", {{"id", "2"}, {"ref", "1"}, {"aim", "12"}});
     database.Add("b", {{"id", "1"}, {"ref", "1"}, {"aim", "2"}});
