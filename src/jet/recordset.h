@@ -98,8 +98,6 @@ public:
 
     // Walking. What has not been saved is dropped.
 
-    /// Records of the table, as its definition counts them.
-    [[nodiscard]] std::size_t RecordCount() const noexcept;
     [[nodiscard]] bool Eof();
     void MoveFirst();
     void MoveNext();

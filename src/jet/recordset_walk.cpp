@@ -7,11 +7,6 @@
 // Walking through a table, as it is stored or in the order of an index.
 namespace jet {
 
-std::size_t Recordset::RecordCount() const noexcept
-{
-    return table_ ? table_->Definition().rowCount : 0;
-}
-
 bool Recordset::Eof()
 {
     Follow();

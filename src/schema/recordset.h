@@ -56,7 +56,7 @@ public:
 
     // Walking through records that are there, see jet::Recordset.
 
-    [[nodiscard]] std::size_t RecordCount() const noexcept { return records_->RecordCount(); }
+    [[nodiscard]] std::uint64_t RecordCount() const { return records_->RecordCount(); }
     void MoveFirst();
     void MoveNext();
     [[nodiscard]] bool WalkBy(std::size_t field);
