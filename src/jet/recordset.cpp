@@ -265,8 +265,10 @@ void Recordset::AppendEncoded(Bytes& out, const Column& column, std::string_view
     if (mayBeLong && format.version == JetVersion::Jet4 && Utf16Length(utf8) > column.size / format.textUnitSize)
         throw Error(ErrorNumber::FieldTooSmall);
     const ValueType type = column.GetValueType();
+    // As a short memo stands in the row, so that it is copied there as it is; a long one is never compressed.
+    const bool isShortMemo = column.type == ColumnType::Memo && 2 * utf8.size() <= format.maxInlineLong;
     const std::size_t begin = out.size();
-    const std::size_t replaced = AppendText(out, format, utf8, type.compressed);
+    const std::size_t replaced = AppendText(out, format, utf8, type.compressed || isShortMemo);
     if (mayBeLong && format.version == JetVersion::Jet3 && out.size() - begin > column.size)
         throw Error(ErrorNumber::FieldTooSmall);
     if (type.filled)

@@ -91,7 +91,10 @@ public:
 
 private:
     [[nodiscard]] MutableBytes Bytes() { return editor_.RowBytes(id_.slot); }
-    [[nodiscard]] MapRecord Record() { return {Bytes(), id_.page, pager_.GetFormat(), kName}; }
+    [[nodiscard]] MapRecord Record() const
+    {
+        return {editor_.View().Row(id_.slot), id_.page, pager_.GetFormat(), kName};
+    }
 
     bool GrowTo(PageNumber page)
     {
