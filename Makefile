@@ -5,14 +5,15 @@ JOBS ?= $(shell nproc 2>/dev/null || echo 2)
 PROGRAM := build/velmora
 
 FUZZ_SECONDS ?= 20
+PREFIX ?= /usr/local
 CLANG := clang libclang-rt-dev llvm
 SOURCES = find src tests fuzz bench tools -name '*.cpp' -o -name '*.h'
 
 # The window and its tests.
-WINDOW := qt6-base-dev qt6-svg-dev
+WINDOW := qt6-base-dev qt6-svg-dev qt6-l10n-tools qt6-tools-dev xvfb xdotool
 WITH_WINDOW := -DVELMORA_WINDOW=ON
 
-.PHONY: all setup build run window test test-sanitize tidy format reformat fuzz bench check-large clean
+.PHONY: all setup build run window screenshots install test test-sanitize tidy format reformat fuzz bench check-large clean
 
 all: build
 
@@ -37,6 +38,20 @@ window:
 	@cmake --build --preset release --parallel $(JOBS) --target velmora velmora-gui
 	@cp build/release/velmora $(PROGRAM) && cp build/release/velmora-gui $(PROGRAM)-gui
 	@$(PROGRAM)-gui
+
+# Pictures of every page and of a diagram into build/screenshots: light and dark, at 100 and 200 percent, also in German.
+screenshots:
+	@tools/setup.sh $(WINDOW) fonts-dejavu-core
+	@cmake --preset release --log-level=WARNING $(WITH_WINDOW)
+	@cmake --build --preset release --parallel $(JOBS) --target velmora_screenshots
+	@tools/screenshots/take.sh build/release/tools/velmora_screenshots examples/orders.xml build/screenshots
+
+# Both programs, icon, desktop file and manual, below PREFIX (/usr/local).
+install:
+	@tools/setup.sh $(WINDOW)
+	@cmake --preset release --log-level=WARNING $(WITH_WINDOW)
+	@cmake --build --preset release --parallel $(JOBS) --target velmora velmora-gui
+	@cmake --install build/release --prefix $(PREFIX)
 
 # Builds everything, the window too, and runs every test.
 test: build

@@ -42,7 +42,9 @@ AboutPage::AboutPage(QWidget* parent) : QWidget(parent)
     text->setWordWrap(true);
     text->setAlignment(Qt::AlignHCenter);
     text->setTextInteractionFlags(Qt::TextSelectableByMouse);
-    text->setMaximumWidth(fontMetrics().averageCharWidth() * 70);
+    const int width = fontMetrics().averageCharWidth() * 70;
+    text->setFixedWidth(width);
+    text->setMinimumHeight(text->heightForWidth(width)); // which a layout that centres it does not ask for
     column->addWidget(text, 0, Qt::AlignHCenter);
     column->addStretch(2);
 }

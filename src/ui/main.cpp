@@ -3,6 +3,7 @@
 #include "log/passwords.h"
 #include "settings/command_line.h"
 #include "ui/main_window.h"
+#include "ui/resources.h"
 
 #include <QApplication>
 #include <QMessageBox>
@@ -31,6 +32,7 @@ int main(int argc, char* argv[])
     QApplication::setApplicationName("velmora");
     QApplication::setApplicationVersion(QString::fromUtf8(Version().data(), static_cast<qsizetype>(Version().size())));
     QApplication::setDesktopFileName("velmora");
+    InstallResources(qt);
 
     MainWindow window;
     try {

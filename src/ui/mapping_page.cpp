@@ -56,7 +56,7 @@ void MappingPage::MakeWidgets(ControlsForm& form)
     enable_->setObjectName("chkEnableTagMapping");
     enable_->setToolTip(tr("Use the names below in place of the tags of the document"));
     enable_->setAccessibleName(PlainLabel(enable_->text()));
-    grid->addWidget(enable_, 0, 0, 1, 3);
+    grid->addWidget(enable_, 0, 0, 1, 4);
 
     const auto button = [](const char* name, const QString& text, const QString& explanation) {
         auto* made = new QPushButton(text);
@@ -78,8 +78,8 @@ void MappingPage::MakeWidgets(ControlsForm& form)
     list_->setObjectName("lstMAPPING");
     list_->setAccessibleName(tr("Mappings"));
     list_->setToolTip(tr("The names in place of tags: Insert adds one, Delete removes it"));
-    grid->addWidget(save, 2, 2);
-    grid->addWidget(list_, 3, 0, 1, 3);
+    grid->addWidget(save, 1, 3);
+    grid->addWidget(list_, 3, 0, 1, 4);
     grid->setRowStretch(3, 1);
 
     const auto edit = [&](int row, const char* name, const QString& text, const QString& explanation) {
@@ -90,13 +90,13 @@ void MappingPage::MakeWidgets(ControlsForm& form)
         auto* label = new QLabel(text);
         label->setBuddy(made);
         grid->addWidget(label, row, 0);
-        grid->addWidget(made, row, 1);
+        grid->addWidget(made, row, 1, 1, 2);
         return made;
     };
     tag_ = edit(4, "txtTAG", tr("XML &tag"), tr("The tag as it stands in the document, without its namespace prefix"));
     name_ = edit(5, "txtCOLUMN", tr("Table or column &name"), tr("The name in place of the tag"));
     remove_ = button("btnREMOVE_PAIR", tr("&Remove"), tr("Remove the selected name"));
-    grid->addWidget(remove_, 5, 2);
+    grid->addWidget(remove_, 5, 3);
 
     knownTags_ = new QStringListModel(this);
     auto* completer = new QCompleter(knownTags_, this);

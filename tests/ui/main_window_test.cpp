@@ -11,6 +11,7 @@
 #include <QPlainTextEdit>
 #include <QRegularExpression>
 #include <QTabWidget>
+#include <QTranslator>
 
 #include <map>
 
@@ -97,11 +98,12 @@ TEST_F(WindowTest, EnablesWhatHasAnEffect)
 }
 
 /// What can be reached with the keyboard has a name and an explanation, and no Alt letter stands twice on a page.
-TEST_F(WindowTest, CanBeUsedWithTheKeyboardAloneAndReadAloud)
+void ExpectNamesAndLetters(MainWindow& window)
 {
-    Click("btnMore");
-    for (int page = 0; page < Get<QTabWidget>("tabMain").count(); ++page) {
-        TurnToPage(page);
+    window.findChild<QAbstractButton*>("btnMore")->click();
+    auto& tabs = *window.findChild<QTabWidget*>("tabMain");
+    for (int page = 0; page < tabs.count(); ++page) {
+        tabs.setCurrentIndex(page);
         std::map<QChar, std::string> letters;
         for (QWidget* widget : window.findChildren<QWidget*>()) {
             if (!widget->isVisible())
@@ -127,6 +129,11 @@ TEST_F(WindowTest, CanBeUsedWithTheKeyboardAloneAndReadAloud)
             letters[letter] = text.toStdString();
         }
     }
+}
+
+TEST_F(WindowTest, CanBeUsedWithTheKeyboardAloneAndReadAloud)
+{
+    ExpectNamesAndLetters(window);
     window.activateWindow();
     ASSERT_TRUE(QTest::qWaitForWindowActive(&window));
     QTest::keyClick(&window, Qt::Key_2, Qt::ControlModifier);
@@ -147,6 +154,22 @@ TEST_F(WindowTest, ShowsTheConsoleProgramsCommandLineAndHidesThePassword)
     EXPECT_EQ(QGuiApplication::clipboard()->text().toStdString(), shown());
     Type("txtFILE_XML", "b.xml");
     EXPECT_NE(shown().find("xml=\"b.xml\""), std::string::npos) << "it follows the window";
+}
+
+TEST(Translation, GermanIsWholeAndHasItsOwnLetters)
+{
+    QTranslator german;
+    ASSERT_TRUE(german.load(":/translations/velmora_de.qm"));
+    QCoreApplication::installTranslator(&german);
+    {
+        MainWindow window;
+        window.Form_Load("");
+        window.show();
+        EXPECT_EQ(window.findChild<QTabWidget*>("tabMain")->tabText(0), "Konverter");
+        EXPECT_EQ(window.findChild<QAbstractButton*>("btnConvert")->text(), "&Konvertieren");
+        ExpectNamesAndLetters(window);
+    }
+    QCoreApplication::removeTranslator(&german);
 }
 
 } // namespace

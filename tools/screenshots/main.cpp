@@ -5,6 +5,7 @@
 #include "ui/browser/browser_window.h"
 #include "ui/browser/diagram.h"
 #include "ui/main_window.h"
+#include "ui/resources.h"
 
 #include <QApplication>
 #include <QDir>
@@ -20,10 +21,22 @@ namespace {
 
 using namespace velmora;
 
+/// As dark themes have it; what is disabled is told apart in fields too.
 QPalette DarkPalette()
 {
-    QPalette palette(QColor(53, 53, 53), QColor(35, 35, 35));
-    palette.setColor(QPalette::Base, QColor(35, 35, 35));
+    const QColor window(48, 48, 48), base(34, 34, 34), text(225, 225, 225), dim(125, 125, 125);
+    QPalette palette(window);
+    for (const auto role : {QPalette::WindowText, QPalette::Text, QPalette::ButtonText, QPalette::ToolTipText}) {
+        palette.setColor(role, text);
+        palette.setColor(QPalette::Disabled, role, dim);
+    }
+    palette.setColor(QPalette::Base, base);
+    palette.setColor(QPalette::Disabled, QPalette::Base, window);
+    palette.setColor(QPalette::AlternateBase, window.lighter(130));
+    palette.setColor(QPalette::ToolTipBase, base);
+    palette.setColor(QPalette::PlaceholderText, QColor(150, 150, 150));
+    palette.setColor(QPalette::Link, QColor(110, 170, 240));
+    palette.setColor(QPalette::Highlight, QColor(45, 105, 170));
     return palette;
 }
 
@@ -49,6 +62,7 @@ int main(int argc, char* argv[])
 {
     QApplication application(argc, argv);
     QApplication::setApplicationName("velmora");
+    InstallResources(application);
     QApplication::setStyle(QStyleFactory::create("Fusion"));
     const QStringList arguments = QApplication::arguments();
     if (arguments.size() < 4)
