@@ -1,7 +1,5 @@
 #include "import/loss_report.h"
 
-#include "import/value_sample.h"
-
 #include <algorithm>
 #include <string>
 #include <string_view>
@@ -20,6 +18,20 @@ std::string_view FirstValue(const Document& document, const ValueAccount::Group&
         if (document.AttributeName(group.first, index) == group.attribute)
             return document.AttributeValue(group.first, index);
     return {};
+}
+
+constexpr std::size_t kMaxCharacters = 40;
+constexpr std::string_view kCutMark = "...";
+
+/// The beginning of `text` with at most `limit` characters.
+std::string_view FirstCharacters(std::string_view text, std::size_t limit)
+{
+    std::size_t bytes = 0;
+    for (std::size_t characters = 0; characters < limit && bytes < text.size(); ++characters)
+        do
+            ++bytes;
+        while (bytes < text.size() && (static_cast<unsigned char>(text[bytes]) & 0xC0) == 0x80);
+    return text.substr(0, bytes);
 }
 
 } // namespace
@@ -78,6 +90,18 @@ void ReportLoss(Job& job, const Document& document, const MappingPlan& plan, con
     if (told < loss.groups.size())
         job.log.ProtocolAppend("  and " + std::to_string(untold) + " more in " +
                                std::to_string(loss.groups.size() - told) + " further groups");
+}
+
+std::string QuotedSample(std::string_view value)
+{
+    std::string sample = "\"";
+    if (FirstCharacters(value, kMaxCharacters).size() == value.size())
+        sample.append(value);
+    else
+        sample.append(FirstCharacters(value, kMaxCharacters - kCutMark.size())).append(kCutMark);
+    std::replace_if(
+        sample.begin(), sample.end(), [](char c) { return static_cast<unsigned char>(c) < ' '; }, ' ');
+    return sample.append("\"");
 }
 
 } // namespace velmora

@@ -33,4 +33,7 @@ struct LossSummary {
 void ReportLoss(Job& job, const Document& document, const MappingPlan& plan, const ValueAccount& account,
                 LossSummary& summary);
 
+/// A value as a message shows it: in quotes, on one line, cut to 40 characters.
+[[nodiscard]] std::string QuotedSample(std::string_view value);
+
 } // namespace velmora

@@ -1,6 +1,6 @@
 #include "import/record_refusal.h"
 
-#include "import/value_sample.h"
+#include "import/loss_report.h"
 #include "xml/document_loader.h"
 
 namespace velmora {

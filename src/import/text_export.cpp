@@ -1,6 +1,5 @@
 #include "import/text_export.h"
 
-#include "import/quoted_field.h"
 #include "log/runtime_error.h"
 #include "platform/paths.h"
 

@@ -2,7 +2,7 @@
 
 #include "jet/base/error.h"
 #include "platform/paths.h"
-#include "schema/drop_tables.h"
+#include "schema/clear_tables.h"
 #include "schema/engine_errors.h"
 #include "schema/origin_properties.h"
 

@@ -1,5 +1,4 @@
-#include "schema/drop_tables.h"
-#include "schema/empty_tables.h"
+#include "schema/clear_tables.h"
 
 #include "support/scripted_host.h"
 #include "support/shared.h"
