@@ -36,6 +36,8 @@ private:
     void Enter(ElementId element, TableNumber parentSink, std::int32_t parentKey, Step& step);
     void BuildRecord(Level& level, Step& step);
     void TryBuildRecord(Level& level, Step& step);
+    void PassOverLeaves(Level& level, Step& step) const;
+    [[nodiscard]] std::string AboutTag(ElementId element) const;
     void ImportChild(Level& level, ElementId child, Step& step);
     void ImportChildOfWrapper(const Level& level, ElementId child, Step& step);
     void ImportLeafBesideColumns(Level& level, ElementId leaf);
@@ -86,6 +88,8 @@ void NodeImporter::Enter(ElementId element, TableNumber parentSink, std::int32_t
         };
         step([parentPath] { return "Move to the beginning of " + parentPath(); });
         step([parentPath] { return "Loop through elements of " + parentPath() + " that have children"; });
+        if (columns_.PlanOf(element).hasOnlyLeaves && !job_.log.IsTracing())
+            PassOverLeaves(level, step);
     }
     levels_.push_back(level);
 }
@@ -133,13 +137,33 @@ void NodeImporter::TryBuildRecord(Level& level, Step& step)
     columns_.CountRecord();
 }
 
+/// A walk along them would do no more than name each of them in a trace, and leave the last one's as the step.
+void NodeImporter::PassOverLeaves(Level& level, Step& step) const
+{
+    if (level.child == kNoElement)
+        return;
+    const auto last = [this, first = level.child] {
+        ElementId leaf = first;
+        while (document_.NextSibling(leaf) != kNoElement)
+            leaf = document_.NextSibling(leaf);
+        return leaf;
+    };
+    step([this, last] { return AboutTag(last()); });
+    level.child = kNoElement;
+}
+
+std::string NodeImporter::AboutTag(ElementId element) const
+{
+    return "  Analyse tag <" + std::string(document_.NameText(document_.Name(element))) + ">";
+}
+
 void NodeImporter::ImportChild(Level& level, ElementId child, Step& step)
 {
     if (level.sink == kNoTable) {
         ImportChildOfWrapper(level, child, step);
         return;
     }
-    step([this, child] { return "  Analyse tag <" + std::string(document_.NameText(document_.Name(child))) + ">"; });
+    step([this, child] { return AboutTag(child); });
     if (document_.ChildCount(child) > 0) {
         const TableNumber sink = level.sink;
         const std::int32_t key = level.key;

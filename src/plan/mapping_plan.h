@@ -77,6 +77,7 @@ struct PathPlan {
     std::uint32_t firstAttribute = 0;
     std::uint32_t attributeCount = 0;
     bool readsLeaves = false;      ///< the leaves among its children are looked at for values of its record
+    bool hasOnlyLeaves = false;    ///< children without attributes: nothing is left of them when its record is made
     bool isRepeatedLeaf = false;   ///< a whole record each, text and attributes
     bool endsRunInWrapper = false; ///< there is no place for it where its parent has no record
 };

@@ -50,6 +50,7 @@ private:
     void PlanMadeColumns(std::size_t entry, PlannedTable& table, Columns& columns);
     void PlanValues(std::size_t entry, Columns& columns);
     void PlanPath(std::size_t entry);
+    [[nodiscard]] bool HasOnlyLeaves(std::size_t entry) const;
     [[nodiscard]] ColumnNumber ColumnFor(std::string name, std::size_t entry, Columns& columns);
     [[nodiscard]] ColumnNumber ColumnOfTag(std::size_t entry, Columns& columns);
     [[nodiscard]] PathPlan& PathOf(std::size_t entry) { return plan_.paths[model_.Element(entry).strPath]; }
@@ -167,7 +168,21 @@ void PlainRules::PlanPath(std::size_t entry)
     // An element whose columns are no more than its attributes has no leaf to look for. Repeated leaves that stand
     // beside nothing else are not found by it either. Meant so.
     path.readsLeaves = made > (settings_.blImportAttributes ? element.lngAttributes : 0);
+    path.hasOnlyLeaves = HasOnlyLeaves(entry);
     path.endsRunInWrapper = settings_.blSkipEmptyWrappingTags && path.table == kNoTable;
+}
+
+/// Without attributes of their own, as far as those are imported.
+bool PlainRules::HasOnlyLeaves(std::size_t entry) const
+{
+    for (std::size_t child = firstChild_[entry]; child != 0; child = nextSibling_[child]) {
+        if (model_.Element(child).lngMaxChildren > 0)
+            return false;
+        for (std::size_t below = firstChild_[child]; below != 0; below = nextSibling_[below])
+            if (model_.Element(below).attribute != ElementInfo::kNoAttribute)
+                return false;
+    }
+    return true;
 }
 
 ColumnNumber PlainRules::ColumnFor(std::string name, std::size_t entry, Columns& columns)
