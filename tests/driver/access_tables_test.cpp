@@ -1,10 +1,7 @@
 #include "driver/conversion.h"
-#include "jet/connection.h"
 
 namespace velmora::testing {
 namespace {
-
-const std::string kLong(300, 'L');
 
 TEST(AccessTables, TakeRecordsOfTheDocumentInTheirOwnTypes)
 {
@@ -33,45 +30,6 @@ TEST(AccessTables, TakeRecordsOfTheDocumentInTheirOwnTypes)
     EXPECT_FALSE(run.Run().failed) << run.Error();
     EXPECT_TRUE(run.Dump("Table1").ends_with("\nz||0||0|0|2024-03-05 12:00:00|0|False|" + text + "\n"))
         << run.Dump("Table1");
-}
-
-/// Names and sizes of a table's text columns, in order; of memos the name alone.
-std::string TextColumns(const std::filesystem::path& database, std::string_view table)
-{
-    const auto connection = jet::Connection::Open(database);
-    const jet::Recordset records = connection->OpenTable(table);
-    std::string text;
-    for (std::size_t field = 0; field < records.FieldCount(); ++field) {
-        if (records.IsMemo(field))
-            text += records.FieldName(field) + " ";
-        else if (records.MaxCharacters(field) > 0)
-            text += records.FieldName(field) + "(" + std::to_string(records.MaxCharacters(field)) + ") ";
-    }
-    return text;
-}
-
-TEST(AccessTables, AColumnThatAccessMadeShorterGrowsInItsPlaceFirst)
-{
-    REQUIRE_SHARED(shared);
-    for (const char* file : {"delColTestV1997.mdb", "delColTestV2000.mdb"}) {
-        SCOPED_TRACE(file);
-        Conversion run;
-        CopyOf(shared / "corpus/mdb" / file, run.Target());
-        const std::string text(100, 'x');
-        run.Options("-recreate_database -relations");
-        run.Xml("<db><Table1><id>7</id><data>" + text + "</data><data2>short</data2></Table1></db>");
-        EXPECT_FALSE(run.Run().failed) << run.Error();
-        EXPECT_EQ(run.Said("Column widened: [Table1].[data], 100 characters at //db/Table1/data"), 1);
-        EXPECT_EQ(run.Said("Column widened"), 1);
-        EXPECT_EQ(TextColumns(run.Target(), "Table1"), "data(255) data2(50) ");
-
-        run.Xml("<db><Table1><id>8</id><data>" + kLong + "</data><data2>" + text + "</data2></Table1></db>");
-        EXPECT_FALSE(run.Run().failed) << run.Error();
-        EXPECT_EQ(run.Said("Column widened"), 2);
-        EXPECT_EQ(TextColumns(run.Target(), "Table1"), "data2(255) data ");
-        EXPECT_EQ(run.Dump("Table1"), "id|id2|data2|data\n0|2|foo2|foo\n3|5|bar2|bar\n7|0|short|" + text + "\n8|0|" +
-                                          text + "|" + kLong + "\n");
-    }
 }
 
 } // namespace
