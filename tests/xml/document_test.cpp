@@ -47,17 +47,17 @@ TEST(Document, KeepsWhatTheFileHolds)
 
 TEST(Document, NamesOfManyPathsMayBeTheSame)
 {
-    // Each of the names below each of the others: the paths outgrow the tree's first table several times.
-    constexpr NameId kNames = 40;
+    // Two names below every path: what stands beside a path in the tree's table bears its name as often as not.
+    constexpr std::size_t kPaths = 20'000;
     PathTree tree;
-    std::set<PathId> paths;
-    for (NameId first = 0; first < kNames; ++first)
-        for (NameId second = 0; second < kNames; ++second)
-            paths.insert(tree.Child(tree.Child(0, first), second));
-    EXPECT_EQ(paths.size(), kNames * kNames);
-    EXPECT_EQ(tree.Size(), 1 + kNames + kNames * kNames);
-    EXPECT_EQ(tree.FindChild(tree.FindChild(0, 7), 9), tree.Child(tree.Child(0, 7), 9));
-    EXPECT_EQ(tree.FindChild(tree.Child(0, 7), kNames), PathTree::kNoPath);
+    std::vector<PathId> paths{0};
+    for (NameId i = 0; paths.size() < kPaths; ++i)
+        paths.push_back(tree.Child(paths[i / 2], i % 2));
+    EXPECT_EQ(std::set<PathId>(paths.begin(), paths.end()).size(), kPaths);
+    EXPECT_EQ(tree.Size(), kPaths);
+    for (NameId i = 0; i + 1 < kPaths; ++i)
+        ASSERT_EQ(tree.FindChild(paths[i / 2], i % 2), paths[i + 1]);
+    EXPECT_EQ(tree.FindChild(paths[7], 2), PathTree::kNoPath);
 }
 
 TEST(Document, WritesPathsAndCutsLongOnesInTheMiddle)
