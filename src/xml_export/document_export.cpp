@@ -45,14 +45,22 @@ std::vector<RootRecord> DocumentExport::Roots()
             continue;
         Recordset rows = session_.OpenTable(table.Name());
         static_cast<void>(rows.WalkBy(table.parts.front().keyField));
-        for (; !rows.Eof(); rows.MoveNext()) {
-            // Where elements of one name share a table, others than document elements stand in it too.
-            value_.clear();
-            if (!table.parentField || !rows.AppendText(*table.parentField, value_))
+        for (; !rows.Eof(); rows.MoveNext())
+            if (!StandsInAnother(table, rows))
                 roots.push_back({i, rows.GetLong(table.parts.front().keyField)});
-        }
     }
     return roots;
+}
+
+/// Where elements of one name share a table, others than document elements stand in it too.
+bool DocumentExport::StandsInAnother(const ExportTable& table, Recordset& rows)
+{
+    if (!table.masterField || !table.parentField)
+        return false;
+    value_.clear();
+    static_cast<void>(rows.AppendText(*table.masterField, value_));
+    const bool hasMaster = !value_.empty();
+    return hasMaster && rows.AppendText(*table.parentField, value_);
 }
 
 DocumentExport::Source& DocumentExport::SourceOf(std::size_t edge)

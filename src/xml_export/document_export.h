@@ -49,6 +49,7 @@ private:
         std::vector<std::pair<const std::string*, bool>> wrappers{};
     };
 
+    [[nodiscard]] bool StandsInAnother(const ExportTable& table, Recordset& rows);
     [[nodiscard]] Source& SourceOf(std::size_t edge);
     void Run(XmlWriter& writer);
     void Enter(Source& source, ReaderPlace place);

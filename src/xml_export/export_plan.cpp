@@ -206,9 +206,12 @@ private:
                    " does not say which record its own stand in; the database was made with -relations");
         for (const TablePart& part : table.parts)
             CheckIndex(part.name, part.keyField);
-        if (table.parentField)
+        if (table.parentField && !IsOnlyRoot(table))
             CheckIndex(table.Name(), *table.parentField);
     }
+
+    /// The records of such a table stand in no others: nobody looks for them.
+    [[nodiscard]] static bool IsOnlyRoot(const ExportTable& table) { return table.isRoot && !table.masterField; }
 
     void CheckIndex(const std::string& table, std::size_t field)
     {
