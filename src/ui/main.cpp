@@ -1,6 +1,7 @@
 // velmora-gui: the window, with everything filled in that the command line names.
 
 #include "log/passwords.h"
+#include "platform/other_programs.h"
 #include "settings/command_line.h"
 #include "ui/main_window.h"
 #include "ui/resources.h"
@@ -23,11 +24,28 @@ void ConvertAndClose(MainWindow& window)
     window.btnConvert_Click();
 }
 
+/// A quiet run needs no window where the console program is installed, which has an exit status besides.
+bool IsQuiet(const std::vector<std::string>& arguments)
+{
+    try {
+        Controls controls;
+        ApplyCommandLine(JoinArguments(arguments), controls, [](std::string_view) {});
+        return controls.chkQuiet.Checked();
+    } catch (const CommandLineError&) {
+        return false; // told by the window
+    }
+}
+
 } // namespace
 
 int main(int argc, char* argv[])
 {
     const std::vector<std::string> arguments(argv + 1, argv + std::max(argc, 1));
+    if (IsQuiet(arguments)) {
+        const std::string console = FindInstalled("velmora");
+        if (!console.empty() && BecomeProgram(console, arguments))
+            return 0;
+    }
     QApplication qt(argc, argv);
     QApplication::setApplicationName("velmora");
     QApplication::setApplicationVersion(QString::fromUtf8(Version().data(), static_cast<qsizetype>(Version().size())));

@@ -72,6 +72,8 @@ MainWindow::MainWindow(std::unique_ptr<Desktop> desktop)
     MakeStatusBar();
     MakeShortcuts();
     connect(form_, &ControlsForm::Changed, this, [this] {
+        Job& job = application_.GetJob();
+        job.settings.blDebug = job.controls.chkDebug.value != CheckState::Unchecked; // counts at once
         if (commandLineWindow_ != nullptr)
             commandLineWindow_->Refresh();
         checkTimer_.start();
@@ -156,6 +158,7 @@ void MainWindow::MakeStatusBar()
     status_ = new QLabel;
     status_->setObjectName("lblStatus");
     status_->setTextFormat(Qt::PlainText);
+    status_->setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Preferred); // a long text does not widen the window
     openResult_ = new QPushButton(tr("Open the result"));
     openResult_->setObjectName("btnOpenResult");
     openResult_->setToolTip(tr("Show what the last conversion has written"));
@@ -248,6 +251,8 @@ void MainWindow::EnableForRun(bool running)
     commandLine_->setEnabled(!running);
     openDirectory_->setEnabled(!running);
     job_->setEnabled(!running);
+    if (commandLineWindow_ != nullptr)
+        commandLineWindow_->setEnabled(!running);
     openResult_->setEnabled(!running);
 }
 
@@ -325,8 +330,8 @@ void MainWindow::AskWhetherToCancel()
         quit_->setEnabled(false);
         host_.RequestCancel();
     };
-    // The run does not write it while it goes on.
-    if (application_.GetJob().settings.blQuiet) {
+    // The run leaves this control alone.
+    if (application_.GetJob().controls.chkQuiet.Checked()) {
         cancel();
         return;
     }

@@ -57,8 +57,9 @@ std::vector<FieldProblem> FindProblems(const Controls& controls)
     if (!txt.empty() && controls.txtDELIMITER.text.empty())
         add(&Controls::txtDELIMITER,
             QT_TRANSLATE_NOOP("Problems", "Without a delimiter all values of a line run together"));
-    if (IsFolderMissing(controls.txtFILE_LOG.text))
-        add(&Controls::txtFILE_LOG, QT_TRANSLATE_NOOP("Problems", "There is no such folder"));
+    for (const auto field : {&Controls::txtFILE_LOG, &Controls::txtFILE_EXPORT})
+        if (IsFolderMissing((controls.*field).text))
+            add(field, QT_TRANSLATE_NOOP("Problems", "There is no such folder"));
     if (!controls.txtFILE_MAPPING.text.empty() && !FileExists(controls.txtFILE_MAPPING.text))
         add(&Controls::txtFILE_MAPPING, QT_TRANSLATE_NOOP("Problems", "There is no such file"));
     for (const auto field : {&Controls::txtATTR_PREFIX, &Controls::txtKEY_PRIMARY, &Controls::txtKEY_FOREIGN,

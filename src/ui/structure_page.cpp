@@ -10,7 +10,15 @@
 #include <QTextCursor>
 #include <QVBoxLayout>
 
+#include <algorithm>
+
 namespace velmora {
+
+namespace {
+
+constexpr std::size_t kMaxShownBytes = 2'000'000; // a hundred times what people read
+
+} // namespace
 
 StructurePage::StructurePage(QWidget* parent) : QWidget(parent)
 {
@@ -42,9 +50,13 @@ StructurePage::StructurePage(QWidget* parent) : QWidget(parent)
 
 void StructurePage::Refresh(const Controls& controls)
 {
-    const QString text = QString::fromStdString(controls.txtXML);
-    if (text_->toPlainText() != text)
-        text_->setPlainText(text);
+    if (shown_ == controls.txtXML)
+        return;
+    shown_ = controls.txtXML;
+    QString text = QString::fromUtf8(shown_.data(), static_cast<qsizetype>(std::min(shown_.size(), kMaxShownBytes)));
+    if (shown_.size() > kMaxShownBytes)
+        text = text.left(text.lastIndexOf('\n') + 1) + tr("The structure goes on: it is too long to be shown.");
+    text_->setPlainText(text);
 }
 
 void StructurePage::FocusSearch()

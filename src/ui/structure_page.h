@@ -2,6 +2,8 @@
 
 #include <QWidget>
 
+#include <string>
+
 class QLineEdit;
 class QPlainTextEdit;
 
@@ -24,6 +26,7 @@ private:
 
     QPlainTextEdit* text_;
     QLineEdit* search_;
+    std::string shown_; ///< what of the state is shown already
 };
 
 } // namespace velmora

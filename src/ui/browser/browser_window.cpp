@@ -88,6 +88,8 @@ BrowserWindow::BrowserWindow(const std::string& path, Desktop& desktop, QWidget*
 
     status_ = new QLabel;
     status_->setObjectName("lblBrowser");
+    status_->setTextFormat(Qt::PlainText);
+    status_->setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Preferred);
     stopButton_ = MakeTextButton("btnStop", tr("&Stop"), tr("Stop reading"));
     stopButton_->setEnabled(false);
     connect(stopButton_, &QPushButton::clicked, this, [this] { stop_ = true; });

@@ -568,6 +568,26 @@
     <context>
         <name>Option</name>
         <message>
+            <source>XML file to write from the database</source>
+            <translation>XML-Datei, die aus der Datenbank geschrieben wird</translation>
+        </message>
+        <message>
+            <source>Replace that file when it is there</source>
+            <translation>Diese Datei ersetzen, wenn es sie gibt</translation>
+        </message>
+        <message>
+            <source>the way back: write the database that mdb= names, made with +complete, as this XML file; the database is only read, and no source is named</source>
+            <translation>der Weg zurück: die Datenbank, die mdb= nennt und die mit +complete entstand, als diese XML-Datei schreiben; die Datenbank wird nur gelesen, und eine Quelle wird nicht genannt</translation>
+        </message>
+        <message>
+            <source>with export=: replace a file that is there</source>
+            <translation>mit export=: eine vorhandene Datei ersetzen</translation>
+        </message>
+        <message>
+            <source>write nothing then</source>
+            <translation>dann nichts schreiben</translation>
+        </message>
+        <message>
             <source>XML &amp;file</source>
             <translation>XML-&amp;Datei</translation>
         </message>
@@ -971,6 +991,10 @@
     </context>
     <context>
         <name>velmora::StructurePage</name>
+        <message>
+            <source>The structure goes on: it is too long to be shown.</source>
+            <translation>Die Struktur geht weiter: sie ist zu lang, um ganz gezeigt zu werden.</translation>
+        </message>
         <message>
             <source>Structure of the document converted last</source>
             <translation>Struktur des zuletzt konvertierten Dokuments</translation>
