@@ -39,8 +39,9 @@ TEST(DatabaseView, ReadsRealDatabasesToTheirLastRow)
             for (std::uint64_t page = 0;; ++page) {
                 const auto read = view.ReadPage(table.name, page, kAlways);
                 rows += read.size();
-                if (!read.empty())
+                if (!read.empty()) {
                     EXPECT_EQ(read.back().size(), table.columns.size());
+                }
                 if (read.size() < DatabaseView::kPageRows)
                     break;
             }

@@ -136,8 +136,9 @@ TEST(DiagramLayout, PutsTablesBehindThoseThatTheyReferTo)
             const QRectF from = boxes[number(one.table)], to = boxes[number(one.referencedTable)];
             EXPECT_GT(from.left(), to.right());
             const QRectF otherFrom = boxes[number(other.table)], otherTo = boxes[number(other.referencedTable)];
-            if (from.left() == otherFrom.left())
+            if (from.left() == otherFrom.left()) {
                 EXPECT_GE((from.top() - otherFrom.top()) * (to.top() - otherTo.top()), 0) << "lines cross";
+            }
         }
 }
 
