@@ -9,7 +9,14 @@ namespace {
 /// 5 March 2024, 14:07:09, local.
 std::time_t SomeTime()
 {
-    std::tm local{.tm_sec = 9, .tm_min = 7, .tm_hour = 14, .tm_mday = 5, .tm_mon = 2, .tm_year = 124, .tm_isdst = -1};
+    std::tm local{};
+    local.tm_year = 2024 - 1900;
+    local.tm_mon = 2;
+    local.tm_mday = 5;
+    local.tm_hour = 14;
+    local.tm_min = 7;
+    local.tm_sec = 9;
+    local.tm_isdst = -1;
     return std::mktime(&local);
 }
 
