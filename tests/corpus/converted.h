@@ -38,8 +38,7 @@ struct Judgement {
                               const std::vector<std::filesystem::path>& documents = {});
 
 /// Writes a copy of `xml` in which every value occurs once.
-void WriteUniqueCopy(const std::filesystem::path& xml,
-                     const std::filesystem::path& copy);
+void WriteUniqueCopy(const std::filesystem::path& xml, const std::filesystem::path& copy);
 
 /// The documents in a folder of the shared corpus, without their extension "xml", in order; none without the corpus.
 [[nodiscard]] std::vector<std::string> CorpusDocuments(std::string_view folder);
