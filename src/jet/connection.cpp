@@ -271,6 +271,16 @@ JetVersion Connection::Version() const noexcept
     return impl_->GetCatalog().GetFormat().version;
 }
 
+std::string Connection::NameKey(std::string_view name) const
+{
+    return jet::NameKey(impl_->GetCatalog().GetFormat(), name);
+}
+
+std::string Connection::ValidName(std::string_view name, std::size_t maxUnits) const
+{
+    return jet::ValidName(impl_->GetCatalog().GetFormat(), name, maxUnits);
+}
+
 std::size_t Connection::ObjectsLeft()
 {
     return impl_->GetCatalog().ObjectsLeft();

@@ -75,6 +75,11 @@ public:
     void Commit();
 
     [[nodiscard]] JetVersion Version() const noexcept;
+    /// What two names have in common exactly when the database takes them for the same.
+    [[nodiscard]] std::string NameKey(std::string_view name) const;
+    /// The name next to `name` that tables, columns, indexes and relations can have: other characters become "_", and
+    /// what is longer than `maxUnits` characters (UTF-16 code units, at most 64) is cut.
+    [[nodiscard]] std::string ValidName(std::string_view name, std::size_t maxUnits) const;
     /// Tables, queries and relations that can still be made before the format's limit of objects is reached.
     [[nodiscard]] std::size_t ObjectsLeft();
 

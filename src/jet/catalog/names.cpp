@@ -75,4 +75,26 @@ std::vector<PageNumber> IndexNames::TablesWith(std::string_view name) const
     return found == tables_.end() ? std::vector<PageNumber>() : std::vector(found->second.begin(), found->second.end());
 }
 
+std::string ValidName(const Format& format, std::string_view name, std::size_t maxUnits)
+{
+    std::string valid;
+    std::size_t units = 0;
+    while (!name.empty()) {
+        std::size_t size = 1;
+        while (size < name.size() && (static_cast<unsigned char>(name[size]) & 0xC0) == 0x80)
+            ++size;
+        const std::string_view character = name.substr(0, size);
+        name.remove_prefix(size);
+        Bytes encoded;
+        const bool isStorable = format.version != JetVersion::Jet3 || AppendCp1252(encoded, character) == 0;
+        const bool isAllowed = isStorable && !IsForbidden(character.front()) && (character != " " || !valid.empty());
+        const std::size_t taken = isAllowed ? Utf16Length(character) : 1;
+        if (units + taken > maxUnits)
+            break;
+        valid += isAllowed ? character : "_";
+        units += taken;
+    }
+    return valid.empty() ? "_" : valid;
+}
+
 } // namespace jet

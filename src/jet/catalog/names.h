@@ -19,6 +19,10 @@ namespace jet {
 /// . ! [ ] ` or a control character, no leading blank, and in Jet 3 only characters of its code page.
 void CheckName(const Format& format, std::string_view name);
 
+/// The valid name next to `name`: "_" stands for each character that it may not have, and for an empty name; what is
+/// longer than `maxUnits` characters (UTF-16 code units, at most 64) is cut.
+[[nodiscard]] std::string ValidName(const Format& format, std::string_view name, std::size_t maxUnits);
+
 /// Which tables have an index of a given name: so that a question for a name alone need not read every definition.
 class IndexNames {
 public:

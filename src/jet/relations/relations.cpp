@@ -146,12 +146,23 @@ void AddIndexEntries(const Sides& sides, const RelationSpec& spec)
     sides.parent->AddRelationIndex(std::move(parentEntry), sides.parentColumns);
 }
 
+/// Can each value of these columns stand in one row only?
+bool IsUnique(const Table& table, const std::vector<std::uint16_t>& columns)
+{
+    const auto same = [](const IndexColumn& part, std::uint16_t number) { return part.column == number; };
+    return std::ranges::any_of(table.Definition().realIndexes, [&](const RealIndex& index) {
+        return index.IsUnique() && std::ranges::equal(index.columns, columns, same);
+    });
+}
+
 Relationship RowsOf(const Sides& sides, const RelationSpec& spec)
 {
     Relationship relationship;
     relationship.name = spec.name;
     relationship.table = sides.child->Name();
     relationship.referencedTable = sides.parent->Name();
+    if (IsUnique(*sides.child, sides.childColumns))
+        relationship.flags |= relationship_flags::kOneToOne;
     if (spec.cascadeUpdates)
         relationship.flags |= relationship_flags::kCascadeUpdates;
     if (spec.onDelete == DeleteRule::Cascade)
