@@ -12,6 +12,7 @@
 #include "platform/utf8.h"
 #include "schema/clear_tables.h"
 #include "schema/database_session.h"
+#include "schema/known_tables.h"
 #include "schema/schema_builder.h"
 #include "schema/target_check.h"
 #include "settings/conversion_settings.h"
@@ -228,7 +229,8 @@ bool Batch::ConvertOneFile(const std::string& path, DatabaseSession& session, Fi
     };
     StructureModel model;
     MappingPlan plan;
-    run([&] { velAnalyseXML(job_, xml.document, tagMap_, model, plan); });
+    const auto readDatabase = [&] { return ReadKnownDatabase(session); };
+    run([&] { velAnalyseXML(job_, xml.document, tagMap_, model, plan, readDatabase); });
     ShowStructure(xml.document, model);
     run([&] {
         createDatabase(plan, job_.settings.blExtendMdb ? schema_pass::kExtendStructure : schema_pass::kCreateTables);

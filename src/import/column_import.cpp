@@ -3,6 +3,7 @@
 #include "import/record_refusal.h"
 #include "schema/engine_errors.h"
 
+#include <algorithm>
 #include <span>
 
 namespace velmora {
@@ -35,8 +36,8 @@ private:
 
 ColumnImport::ColumnImport(Job& job, DatabaseSession& session, const std::string& source, const Document& document,
                            const MappingPlan& plan, TableSinks& sinks, ValueAccount& account)
-    : job_(job), session_(session), source_(source), document_(document), plan_(plan), sinks_(sinks),
-      fields_(plan, job.settings), writer_(job, session, document, account)
+    : job_(job), session_(session), source_(source), document_(document), plan_(plan), sinks_(sinks), fields_(plan),
+      writer_(job, session, document, account)
 {
 }
 
@@ -45,9 +46,13 @@ void ColumnImport::velImportNodeColumns(ElementId element, TableNumber number)
     Procedure(job_, "velImportNodeColumns", [&](Step& step) {
         TableSink& sink = sinks_[number];
         for (ElementId leaf = document_.FirstChild(element); leaf != kNoElement; leaf = document_.NextSibling(leaf)) {
-            if (document_.ChildCount(leaf) > 0 || !HasText(document_.Content(leaf)))
+            const PathPlan& plan = PlanOf(leaf);
+            if (plan.isEntered || document_.ChildCount(leaf) > 0 ||
+                (!plan.keepsEmpty && !HasText(document_.Content(leaf))))
                 continue;
-            const ValuePlace& place = PlanOf(leaf).outerText;
+            const ValuePlace& place = plan.outerText;
+            if (KeepsForLater(place, TextOf(leaf), {leaf}))
+                continue;
             step([this, &place, &sink] { return AboutValue(sink, place); });
             const LossReason refusal = SetText(sink, place, leaf);
             const bool mayHaveOwnTable = refusal != LossReason::None && refusal != LossReason::KeyColumn;
@@ -70,11 +75,30 @@ std::string ColumnImport::AboutValue(const TableSink& sink, const ValuePlace& pl
 /// What the leaf's value was refused for, if it was: it is not yet lost then.
 LossReason ColumnImport::SetText(TableSink& sink, const ValuePlace& place, ElementId leaf)
 {
+    return SetValue(sink, place, {{}, document_.NameText(document_.Name(leaf))}, TextOf(leaf), {leaf});
+}
+
+LossReason ColumnImport::SetValue(TableSink& sink, const ValuePlace& place, RawName name, std::string_view value,
+                                  ValueOrigin origin)
+{
     const FieldPlace found = fields_.Find(sink, place);
     if (!found.field)
         return found.refusal;
-    return SetUnlessWrongType(sink, *found.field, {{}, document_.NameText(document_.Name(leaf))},
-                              document_.Content(leaf), {leaf});
+    const PlannedColumn& column = plan_.columns[place.column];
+    if (!plan_.widensByTag)
+        name = {{}, column.name};
+    const LossReason refusal = SetUnlessWrongType(sink, *found.field, name, value, origin);
+    if (refusal != LossReason::DoesNotFitType || column.overflow.empty())
+        return refusal;
+    const std::size_t beside = writer_.FieldBeside(sink, column.name, column.overflow, origin);
+    return SetUnlessWrongType(sink, beside, {{}, column.overflow}, value, origin);
+}
+
+/// White space only is the empty text, where that is kept.
+std::string_view ColumnImport::TextOf(ElementId element) const
+{
+    const std::string_view text = document_.Content(element);
+    return PlanOf(element).keepsEmpty && IsBlank(text) ? std::string_view() : text;
 }
 
 LossReason ColumnImport::SetUnlessWrongType(TableSink& sink, std::size_t field, const RawName& name,
@@ -127,19 +151,63 @@ void ColumnImport::SetAttributes(ElementId element, TableNumber number, Step& st
     AttributeFinder places(plan_.AttributesOf(PlanOf(element)));
     const std::uint32_t count = document_.AttributeCount(element);
     for (std::uint32_t index = 0; index < count; ++index) {
-        const std::string_view value = document_.AttributeValue(element, index);
-        if (value.empty())
+        std::string_view value = document_.AttributeValue(element, index);
+        const bool isOffered = !value.empty();
+        if (plan_.keepsEmptyAttributes && IsBlank(value))
+            value = {};
+        else if (!isOffered)
             continue;
         const NameId name = document_.AttributeName(element, index);
         step([this, name, &sink] {
             return "Import attribute [" + std::string(document_.NameText(name)) + "] into table [" +
                    sink.records->Source() + "]";
         });
-        const FieldPlace place = fields_.Find(sink, places.Find(name));
-        const ValueOrigin origin{element, name};
-        const RawName rawName{job_.settings.strAttrPrefix, document_.NameText(name)};
-        Refuse(sink, origin,
-               place.field ? SetUnlessWrongType(sink, *place.field, rawName, value, origin) : place.refusal);
+        const ValuePlace& place = places.Find(name);
+        const ValueOrigin origin{element, name, isOffered};
+        if (!KeepsForLater(place, value, origin))
+            Refuse(sink, origin,
+                   SetValue(sink, place, {job_.settings.strAttrPrefix, document_.NameText(name)}, value, origin));
+    }
+}
+
+bool ColumnImport::KeepsForLater(const ValuePlace& place, std::string_view value, ValueOrigin origin)
+{
+    if (place.part == kNoTable)
+        return false;
+    later_.push_back({&place, value, origin});
+    return true;
+}
+
+void ColumnImport::BeginParts(ElementId element)
+{
+    elementOfParts_ = element;
+    later_.clear();
+}
+
+void ColumnImport::ImportTextOfRecord(ElementId element, TableNumber number)
+{
+    const std::string_view text = TextOf(element);
+    if (text.empty() && document_.ChildCount(element) > 0)
+        return;
+    const ValuePlace& place = PlanOf(element).ownText;
+    if (!KeepsForLater(place, text, {element}))
+        ImportOwnText(element, sinks_[number]);
+}
+
+void ColumnImport::SaveFurtherParts(TableNumber number, std::int32_t key)
+{
+    std::ranges::stable_sort(later_, {}, [](const LaterValue& value) { return value.place->part; });
+    while (!later_.empty()) {
+        const TableNumber part = later_.front().place->part;
+        TableSink& sink = sinks_[part];
+        writer_.Begin(sink, elementOfParts_);
+        sink.values.isContinuation = true;
+        writer_.SetPrimaryKey(sink, key);
+        const auto end = std::ranges::find_if(later_, [&](const LaterValue& v) { return v.place->part != part; });
+        for (auto value = later_.begin(); value != end; ++value)
+            Refuse(sink, value->origin, SetValue(sink, *value->place, {}, value->value, value->origin));
+        Save(part, number);
+        later_.erase(later_.begin(), end);
     }
 }
 

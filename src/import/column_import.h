@@ -7,6 +7,8 @@
 #include "schema/engine_errors.h"
 
 #include <string>
+#include <string_view>
+#include <vector>
 
 namespace velmora {
 
@@ -30,6 +32,14 @@ public:
     void velImportNodeAttributesRecord(ElementId leaf, TableNumber leafSink, TableNumber ownerSink,
                                        std::int32_t ownerKey);
 
+    /// A record of `element` begins: values of an earlier one that was given up are forgotten.
+    void BeginParts(ElementId element);
+    /// Writes the element's own text into its record.
+    void ImportTextOfRecord(ElementId element, TableNumber sink);
+    /// Makes the records in which the last one goes on, in tables that continue its own; they have its key. May be
+    /// called again after a failure.
+    void SaveFurtherParts(TableNumber sink, std::int32_t key);
+
     /// The progress step: a record was saved.
     void CountRecord();
     /// Saves the record pending in `sink`, which belongs to one in `ownerSink`.
@@ -46,6 +56,17 @@ public:
 private:
     [[nodiscard]] bool ImportLeafIntoOwnTable(ElementId leaf, TableNumber ownerSink);
     [[nodiscard]] std::string AboutValue(const TableSink& sink, const ValuePlace& place) const;
+    /// A value that belongs into a further part of its record.
+    struct LaterValue {
+        const ValuePlace* place;
+        std::string_view value;
+        ValueOrigin origin;
+    };
+
+    [[nodiscard]] bool KeepsForLater(const ValuePlace& place, std::string_view value, ValueOrigin origin);
+    [[nodiscard]] std::string_view TextOf(ElementId element) const;
+    [[nodiscard]] LossReason SetValue(TableSink& sink, const ValuePlace& place, RawName name, std::string_view value,
+                                      ValueOrigin origin);
     void ImportOwnText(ElementId leaf, TableSink& sink);
     [[nodiscard]] LossReason SetText(TableSink& sink, const ValuePlace& place, ElementId leaf);
     [[nodiscard]] LossReason SetUnlessWrongType(TableSink& sink, std::size_t field, const RawName& name,
@@ -62,6 +83,8 @@ private:
     TableSinks& sinks_;
     FieldFinder fields_;
     RecordWriter writer_;
+    std::vector<LaterValue> later_; ///< the parts in ascending order
+    ElementId elementOfParts_ = kNoElement;
     std::int32_t records_ = 0;
     bool estimateExceeded_ = false;
 };

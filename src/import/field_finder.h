@@ -2,12 +2,10 @@
 
 #include "import/table_sinks.h"
 #include "plan/mapping_plan.h"
-#include "settings/conversion_settings.h"
 
 #include <cstddef>
 #include <cstdint>
 #include <optional>
-#include <string>
 #include <vector>
 
 namespace velmora {
@@ -22,17 +20,14 @@ struct FieldPlace {
 /// the table's columns have changed. Key columns take no values of the document: they say what belongs together.
 class FieldFinder {
 public:
-    FieldFinder(const MappingPlan& plan, const ConversionSettings& settings)
-        : plan_(plan), settings_(settings), slots_(plan.columns.size())
-    {
-    }
+    explicit FieldFinder(const MappingPlan& plan) : plan_(plan), slots_(plan.columns.size()) {}
 
     /// `sink` is that of the column's table.
     [[nodiscard]] FieldPlace Find(const TableSink& sink, const ValuePlace& place)
     {
         Slot& slot = slots_[place.column];
         if (slot.layout != sink.records->Layout())
-            slot = LookUp(*sink.records, place.column);
+            slot = LookUp(sink, place.column);
         if (slot.refusal == LossReason::None)
             return {slot.field, LossReason::None};
         return {std::nullopt, slot.refusal == LossReason::NoColumn ? place.otherwise : slot.refusal};
@@ -45,11 +40,10 @@ private:
         LossReason refusal = LossReason::NoColumn;
     };
 
-    [[nodiscard]] Slot LookUp(const Recordset& records, ColumnNumber column) const;
-    [[nodiscard]] bool IsKey(const Recordset& records, std::size_t field) const;
+    [[nodiscard]] Slot LookUp(const TableSink& sink, ColumnNumber column) const;
+    [[nodiscard]] static bool IsKey(const TableSink& sink, std::size_t field);
 
     const MappingPlan& plan_;
-    const ConversionSettings& settings_;
     std::vector<Slot> slots_; ///< by column
 };
 

@@ -22,6 +22,7 @@ public:
 
     /// The run begins to write into the text file at `path`; true when it had not before.
     bool NoteOpened(const std::string& path) { return opened_.insert(path).second; }
+    [[nodiscard]] bool HasOpened(const std::string& path) const { return opened_.contains(path); }
     /// A text file was made, deleted or written into.
     void NoteChange() noexcept { hasChanged_ = true; }
     [[nodiscard]] bool HasChanged() const noexcept { return hasChanged_; }

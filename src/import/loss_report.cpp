@@ -34,6 +34,27 @@ std::string_view FirstCharacters(std::string_view text, std::size_t limit)
     return text.substr(0, bytes);
 }
 
+/// Attributes that were left out because the run was told to are not among those that could have been imported.
+std::string_view Advice(const ValueAccount::Loss& loss, const MappingPlan& plan)
+{
+    const bool isWanted = std::ranges::any_of(
+        loss.groups, [](const ValueAccount::Group& group) { return group.reason != LossReason::AttributesOff; });
+    return isWanted && !plan.importsEverything ? " (+complete imports them)" : "";
+}
+
+void TellTotals(Job& job, const ValueAccount::Loss& loss)
+{
+    std::int64_t unwanted = 0;
+    for (const ValueAccount::Group& group : loss.groups)
+        unwanted += group.reason == LossReason::AttributesOff ? group.count : 0;
+    std::string line = "Values: " + std::to_string(loss.offered - unwanted) + " offered, " +
+                       std::to_string(loss.offered - loss.lost) + " stored, " + std::to_string(loss.lost - unwanted) +
+                       " lost";
+    if (unwanted > 0)
+        line += "; " + std::to_string(unwanted) + " attributes left out (-attributes)";
+    job.log.ProtocolAppend(line);
+}
+
 } // namespace
 
 std::string_view Describe(LossReason reason)
@@ -65,13 +86,15 @@ void ReportLoss(Job& job, const Document& document, const MappingPlan& plan, con
                 LossSummary& summary)
 {
     const ValueAccount::Loss loss = account.Settle(plan.importsAttributes);
+    if (plan.importsEverything)
+        TellTotals(job, loss);
     if (loss.groups.empty())
         return;
     const auto pathOf = [&](const ValueAccount::Group& group) {
         return PathOfValue(document, group.path, group.attribute, job.settings.strAttrPrefix);
     };
     job.log.ProtocolAppend("Not imported: " + std::to_string(loss.lost) + " of " + std::to_string(loss.offered) +
-                           " values, the first at " + pathOf(loss.groups.front()));
+                           " values, the first at " + pathOf(loss.groups.front()).append(Advice(loss, plan)));
     summary.values += loss.lost;
     for (const ValueAccount::Group& group : loss.groups) {
         if (summary.groups.size() == LossSummary::kMaxGroups)

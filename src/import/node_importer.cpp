@@ -3,6 +3,7 @@
 #include "import/loss_report.h"
 #include "schema/lock_retry.h"
 
+#include <algorithm>
 #include <string>
 #include <vector>
 
@@ -34,6 +35,7 @@ public:
 
 private:
     void Enter(ElementId element, TableNumber parentSink, std::int32_t parentKey, Step& step);
+    void FindRecordAround(Level& level) const;
     void BuildRecord(Level& level, Step& step);
     void TryBuildRecord(Level& level, Step& step);
     void PassOverLeaves(Level& level, Step& step) const;
@@ -82,6 +84,7 @@ void NodeImporter::Enter(ElementId element, TableNumber parentSink, std::int32_t
     if (!sinks_[level.sink].HasTable())
         level.sink = kNoTable;
     if (level.sink != kNoTable) {
+        FindRecordAround(level);
         BuildRecord(level, step);
         const auto parentPath = [this, element] {
             return document_.PathText(document_.Paths().Parent(document_.Path(element)));
@@ -92,6 +95,20 @@ void NodeImporter::Enter(ElementId element, TableNumber parentSink, std::int32_t
             PassOverLeaves(level, step);
     }
     levels_.push_back(level);
+}
+
+/// Mostly the nearest one. But where records are there already, theirs stand in one table, and the others go on so.
+void NodeImporter::FindRecordAround(Level& level) const
+{
+    const PlannedTable& table = *sinks_[level.sink].plan;
+    if (!columns_.PlanOf(level.element).isEntered || table.isShared || table.parent == level.parentSink)
+        return;
+    const auto around =
+        std::find_if(levels_.rbegin(), levels_.rend(), [&](const Level& above) { return above.sink == table.parent; });
+    if (around == levels_.rend())
+        return;
+    level.parentSink = around->sink;
+    level.parentKey = around->key;
 }
 
 /// Builds the element's record, again and again for a while when somebody else holds a lock.
@@ -111,6 +128,8 @@ void NodeImporter::BuildRecord(Level& level, Step& step)
     };
     RetryWhile(
         IsLockConflict, [&] { TryBuildRecord(level, step); }, startAgain);
+    RetryWhile(
+        IsLockConflict, [&] { columns_.SaveFurtherParts(level.sink, level.key); }, startAgain);
 }
 
 void NodeImporter::TryBuildRecord(Level& level, Step& step)
@@ -119,15 +138,20 @@ void NodeImporter::TryBuildRecord(Level& level, Step& step)
     RecordWriter& writer = columns_.Writer();
 
     step([&records = *sink.records] { return "Add new record to table [" + records.Source() + "]"; });
+    const PathPlan& plan = columns_.PlanOf(level.element);
     writer.Begin(sink, level.element);
+    columns_.BeginParts(level.element);
     if (level.parentSink != kNoTable)
         writer.SetMasterTable(sink, SourceOf(level.parentSink));
-    writer.SetForeignKey(sink, level.parentKey);
+    if (level.parentSink != kNoTable || !plan.isEntered)
+        writer.SetForeignKey(sink, level.parentKey);
     if (columns_.ImportsAttributesOf(level.element)) {
         step([&records = *sink.records] { return "Import all attributes into table [" + records.Source() + "]"; });
         columns_.velImportNodeAttributes(level.element, level.sink);
     }
-    if (columns_.PlanOf(level.element).readsLeaves) {
+    if (plan.writesOwnText)
+        columns_.ImportTextOfRecord(level.element, level.sink);
+    if (plan.readsLeaves) {
         step([&records = *sink.records] { return "Import all columns into table [" + records.Source() + "]"; });
         columns_.velImportNodeColumns(level.element, level.sink);
     }
@@ -159,6 +183,13 @@ std::string NodeImporter::AboutTag(ElementId element) const
 
 void NodeImporter::ImportChild(Level& level, ElementId child, Step& step)
 {
+    if (columns_.PlanOf(child).isEntered) {
+        const bool hasRecord = level.sink != kNoTable;
+        const TableNumber sink = hasRecord ? level.sink : level.parentSink;
+        const std::int32_t key = hasRecord ? level.key : level.parentKey;
+        Enter(child, sink, key, step);
+        return;
+    }
     if (level.sink == kNoTable) {
         ImportChildOfWrapper(level, child, step);
         return;
@@ -183,7 +214,8 @@ void NodeImporter::ImportChildOfWrapper(const Level& level, ElementId child, Ste
         throw RuntimeError(runtime_errors::kSubscriptOutOfRange,
                            "Subscript out of range: " + columns_.PathOf(child) +
                                " has no table with columns of its own and stands in the wrapping element " +
-                               columns_.PathOf(level.element) + "; without +skip_empty it is imported");
+                               columns_.PathOf(level.element) +
+                               "; without +skip_empty it is imported (+complete imports them)");
     if (plan.isRepeatedLeaf)
         columns_.velImportTwinBabyElements(child, parentKey, parentSink);
     if (document_.ChildCount(child) > 0)

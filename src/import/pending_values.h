@@ -12,6 +12,7 @@ struct ValueOrigin {
     static constexpr NameId kOwnText = ~NameId{0};
     ElementId element = kNoElement;
     NameId attribute = kOwnText;
+    bool isOffered = true; ///< false: an empty attribute, which is kept, but is no value that could be lost
 };
 
 /// Which values of the document stand in the fields of the record that is being built. A later value for the same field
@@ -25,6 +26,7 @@ struct PendingValues {
     std::vector<ValueOrigin> byField;      ///< by position; no element where the field holds no value of the document
     std::vector<std::size_t> filled;       ///< positions that hold one
     std::vector<Refusal> refused;          ///< values that were offered to the record, and that it does not hold
+    bool isContinuation = false;           ///< of a record that has another part, where its attributes were offered
     ElementId attributeOwner = kNoElement; ///< element whose attributes were offered to the record
 
     void Clear()
@@ -34,6 +36,7 @@ struct PendingValues {
         filled.clear();
         refused.clear();
         attributeOwner = kNoElement;
+        isContinuation = false;
     }
     void Put(std::size_t field, ValueOrigin origin)
     {

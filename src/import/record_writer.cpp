@@ -55,9 +55,15 @@ void RecordWriter::FindKeys(TableSink& sink) const
         return;
     sink.keyLayout = layout;
     sink.values.byField.assign(sink.records->FieldCount(), {});
-    sink.primaryKey = sink.records->FieldIndex(job_.settings.strKeyPrimary);
-    sink.foreignKey = sink.records->FieldIndex(job_.settings.strKeyForeign);
-    sink.masterTable = sink.records->FieldIndex(kMasterTable);
+    sink.primaryKey = sink.records->FieldIndex(sink.plan->keys.primary);
+    sink.foreignKey = sink.records->FieldIndex(sink.plan->keys.foreign);
+    sink.masterTable = sink.records->FieldIndex(sink.plan->keys.master);
+}
+
+void RecordWriter::SetPrimaryKey(TableSink& sink, std::int32_t key)
+{
+    if (sink.primaryKey)
+        sink.records->SetLong(*sink.primaryKey, key);
 }
 
 void RecordWriter::SetForeignKey(TableSink& sink, std::int32_t key)
@@ -148,6 +154,19 @@ void RecordWriter::Widen(TableSink& sink, const std::vector<ColumnToWiden>& colu
     velChangeColumnToMemo(job_, session_, sink.records->Source(), columns);
     FindKeys(sink);
     values.PutBack();
+}
+
+std::size_t RecordWriter::FieldBeside(TableSink& sink, const std::string& besides, const std::string& name,
+                                      ValueOrigin origin)
+{
+    if (const auto field = sink.records->FieldIndex(name))
+        return *field;
+    const ValuesByName values(sink);
+    AddColumnBeside(job_, session_, sink.records->Source(), besides, name,
+                    PathOfValue(document_, document_.Path(origin.element), origin.attribute, ""));
+    FindKeys(sink);
+    values.PutBack();
+    return sink.records->FieldIndex(name).value();
 }
 
 /// The record did not fit its page: texts become memos, as many as that takes.

@@ -35,12 +35,16 @@ public:
     /// `element` is what the record is made of.
     void Begin(TableSink& sink, ElementId element);
     // Key columns that the table does not have, or that take no such value, are passed over.
+    void SetPrimaryKey(TableSink& sink, std::int32_t key);
     void SetForeignKey(TableSink& sink, std::int32_t key);
     void SetMasterTable(TableSink& sink, std::string_view ownerTable);
     /// Puts a value of the document into a field. When the text column is too small, the column named `rawName` is
     /// widened where that is too small as well, and then the one that was meant. Throws 3421 when its type cannot hold
     /// the value, and 3163 when its bytes are too few: the field is empty then, not at its default.
     void Set(TableSink& sink, std::size_t field, const RawName& rawName, std::string_view value, ValueOrigin origin);
+    /// The field of the text column `name`, which is made when it is missing: it takes what does not fit `besides`.
+    [[nodiscard]] std::size_t FieldBeside(TableSink& sink, const std::string& besides, const std::string& name,
+                                          ValueOrigin origin);
     /// Saves the record begun last. Every finished record passes here. It stays pending when the engine refuses it.
     /// Rows saved while their owner is pending go with it when that is abandoned.
     void Save(TableSink& sink);

@@ -177,7 +177,8 @@ void TextFileOpener::Open(TableSink& sink, Step& step)
     text.file = files_.Find(path);
     if (text.file != nullptr)
         return;
-    if (!job_.settings.blAppend && FileExists(path)) {
+    const bool keepsText = job_.settings.blAppend || (sink.plan->keepsTextOfRun && filesOfRun_.HasOpened(path));
+    if (!keepsText && FileExists(path)) {
         step("Delete old file [" + path + "]");
         DeleteFile(path);
         filesOfRun_.NoteChange();

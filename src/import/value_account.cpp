@@ -65,23 +65,24 @@ void ValueAccount::Stored(const PendingValues& values)
 {
     const ElementId owner = values.attributeOwner;
     // An element that fills two records brings the same attributes into both.
-    const bool countAttributes = owner != kNoElement && !attributesSeen_[owner];
+    const bool isFirstRecord = owner != kNoElement && !attributesSeen_[owner];
+    const bool countAttributes = values.isContinuation || isFirstRecord;
     for (const std::size_t field : values.filled) {
         const ValueOrigin origin = values.byField[field];
         if (origin.attribute == ValueOrigin::kOwnText)
             StoreText(origin.element);
         else
-            stored_ += countAttributes ? 1 : 0;
+            stored_ += countAttributes && origin.isOffered ? 1 : 0;
     }
     for (const PendingValues::Refusal& refusal : values.refused)
         Refuse(refusal, countAttributes);
-    if (countAttributes)
+    if (isFirstRecord)
         attributesSeen_[owner] = true;
 }
 
 void ValueAccount::Refuse(const PendingValues::Refusal& refusal, bool firstRecordOfAttributes)
 {
-    const auto [element, attribute] = refusal.origin;
+    const auto [element, attribute, isOffered] = refusal.origin;
     if (attribute != ValueOrigin::kOwnText) {
         if (firstRecordOfAttributes)
             attributesRefused_.Add(document_.Path(element), attribute, refusal.reason, element);

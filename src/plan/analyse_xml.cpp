@@ -1,5 +1,6 @@
 #include "plan/analyse_xml.h"
 
+#include "plan/complete_rules.h"
 #include "plan/plain_rules.h"
 #include "xml/structure_analysis.h"
 
@@ -7,10 +8,31 @@
 
 namespace velmora {
 
-void velAnalyseXML(Job& job, Document& document, const TagMap& map, StructureModel& model, MappingPlan& plan)
+namespace {
+
+MappingPlan PlanCompletely(Job& job, Document& document, const TagMap& map, const KnownDatabase& known)
+{
+    const std::vector<PathFacts> facts = GatherFacts(document, [&] { job.ProcessEvents(); });
+    MappingPlan plan = PlanByCompleteRules(document, facts, known, job.settings, map);
+    for (const std::string& note : plan.notes)
+        job.log.ProtocolAppend(note);
+    job.host.SetProgressRange(ProgressBarId::Records, std::max(1, plan.recordEstimate));
+    return plan;
+}
+
+} // namespace
+
+void velAnalyseXML(Job& job, Document& document, const TagMap& map, StructureModel& model, MappingPlan& plan,
+                   const std::function<KnownDatabase()>& readDatabase)
 {
     Procedure(job.log, "velAnalyseXML", {}, [&](Step& step) {
         job.log.ProtocolAppend("Analyse XML");
+        if (job.settings.blComplete) {
+            job.ProcessEvents(); // throws when there is no database
+            if (!document.IsEmpty())
+                plan = PlanCompletely(job, document, map, readDatabase());
+            return;
+        }
         model = StructureModel();
         model.Reserve(document.Paths().Size());
         if (!document.IsEmpty()) {

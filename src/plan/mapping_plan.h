@@ -1,9 +1,11 @@
 #pragma once
 
+#include "plan/origin.h"
 #include "xml/document.h"
 
 #include <cstddef>
 #include <cstdint>
+#include <optional>
 #include <span>
 #include <string>
 #include <string_view>
@@ -39,6 +41,20 @@ struct PlannedColumn {
     std::string name;
     PathId origin = 0; ///< of the values in it; where several paths share it, the first
     ColumnType type = ColumnType::Text;
+    /// Where values go that do not fit the type of a column that was there before; empty: nowhere.
+    std::string overflow{};
+    std::optional<ColumnOrigin> told{}; ///< what the database is to know of it; none: nothing, or it knows
+};
+
+/// The columns that say what belongs together. A table may lack any of them; those that are made are made with it.
+struct PlannedKeys {
+    std::string primary, foreign, master; ///< their names
+    bool makesPrimary = false;
+    bool makesForeign = false;
+    bool makesMaster = false;
+    bool addsMaster = false;  ///< to a table that is there
+    bool dropsMaster = false; ///< from a table that is there
+    std::string primaryIndex, foreignIndex;
 };
 
 /// A table for the elements of one path. Those of several paths may share a table of the database: each has an entry,
@@ -48,10 +64,15 @@ struct PlannedTable {
     PathId path = 0;
     std::int32_t level = 0;        ///< nesting depth of the elements: parents are made before their children
     TableNumber parent = kNoTable; ///< its records belong to records of this one
-    std::string relation;          ///< the name that the relation to it has, if it is free
-    bool isShared = false;         ///< no relation: the parents stand in several tables, and MASTER_TABLE tells which
-    bool isWrapper = false;        ///< without columns and left out: neither made, nor filled when it is there
-    bool hasTextFile = false;      ///< in a run that exports text
+    PlannedKeys keys;
+    std::string relation;             ///< the name that the relation to it has, if it is free
+    TableNumber continues = kNoTable; ///< a table for further columns of this one: its records have the same keys
+    bool isShared = false;           ///< no relation: the parents stand in several tables, and MASTER_TABLE tells which
+    bool isWrapper = false;          ///< without columns and left out: neither made, nor filled when it is there
+    bool indexesParents = false;     ///< the foreign key has an index, be there a relation or not
+    bool hasTextFile = false;        ///< in a run that exports text
+    bool keepsTextOfRun = false;     ///< its text file is deleted only once in a run
+    std::optional<TableOrigin> told; ///< what the database is to know of it; none: nothing, or it knows
     // The columns that it is made with come first; behind them those that are only filled, if the database has them.
     ColumnNumber firstColumn = 0;
     ColumnNumber endOfMade = 0;
@@ -62,6 +83,7 @@ struct PlannedTable {
 struct ValuePlace {
     ColumnNumber column = kNoColumn;
     LossReason otherwise = LossReason::NoColumn;
+    TableNumber part = kNoTable; ///< the table that continues the record's own and has the column; none: its own
 };
 
 struct AttributePlan {
@@ -80,6 +102,9 @@ struct PathPlan {
     bool hasOnlyLeaves = false;    ///< children without attributes: nothing is left of them when its record is made
     bool isRepeatedLeaf = false;   ///< a whole record each, text and attributes
     bool endsRunInWrapper = false; ///< there is no place for it where its parent has no record
+    bool isEntered = false;     ///< each is a whole record, or passed through, whatever it holds; no value of another's
+    bool keepsEmpty = false;    ///< a leaf without text has the empty text
+    bool writesOwnText = false; ///< into a record of its own, beside attributes and leaves
 };
 
 /// What becomes of a document, decided once, after its analysis: the tables and columns, their names as the database
@@ -91,7 +116,11 @@ struct MappingPlan {
     std::vector<PathPlan> paths; ///< by PathId
     std::vector<AttributePlan> attributes;
     bool importsAttributes = false;
+    bool keepsEmptyAttributes = false;
+    bool widensByTag = true; ///< a text too long widens the column that bears its tag before that in which it stands
+    bool importsEverything = false;  ///< the protocol says so, in numbers
     std::int32_t recordEstimate = 0; ///< about how many records the import will write
+    std::vector<std::string> notes;  ///< protocol lines about what was decided
 
     [[nodiscard]] TableNumber LastTable() const noexcept { return static_cast<TableNumber>(tables.size() - 1); }
     /// The columns that `table` is made with.

@@ -114,6 +114,16 @@ void PlainRules::PlanTable(std::size_t entry)
     table.level = element.intLevel;
     table.isShared = element.blSharedTable;
     table.hasTextFile = element.lngTableNo > 0;
+    const bool makesKeys = settings_.blCreateTableRelations;
+    table.keys = {.primary = settings_.strKeyPrimary,
+                  .foreign = settings_.strKeyForeign,
+                  .master = std::string(kMasterTable),
+                  .makesPrimary = makesKeys,
+                  .makesForeign = makesKeys,
+                  .makesMaster = makesKeys && settings_.blOneTablePerElement,
+                  .dropsMaster = !table.isShared,
+                  .primaryIndex = table.name + "_" + settings_.strKeyPrimary,
+                  .foreignIndex = table.name + "_" + settings_.strKeyForeign};
     const PlannedTable& around = plan_.tables[table_[parent_[entry]]];
     table.parent = around.isWrapper ? around.parent : table_[parent_[entry]];
 

@@ -49,4 +49,18 @@ void velChangeColumnToMemo(Job& job, DatabaseSession& session, const std::string
     });
 }
 
+void AddColumnBeside(Job& job, DatabaseSession& session, const std::string& table, const std::string& besides,
+                     const std::string& name, const std::string& path)
+{
+    Procedure(job.log, "AddColumnBeside", table, [&](Step& step) {
+        const std::string statement = "ALTER TABLE [" + table + "] ADD COLUMN [" + name + "] LONGTEXT";
+        step(statement);
+        session.ExecuteSql(statement);
+        session.SetOrigins(table, {{}, {{name, {.kind = ColumnOrigin::Kind::Overflow, .name = besides}}}});
+        job.log.ProtocolAppend("New column: [" + table + "].[" + name + "], for values that do not fit [" + besides +
+                               "], the first at " + path);
+        ++session.Report(table).newColumns;
+    });
+}
+
 } // namespace velmora

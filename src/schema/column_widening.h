@@ -25,4 +25,9 @@ struct ColumnToWiden {
 void velChangeColumnToMemo(Job& job, DatabaseSession& session, const std::string& table,
                            const std::vector<ColumnToWiden>& columns);
 
+/// Adds the memo column `name` to `table`, for values that do not fit the type of `besides`, the first of them at
+/// `path` in the document. Records pending in recordsets on the table keep their values.
+void AddColumnBeside(Job& job, DatabaseSession& session, const std::string& table, const std::string& besides,
+                     const std::string& name, const std::string& path);
+
 } // namespace velmora

@@ -106,6 +106,13 @@ void DatabaseSession::OpenReadOnly(const fs::path& path)
     connection_ = Translated([&] { return jet::Connection::OpenReadOnly(path); });
 }
 
+NameRules DatabaseSession::Names() const
+{
+    const jet::Connection* const connection = connection_.get();
+    return {[connection](std::string_view name) { return connection->NameKey(name); },
+            [connection](std::string_view name, std::size_t max) { return connection->ValidName(name, max); }};
+}
+
 void DatabaseSession::ExecuteSql(std::string_view sql)
 {
     Translated([&] {

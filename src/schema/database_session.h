@@ -1,6 +1,7 @@
 #pragma once
 
 #include "jet/connection.h"
+#include "plan/known_database.h"
 #include "schema/lock_retry.h"
 #include "schema/origin.h"
 #include "schema/recordset.h"
@@ -37,6 +38,8 @@ public:
     void OpenReadOnly(const std::filesystem::path& path);
     [[nodiscard]] jet::JetVersion Version() const noexcept { return connection_->Version(); }
     [[nodiscard]] bool IsOpen() const noexcept { return connection_ != nullptr; }
+    /// Which names the database takes. The rules are good as long as it is open.
+    [[nodiscard]] NameRules Names() const;
     [[nodiscard]] bool IsAccess97() const noexcept { return connection_->Version() == jet::JetVersion::Jet3; }
     /// Drops what came after the last Commit(). Every recordset must be closed before.
     void Close() noexcept { connection_.reset(); }

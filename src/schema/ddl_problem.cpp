@@ -22,7 +22,10 @@ std::string_view Kind(DdlObject object)
     return {};
 }
 
-std::string WhatHelps(const EngineError& error, const DdlSubject& subject)
+/// With the rules that import every value no name is refused and no table has too many columns.
+constexpr std::string_view kCompleteHelps = " (+complete imports them)";
+
+std::string WhatElseHelps(const EngineError& error, const DdlSubject& subject)
 {
     using namespace engine_errors;
     const jet::ErrorSubject& about = error.Subject();
@@ -62,6 +65,17 @@ std::string WhatHelps(const EngineError& error, const DdlSubject& subject)
         break;
     }
     return "a tag mapping (t=), table_prefix= and table_suffix= give the table another name";
+}
+
+std::string WhatHelps(const EngineError& error, const DdlSubject& subject)
+{
+    using namespace engine_errors;
+    std::string help = WhatElseHelps(error, subject);
+    const int number = error.Number();
+    if (number == kTableExists || number == kTooManyFields || number == kFieldDefinedTwice || number == kFieldExists ||
+        number == kInvalidName)
+        help += kCompleteHelps;
+    return help;
 }
 
 /// Failures of the disk or the file have nothing to do with names.

@@ -42,6 +42,7 @@ RuntimeError ExplainTooLarge(const RuntimeError& error, const LargeRecord& recor
             "attributes out, a tag mapping (t=) brings several tags into one column";
     if (record.isAccess97)
         text += "; in a new Access 2000 database (ver=2000) a record may be twice as large";
+    text += " (+complete imports them)"; // in several tables
     return {error.Number(), text + ")"};
 }
 

@@ -37,6 +37,8 @@ private:
     void AddMissingColumns(const PlannedTable& table, TableColumns& known, Step& step);
     void CreateTable(const PlannedTable& table, Step& step);
     void CreateRelation(const PlannedTable& table, Step& step);
+    [[nodiscard]] bool CreateLinkIndex(const PlannedTable& table, Step& step);
+    void TellOrigins(const PlannedTable& table, Step& step);
     void DropMasterTable(const PlannedTable& table, TableColumns& known, Step& step);
     void Execute(const std::string& sql, const DdlSubject& subject);
     [[nodiscard]] bool ExecuteIfAllowed(const std::string& sql, const DdlSubject& subject, const std::string& table,
@@ -106,6 +108,8 @@ void SchemaBuilder::BuildTable(const PlannedTable& table, Step& step)
     if (pass_ == kCreateRelations) {
         if (exists && table.parent != kNoTable && !table.isShared)
             CreateRelation(table, step);
+        else if (exists && table.indexesParents)
+            (void)CreateLinkIndex(table, step);
         return;
     }
     TableColumns known{table.name, {}};
@@ -113,8 +117,9 @@ void SchemaBuilder::BuildTable(const PlannedTable& table, Step& step)
         AddMissingColumns(table, known, step);
     else if (!table.isWrapper)
         CreateTable(table, step);
-    if (!table.isShared)
+    if (table.keys.dropsMaster)
         DropMasterTable(table, known, step);
+    TellOrigins(table, step);
 }
 
 void SchemaBuilder::AddMissingColumns(const PlannedTable& table, TableColumns& known, Step& step)
@@ -129,23 +134,28 @@ void SchemaBuilder::AddMissingColumns(const PlannedTable& table, TableColumns& k
         known.NoteAdded(column.name);
         ++session_.Report(table.name).newColumns;
     }
+    if (table.keys.addsMaster)
+        Execute("ALTER TABLE [" + table.name + "] ADD COLUMN [" + table.keys.master + "] String",
+                {PathOf(table), DdlObject::Column, table.keys.master});
 }
 
 void SchemaBuilder::CreateTable(const PlannedTable& table, Step& step)
 {
-    const ConversionSettings& settings = job_.settings;
     if (pass_ == kExtendStructure)
         job_.log.ProtocolAppend("New table: [" + table.name + "]");
+    const PlannedKeys& keys = table.keys;
     std::string fields;
     std::vector<NamedColumn> named;
-    if (settings.blCreateTableRelations) {
-        fields = "[" + settings.strKeyPrimary + "] Counter NOT NULL, [" + settings.strKeyForeign + "] Long";
-        named = {{"", settings.strKeyPrimary}, {"", settings.strKeyForeign}};
-        if (settings.blOneTablePerElement) {
-            fields += ", [" + std::string(kMasterTable) + "] String";
-            named.push_back({"", std::string(kMasterTable)});
-        }
-    }
+    const auto addKey = [&](const std::string& name, std::string_view type) {
+        fields.append(fields.empty() ? "[" : ", [").append(name).append("] ").append(type);
+        named.push_back({"", name});
+    };
+    if (keys.makesPrimary)
+        addKey(keys.primary, table.continues == kNoTable ? "Counter NOT NULL" : "Long NOT NULL");
+    if (keys.makesForeign)
+        addKey(keys.foreign, "Long");
+    if (keys.makesMaster)
+        addKey(keys.master, "String");
     for (const PlannedColumn& column : plan_.MadeColumns(table)) {
         fields += (fields.empty() ? "[" : ", [") + column.name + "] ";
         fields += TypeName(column);
@@ -160,39 +170,81 @@ void SchemaBuilder::CreateTable(const PlannedTable& table, Step& step)
             throw Explain(error, RefusedPart({PathOf(table), DdlObject::Table, table.name}, named, error));
         }
     }
-    if (settings.blCreateTableRelations) {
-        const std::string index = table.name + "_" + settings.strKeyPrimary;
-        step("Create index [" + index + "]");
-        Execute("CREATE UNIQUE INDEX [" + index + "] ON [" + table.name + "] ([" + settings.strKeyPrimary +
+    if (keys.makesPrimary) {
+        step("Create index [" + keys.primaryIndex + "]");
+        Execute("CREATE UNIQUE INDEX [" + keys.primaryIndex + "] ON [" + table.name + "] ([" + keys.primary +
                     "]) WITH PRIMARY;",
-                {PathOf(table), DdlObject::Index, index});
+                {PathOf(table), DdlObject::Index, keys.primaryIndex});
     }
+}
+
+/// The column by which the table's records refer to those of its parent.
+const std::string& LinkOf(const PlannedTable& table)
+{
+    return table.continues == kNoTable ? table.keys.foreign : table.keys.primary;
+}
+
+/// False when there can be none.
+bool SchemaBuilder::CreateLinkIndex(const PlannedTable& table, Step& step)
+{
+    std::string index = table.keys.foreignIndex;
+    if (velCheckExistsIndex(job_, session_, table.name, LinkOf(table), index))
+        return true;
+    step("Create Index on [" + index + "]");
+    return ExecuteIfAllowed("CREATE INDEX [" + index + "] ON [" + table.name + "] ([" + LinkOf(table) + "]);",
+                            {PathOf(table), DdlObject::Index, index}, table.name, plan_.tables[table.parent].name);
 }
 
 void SchemaBuilder::CreateRelation(const PlannedTable& table, Step& step)
 {
-    const ConversionSettings& settings = job_.settings;
-    const std::string& parent = plan_.tables[table.parent].name;
+    const PlannedTable& parentTable = plan_.tables[table.parent];
+    const std::string& parent = parentTable.name;
     if (session_.IsRelationLeftOut(table.name))
         return;
     step("Create relation between [" + table.name + "] and [" + parent + "]");
-    std::string index = table.name + "_" + settings.strKeyForeign;
-    if (!velCheckExistsIndex(job_, session_, table.name, settings.strKeyForeign, index)) {
-        step("Create Index on [" + index + "]");
-        if (!ExecuteIfAllowed("CREATE INDEX [" + index + "] ON [" + table.name + "] ([" + settings.strKeyForeign +
-                                  "]);",
-                              {PathOf(table), DdlObject::Index, index}, table.name, parent))
-            return;
+    if (LinkOf(table).empty() || parentTable.keys.primary.empty()) {
+        session_.LeaveOutRelation(table.name);
+        job_.log.ProtocolAppend("Relation between [" + table.name + "] and [" + parent +
+                                "] left out: one of them has no key column");
+        return;
     }
+    if (!CreateLinkIndex(table, step))
+        return;
     std::string relation = table.relation;
     if (velCheckExistsRelation(job_, session_, parent, table.name, relation))
         return;
     const bool made = ExecuteIfAllowed("ALTER TABLE [" + table.name + "] ADD CONSTRAINT [" + relation +
-                                           "] FOREIGN KEY ([" + settings.strKeyForeign + "]) REFERENCES [" + parent +
-                                           "] ([" + settings.strKeyPrimary + "]) ON UPDATE CASCADE ON DELETE CASCADE;",
+                                           "] FOREIGN KEY ([" + LinkOf(table) + "]) REFERENCES [" + parent + "] ([" +
+                                           parentTable.keys.primary + "]) ON UPDATE CASCADE ON DELETE CASCADE;",
                                        {PathOf(table), DdlObject::Relation, relation}, table.name, parent);
     if (made)
         session_.NoteRelation(relation);
+}
+
+/// Lets the database know what was made, and what it did not know of what was there.
+void SchemaBuilder::TellOrigins(const PlannedTable& table, Step& step)
+{
+    using Kind = ColumnOrigin::Kind;
+    const PlannedKeys& keys = table.keys;
+    Origins origins;
+    origins.table = table.told;
+    const auto tell = [&](bool isMade, const std::string& column, Kind kind) {
+        if (isMade)
+            origins.columns.push_back({column, {.kind = kind}});
+    };
+    if (table.told) { // of a table that nobody has told of, nobody made the keys
+        tell(keys.makesPrimary, keys.primary, Kind::Key);
+        tell(keys.makesForeign, keys.foreign, Kind::Parent);
+        tell(keys.makesMaster, keys.master, Kind::Master);
+    }
+    tell(keys.addsMaster, keys.master, Kind::Master);
+    for (const PlannedColumn& column : plan_.MadeColumns(table))
+        if (column.told)
+            origins.columns.push_back({column.name, *column.told});
+    if (!origins.table && origins.columns.empty())
+        return;
+    step("Describe table [" + table.name + "]");
+    session_.SetOrigins(table.name, origins);
 }
 
 /// MASTER_TABLE stays only in tables that several elements of one name share.

@@ -43,6 +43,7 @@ struct Controls {
     CheckControl chkRecreateDatabase, chkExtendMDB, chkEmptyTables;
     CheckControl chkImportAttributes, chkOneTablePerElement, chkSkipEmptyWrappingTags, chkCreateTableRelations;
     CheckControl chkOverwrite; ///< for txtFILE_EXPORT
+    CheckControl chkComplete;  ///< "Import every value"
     CheckControl chkAPPEND, chkEXPORT_COLUMN_NAMES, chkQUOTED;
     CheckControl chkStrict, chkQuiet, chkDebug{.visible = false};
     CheckControl chkEnableTagMapping; ///< follows from whether a mapping file is named

@@ -31,6 +31,7 @@ struct ConversionSettings : RunFlags {
     bool blImportAttributes = false;
     bool blOneTablePerElement = false;
     bool blSkipEmptyWrappingTags = false;
+    bool blComplete = false;
     std::string strTablePrefix;
     std::string strTableSuffix;
     std::string strKeyPrimary;

@@ -297,6 +297,14 @@ constexpr Option kOptions[] = {
              "database is touched (status 2); a value that was not imported, a record without a text file or a file "
              "that was not renamed makes the status 3",
      .offHelp = "say so in the protocol and go on"},
+    {.group = OptionGroup::Tables,
+     .control = &Controls::chkComplete,
+     .setting = &ConversionSettings::blComplete,
+     .words = "+complete complete",
+     .offWords = "-complete",
+     .help = "import every value: text beside child elements, lists, empty elements and whatever else the plain rules "
+             "leave behind; names that the database refuses are changed",
+     .offHelp = "leave such values out and say so in the protocol"},
     {.group = OptionGroup::Running,
      .control = &Controls::chkQuiet,
      .setting = &ConversionSettings::blQuiet,

@@ -27,9 +27,9 @@ QString Cure(LossReason reason)
 {
     switch (reason) {
     case LossReason::NoRecord:
-        return LeftOutWindow::tr("Uncheck “Do not import wrapping tags”");
+        return LeftOutWindow::tr("Uncheck “Do not import wrapping tags”, or check “Import every value”");
     case LossReason::BesideChildren:
-        return LeftOutWindow::tr("Put the text into an element of its own in the source");
+        return LeftOutWindow::tr("Check “Import every value”");
     case LossReason::AttributesOff:
         return LeftOutWindow::tr("Check “Import Attributes”");
     case LossReason::NoColumn:

@@ -66,6 +66,12 @@ std::string Document::PathText(PathId path, std::size_t limit) const
     return std::string(CutUtf8(head, keep)).append(kCut).append(tail);
 }
 
+bool IsBlank(std::string_view text) noexcept
+{
+    return std::all_of(text.begin(), text.end(),
+                       [](char c) { return c == ' ' || c == '\n' || c == '\t' || c == '\r'; });
+}
+
 NameId Document::Name(ElementId element) const noexcept
 {
     return impl_->paths.Name(Path(element));

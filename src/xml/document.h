@@ -36,6 +36,15 @@ private:
     std::unique_ptr<Impl> impl_;
 };
 
+/// Is there nothing but what XML takes for white space?
+[[nodiscard]] bool IsBlank(std::string_view text) noexcept;
+
+/// What becomes of pieces of text that are white space only.
+enum class Blanks : std::uint8_t {
+    BesideChildrenDropped, ///< between children they are no content, the others are as they stand
+    KeptBesideText,        ///< they are content of an element that has other text
+};
+
 /// One XML document, parsed once into a compact tree: flat arrays, names interned, text in one arena. Never changes
 /// after loading, except that paths and names may be added (attributes and repeated leaves have paths too).
 class Document {
@@ -64,7 +73,7 @@ public:
     [[nodiscard]] std::uint32_t ChildCount(ElementId element) const noexcept;
     /// How many children of the element's parent bear its tag, itself included; 1 for the document element.
     [[nodiscard]] std::uint32_t SameTagCount(ElementId element) const noexcept;
-    /// The element's own character data, pieces joined; white space between child elements does not count.
+    /// The element's own character data, pieces joined; white space between child elements as Blanks says.
     [[nodiscard]] std::string_view Content(ElementId element) const noexcept;
     [[nodiscard]] std::uint32_t AttributeCount(ElementId element) const noexcept;
     [[nodiscard]] NameId AttributeName(ElementId element, std::uint32_t index) const noexcept;

@@ -12,15 +12,10 @@ namespace {
 constexpr std::size_t kMaxText = std::numeric_limits<std::uint32_t>::max();
 constexpr std::uint32_t kNoGroup = ~std::uint32_t{0};
 
-bool IsBlank(const char* text, std::size_t length)
-{
-    return std::all_of(text, text + length, [](char c) { return c == ' ' || c == '\n' || c == '\t' || c == '\r'; });
-}
-
 } // namespace
 
-DocumentBuilder::DocumentBuilder(MemoryBudget budget)
-    : data_(*(document_.impl_ = std::make_unique<Document::Impl>(std::move(budget))))
+DocumentBuilder::DocumentBuilder(MemoryBudget budget, Blanks blanks)
+    : data_(*(document_.impl_ = std::make_unique<Document::Impl>(std::move(budget)))), blanks_(blanks)
 {
 }
 
@@ -82,14 +77,14 @@ void DocumentBuilder::Text(std::string_view piece)
     data_.text.Append(piece.data(), piece.size());
 }
 
-/// Takes the piece of text before or behind a child out of the arena; white space alone is not content there.
+/// Takes the piece of text before or behind a child out of the arena; white space alone may be no content there.
 void DocumentBuilder::ClosePieceBesideChild()
 {
     const std::size_t length = data_.text.Size() - pieceBegin_;
     if (length == 0)
         return;
     const char* const piece = &data_.text[pieceBegin_];
-    if (!IsBlank(piece, length))
+    if (blanks_ == Blanks::KeptBesideText || !IsBlank({piece, length}))
         mixed_.append(piece, length);
     data_.text.SetSize(pieceBegin_);
 }
@@ -99,7 +94,10 @@ void DocumentBuilder::EndElement()
     const OpenElement& element = open_.back();
     if (element.childCount != 0) {
         ClosePieceBesideChild();
-        data_.text.Append(mixed_.data() + element.mixedBegin, mixed_.size() - element.mixedBegin);
+        const char* const text = mixed_.data() + element.mixedBegin;
+        const std::size_t length = mixed_.size() - element.mixedBegin;
+        if (blanks_ != Blanks::KeptBesideText || !IsBlank({text, length}))
+            data_.text.Append(text, length);
         mixed_.resize(element.mixedBegin);
     }
     ElementRecord& record = data_.elements[element.id];

@@ -13,7 +13,7 @@ namespace velmora {
 /// user when the document is larger than the arrays can number.
 class DocumentBuilder {
 public:
-    explicit DocumentBuilder(MemoryBudget budget);
+    explicit DocumentBuilder(MemoryBudget budget, Blanks blanks = Blanks::BesideChildrenDropped);
 
     /// `attributes` are names and values by turns, ended by nullptr.
     void StartElement(std::string_view name, const char* const* attributes);
@@ -44,6 +44,7 @@ private:
 
     Document document_;
     Document::Impl& data_;
+    const Blanks blanks_;
     std::vector<OpenElement> open_;
     std::size_t pieceBegin_ = 0; ///< the text arena's end is the piece of text that is being read; here it begins
     /// Texts of open elements that have children, innermost last: a text goes to the arena when it is complete.

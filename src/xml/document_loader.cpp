@@ -149,7 +149,8 @@ bool ChunkedInput::SetBadBytes(const char* what)
 
 } // namespace
 
-LoadResult LoadDocument(const std::string& path, const std::function<void()>& onPiece, MemoryBudget budget)
+LoadResult LoadDocument(const std::string& path, const std::function<void()>& onPiece, MemoryBudget budget,
+                        Blanks blanks)
 {
     const FileHandle file(OpenFileStream(path, "rb"));
     if (!file)
@@ -161,7 +162,7 @@ LoadResult LoadDocument(const std::string& path, const std::function<void()>& on
         return Unreadable(SystemProblem(errno));
 
     const InputEncoding encoding = DetectEncoding(head);
-    DocumentParser parser(encoding.parseAs, std::move(budget));
+    DocumentParser parser(encoding.parseAs, std::move(budget), blanks);
     ChunkedInput input(file.get(), parser, encoding);
     bool more = input.Give(head);
     while (more) {

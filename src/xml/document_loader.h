@@ -25,7 +25,8 @@ struct LoadResult {
 /// or that cannot be read, gives an empty document and `problem`. No external entity is ever fetched. `onPiece` is
 /// called now and then; what it throws ends the load.
 [[nodiscard]] LoadResult LoadDocument(const std::string& path, const std::function<void()>& onPiece,
-                                      MemoryBudget budget = MemoryBudget(kDocumentMemoryBudgetBytes));
+                                      MemoryBudget budget = MemoryBudget(kDocumentMemoryBudgetBytes),
+                                      Blanks blanks = Blanks::BesideChildrenDropped);
 
 /// The line, counted from 1, on which `element` begins in the file at `path`, from which its document was loaded. Reads
 /// the file up to there: for messages. nullopt when it cannot be told any more, or in this encoding.

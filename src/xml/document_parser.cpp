@@ -108,8 +108,8 @@ void SkippedEntities::CountInTag(std::string_view startTag)
     }
 }
 
-DocumentParser::DocumentParser(ParseAs parseAs, MemoryBudget budget)
-    : parser_(XML_ParserCreate(ParserName(parseAs))), builder_(std::move(budget))
+DocumentParser::DocumentParser(ParseAs parseAs, MemoryBudget budget, Blanks blanks)
+    : parser_(XML_ParserCreate(ParserName(parseAs))), builder_(std::move(budget), blanks)
 {
     if (!parser_)
         throw std::bad_alloc();

@@ -40,7 +40,7 @@ private:
 /// One parse: takes the parser's events and gives them to the builder.
 class DocumentParser {
 public:
-    DocumentParser(ParseAs parseAs, MemoryBudget budget);
+    DocumentParser(ParseAs parseAs, MemoryBudget budget, Blanks blanks);
 
     /// Where up to `bytes` bytes for the next ParseBuffer go.
     [[nodiscard]] void* Buffer(std::size_t bytes);

@@ -45,7 +45,10 @@ LoadedXml velLoadXML(Job& job, const std::string& path)
         // The words of the trace are fixed, whatever the parser is: those who read traces look for them.
         step("Initialize ActiveX");
         step("Load file into ActiveX");
-        LoadResult loaded = LoadDocument(path, [&] { job.ProcessEvents(); });
+        // Text beside children is imported only where every value is.
+        const Blanks blanks = job.settings.blComplete ? Blanks::KeptBesideText : Blanks::BesideChildrenDropped;
+        LoadResult loaded = LoadDocument(
+            path, [&] { job.ProcessEvents(); }, MemoryBudget(kDocumentMemoryBudgetBytes), blanks);
         ReportLoad(job, path, loaded);
         result.readable = loaded.problem.empty();
         result.document = std::move(loaded.document);

@@ -21,7 +21,7 @@ TEST(AccessTables, TakeRecordsOfTheDocumentInTheirOwnTypes)
                                   "x||0|77|0|1.5|2024-03-05 12:00:00|0|False|\n");
     EXPECT_EQ(run.Said("New column: [Table1].[new]"), 1);
     EXPECT_EQ(run.Said("Relation between [Table1] and [db] left out: There is no field named 'FKEY'"), 1);
-    EXPECT_EQ(run.Said("Not imported: 2 of 9 values, the first at //db/Table1/D"), 1);
+    EXPECT_EQ(run.Said("Not imported: 2 of 9 values, the first at //db/Table1/D (+complete imports them)"), 1);
     EXPECT_EQ(run.Said("Time zones left out, the times are as written: [Table1].[G]"), 1);
 
     // What was refused stays empty when the record is begun anew, because a text of it makes its column a memo.

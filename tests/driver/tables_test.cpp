@@ -51,7 +51,7 @@ TEST(Tables, AreAsWorkedOutByHand)
          "item(PKEY|FKEY|id|name): 1|1|one| / 2|1|2|n\n"
          "list(PKEY|FKEY): 1|0\n"
          "item.FKEY -> list.PKEY\n",
-         "Not imported: 1 of 4 values, the first at //list/item/id\n"
+         "Not imported: 1 of 4 values, the first at //list/item/id (+complete imports them)\n"
          "  //list/item/id: 1, another value of the record took its column, \"1\"\n"},
         {"the current child sink is switched by a sibling with attributes", "",
          "<r><p><n>1</n><u k='a'/><u k='b'/><v>x</v><w k='c'>y</w></p></r>",
@@ -97,7 +97,7 @@ TEST(Tables, LackWhatTheProtocolNames)
 {
     const Case cases[] = {
         {"text beside children", "-relations", "<r><p>t&#10;<n>1</n>u</p></r>", "p(n): 1\n",
-         "Not imported: 1 of 2 values, the first at //r/p\n"
+         "Not imported: 1 of 2 values, the first at //r/p (+complete imports them)\n"
          "  //r/p: 1, text beside child elements, \"t u\"\n"},
         {"a list beside nothing else is not looked for", "", "<r><n>1</n><p><t>a</t><t>b</t></p></r>",
          "p(PKEY|FKEY): 1|1\n"
@@ -105,20 +105,20 @@ TEST(Tables, LackWhatTheProtocolNames)
          "t(PKEY|FKEY|t):\n"
          "p.FKEY -> r.PKEY\n"
          "t.FKEY -> p.PKEY\n",
-         "Not imported: 2 of 3 values, the first at //r/p/t\n"
+         "Not imported: 2 of 3 values, the first at //r/p/t (+complete imports them)\n"
          "  //r/p/t: 2, no record is made at this place, \"a\"\n"},
         {"the first of two leaves that meet in one column, and a long one", "-relations",
          "<r><p><a:n>0123456789012345678901234567890123\xC3\xA9\xC3\xA9 to the end</a:n><b:n>2</b:n></p>"
          "<p><a:n>3</a:n><b:n>4</b:n></p></r>",
          "p(n): 2 / 4\n",
-         "Not imported: 2 of 4 values, the first at //r/p/a:n\n"
+         "Not imported: 2 of 4 values, the first at //r/p/a:n (+complete imports them)\n"
          "  //r/p/a:n: 2, another value of the record took its column, "
          "\"0123456789012345678901234567890123\xC3\xA9\xC3\xA9 ...\"\n"},
         {"an attribute for which a list took the column", "attr= -relations",
          "<r><p t='x'><t>1</t><t>2</t><n>3</n><m>4</m></p></r>",
          "p(n|m): 3|4\n"
          "t(t): 1 / 2\n",
-         "Not imported: 1 of 5 values, the first at //r/p/t\n"
+         "Not imported: 1 of 5 values, the first at //r/p/t (+complete imports them)\n"
          "  //r/p/t: 1, its column was taken by an element of the same name, \"x\"\n"},
         {"attributes that nobody wants", "-attributes -relations", "<r k='a'><p k='b' j='c'><n>1</n></p></r>",
          "p(n): 1\n",
@@ -132,7 +132,7 @@ TEST(Tables, LackWhatTheProtocolNames)
          "r(PKEY|FKEY): 1|0 / 2|0\n"
          "p.FKEY -> r.PKEY\n"
          "q.FKEY -> r.PKEY\n",
-         "Not imported: 3 of 6 values, the first at //r/p/PKEY\n"
+         "Not imported: 3 of 6 values, the first at //r/p/PKEY (+complete imports them)\n"
          "  //r/p/PKEY: 1, its column is a key, which takes no values, \"50\"\n"
          "  //r/p/FKEY: 1, its column is a key, which takes no values, \"1\"\n"
          "  //r/q/FKEY: 1, its column is a key, which takes no values, \"7\"\n",
@@ -147,7 +147,7 @@ TEST(Tables, LackWhatTheProtocolNames)
          "r(PKEY|FKEY): 1|0 / 2|0\n"
          "a.FKEY -> r.PKEY\n"
          "b.FKEY -> r.PKEY\n",
-         "Not imported: 1 of 3 values, the first at //r/a/p/MASTER_TABLE\n"
+         "Not imported: 1 of 3 values, the first at //r/a/p/MASTER_TABLE (+complete imports them)\n"
          "  //r/a/p/MASTER_TABLE: 1, its column is a key, which takes no values, \"x\"\n",
          "<r><a><p><MASTER_TABLE>x</MASTER_TABLE><n>3</n></p></a><b><p><n>4</n></p></b></r>"},
     };

@@ -87,7 +87,7 @@ TEST_F(WindowTest, ListsWhatWasNotImportedWithItsCure)
     }
     EXPECT_EQ(lines.join('\n').toStdString(),
               "//a/b/attr_id|1|attributes are left out (-attributes)|\"7\"|Check “Import Attributes”\n"
-              "//a/b|1|text beside child elements|\"text\"|Put the text into an element of its own in the source");
+              "//a/b|1|text beside child elements|\"text\"|Check “Import every value”");
 }
 
 TEST_F(WindowTest, AsksForAMissingDelimiter)

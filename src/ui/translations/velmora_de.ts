@@ -295,12 +295,12 @@
     <context>
         <name>velmora::LeftOutWindow</name>
         <message>
-            <source>Uncheck “Do not import wrapping tags”</source>
-            <translation>„Umhüllende Tags nicht importieren“ abwählen</translation>
+            <source>Uncheck “Do not import wrapping tags”, or check “Import every value”</source>
+            <translation>„Umhüllende Tags nicht importieren“ abwählen oder „Jeden Wert importieren“ ankreuzen</translation>
         </message>
         <message>
-            <source>Put the text into an element of its own in the source</source>
-            <translation>Den Text in der Quelle in ein eigenes Element stellen</translation>
+            <source>Check “Import every value”</source>
+            <translation>„Jeden Wert importieren“ ankreuzen</translation>
         </message>
         <message>
             <source>Check “Import Attributes”</source>
@@ -678,6 +678,10 @@
         <message>
             <source>Let nothing pass (strict)</source>
             <translation>Nichts durchgehen lassen (strict)</translation>
+        </message>
+        <message>
+            <source>Import every value</source>
+            <translation>Jeden Wert importieren</translation>
         </message>
         <message>
             <source>Create ta&amp;ble relations</source>

@@ -1,0 +1,29 @@
+#pragma once
+
+#include "xml/document.h"
+
+#include <cstdint>
+#include <functional>
+#include <vector>
+
+namespace velmora {
+
+struct AttributeFacts {
+    NameId name = 0;
+    bool isLong = false; ///< some value does not fit a text column
+};
+
+/// What the elements of one path have, all over the document.
+struct PathFacts {
+    std::int64_t count = 0;                 ///< of the elements
+    bool hasChildren = false;               ///< some has
+    bool isRepeated = false;                ///< some stands beside another of its tag
+    bool hasText = false;                   ///< some has text of its own that is not white space only
+    bool hasLongText = false;               ///< some text does not fit a text column
+    std::vector<AttributeFacts> attributes; ///< in the order in which they first appeared
+};
+
+/// By PathId: numbers ascend with the first appearance. One walk over the document; `onPiece` is called now and then.
+[[nodiscard]] std::vector<PathFacts> GatherFacts(const Document& document, const std::function<void()>& onPiece);
+
+} // namespace velmora

@@ -1,0 +1,229 @@
+#include "driver/conversion.h"
+
+#include "jet/base/value_codec.h"
+#include "jet/connection.h"
+#include "schema/database_session.h"
+
+#include <map>
+#include <random>
+
+namespace velmora::testing {
+
+namespace {
+
+struct Case {
+    const char* name;
+    const char* options;
+    std::vector<std::string> documents; ///< of one run
+    std::string content;                ///< of the database
+    std::vector<const char*> said{};
+    std::string then{}; ///< the document of a second run, into the same database
+};
+
+TEST(Complete, TablesHoldEveryValue)
+{
+    const std::string longTag(70, 'n');
+    const Case cases[] = {
+        {.name = "lists, mixed content, flags, and an attribute that only a later one has",
+         .options = "",
+         .documents = {"<doc><ids><id>1</id><id>2</id></ids><p>a <b>bold</b> z<e/><e k='1' j=''/></p><flag/></doc>"},
+         .content = "doc(PKEY|FKEY|flag): 1||\n"
+                    "e(PKEY|FKEY|attr_k|attr_j): 1|1|| / 2|1|1|\n"
+                    "id(PKEY|FKEY|id): 1|1|1 / 2|1|2\n"
+                    "ids(PKEY|FKEY): 1|1\n"
+                    "p(PKEY|FKEY|p|b): 1|1|a  z|bold\n"
+                    "e.FKEY -> p.PKEY\nid.FKEY -> ids.PKEY\nids.FKEY -> doc.PKEY\np.FKEY -> doc.PKEY\n",
+         .said = {"Values: 5 offered, 5 stored, 0 lost", "!Not imported"}},
+        {.name = "names that meet, are refused or too long",
+         .options = "pkey=id",
+         .documents = {"<r><p id='1' x:k='2' y:k='3'><id>4</id><ID>5</ID><a.b/><a_b/><" + longTag +
+                       "/></p><q><p/><p/></q></r>"},
+         .content = "p(id|FKEY|attr_id|attr_k|attr_k_2|id_2|ID_3|a_b|a_b_2|" + longTag.substr(0, 64) +
+                    "): 1|1|1|2|3|4|5|||\n"
+                    "p_2(id|FKEY|p): 1|1| / 2|1|\nq(id|FKEY): 1|1\nr(id|FKEY): 1|\n"
+                    "p.FKEY -> r.id\np_2.FKEY -> q.id\nq.FKEY -> r.id\n",
+         .said = {"Name changed: [p].[attr_k_2] for //r/p, not [attr_k]",
+                  "Name changed: Table [p_2] for //r/q/p, not [p]", "Name changed: [p].[ID_3] for //r/p/ID, not [ID]"}},
+        {.name = "wrapping tags inside each other are left out, the document element stays",
+         .options = "+skip_empty",
+         .documents = {"<r><w><v><x>1</x><x>2</x></v></w></r>"},
+         .content = "r(PKEY|FKEY): 1|\nx(PKEY|FKEY|x): 1|1|1 / 2|1|2\nx.FKEY -> r.PKEY\n"},
+        {.name = "a shared table goes by MASTER_TABLE",
+         .options = "+one_table_per_element",
+         .documents = {"<n t='0'><n t='1'><n t='2'/></n><m><n>3</n><n>4</n></m></n>"},
+         .content = "m(PKEY|FKEY|MASTER_TABLE): 1|1|n\n"
+                    "n(PKEY|FKEY|MASTER_TABLE|attr_t|n): 1|||0| / 2|1|n|1| / 3|2|n|2| / 4|1|m||3 / 5|1|m||4\n"},
+        {.name = "without relations a table without columns is not made",
+         .options = "-relations",
+         .documents = {"<r><w><x>1</x><x>2</x></w></r>"},
+         .content = "x(x): 1 / 2\n"},
+        {.name = "what was a column in the first file is a record in the second",
+         .options = "",
+         .documents = {"<r><p><n>1</n></p></r>", "<r><p><n>2</n><n>3</n></p></r>", "<r><p><n>4</n></p></r>"},
+         .content = "n(PKEY|FKEY|n): 1|2|2 / 2|2|3 / 3|3|4\n"
+                    "p(PKEY|FKEY|n): 1|1|1 / 2|2| / 3|3|\nr(PKEY|FKEY): 1| / 2| / 3|\n"
+                    "n.FKEY -> p.PKEY\np.FKEY -> r.PKEY\n"},
+        {.name = "a later run finds the tables by their paths, not by their names",
+         .options = "",
+         .documents = {"<r><a><p k='1'/></a><b><p k='2'/></b></r>"},
+         .content = "a(PKEY|FKEY): 1|1\nb(PKEY|FKEY): 1|1 / 2|2\np(PKEY|FKEY|attr_k): 1|1|1\n"
+                    "p_2(PKEY|FKEY|attr_k): 1|1|2 / 2|2|3\nr(PKEY|FKEY): 1| / 2|\n"
+                    "a.FKEY -> r.PKEY\nb.FKEY -> r.PKEY\np.FKEY -> a.PKEY\np_2.FKEY -> b.PKEY\n",
+         .then = "<r><b><p k='3'/></b></r>"},
+    };
+    Conversions runs;
+    for (const Case& c : cases) {
+        SCOPED_TRACE(c.name);
+        Conversion& run = runs.Next();
+        run.Options("+complete").Options(c.options);
+        for (std::size_t i = 0; i < c.documents.size(); ++i)
+            run.Xml(c.documents[i], std::string(1, static_cast<char>('a' + i)) + ".xml");
+        EXPECT_FALSE(run.Run().failed) << run.Error();
+        for (const std::string_view line : c.said)
+            EXPECT_EQ(run.Said(line.substr(line.starts_with('!'))) > 0, !line.starts_with('!'))
+                << line << run.Protocol();
+        if (!c.then.empty()) {
+            EXPECT_FALSE(run.Options("-recreate_database").Xml(c.then).Run().failed) << run.Error();
+        }
+        EXPECT_EQ(run.Content(), c.content);
+    }
+}
+
+TEST(Complete, WideElementsGoOnInFurtherTables)
+{
+    std::string xml = "<r>";
+    for (const char* const value : {"x", "y"}) {
+        xml += "<p>";
+        for (int i = 0; i < 520; ++i)
+            xml += "<c" + std::to_string(i) + ">" + std::string(i == 519 ? 1 : 300, *value) + "</c" +
+                   std::to_string(i) + ">";
+        xml += "</p>";
+    }
+    for (const char* const options : {"", "ver=97", "-relations"}) {
+        SCOPED_TRACE(options);
+        Conversion run;
+        run.Options("+complete").Options(options).Xml(xml + "</r>");
+        ASSERT_FALSE(run.Run().failed) << run.Error();
+        EXPECT_EQ(run.Said("Values: 1040 offered, 1040 stored, 0 lost"), 1) << run.Protocol();
+        const bool is97 = std::string_view(options) == "ver=97";
+        EXPECT_EQ(run.Tables(), is97 ? "p p_2 p_3 p_4 r " : *options == '-' ? "p p_2 p_3 " : "p p_2 p_3 r ");
+        const std::string last = is97 ? "p_4" : "p_3";
+        EXPECT_EQ(run.Dump(last).substr(0, 5), "PKEY|");
+        EXPECT_NE(run.Dump(last).find("|x\n2|"), std::string::npos);
+        EXPECT_EQ(run.Said("in spite of -relations") > 0, *options == '-');
+    }
+}
+
+/// A document whose elements have a value each, all different, under names that clash.
+class ClashingDocument {
+public:
+    explicit ClashingDocument(unsigned seed) : random_(seed) { Element(0, 0); }
+
+    std::string text;
+    std::vector<std::string> values;
+    std::vector<std::size_t> parents; ///< by value: the value of the element around
+
+private:
+    std::size_t Below(std::size_t limit) { return random_() % limit; }
+    void Element(int depth, std::size_t parent)
+    {
+        static const std::vector<std::string> kTags = {"a",
+                                                       "A",
+                                                       "a.b",
+                                                       "a_b",
+                                                       "x:a",
+                                                       "PKEY",
+                                                       "FKEY",
+                                                       "MASTER_TABLE",
+                                                       "ss",
+                                                       "\xC3\x9F",
+                                                       "\xC3\xA9",
+                                                       "\xC3\x89",
+                                                       std::string(70, 'n'),
+                                                       std::string(71, 'n')};
+        const std::string& tag = depth == 0 ? kTags[0] : kTags[Below(kTags.size())];
+        const std::size_t own = values.size();
+        values.push_back("v" + std::to_string(own) + "v" + std::string(Below(20) == 0 ? 300 : 0, 'l'));
+        parents.push_back(parent);
+        text += "<" + tag;
+        const bool inAttribute = Below(3) == 0;
+        if (inAttribute)
+            text += (Below(2) == 0 ? " k='" : " x:k='") + values[own] + "'";
+        text += ">" + (inAttribute ? "" : values[own]);
+        for (std::size_t child = depth < 5 ? Below(5) : 0; child > 0; --child)
+            Element(depth + 1, own);
+        text += "</" + tag + ">";
+    }
+
+    std::mt19937 random_;
+};
+
+/// Where a value stands: the record, the parts of one taken together.
+struct Place {
+    std::string table, key, parentTable, parentKey;
+};
+
+std::map<std::string, std::vector<Place>> PlacesOfValues(const std::filesystem::path& target)
+{
+    std::map<std::string, std::string> parentOf, firstOf;
+    std::vector<std::string> tables;
+    {
+        DatabaseSession session;
+        session.Open(target);
+        tables = session.UserTables();
+        for (const std::string& table : tables) {
+            const Origins origins = session.OriginsOf(table);
+            firstOf[table] = origins.table && !origins.table->continues.empty() ? origins.table->continues : table;
+        }
+    }
+    const auto connection = jet::Connection::Open(target);
+    for (auto rows = connection->OpenSchema(jet::SchemaKind::ForeignKeys); !rows.Eof(); rows.MoveNext())
+        parentOf[rows.Text("FK_TABLE_NAME")] = rows.Text("PK_TABLE_NAME");
+    std::map<std::string, std::vector<Place>> places;
+    for (const std::string& table : tables) {
+        jet::Recordset records = connection->OpenTable(table);
+        const auto text = [&](std::string_view column) {
+            const auto field = records.FieldIndex(column);
+            return field ? jet::ToText(records.Get(*field)) : std::string();
+        };
+        for (records.MoveFirst(); !records.Eof(); records.MoveNext()) {
+            const std::string master = text("MASTER_TABLE");
+            const Place place{firstOf[table], text("PKEY"), master.empty() ? parentOf[table] : master, text("FKEY")};
+            for (std::size_t field = 0; field < records.FieldCount(); ++field)
+                if (const std::string value = jet::ToText(records.Get(field)); value.starts_with('v'))
+                    places[value].push_back(place);
+        }
+    }
+    return places;
+}
+
+TEST(Complete, EveryValueOfARandomDocumentStandsInOneCellOfTheRightRecord)
+{
+    const char* const options[] = {"", "+one_table_per_element", "+skip_empty", "ver=97",
+                                   "ver=97 +one_table_per_element +skip_empty"};
+    Conversions runs;
+    for (unsigned seed = 1; seed <= 10; ++seed) {
+        const char* const words = options[seed % std::size(options)];
+        SCOPED_TRACE("seed " + std::to_string(seed) + " " + words);
+        const ClashingDocument document(seed);
+        Conversion& run = runs.Next();
+        ASSERT_FALSE(run.Options("+complete").Options(words).Xml(document.text).Run().failed) << run.Error();
+        const auto places = PlacesOfValues(run.Target());
+        ASSERT_EQ(places.size(), document.values.size()) << document.text;
+        for (std::size_t i = 0; i < document.values.size(); ++i) {
+            const std::vector<Place>& found = places.at(document.values[i]);
+            ASSERT_EQ(found.size(), 1u) << document.values[i];
+            const Place& own = found.front();
+            const Place& around = places.at(document.values[document.parents[i]]).front();
+            const bool isSameRecord = own.table == around.table && own.key == around.key;
+            const bool isChild = own.parentTable == around.table && own.parentKey == around.key;
+            EXPECT_TRUE(isSameRecord || isChild)
+                << document.values[i] << " in [" << own.table << "] " << own.key << "\n"
+                << document.text << run.Content();
+        }
+    }
+}
+
+} // namespace
+
+} // namespace velmora::testing
