@@ -44,7 +44,7 @@ namespace velmora {
 
 namespace {
 
-constexpr int kDrawMilliseconds = 100; // smooth enough, and next to nothing beside the run
+constexpr int kDrawMilliseconds = 150; // smooth enough, and next to nothing beside the run
 constexpr int kCheckMilliseconds = 300;
 constexpr int kStructurePage = 3;
 
