@@ -735,7 +735,10 @@ void CompleteRules::PlanPart(TableNumber first, std::string name)
         plan_.notes.push_back("Table " + Bracketed(part.name) +
                               " has a key in spite of -relations: it is continued in a further table");
     part.name = isNew ? tableNames_.Take(part.name) : std::move(name);
-    part.keys = {.primary = part.keys.primary, .makesPrimary = isNew && isTied};
+    PlannedKeys keys;
+    keys.primary = part.keys.primary;
+    keys.makesPrimary = isNew && isTied;
+    part.keys = std::move(keys);
     part.continues = first;
     part.parent = first;
     part.isShared = false;
