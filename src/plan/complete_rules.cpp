@@ -745,7 +745,7 @@ void CompleteRules::PlanPart(TableNumber first, std::string name)
     part.indexesParents = false;
     part.told.reset();
     if (isNew)
-        part.told = TableOrigin{.continues = plan_.tables[first].name};
+        part.told.emplace().continues = plan_.tables[first].name;
     NameLinks(part);
     plan_.tables.push_back(std::move(part));
 }
