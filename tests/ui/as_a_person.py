@@ -11,6 +11,7 @@ import time
 from pathlib import Path
 
 PATIENCE = 60  # seconds
+LEAKS = Path(__file__).with_name("leaks_of_others.supp")
 
 
 def wait_for(what, probe):
@@ -36,7 +37,8 @@ def main(program, xml):
         with tempfile.TemporaryDirectory(prefix="velmora-window-") as folder:
             target = Path(folder, "orders.mdb")
             environment = {**os.environ, "DISPLAY": ":" + number, "QT_QPA_PLATFORM": "xcb", "HOME": folder,
-                           "XDG_CONFIG_HOME": folder, "LC_ALL": "C.UTF-8"}
+                           "XDG_CONFIG_HOME": folder, "LC_ALL": "C.UTF-8",
+                           "LSAN_OPTIONS": f"suppressions={LEAKS}:print_suppressions=0"}
             environment.pop("WAYLAND_DISPLAY", None)
 
             def xdotool(*words):
