@@ -70,7 +70,7 @@ std::string StandardDesktop::AssociatedProgram(const std::string& file)
 
 QStringList StandardDesktop::ProgramAlone(const std::string& file)
 {
-    const QStringList none{QStringLiteral("Error: No Association")};
+    QStringList none{QStringLiteral("Error: No Association")};
     const QString type =
         QMimeDatabase().mimeTypeForFile(QString::fromStdString(file), QMimeDatabase::MatchExtension).name();
     QProcess query;

@@ -120,6 +120,7 @@ std::vector<QRectF> LayOutDiagram(const DatabaseContents& contents,
 
     std::vector<QRectF> boxes(count);
     std::vector<double> heights;
+    heights.reserve(columns.size());
     for (const Numbers& column : columns)
         heights.push_back(std::accumulate(column.begin(), column.end(), -gap, [&](double sum, std::size_t table) {
             return sum + sizeOf(table).height() + gap;
