@@ -4,9 +4,9 @@
 
 namespace jet::testing {
 
-std::string Model::ColumnLine(const std::string& table, const std::string& column)
+std::string Model::ColumnLine(const std::string& table, const std::string& column, bool isMemo)
 {
-    return table + " has the column " + column;
+    return table + " has the column " + column + (isMemo ? ", a memo" : "");
 }
 
 std::string Model::IndexLine(const std::string& table, const std::string& index, bool isUnique)
@@ -23,9 +23,9 @@ std::set<std::string> Model::Structure() const
 {
     std::set<std::string> lines;
     for (const auto& [name, table] : tables) {
-        lines.insert({ColumnLine(name, "PKEY"), IndexLine(name, name + "_PKEY", true)});
+        lines.insert({ColumnLine(name, "PKEY", false), IndexLine(name, name + "_PKEY", true)});
         for (const Column& column : table.columns) {
-            lines.insert(ColumnLine(name, column.name));
+            lines.insert(ColumnLine(name, column.name, column.type == "Longtext"));
             if (!column.index.empty())
                 lines.insert(IndexLine(name, column.index, column.isUnique));
         }

@@ -37,7 +37,7 @@ public:
 
     /// A line for every column, index and relation.
     [[nodiscard]] std::set<std::string> Structure() const;
-    [[nodiscard]] static std::string ColumnLine(const std::string& table, const std::string& column);
+    [[nodiscard]] static std::string ColumnLine(const std::string& table, const std::string& column, bool isMemo);
     [[nodiscard]] static std::string IndexLine(const std::string& table, const std::string& index, bool isUnique);
     [[nodiscard]] static std::string RelationLine(const std::string& child, const std::string& parent, bool cascades);
 

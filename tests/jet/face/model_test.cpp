@@ -101,10 +101,12 @@ private:
 
     [[nodiscard]] std::set<std::string> Structure()
     {
+        constexpr std::string_view kNoLimit = "0";
         std::set<std::string> lines;
         for (Rowset rows = connection_->OpenSchema(SchemaKind::Columns); !rows.Eof(); rows.MoveNext())
             if (!rows.Text("TABLE_NAME").starts_with("MSys"))
-                lines.insert(Model::ColumnLine(rows.Text("TABLE_NAME"), rows.Text("COLUMN_NAME")));
+                lines.insert(Model::ColumnLine(rows.Text("TABLE_NAME"), rows.Text("COLUMN_NAME"),
+                                               rows.Text("CHARACTER_MAXIMUM_LENGTH") == kNoLimit));
         for (Rowset rows = connection_->OpenSchema(SchemaKind::Indexes); !rows.Eof(); rows.MoveNext())
             if (!rows.Text("TABLE_NAME").starts_with("MSys"))
                 lines.insert(Model::IndexLine(rows.Text("TABLE_NAME"), rows.Text("INDEX_NAME"),
