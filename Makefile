@@ -13,7 +13,8 @@ SOURCES = find src tests fuzz bench tools -name '*.cpp' -o -name '*.h'
 WINDOW := qt6-base-dev qt6-svg-dev qt6-l10n-tools qt6-tools-dev xvfb xdotool
 WITH_WINDOW := -DVELMORA_WINDOW=ON
 
-.PHONY: all setup build run window screenshots install test test-sanitize tidy format reformat fuzz bench check-large clean
+.PHONY: all setup build run window screenshots install test test-sanitize tidy format reformat fuzz bench check-large \
+    check-readers clean
 
 all: build
 
@@ -105,6 +106,11 @@ check-large: build
 	@cmake --preset sanitize --log-level=WARNING
 	@cmake --build --preset sanitize --parallel $(JOBS) --target velmora
 	@python3 bench/check_large.py --program $(PROGRAM) --sanitized build/sanitize/velmora --data build/large
+
+# Text files with +quoted in SQLite, PostgreSQL and LibreOffice, by their own import; installs what is missing of them.
+check-readers: build
+	@tools/setup.sh sqlite3 postgresql libreoffice-calc
+	@python3 tools/readers/check.py $(PROGRAM)
 
 clean:
 	@rm -rf build

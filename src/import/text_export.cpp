@@ -45,17 +45,22 @@ private:
     std::vector<std::string> paths_;
 };
 
-/// The first line of the file at `path`, without its end; nullopt when it cannot be read or is longer than `longest`.
-std::optional<std::string> FirstLine(const std::string& path, std::size_t longest)
+/// Whether the file at `path` begins with `line`, perhaps behind a byte order mark.
+bool BeginsWithLine(const std::string& path, std::string_view line)
 {
     std::FILE* file = OpenFileStream(path, "rb");
     if (file == nullptr)
-        return std::nullopt;
-    std::string text(longest + 2, '\0');
+        return false;
+    std::string text(kByteOrderMark.size() + line.size() + 2, '\0');
     text.resize(std::fread(text.data(), 1, text.size(), file));
     std::fclose(file);
-    const std::size_t end = text.find("\r\n");
-    return end == text.npos ? std::nullopt : std::optional(text.substr(0, end));
+    std::string_view begin = text;
+    if (begin.starts_with(kByteOrderMark))
+        begin.remove_prefix(kByteOrderMark.size());
+    if (!begin.starts_with(line))
+        return false;
+    begin.remove_prefix(line.size());
+    return begin.starts_with("\r\n") || begin.starts_with('\n');
 }
 
 /// Finds the columns' positions anew when the table's layout has changed.
@@ -71,7 +76,7 @@ void FollowLayout(TableSink& sink)
         text.fields.push_back(sink.records->FieldIndex(column));
 }
 
-/// Puts the parts of a line together in `line`: `append(i, line)` appends the text of part i.
+/// Puts the parts of a line together in `line`: `append(i, line)` appends the text of part i; false when there is none.
 template <class Append>
 void JoinLine(std::string& line, std::size_t count, const ConversionSettings& settings, Append&& append)
 {
@@ -80,9 +85,10 @@ void JoinLine(std::string& line, std::size_t count, const ConversionSettings& se
         if (i > 0)
             line += settings.strDelimiter;
         const std::size_t begin = line.size();
-        append(i, line);
-        if (settings.blQuoted)
-            QuoteField(line, begin, settings.strDelimiter);
+        if (!append(i, line))
+            line += settings.nullText;
+        else if (settings.blQuoted)
+            QuoteField(line, begin, settings.strDelimiter, settings.nullText);
     }
     // Many readers take an empty line for none.
     if (settings.blQuoted && line.empty())
@@ -91,15 +97,19 @@ void JoinLine(std::string& line, std::size_t count, const ConversionSettings& se
 
 void JoinNames(std::string& line, const TextOutput& text, const ConversionSettings& settings)
 {
-    JoinLine(line, text.columns.size(), settings, [&](std::size_t i, std::string& out) { out += text.columns[i]; });
+    JoinLine(line, text.columns.size(), settings, [&](std::size_t i, std::string& out) {
+        out += text.columns[i];
+        return true;
+    });
 }
 
 void JoinValues(std::string& line, TableSink& sink, const ConversionSettings& settings)
 {
     FollowLayout(sink);
+    const DateForm dates = settings.HasIsoDates() ? DateForm::Iso : DateForm::Blank;
     JoinLine(line, sink.text.fields.size(), settings, [&](std::size_t i, std::string& out) {
-        if (const auto field = sink.text.fields[i])
-            sink.records->AppendText(*field, out);
+        const std::optional<std::size_t> field = sink.text.fields[i];
+        return field && sink.records->AppendText(*field, out, dates);
     });
 }
 
@@ -185,9 +195,13 @@ void TextFileOpener::Open(TableSink& sink, Step& step)
     }
     step("Open file [" + path + "]");
     const bool isNew = !FileExists(path);
-    text.file = &files_.Open(path);
+    text.file = &files_.Open(path, job_.settings.LineEnd());
     if (isNew)
         filesOfRun_.NoteChange();
+    if (isNew && job_.settings.blBom) {
+        text.file->WriteByteOrderMark();
+        text.file->Settle();
+    }
     if (filesOfRun_.NoteOpened(path) && !isNew)
         WarnOfKeys();
     if (!job_.settings.blExportColumnNames)
@@ -216,7 +230,7 @@ void TextFileOpener::WarnOfKeys()
 /// Lines behind a first line that names other columns, or the same in another order, would not fit it.
 void TextFileOpener::CompareColumns(const TableSink& sink, const std::string& header) const
 {
-    if (FirstLine(sink.text.file->Path(), header.size()) != header)
+    if (!BeginsWithLine(sink.text.file->Path(), header))
         job_.log.ProtocolAppend("The first line of [" + sink.text.file->Path() +
                                 "] does not name the columns that table [" + sink.records->Source() + "] has now");
 }

@@ -13,12 +13,11 @@ namespace velmora {
 
 namespace {
 
-constexpr std::string_view kLineEnd = "\r\n";
 constexpr std::size_t kPieceBytes = std::size_t{64} * 1024;
 
 } // namespace
 
-TextFile::TextFile(const std::string& path) : path_(path)
+TextFile::TextFile(const std::string& path, std::string_view lineEnd) : path_(path), lineEnd_(lineEnd)
 {
     std::FILE* file = OpenFileStream(path_, "ab");
     if (file == nullptr)
@@ -33,7 +32,7 @@ void TextFile::WriteLine(std::string_view line)
 {
     if (failed_)
         return;
-    buffer_.append(line).append(kLineEnd);
+    buffer_.append(line).append(lineEnd_);
     if (buffer_.size() >= kPieceBytes)
         Flush();
 }
@@ -87,19 +86,22 @@ TextFile* TextFiles::Find(const std::string& path)
     return found == files_.end() ? nullptr : &found->second;
 }
 
-TextFile& TextFiles::Open(const std::string& path)
+TextFile& TextFiles::Open(const std::string& path, std::string_view lineEnd)
 {
-    return files_.try_emplace(path, path).first->second;
+    return files_.try_emplace(path, path, lineEnd).first->second;
 }
 
-void QuoteField(std::string& line, std::size_t begin, std::string_view delimiter)
+void QuoteField(std::string& line, std::size_t begin, std::string_view delimiter, std::string_view nullText)
 {
     constexpr char kQuote = '"';
+    constexpr std::string_view kEndOfData = "\\.";
+    const std::string_view written = std::string_view(line).substr(begin);
+    const bool isMistakable = written == nullText || written == kEndOfData;
     // Of a delimiter of several characters the first is enough: a value's last one may run into the delimiter itself.
     const char first = delimiter.empty() ? kQuote : delimiter.front();
     const auto value = line.begin() + static_cast<std::ptrdiff_t>(begin);
-    if (std::none_of(value, line.end(),
-                     [first](char c) { return c == kQuote || c == '\r' || c == '\n' || c == first; }))
+    if (!isMistakable && std::none_of(value, line.end(),
+                                      [first](char c) { return c == kQuote || c == '\r' || c == '\n' || c == first; }))
         return;
 
     const auto quotes = static_cast<std::size_t>(std::count(value, line.end(), kQuote));

@@ -8,7 +8,9 @@
 
 namespace velmora {
 
-/// A text file to which lines are appended; they end in CR LF.
+inline constexpr std::string_view kByteOrderMark = "\xEF\xBB\xBF"; ///< in UTF-8
+
+/// A text file to which lines are appended.
 ///
 /// Lines are collected and written in large pieces, and the file is open only for that: a document of thousands of
 /// tables needs no thousands of open files. Lines that may yet be taken back are told from those that stay by Settle().
@@ -16,13 +18,15 @@ namespace velmora {
 class TextFile {
 public:
     /// Makes the file when it is missing. Throws when it cannot be written.
-    explicit TextFile(const std::string& path);
+    explicit TextFile(const std::string& path, std::string_view lineEnd = "\r\n");
     TextFile(const TextFile&) = delete;
     TextFile& operator=(const TextFile&) = delete;
 
     [[nodiscard]] const std::string& Path() const noexcept { return path_; }
     /// `line` without its end.
     void WriteLine(std::string_view line);
+    /// Writes the bytes by which other programs know UTF-8.
+    void WriteByteOrderMark() { buffer_.append(kByteOrderMark); }
     /// Every line written until now stays.
     void Settle() noexcept { settled_ = written_ + buffer_.size(); }
     /// Takes back the lines written since Settle().
@@ -34,6 +38,7 @@ private:
     [[noreturn]] void Fail(int systemError);
 
     std::string path_;
+    std::string lineEnd_;
     std::string buffer_;
     std::uint64_t written_ = 0; ///< size of the file, bytes
     std::uint64_t settled_ = 0; ///< size that stays, bytes: in the file or in the buffer
@@ -46,7 +51,7 @@ public:
     /// nullptr when the file has not been opened.
     [[nodiscard]] TextFile* Find(const std::string& path);
     /// Opens a file that is not open yet. It stays where it is.
-    [[nodiscard]] TextFile& Open(const std::string& path);
+    [[nodiscard]] TextFile& Open(const std::string& path, std::string_view lineEnd);
     [[nodiscard]] std::map<std::string, TextFile>& All() noexcept { return files_; }
 
 private:
@@ -55,7 +60,8 @@ private:
 
 /// Turns the value that begins at `begin` in `line`, and ends with it, into a field as RFC 4180 has it: in quotation
 /// marks, its own doubled, when it holds one, a line break, or anything that could be taken for the beginning of
-/// `delimiter`. Other values stay as they are.
-void QuoteField(std::string& line, std::size_t begin, std::string_view delimiter);
+/// `delimiter`; also when it reads like `nullText`, which stands for no value, or is what ends the data for a reader
+/// (`\.`). Other values stay as they are.
+void QuoteField(std::string& line, std::size_t begin, std::string_view delimiter, std::string_view nullText);
 
 } // namespace velmora

@@ -8,6 +8,7 @@
 #include <array>
 #include <charconv>
 #include <limits>
+#include <utility>
 
 namespace velmora {
 
@@ -30,7 +31,27 @@ bool Recordset::Eof()
     return Translated([&] { return records_->Eof(); });
 }
 
-bool Recordset::AppendText(std::size_t field, std::string& out)
+namespace {
+
+/// `text` is in the form with a blank; what is no date of the calendar has another length.
+std::string IsoForm(std::string text)
+{
+    constexpr std::size_t kBlank = sizeof "2024-03-05" - 1;
+    constexpr std::string_view kNoDay = "1899-12-30 ";
+    constexpr std::string_view kMidnight = " 00:00:00";
+    if (text.size() != kBlank + kMidnight.size())
+        return text;
+    if (text.ends_with(kMidnight))
+        return text.substr(0, kBlank);
+    if (text.starts_with(kNoDay))
+        return text.substr(kNoDay.size());
+    text[kBlank] = 'T';
+    return text;
+}
+
+} // namespace
+
+bool Recordset::AppendText(std::size_t field, std::string& out, DateForm dates)
 {
     const jet::Value value = Translated([&] { return records_->Get(field); });
     if (const auto* text = std::get_if<std::string>(&value)) {
@@ -40,7 +61,9 @@ bool Recordset::AppendText(std::size_t field, std::string& out)
         out.append(digits.data(), std::to_chars(digits.data(), digits.data() + digits.size(), *number).ptr);
     } else if (!jet::IsNull(value)) {
         // The engine shows values as text in the rows that answer a question.
-        out += jet::Rowset({"value"}, {{value}}).Text("value");
+        std::string text = jet::Rowset({"value"}, {{value}}).Text("value");
+        const bool isIsoDate = dates == DateForm::Iso && std::holds_alternative<jet::DateTime>(value);
+        out += isIsoDate ? IsoForm(std::move(text)) : text;
     }
     return !jet::IsNull(value);
 }

@@ -14,6 +14,12 @@
 
 namespace velmora {
 
+/// How a date with a time is written.
+enum class DateForm {
+    Blank, ///< "2024-03-05 14:07:09"
+    Iso,   ///< "2024-03-05T14:07:09", "2024-03-05" for a midnight and "14:07:09" for a time without a date
+};
+
 /// An open table to which records are added: the engine's recordset with the engine's failures as RuntimeError.
 ///
 /// Fields are addressed by position, 0-based; Layout() tells when positions have changed.
@@ -51,8 +57,8 @@ public:
     /// saved.
     ///
     /// False for Null, which is empty; text is itself; numbers are in the shortest form that reads back the same, with
-    /// a point; booleans "True" and "False"; dates "2024-03-05 14:07:09"; bytes hexadecimal; GUIDs in braces.
-    bool AppendText(std::size_t field, std::string& out);
+    /// a point; booleans "True" and "False"; dates as `dates` says; bytes hexadecimal; GUIDs in braces.
+    bool AppendText(std::size_t field, std::string& out, DateForm dates = DateForm::Blank);
 
     // Walking through records that are there, see jet::Recordset.
 

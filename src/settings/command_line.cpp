@@ -66,11 +66,10 @@ public:
         box.visible = box.visible || on_;
     }
     void operator()(TextControl Controls::*member) const { (controls_.*member).text = value_; }
-    /// What is none of the choices stands for the last one.
     void operator()(ComboControl Controls::*member) const
     {
         const std::vector<std::string_view> choices = Listed(option_.value, '|');
-        const auto chosen = std::find(choices.begin(), choices.end() - 1, value_);
+        const auto chosen = std::find(choices.begin(), choices.end() - 1, LowerCase(value_));
         (controls_.*member).selected = static_cast<std::size_t>(chosen - choices.begin());
     }
 
@@ -81,7 +80,16 @@ private:
     Controls& controls_;
 };
 
-/// False when `token` names no option.
+/// Whether the option, when it is a list, has a choice of this name.
+bool HasChoice(const Option& option, std::string_view value)
+{
+    if (option.othersMeanLast || !std::holds_alternative<ComboControl Controls::*>(option.control))
+        return true;
+    const std::vector<std::string_view> choices = Listed(option.value, '|');
+    return std::find(choices.begin(), choices.end(), LowerCase(value)) != choices.end();
+}
+
+/// False when `token` names no option, or of a list no choice.
 bool ApplyToken(std::string_view token, Controls& controls)
 {
     // A key is named by what stands before its "=", that sign included; no switch holds one.
@@ -93,6 +101,8 @@ bool ApplyToken(std::string_view token, Controls& controls)
         const bool on = IsListed(word, option.words);
         if (!on && !IsListed(word, option.offWords))
             continue;
+        if (!HasChoice(option, value))
+            return false;
         std::visit(Setter(option, on, value, controls), option.control);
         return true;
     }

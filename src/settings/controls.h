@@ -34,8 +34,10 @@ struct Controls {
     Controls();
 
     TextControl txtFILE_XML, txtFILE_XML_RENAMED, txtXML_URL, txtXML_USER, txtXML_PASSWORD, txtTIMEOUT;
-    TextControl txtFILE_MDB, txtFILE_EXPORT, txtFILE_TXT, txtFILE_LOG, txtFILE_MAPPING, txtDELIMITER;
+    TextControl txtFILE_MDB, txtFILE_EXPORT, txtFILE_TXT, txtFILE_LOG, txtFILE_MAPPING, txtDELIMITER, txtNULL;
     ComboControl cboDatabase{{"Access 2000", "Access 97"}};
+    ComboControl cboEOL{{"CR LF", "LF"}};
+    ComboControl cboDATE{{"2024-03-05 14:07:09", "2024-03-05T14:07:09"}};
     int tabSourceType = 0; ///< 0 local file, 1 URL
     [[nodiscard]] bool FromUrl() const noexcept { return tabSourceType == 1; }
     int tabMain = 0; ///< selected page of the main window, 0 = "Converter"
@@ -44,7 +46,7 @@ struct Controls {
     CheckControl chkImportAttributes, chkOneTablePerElement, chkSkipEmptyWrappingTags, chkCreateTableRelations;
     CheckControl chkOverwrite; ///< for txtFILE_EXPORT
     CheckControl chkComplete;  ///< "Import every value"
-    CheckControl chkAPPEND, chkEXPORT_COLUMN_NAMES, chkQUOTED;
+    CheckControl chkAPPEND, chkEXPORT_COLUMN_NAMES, chkQUOTED, chkBOM;
     CheckControl chkStrict, chkQuiet, chkDebug{.visible = false};
     CheckControl chkEnableTagMapping; ///< follows from whether a mapping file is named
     TextControl txtATTR_PREFIX, txtKEY_PRIMARY, txtKEY_FOREIGN, txtTABLE_PREFIX, txtTABLE_SUFFIX;

@@ -6,6 +6,7 @@
 #include <cstddef>
 #include <functional>
 #include <string>
+#include <string_view>
 #include <vector>
 
 namespace velmora {
@@ -43,7 +44,14 @@ struct ConversionSettings : RunFlags {
     bool blAppend = false;
     bool blExportColumnNames = false;
     bool blQuoted = false;
+    bool blBom = false;
+    std::string lineEnd;  ///< "CR LF" or "LF"
+    std::string nullText; ///< stands for Null
+    std::string dateForm; ///< of a date with a time; see HasIsoDates()
     bool blStrict = false;
+
+    [[nodiscard]] std::string_view LineEnd() const noexcept { return lineEnd == "LF" ? "\n" : "\r\n"; }
+    [[nodiscard]] bool HasIsoDates() const noexcept { return dateForm.find('T') != dateForm.npos; }
 };
 
 /// Takes the snapshot that a run works with: fills `settings` from `controls`. The run-state flags blAbort and blDebug

@@ -35,6 +35,12 @@ TEST(TextFiles, HoldWhatTheTablesHold)
         {"a column that is widened between two lines keeps its place", "-recreate_database",
          kDocument + "|<r><p><n>2</n><m>b</m></p><p><n>" + longText + "</n><m>c</m></p></r>", "p",
          "PKEY;FKEY;n;m~1;1;1;a~2;2;2;b~3;2;" + longText + ";c~"},
+        {"for a system with other lines, appended to", "+bom eol=LF -relations", kDocument + "|" + kDocument, "p",
+         "\xEF\xBB\xBFn;m\n1;a\n1;a\n"},
+        {"what is not there told from what is empty", "-relations +complete +quoted null=\\N",
+         "<r><p><n>\\N</n><m/></p><p><n>\\.</n></p></r>", "p", "n;m~\"\\N\";~\"\\.\";\\N~"},
+        {"the same by quotation marks alone", "-relations +complete +quoted", "<r><p><n/></p><p><m>1</m></p></r>", "p",
+         "n;m~\"\";~;1~"},
     };
     Conversions runs;
     for (const Case& c : cases) {
@@ -44,22 +50,55 @@ TEST(TextFiles, HoldWhatTheTablesHold)
         for (const std::string& document : Parts(c.documents))
             EXPECT_FALSE(run.Xml(document).Run().failed) << run.Error();
         EXPECT_EQ(run.TextFile(c.table), c.text);
+        EXPECT_EQ(run.Said("does not name the columns"), 0);
     }
 }
 
+/// As CSV, and in tables of SQLite that are tied together as those of the database are.
 TEST(TextFiles, QuotedReadBackElsewhere)
 {
-    Conversion run;
-    run.Text().Options("+quoted delimiter=,");
-    run.Xml("<r><p><n>a,\"b\"&#10;c&#13;&#10;d</n><m>, </m></p><p><n>\xC3\xA4\xE2\x82\xAC</n><m>'</m></p>"
-            "<p><n>e&#13;f</n><m>\"</m></p></r>");
-    EXPECT_FALSE(run.Run().failed) << run.Error();
-    const ProcessResult reader =
-        RunPython({"-c", "import csv, sys; print(list(csv.reader(open(sys.argv[1], newline='', encoding='utf-8'))))",
-                   run.Path("text/p.txt").string()});
-    EXPECT_EQ(reader.output, "[['PKEY', 'FKEY', 'n', 'm'], ['1', '1', 'a,\"b\"\\nc\\r\\nd', ', '], "
-                             "['2', '1', '\xC3\xA4\xE2\x82\xAC', \"'\"], ['3', '1', 'e\\rf', '\"']]\n")
-        << reader.errors;
+    constexpr const char* kReader = R"(
+import csv, sqlite3, sys
+database = sqlite3.connect(':memory:')
+database.execute('PRAGMA foreign_keys = ON')
+database.execute('CREATE TABLE r (PKEY INTEGER PRIMARY KEY, FKEY)')
+database.execute('CREATE TABLE p (PKEY INTEGER PRIMARY KEY, FKEY REFERENCES r(PKEY), n, m)')
+for table in 'rp':
+    with open(f'{sys.argv[1]}/{table}.txt', newline='', encoding='utf-8-sig') as file:
+        names, *rows = csv.reader(file, strict=True)
+    marks = ','.join('?' * len(names))
+    database.executemany(f'INSERT INTO {table} ({",".join(names)}) VALUES ({marks})', rows)
+print(database.execute('SELECT r.PKEY, p.PKEY, n, m FROM r JOIN p ON p.FKEY = r.PKEY ORDER BY p.PKEY').fetchall())
+)";
+    for (const char* options : {"", "eol=lf +bom"}) {
+        Conversion run;
+        run.Text().Options("+quoted delimiter=,").Options(options);
+        run.Xml("<r><p><n>a,\"b\"&#10;c&#13;&#10;d</n><m>, </m></p><p><n>\xC3\xA4\xE2\x82\xAC</n><m>'</m></p>"
+                "<p><n>e&#13;f</n><m>\"</m></p></r>");
+        EXPECT_FALSE(run.Run().failed) << run.Error();
+        const ProcessResult reader = RunPython({"-c", kReader, run.Path("text").string()});
+        EXPECT_EQ(reader.output, "[(1, 1, 'a,\"b\"\\nc\\r\\nd', ', '), (1, 2, '\xC3\xA4\xE2\x82\xAC', \"'\"), "
+                                 "(1, 3, 'e\\rf', '\"')]\n")
+            << reader.errors;
+    }
+}
+
+TEST(TextFiles, HoldDatesAsTheyAreWanted)
+{
+    for (const auto& [options, text] :
+         {std::pair("", "2024-03-05 14:07:09;b~2024-03-05 00:00:00;~1899-12-30 14:07:09;~"),
+          {"date=iso", "2024-03-05T14:07:09;b~2024-03-05;~14:07:09;~"}}) {
+        Conversion run;
+        {
+            const auto database = jet::Connection::Create(run.Target(), jet::JetVersion::Jet4);
+            database->Execute("CREATE TABLE p (n DateTime, m String)");
+            database->Commit();
+        }
+        run.Text().Options("-recreate_database -relations -columns").Options(options);
+        run.Xml("<r><p><n>2024-03-05T14:07:09</n><m>b</m></p><p><n>2024-03-05</n></p><p><n>14:07:09</n></p></r>");
+        EXPECT_FALSE(run.Run().failed) << run.Error();
+        EXPECT_EQ(run.TextFile("p"), text);
+    }
 }
 
 TEST(TextFiles, OfLaterSourcesAreAddedToOrReplaced)

@@ -109,6 +109,8 @@ TEST(CommandLine, ReportsWhatItDoesNotKnowAndGoesOn)
     EXPECT_EQ(parsed.controls.txtFILE_XML.text, "last");
     EXPECT_EQ(parsed.controls.txtFILE_MDB.text, "a b");
     EXPECT_EQ(Parsed("   ").unknown, Texts{});
+    EXPECT_EQ(Parsed("eol=LF date=iso").unknown, Texts{});
+    EXPECT_EQ(Parsed("eol=cr date= ver=2003").unknown, (Texts{"eol=cr", "date="}));
 }
 
 TEST(CommandLine, IsBuiltFromTheArgumentsOfAProcess)
@@ -152,6 +154,7 @@ TEST(CommandLine, IsBuiltFromWhatDiffersFromTheStart)
          R"( ver=97 -attributes +one_table_per_element +skip_empty -relations table_prefix="x_" table_suffix="_y" debug)"},
         {"at= p= f= -append -columns delimiter=; +quoted txt=out rename=r log=l tags=t q",
          R"( rename="r" txt="out" -append -columns delimiter=";" +quoted log="l" tags="t" +attributes attr="" +relations pkey="" fkey="" +quiet)"},
+        {"-a -r +bom eol=lf null=NULL date=iso", R"( +bom eol=lf null="NULL" date=iso -attributes -relations)"},
         {"auth=me pwd=secret -a -r", " -attributes -relations"},
         {"auth=me pwd=secret url=http://x -a -r", R"( url="http://x" auth="me" pwd="secret" -attributes -relations)"},
     };
@@ -193,7 +196,8 @@ TEST(CommandLine, WhatIsBuiltReadsBackToTheSame)
             if (const auto* box = std::get_if<CheckControl Controls::*>(&option.control))
                 (controls.**box).value = chance() ? CheckState::Checked : CheckState::Unchecked;
         }
-        controls.cboDatabase.selected = random() % 2;
+        for (ComboControl* const list : {&controls.cboDatabase, &controls.cboEOL, &controls.cboDATE})
+            list->selected = random() % 2;
 
         controls.tabSourceType = controls.txtXML_URL.text.empty() || chance() ? 0 : 1;
 

@@ -644,6 +644,22 @@
             <translation>Anführungszeichen um Werte, die sie brauchen</translation>
         </message>
         <message>
+            <source>Mark of UTF-8 at the beginning of new text files</source>
+            <translation>Kennung für UTF-8 am Anfang neuer Textdateien</translation>
+        </message>
+        <message>
+            <source>Lines of text files end in</source>
+            <translation>Zeilen der Textdateien enden mit</translation>
+        </message>
+        <message>
+            <source>In text files, for a value that is not there</source>
+            <translation>In Textdateien für einen Wert, den es nicht gibt</translation>
+        </message>
+        <message>
+            <source>Dates in text files</source>
+            <translation>Datum in Textdateien</translation>
+        </message>
+        <message>
             <source>Lo&amp;g file</source>
             <translation>Lo&amp;g-Datei</translation>
         </message>
@@ -762,6 +778,22 @@
         <message>
             <source>write them as they are</source>
             <translation>sie schreiben, wie sie sind</translation>
+        </message>
+        <message>
+            <source>a new file begins with the three bytes by which Excel knows UTF-8</source>
+            <translation>eine neue Datei beginnt mit den drei Bytes, an denen Excel UTF-8 erkennt</translation>
+        </message>
+        <message>
+            <source>how lines end: as on Windows, or as on Linux</source>
+            <translation>wie Zeilen enden: wie unter Windows oder wie unter Linux</translation>
+        </message>
+        <message>
+            <source>what is written for a value that is not there; with +quoted a value that reads the same is put in quotation marks</source>
+            <translation>was für einen Wert geschrieben wird, den es nicht gibt; mit +quoted steht ein Wert, der sich ebenso liest, in Anführungszeichen</translation>
+        </message>
+        <message>
+            <source>what stands between date and time: 2024-03-05 14:07:09, or 2024-03-05T14:07:09, where a midnight is the date alone and a time without a date the time alone</source>
+            <translation>was zwischen Datum und Uhrzeit steht: 2024-03-05 14:07:09 oder 2024-03-05T14:07:09, wobei Mitternacht als Datum allein und eine Uhrzeit ohne Datum als Uhrzeit allein steht</translation>
         </message>
         <message>
             <source>write the protocol to this file too, after what is in it already</source>
