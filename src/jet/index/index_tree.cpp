@@ -2,6 +2,9 @@
 
 #include "jet/base/error.h"
 
+#include <algorithm>
+#include <cassert>
+
 namespace jet {
 
 namespace {
@@ -36,12 +39,10 @@ void RequireLeaf(const IndexPage& page)
         throw CorruptPage(page.Number(), "a leaf is linked with an index page of another level");
 }
 
-/// The place for `entry`, in the rightmost leaf tried at the end first: most entries of ascending keys belong there.
-std::size_t PlaceFor(const IndexPage& leaf, ByteSpan entry)
+/// Does the whole entry `entry` have exactly this key?
+bool IsEntryOf(ByteSpan entry, ByteSpan key)
 {
-    if (leaf.Next() == 0 && (leaf.IsEmpty() || leaf.Compare(leaf.Before(leaf.End()), entry) < 0))
-        return leaf.End();
-    return leaf.LowerBound(entry);
+    return entry.size() == key.size() + kRowPointerSize && std::ranges::equal(entry.first(key.size()), key);
 }
 
 } // namespace
@@ -121,16 +122,22 @@ bool IndexTree::Insert(ByteSpan key, RowId row)
         throw Error(ErrorNumber::RecordTooLarge, {},
                     "Its key in an index would have " + std::to_string(key.size()) + " bytes.");
 
-    const PageRef ref = FindLeaf(entry_);
+    assert(greatest_.empty() || lastLeaf_ != 0); // T9
+    const bool isGreater = !greatest_.empty() && CompareBytes(greatest_, entry_) < 0;
+    const PageRef ref = isGreater ? pager_->Read(lastLeaf_) : FindLeaf(entry_);
     const IndexPage leaf = View(ref);
-    const std::size_t place = PlaceFor(leaf, entry_);
+    const std::size_t place = isGreater ? leaf.End() : leaf.LowerBound(entry_);
     if (place != leaf.End() && leaf.Compare(place, entry_) == 0)
         throw CorruptPage(leaf.Number(), "the index has an entry for a row that is new");
-    const bool isNew = !HasNeighbour(leaf, place, key);
+    // Equal keys stand together: an entry that comes last is its key's first unless the last one until now has the key.
+    const bool isNew = isGreater ? !IsEntryOf(greatest_, key) : !HasNeighbour(leaf, place, key);
+    const bool isLast = leaf.Next() == 0 && place == leaf.End();
     if (leaf.Next() == 0)
         lastLeaf_ = leaf.Number();
     if (!IndexPageEditor(pager_->Write(leaf.Number()), GetFormat()).Insert(leaf, place, entry_))
         InsertRebuilding();
+    if (isLast)
+        greatest_ = entry_;
     return isNew;
 }
 
@@ -142,6 +149,7 @@ bool IndexTree::Remove(ByteSpan key, RowId row)
     const std::size_t place = leaf.LowerBound(entry_);
     if (place == leaf.End() || leaf.Compare(place, entry_) != 0)
         return false;
+    greatest_.clear();
     const bool isOnly = place == leaf.Begin() && leaf.After(place) == leaf.End();
     if (isOnly && leaf.Number() != root_)
         RemoveLeaf(leaf.Number());
@@ -169,9 +177,11 @@ IndexTree::Cursor IndexTree::Seek(ByteSpan key, RowId row) const
 
 bool IndexTree::Contains(ByteSpan key) const
 {
+    if (!greatest_.empty() && (IsEntryOf(greatest_, key) || CompareBytes(greatest_, key) < 0))
+        return IsEntryOf(greatest_, key);
     const PageRef ref = FindLeaf(key);
     const IndexPage leaf = View(ref);
-    const std::size_t place = PlaceFor(leaf, key);
+    const std::size_t place = leaf.LowerBound(key);
     if (place != leaf.End())
         return leaf.HasKey(place, key);
     if (leaf.Next() == 0)
@@ -189,6 +199,7 @@ void IndexTree::Clear()
     }
     MakeEmpty(pager_->Write(root_), GetFormat(), definitionPage_);
     lastLeaf_ = 0;
+    greatest_.clear();
 }
 
 void IndexTree::Destroy()
@@ -196,6 +207,7 @@ void IndexTree::Destroy()
     for (const PageNumber page : pages_.Pages())
         FreePage(page);
     lastLeaf_ = 0;
+    greatest_.clear();
 }
 
 void IndexTree::Cursor::Next()

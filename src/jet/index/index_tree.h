@@ -15,8 +15,9 @@ namespace jet {
 /// One index's B-tree: entries (key, row) in ascending order of their bytes. The root page never changes. One object
 /// per index that is changed.
 ///
-/// Appends in ascending order fill leaves completely, as Access does; the rightmost leaf is kept at hand, so such an
-/// insert does not descend from the root. Fill, packing and splits follow what Access's own pages show.
+/// Appends in ascending order fill leaves completely, as Access does; the greatest entry and its leaf are kept at hand,
+/// so such an insert neither descends from the root nor searches. Fill, packing and splits follow what Access's own
+/// pages show.
 ///
 /// Every node has one child or more with an entry, and a tail, its last child, for which it has none. A child's entry
 /// is a copy of the last leaf entry below it, what its own tail leads to included; after removals it may be greater
@@ -93,6 +94,7 @@ private:
     // Changes of more than one page (index_tree_change.cpp). A step of `path` is named by its depth; path.size() is
     // that of the leaf.
     void InsertRebuilding();
+    void AddLeaf(const Path& path, const IndexPage& leaf);
     void RemoveLeaf(PageNumber leaf);
     void StorePage(const Path& path, std::size_t depth, PageNumber page, std::uint8_t level, const EntryList& entries,
                    std::span<const PagePiece> pieces);
@@ -117,6 +119,7 @@ private:
     UsageMap pages_;
     PageNumber definitionPage_;
     PageNumber lastLeaf_ = 0; ///< rightmost leaf, 0 = not known
+    Bytes greatest_;          ///< the tree's last entry, empty = not known
     Bytes entry_;             ///< the one that is inserted or removed
 };
 

@@ -25,7 +25,8 @@
 ///  T6  No page but the root is empty.
 ///  T7  `previous` and `next` link all pages of a level from left to right, whoever their parents are.
 ///  T8  The index's usage map names the tree's pages, the root among them, and no others.
-///  T9  lastLeaf_ is 0 or the leaf without a next one.
+///  T9  lastLeaf_ is 0 or the leaf without a next one; greatest_ is empty or the last entry of lastLeaf_, which is then
+///      known.
 ///
 /// In the midst of a change, from the bottom up: the new pages are in the map (T8), then the parent knows its children
 /// (T2, T3), then the pages are written and linked (T1, T7). A file may break each of these rules; what is read from
@@ -77,11 +78,36 @@ void IndexTree::InsertRebuilding()
     const PageRef ref = Descend(entry_, &path);
     const IndexPage leaf = View(ref);
     const std::size_t place = leaf.LowerBound(entry_);
-    const EntryList entries = EntriesWith(leaf, place, entry_);
     const bool isLast = place == leaf.End() && leaf.Next() == 0;
+    if (isLast && leaf.Begin() != 0 && !path.empty())
+        return AddLeaf(path, leaf);
+    const EntryList entries = EntriesWith(leaf, place, entry_);
     const std::vector<PagePiece> pieces =
         isLast ? ExtendLastLeaf(leaf, entries, GetFormat()) : CutLeaf(entries, GetFormat());
     StorePage(path, path.size(), leaf.Number(), 0, entries, pieces);
+}
+
+/// Makes a leaf of entry_ alone behind `leaf`, the rightmost and not the root. That one is packed and full, and so
+/// stays as it is: what ascending keys meet once for every leaf that they fill looks at no other entry of it.
+void IndexTree::AddLeaf(const Path& path, const IndexPage& leaf)
+{
+    Bytes last;
+    leaf.CopyEntry(leaf.Before(leaf.End()), last);
+    const PageNumber added = NewPage();
+    NodeChildren children;
+    children.Add(last, leaf.Number());
+    children.Add(entry_, added);
+    ReplaceChildren(path, path.size() - 1, path.back().child, 1, children);
+
+    IndexPageEditor(pager_->Write(leaf.Number()), GetFormat()).SetNext(added);
+    const MutablePageRef ref = pager_->Write(added);
+    MakeEmpty(ref, GetFormat(), definitionPage_);
+    IndexPageEditor editor(ref, GetFormat());
+    editor.SetPrevious(leaf.Number());
+    const IndexPage empty = editor.View();
+    if (!editor.Insert(empty, empty.Begin(), entry_))
+        throw CorruptPage(added, "an entry of the index is too large for a page");
+    lastLeaf_ = added;
 }
 
 /// Takes `leaf`, which is not the root and has entry_ alone, out of the tree.
@@ -260,8 +286,10 @@ void IndexTree::FreePage(PageNumber page)
 {
     pages_.Remove(page);
     pager_->Free(page);
-    if (page == lastLeaf_)
+    if (page == lastLeaf_) {
         lastLeaf_ = 0;
+        greatest_.clear();
+    }
 }
 
 /// The pages before and behind `page` on its level, 0 where there is none. Both are pages of an index.
