@@ -178,6 +178,7 @@ bool Connection::IsInUse(const std::filesystem::path& path, FileSystem& system)
             static_cast<void>(OpenLocked(system, target, OpenMode::ReadWrite));
         return LockFile::HasUsers(system, target);
     } catch (const Error& error) {
+        // What cannot be opened for any other reason is nobody's, as far as can be told.
         return error.Number() == ErrorNumber::FileInUse;
     }
 }
@@ -202,6 +203,7 @@ std::unique_ptr<Connection> Connection::Create(const std::filesystem::path& path
     const std::filesystem::path target = system.Resolve(path);
     auto unfinished = std::make_unique<UnfinishedDatabase>(system, target, existing);
     auto lock = std::make_unique<LockFile>(system, target);
+    // One moment for the header and all objects: owner ids depend on the first, and Access shows the others.
     const DateTime now = system.LocalTime();
     std::unique_ptr<Pager> pager = Pager::Create(unfinished->Make(), {version, now.days}, Pager::kDefaultCacheBytes,
                                                  std::make_unique<Journal>(system, target));
@@ -214,6 +216,7 @@ std::unique_ptr<Connection> Connection::Open(const std::filesystem::path& path, 
 {
     const std::filesystem::path target = system.Resolve(path);
     std::unique_ptr<File> file = OpenLocked(system, target, OpenMode::ReadWrite);
+    // Before the lock file: what is no database gets none beside it.
     CheckHeader(*file);
     auto lock = std::make_unique<LockFile>(system, target);
     Recover(system, target, *file);
@@ -230,6 +233,7 @@ std::unique_ptr<Connection> Connection::OpenReadOnly(const std::filesystem::path
     CheckHeader(*file);
     LockFile::CheckNoUsers(system, target);
     std::unique_ptr<Pager> pager = Pager::Open(AsCommitted(system, target, std::move(file)));
+    // As after a failed commit, all that would change something is refused at the pager, whichever way it comes.
     pager->Fail(std::make_exception_ptr(Error(ErrorNumber::ReadOnly, {}, "(It was opened for reading only.)")));
     return std::unique_ptr<Connection>(new Connection(std::make_unique<Impl>(nullptr, nullptr, std::move(pager))));
 }

@@ -9,6 +9,7 @@ namespace jet {
 
 namespace {
 
+/// Asked for anew at each use, as numbers of real indexes move when one is dropped. Tables have few of them.
 std::optional<std::size_t> IndexOn(const TableDef& def, std::uint16_t column)
 {
     const auto fits = [&](const RealIndex& index) {
@@ -85,6 +86,7 @@ std::optional<RowId> IndexWalk::Next(const Table& table)
     key_.assign(cursor_.Key().begin(), cursor_.Key().end());
     const RowId last = row_;
     std::optional<RowId> row = Take(table, table.Tree(Index(table)).Seek(key_, last));
+    // The row is still there: what comes next is wanted. When it has gone, the one found is the next already.
     if (row == last && std::ranges::equal(cursor_.Key(), key_))
         row = Next(table);
     return row;

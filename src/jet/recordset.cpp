@@ -118,6 +118,7 @@ void Recordset::Follow()
         return;
     if (row_)
         row_ = table_->Relocated(*row_, rowsEpoch_);
+    // It is stored, so it can be read again as it is now; what was only set must be carried over.
     if (holds_ == Holds::Current)
         holds_ = Holds::Nothing;
     const std::vector<Column> old = std::move(columns_);
@@ -246,6 +247,7 @@ void Recordset::AddNew()
 {
     Follow();
     RequireUserTable();
+    // As programs that use such recordsets rely on: who begins a record without saving the one before means to keep it.
     if (IsPending() || holds_ == Holds::Edited)
         Update();
     record_.Reset(columns_.size());

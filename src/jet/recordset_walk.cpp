@@ -59,6 +59,7 @@ bool Recordset::WalkBy(std::size_t field)
     CancelUpdate();
     walk_ = std::move(walk);
     walkField_ = field;
+    // The next question that needs a record goes to the first in the new order.
     isPlaced_ = false;
     return true;
 }
@@ -101,6 +102,7 @@ void Recordset::MoveTo(std::uint64_t position)
 {
     Follow();
     CancelUpdate();
+    // Where a walk goes on from is found by the record's key, so the record is read at once.
     StandOn(RowId::FromPointer(static_cast<std::uint32_t>(position)));
     GoOnFromHere();
 }

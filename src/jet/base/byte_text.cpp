@@ -35,6 +35,7 @@ std::optional<Bytes> ParseBase64(std::string_view text)
     std::size_t letters = 0;
     std::size_t padding = 0;
     for (const char letter : text) {
+        // Documents wrap and indent long values, so white space may stand anywhere.
         if (letter == ' ' || letter == '\t' || letter == '\r' || letter == '\n')
             continue;
         ++letters;
@@ -59,6 +60,7 @@ std::optional<Bytes> ParseBase64(std::string_view text)
     return bytes;
 }
 
+/// Programs write hexadecimal digits in one letter case throughout; base64 of any length has both.
 bool HasOneLetterCase(std::string_view text)
 {
     const auto isSmall = [](char c) { return c >= 'a' && c <= 'z'; };
@@ -116,6 +118,7 @@ std::optional<Guid> ParseGuid(std::string_view text)
     Guid guid;
     std::size_t at = 0;
     for (std::size_t i = 0; i < sizeof guid.bytes; ++i) {
+        // The hyphens of the printed form: 8-4-4-4-12 digits.
         if ((i == 4 || i == 6 || i == 8 || i == 10) && (at >= text.size() || text[at++] != '-'))
             return std::nullopt;
         const std::string_view pair = text.substr(std::min(at, text.size()), 2);

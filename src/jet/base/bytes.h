@@ -15,6 +15,7 @@ using Bytes = std::vector<Byte>;
 using ByteSpan = std::span<const Byte>;
 using MutableBytes = std::span<Byte>;
 
+// Byte by byte, not by a cast: nothing in a page is aligned, and compilers make one load of it where they can.
 inline std::uint16_t LoadU16(ByteSpan bytes, std::size_t at)
 {
     return static_cast<std::uint16_t>(bytes[at] | bytes[at + 1] << 8);
@@ -71,6 +72,7 @@ inline void StoreU64(MutableBytes bytes, std::size_t at, std::uint64_t value)
     StoreU32(bytes, at + 4, static_cast<std::uint32_t>(value >> 32));
 }
 
+// Inside index entries, whose bytes have to sort as the numbers do.
 inline std::uint32_t LoadBigU24(ByteSpan bytes, std::size_t at)
 {
     return static_cast<std::uint32_t>(bytes[at]) << 16 | static_cast<std::uint32_t>(bytes[at + 1]) << 8 | bytes[at + 2];

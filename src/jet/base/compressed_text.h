@@ -21,6 +21,7 @@ inline constexpr std::size_t kMinCompressed = 3; ///< characters; fewer would no
 template <typename Take>
 void ExpandCompressed(ByteSpan stored, const Take& take)
 {
+    // The text may end in either mode. Half a unit at its end, in a damaged row, is left out.
     bool isOneByte = true;
     for (std::size_t at = kCompressedMark.size(); at < stored.size(); ++at) {
         if (stored[at] == 0) {

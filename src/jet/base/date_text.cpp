@@ -24,6 +24,8 @@ std::string DateText(DateTime date)
         const auto [end, error] = std::to_chars(text.data(), text.data() + text.size(), date.days);
         return {text.data(), end};
     }
+    // modf cuts towards zero, so the fraction, made positive, is the time of day for days before day zero as well.
+    // Rounded to seconds it may be a whole day, which belongs to the date.
     double whole = 0;
     const double fraction = std::abs(std::modf(date.days, &whole));
     const long seconds = std::lround(fraction * kSecondsPerDay);
@@ -256,10 +258,12 @@ std::optional<double> ParseTime(std::string_view text, bool isMarked)
     const std::optional<double> fraction = TakeFraction(text);
     if (!fraction || !text.empty() || (unit == kSecondsPerHour && !isMarked))
         return std::nullopt;
+    // An hour was not looked at yet: 24:00 is allowed, and nothing behind it.
     seconds += *fraction * unit;
     return seconds <= kSecondsPerDay ? std::optional(seconds) : std::nullopt;
 }
 
+/// The times of the first day have numbers down to that of the day before, as they count away from zero.
 bool IsInRange(DateTime date)
 {
     return date.days > kFirstDay - 1 && date.days < kEndDay;
@@ -272,6 +276,7 @@ std::optional<ParsedDate> ParseDate(std::string_view text)
     text = TrimBlanks(text);
     const std::optional<sys_days> day = TakeDay(text);
     const double whole = day ? static_cast<double>((*day - kDayZero).count()) : 0;
+    // Only now that the day is off: the hyphens in it are no signs of an offset.
     ParsedDate parsed{{whole}, TakeZone(text)};
     if (!day || !text.empty()) {
         const bool isMarked = TakeChar(text, 'T');

@@ -84,6 +84,7 @@ std::optional<Decimal> ParseDecimal(std::string_view text, unsigned scale)
     Decimal value{.negative = parts->negative, .magnitude = {}, .scale = scale};
     // How many of the digits stay; more than there are means zeros to append.
     const long kept = static_cast<long>(parts->digits.size()) + parts->exponent + static_cast<long>(scale);
+    // Fewer than no digits stay: not even the first one is near enough to be rounded up.
     if (parts->digits.empty() || kept < 0)
         return Decimal{.negative = false, .magnitude = {}, .scale = scale};
     if (kept > kMaxDigits)
@@ -97,6 +98,7 @@ std::optional<Decimal> ParseDecimal(std::string_view text, unsigned scale)
     const auto next = static_cast<std::size_t>(kept);
     if (next < parts->digits.size() && parts->digits[next] >= '5' && !MultiplyAdd(value.magnitude, 1, 1))
         return std::nullopt;
+    // Zero has no sign: "-0.001" with two digits is 0, and must have the same key in an index as every other zero.
     value.negative = value.negative && value.magnitude != Magnitude{};
     return value;
 }
@@ -117,6 +119,7 @@ std::string DecimalText(const Decimal& value)
     return {reversed.rbegin(), reversed.rend()};
 }
 
+/// What a column's precision limits. Digits behind the point count, zeros in front do not.
 unsigned DigitCount(const Decimal& value)
 {
     unsigned count = 0;

@@ -80,6 +80,8 @@ std::optional<Value> Literal(std::string_view text, const ValueType& type)
     // Without any marks only a number is a literal.
     const Value number = ParseText({.type = ColumnType::Double}, text);
     const bool isText = type.type == ColumnType::Text || type.type == ColumnType::Memo;
+    // In a text column the number's own text is what is meant, not how it was typed: 007 is 7. For the other types the
+    // text is read as one of a user would be, so that a currency is not rounded on its way through a double.
     return isText ? number : Value(std::string(text));
 }
 
@@ -106,6 +108,8 @@ std::optional<DefaultValue> ParseDefaultValue(std::string_view expression, const
         const std::optional<Value> value = Literal(text, type);
         return value ? std::optional(DefaultValue{DefaultValue::Kind::Stored, StoredForm(*value, format, type)})
                      : std::nullopt;
+        // Access keeps whole formulas in this property: one that cannot be read here is no damage, the field starts as
+        // Null.
     } catch (const Error&) {
         return std::nullopt;
     }

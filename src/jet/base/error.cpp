@@ -8,6 +8,7 @@ namespace jet {
 
 namespace {
 
+// What a provider for these databases reports with the numbers. Some mean the same to it, and share one.
 constexpr std::uint32_t kFail = 0x80004005;
 constexpr std::uint32_t kCannotConvert = 0x80040E07;
 constexpr std::uint32_t kPermissionDenied = 0x80040E09;
@@ -28,6 +29,7 @@ struct Entry {
     std::string_view text; ///< each "|" stands for a name
 };
 
+/// The texts are those that people find when they look up a number; what only this engine can say is the detail.
 constexpr Entry kEntries[] = {
     {ErrorNumber::TableExists, kErrorsInCommand, "Table '|' already exists."},
     {ErrorNumber::ObjectNotFound, kNoTable,
@@ -126,6 +128,7 @@ constexpr Entry kEntries[] = {
 const Entry& EntryOf(ErrorNumber number)
 {
     const auto* entry = std::ranges::find(kEntries, number, &Entry::number);
+    // A number that can be thrown has its line here.
     assert(entry != std::end(kEntries));
     return *entry;
 }
@@ -158,6 +161,8 @@ Error::Error(ErrorNumber number, const Text& text)
 {
 }
 
+/// Not the engine's text of that number, which only says that the file may be damaged: whoever is to mend the file, or
+/// to report what made it, needs to know where.
 Error CorruptPage(PageNumber page, std::string_view what)
 {
     return {ErrorNumber::NotADatabase,

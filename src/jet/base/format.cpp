@@ -6,6 +6,9 @@ namespace {
 
 constexpr std::size_t kAbsent = Format::kAbsent;
 
+// Jet 4 is Jet 3 on pages of twice the size. What counts within a page or a row has become one byte wider, a character
+// takes two bytes, and definitions carry magic numbers; the order of the fields has stayed. `maxRecordSize` and
+// `longPartSize` are a little less than a page would hold: no file goes beyond them.
 constexpr Format kJet3{
     .version = JetVersion::Jet3,
     .pageSize = 2048,

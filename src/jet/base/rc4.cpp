@@ -7,6 +7,8 @@
 
 namespace jet {
 
+/// The cipher keeps no secret here: its keys stand in the file or are the same for all. It hides page 0 and the owner
+/// ids from eyes, and whoever writes them has to mask them alike.
 void ApplyRc4(ByteSpan key, MutableBytes data)
 {
     assert(!key.empty() && key.size() <= 256);

@@ -9,6 +9,7 @@ namespace jet {
 
 const Value& Rowset::Field(std::string_view name) const
 {
+    // A rowset has a dozen fields and is asked for a few of them by name: nothing that an index of names would pay for.
     const auto field = std::ranges::find(fields_, name);
     if (field == fields_.end())
         throw Error(ErrorNumber::ItemNotFound, {}, "(" + std::string(name) + ")");

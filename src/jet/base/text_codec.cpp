@@ -108,6 +108,7 @@ void PushUtf8(std::string& out, char32_t character)
     }
 }
 
+/// Code page 1252 is Latin-1 but for the 32 bytes from 0x80 on.
 std::optional<Byte> ToCp1252(char32_t character)
 {
     if (character < 0x80 || (character >= 0xA0 && character <= 0xFF))
@@ -172,6 +173,8 @@ std::size_t AppendMarkedText(Bytes& out, std::string_view utf8)
     return 0;
 }
 
+/// A surrogate without its other half keeps its number, in the three-byte form: whatever a row holds comes back as it
+/// was when it is written again.
 std::string DecodeUtf16(ByteSpan stored)
 {
     std::string text;

@@ -30,6 +30,7 @@ struct TypeFacts {
 
 namespace type_facts {
 
+/// By the type's number; the gaps are numbers that no column of these formats has.
 inline constexpr std::array<TypeFacts, 18> kByNumber = [] {
     std::array<TypeFacts, 18> facts{};
     const auto set = [&](ColumnType type, bool isVariable, std::size_t size, KeyForm key) {

@@ -12,21 +12,21 @@ namespace jet {
 
 /// Column types; the numbers are those of the file.
 enum class ColumnType : std::uint8_t {
-    Boolean = 1,
+    Boolean = 1, ///< has no bytes: its value is its bit of the row's null mask
     Byte = 2,
     Integer = 3,
     Long = 4,
-    Currency = 5,
+    Currency = 5, ///< 64 bits, in ten-thousandths
     Single = 6,
     Double = 7,
-    DateTime = 8,
-    Binary = 9,
+    DateTime = 8, ///< a double, see DateTime
+    Binary = 9,   ///< up to 510 bytes
     Text = 10,
-    Ole = 11,
-    Memo = 12,
+    Ole = 11,  ///< a long value of bytes
+    Memo = 12, ///< a long value of text
     Guid = 15,
-    Numeric = 16,
-    FixedBinary = 17,
+    Numeric = 16,     ///< Jet 4: up to 28 digits
+    FixedBinary = 17, ///< in a system table of Access's only
 };
 
 [[nodiscard]] constexpr bool IsLongValue(ColumnType type) noexcept

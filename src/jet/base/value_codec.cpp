@@ -41,6 +41,7 @@ std::optional<Number> ParseNumber(std::string_view text)
     if (text.starts_with('+') && !text.starts_with("+-"))
         text.remove_prefix(1);
     Number value{};
+    // from_chars knows no plus sign, and people do write one.
     const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), value);
     if (error != std::errc{} || end != text.data() + text.size())
         return std::nullopt;
@@ -60,6 +61,7 @@ double ParseDouble(std::string_view text)
 template <typename Whole>
 Whole Round(double value)
 {
+    // The upper bound is compared by max() + 1, a power of two that a double holds exactly, as it may not hold max().
     const double rounded = std::nearbyint(value);
     if (!(rounded >= static_cast<double>(std::numeric_limits<Whole>::min()) &&
           rounded < static_cast<double>(std::numeric_limits<Whole>::max()) + 1))
@@ -102,12 +104,14 @@ float SingleOf(const Value& value)
 {
     if (const auto* number = std::get_if<float>(&value))
         return *number;
+    // Infinity may pass where it came in; a finite number must not become it.
     const double wide = DoubleOf(value);
     if (std::isfinite(wide) && std::abs(wide) > std::numeric_limits<float>::max())
         ThrowWrongType();
     return static_cast<float>(wide);
 }
 
+/// Of 128 bits the upper 64 must be empty, and of the others the lowest number has no positive twin.
 Currency CurrencyFrom(const Decimal& decimal)
 {
     const std::uint64_t magnitude = std::uint64_t{decimal.magnitude[2]} << 32 | decimal.magnitude[3];
@@ -170,6 +174,8 @@ void AppendNumeric(Bytes& out, const ValueType& type, const Value& value)
         if (decimal.scale != type.scale)
             decimal = ParseDecimalOrThrow(DecimalText(decimal), type.scale);
     } else {
+        // By way of the text, which of a double is the shortest that reads back: 0.1 is meant as one tenth, not as the
+        // number next to it that a double can hold.
         decimal = ParseDecimalOrThrow(ToText(value), type.scale);
     }
     if (type.precision != 0 && DigitCount(decimal) > type.precision)

@@ -171,6 +171,7 @@ void AddColumns(const Pager& pager, const SystemTableSpec& spec, TableDef& def)
         column.flags |= column_flags::kSystem;
         if (wanted.ownerId)
             column.flags |= column_flags::kOwnerId;
+        // None of the engine's own columns has a position, and none asks for compressed text.
         column.position = 0;
         column.moreFlags = 0;
     }
@@ -267,6 +268,9 @@ void AddObjects(Pager& pager, const OwnerIds& owners, DateTime created)
 
 void AddPermissions(Pager& pager, const OwnerIds& owners)
 {
+    // Rights as bits: below 0x10000 those of using the object (in a container, of making one there; reading, inserting,
+    // replacing and deleting data), above those of deleting it and of its rights and owner. The rows stand in the
+    // order in which new files have them.
     struct Ace {
         std::int32_t object;
         const Bytes& id;
@@ -310,6 +314,7 @@ void BuildEmptyDatabase(Pager& pager, DateTime created)
     const Format& format = pager.GetFormat();
     const Placement placement = PlacementOf(format.version);
     for (PageNumber page = kObjectsPage; page < placement.pageCount; ++page) {
+        // The pages of a new file are known beforehand; asking for them in turn keeps the map of free pages true.
         [[maybe_unused]] const PageNumber given = pager.Allocate().Number();
         assert(given == page);
     }
@@ -324,6 +329,7 @@ void BuildEmptyDatabase(Pager& pager, DateTime created)
                                                                     : 0;
         MakeTable(pager, spec, rows, roots, maps);
     }
+    // From here on the tables can be written like any others, indexes and all.
     const OwnerIds owners(pager);
     AddObjects(pager, owners, created);
     AddPermissions(pager, owners);

@@ -169,6 +169,7 @@ void Catalog::CreateTable(std::string_view name, const std::vector<ColumnSpec>& 
         throw Error(ErrorNumber::TableExists, {taken->name});
     CheckRoomForObject();
 
+    // The definition first: its page's number is the id of the object.
     const PageNumber page = Table::Create(*pager_, columns);
     const auto id = static_cast<std::int32_t>(page);
     objects_.Add(id, kTablesContainer, name, ObjectType::Table);
@@ -201,6 +202,7 @@ void Catalog::DropTable(std::string_view name)
     if (indexNames_)
         indexNames_->Forget(page);
     objects_.Remove(static_cast<std::int32_t>(page));
+    // Out of the list before its pages go, so that nobody can be given it any more; `table` keeps it until it is done.
     tables_.erase(page);
     table->Destroy();
     ++structureVersion_;
@@ -219,6 +221,7 @@ void Catalog::DropColumn(Table& table, std::string_view column)
     const std::optional<std::size_t> position = table.Definition().ColumnIndex(column);
     if (!position)
         throw Error(ErrorNumber::NoSuchField, {column, table.Name()});
+    // As the table has it: properties are filed under it, whatever letter case the statement has.
     const std::string name = table.Definition().columns[*position].name;
     table.DropColumn(name);
     if (objects_.FindById(IdOf(table))->hasProperties) {
@@ -345,6 +348,7 @@ void Catalog::ForgetMoves() noexcept
 
 void Catalog::RollBack() noexcept
 {
+    // Most statements that fail have changed nothing yet, and then all that is known is still true.
     if (!pager_->RollBack())
         return;
     try {

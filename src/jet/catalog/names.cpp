@@ -10,6 +10,7 @@ namespace jet {
 
 namespace {
 
+/// Each of them has a meaning in the expressions in which Access lets names stand.
 bool IsForbidden(char c)
 {
     return static_cast<unsigned char>(c) < 0x20 || std::string_view(".![]`").find(c) != std::string_view::npos;
@@ -81,6 +82,7 @@ std::string ValidName(const Format& format, std::string_view name, std::size_t m
     std::size_t units = 0;
     while (!name.empty()) {
         std::size_t size = 1;
+        // A character whole, with all of its bytes: half of one would be no text.
         while (size < name.size() && (static_cast<unsigned char>(name[size]) & 0xC0) == 0x80)
             ++size;
         const std::string_view character = name.substr(0, size);

@@ -45,6 +45,7 @@ void ObjectList::Load()
         object.updated = table_.Date(record, kDateUpdate);
         object.row = *row;
         object.hasProperties = !table_.Binary(record, kLvProp).empty();
+        // In a damaged file a name may stand twice: the first one has it.
         ids_.emplace(Key(object.parent, object.name), static_cast<std::uint32_t>(object.id));
         objects_.emplace(static_cast<std::uint32_t>(object.id), std::move(object));
     }
@@ -106,6 +107,7 @@ const std::vector<ObjectList::Permission>& ObjectList::PermissionsIn(std::int32_
         Permission permission{aces_.Binary(record, aces_column::kSid), aces_.Long(record, aces_column::kAcm)};
         if (permission.sid == owners_.creator)
             permission.sid = owners_.admin;
+        // The row of "whoever makes it" may have become a second one of the same user: their rights are joined.
         const auto same = std::ranges::find(permissions, permission.sid, &Permission::sid);
         if (same != permissions.end())
             same->rights |= permission.rights;
@@ -145,6 +147,7 @@ void ObjectList::Add(std::int32_t id, std::int32_t parent, std::string_view name
     table_.Set(record, kDateCreate, object.created);
     table_.Set(record, kDateUpdate, object.updated);
     table_.Set(record, kOwner, owners_.admin);
+    // No flag at all: an ordinary object, listed and not hidden.
     table_.Set(record, kFlags, std::int32_t{0});
     object.row = table_.Rows().Insert(record);
     AddPermissions(id, PermissionsIn(parent));
@@ -165,6 +168,7 @@ void ObjectList::Remove(std::int32_t id)
 void ObjectList::Touch(std::int32_t id)
 {
     CatalogObject& object = At(id);
+    // Access shows this date beside the object's name.
     object.updated = pager_->System().LocalTime();
     Record record;
     table_.Rows().Read(object.row, record);

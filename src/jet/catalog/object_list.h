@@ -15,11 +15,11 @@ namespace jet {
 enum class ObjectType : std::int16_t {
     Table = 1,
     Database = 2,
-    Container = 3,
-    OdbcLink = 4,
+    Container = 3, ///< what the others are children of
+    OdbcLink = 4,  ///< a table in a database of another kind
     Query = 5,
-    Link = 6,
-    Relation = 8,
+    Link = 6,     ///< a table in another Access database
+    Relation = 8, ///< one that is enforced or not
 };
 
 /// One object of the database: a row of MSysObjects.

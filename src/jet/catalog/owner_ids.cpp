@@ -12,6 +12,8 @@ using namespace header_offset;
 
 namespace {
 
+// The password, its mask taken off, and what follows it in the header, folded into four bytes together with the
+// creation date: a file whose date is changed has owners that nobody knows.
 constexpr std::size_t kKeyMaterialSize = 80; // from the password's first byte on
 
 std::array<Byte, 4> StreamKey(const Pager& pager, ByteSpan header)

@@ -119,6 +119,7 @@ void PropertyBlob::ReadNames(ByteSpan content)
         names_.push_back(DecodeText(reader.Take(reader.U16()), *format_));
 }
 
+/// Of a kind that is not known the content stays in one piece.
 PropertyBlob::Block PropertyBlob::ReadBlock(std::uint16_t kind, ByteSpan content) const
 {
     Block block;
@@ -143,6 +144,7 @@ PropertyBlob::Block PropertyBlob::ReadBlock(std::uint16_t kind, ByteSpan content
     return block;
 }
 
+/// Names are compared byte by byte: the owner's is the column's own, and those of properties are fixed words.
 std::optional<std::size_t> PropertyBlob::FindBlock(std::string_view column) const
 {
     const std::uint16_t kind = column.empty() ? kObjectKind : kColumnKind;
@@ -184,6 +186,7 @@ PropertyBlob::Entry& PropertyBlob::EntryFor(std::string_view column, std::string
 {
     std::optional<std::uint16_t> number = NameNumber(name);
     if (!number) {
+        // At the end: entries name the others by their place.
         number = static_cast<std::uint16_t>(names_.size());
         names_.emplace_back(name);
     }

@@ -33,6 +33,7 @@ void RelationshipList::Load()
     for (auto row = rows.NextRow(std::nullopt); row; row = rows.NextRow(row)) {
         rows.Read(*row, record);
         const std::string name = table_.Text(record, kName);
+        // One that was met before gets one more pair.
         Relationship& relationship = byName_[Key(name)];
         if (relationship.columns.empty()) {
             relationship.name = name;

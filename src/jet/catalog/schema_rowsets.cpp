@@ -84,6 +84,7 @@ const char* TableType(const CatalogObject& object)
     case ObjectType::Table:
         if (object.flags & kSystemObjectFlag)
             return "SYSTEM TABLE";
+        // The provider of Access leaves them out of this answer.
         if (object.flags & kUnlistedObjectFlags)
             return nullptr;
         return object.flags & kAccessObjectFlags ? "ACCESS TABLE" : "TABLE";
@@ -243,6 +244,7 @@ Rowset Indexes(Catalog& catalog, const Restrictions& restrictions)
     const std::string_view wantedTable = At(restrictions, 4);
     const Filter indexFilter(catalog.GetFormat(), wantedIndex);
     std::vector<std::shared_ptr<Table>> tables;
+    // A name alone: without this every definition of the database would be read for one question.
     if (wantedTable.empty() && !wantedIndex.empty()) {
         for (const PageNumber page : catalog.TablesWithIndex(wantedIndex))
             tables.push_back(catalog.OpenPage(page));

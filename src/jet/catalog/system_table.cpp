@@ -7,6 +7,7 @@
 
 namespace jet {
 
+/// By number, not by name: the numbers are the same in every file, and Jet 4 keeps the columns in another order.
 SystemTable::SystemTable(Pager& pager, PageNumber definitionPage, std::string name, std::size_t columnCount)
     : table_(pager, definitionPage, std::move(name))
 {
@@ -73,6 +74,7 @@ void SystemTable::Set(Record& record, std::uint16_t column, const Value& value) 
     record.SetStored(position, stored);
 }
 
+/// The ids are collected before anybody acts on them: a row that is deleted takes its entry out of the walked tree.
 std::vector<RowId> SystemTable::RowsWith(std::uint16_t column, const Value& value)
 {
     const std::vector<RealIndex>& indexes = table_.Definition().realIndexes;
@@ -88,6 +90,7 @@ std::vector<RowId> SystemTable::RowsWith(std::uint16_t column, const Value& valu
                 rows.push_back(at.Row());
         return rows;
     }
+    // Every engine makes these indexes with the file.
     throw CorruptPage(table_.Definition().pages.front(), table_.Name() + " lacks an index");
 }
 

@@ -19,6 +19,7 @@ constexpr Byte kNullAscending = 0x00;
 constexpr Byte kNullDescending = 0xFF;
 constexpr Byte kSignBit = 0x80;
 
+/// A key of another length, from a damaged row, could be the beginning of another one, which no key may be.
 void RequireSize(ByteSpan stored, std::size_t size)
 {
     if (stored.size() != size)
@@ -36,6 +37,7 @@ void AppendInteger(Bytes& key, ByteSpan stored)
 {
     const std::size_t begin = key.size();
     AppendReversed(key, stored);
+    // Two's complement sorts like a number without a sign once its top bit is turned.
     key[begin] ^= kSignBit;
 }
 
@@ -43,6 +45,7 @@ void AppendFloat(Bytes& key, ByteSpan stored)
 {
     const std::size_t begin = key.size();
     AppendReversed(key, stored);
+    // As bits, positive floating-point numbers sort as they should and negative ones the other way round.
     if (key[begin] & kSignBit)
         Complement(MutableBytes(key).subspan(begin));
     else
@@ -95,6 +98,7 @@ void AppendNumeric(Bytes& key, ByteSpan stored, SortOrder order)
 
 void AppendTextKey(Bytes& key, const Format& format, const KeyColumn& column, ByteSpan stored)
 {
+    // Put in by the wrong weights, an entry would stand where neither Access nor we would ever find it.
     if (column.collation != Collation{})
         throw Error(ErrorNumber::UnrecognizedFormat,
                     {"sort order " + std::to_string(column.collation.locale) + ", version " +

@@ -227,6 +227,7 @@ std::size_t IndexPage::LowerBound(ByteSpan wanted) const noexcept
     std::size_t low = Begin(); // every entry before is less than `wanted`
     std::size_t high = End();  // no entry from here on is
     while (low < high) {
+        // Halves are taken by bytes, since entries have no numbers: the one is looked at in which the middle byte lies.
         const std::size_t middle = low + (high - low) / 2;
         const std::size_t place = std::max(low, Before(middle + 1));
         const std::size_t end = After(place);
@@ -257,6 +258,7 @@ bool IndexPage::HasKey(std::size_t place, ByteSpan key) const noexcept
            std::ranges::equal(own.first(key.size() - head), key.subspan(head));
 }
 
+/// Asked where an entry is used, and not for all when the page is opened: a search looks at a few of hundreds.
 void IndexPage::RequireEntrySize(std::size_t size) const
 {
     if (size <= kRowPointerSize + (IsLeaf() ? 0 : kChildPointerSize))
@@ -272,6 +274,7 @@ void IndexPage::CopyEntry(std::size_t place, Bytes& entry) const
     AppendBytes(entry, own);
 }
 
+/// The prefix may reach into the number of the child, as it may into the row pointer.
 PageNumber IndexPage::Child(std::size_t place) const
 {
     const ByteSpan own = OwnPart(place);

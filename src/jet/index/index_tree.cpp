@@ -63,6 +63,7 @@ PageRef IndexTree::FindLeaf(ByteSpan wanted) const
     if (lastLeaf_ != 0) {
         PageRef last = pager_->Read(lastLeaf_);
         const IndexPage leaf = View(last);
+        // Not before the leaf's first entry: else what is wanted may stand further left.
         if (leaf.IsLeaf() && leaf.Next() == 0 && !leaf.IsEmpty() && leaf.Compare(leaf.Begin(), wanted) <= 0)
             return last;
     }
@@ -81,6 +82,7 @@ PageRef IndexTree::Descend(ByteSpan wanted, Path* path) const
         std::size_t place = page.LowerBound(wanted);
         const bool isTail = place == page.End() && page.Tail() != 0;
         if (place == page.End() && !isTail) {
+            // Other writers leave nodes without a tail. Their last entry leads to what would be there.
             if (page.IsEmpty())
                 throw CorruptPage(page.Number(), "the index node has no children");
             place = page.Before(place);
@@ -129,7 +131,8 @@ bool IndexTree::Insert(ByteSpan key, RowId row)
     const std::size_t place = isGreater ? leaf.End() : leaf.LowerBound(entry_);
     if (place != leaf.End() && leaf.Compare(place, entry_) == 0)
         throw CorruptPage(leaf.Number(), "the index has an entry for a row that is new");
-    // Equal keys stand together: an entry that comes last is its key's first unless the last one until now has the key.
+    // Before the entry is in, which would be its own neighbour. Equal keys stand together: an entry that comes last is
+    // its key's first unless the last one until now has the key.
     const bool isNew = isGreater ? !IsEntryOf(greatest_, key) : !HasNeighbour(leaf, place, key);
     const bool isLast = leaf.Next() == 0 && place == leaf.End();
     if (leaf.Next() == 0)

@@ -40,6 +40,7 @@ std::vector<PagePiece> ExtendLastLeaf(const IndexPage& leaf, const EntryList& en
 {
     const std::size_t old = entries.Count() - 1;
     const ByteSpan added = entries[old];
+    // A prefix tells that the page has been full once: it is not packed a second time, nor is it by Access.
     const PagePacking packing =
         leaf.Begin() == 0 ? Packed(format, entries, 0, old) : PagePacking{leaf.Begin(), leaf.UsedBytes()};
     const ByteSpan prefix = entries[0].first(packing.prefixSize);
@@ -72,6 +73,7 @@ PagePiece NodePiece(const NodeChildren& children, const EntryList& entries, std:
                     const Format& format)
 {
     const std::size_t tail = end - 1;
+    // The tail has no entry, and its key becomes what the node above says of the whole node.
     PagePiece piece{first, tail - first, Unpacked(entries, first, tail - first), children.pages[tail],
                     children.keys[tail]};
     if (!piece.Fits(format))
@@ -87,6 +89,8 @@ std::vector<PagePiece> CutNode(const NodeChildren& children, const EntryList& en
     if (whole.Fits(format) || count < 4) // three fit by the limit on keys; what does not is refused when it is stored
         return {whole};
     std::vector<PagePiece> pieces;
+    // On the right edge all but the last two children stay together, so keys that ascend leave full nodes behind. A
+    // piece that is still too large is cut again.
     std::vector<std::size_t> ends{count, isRightEdge ? count - 2 : count / 2}; // the next one last
     for (std::size_t first = 0; first != count;) {
         const std::size_t end = ends.back();

@@ -18,6 +18,7 @@ constexpr bool IsAccentable(Byte primary)
 }
 
 /// Collects the digits of the accents; a text has at most two per character.
+/// They follow behind all letters: accents decide only between texts that are equal without them.
 class AccentDigits {
 public:
     void AddFor(Byte primary, Byte accent) noexcept
@@ -56,6 +57,7 @@ private:
 void AppendJet3TextKey(Bytes& key, ByteSpan text, SortOrder order)
 {
     text = text.first(std::min(text.size(), kMaxTextUnits));
+    // So a text is equal to itself filled up with blanks, as columns of fixed width hold it.
     while (!text.empty() && text.back() == kBlank)
         text = text.first(text.size() - 1);
 

@@ -44,6 +44,7 @@ std::uint32_t NextCode(std::uint32_t code)
     return (code & 0xFF) != 0xFF ? code + 1 : NextCode(code >> 8) << 8 | 0x02;
 }
 
+/// So a character costs one look instead of a search among 3,260 rows.
 std::vector<Weight> ExpandWeights()
 {
     std::vector<Weight> weights(0x10000);
@@ -71,6 +72,8 @@ const std::vector<Weight>& Weights()
 }
 
 /// The parts of one key while its text is read. The arrays hold what 255 code units can give at most.
+/// Each part decides only where all before it are equal: first letters, then accents, then the size of kana, and last
+/// hyphens, apostrophes and control characters, by where they stand.
 class KeyParts {
 public:
     void Add(const Weight& weight)
@@ -120,6 +123,7 @@ private:
     {
         for (std::size_t i = 0; i < weight.primarySize; ++i)
             primary_[primaryCount_++] = weight.primary[i];
+        // One mark for a character, however many letters it stands for: a ligature may have several primary codes.
         if (weight.secondarySize == 0)
             secondary_[secondaryCount_++] = kNoSecondary;
         for (std::size_t i = 0; i < weight.secondarySize; ++i)
@@ -135,6 +139,8 @@ private:
 
     void Modify(Byte code)
     {
+        // A combining mark changes the accent of the character before it. At the start of a text there is none: it
+        // stands for itself, and is not counted when the places of hidden characters are.
         if (secondaryCount_ != 0) {
             Byte& last = secondary_[secondaryCount_ - 1];
             last = static_cast<Byte>(last + code);

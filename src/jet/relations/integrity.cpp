@@ -217,8 +217,10 @@ private:
         Bytes newKey;
         if (!link.childKeyOfParent.Make(key_, parent.before))
             return;
+        // By keys, not by values: a name that changes its letter case only is the same key.
         if (link.childKeyOfParent.Make(newKey, parent.after) && newKey == key_)
             return;
+        // A copy, as the parent itself may be among the rows that refer to it, and change here.
         const Record values = parent.after;
         for (const RowId row : RowsReferring(link, key_)) {
             if (!link.cascadeUpdates)
@@ -316,6 +318,7 @@ void ReferentialIntegrity::BeforeUpdate(Table& table, RowId row, const Record& b
         return;
     UpdatePlan plan(*this, table, row, before, after);
     plan.Complete();
+    // What came here by way of the table alone has no leave to carry on: the caller would not know of the other rows.
     if (!plan.IsOneRow())
         throw Error(ErrorNumber::RelatedRecords, {table.Name()});
 }
@@ -361,6 +364,7 @@ bool ReferentialIntegrity::MayRefuseDelete(Table& table)
 
 void ReferentialIntegrity::DeleteAll(Table& table)
 {
+    // Row by row then, without a list of all that goes: each row's own plan takes what refers to it.
     if (!MayRefuseDelete(table)) {
         for (auto row = table.NextRow(std::nullopt); row; row = table.NextRow(row))
             table.Delete(*row);

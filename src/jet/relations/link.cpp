@@ -17,6 +17,7 @@ std::vector<std::uint16_t> NumbersOf(const RealIndex& index)
 }
 
 /// Can the values of one index be looked up in the other?
+/// Keys of one type mean nothing in the index of another: the same number has other bytes as Long and as Integer.
 bool SameTypes(const Table& table, const RealIndex& index, const Table& other, const RealIndex& otherIndex)
 {
     const auto typeIn = [](const Table& owner) {

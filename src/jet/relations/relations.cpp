@@ -73,6 +73,7 @@ void CheckNameAndLimits(Catalog& catalog, const Sides& sides, const RelationSpec
         throw Error(ErrorNumber::RelationExists, {spec.name});
     if (sides.child->Definition().IndexByName(spec.name))
         throw Error(ErrorNumber::IndexNameTaken, {sides.child->Name(), spec.name});
+    // A table that refers to itself gets both entries.
     const std::size_t inChild = sides.child == sides.parent ? 2 : 1;
     for (const auto& [table, entries] : {std::pair{sides.child, inChild}, std::pair{sides.parent, std::size_t{1}}})
         if (table->Definition().logicalIndexes.size() + entries > kMaxIndexes)
@@ -94,6 +95,7 @@ void CheckRows(const Sides& sides)
             continue;
         if (!sides.parent->Tree(sides.parentIndex).Contains(key))
             throw Error(ErrorNumber::DataViolatesRelation, {sides.child->Name(), sides.parent->Name()});
+        // Rows of one parent often come one after another.
         lastFound = key;
     }
 }

@@ -37,6 +37,7 @@ public:
         const bool isText = type.type == ColumnType::Text || type.type == ColumnType::Memo;
         if (isText && table_.Definition().columns[target_].rules.refusesEmpty && ToText(value).empty())
             throw Error(ErrorNumber::EmptyTextRefused, {table_.Definition().columns[target_].name});
+        // Numbers and dates go into a text as they are shown.
         if (isText || std::holds_alternative<std::string>(value))
             EncodeText(stored_, *table_.Definition().format, type, ToText(value));
         else

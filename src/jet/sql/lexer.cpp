@@ -38,6 +38,7 @@ Token Lexer::Next() noexcept
 
     const char first = sql_[at_];
     if (first == '[') {
+        // No name holds one, so none can be quoted within the brackets.
         const std::size_t close = sql_.find(']', at_);
         if (close == std::string_view::npos)
             return Take(TokenKind::Bad, sql_.size());
@@ -47,6 +48,7 @@ Token Lexer::Next() noexcept
     }
     std::size_t end = at_ + 1;
     if (IsWordByte(first)) {
+        // A bare name may begin with a digit: only digits to its end make it a number.
         bool digits = IsDigit(first);
         for (; end < sql_.size() && IsWordByte(sql_[end]); ++end)
             digits = digits && IsDigit(sql_[end]);

@@ -34,6 +34,7 @@ struct TypeName {
     bool autonumber = false;
 };
 
+/// The names under which the engine of Access knows its types; NUMBER is a Double there, INTEGER has 32 bits.
 constexpr TypeName kTypes[] = {
     {"COUNTER", ColumnType::Long, false, true},
     {"AUTOINCREMENT", ColumnType::Long, false, true},
@@ -184,6 +185,7 @@ private:
         Expect("(");
         do {
             create.columns.push_back(Column());
+            // What a column's definition called its faults is over with it.
             kind_ = ErrorNumber::SyntaxErrorInCreateTable;
         } while (Accept(","));
         Expect(")");

@@ -32,6 +32,7 @@ inline void ClearBit(MutableBytes bits, std::size_t bit)
     if (const unsigned rest = static_cast<unsigned>(bits[byte]) >> from % 8; rest != 0)
         return from + static_cast<std::size_t>(std::countr_zero(rest));
     ++byte;
+    // Maps of large files are long and mostly empty, so eight bytes at a time.
     while (byte + 8 <= bits.size() && LoadU64(bits, byte) == 0)
         byte += 8;
     while (byte < bits.size() && bits[byte] == 0)

@@ -12,6 +12,7 @@ namespace jet {
 namespace {
 
 constexpr std::size_t kSlotSize = 2;
+// A slot's offset has 13 bits, enough for 4096, which is where an empty first row begins; the top two are its state.
 constexpr std::uint16_t kOffsetMask = 0x1FFF;
 constexpr std::uint16_t kMoved = 0x4000;
 constexpr std::uint16_t kMovedHere = 0x8000;
@@ -77,6 +78,7 @@ SlotState DataPage::State(std::size_t slot) const noexcept
 ByteSpan DataPage::Row(std::size_t slot) const
 {
     assert(slot < slotCount_);
+    // Checked where a slot is followed, not when the page is opened: most visits look at one slot of many.
     const std::size_t begin = Begin(slot);
     const std::size_t end = End(slot);
     if (begin < SlotsEnd() || begin > end || end > page_.size())
@@ -128,6 +130,7 @@ DataPageEditor::NewRow DataPageEditor::Append(std::size_t size, SlotState state)
     const std::size_t begin = view.End(slot) - size;
     const std::size_t slotAt = view.SlotsEnd();
     const std::size_t headEnd = format_->dataPage.rowCount + kSlotSize;
+    // Asked for in one call, as it happens with every record: the row, its slot, the counts in the head.
     Byte* const page = page_.Data(UndoLog::Range{begin, size}, UndoLog::Range{slotAt, kSlotSize},
                                   UndoLog::Range{kPageFreeBytes, headEnd - kPageFreeBytes});
     const MutableBytes head(page, slotAt + kSlotSize);

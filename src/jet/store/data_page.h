@@ -8,7 +8,12 @@
 namespace jet {
 
 /// What a slot of a data page holds.
-enum class SlotState { Row, Moved, MovedHere, Deleted };
+enum class SlotState {
+    Row,
+    Moved,     ///< the row pointer to where the row is now; its number stays valid
+    MovedHere, ///< reached through such a pointer only: whoever goes through all rows passes it over
+    Deleted,   ///< nothing, and the number is not given out again
+};
 
 /// The rows of one data page. A view: it owns nothing and is cheap to copy.
 ///

@@ -48,6 +48,8 @@ void FreeMap::MakePage(const MutablePageRef& page, const Format& format)
     std::ranges::fill(freePages.subspan(kInlineMapBits), kAllFree);
     ClearBit(freePages.subspan(kInlineMapBits), kHeaderPage);
     ClearBit(freePages.subspan(kInlineMapBits), kGlobalMapPage);
+    // The second map that page 0 names. It is empty in every file at rest; what the engine of Access puts into it while
+    // it runs, we have no need for.
     editor.Append(size);
 }
 
@@ -108,6 +110,7 @@ void FreeMap::LoadInline(const MapRecord& record)
 {
     firstPage_ = record.FirstPage();
     recordBits_ = record.Bits().size() * 8;
+    // What lies before the record's first bit is in use, whoever moved it there.
     bits_.assign(firstPage_ / 8, 0);
     AppendBytes(bits_, record.Bits());
 }
@@ -124,6 +127,7 @@ void FreeMap::LoadReference(const MapRecord& record)
         const PageRef page = cache_->Read(bitmapPages_[part]);
         if (page.Type() != PageType::UsageBitmap)
             throw CorruptPage(page.Number(), "the map of free pages refers to it, but it is no bitmap");
+        // A part without a bitmap page, before this one, has no free page.
         bits_.resize(part * partBytes);
         AppendBytes(bits_, page.Bytes().subspan(kBitmapPageBits));
     }
@@ -156,6 +160,7 @@ void FreeMap::ExtendTo(std::size_t bits)
 void FreeMap::Cover(PageNumber page)
 {
     if (inline_) {
+        // An inline record grows upwards only.
         if (page < firstPage_)
             ConvertToReference(page);
         else if (page - firstPage_ >= recordBits_)

@@ -17,10 +17,12 @@ namespace {
 constexpr std::array<Byte, 4> kSignature{0, 1, 0, 0};
 constexpr std::string_view kJetName{"Standard Jet DB\0", 16};
 constexpr std::string_view kLaterName{"Standard ACE DB\0", 16};
+// The same for every file: it keeps page 0 from being read by eye, and no more.
 constexpr std::array<Byte, 4> kMaskKey{0xC7, 0xDA, 0x39, 0x6B};
 constexpr std::array<Byte, 8> kConstantBytes{0x54, 0x06, 0, 0, '4', '.', '0', 0};
 
 constexpr std::uint16_t kJet3Country = 1; ///< as in Jet 3 files that the Jet 4 engine makes
+// A counter of commits for each user of a shared database. Slot 0 belongs to whoever has the file alone.
 constexpr std::size_t kCommitSlots = 256;
 constexpr std::uint16_t kCommitUnused = 0x0100;
 constexpr std::uint16_t kCommitFirst = 0x0101;
@@ -61,6 +63,7 @@ JetVersion VersionOf(ByteSpan page, std::string_view name)
     const bool later = HoldsSignature(page) && HoldsText(page, kName, kLaterName);
     if (!later && !BearsSignature(page))
         throw Error(ErrorNumber::NotADatabase, {name});
+    // Told apart from what is no database at all: this file is one, and Access can save it in the older format.
     if (later || page[kVersion] > 1)
         throw Error(ErrorNumber::UnrecognizedFormat, {name}, "It was made by Access 2007 or later.");
     return page[kVersion] == 0 ? JetVersion::Jet3 : JetVersion::Jet4;
@@ -70,6 +73,7 @@ bool HasPassword(MutableBytes plain, const DatabaseHeader& header)
 {
     const bool jet3 = header.version == JetVersion::Jet3;
     const MutableBytes password = plain.subspan(kPassword, jet3 ? kJet3PasswordSize : kJet4PasswordSize);
+    // Without a password the bytes are the day mask itself, so it has to come off before they are looked at.
     if (!jet3)
         ApplyDayMask(password, header.creationDate);
     return std::ranges::any_of(password, [](Byte b) { return b != 0; });
@@ -155,6 +159,7 @@ void MakeHeader(MutableBytes page, const DatabaseHeader& header)
         StoreU64(page, kCreationDate, std::bit_cast<std::uint64_t>(header.creationDate));
         std::ranges::copy(kConstantBytes, page.begin() + kConstant);
     }
+    // Last, when every field of the masked area has its value; the counters lie outside of it.
     ApplyMask(page, header.version);
 
     const std::size_t counters = FormatOf(header.version).commitCounters;

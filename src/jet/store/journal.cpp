@@ -59,6 +59,7 @@ void Journal::Begin(File& database, const Format& format, PageNumber pageCount)
                           .commitCounter = LoadCommitCounter(database, format),
                           .salt = salt_,
                           .identity = fmt::IdentityOf(start)});
+    // Only now: the file is what IsActive() goes by, and until here every step may throw.
     file_ = std::move(file);
 }
 
@@ -72,6 +73,7 @@ void Journal::Append(PageNumber page)
     const std::size_t at = buffer_.size();
     buffer_.resize(at + fmt::kRecordHeaderSize + format_->pageSize);
     const MutableBytes record = MutableBytes(buffer_).subspan(at);
+    // From the file and not from the cache, which has the new content already.
     database_->ReadAt(std::uint64_t{page} * format_->pageSize, record.subspan(fmt::kRecordHeaderSize));
     fmt::Seal(record, {page, safeRecords_}, salt_);
     if (buffer_.size() >= kBufferSize)
@@ -88,6 +90,7 @@ void Journal::Flush()
 /// One batch. Until all of it is safe nothing of it counts: one that fails is written over by the next.
 void Journal::Keep(std::span<const PageNumber> pages)
 {
+    // Page 0 goes with the first batch, changed or not: the mark set below is a change of it.
     const bool isFirst = safeEnd_ == 0;
     end_ = safeEnd_;
     buffer_.clear();
@@ -103,6 +106,7 @@ void Journal::Keep(std::span<const PageNumber> pages)
         Flush();
     file_->Sync();
     if (isFirst)
+        // A journal whose name a power failure takes is none, however safe its content is.
         system_.SyncFolder(databasePath_);
 
     SetBit(held_, kHeaderPage);
@@ -113,6 +117,7 @@ void Journal::Keep(std::span<const PageNumber> pages)
     safeRecords_ =
         static_cast<std::uint32_t>((safeEnd_ - fmt::kHeaderSize) / (fmt::kRecordHeaderSize + format_->pageSize));
     mayBeOverwritten_ = true;
+    // After everything else: whoever meets the mark looks for a journal, and has to find it whole.
     if (!isMarked_)
         MarkWriteUnderWay(*database_, *format_);
     isMarked_ = true;

@@ -25,6 +25,7 @@ constexpr std::size_t kRecordBatch = 4;
 constexpr std::size_t kRecordSum = 8;
 
 /// `bytes` are a multiple of 8.
+/// Finds writes that were torn or never came. It is no help against forgery, and need not be.
 std::uint64_t Checksum(std::uint64_t sum, ByteSpan bytes)
 {
     for (std::size_t at = 0; at < bytes.size(); at += 8) {
@@ -34,6 +35,7 @@ std::uint64_t Checksum(std::uint64_t sum, ByteSpan bytes)
     return sum;
 }
 
+/// The salt is another one in each journal, so what an earlier one has left in the same blocks does not pass.
 std::uint64_t RecordSum(ByteSpan bytes, std::uint64_t salt)
 {
     return Checksum(Checksum(salt, bytes.first(kRecordSum)), bytes.subspan(kRecordHeaderSize));
@@ -73,6 +75,7 @@ HeaderState Load(File& journal, Header& header)
                             [](Byte b) { return static_cast<char>(b); }) ||
         LoadU32(bytes, kVersion) != kFormatVersion)
         return HeaderState::Foreign;
+    // A sum that does not fit: the run ended while the header was being written, before any page was overwritten.
     if (LoadU64(bytes, kHeaderSum) != Checksum(0, ByteSpan(bytes).first(kHeaderSum)))
         return HeaderState::Absent;
     header.pageSize = LoadU32(bytes, kPageSize);
@@ -85,6 +88,7 @@ HeaderState Load(File& journal, Header& header)
 
 void Invalidate(File& journal)
 {
+    // The header is one sector: it is there, or it is gone.
     journal.WriteAt(0, Bytes(kHeaderSize));
     journal.Sync();
 }

@@ -6,6 +6,7 @@ namespace jet {
 
 namespace fmt = journal_format;
 
+/// What does not make a whole record at the end was being written when the run ended, and does not count.
 JournalRecords::JournalRecords(File& journal, const fmt::Header& header)
     : journal_(journal), header_(header), record_(fmt::kRecordHeaderSize + header.pageSize),
       count_((journal.Size() - fmt::kHeaderSize) / record_.size())
@@ -25,6 +26,8 @@ bool JournalRecords::IsWhole()
         const std::optional<fmt::Record> record = Read(i);
         if (!record)
             firstBroken = firstBroken.value_or(i);
+        // A record names the first of its batch. One that was begun behind the broken record proves that the broken one
+        // was once safe, and that its page may have been overwritten.
         else if (record->page >= header_.pageCount || (firstBroken && record->batch > *firstBroken))
             return false;
     }

@@ -22,6 +22,7 @@ fs::path PathFor(const fs::path& database)
 {
     fs::path path = database;
     path.replace_extension(".ldb");
+    // A database whose own name ends so must not be its own lock file.
     return path == database ? path += ".ldb" : path;
 }
 
@@ -35,6 +36,7 @@ std::string NameAt(ByteSpan entry, std::size_t at)
 std::string DescribeUser(File& file)
 {
     for (std::uint64_t user = 0; user < kMaxUsers; ++user) {
+        // A byte that can be locked belongs to nobody; the locks taken here go when the file is closed.
         if (file.TryLock(kUserLocks + user, 1))
             continue;
         Bytes entry(kEntrySize);
@@ -101,6 +103,7 @@ void LockFile::CheckNoUsers(FileSystem& system, const fs::path& database)
 bool LockFile::HasUsers(FileSystem& system, const fs::path& database)
 {
     const fs::path path = PathFor(database);
+    // For writing, though nothing is written: only then are the locks of readers in the way.
     return system.Exists(path) && !system.Open(path, OpenMode::ReadWrite)->TryLock(kUserLocks, kMaxUsers);
 }
 

@@ -10,6 +10,7 @@ namespace jet {
 
 namespace {
 
+// The form stands in the two top bits of the length, which has 30.
 constexpr std::uint32_t kInline = 0x80000000;
 constexpr std::uint32_t kSingle = 0x40000000;
 constexpr std::uint32_t kChain = 0;
@@ -179,6 +180,7 @@ LongValues::Head LongValues::WriteChain(ByteSpan value)
     for (std::size_t at = 0; at < value.size();) {
         const ByteSpan part = value.subspan(at, std::min(format.longPartSize, value.size() - at));
         at += part.size();
+        // Taken before the part is written, since each part begins with the address of the next.
         const MutablePageRef next = at < value.size() ? pages_.BeginAlone() : MutablePageRef();
         DataPageEditor editor(page, format);
         const MutableBytes record = editor.Append(kRowPointerSize + part.size()).bytes;
@@ -235,6 +237,7 @@ void LongValues::DeleteRecord(RowId id)
     DataPageEditor(pager_->Write(id.page), pager_->GetFormat()).Delete(id.slot);
     if (pages_.HasMapOfRoom()) {
         pages_.NoteRoom(id.page);
+        // The search goes on from here at the latest: pages before it were looked at, and nothing has changed there.
         search_ = search_ ? std::min(*search_, id.page) : id.page;
     }
 }

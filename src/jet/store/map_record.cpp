@@ -11,6 +11,7 @@ namespace {
 
 constexpr Byte kInlineForm = 0;
 constexpr Byte kReferenceForm = 1;
+// Records in real files have grown by whole groups of 32 pages.
 constexpr std::size_t kGrowthStep = 4;
 
 } // namespace
@@ -21,6 +22,7 @@ MapRecord::MapRecord(ByteSpan bytes, PageNumber page, const Format& format, std:
                        (bytes.size() > kReferenceMapEntries && bytes[0] == kReferenceForm);
     if (!known)
         throw CorruptPage(page, std::string(name) + " has neither of the known forms");
+    // With any other first page the bits would not lie in bytes as those of the whole file do, and could not be copied.
     if (IsInline() && (FirstPage() % 8 != 0 || FirstPage() >= format.maxPages))
         throw CorruptPage(page, std::string(name) + " begins at page " + std::to_string(FirstPage()));
 }

@@ -30,6 +30,7 @@ PageCache::PageCache(File& file, Journal* journal, const Format& format, PageNum
 MutablePageRef PageCache::Fresh(PageNumber page)
 {
     if (page >= table_.size())
+        // By doubling, so that a file that grows page by page does not copy the table each time.
         table_.resize(std::max<std::size_t>(std::size_t{page} + 1, table_.size() * 2));
     Frame* frame = table_[page];
     if (frame == nullptr && undo_.IsOpen() && page < undo_.PageCount()) {
@@ -128,6 +129,7 @@ PageNumber PageCache::WriteRun(PageNumber page, bool heldToo)
 {
     const auto belongs = [&](PageNumber number) {
         const Frame* frame = number < pageCount_ ? table_[number] : nullptr;
+        // For room alone held pages stay: who holds one may be in the midst of a change. A commit finds nobody so.
         return frame != nullptr && frame->dirty && (heldToo || frame->pins == 0);
     };
     writeBuffer_.clear();
@@ -171,6 +173,8 @@ void PageCache::KeepOld(PageNumber begin, PageNumber end)
     journal_->Keep(changedPages_);
 }
 
+/// The list has more than what is dirty: a frame stays in it until the commit, though it was written, or even given to
+/// another page, since.
 void PageCache::CollectChanged()
 {
     changedPages_.clear();
@@ -246,6 +250,7 @@ void PageCache::Drop(PageNumber page) noexcept
 
 bool PageCache::HasChanges() const noexcept
 {
+    // Pages that had to be written to make room are not dirty any more, and are part of the next commit all the same.
     if (hasWritten_)
         return true;
     for (const Frame* frame = changed_.first; frame != nullptr; frame = frame->next)

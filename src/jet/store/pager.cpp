@@ -52,6 +52,7 @@ std::unique_ptr<Pager> Pager::Open(std::unique_ptr<File> file, std::size_t cache
     const std::uint64_t size = file->Size();
 
     const Format& format = FormatOf(header.version);
+    // Half a page at the end: the file was cut off, and what it has lost would be missed much later.
     if (size % format.pageSize != 0)
         throw Error(ErrorNumber::NotADatabase, {name},
                     "Its " + std::to_string(size) + " bytes are not whole pages of " + std::to_string(format.pageSize) +

@@ -16,6 +16,7 @@ bool PagesWithRoom::HasRoom(PageNumber page, std::size_t size)
 {
     const PageRef ref = pager_->Read(page, PageType::Data);
     const DataPage view(ref.Bytes(), page, pager_->GetFormat());
+    // Nothing is taken out of the search as long as rows fit, however little is left: files of Access are so too.
     if (view.Fits(size))
         return true;
     const std::size_t share = view.SlotCount() >= kMaxRowsPerPage ? kind_.usedUpShare : kFullShare;

@@ -27,6 +27,7 @@ std::string SystemMessage(int code)
 
 [[noreturn]] void ThrowIo(const std::string& name, int code)
 {
+    // A quota or a limit on the size of files leaves as little room as a full disk, and the same can be done about it.
     const bool full = code == ENOSPC || code == EDQUOT || code == EFBIG;
     throw Error(full ? ErrorNumber::DiskFull : ErrorNumber::DiskError, {},
                 "(" + name + ": " + SystemMessage(code) + ")");
@@ -45,6 +46,8 @@ std::filesystem::path FolderOf(const std::filesystem::path& file)
     case EEXIST:
         throw Error(ErrorNumber::DatabaseExists, {}, "(" + name + ")");
     case ENOENT: {
+        // The system has one answer for a file that is not there and for a folder that is not; people ask for different
+        // things.
         std::error_code ignored;
         const bool hasFolder = std::filesystem::is_directory(FolderOf(path), ignored);
         throw Error(hasFolder ? ErrorNumber::FileNotFound : ErrorNumber::InvalidPath, {name});
@@ -63,6 +66,7 @@ std::filesystem::path FolderOf(const std::filesystem::path& file)
     }
 }
 
+/// fcntl and flock have each their own way to say so.
 bool IsTaken(int code)
 {
     return code == EAGAIN || code == EACCES || code == EWOULDBLOCK;
@@ -275,6 +279,7 @@ DateTime FileSystem::LocalTime()
     ::localtime_r(&seconds, &local);
 
     constexpr sys_days kDayZero = year{1899} / December / 30;
+    // Put together from the local fields, not by an offset from universal time, which changes with the season.
     const sys_days day = year{local.tm_year + 1900} / month{static_cast<unsigned>(local.tm_mon + 1)} /
                          std::chrono::day{static_cast<unsigned>(local.tm_mday)};
     const milliseconds timeOfDay = hours{local.tm_hour} + minutes{local.tm_min} + std::chrono::seconds{local.tm_sec} +

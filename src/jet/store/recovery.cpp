@@ -41,6 +41,7 @@ State StateOf(FileSystem& system, const std::filesystem::path& path, File& datab
         return state;
     state.journal = system.Open(journalPath, mode);
     state.headerState = fmt::Load(*state.journal, state.header);
+    // A journal of another database, or of this one at another size, would put pages where they do not belong.
     state.isOwn = state.headerState == fmt::HeaderState::Whole && state.header.identity == fmt::IdentityOf(start) &&
                   state.header.pageSize == format.pageSize && state.header.pageCount != 0 &&
                   database.Size() / format.pageSize >= state.header.pageCount;
@@ -60,6 +61,7 @@ void RequireJournal(const State& state, const std::filesystem::path& path)
 }
 
 /// The file with the pages of its journal in their places.
+/// Who only reads does not repair: media may be read-only, and somebody else may want to look at what was left.
 class CommittedFile final : public File {
 public:
     CommittedFile(std::unique_ptr<File> database, std::unique_ptr<File> journal, const fmt::Header& header)
@@ -112,6 +114,7 @@ Error Interrupted(const std::filesystem::path& database, std::string_view why)
     return Error(ErrorNumber::NotADatabase, {database.string()}, text);
 }
 
+/// Not removed: it may be the only place where somebody's pages still are.
 void SetJournalAside(FileSystem& system, const std::filesystem::path& database)
 {
     const std::filesystem::path path = fmt::PathFor(database);
@@ -128,6 +131,7 @@ void Recover(FileSystem& system, const std::filesystem::path& path, File& databa
     const std::filesystem::path journalPath = fmt::PathFor(path);
     if (state.IsInterrupted()) {
         RequireJournal(state, path);
+        // Put back, made void, removed: wherever this ends, whoever comes next begins again or has nothing left to do.
         JournalRecords(*state.journal, state.header).PutBack(database);
         fmt::Invalidate(*state.journal);
         state.journal.reset();

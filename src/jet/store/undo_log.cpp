@@ -28,6 +28,7 @@ void UndoLog::Clear() noexcept
     segments_.clear();
     spilled_ = 0;
     file_.reset();
+    // Memory that one large statement took goes back; what most take stays, as savepoints come with every record.
     if (log_.size() > kMaxKept)
         log_ = Bytes();
     SetEnd(0);
@@ -46,6 +47,8 @@ void UndoLog::Append(PageNumber page, const Byte* content, bool isDirty, Range r
 {
     if (TestBit(whole_, page))
         return;
+    // So many small changes come to more than the pages that they are made in: from here on each page is noted whole,
+    // at its first change.
     if (Used() >= kPiecesUpTo || !segments_.empty())
         range = {0, pageSize_};
     const auto [offset, size] = range;
@@ -74,6 +77,7 @@ void UndoLog::MakeRoom(std::size_t size)
 
 void UndoLog::Spill()
 {
+    // Before the write, so that nothing can fail between it and the note of it.
     segments_.reserve(segments_.size() + 1);
     if (!file_)
         file_ = makeFile_();

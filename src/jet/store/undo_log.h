@@ -72,6 +72,7 @@ public:
     void VisitBackwards(const Visit& visit)
     {
         VisitHeld(Used(), visit);
+        // What log_ held has been visited, so it serves to read back what went to the file.
         std::uint64_t end = spilled_;
         for (std::size_t i = segments_.size(); i-- > 0;) {
             end -= segments_[i];

@@ -81,6 +81,7 @@ public:
             AddToReference(page);
             return;
         }
+        // An empty map has its range nowhere yet: it goes to where it is needed.
         if (!Record().Covers(page) && Record().IsEmpty())
             StoreU32(Bytes(), 1, page & ~PageNumber{7});
         if (Record().Covers(page) || GrowTo(page))
@@ -109,6 +110,7 @@ private:
         const std::size_t part = page / bitsPerPage;
         MutablePageRef bitmap;
         if (const PageNumber number = Record().BitmapPage(part); number != 0) {
+            // Write() would give a page of any type, and set a bit in it.
             static_cast<void>(pager_.Read(number, PageType::UsageBitmap));
             bitmap = pager_.Write(number);
         } else {
@@ -172,6 +174,7 @@ bool UsageMap::Contains(PageNumber page) const
     return bitmap != 0 && TestBit(BitsOf(pager_->Read(bitmap, PageType::UsageBitmap)), page % bitsPerPage);
 }
 
+/// Asked first, as most pages are there: one that is not changed need not be noted, journalled and written.
 void UsageMap::Add(PageNumber page)
 {
     if (!Contains(page))

@@ -96,6 +96,7 @@ Column& DesignColumn(TableDef& def, const ColumnSpec& spec, const DatabaseHeader
     if (spec.autonumber && std::any_of(def.columns.begin(), def.columns.end(), isAutonumber))
         throw Error(ErrorNumber::TwoAutoNumbers);
 
+    // The type came with Jet 4.
     if (spec.type == ColumnType::Numeric && format.version == JetVersion::Jet3)
         throw Error(ErrorNumber::SyntaxErrorInFieldDefinition, {}, "Access 97 has no decimal numbers.");
 
@@ -106,6 +107,7 @@ Column& DesignColumn(TableDef& def, const ColumnSpec& spec, const DatabaseHeader
     column.rules.required = spec.required;
     column.flags = column_flags::kUpdatable;
     column.number = def.columnsEver;
+    // A fixed column has this number too, and does not use it up: so the engine of Access writes it.
     column.variableIndex = def.variableColumnsEver;
     SetCollation(column, format, header);
     if (spec.autonumber)
@@ -123,6 +125,7 @@ Column& DesignColumn(TableDef& def, const ColumnSpec& spec, const DatabaseHeader
         column.precision = spec.precision;
         column.scale = spec.scale;
     } else if (format.version == JetVersion::Jet4 && (spec.type == ColumnType::Text || spec.type == ColumnType::Memo)) {
+        // As columns have it that are made in Access: most texts take half the room then, and Access reads both forms.
         column.moreFlags = kMoreFlagsCompressed;
     }
     column.position = NextPosition(def);

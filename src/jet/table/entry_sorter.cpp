@@ -79,6 +79,7 @@ private:
     [[nodiscard]] ByteSpan Take(std::size_t size)
     {
         if (buffer_.size() - at_ < size) {
+            // The rest of an entry whose end is not in memory yet goes to the front.
             buffer_.erase(buffer_.begin(), buffer_.begin() + static_cast<std::ptrdiff_t>(at_));
             const std::size_t known = buffer_.size();
             const std::uint64_t more = std::min<std::uint64_t>(left_, std::max(kBufferSize, size));
@@ -107,6 +108,7 @@ void EntrySorter::Add(const Entry& entry)
     held_.push_back({keys_.size(), static_cast<std::uint32_t>(entry.key.size()), entry.row, entry.allNull});
     AppendBytes(keys_, entry.key);
     ++count_;
+    // What the vectors hold in reserve is left out: what counts is that memory does not grow with the table.
     if (keys_.size() + held_.size() * sizeof(Stored) > budget_)
         Spill();
 }
@@ -142,6 +144,7 @@ void EntrySorter::ForEach(const Visitor& visit)
 /// Runs are as large as the budget, so there are few of them, and all are merged in one go.
 void EntrySorter::Merge(const Visitor& visit)
 {
+    // What is held becomes a run like the others, so there is one way to merge.
     if (!held_.empty())
         Spill();
     std::vector<RunReader> readers;

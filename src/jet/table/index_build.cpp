@@ -34,6 +34,7 @@ void IndexBuild::Sort()
 
 void IndexBuild::Fill(IndexTree& tree)
 {
+    // In ascending order every entry goes to the end of the rightmost leaf, and the leaves come out full.
     entries_.ForEach([&tree](const EntrySorter::Entry& entry) { tree.Insert(entry.key, entry.row); });
 }
 
@@ -51,6 +52,7 @@ RealIndex PlantTree(Pager& pager, const TableDef& def, const RealIndex& wanted, 
         IndexTree::MakeEmpty(root, pager.GetFormat(), definitionPage);
         index.root = root.Number();
     }
+    // The tree adds further pages itself; its root it was given.
     UsageMap(pager, index.usageMap).Add(index.root);
     IndexTree tree(pager, index.root, index.usageMap, definitionPage);
     sorted.Fill(tree);

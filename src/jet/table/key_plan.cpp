@@ -18,6 +18,7 @@ KeyFacts KeyPlan::Append(Bytes& key, const Record& record) const
     KeyFacts facts;
     for (std::size_t i = 0; i < columns_.size(); ++i) {
         std::optional<ByteSpan> stored = record.Stored(columns_[i]);
+        // A boolean has no Null: one that nobody has set is False, in the key as in the row.
         if (!stored && kinds_[i].type == ColumnType::Boolean)
             stored = ByteSpan(kFalse);
         facts.anyNull |= !stored;

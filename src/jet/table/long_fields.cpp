@@ -19,6 +19,7 @@ void LongFields::Begin(std::size_t columnCount)
 }
 
 /// `view`, and what it is a view of stays where it is.
+/// MemoInRow() and PlainMemo() may have made another form in memo_, which the next memo will use again.
 ByteSpan LongFields::Held(ByteSpan view)
 {
     return !view.empty() && view.data() == memo_.data() ? otherForms_.emplace_back(std::move(memo_)) : view;
@@ -52,6 +53,7 @@ void LongFields::MoveOut(std::size_t column, const Column& kind, const Format& f
     const ByteSpan plain = kind.type == ColumnType::Memo ? PlainMemo(stored, format, memo_) : stored;
     if (plain.size() > kMaxLongValue)
         throw Error(ErrorNumber::RecordTooLarge);
+    // Its pages come last, in Write(): until then the record may still be refused, and nothing is to be given back.
     outside_.push_back({column, Held(plain)});
     kept_[column] = false;
     field.head = heads_[column];
@@ -98,7 +100,9 @@ std::optional<std::vector<std::size_t>> ShrinkToFit(const RowLayout& layout, con
                                                     std::vector<std::size_t> candidates, std::span<RowField> fields)
 {
     const auto size = [fields](std::size_t column) { return fields[column].Size(); };
+    // What is no longer than the head that stays would gain nothing.
     std::erase_if(candidates, [size](std::size_t column) { return size(column) <= kLongValueHeaderSize; });
+    // The longest first, so that as few values as possible cost a look at another page.
     std::ranges::stable_sort(candidates, std::ranges::greater(), size);
     std::vector<std::size_t> shrunk;
     for (const std::size_t column : candidates) {

@@ -49,6 +49,8 @@ PageNumber AllocateMapPage(Pager& pager)
 
 } // namespace
 
+/// Maps of one table share pages, and no page has maps of two, but for the basic system tables: so a table's maps lie
+/// together, and go with it.
 RowId PlaceMapRecord(Pager& pager, const TableDef& def)
 {
     for (const PageNumber page : MapPages(def)) {
@@ -63,6 +65,7 @@ void RemoveMapRecord(Pager& pager, RowId record)
     if (record.IsNone())
         return;
     UsageMap(pager, record).Destroy();
+    // Slots of deleted records are not used again, so a page that is full of them would only be in the way.
     if (!HoldsLiveRecord(pager, record.page))
         pager.Free(record.page);
 }

@@ -19,6 +19,7 @@ void Record::SetNull(std::size_t column)
 void Record::SetStored(std::size_t column, ByteSpan stored)
 {
     const Byte* begin = buffer_.data();
+    // The buffer may move when it grows, and what is to be copied with it.
     const bool ownBytes = !stored.empty() && stored.data() >= begin && stored.data() < begin + buffer_.size();
     const std::size_t from = ownBytes ? static_cast<std::size_t>(stored.data() - begin) : 0;
     const MutableBytes room = SetSized(column, stored.size());

@@ -62,6 +62,7 @@ bool Table::Rewrite::BecomesMemo(std::size_t column) const
 
 void Table::Rewrite::Run()
 {
+    // Maps of their own, so that the new pages are never taken for those of the old rows, which are freed by theirs.
     def_.ownedPages = PlaceMapRecord(pager_, def_);
     def_.freeSpacePages = PlaceMapRecord(pager_, def_);
     rows_.emplace(pager_, def_.pages.front(), def_.ownedPages, def_.freeSpacePages);
@@ -78,6 +79,7 @@ void Table::Rewrite::CopyRows()
 {
     const std::vector<KeyPlan>& plans = table_.parts_->keyPlans;
     for (const KeyPlan& plan : plans)
+        // All indexes are collected in one walk over the rows, and share the memory for it.
         builds_.emplace_back(pager_.System(), plan, EntrySorter::kBudget / plans.size());
     const RowLayout layout(def_);
     Record record;
@@ -85,6 +87,7 @@ void Table::Rewrite::CopyRows()
     for (std::optional<RowId> row = table_.NextRow(std::nullopt); row; row = table_.NextRow(row), ++count) {
         const RowStore::Found found = table_.parts_->rows.Find(*row);
         const RowId at = CopyRow(found, layout);
+        // Ascending by the old id, since that is the order of the walk: Relocated() searches by halves.
         moves_.emplace_back(*row, at);
         for (IndexBuild& build : builds_) {
             ReadRecord(pager_, table_.def_, found, build.Plan().Columns(), record);
@@ -136,6 +139,7 @@ void Table::Rewrite::TakeFields(const RowStore::Found& found)
 /// Gives a long value that stands in the row a record of its own.
 void Table::Rewrite::MoveOut(std::size_t column, const RowField& whole, PageNumber page)
 {
+    // Without a head of its own the field is the old row's, head and value in one.
     const Bytes value = whole.head.empty() ? LongValues::Read(pager_, whole.bytes, page)
                                            : Bytes(whole.bytes.begin(), whole.bytes.end());
     const bool isMemo = def_.columns[column].type == ColumnType::Memo;

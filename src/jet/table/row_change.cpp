@@ -126,6 +126,7 @@ void Table::RowChange::PrepareLongValue(std::size_t column, const Record& record
 {
     const Column& kind = table_.def_.columns[column];
     const std::optional<ByteSpan> old = isUpdate ? scratch_.before.Stored(column) : std::nullopt;
+    // Compared by content: whoever saves a record sets all of its fields, changed or not.
     if (&record != &scratch_.before && old && SameBytes(*old, stored)) {
         const RowView view(scratch_.oldRow, table_.def_, table_.def_.pages.front());
         scratch_.longFields.Keep(column, view.Field(kind).value(), scratch_.fields[column]);
@@ -150,6 +151,7 @@ void Table::RowChange::CheckKey(std::size_t index, const Key& key) const
     const KeyPlan& plan = parts_.keyPlans[index];
     if (plan.IsRequired() && key.facts.anyNull)
         throw Error(ErrorNumber::NullInPrimaryKey).About(IndexAsSubject(index));
+    // Of an update only changed keys come here, so the row's own entry is never in the way.
     if (plan.MustBeUnique(key.facts) && parts_.trees[index]->Contains(key.bytes))
         throw Error(ErrorNumber::DuplicateKey).About(IndexAsSubject(index));
 }
@@ -223,6 +225,7 @@ void Table::RowChange::Delete(RowId row)
     }
     parts_.rows.Delete(row);
     DeleteOldLongValues(false);
+    // Some files count too few; a count below zero would be four thousand million.
     if (table_.def_.rowCount != 0)
         --table_.def_.rowCount;
     table_.StoreCounters();
@@ -233,6 +236,7 @@ void Table::RowChange::InsertKey(std::size_t index, RowId row)
     const Key& key = scratch_.keys[index];
     if (!key.inIndex)
         return;
+    // Counted up with each new key and never down, as the engine of Access does: it guides the planner of queries only.
     if (parts_.trees[index]->Insert(key.bytes, row))
         ++table_.def_.realIndexes[index].distinctKeys;
 }

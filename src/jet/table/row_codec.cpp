@@ -117,6 +117,7 @@ void RowLayout::EncodeFixed(std::span<const RowField> fields, MutableBytes row) 
 void RowLayout::EncodeVariable(std::span<const RowField> fields, MutableBytes row) const
 {
     const std::size_t count = variable_.size();
+    // Readers begin at the end of a row, where the mask is as long as the number of fields says, and go backwards.
     const std::size_t numberAt = row.size() - maskSize_ - numberSize_;
     StoreNumber(row, numberAt, count, version_);
     std::size_t jumps = 0;
@@ -166,6 +167,7 @@ RowView::RowView(ByteSpan row, const TableDef& def, PageNumber page)
         throw CorruptPage(page, "a row of " + std::to_string(row.size()) + " bytes is too short");
     fieldCount_ = LoadNumber(row, 0, version_);
     const std::size_t maskSize = (fieldCount_ + 7) / 8;
+    // The number is what the table had when the row was written: it need not be what it has now.
     if (fieldCount_ == 0 || fieldCount_ > kMaxColumns || row.size() < fixedBegin_ + maskSize)
         throw CorruptPage(page, "a row says that it has " + std::to_string(fieldCount_) + " fields");
     maskBegin_ = row.size() - maskSize;
@@ -181,6 +183,7 @@ void RowView::ReadOffsets(std::size_t numberAt)
 {
     variableCount_ = LoadNumber(row_, numberAt, version_);
     std::size_t jumpBytes = version_ == JetVersion::Jet3 ? (row_.size() - 1) / kJumpUnit : 0;
+    // The offsets stand before the jump table, one more than there are fields: the last one is the end of the data.
     const std::size_t tail = jumpBytes + (variableCount_ + 1) * fixedBegin_;
     if (numberAt < fixedBegin_ + tail)
         throw CorruptPage(page_, "the offsets of a row's variable fields do not fit the row");
@@ -210,6 +213,7 @@ std::size_t RowView::Offset(std::size_t entry) const noexcept
     if (jumps_.empty())
         return low;
     std::size_t jumped = 0;
+    // An entry lies behind as many multiples of 256 as there are jumps to it or to an entry before it.
     while (jumped < jumps_.size() && jumps_[jumps_.size() - 1 - jumped] <= entry)
         ++jumped;
     return low + kJumpUnit * jumped;
@@ -238,6 +242,7 @@ std::optional<ByteSpan> RowView::Field(const Column& column) const
     const std::size_t size = Offset(column.variableIndex + std::size_t{1}) - begin;
     const bool anySize =
         column.type == ColumnType::Text || column.type == ColumnType::Binary || IsLongValue(column.type);
+    // Some system tables keep numbers and dates in the variable part.
     if (!anySize && size != column.FixedSize())
         throw CorruptPage(page_, "field '" + column.name + "' has " + std::to_string(size) + " bytes");
     return row_.subspan(begin, size);

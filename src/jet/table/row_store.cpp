@@ -38,6 +38,7 @@ RowStore::Found RowStore::Find(RowId home) const
     if (home.slot >= view.SlotCount())
         return {};
     const SlotState state = view.State(home.slot);
+    // The slots of rows that were moved here are nobody's home: to whoever asks for one there is no such row.
     if (state == SlotState::Row)
         return {std::move(page), home, view.Row(home.slot)};
     if (state != SlotState::Moved)
@@ -108,6 +109,8 @@ RowStore::Room RowStore::Replace(RowId home, std::size_t size)
         NoteRoom(place.page, before, editor.View().FreeBytes());
         return Room{std::move(page), place, editor.RowBytes(place.slot)};
     };
+    // Where it is; then back home, if it was away; then anywhere. A row never moves twice in a chain: its home points
+    // at where it is.
     if (std::optional<Room> room = resized(at))
         return std::move(*room);
     if (moved) {

@@ -59,6 +59,7 @@ PageNumber Table::Create(Pager& pager, const std::vector<ColumnSpec>& columns)
     }
 
     def.pages.push_back(pager.Allocate().Number());
+    // The order of the records is that of Access: rows, then long values by column, then indexes as they are made.
     def.ownedPages = PlaceMapRecord(pager, def);
     def.freeSpacePages = PlaceMapRecord(pager, def);
     for (Column& column : def.columns) {
@@ -113,6 +114,7 @@ void Table::Reread()
     assert(parts_->changesUnderWay == 0);
     TableDef def = ReadTableDef(*pager_, def_.pages.front());
     const std::uint32_t numberOnPage = def.lastAutonumber;
+    // A number that was given out stays given, though the page has gone back to one before it.
     if (std::ranges::any_of(def.columns, &Column::IsAutonumber))
         def.lastAutonumber = def_.lastAutonumber;
     // Rows that had been written anew are where they were. Each time they get maps of their own.

@@ -19,6 +19,7 @@ void Table::AddColumn(const ColumnSpec& spec)
         throw Error(ErrorNumber::TooManyFields);
     TableDef def = def_;
     DesignColumn(def, spec, pager_->Header());
+    // The numbers are used up, though not all of the columns stand any more.
     if (def.columnsEver > kMaxColumns) {
         Renumber();
         def = def_;
@@ -79,6 +80,7 @@ void Table::DropColumn(std::string_view name)
         throw Error(ErrorNumber::FieldInIndex, {name}).About({.table = name_, .index = index->name});
     if (const LogicalIndex* const side = def_.RelationOn(column.number))
         throw Error(ErrorNumber::FieldInRelation, {name}).About({.table = name_, .relation = side->name});
+    // A table needs one column: in the words of that number the field "is needed by the system".
     if (def_.columns.size() == 1)
         throw Error(ErrorNumber::FieldInIndex, {name});
 

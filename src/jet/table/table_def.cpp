@@ -38,6 +38,7 @@ Bytes ReadChain(Pager& pager, PageNumber first, std::vector<PageNumber>& chain)
 {
     Bytes stream;
     for (PageNumber number = first; number != 0;) {
+        // A chain that comes back to itself would fill the memory.
         if (chain.size() == kMaxChainPages || std::find(chain.begin(), chain.end(), number) != chain.end())
             throw CorruptPage(first, "the chain of the table definition has no end");
         const PageRef page = pager.Read(number, PageType::Definition);
@@ -143,6 +144,7 @@ LogicalIndex ParseLogicalIndex(const Format& format, ByteSpan block)
     index.side = static_cast<RelationSide>(block[layout.side]);
     index.partnerIndex = LoadU32(block, layout.partnerIndex);
     index.partnerTable = LoadU32(block, layout.partnerTable);
+    // In other entries the two bytes hold 4, which means nothing.
     if (index.type == IndexType::Relation) {
         index.cascadeUpdates = block[layout.cascadeUpdate] == 1;
         index.onDelete = static_cast<DeleteRule>(block[layout.cascadeDelete]);
@@ -238,6 +240,7 @@ ValueType Column::GetValueType() const noexcept
 std::optional<std::size_t> TableDef::ColumnIndex(std::string_view name) const
 {
     for (std::size_t i = 0; i < columns.size(); ++i) {
+        // Nearly always the name is the very one, and no key need be made.
         if (columns[i].name == name)
             return i;
     }

@@ -49,6 +49,7 @@ void AppendHeader(Bytes& out, const Format& format, const TableDef& def)
 {
     const Format::DefinitionLayout& layout = format.definition;
     out.assign(def.rawHeader.begin(), def.rawHeader.begin() + layout.sections);
+    // The head belongs to the page, and is written with it.
     std::fill_n(out.begin(), kPageHeadSize, Byte{0});
     if (layout.magic != Format::kAbsent)
         StoreU32(out, layout.magic, kDefinitionMagic);
@@ -141,6 +142,7 @@ void AppendLongValueMaps(Bytes& out, const TableDef& def)
         AppendU32(out, column.longValueOwned.Pointer());
         AppendU32(out, column.longValueFree.Pointer());
     };
+    // In the order in which they stood: Access writes them by column in Jet 4, and Jet 3 in any.
     for (const std::uint16_t number : def.longValueOrder)
         append(def.columns[def.ColumnByNumber(number).value()]);
     AppendU16(out, kEndOfDefinition);
@@ -226,6 +228,7 @@ void WriteTableCounters(Pager& pager, const TableDef& def)
 
 void SortIndexesByName(TableDef& def)
 {
+    // Each key is made once, not with every comparison.
     std::vector<std::pair<Bytes, LogicalIndex>> keyed;
     for (LogicalIndex& index : def.logicalIndexes) {
         Bytes key = TextKey(*def.format, index.name);

@@ -19,6 +19,8 @@ RealIndex DesignRealIndex(const TableDef& def, const IndexSpec& spec, std::strin
         if (!position)
             throw Error(ErrorNumber::NoSuchField, {name, table});
         const Column& column = def.columns[*position];
+        // Jet 3 cannot index a memo, and in Jet 4 only its first 255 characters would count: two long texts that differ
+        // behind them would be duplicates.
         if (IsLongValue(column.type))
             throw Error(ErrorNumber::WrongType, {}, "Field '" + column.name + "' is a memo and cannot be indexed.");
         const bool twice = std::any_of(index.columns.begin(), index.columns.end(),
@@ -69,6 +71,7 @@ void Table::AddIndex(LogicalIndex entry, const RealIndex* wanted)
             build.Add(record, *row);
         }
         build.Sort();
+        // At the end, since logical indexes name trees by their place.
         entry.realIndex = static_cast<std::uint32_t>(def.realIndexes.size());
         def.realIndexes.push_back(PlantTree(*pager_, def_, *wanted, build));
     }
@@ -107,6 +110,7 @@ void Table::DropIndex(std::string_view name)
     if (!stillUsed) {
         def.realIndexes.erase(def.realIndexes.begin() + real);
         for (LogicalIndex& other : def.logicalIndexes)
+            // Those behind it move up, and are named by their place.
             other.realIndex -= other.realIndex > real;
     }
     WriteTableDef(*pager_, def);

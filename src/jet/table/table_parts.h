@@ -14,9 +14,9 @@ namespace jet {
 /// What one change of a row needs beside the record; kept from row to row so that no change allocates.
 struct RowScratch {
     struct Key {
-        Bytes bytes;
+        Bytes bytes; ///< the key as the index has it
         KeyFacts facts;
-        bool inIndex = false;
+        bool inIndex = false; ///< the index does not leave the record out
     };
 
     Bytes oldRow;                 ///< the row as it was
@@ -32,8 +32,8 @@ struct Table::Parts {
     Parts(Pager& pager, const TableDef& def);
 
     RowStore rows;
-    RowLayout layout;
-    std::vector<KeyPlan> keyPlans;                       ///< by real index
+    RowLayout layout;              ///< of rows as they are written now; older ones may have fewer fields
+    std::vector<KeyPlan> keyPlans; ///< by real index
     std::vector<std::unique_ptr<IndexTree>> trees;       ///< by real index
     std::vector<std::unique_ptr<LongValues>> longValues; ///< by column index; empty for other columns
     std::vector<std::size_t> allColumns;                 ///< 0, 1, 2 ...
