@@ -8,6 +8,7 @@
 #include "platform/program.h"
 #include "platform/terminal.h"
 #include "settings/command_line.h"
+#include "source/plain_words.h"
 
 #include <algorithm>
 #include <cstdio>
@@ -38,11 +39,11 @@ bool CanAsk()
 
 ExitStatus ExplainMissingWindow(ConsoleHost& host)
 {
-    host.WriteError(std::string("without +quiet the window opens, ") +
-                    (FindInstalled(kWindowProgram).empty() ? "and this installation has none\n"
-                                                           : "and there is no display to open it on\n") +
+    host.WriteError(std::string("no source is named, ") +
+                    (FindInstalled(kWindowProgram).empty() ? "and this installation has no window to name one in\n"
+                                                           : "and there is no display to open the window on\n") +
                     "To convert here, write for example\n"
-                    "  velmora xml=orders.xml mdb=orders.mdb +quiet\n"
+                    "  velmora orders.xml orders.mdb\n"
                     "velmora --help lists every option");
     return ExitStatus::NothingToConvert;
 }
@@ -77,17 +78,22 @@ ExitStatus Main(const std::vector<std::string>& arguments)
     }
     CatchInterrupts();
     try {
-        const std::string line = JoinArguments(arguments);
+        const PlainWords words = TakePlainWords(arguments);
+        const std::string line = JoinArguments(words.arguments);
         const Controls asked = WhatIsAsked(line);
         if (asked.chkQuiet.Checked())
             return Run(host, line);
         if (!asked.txtFILE_EXPORT.text.empty()) // which has nothing to ask
             return Run(host, line + " +quiet");
-        const std::string window = HasDisplay() ? FindInstalled(kWindowProgram) : std::string();
-        if (!window.empty() && BecomeProgram(window, arguments))
-            return ExitStatus::Success;
-        if (!CanAsk() || (asked.txtFILE_XML.text.empty() && asked.txtXML_URL.text.empty()))
-            return ExplainMissingWindow(host);
+        if (!words.nameFiles) {
+            const std::string window = HasDisplay() ? FindInstalled(kWindowProgram) : std::string();
+            if (!window.empty() && BecomeProgram(window, arguments))
+                return ExitStatus::Success;
+            if (asked.txtFILE_XML.text.empty() && asked.txtXML_URL.text.empty())
+                return ExplainMissingWindow(host);
+        }
+        if (!CanAsk())
+            return Run(host, line + " +quiet");
         host.TakeAnswersFrom(stdin);
         return Run(host, line);
     } catch (const CommandLineError& error) {

@@ -18,7 +18,8 @@ constexpr const char* kUsage = R"(: loads XML files into Microsoft Access databa
 or into delimited text files
 
 Usage
-  velmora xml=FILE mdb=FILE [option ...] +quiet     convert, here and now
+  velmora FILE.xml ... FILE.mdb [option ...]        convert, here and now
+  velmora xml=FILE mdb=FILE [option ...] +quiet     into a database made anew
   velmora xml=FILE txt=FOLDER [option ...] +quiet   the same, into text files
   velmora mdb=FILE export=FILE                      a database as XML again
   velmora [option ...]                              open the window, filled in
@@ -30,8 +31,11 @@ counts. A value with blanks is put in quotes: xml="my orders.xml". Words that
 are not known are reported and skipped; where one may be mistyped and a database
 would be replaced or emptied, the run does not begin.
 
-Without +quiet, where there is a terminal and no window, velmora converts in the
-terminal and asks what it has to ask.
+Plain names need no key: what ends in .xml, or is there and begins like XML, is
+a source, one word that ends in .mdb the database, which is kept and extended
+(+d makes it anew). A run with plain names begins at once. It asks what it has
+to ask on a terminal, and nothing elsewhere; so does one without +quiet where
+no window can be opened.
 )";
 
 constexpr const char* kRest = R"(
@@ -51,6 +55,7 @@ Exit status
   130  cancelled
 
 Examples
+  velmora in/*.xml all.mdb
   velmora xml=orders.xml mdb=orders.mdb +quiet
   velmora xml="in/2024*.xml" mdb=all.mdb -recreate_database log=all.log +quiet
   velmora x=a.xml m=a.mdb pkey=ID fkey=PARENT_ID attr="" +skip_empty +q

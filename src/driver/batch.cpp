@@ -7,15 +7,14 @@
 #include "import/node_importer.h"
 #include "plan/analyse_xml.h"
 #include "plan/plain_names.h"
-#include "platform/file_listing.h"
 #include "platform/paths.h"
-#include "platform/utf8.h"
 #include "schema/clear_tables.h"
 #include "schema/database_session.h"
 #include "schema/known_tables.h"
 #include "schema/schema_builder.h"
 #include "schema/target_check.h"
 #include "settings/conversion_settings.h"
+#include "source/source_list.h"
 #include "xml/load_xml.h"
 #include "xml/structure_report.h"
 #include "xml_export/xml_export.h"
@@ -28,20 +27,6 @@ namespace velmora {
 namespace {
 
 constexpr std::string_view kWorking = "Working...";
-
-/// Why there is nothing to convert; nullopt when there is.
-std::optional<std::string> NoSource(const std::string& source, const std::vector<std::string>& files)
-{
-    if (TrimWhiteSpace(source).empty())
-        return "No XML file specified!";
-    if (!files.empty())
-        return std::nullopt;
-    if (source.find_first_of("*?") == source.npos)
-        return "File does not exist!";
-    const std::size_t inAnyCase = CountFilesInAnyCase(source);
-    return inAnyCase == 0 ? "No files to import"
-                          : "No files to import (" + std::to_string(inAnyCase) + " in other letter case)";
-}
 
 } // namespace
 
@@ -127,9 +112,9 @@ void Batch::Run(UrlSource& source, DatabaseSession& session, Step& step)
         return;
     }
     source.Fetch(places_);
-    const std::string& path = job_.settings.sourceFile;
-    files_ = ListFiles(path);
-    std::optional<std::string> reason = NoSource(path, files_);
+    SourceFiles sources = ListSourceFiles(job_.settings.sourceFile);
+    files_ = std::move(sources.paths);
+    std::optional<std::string> reason = std::move(sources.problem);
     if (!reason)
         reason = ImpossibleRename(job_.settings, files_, std::time(nullptr));
     if (reason)

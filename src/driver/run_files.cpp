@@ -1,32 +1,23 @@
 #include "driver/run_files.h"
 
 #include "log/runtime_error.h"
-#include "platform/file_listing.h"
 #include "platform/paths.h"
 #include "platform/program.h"
 #include "schema/target_check.h"
+#include "source/source_list.h"
 
-#include <algorithm>
 #include <filesystem>
 #include <optional>
 #include <system_error>
-#include <vector>
 
 namespace velmora {
 
 namespace {
 
-/// Is `path` one of the sources, or what the user has typed as the source, which need not be there yet? A download gets
-/// a name of its own.
+/// A download gets a name of its own.
 bool IsSource(const std::string& path, const ConversionSettings& settings)
 {
-    if (settings.fromUrl || path.empty())
-        return false;
-    const std::string& typed = settings.sourceFile;
-    const std::vector<std::string> sources = ListFiles(typed);
-    return IsSameFile(path, typed) || std::any_of(sources.begin(), sources.end(), [&path](const std::string& source) {
-               return IsSameFile(path, source);
-           });
+    return !settings.fromUrl && NamesSource(settings.sourceFile, path);
 }
 
 constexpr std::string_view kScratchDatabase = "temporary_import_database";

@@ -89,27 +89,38 @@ bool HasChoice(const Option& option, std::string_view value)
     return std::find(choices.begin(), choices.end(), LowerCase(value)) != choices.end();
 }
 
+/// The word that `token` names an option by. A key is named by what stands before its "=", that sign included; no
+/// switch holds one.
+std::string WordOf(std::string_view token)
+{
+    const std::size_t equals = token.find('=');
+    return LowerCase(equals == token.npos ? Trimmed(token) : token.substr(0, equals + 1));
+}
+
 /// False when `token` names no option, or of a list no choice.
 bool ApplyToken(std::string_view token, Controls& controls)
 {
-    // A key is named by what stands before its "=", that sign included; no switch holds one.
-    const std::size_t equals = token.find('=');
-    const bool isKey = equals != token.npos;
-    const std::string word = LowerCase(isKey ? token.substr(0, equals + 1) : Trimmed(token));
-    const std::string_view value = isKey ? WithoutQuotes(token.substr(equals + 1)) : std::string_view();
-    for (const Option& option : Options()) {
-        const bool on = IsListed(word, option.words);
-        if (!on && !IsListed(word, option.offWords))
-            continue;
-        if (!HasChoice(option, value))
-            return false;
-        std::visit(Setter(option, on, value, controls), option.control);
-        return true;
-    }
-    return false;
+    const Option* const option = OptionNamed(token);
+    if (option == nullptr)
+        return false;
+    const std::string_view value = option->IsSwitch() ? token : WithoutQuotes(token.substr(token.find('=') + 1));
+    if (!HasChoice(*option, value))
+        return false;
+    std::visit(Setter(*option, IsListed(WordOf(token), option->words), value, controls), option->control);
+    return true;
 }
 
 } // namespace
+
+const Option* OptionNamed(std::string_view token)
+{
+    const std::string word = WordOf(token);
+    const std::span<const Option> options = Options();
+    const auto named = std::find_if(options.begin(), options.end(), [&word](const Option& option) {
+        return IsListed(word, option.words) || IsListed(word, option.offWords);
+    });
+    return named == options.end() ? nullptr : &*named;
+}
 
 std::vector<std::string_view> SplitCommandLine(std::string_view text, char delimiter)
 {

@@ -11,6 +11,8 @@
 
 namespace velmora {
 
+struct Option;
+
 /// A command line that makes no sense as a whole; the message is meant for the user.
 class CommandLineError : public std::runtime_error {
 public:
@@ -26,6 +28,9 @@ public:
 /// `argument`s of a process as one line that SplitCommandLine takes apart again: values with blanks are put in quotes.
 /// Throws CommandLineError for an argument that holds a double quote, which the line could not express.
 [[nodiscard]] std::string JoinArguments(std::vector<std::string> arguments);
+
+/// The option that `token` switches or gives a value; nullptr when it names none.
+[[nodiscard]] const Option* OptionNamed(std::string_view token);
 
 /// Sets `controls` by a raw command line (without the program's name), token by token; later ones override earlier
 /// ones. Each token that names no option goes to `reportUnknown`, as it stands, and is skipped. An empty line does

@@ -62,7 +62,8 @@ constexpr Option kOptions[] = {
      .words = "xml= x=",
      .value = "FILE",
      .help = "the XML file; \"*\" and \"?\" in its name stand for several letters or one: xml=prod_*.xml converts all "
-             "matching files, in the order of their names, into one database"},
+             "matching files, in the order of their names, into one database; several names stand with a vertical bar "
+             "between them, and xml=@list.txt names a file with a name on each line"},
     {.group = OptionGroup::Source,
      .control = &Controls::txtFILE_XML_RENAMED,
      .setting = &ConversionSettings::renamePattern,
@@ -343,7 +344,7 @@ constexpr Option kOptions[] = {
      .words = "+quiet quiet +q q",
      .offWords = "-quiet -q",
      .help = "convert at once, ask nothing",
-     .offHelp = "open the window"},
+     .offHelp = "open the window, unless files are named without a key"},
     {.group = OptionGroup::Running,
      .control = &Controls::chkDebug,
      .words = "debug",

@@ -3,6 +3,7 @@
 #include "log/passwords.h"
 #include "platform/other_programs.h"
 #include "settings/command_line.h"
+#include "source/plain_words.h"
 #include "ui/main_window.h"
 #include "ui/resources.h"
 
@@ -17,6 +18,12 @@ namespace {
 
 using namespace velmora;
 
+/// Plain file names, as a file manager gives them, fill in their fields.
+std::string LineOf(const std::vector<std::string>& arguments)
+{
+    return JoinArguments(TakePlainWords(arguments).arguments);
+}
+
 /// A quiet run shows its progress and then closes the window.
 void ConvertAndClose(MainWindow& window)
 {
@@ -29,7 +36,7 @@ bool IsQuiet(const std::vector<std::string>& arguments)
 {
     try {
         Controls controls;
-        ApplyCommandLine(JoinArguments(arguments), controls, [](std::string_view) {});
+        ApplyCommandLine(LineOf(arguments), controls, [](std::string_view) {});
         return controls.chkQuiet.Checked();
     } catch (const CommandLineError&) {
         return false; // told by the window
@@ -54,7 +61,7 @@ int main(int argc, char* argv[])
 
     MainWindow window;
     try {
-        window.Form_Load(JoinArguments(arguments));
+        window.Form_Load(LineOf(arguments));
     } catch (const CommandLineError& error) {
         QMessageBox::critical(nullptr, window.windowTitle(), QString::fromStdString(WithoutPasswords(error.what())));
         return 2;

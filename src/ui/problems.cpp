@@ -2,6 +2,7 @@
 
 #include "platform/file_listing.h"
 #include "platform/paths.h"
+#include "source/source_list.h"
 
 #include <QCoreApplication>
 
@@ -40,7 +41,7 @@ std::vector<FieldProblem> FindProblems(const Controls& controls)
     const std::string& mdb = controls.txtFILE_MDB.text;
     const std::string& txt = controls.txtFILE_TXT.text;
     const bool hasSource = controls.FromUrl() ? !controls.txtXML_URL.text.empty() : !xml.empty();
-    if (!controls.FromUrl() && !xml.empty() && ListFiles(xml).empty())
+    if (!controls.FromUrl() && !xml.empty() && ListSourceFiles(xml).problem)
         add(&Controls::txtFILE_XML, HasWildcards(xml) ? QT_TRANSLATE_NOOP("Problems", "No file matches this")
                                                       : QT_TRANSLATE_NOOP("Problems", "There is no such file"));
     if (hasSource && mdb.empty() && txt.empty())

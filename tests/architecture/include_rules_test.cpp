@@ -35,16 +35,17 @@ constexpr Part kParts[] = {
     {"host", ""},
     {"log", "platform host"},
     {"settings", "platform host log"},
+    {"source", "platform host log settings"},
     {"mapping", "platform host log settings"},
-    {"xml", "platform host log settings"},
+    {"xml", "platform host log settings source"},
     {"plan", "platform host log settings mapping xml"},
     {"schema", "platform host log settings xml plan jet jet/base"},
     {"import", "platform host log settings xml plan schema"},
     {"xml_export", "platform host log settings schema"},
-    {"driver", "platform host log settings mapping xml plan schema import xml_export"},
-    {"app", "platform host log settings mapping xml plan schema import xml_export driver"},
-    {"console", "platform host log settings mapping xml plan schema import xml_export driver app"},
-    {"ui", "platform host log settings mapping xml plan schema import xml_export driver app"},
+    {"driver", "platform host log settings source mapping xml plan schema import xml_export"},
+    {"app", "platform host log settings source mapping xml plan schema import xml_export driver"},
+    {"console", "platform host log settings source mapping xml plan schema import xml_export driver app"},
+    {"ui", "platform host log settings source mapping xml plan schema import xml_export driver app"},
 };
 
 /// Libraries from outside that only some parts know: a pattern for the header's name, and these parts.

@@ -37,8 +37,11 @@ TEST_F(ProgramTest, SaysAtOnceWhyThereIsNothingToConvert)
         const char* output; ///< in standard output or standard error
     };
     const Case cases[] = {
-        {{}, "xml=orders.xml mdb=orders.mdb +quiet"},
-        {{"xml=a.xml", "mdb=new.mdb"}, "without +quiet"},
+        {{}, "velmora orders.xml orders.mdb"},
+        {{"mdb=new.mdb"}, "no source is named"},
+        {{"new.mdb"}, "No XML file specified!"},
+        {{"a.xml", "new.mdb", "b.mdb"}, "Two databases are named, \"new.mdb\" and \"b.mdb\""},
+        {{"a.xml", "none.xml", "new.mdb"}, "File does not exist! [none.xml]; nothing was converted"},
         {{"+quiet", "mdb=new.mdb"}, "No XML file specified!"},
         {{"+quiet", "mdb=new.mdb", "xml=none.xml"}, "File does not exist!"},
         {{"+quiet", "mdb=new.mdb", "xml=none*"}, "No files to import"},
@@ -100,6 +103,32 @@ TEST_F(ProgramTest, ConvertsAndTellsWhatHappened)
     const ProcessResult failed = Run({"q", "mdb=no/such/folder/all.mdb", "xml=one file.xml"});
     EXPECT_EQ(failed.status, 1);
     EXPECT_TRUE(Contains(failed.errors, "velmora: error ")) << failed.errors;
+}
+
+TEST_F(ProgramTest, ConvertsPlainNamesAtOnceIntoADatabaseThatIsKept)
+{
+    WriteFile(folder / "a.xml", "<people><person><name>Ann</name></person></people>");
+    WriteFile(folder / "b c.xml", "<people><person><name>Bob</name></person></people>");
+    struct Case {
+        std::vector<std::string> arguments;
+        std::string names;
+    };
+    const Case cases[] = {
+        {{"a.xml", "all.mdb"}, "Ann"},          {{"b c.xml", "all.mdb"}, "Ann Bob"},
+        {{"all.mdb", "b c.xml", "+d"}, "Bob"},  {{"b c.xml", "a.xml", "keys.mdb"}, "Ann Bob"},
+        {{"xml=@list", "mdb=keys.mdb"}, "Ann"}, // by key, where no window can be opened
+    };
+    WriteFile(folder / "list", "a.xml\n");
+    for (const Case& c : cases) {
+        SCOPED_TRACE(::testing::PrintToString(c.arguments));
+        const ProcessResult result = Run(c.arguments);
+        EXPECT_EQ(result.status, 0) << result.output << result.errors;
+        const bool byKeys = Contains(::testing::PrintToString(c.arguments), "keys.mdb");
+        const std::string bytes = ReadFile(folder / (byKeys ? "keys.mdb" : "all.mdb"));
+        for (const char* name : {"Ann", "Bob"})
+            EXPECT_EQ(Contains(bytes, name), Contains(c.names, name)) << name;
+    }
+    EXPECT_SOUND(std::vector({folder / "all.mdb", folder / "keys.mdb"}));
 }
 
 TEST_F(ProgramTest, AnInterruptEndsTheRunInGoodOrderAndASecondOneAtOnce)

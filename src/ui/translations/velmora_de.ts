@@ -736,8 +736,8 @@
             <translation>Sonst:</translation>
         </message>
         <message>
-            <source>the XML file; "*" and "?" in its name stand for several letters or one: xml=prod_*.xml converts all matching files, in the order of their names, into one database</source>
-            <translation>die XML-Datei; "*" und "?" im Namen stehen für mehrere Buchstaben oder einen: xml=prod_*.xml konvertiert alle passenden Dateien in der Reihenfolge ihrer Namen in eine Datenbank</translation>
+            <source>the XML file; "*" and "?" in its name stand for several letters or one: xml=prod_*.xml converts all matching files, in the order of their names, into one database; several names stand with a vertical bar between them, and xml=@list.txt names a file with a name on each line</source>
+            <translation>die XML-Datei; "*" und "?" im Namen stehen für mehrere Buchstaben oder einen: xml=prod_*.xml konvertiert alle passenden Dateien in der Reihenfolge ihrer Namen in eine Datenbank; zwischen mehreren Namen steht ein senkrechter Strich, und xml=@liste.txt nennt eine Datei mit einem Namen je Zeile</translation>
         </message>
         <message>
             <source>what each XML file is called after its conversion: rename=%p%done/%f%.xml moves it into a folder</source>
@@ -912,8 +912,8 @@
             <translation>sofort konvertieren, nichts fragen</translation>
         </message>
         <message>
-            <source>open the window</source>
-            <translation>das Fenster öffnen</translation>
+            <source>open the window, unless files are named without a key</source>
+            <translation>das Fenster öffnen, wenn keine Datei ohne Schlüsselwort genannt ist</translation>
         </message>
         <message>
             <source>trace every step in the protocol file, with the time (needs log=)</source>
