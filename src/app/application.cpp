@@ -1,8 +1,12 @@
 #include "app/application.h"
 
+#include "app/summary.h"
+#include "driver/run_files.h"
 #include "log/passwords.h"
 #include "mapping/tag_map_file.h"
+#include "platform/clock.h"
 #include "platform/paths.h"
+#include "schema/database_view.h"
 #include "settings/command_line.h"
 
 #include <utility>
@@ -47,7 +51,7 @@ void Application::ReportUnknown(std::string_view token)
     std::string shown(token);
     if (meant == kPasswordKey && token.find('=') != token.npos)
         shown = shown.substr(0, shown.find('=') + 1).append(kHiddenPassword);
-    job_.log.ProtocolAppend("Unknown parameter:" + shown);
+    job_.log.Warn("unknown-word", "Unknown parameter:" + shown);
     if (meant)
         job_.log.ProtocolAppend("Did you mean " + std::string(*meant) + "?");
     if (unknown_.empty())
@@ -73,6 +77,54 @@ std::optional<std::string> Application::TakeRefusal()
         return std::nullopt;
     return refusal("Not begun, because \"" + mistyped + "\" is not known and may be mistyped, and the database \"" +
                    target + "\" would be " + (recreates ? "replaced" : "emptied"));
+}
+
+RunOutcome Application::Convert()
+{
+    const std::int64_t begin = CoarseMilliseconds();
+    const TextControl& summary = job_.controls.txtSUMMARY;
+    std::optional<std::string> refusal = TakeRefusal();
+    const bool isFile = !summary.text.empty() && summary.text != kStandardOutput;
+    const std::optional<std::string> unfit = isFile ? UnfitSummary(summary.text) : std::nullopt;
+    RunOutcome outcome = batch_.btnConvert_Click(refusal ? refusal : unfit);
+    if (!summary.text.empty() && !unfit && !IsSummaryClashing(job_.settings))
+        Summarise(outcome, CoarseMilliseconds() - begin);
+    (void)job_.log.TakeFindings();
+    return outcome;
+}
+
+/// What the database holds: somebody else may have opened it by now.
+DatabaseContents Application::ReadContents()
+{
+    try {
+        return DatabaseView(NativePath(job_.settings.targetFile)).Read();
+    } catch (const RuntimeError& error) {
+        job_.log.Warn("columns-unknown", std::string("The summary does not name the columns: ").append(error.what()));
+        return {};
+    }
+}
+
+/// A summary that cannot be written is an error of the run.
+void Application::Summarise(RunOutcome& outcome, std::int64_t milliseconds)
+{
+    const ConversionSettings& settings = job_.settings;
+    try {
+        const DatabaseContents contents = outcome.tables.empty() ? DatabaseContents() : ReadContents();
+        const std::string text = SummaryText({.version = Version(),
+                                              .status = StatusOf(outcome, mappingLoaded_, settings.blStrict),
+                                              .milliseconds = milliseconds,
+                                              .controls = job_.controls,
+                                              .outcome = outcome,
+                                              .findings = job_.log.Found(),
+                                              .contents = contents});
+        if (settings.summaryFile == kStandardOutput)
+            job_.host.WriteResult(text);
+        else
+            WriteSummary(settings.summaryFile, text);
+    } catch (const RuntimeError& error) {
+        job_.log.ErrorReport("Summarise", "Summarise: " + settings.summaryFile, error);
+        outcome.failed = true;
+    }
 }
 
 } // namespace velmora

@@ -2,8 +2,10 @@
 
 #include "driver/batch.h"
 #include "mapping/tag_map.h"
+#include "schema/database_view.h"
 #include "settings/job.h"
 
+#include <cstdint>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -27,7 +29,8 @@ public:
     /// The "Convert" button. What was wrong with the command line keeps a run from beginning once: with "+strict"
     /// always, and otherwise where a word that was perhaps mistyped could have saved a database from being replaced or
     /// emptied.
-    RunOutcome Convert() { return batch_.btnConvert_Click(TakeRefusal()); }
+    /// Then it writes the summary, where one is wanted.
+    RunOutcome Convert();
     /// The "Cancel" button: ends the run that is going on; nothing without one.
     void Cancel() { batch_.btnQuit_Click(); }
 
@@ -39,6 +42,8 @@ public:
 private:
     void ReportUnknown(std::string_view token);
     [[nodiscard]] std::optional<std::string> TakeRefusal();
+    [[nodiscard]] DatabaseContents ReadContents();
+    void Summarise(RunOutcome& outcome, std::int64_t milliseconds);
 
     Job job_;
     TagMap tagMap_;

@@ -45,6 +45,12 @@ ConsoleHost::~ConsoleHost()
 void ConsoleHost::Write(std::string_view text)
 {
     EraseProgress();
+    Put(told_, text);
+}
+
+void ConsoleHost::WriteResult(std::string_view text)
+{
+    EraseProgress();
     Put(stdout, text);
 }
 

@@ -25,7 +25,9 @@ public:
     void TakeAnswersFrom(std::FILE* answers) noexcept { answers_ = answers; }
     /// `cancel` is called once, from ProcessEvents, when the user has pressed Ctrl-C.
     void SetCancel(std::function<void()> cancel) { cancel_ = std::move(cancel); }
-    /// Writes `text` to standard output as it stands.
+    /// Standard output is for a result alone: what is told goes to standard error.
+    void KeepOutputForResult() noexcept { told_ = stderr; }
+    /// Writes `text`, which tells something, as it stands.
     void Write(std::string_view text);
     /// Writes "velmora: " and `message`, a line, to standard error.
     void WriteError(std::string_view message);
@@ -39,6 +41,7 @@ public:
     void SetProgress(ProgressBarId bar, std::int64_t value) override;
     void ProtocolLineAdded(std::string_view line) override;
     void ErrorReported(int number, std::string_view description) override;
+    void WriteResult(std::string_view text) override;
     void ControlsChanged() override {}
 
 private:
@@ -48,6 +51,7 @@ private:
 
     const bool paintsProgress_; ///< standard error is a terminal that can repaint a line
     const bool usesColour_;
+    std::FILE* told_ = stdout;
     std::FILE* answers_ = nullptr; ///< none: nobody is asked
     std::function<void()> cancel_;
     ProgressState progress_;

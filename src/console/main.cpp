@@ -1,6 +1,7 @@
 // velmora: conversions from a command line, without a window.
 
 #include "app/application.h"
+#include "app/exit_status.h"
 #include "console/console_host.h"
 #include "console/report.h"
 #include "log/passwords.h"
@@ -57,6 +58,8 @@ ExitStatus Run(ConsoleHost& host, const std::string& line)
             application.GetJob().log.ProtocolAppend("Operation cancelled by user");
         application.Cancel();
     });
+    if (WhatIsAsked(line).txtSUMMARY.text == kStandardOutput)
+        host.KeepOutputForResult();
     application.Form_Load(line);
     const RunOutcome outcome = application.Convert();
     const std::string table = ClosingTable(outcome.tables);

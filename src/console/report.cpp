@@ -41,8 +41,9 @@ no window can be opened.
 constexpr const char* kRest = R"(
 Output
   Protocol lines go to standard output as they are written, errors and, in a
-  terminal, the progress to standard error. Ctrl-C cancels: what was saved stays
-  and the database is closed in good order. A second Ctrl-C ends at once.
+  terminal, the progress to standard error; with summary=- protocol lines too.
+  Ctrl-C cancels: what was saved stays and the database is closed in good order.
+  A second Ctrl-C ends at once.
 
 Exit status
   0    everything was converted
@@ -185,21 +186,6 @@ std::string ClosingTable(std::span<const TableReport> tables)
     if (tables.size() > 1)
         text += rule + Line(rows.back(), widths);
     return text;
-}
-
-ExitStatus StatusOf(const RunOutcome& outcome, bool mappingLoaded, bool strict) noexcept
-{
-    if (outcome.cancelled)
-        return ExitStatus::Cancelled;
-    if (outcome.failed)
-        return ExitStatus::Error;
-    if (outcome.nothingToDo)
-        return ExitStatus::NothingToConvert;
-    if (outcome.unreadableFiles > 0 || !mappingLoaded)
-        return ExitStatus::Incomplete;
-    if (strict && (outcome.leftOut.values > 0 || outcome.recordsWithoutText > 0 || outcome.filesNotRenamed > 0))
-        return ExitStatus::Incomplete;
-    return ExitStatus::Success;
 }
 
 } // namespace velmora

@@ -7,6 +7,7 @@
 #include "import/node_importer.h"
 #include "plan/analyse_xml.h"
 #include "plan/plain_names.h"
+#include "platform/clock.h"
 #include "platform/paths.h"
 #include "schema/clear_tables.h"
 #include "schema/database_session.h"
@@ -20,13 +21,34 @@
 #include "xml_export/xml_export.h"
 
 #include <ctime>
+#include <filesystem>
 #include <optional>
+#include <system_error>
 
 namespace velmora {
 
 namespace {
 
 constexpr std::string_view kWorking = "Working...";
+
+/// Measures what a source's conversion takes, however it ends.
+class Timed {
+public:
+    explicit Timed(FileReport& report) : report_(report)
+    {
+        std::error_code error;
+        const std::uintmax_t bytes = std::filesystem::file_size(PathFromUtf8(report.path), error);
+        if (!error)
+            report.bytes = bytes;
+    }
+    ~Timed() { report_.milliseconds = CoarseMilliseconds() - begin_; }
+    Timed(const Timed&) = delete;
+    Timed& operator=(const Timed&) = delete;
+
+private:
+    FileReport& report_;
+    const std::int64_t begin_ = CoarseMilliseconds();
+};
 
 } // namespace
 
@@ -55,6 +77,7 @@ RunOutcome Batch::btnConvert_Click(const std::optional<std::string>& refusal)
         else if (IsWayBack(job_.settings))
             job_.log.ProtocolAppend("The run ended early: XML that was not complete is gone");
         TellOfFiles();
+        ReportUnfinished();
     }
     outcome_.tables = session.Reports();
     session.Close();
@@ -114,13 +137,15 @@ void Batch::Run(UrlSource& source, DatabaseSession& session, Step& step)
     source.Fetch(places_);
     SourceFiles sources = ListSourceFiles(job_.settings.sourceFile);
     files_ = std::move(sources.paths);
+    for (const std::string& file : files_)
+        outcome_.files.push_back({.path = file});
     std::optional<std::string> reason = std::move(sources.problem);
     if (!reason)
         reason = ImpossibleRename(job_.settings, files_, std::time(nullptr));
     if (reason)
         return TellThatThereIsNothingToDo(*reason);
     for (const std::string& warning : TextExportWarnings(job_.settings, files_.size()))
-        job_.log.ProtocolAppend(warning);
+        job_.log.Warn("text-files", warning);
     ScratchDatabase scratch(job_, places_);
     if (usesScratch)
         scratch.TakeFree();
@@ -192,19 +217,22 @@ void Batch::Convert(DatabaseSession& session, Step& step)
     FilesOfRun filesOfRun(job_.settings, files_);
     for (std::size_t n = 1; n <= files_.size(); ++n) {
         job_.ProcessEvents();
-        const std::string& path = files_[n - 1];
+        FileReport& report = outcome_.files[n - 1];
         tried_ = n;
-        job_.log.ProtocolAppend("File " + std::to_string(n) + " of " + std::to_string(files_.size()) + ": " + path);
-        const bool converted = ConvertOneFile(path, session, filesOfRun);
-        FinishFile(path, converted, session, step);
+        job_.log.ProtocolAppend("File " + std::to_string(n) + " of " + std::to_string(files_.size()) + ": " +
+                                report.path);
+        const Timed timed(report);
+        const bool converted = ConvertOneFile(report, session, filesOfRun);
+        FinishFile(report, converted, session, step);
         job_.host.SetProgress(ProgressBarId::Files, static_cast<std::int64_t>(n));
     }
 }
 
 /// True when the file could be read. A step that fails, or in which the user cancels, ends the run only after the
 /// closing ones: the steps between write their trace lines and no more.
-bool Batch::ConvertOneFile(const std::string& path, DatabaseSession& session, FilesOfRun& filesOfRun)
+bool Batch::ConvertOneFile(FileReport& report, DatabaseSession& session, FilesOfRun& filesOfRun)
 {
+    const std::string& path = report.path;
     job_.controls.txtXML.clear();
     job_.host.SetProgress(ProgressBarId::Records, 0);
     LoadedXml xml = velLoadXML(job_, path);
@@ -226,12 +254,15 @@ bool Batch::ConvertOneFile(const std::string& path, DatabaseSession& session, Fi
     run([&] { velOpenTables(job_, session, plan, filesOfRun, sinks); });
     DocumentImport import(job_, session, path, xml.document, plan, sinks);
     const bool imported = run([&] { import.Run(); });
-    import.Tell(imported, outcome_.leftOut);
+    report.values = import.Tell(imported);
+    if (report.values)
+        outcome_.leftOut.Add(*report.values);
     outcome_.recordsWithoutText += velCloseTables(job_, session, sinks);
-    unfinishedRecords_ = sinks.SavedRecords();
+    unfinishedRecords_ = report.records = sinks.SavedRecords();
     textFilesChanged_ =
         textFilesChanged_ || filesOfRun.HasChanged() || (job_.settings.blTextExport && unfinishedRecords_ > 0);
     ThrowIfAborted(job_.settings);
+    report.problem = std::move(xml.problem);
     return xml.readable;
 }
 
@@ -246,14 +277,17 @@ void Batch::ShowStructure(const Document& document, const StructureModel& model)
 
 /// The source moves away only when its records are safe, and only when there was something to convert: it is what is
 /// left of a file that could not be read.
-void Batch::FinishFile(const std::string& path, bool converted, DatabaseSession& session, Step& step)
+void Batch::FinishFile(FileReport& report, bool converted, DatabaseSession& session, Step& step)
 {
+    const std::string& path = report.path;
     const bool isToBeRenamed = !job_.settings.renamePattern.empty();
     if (!converted) {
+        report.end = FileReport::End::Unreadable;
+        report.values.reset();
         ++outcome_.unreadableFiles;
         if (isToBeRenamed) {
             ++outcome_.filesNotRenamed;
-            job_.log.ProtocolAppend("Not renamed, since it was not converted: " + path);
+            job_.log.Warn("not-renamed", "Not renamed, since it was not converted: " + path);
         }
         return;
     }
@@ -261,6 +295,7 @@ void Batch::FinishFile(const std::string& path, bool converted, DatabaseSession&
     Commit(session);
     hasCommitted_ = true;
     unfinishedRecords_ = 0;
+    report.end = FileReport::End::Converted;
     ++outcome_.convertedFiles;
     lastConverted_ = path;
     if (!isToBeRenamed)
@@ -323,6 +358,20 @@ void Batch::TellOfFiles()
     if (tried_ < count)
         job_.log.ProtocolAppend("Not tried: " + ofAll(count - tried_) + ", " + files_[tried_] +
                                 (tried_ + 1 < count ? " to " + files_.back() : ""));
+}
+
+/// The file at which the run ended.
+void Batch::ReportUnfinished()
+{
+    if (tried_ == 0 || outcome_.files[tried_ - 1].end != FileReport::End::NotTried)
+        return;
+    FileReport& report = outcome_.files[tried_ - 1];
+    const bool hasFailed = job_.log.ErrorCount() > 0;
+    report.end = hasFailed ? FileReport::End::Failed : FileReport::End::Cancelled;
+    if (hasFailed)
+        report.problem = job_.log.Found().errors.back().text;
+    if (unfinishedRecords_ == 0 || commitFailed_)
+        report.records = 0;
 }
 
 /// Their lines cannot be taken back, and those of -append are gone.

@@ -1,7 +1,7 @@
 #pragma once
 
+#include "driver/file_report.h"
 #include "driver/run_files.h"
-#include "import/loss_report.h"
 #include "mapping/tag_map.h"
 #include "schema/lock_retry.h"
 #include "schema/table_report.h"
@@ -35,6 +35,7 @@ struct RunOutcome {
     std::int64_t recordsWithoutText = 0; ///< in a run that exports text
     int filesNotRenamed = 0;             ///< in a run that renames
     std::vector<TableReport> tables{};   ///< in order of first use
+    std::vector<FileReport> files{};     ///< all sources, in their order
 };
 
 /// Runs one job over one or many XML files, or over one from a web address: what the "Convert" button does.
@@ -62,13 +63,14 @@ private:
     void TellThatThereIsNothingToDo(const std::string& reason);
     void TellThatNothingWasRead();
     void Convert(DatabaseSession& session, Step& step);
-    [[nodiscard]] bool ConvertOneFile(const std::string& path, DatabaseSession& session, FilesOfRun& filesOfRun);
+    [[nodiscard]] bool ConvertOneFile(FileReport& report, DatabaseSession& session, FilesOfRun& filesOfRun);
     void ShowStructure(const Document& document, const StructureModel& model);
-    void FinishFile(const std::string& path, bool converted, DatabaseSession& session, Step& step);
+    void FinishFile(FileReport& report, bool converted, DatabaseSession& session, Step& step);
     void Commit(DatabaseSession& session);
     void EndEarly(DatabaseSession& session);
     [[nodiscard]] std::string WhatTheDatabaseHolds() const;
     void TellOfFiles();
+    void ReportUnfinished();
     [[nodiscard]] std::string AboutTextFiles() const;
     void CloseProtocolFile();
 

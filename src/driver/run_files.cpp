@@ -6,9 +6,12 @@
 #include "schema/target_check.h"
 #include "source/source_list.h"
 
+#include <algorithm>
+#include <array>
 #include <filesystem>
 #include <optional>
 #include <system_error>
+#include <utility>
 
 namespace velmora {
 
@@ -77,6 +80,7 @@ std::optional<std::string> ClashingFiles(const ConversionSettings& settings)
     const std::string& log = settings.protocolFile;
     const std::string& mapping = settings.mappingFile;
     const std::string& exported = settings.xmlFile;
+    const std::string summary = settings.SummaryPath();
     const auto clash = [](std::string_view what, const std::string& path, std::string_view also) {
         return std::string(what) + " \"" + path + "\" is also the " + std::string(also) +
                "; nothing was written, name another file";
@@ -95,14 +99,29 @@ std::optional<std::string> ClashingFiles(const ConversionSettings& settings)
         return clash("The XML file", exported, "tag-mapping file");
     if (IsSameFile(log, mapping))
         return clash("The protocol file", log, "tag-mapping file");
+    if (IsSource(summary, settings) || IsSameFile(summary, exported))
+        return clash("The summary", summary, "XML file");
+    for (const auto& [other, name] :
+         {std::pair(&target, "target database"), {&log, "protocol file"}, {&mapping, "tag-mapping file"}})
+        if (IsSameFile(summary, *other))
+            return clash("The summary", summary, name);
     return std::nullopt;
+}
+
+bool IsSummaryClashing(const ConversionSettings& settings)
+{
+    const std::string summary = settings.SummaryPath();
+    return IsSource(summary, settings) ||
+           std::ranges::any_of(
+               std::array{&settings.xmlFile, &settings.targetFile, &settings.protocolFile, &settings.mappingFile},
+               [&](const std::string* other) { return IsSameFile(summary, *other); });
 }
 
 bool IsProtocolClashing(const ConversionSettings& settings)
 {
     const std::string& log = settings.protocolFile;
     return IsSameFile(log, settings.targetFile) || IsSameFile(log, settings.mappingFile) ||
-           IsSameFile(log, settings.xmlFile) || IsSource(log, settings);
+           IsSameFile(log, settings.xmlFile) || IsSameFile(log, settings.SummaryPath()) || IsSource(log, settings);
 }
 
 Places StandardPlaces()

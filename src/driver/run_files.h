@@ -25,6 +25,8 @@ void MakeFilesFolder(const Places& places);
 [[nodiscard]] std::optional<std::string> ClashingFiles(const ConversionSettings& settings);
 /// Whether the protocol is one of the files that would be written over.
 [[nodiscard]] bool IsProtocolClashing(const ConversionSettings& settings);
+/// Whether the summary is the name of another file, too.
+[[nodiscard]] bool IsSummaryClashing(const ConversionSettings& settings);
 
 /// Brings the controls of a run into text files to where it can begin: makes the folder, asks for a delimiter that is
 /// missing unless the run is quiet, names the scratch database when none is named. False when the user cancelled the

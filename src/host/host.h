@@ -35,6 +35,8 @@ public:
     virtual void ProtocolLineAdded(std::string_view line) = 0;
     /// An error's number and description, in quiet runs too (the console writes them to standard error).
     virtual void ErrorReported(int number, std::string_view description) = 0;
+    /// What a run gives to a program that reads its standard output.
+    virtual void WriteResult(std::string_view text) = 0;
     /// The controls' state or captions changed: a window repaints from it.
     virtual void ControlsChanged() = 0;
     /// Whether somebody can look at a document's structure, which costs something to describe.

@@ -26,7 +26,8 @@ bool MayBeTextFile(const std::string& path)
 FilesOfRun::FilesOfRun(const ConversionSettings& settings, const std::vector<std::string>& sources)
 {
     std::ranges::copy_if(sources, std::back_inserter(files_), MayBeTextFile);
-    for (const std::string* named : {&settings.protocolFile, &settings.mappingFile, &settings.targetFile})
+    for (const std::string* named :
+         {&settings.protocolFile, &settings.mappingFile, &settings.targetFile, &settings.summaryFile})
         if (MayBeTextFile(*named))
             files_.push_back(*named);
 }

@@ -82,20 +82,29 @@ std::string_view Describe(LossReason reason)
     return {};
 }
 
-void ReportLoss(Job& job, const Document& document, const MappingPlan& plan, const ValueAccount& account,
-                LossSummary& summary)
+void LossSummary::Add(const LossSummary& other)
+{
+    values += other.values;
+    offered += other.offered;
+    const std::size_t room = std::min(kMaxGroups - groups.size(), other.groups.size());
+    groups.insert(groups.end(), other.groups.begin(), other.groups.begin() + static_cast<std::ptrdiff_t>(room));
+}
+
+LossSummary ReportLoss(Job& job, const Document& document, const MappingPlan& plan, const ValueAccount& account)
 {
     const ValueAccount::Loss loss = account.Settle(plan.importsAttributes);
+    LossSummary summary{.values = loss.lost, .groups = {}, .offered = loss.offered};
     if (plan.importsEverything)
         TellTotals(job, loss);
     if (loss.groups.empty())
-        return;
+        return summary;
     const auto pathOf = [&](const ValueAccount::Group& group) {
         return PathOfValue(document, group.path, group.attribute, job.settings.strAttrPrefix);
     };
-    job.log.ProtocolAppend("Not imported: " + std::to_string(loss.lost) + " of " + std::to_string(loss.offered) +
-                           " values, the first at " + pathOf(loss.groups.front()).append(Advice(loss, plan)));
-    summary.values += loss.lost;
+    job.log.Warn("values-not-imported",
+                 "Not imported: " + std::to_string(loss.lost) + " of " + std::to_string(loss.offered) +
+                     " values, the first at " + pathOf(loss.groups.front()).append(Advice(loss, plan)),
+                 loss.lost);
     for (const ValueAccount::Group& group : loss.groups) {
         if (summary.groups.size() == LossSummary::kMaxGroups)
             break;
@@ -113,6 +122,7 @@ void ReportLoss(Job& job, const Document& document, const MappingPlan& plan, con
     if (told < loss.groups.size())
         job.log.ProtocolAppend("  and " + std::to_string(untold) + " more in " +
                                std::to_string(loss.groups.size() - told) + " further groups");
+    return summary;
 }
 
 std::string QuotedSample(std::string_view value)

@@ -24,14 +24,17 @@ struct LossSummary {
     static constexpr std::size_t kMaxGroups = 1000;
     std::int64_t values = 0;
     std::vector<LeftOut> groups; ///< in the documents' order, no more than kMaxGroups
+    std::int64_t offered = 0;    ///< `values` included
+
+    void Add(const LossSummary& other);
 };
 
 [[nodiscard]] std::string_view Describe(LossReason reason);
 
 /// Says in the protocol how many of the document's values were not imported, and for each path and reason how many,
-/// with a sample; the longest lists are cut. Adds them to `summary`. Says nothing when all are there.
-void ReportLoss(Job& job, const Document& document, const MappingPlan& plan, const ValueAccount& account,
-                LossSummary& summary);
+/// with a sample; the longest lists are cut. Says nothing when all are there.
+[[nodiscard]] LossSummary ReportLoss(Job& job, const Document& document, const MappingPlan& plan,
+                                     const ValueAccount& account);
 
 /// A value as a message shows it: in quotes, on one line, cut to 40 characters.
 [[nodiscard]] std::string QuotedSample(std::string_view value);

@@ -263,12 +263,11 @@ void DocumentImport::Run()
         NodeImporter(job_, session_.Locks(), document_, sinks_, columns_).velImportNode();
 }
 
-void DocumentImport::Tell(bool completed, LossSummary& summary) const
+std::optional<LossSummary> DocumentImport::Tell(bool completed) const
 {
     if (hasBegun_)
         job_.log.ProtocolAppend("Import XML: " + std::to_string(columns_.RecordCount()) + " records were imported");
-    if (completed)
-        ReportLoss(job_, document_, plan_, account_, summary);
+    return completed ? std::optional(ReportLoss(job_, document_, plan_, account_)) : std::nullopt;
 }
 
 } // namespace velmora

@@ -4,6 +4,7 @@
 #include "import/loss_report.h"
 
 #include <cstdint>
+#include <optional>
 #include <string>
 
 namespace velmora {
@@ -19,8 +20,8 @@ public:
     /// begun to velCloseTables.
     void Run();
     /// Says in the protocol how many records were written, also of a run that has ended early; of one that was
-    /// `completed` also how many of the document's values were not imported, which `summary` takes up.
-    void Tell(bool completed, LossSummary& summary) const;
+    /// `completed` also how many of the document's values were not imported; they come back.
+    [[nodiscard]] std::optional<LossSummary> Tell(bool completed) const;
 
 private:
     Job& job_;

@@ -91,11 +91,15 @@ void Count(const TableSink& sink, bool textExport, Shortfall& shortfall)
 void Tell(ProtocolLog& log, const Shortfall& shortfall)
 {
     if (shortfall.replacedCharacters > 0)
-        log.ProtocolAppend("Access 97 cannot store " + std::to_string(shortfall.replacedCharacters) +
-                           " characters, which became \"?\", the first in " + shortfall.firstReplacedIn);
+        log.Warn("characters-replaced",
+                 "Access 97 cannot store " + std::to_string(shortfall.replacedCharacters) +
+                     " characters, which became \"?\", the first in " + shortfall.firstReplacedIn,
+                 static_cast<std::int64_t>(shortfall.replacedCharacters));
     if (shortfall.recordsWithoutText > 0)
-        log.ProtocolAppend("Not in a text file: " + std::to_string(shortfall.recordsWithoutText) +
-                           " records, the first of table [" + shortfall.firstTableWithoutText + "]");
+        log.Warn("records-without-text",
+                 "Not in a text file: " + std::to_string(shortfall.recordsWithoutText) +
+                     " records, the first of table [" + shortfall.firstTableWithoutText + "]",
+                 shortfall.recordsWithoutText);
 }
 
 /// One line for each column in a run.
@@ -103,8 +107,8 @@ void TellColumnsWithoutZone(ProtocolLog& log, const Recordset& records, TableRep
 {
     for (const std::string& column : records.ColumnsWithoutZone())
         if (report.columnsWithoutZone.insert(column).second)
-            log.ProtocolAppend("Time zones left out, the times are as written: [" + records.Source() + "].[" + column +
-                               "]");
+            log.Warn("time-zones-left-out",
+                     "Time zones left out, the times are as written: [" + records.Source() + "].[" + column + "]");
 }
 
 void CloseRecordset(Recordset& records, Step& step)

@@ -222,17 +222,19 @@ void TextFileOpener::WarnOfKeys()
 {
     const ConversionSettings& settings = job_.settings;
     if (settings.blRecreateDatabase && settings.blCreateTableRelations && filesOfRun_.TellOfKeys())
-        job_.log.ProtocolAppend("Lines are added to text files of an earlier run, and the keys begin at 1 again: a "
-                                "database of their own, named with mdb= and kept with -recreate_database, goes on "
-                                "with them");
+        job_.log.Warn("keys-begin-again",
+                      "Lines are added to text files of an earlier run, and the keys begin at 1 again: a "
+                      "database of their own, named with mdb= and kept with -recreate_database, goes on "
+                      "with them");
 }
 
 /// Lines behind a first line that names other columns, or the same in another order, would not fit it.
 void TextFileOpener::CompareColumns(const TableSink& sink, const std::string& header) const
 {
     if (!BeginsWithLine(sink.text.file->Path(), header))
-        job_.log.ProtocolAppend("The first line of [" + sink.text.file->Path() +
-                                "] does not name the columns that table [" + sink.records->Source() + "] has now");
+        job_.log.Warn("other-column-names", "The first line of [" + sink.text.file->Path() +
+                                                "] does not name the columns that table [" + sink.records->Source() +
+                                                "] has now");
 }
 
 void velWriteRecordToFile(Job& job, TableSink& sink, bool header)

@@ -64,6 +64,12 @@ void ProtocolLog::ProtocolAppend(std::string_view text, bool alsoToFile)
     textIsCurrent_ = false;
 }
 
+void ProtocolLog::Warn(std::string_view kind, std::string_view text, std::int64_t count)
+{
+    ProtocolAppend(text);
+    findings_.warnings.push_back({std::string(kind), count, WithoutPasswords(text)});
+}
+
 void ProtocolLog::WriteTraceLine(std::string_view text)
 {
     WriteLine(clock_.Now(), "    ", WithoutPasswords(text), false);
@@ -113,6 +119,7 @@ void ProtocolLog::ErrorReport(std::string_view procedureName, std::string_view s
     ++errorCount_;
     const std::string number = std::to_string(error.Number());
     const std::string description = WithoutPasswords(error.what());
+    findings_.errors.push_back({error.Number(), description});
     const std::string function(procedureName);
     const std::string reached = WithoutPasswords(statement);
 

@@ -4,13 +4,30 @@
 #include "log/runtime_error.h"
 #include "platform/clock.h"
 
+#include <cstdint>
 #include <cstdio>
 #include <functional>
 #include <string>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 namespace velmora {
+
+/// What a program that started the run may want to know of it, besides the lines for people.
+struct Findings {
+    struct Warning {
+        std::string kind; ///< a fixed word, such as "relation-left-out"
+        std::int64_t count = 1;
+        std::string text; ///< the line
+    };
+    struct Error {
+        int number = 0;
+        std::string text;
+    };
+    std::vector<Warning> warnings;
+    std::vector<Error> errors;
+};
 
 /// The record of what a run did: the protocol text, newest line first, and, while a file is open, the protocol file.
 /// Passwords reach neither: see WithoutPasswords.
@@ -33,6 +50,8 @@ public:
 
     /// One line for the user: time stamp, a blank, `text`. Stands first in Text(), and in the file when `alsoToFile`.
     void ProtocolAppend(std::string_view text, bool alsoToFile = true);
+    /// A line that tells of something that may matter, and is one of the findings; `count` is what it counts.
+    void Warn(std::string_view kind, std::string_view text, std::int64_t count = 1);
     /// One line for the developer: only with blDebug, only to the file.
     void Trace(std::string_view text)
     {
@@ -60,6 +79,9 @@ public:
     [[nodiscard]] Host& GetHost() noexcept { return host_; }
     /// Number of error reports since the last ClearText().
     [[nodiscard]] int ErrorCount() const noexcept { return errorCount_; }
+    /// What was found since the last TakeFindings(), the start-up included.
+    [[nodiscard]] const Findings& Found() const noexcept { return findings_; }
+    [[nodiscard]] Findings TakeFindings() { return std::exchange(findings_, {}); }
 
 private:
     void WriteTraceLine(std::string_view text);
@@ -80,6 +102,7 @@ private:
     mutable std::string text_;       ///< made by Text()
     mutable bool textIsCurrent_ = true;
     int errorCount_ = 0;
+    Findings findings_;
 };
 
 } // namespace velmora

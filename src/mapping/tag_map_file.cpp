@@ -64,7 +64,7 @@ std::string Text(Job& job, const std::string& path, std::string_view bytes)
     bytes = WithoutByteOrderMark(bytes);
     if (Converted("UTF-8", bytes))
         return std::string(bytes);
-    job.log.ProtocolAppend("Tag-mapping file is not UTF-8, read as windows-1252: " + path);
+    job.log.Warn("mapping-not-utf8", "Tag-mapping file is not UTF-8, read as windows-1252: " + path);
     return FromWindows1252(bytes);
 }
 
@@ -105,7 +105,7 @@ bool velLoadTagMapping(Job& job, TagMap& map, const std::string& path)
         const std::string file = NativePath(path);
         found = FileExists(file);
         if (!found) {
-            job.log.ProtocolAppend("Tag-mapping file was not found!");
+            job.log.Warn("mapping-not-found", "Tag-mapping file was not found!");
             return;
         }
         map.Clear();

@@ -15,7 +15,7 @@ MappingPlan PlanCompletely(Job& job, Document& document, const TagMap& map, cons
     const std::vector<PathFacts> facts = GatherFacts(document, [&] { job.ProcessEvents(); });
     MappingPlan plan = PlanByCompleteRules(document, facts, known, job.settings, map);
     for (const std::string& note : plan.notes)
-        job.log.ProtocolAppend(note);
+        job.log.Warn("plan-note", note);
     job.host.SetProgressRange(ProgressBarId::Records, std::max(1, plan.recordEstimate));
     return plan;
 }

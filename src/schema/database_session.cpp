@@ -71,7 +71,7 @@ void TellOfOtherFormat(Job& job, const DatabaseSession& session)
     std::string line = "The database stays in the format of " + std::string(stays);
     if (session.Version() == jet::JetVersion::Jet3)
         line += ", with the characters of code page 1252";
-    job.log.ProtocolAppend(line + "; " + std::string(wanted) + " (ver=) is for new ones");
+    job.log.Warn("format-kept", line + "; " + std::string(wanted) + " (ver=) is for new ones");
 }
 
 /// The old database is kept, but for its tables.

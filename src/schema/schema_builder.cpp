@@ -204,8 +204,8 @@ void SchemaBuilder::CreateRelation(const PlannedTable& table, Step& step)
     step("Create relation between [" + table.name + "] and [" + parent + "]");
     if (LinkOf(table).empty() || parentTable.keys.primary.empty()) {
         session_.LeaveOutRelation(table.name);
-        job_.log.ProtocolAppend("Relation between [" + table.name + "] and [" + parent +
-                                "] left out: one of them has no key column");
+        job_.log.Warn("relation-left-out", "Relation between [" + table.name + "] and [" + parent +
+                                               "] left out: one of them has no key column");
         return;
     }
     if (!CreateLinkIndex(table, step))
@@ -295,7 +295,8 @@ bool SchemaBuilder::ExecuteIfAllowed(const std::string& sql, const DdlSubject& s
         if (!IsRelationImpossible(error))
             throw Explain(error, subject);
         session_.LeaveOutRelation(table);
-        job_.log.ProtocolAppend("Relation between [" + table + "] and [" + parent + "] left out: " + error.what());
+        job_.log.Warn("relation-left-out",
+                      "Relation between [" + table + "] and [" + parent + "] left out: " + error.what());
         return false;
     }
 }

@@ -49,6 +49,8 @@ void ApplyCommandLine(std::string_view line, Controls& controls,
 /// other one.
 [[nodiscard]] std::string BuildCommandLine(const Controls& controls);
 /// The same with `***` in place of passwords.
-[[nodiscard]] std::string ShownCommandLine(Controls controls);
+[[nodiscard]] std::string ShownCommandLine(const Controls& controls);
+/// The controls with `***` in place of passwords, for whoever shows them.
+[[nodiscard]] Controls ShownControls(Controls controls);
 
 } // namespace velmora

@@ -59,12 +59,17 @@ std::string BuildCommandLine(const Controls& controls)
     return line;
 }
 
-std::string ShownCommandLine(Controls controls)
+Controls ShownControls(Controls controls)
 {
     if (!controls.txtXML_PASSWORD.text.empty())
         controls.txtXML_PASSWORD.text = kHiddenPassword;
     controls.txtXML_URL.text = WithoutUserOfUrl(controls.txtXML_URL.text);
-    return BuildCommandLine(controls);
+    return controls;
+}
+
+std::string ShownCommandLine(const Controls& controls)
+{
+    return BuildCommandLine(ShownControls(controls));
 }
 
 } // namespace velmora

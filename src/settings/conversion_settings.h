@@ -11,6 +11,9 @@
 
 namespace velmora {
 
+/// Names standard output where a file could be named.
+inline constexpr std::string_view kStandardOutput = "-";
+
 /// The options of a run: a snapshot of the controls, taken at its start by ReadSettingsFromForm. It is complete:
 /// nothing that comes after asks the controls, which may change meanwhile.
 struct ConversionSettings : RunFlags {
@@ -25,6 +28,7 @@ struct ConversionSettings : RunFlags {
     bool blOverwrite = false;   ///< it may be there already
     std::string textFolder;
     std::string protocolFile;
+    std::string summaryFile; ///< or "-" for standard output
     bool blRecreateDatabase = false;
     bool blExtendMdb = false;
     bool blCreateTableRelations = false;
@@ -51,6 +55,8 @@ struct ConversionSettings : RunFlags {
     bool blStrict = false;
 
     [[nodiscard]] std::string_view LineEnd() const noexcept { return lineEnd == "LF" ? "\n" : "\r\n"; }
+    /// The file that the summary goes to; empty without one.
+    [[nodiscard]] std::string SummaryPath() const { return summaryFile == kStandardOutput ? "" : summaryFile; }
     [[nodiscard]] bool HasIsoDates() const noexcept { return dateForm.find('T') != dateForm.npos; }
 };
 

@@ -339,6 +339,13 @@ constexpr Option kOptions[] = {
              "leave behind; names that the database refuses are changed",
      .offHelp = "leave such values out and say so in the protocol"},
     {.group = OptionGroup::Running,
+     .control = &Controls::txtSUMMARY,
+     .setting = &ConversionSettings::summaryFile,
+     .words = "summary=",
+     .value = "FILE",
+     .help = "write what happened as one JSON object, for scripts, however the run ends; summary=- writes it to "
+             "standard output, and protocol lines then go to standard error"},
+    {.group = OptionGroup::Running,
      .control = &Controls::chkQuiet,
      .setting = &ConversionSettings::blQuiet,
      .words = "+quiet quiet +q q",

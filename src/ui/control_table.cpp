@@ -49,6 +49,7 @@ const Look kLooks[] = {
     {&Controls::txtNULL, "txtNULL", QT_TRANSLATE_NOOP("Option", "In text files, for a value that is not there"),
      nullptr, true},
     {&Controls::cboDATE, "cboDATE", QT_TRANSLATE_NOOP("Option", "Dates in text files"), nullptr, true},
+    {&Controls::txtSUMMARY, "txtSUMMARY", QT_TRANSLATE_NOOP("Option", "File for a summary in JSON"), nullptr, true},
     {&Controls::txtFILE_LOG, "txtFILE_LOG", QT_TRANSLATE_NOOP("Option", "Lo&g file")},
     {&Controls::chkRecreateDatabase, "chkRecreateDatabase", QT_TRANSLATE_NOOP("Option", "&Re-create database")},
     {&Controls::chkExtendMDB, "chkExtendMDB", QT_TRANSLATE_NOOP("Option", "&Extend database structure")},

@@ -5,6 +5,7 @@
 #include <QThread>
 #include <QWidget>
 
+#include <cstdio>
 #include <utility>
 
 namespace velmora {
@@ -207,6 +208,12 @@ QString WindowHost::LastError() const
 {
     const std::lock_guard lock(mutex_);
     return lastError_;
+}
+
+void WindowHost::WriteResult(std::string_view text)
+{
+    std::fwrite(text.data(), 1, text.size(), stdout);
+    std::fflush(stdout);
 }
 
 void WindowHost::ControlsChanged()

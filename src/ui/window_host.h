@@ -56,6 +56,7 @@ public:
     void SetProgress(ProgressBarId bar, std::int64_t value) override;
     void ProtocolLineAdded(std::string_view line) override;
     void ErrorReported(int number, std::string_view description) override;
+    void WriteResult(std::string_view text) override;
     void ControlsChanged() override;
     [[nodiscard]] bool ShowsStructure() const override { return true; }
 

@@ -14,15 +14,18 @@ namespace {
 void ReportLoad(Job& job, const std::string& path, const LoadResult& loaded)
 {
     if (!loaded.problem.empty())
-        job.log.ProtocolAppend("Not loaded: " + path + ": " + loaded.problem);
+        job.log.Warn("not-loaded", "Not loaded: " + path + ": " + loaded.problem);
     if (loaded.skippedEntities != 0) {
-        job.log.ProtocolAppend("Entities without a text of their own, left out: " +
-                               std::to_string(loaded.skippedEntities) + ", the first is &" + loaded.firstSkipped + ";");
+        job.log.Warn("entities-left-out",
+                     "Entities without a text of their own, left out: " + std::to_string(loaded.skippedEntities) +
+                         ", the first is &" + loaded.firstSkipped + ";",
+                     static_cast<std::int64_t>(loaded.skippedEntities));
     }
     if (loaded.controlBytes != 0) {
-        job.log.ProtocolAppend(
-            "Bytes 80 to 9F, control characters in ISO-8859-1: " + std::to_string(loaded.controlBytes) +
-            "; where they are letters the file must say windows-1252");
+        job.log.Warn("control-bytes",
+                     "Bytes 80 to 9F, control characters in ISO-8859-1: " + std::to_string(loaded.controlBytes) +
+                         "; where they are letters the file must say windows-1252",
+                     static_cast<std::int64_t>(loaded.controlBytes));
     }
 }
 
@@ -51,6 +54,7 @@ LoadedXml velLoadXML(Job& job, const std::string& path)
             path, [&] { job.ProcessEvents(); }, MemoryBudget(kDocumentMemoryBudgetBytes), blanks);
         ReportLoad(job, path, loaded);
         result.readable = loaded.problem.empty();
+        result.problem = std::move(loaded.problem);
         result.document = std::move(loaded.document);
     });
     return result;

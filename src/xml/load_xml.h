@@ -10,6 +10,7 @@ namespace velmora {
 struct LoadedXml {
     Document document;    ///< empty when there is nothing to convert
     bool readable = true; ///< false: the file could not be read or is not well-formed, and a protocol line says so
+    std::string problem;  ///< why it could not be read
 };
 
 /// Loads one XML file. A missing file ends in the error report; one that cannot be read gives an empty document and a

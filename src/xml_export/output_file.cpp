@@ -25,7 +25,8 @@ fs::path Followed(const std::string& path)
 
 } // namespace
 
-OutputFile::OutputFile(const std::string& path) : path_(path), target_(Followed(path))
+OutputFile::OutputFile(const std::string& path, std::string_view what)
+    : path_(path), what_(what), target_(Followed(path))
 {
     std::error_code error;
     if (fs::exists(target_, error)) {
@@ -83,7 +84,7 @@ void OutputFile::MoveIntoPlace(bool mayReplace)
 
 void OutputFile::Fail(int systemError) const
 {
-    throw FileError("The XML file", path_, "cannot be written", systemError);
+    throw FileError(what_, path_, "cannot be written", systemError);
 }
 
 } // namespace velmora

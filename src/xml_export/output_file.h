@@ -13,8 +13,9 @@ namespace velmora {
 /// name the file.
 class OutputFile {
 public:
-    /// `path` as typed. Throws when no file can be made beside it, or what stands there must not be written.
-    explicit OutputFile(const std::string& path);
+    /// `path` as typed; `what` the file is, for messages. Throws when no file can be made beside it, or what stands
+    /// there must not be written.
+    explicit OutputFile(const std::string& path, std::string_view what = "The XML file");
     ~OutputFile();
     OutputFile(const OutputFile&) = delete;
     OutputFile& operator=(const OutputFile&) = delete;
@@ -33,6 +34,7 @@ private:
     [[noreturn]] void Fail(int systemError) const;
 
     std::string path_;
+    std::string_view what_;
     std::filesystem::path target_;    ///< where a link leads
     std::filesystem::path temporary_; ///< empty once it is gone
     std::unique_ptr<std::FILE, Closer> file_;

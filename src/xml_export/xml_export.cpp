@@ -32,9 +32,9 @@ std::vector<std::string> FileNames(const std::string& path, std::size_t count)
 void TellOfUnknown(Job& job, const std::vector<std::string>& unknown)
 {
     for (std::size_t i = 0; i < std::min(unknown.size(), kMostNamed); ++i)
-        job.log.ProtocolAppend("Left out, since nothing says where it stands in a document: " + unknown[i]);
+        job.log.Warn("left-out", "Left out, since nothing says where it stands in a document: " + unknown[i]);
     if (unknown.size() > kMostNamed)
-        job.log.ProtocolAppend("and " + std::to_string(unknown.size() - kMostNamed) + " more");
+        job.log.Warn("left-out", "and " + std::to_string(unknown.size() - kMostNamed) + " more");
 }
 
 /// Throws ExportRefused.
@@ -67,7 +67,7 @@ void Export(Job& job, Step& step)
     for (OutputFile& file : files)
         file.MoveIntoPlace(mayReplace);
     for (const std::string& line : document.LeftOut())
-        job.log.ProtocolAppend(line);
+        job.log.Warn("left-out", line);
     job.log.ProtocolAppend("Written: " + names.front() + (names.size() > 1 ? " to " + names.back() : "") + ", " +
                            std::to_string(document.Written()) + " records");
 }

@@ -161,6 +161,16 @@ TEST_F(ProgramTest, AnInterruptEndsTheRunInGoodOrderAndASecondOneAtOnce)
     }
 }
 
+TEST_F(ProgramTest, GivesASummaryToAPipeAlone)
+{
+    WriteFile(folder / "a.xml", "<a><b>1</b></a>");
+    const ProcessResult result = Run({"+quiet", "xml=a.xml", "mdb=a.mdb", "summary=-"});
+    EXPECT_EQ(result.status, 0);
+    EXPECT_TRUE(result.output.starts_with("{\n  \"program\": \"velmora\"") && result.output.ends_with("\n}\n"))
+        << result.output;
+    EXPECT_TRUE(Contains(result.errors, " Done\n") && Contains(result.errors, "\na  ")) << result.errors;
+}
+
 TEST_F(ProgramTest, WritesADatabaseAsXmlAtOnce)
 {
     {

@@ -1,5 +1,7 @@
 #include "console/console_host.h"
 #include "console/report.h"
+
+#include "app/exit_status.h"
 #include "console/terminal_lines.h"
 #include "platform/terminal.h"
 

@@ -24,6 +24,7 @@ public:
     std::vector<std::pair<int, std::string>> errors;
     std::map<ProgressBarId, std::int64_t> maximum, progress;
     int controlsChanges = 0;
+    std::string result; ///< of WriteResult
 
     void ShowMessage(std::string_view text, Icon) override { messages.emplace_back(text); }
     Answer Ask(std::string_view text, std::string_view, Buttons, Icon, Answer) override
@@ -59,6 +60,7 @@ public:
             onLine(lines.back());
     }
     void ErrorReported(int number, std::string_view description) override { errors.emplace_back(number, description); }
+    void WriteResult(std::string_view text) override { result += text; }
     void ControlsChanged() override { ++controlsChanges; }
 };
 

@@ -660,6 +660,10 @@
             <translation>Datum in Textdateien</translation>
         </message>
         <message>
+            <source>File for a summary in JSON</source>
+            <translation>Datei für eine Zusammenfassung in JSON</translation>
+        </message>
+        <message>
             <source>Lo&amp;g file</source>
             <translation>Lo&amp;g-Datei</translation>
         </message>
@@ -786,6 +790,10 @@
         <message>
             <source>how lines end: as on Windows, or as on Linux</source>
             <translation>wie Zeilen enden: wie unter Windows oder wie unter Linux</translation>
+        </message>
+        <message>
+            <source>write what happened as one JSON object, for scripts, however the run ends; summary=- writes it to standard output, and protocol lines then go to standard error</source>
+            <translation>für Skripte als ein JSON-Objekt schreiben, was geschehen ist, wie der Lauf auch endet; summary=- schreibt es auf die Standardausgabe, und die Protokollzeilen gehen dann auf die Fehlerausgabe</translation>
         </message>
         <message>
             <source>what is written for a value that is not there; with +quoted a value that reads the same is put in quotation marks</source>
