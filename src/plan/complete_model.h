@@ -1,0 +1,96 @@
+#pragma once
+
+#include "mapping/tag_map.h"
+#include "plan/complete_facts.h"
+#include "plan/known_database.h"
+#include "plan/mapping_plan.h"
+#include "plan/sibling_places.h"
+#include "settings/conversion_settings.h"
+
+#include <cstddef>
+#include <cstdint>
+#include <limits>
+#include <string>
+#include <string_view>
+#include <unordered_map>
+#include <unordered_set>
+#include <vector>
+
+namespace velmora {
+
+/// Elements that have one table when they are records: those of one path, or, with one table per element, of one name.
+using Family = std::uint32_t;
+
+inline constexpr std::size_t kNoKnownTable = std::numeric_limits<std::size_t>::max();
+
+/// A value that elements of a family can have.
+struct Want {
+    ColumnOrigin::Kind kind = ColumnOrigin::Kind::Text;
+    NameId name = 0;   ///< of the child or attribute
+    PathId origin = 0; ///< where it first appeared
+    bool isLong = false;
+    ValuePlace place{};
+};
+
+/// What is decided about a family's records.
+struct FamilyPlan {
+    PathId first = 0; ///< its first path whose elements are records; 0: none
+    bool hasRoot = false;
+    std::vector<PathId> paths{}; ///< of its records
+    std::vector<Want> wants{};
+    std::size_t known = kNoKnownTable; ///< table of the database
+    std::vector<std::size_t> parts{};  ///< tables that continue it there
+    TableNumber table = kNoTable;      ///< none: its elements are passed through
+};
+
+/// What the database's tables say of where their records stand, as the document's ids.
+struct KnownPlaces {
+    std::unordered_map<PathId, std::size_t> stepsToParent;     ///< of paths that have a table
+    std::unordered_set<std::uint64_t> inside;                  ///< names of parent and element, in shared tables
+    std::unordered_map<std::uint64_t, std::string> wayIn;      ///< names of record around and element: the tags between
+    std::unordered_map<std::string, std::size_t> untoldByName; ///< tables that say nothing of themselves, by key
+};
+
+/// What the complete rules have found out and decided so far. Three steps fill it, in this order, each in a file of its
+/// own: what the database knows, what is a record and with which values, and which tables and columns these have.
+struct CompleteModel {
+    Document& document;
+    const std::vector<PathFacts>& facts;
+    const KnownDatabase& known;
+    const ConversionSettings& settings;
+    const TagMap& map;
+    const bool shares = settings.blOneTablePerElement;
+
+    std::vector<FamilyPlan> families{};
+    std::unordered_map<std::uint64_t, std::size_t> wants[3]{}; ///< by kind; family and name: position in its wants
+    std::vector<bool> isRecord{};                              ///< by path
+    std::vector<PathId> around{};                              ///< by path: that of the record around, 0: none
+    SiblingPlaces childPlaces{}, attributePlaces{};
+    KnownPlaces there{};
+
+    [[nodiscard]] Family FamilyOf(PathId path) const { return shares ? document.Paths().Name(path) : path; }
+    [[nodiscard]] PathId ParentOf(PathId path) const { return document.Paths().Parent(path); }
+    [[nodiscard]] std::string_view TagOf(PathId path) const { return document.NameText(document.Paths().Name(path)); }
+    [[nodiscard]] std::string PathText(PathId path) const;
+    [[nodiscard]] bool HasAttributes(PathId path) const
+    {
+        return settings.blImportAttributes && !facts[path].attributes.empty();
+    }
+    [[nodiscard]] const ValuePlace& PlaceOf(Family family, ColumnOrigin::Kind kind, NameId name) const;
+
+    /// Two ids as one.
+    [[nodiscard]] static std::uint64_t Pair(std::uint32_t high, std::uint32_t low)
+    {
+        return std::uint64_t{high} << 32 | low;
+    }
+    [[nodiscard]] static std::vector<std::string_view> StepsOf(std::string_view path);
+};
+
+/// Families get the tables that the database has for them, and siblings the places that it knows.
+void ReadWhatIsKnown(CompleteModel& model);
+/// Which elements are records, with which values, and which records they refer to. A family gets the mark for a table.
+void FindRecords(CompleteModel& model);
+/// The tables with their keys and columns; each value gets its place.
+void PlanTables(CompleteModel& model, MappingPlan& plan);
+
+} // namespace velmora
