@@ -60,6 +60,7 @@ std::vector<PathFacts> GatherFacts(const Document& document, const std::function
         fact.hasLongText = fact.hasLongText || IsLong(text);
         for (std::uint32_t i = 0; i < document.AttributeCount(element); ++i) {
             AttributeFacts& attribute = book.Find(path, fact.attributes, i, document.AttributeName(element, i));
+            ++attribute.count;
             attribute.isLong = attribute.isLong || IsLong(document.AttributeValue(element, i));
         }
     }

@@ -10,7 +10,8 @@ namespace velmora {
 
 struct AttributeFacts {
     NameId name = 0;
-    bool isLong = false; ///< some value does not fit a text column
+    bool isLong = false;    ///< some value does not fit a text column
+    std::int64_t count = 0; ///< of the elements that have it
 };
 
 /// What the elements of one path have, all over the document.

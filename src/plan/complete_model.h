@@ -29,6 +29,7 @@ struct Want {
     NameId name = 0;   ///< of the child or attribute
     PathId origin = 0; ///< where it first appeared
     bool isLong = false;
+    std::int64_t count = 0; ///< of the records that have it
     ValuePlace place{};
 };
 
@@ -36,9 +37,12 @@ struct Want {
 struct FamilyPlan {
     PathId first = 0; ///< its first path whose elements are records; 0: none
     bool hasRoot = false;
+    std::int64_t recordCount = 0;
     std::vector<PathId> paths{}; ///< of its records
     std::vector<Want> wants{};
     std::size_t known = kNoKnownTable; ///< table of the database
+    bool isTakenByName = false;        ///< that table says nothing of itself
+    std::string refusal{};             ///< why the table of its name is not taken
     std::vector<std::size_t> parts{};  ///< tables that continue it there
     TableNumber table = kNoTable;      ///< none: its elements are passed through
 };
@@ -51,8 +55,9 @@ struct KnownPlaces {
     std::unordered_map<std::string, std::size_t> untoldByName; ///< tables that say nothing of themselves, by key
 };
 
-/// What the complete rules have found out and decided so far. Three steps fill it, in this order, each in a file of its
-/// own: what the database knows, what is a record and with which values, and which tables and columns these have.
+/// What the complete rules have found out and decided so far. These steps fill it, in this order, each in a file of its
+/// own: what the database knows, what is a record, which of its tables are taken by name, and which tables and columns
+/// there are.
 struct CompleteModel {
     Document& document;
     const std::vector<PathFacts>& facts;
@@ -76,6 +81,9 @@ struct CompleteModel {
     {
         return settings.blImportAttributes && !facts[path].attributes.empty();
     }
+    /// The names that a family's table and the column of a value are to have, valid or not.
+    [[nodiscard]] std::string WantedTable(const FamilyPlan& family) const;
+    [[nodiscard]] std::string WantedColumn(const Want& want, const FamilyPlan& family) const;
     [[nodiscard]] const ValuePlace& PlaceOf(Family family, ColumnOrigin::Kind kind, NameId name) const;
 
     /// Two ids as one.
@@ -88,8 +96,12 @@ struct CompleteModel {
 
 /// Families get the tables that the database has for them, and siblings the places that it knows.
 void ReadWhatIsKnown(CompleteModel& model);
-/// Which elements are records, with which values, and which records they refer to. A family gets the mark for a table.
+/// Which elements are records, and with which values.
 void FindRecords(CompleteModel& model);
+/// Marks the families that get a table, and finds the record around each; depends on which tables are taken.
+void FindTablesAndRecordsAround(CompleteModel& model);
+/// Families take tables that say nothing of themselves by their names, where these let all of their records in.
+void TakeTablesByName(CompleteModel& model);
 /// The tables with their keys and columns; each value gets its place.
 void PlanTables(CompleteModel& model, MappingPlan& plan);
 

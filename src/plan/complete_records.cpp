@@ -10,22 +10,16 @@ class RecordFinder {
 public:
     explicit RecordFinder(CompleteModel& model) : model_(model) {}
 
-    void Find()
-    {
-        FindRecords();
-        FindWrappers();
-        FindRecordsAround();
-    }
+    void FindRecords();
+    void FindWrappers();
+    void FindRecordsAround();
 
 private:
     [[nodiscard]] bool IsRecord(PathId path) const;
-    void FindRecords();
     void CollectWants(PathId path);
     void AddWant(Family family, Want want);
-    void FindWrappers();
     [[nodiscard]] bool HasOneWayIn();
     [[nodiscard]] bool NeedsNoTable(const FamilyPlan& family) const;
-    void FindRecordsAround();
 
     CompleteModel& model_;
 };
@@ -58,22 +52,23 @@ void RecordFinder::CollectWants(PathId path)
 {
     const PathFacts& facts = model_.facts[path];
     if (!model_.isRecord[path]) {
-        AddWant(model_.FamilyOf(model_.ParentOf(path)),
-                {Kind::Child, model_.document.Paths().Name(path), path, facts.hasLongText});
+        AddWant(model_.FamilyOf(model_.ParentOf(path)), {Kind::Child, model_.document.Paths().Name(path), path,
+                                                         facts.hasLongText, facts.isRepeated ? 0 : facts.count});
         return;
     }
     const Family number = model_.FamilyOf(path);
     FamilyPlan& family = model_.families[number];
     family.first = family.first == 0 ? path : family.first;
     family.paths.push_back(path);
+    family.recordCount += facts.count;
     family.hasRoot = family.hasRoot || model_.ParentOf(path) == 0;
     if (facts.hasText || (!facts.hasChildren && !model_.HasAttributes(path)))
-        AddWant(number, {Kind::Text, 0, path, facts.hasLongText});
+        AddWant(number, {Kind::Text, 0, path, facts.hasLongText, facts.hasChildren ? 0 : facts.count});
     if (!model_.settings.blImportAttributes)
         return;
     for (const AttributeFacts& attribute : facts.attributes) {
         model_.attributePlaces.Note(number, attribute.name);
-        AddWant(number, {Kind::Attribute, attribute.name, path, attribute.isLong});
+        AddWant(number, {Kind::Attribute, attribute.name, path, attribute.isLong, attribute.count});
     }
 }
 
@@ -82,10 +77,13 @@ void RecordFinder::AddWant(Family number, Want want)
     std::vector<Want>& wants = model_.families[number].wants;
     const auto [at, isNew] = model_.wants[static_cast<std::size_t>(want.kind)].try_emplace(
         CompleteModel::Pair(number, want.name), wants.size());
-    if (isNew)
+    if (isNew) {
         wants.push_back(want);
-    else
-        wants[at->second].isLong = wants[at->second].isLong || want.isLong;
+        return;
+    }
+    Want& known = wants[at->second];
+    known.isLong = known.isLong || want.isLong;
+    known.count += want.count;
 }
 
 bool RecordFinder::NeedsNoTable(const FamilyPlan& family) const
@@ -146,7 +144,7 @@ bool RecordFinder::HasOneWayIn()
 
 void RecordFinder::FindRecordsAround()
 {
-    model_.around.resize(model_.facts.size());
+    model_.around.assign(model_.facts.size(), 0);
     for (PathId path = 1; path < model_.facts.size(); ++path) {
         const PathId parent = model_.ParentOf(path);
         if (model_.facts[path].count == 0 || parent == 0)
@@ -169,7 +167,14 @@ void RecordFinder::FindRecordsAround()
 
 void FindRecords(CompleteModel& model)
 {
-    RecordFinder(model).Find();
+    RecordFinder(model).FindRecords();
+}
+
+void FindTablesAndRecordsAround(CompleteModel& model)
+{
+    RecordFinder finder(model);
+    finder.FindWrappers();
+    finder.FindRecordsAround();
 }
 
 } // namespace velmora

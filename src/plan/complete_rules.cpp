@@ -49,6 +49,7 @@ MappingPlan PlanByCompleteRules(Document& document, const std::vector<PathFacts>
     CompleteModel model{document, facts, known, settings, map};
     ReadWhatIsKnown(model);
     FindRecords(model);
+    TakeTablesByName(model);
 
     MappingPlan plan;
     plan.importsAttributes = settings.blImportAttributes;

@@ -1,7 +1,6 @@
 #include "plan/column_layout.h"
 #include "plan/complete_model.h"
 #include "plan/name_set.h"
-#include "plan/plain_names.h"
 
 #include <algorithm>
 #include <iterator>
@@ -32,14 +31,12 @@ private:
     void ReserveNames();
     void PlanTables();
     void PlanTable(Family number);
-    void ChooseTable(FamilyPlan& family);
     void ChooseKeys(PlannedTable& table, const FamilyPlan& family, NameSet& columns) const;
     void NameLinks(PlannedTable& table);
     void TellOfTable(Family number, PlannedTable& table) const;
     [[nodiscard]] std::string RelativePath(PathId path) const;
     void PlanColumns(Family number, NameSet& names);
     void PlanPart(TableNumber first, std::string name);
-    [[nodiscard]] std::string WantedName(const Want& want, Family family) const;
     [[nodiscard]] ColumnOrigin OriginOf(const Want& want, Family family) const;
     void NoteName(const std::string& what, const std::string& name, const std::string& wanted, PathId path);
 
@@ -80,7 +77,6 @@ void TablePlanner::PlanTable(Family number)
 {
     FamilyPlan& family = model_.families[number];
     family.table = static_cast<TableNumber>(plan_.tables.size());
-    ChooseTable(family);
     PlannedTable& table = plan_.tables.emplace_back();
     table.path = family.first;
     for (PathId above = model_.ParentOf(family.first); above != 0; above = model_.ParentOf(above))
@@ -89,35 +85,21 @@ void TablePlanner::PlanTable(Family number)
     table.indexesParents =
         model_.settings.blCreateTableRelations && (model_.shares || model_.ParentOf(family.first) != 0);
     table.hasTextFile = table.keepsTextOfRun = true;
-    const std::string wanted = model_.settings.strTablePrefix +
-                               MappedName(model_.TagOf(family.first), model_.settings, model_.map) +
-                               model_.settings.strTableSuffix;
+    const std::string wanted = model_.WantedTable(family);
     NameSet columns(model_.known.names);
     if (family.known != kNoKnownTable) {
         table.name = model_.known.tables[family.known].name;
     } else {
         table.name = tableNames_.Take(wanted);
+        if (!family.refusal.empty())
+            plan_.notes.push_back("Table [" + wanted + "] is not filled from " +
+                                  model_.document.PathText(family.first) + ": " + family.refusal);
         NoteName("Table " + Bracketed(table.name), table.name, wanted, family.first);
     }
     ChooseKeys(table, family, columns);
     NameLinks(table);
     TellOfTable(number, table);
     PlanColumns(number, columns); // may add tables
-}
-
-/// A table that says nothing of itself is taken by its name, by the first that comes.
-void TablePlanner::ChooseTable(FamilyPlan& family)
-{
-    if (family.known != kNoKnownTable)
-        return;
-    const std::string wanted = model_.settings.strTablePrefix +
-                               MappedName(model_.TagOf(family.first), model_.settings, model_.map) +
-                               model_.settings.strTableSuffix;
-    const auto found = model_.there.untoldByName.find(model_.known.names.key(model_.known.names.valid(wanted, 64)));
-    if (found == model_.there.untoldByName.end())
-        return;
-    family.known = found->second;
-    model_.there.untoldByName.erase(found);
 }
 
 /// Those of a table that is there are known by what they are, else by their names.
@@ -212,23 +194,6 @@ std::string TablePlanner::RelativePath(PathId path) const
     return text;
 }
 
-std::string TablePlanner::WantedName(const Want& want, Family family) const
-{
-    switch (want.kind) {
-    case Kind::Text:
-        return MappedName(model_.TagOf(model_.families[family].first), model_.settings, model_.map);
-    case Kind::Attribute: {
-        // Its prefix stays, whatever namespace prefix stands behind it.
-        std::string_view name = model_.document.NameText(want.name);
-        if (const std::size_t colon = name.find(':'); colon != name.npos)
-            name.remove_prefix(colon + 1);
-        return MappedName(model_.settings.strAttrPrefix + std::string(name), model_.settings, model_.map);
-    }
-    default:
-        return MappedName(model_.document.NameText(want.name), model_.settings, model_.map);
-    }
-}
-
 ColumnOrigin TablePlanner::OriginOf(const Want& want, Family family) const
 {
     if (want.kind == Kind::Text)
@@ -255,7 +220,7 @@ void TablePlanner::PlanColumns(Family number, NameSet& names)
         PlannedColumn column;
         column.origin = want.origin;
         column.type = want.isLong ? ColumnType::Memo : ColumnType::Text;
-        const std::string wanted = WantedName(want, number);
+        const std::string wanted = model_.WantedColumn(want, family);
         const ColumnOrigin origin = OriginOf(want, number);
         if (const auto known =
                 layout.PlaceKnown(origin, model_.known.names.key(model_.known.names.valid(wanted, 64)), column)) {

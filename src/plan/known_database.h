@@ -21,8 +21,10 @@ struct NameRules {
 
 struct KnownColumn {
     std::string name;
-    bool takesText = false; ///< a text or a memo
-    std::optional<ColumnOrigin> origin;
+    bool takesText = false;  ///< a text or a memo
+    bool needsValue = false; ///< a record without one is refused; not those that number themselves
+    std::string refersTo{};  ///< the table that a relation makes it refer to
+    std::optional<ColumnOrigin> origin{};
 };
 
 struct KnownTable {

@@ -1,5 +1,6 @@
 #include "schema/known_tables.h"
 
+#include <algorithm>
 #include <unordered_map>
 #include <utility>
 
@@ -18,6 +19,8 @@ bool TakesText(const std::string& dataType)
     return dataType == kText;
 }
 
+constexpr std::string_view kNo = "False"; // as the engine shows Booleans
+
 KnownTable ReadTable(DatabaseSession& session, std::string name)
 {
     KnownTable table;
@@ -29,13 +32,66 @@ KnownTable ReadTable(DatabaseSession& session, std::string name)
         known.emplace(std::move(column.column), std::move(column.origin));
     jet::Rowset rows = session.OpenSchema(jet::SchemaKind::Columns, {"", "", table.name});
     for (; !rows.Eof(); rows.MoveNext()) {
-        KnownColumn column{rows.Text("COLUMN_NAME"), TakesText(rows.Text("DATA_TYPE")), {}};
+        KnownColumn column{rows.Text("COLUMN_NAME"), TakesText(rows.Text("DATA_TYPE"))};
+        column.needsValue = rows.Text("IS_NULLABLE") == kNo;
         if (const auto origin = known.find(column.name); origin != known.end())
             column.origin = origin->second;
         table.columns.push_back(std::move(column));
     }
     return table;
 }
+
+/// Relations and indexes, with what they demand of the columns of tables that say nothing of themselves.
+class RulesReader {
+public:
+    explicit RulesReader(KnownDatabase& known) : known_(known)
+    {
+        for (std::size_t i = 0; i < known.tables.size(); ++i)
+            if (!known.tables[i].origin)
+                untold_.emplace(known.tables[i].name, i);
+    }
+
+    void Read(DatabaseSession& session)
+    {
+        for (jet::Rowset rows = session.OpenSchema(jet::SchemaKind::ForeignKeys, {}); !rows.Eof(); rows.MoveNext()) {
+            known_.relations.push_back(rows.Text("FK_NAME"));
+            if (KnownColumn* const column = Find(rows.Text("FK_TABLE_NAME"), rows.Text("FK_COLUMN_NAME")))
+                column->refersTo = rows.Text("PK_TABLE_NAME");
+        }
+        constexpr std::string_view kDisallow = "1";
+        for (jet::Rowset rows = session.OpenSchema(jet::SchemaKind::Indexes, {}); !rows.Eof(); rows.MoveNext()) {
+            known_.indexes.push_back(rows.Text("INDEX_NAME"));
+            KnownColumn* const column =
+                rows.Text("NULLS") == kDisallow ? Find(rows.Text("TABLE_NAME"), rows.Text("COLUMN_NAME")) : nullptr;
+            if (column != nullptr)
+                column->needsValue = true;
+        }
+        for (const auto& [name, table] : untold_)
+            LetNumbersComeByThemselves(session.OpenTable(name), known_.tables[table]);
+    }
+
+private:
+    KnownColumn* Find(const std::string& table, const std::string& column)
+    {
+        const auto found = untold_.find(table);
+        if (found == untold_.end())
+            return nullptr;
+        std::vector<KnownColumn>& columns = known_.tables[found->second].columns;
+        const auto at = std::ranges::find(columns, column, &KnownColumn::name);
+        return at == columns.end() ? nullptr : &*at;
+    }
+    static void LetNumbersComeByThemselves(const Recordset& records, KnownTable& table)
+    {
+        for (KnownColumn& column : table.columns) {
+            const auto field = records.FieldIndex(column.name);
+            if (column.needsValue && field && records.IsAutonumber(*field))
+                column.needsValue = false;
+        }
+    }
+
+    KnownDatabase& known_;
+    std::unordered_map<std::string, std::size_t> untold_;
+};
 
 } // namespace
 
@@ -50,10 +106,7 @@ KnownDatabase ReadKnownDatabase(DatabaseSession& session)
         else
             known.otherNames.push_back(rows.Text("TABLE_NAME"));
     }
-    for (jet::Rowset rows = session.OpenSchema(jet::SchemaKind::ForeignKeys, {}); !rows.Eof(); rows.MoveNext())
-        known.relations.push_back(rows.Text("FK_NAME"));
-    for (jet::Rowset rows = session.OpenSchema(jet::SchemaKind::Indexes, {}); !rows.Eof(); rows.MoveNext())
-        known.indexes.push_back(rows.Text("INDEX_NAME"));
+    RulesReader(known).Read(session);
     return known;
 }
 
