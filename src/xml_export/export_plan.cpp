@@ -135,8 +135,10 @@ private:
                 AddColumn(table, {part, *field, column.column}, column.origin);
             }
         }
+        // Of a table that it makes, +complete tells every column.
+        table.wasThereBefore = table.wasThereBefore || std::ranges::find(isKnown, false) != isKnown.end();
         if (!hasKey)
-            Refuse("table " + Bracketed(name) + " has no key; the database was made with -relations");
+            Refuse("table " + Bracketed(name) + " does not say which column is its key; " + WhyWithoutKeys(table));
         for (std::size_t field = 0; field < isKnown.size(); ++field)
             if (!isKnown[field])
                 plan_.unknown.push_back(Bracketed(name) + '.' + Bracketed(rows.FieldName(field)));
@@ -199,11 +201,19 @@ private:
                    "\", which no element and no attribute can have");
     }
 
+    static std::string WhyWithoutKeys(const ExportTable& table)
+    {
+        return table.wasThereBefore
+                   ? "it was there before a run with +complete filled it: only a database that +complete has made "
+                     "can be written as XML"
+                   : "the database was made with -relations";
+    }
+
     void CheckKeys(const ExportTable& table)
     {
         if (!table.isRoot && !table.parentField)
-            Refuse("table " + Bracketed(table.Name()) +
-                   " does not say which record its own stand in; the database was made with -relations");
+            Refuse("table " + Bracketed(table.Name()) + " does not say which record its own stand in; " +
+                   WhyWithoutKeys(table));
         for (const TablePart& part : table.parts)
             CheckIndex(part.name, part.keyField);
         if (table.parentField && !IsOnlyRoot(table))

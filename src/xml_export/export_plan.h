@@ -44,6 +44,7 @@ struct ExportTable {
     std::optional<std::size_t> parentField{}; ///< of the record around
     std::optional<std::size_t> masterField{}; ///< of its table, where elements of one name share this one
     bool isRoot = false;                      ///< it has records of document elements
+    bool wasThereBefore = false;              ///< columns of it say nothing: others made them
     std::vector<NamedValue> attributes{};     ///< in their order
     std::vector<ValueColumn> text{};
     std::vector<NamedValue> leaves{};

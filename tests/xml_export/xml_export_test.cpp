@@ -308,8 +308,10 @@ TEST(XmlExport, AnotherDatabaseIsRefusedWithTheReason)
     };
     const Refusal refusals[] = {
         {"not made with +complete", {{"doc", "", {{"PKEY", "key"}}, {{"1"}}}}},
-        {"[r] does not say which record", {doc, {"r", "path //doc/r\nplace 0", {kKey}, {}}}},
-        {"[r] has no key", {doc, {"r", "path //doc/r\nplace 0", {kParent}, {}}}},
+        {"[r] does not say which record its own stand in; the database was made with -relations",
+         {doc, {"r", "path //doc/r\nplace 0", {kKey}, {}}}},
+        {"[r] does not say which column is its key; it was there before",
+         {doc, {"r", "path //doc/r\nplace 0", {{"PKEY", nullptr}, kParent}, {}}}},
         {"the index on column [r].[FKEY]",
          {doc, {"r", "path //doc/r\nplace 0", {kKey, kParent}, {}}},
          "DROP INDEX r_FKEY ON r"},
