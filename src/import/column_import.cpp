@@ -37,7 +37,7 @@ private:
 ColumnImport::ColumnImport(Job& job, DatabaseSession& session, const std::string& source, const Document& document,
                            const MappingPlan& plan, TableSinks& sinks, ValueAccount& account)
     : job_(job), session_(session), source_(source), document_(document), plan_(plan), sinks_(sinks), fields_(plan),
-      writer_(job, session, document, account)
+      beside_(plan, session.Names()), writer_(job, session, document, account)
 {
 }
 
@@ -88,10 +88,41 @@ LossReason ColumnImport::SetValue(TableSink& sink, const ValuePlace& place, RawN
     if (!plan_.widensByTag)
         name = {{}, column.name};
     const LossReason refusal = SetUnlessWrongType(sink, *found.field, name, value, origin);
-    if (refusal != LossReason::DoesNotFitType || column.overflow.empty())
+    if (refusal != LossReason::DoesNotFitType)
         return refusal;
-    const std::size_t beside = writer_.FieldBeside(sink, column.name, column.overflow, origin);
-    return SetUnlessWrongType(sink, beside, {{}, column.overflow}, value, origin);
+    const std::string& beside = beside_.NameFor(sink, column.name);
+    if (beside.empty())
+        return refusal;
+    return SetUnlessWrongType(sink, writer_.FieldBeside(sink, column.name, beside, origin), {{}, beside}, value,
+                              origin);
+}
+
+/// A rule of `columns` has refused the record: their values go into columns beside. False when none is the document's.
+bool ColumnImport::MoveBeside(TableSink& sink, const std::vector<std::string>& columns)
+{
+    bool hasMoved = false;
+    for (const std::string& column : columns) {
+        const auto field = sink.records->FieldIndex(column);
+        if (!plan_.importsEverything || !field || sink.values.byField[*field].element == kNoElement)
+            continue;
+        const ValueOrigin origin = sink.values.byField[*field];
+        sink.records->SetNull(*field);
+        sink.values.TakeBack(*field);
+        const std::string& beside = beside_.NameFor(sink, column);
+        writer_.Set(sink, writer_.FieldBeside(sink, column, beside, origin), {{}, beside}, ValueOf(origin), origin);
+        hasMoved = true;
+    }
+    return hasMoved;
+}
+
+std::string_view ColumnImport::ValueOf(ValueOrigin origin) const
+{
+    for (std::uint32_t i = 0; i < document_.AttributeCount(origin.element); ++i)
+        if (document_.AttributeName(origin.element, i) == origin.attribute) {
+            const std::string_view value = document_.AttributeValue(origin.element, i);
+            return IsBlank(value) ? std::string_view() : value;
+        }
+    return TextOf(origin.element);
 }
 
 /// White space only is the empty text, where that is kept.
@@ -101,6 +132,22 @@ std::string_view ColumnImport::TextOf(ElementId element) const
     return PlanOf(element).keepsEmpty && IsBlank(text) ? std::string_view() : text;
 }
 
+/// Is the column at fault? With everything imported there is another place for the value.
+bool ColumnImport::KeepsValueOut(int errorNumber) const
+{
+    switch (errorNumber) {
+    case engine_errors::kWrongType:
+    case engine_errors::kFieldTooSmall: // of bytes; a text's column has been widened
+        return true;
+    case engine_errors::kFieldInIndex: // it cannot be widened
+    case engine_errors::kFieldInRelation:
+    case engine_errors::kEmptyTextRefused:
+        return plan_.importsEverything;
+    default:
+        return false;
+    }
+}
+
 LossReason ColumnImport::SetUnlessWrongType(TableSink& sink, std::size_t field, const RawName& name,
                                             std::string_view value, ValueOrigin origin)
 {
@@ -108,9 +155,7 @@ LossReason ColumnImport::SetUnlessWrongType(TableSink& sink, std::size_t field, 
         writer_.Set(sink, field, name, value, origin);
         return LossReason::None;
     } catch (const RuntimeError& error) {
-        // Bytes too many for their column; a text's column has been widened.
-        const bool isTooLong = error.Number() == engine_errors::kFieldTooSmall;
-        if (!isTooLong && error.Number() != engine_errors::kWrongType)
+        if (!KeepsValueOut(error.Number()))
             throw;
         return LossReason::DoesNotFitType;
     }
@@ -265,12 +310,16 @@ void ColumnImport::velImportNodeAttributesRecord(ElementId leaf, TableNumber lea
 void ColumnImport::Save(TableNumber number, TableNumber ownerSink)
 {
     TableSink& sink = sinks_[number];
-    try {
-        writer_.Save(sink);
-    } catch (const EngineError& error) {
-        if (!IsBrokenRule(error))
-            throw;
-        throw ExplainRefusal(error, sink, document_, source_, HelpFor(error, sink, ownerSink));
+    for (;;) {
+        try {
+            writer_.Save(sink);
+            return;
+        } catch (const EngineError& error) {
+            if (!IsBrokenRule(error))
+                throw;
+            if (!MoveBeside(sink, error.Subject().columns))
+                throw ExplainRefusal(error, sink, document_, source_, HelpFor(error, sink, ownerSink));
+        }
     }
 }
 

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "import/columns_beside.h"
 #include "import/field_finder.h"
 #include "import/record_writer.h"
 #include "import/table_sinks.h"
@@ -67,8 +68,11 @@ private:
     [[nodiscard]] std::string_view TextOf(ElementId element) const;
     [[nodiscard]] LossReason SetValue(TableSink& sink, const ValuePlace& place, RawName name, std::string_view value,
                                       ValueOrigin origin);
+    [[nodiscard]] bool MoveBeside(TableSink& sink, const std::vector<std::string>& columns);
+    [[nodiscard]] std::string_view ValueOf(ValueOrigin origin) const;
     void ImportOwnText(ElementId leaf, TableSink& sink);
     [[nodiscard]] LossReason SetText(TableSink& sink, const ValuePlace& place, ElementId leaf);
+    [[nodiscard]] bool KeepsValueOut(int errorNumber) const;
     [[nodiscard]] LossReason SetUnlessWrongType(TableSink& sink, std::size_t field, const RawName& name,
                                                 std::string_view value, ValueOrigin origin);
     static void Refuse(TableSink& sink, ValueOrigin origin, LossReason reason);
@@ -82,6 +86,7 @@ private:
     const MappingPlan& plan_;
     TableSinks& sinks_;
     FieldFinder fields_;
+    ColumnsBeside beside_;
     RecordWriter writer_;
     std::vector<LaterValue> later_; ///< the parts in ascending order
     ElementId elementOfParts_ = kNoElement;

@@ -38,6 +38,12 @@ struct PendingValues {
         attributeOwner = kNoElement;
         isContinuation = false;
     }
+    /// The field holds no value any more.
+    void TakeBack(std::size_t field)
+    {
+        byField[field] = {};
+        std::erase(filled, field);
+    }
     void Put(std::size_t field, ValueOrigin origin)
     {
         if (byField[field].element == kNoElement)

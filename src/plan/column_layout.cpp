@@ -60,12 +60,11 @@ ColumnLayout::Position ColumnLayout::Put(const Found& found, PlannedColumn colum
 {
     column.name = found.column->name;
     column.told = std::move(told);
-    if (!found.column->takesText) {
-        const auto overflow = byOrigin_.find(OriginKey({.kind = Kind::Overflow, .name = column.name}));
-        column.overflow = overflow != byOrigin_.end() && overflow->second.part == found.part
-                              ? overflow->second.column->name
-                              : names_.Take(column.name + "_text");
-    }
+    const auto overflow = byOrigin_.find(OriginKey({.kind = Kind::Overflow, .name = column.name}));
+    if (overflow != byOrigin_.end() && overflow->second.part == found.part)
+        column.overflow = overflow->second.column->name;
+    else if (!found.column->takesText)
+        column.overflow = names_.Take(column.name + "_text");
     Part& part = parts_[found.part];
     part.columns.push_back(std::move(column));
     return {found.part, part.columns.size() - 1};

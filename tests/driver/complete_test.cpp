@@ -17,7 +17,8 @@ struct Case {
     std::vector<std::string> documents; ///< of one run
     std::string content;                ///< of the database
     std::vector<const char*> said{};
-    std::string then{}; ///< the document of a second run, into the same database
+    std::string then{};      ///< the document of a second run, into the same database
+    const char* before = ""; ///< the document of a run before, without +complete
 };
 
 TEST(Complete, TablesHoldEveryValue)
@@ -70,11 +71,29 @@ TEST(Complete, TablesHoldEveryValue)
                     "p_2(PKEY|FKEY|attr_k): 1|1|2 / 2|2|3\nr(PKEY|FKEY): 1| / 2|\n"
                     "a.FKEY -> r.PKEY\nb.FKEY -> r.PKEY\np.FKEY -> a.PKEY\np_2.FKEY -> b.PKEY\n",
          .then = "<r><b><p k='3'/></b></r>"},
+        {.name = "tables of a run without it are filled where their relations let records in",
+         .options = "+one_table_per_element",
+         .documents = {"<r><a><p><k>1</k></p></a><b><p><k>2</k></p></b></r>"},
+         .content = "a(PKEY|FKEY|MASTER_TABLE): 1|1| / 2|2|r\nb(PKEY|FKEY|MASTER_TABLE): 1|2|r\n"
+                    "p(PKEY|FKEY|k): 1|1|0\np_2(PKEY|FKEY|MASTER_TABLE|k): 1|2|a|1 / 2|1|b|2\n"
+                    "r(PKEY|FKEY|MASTER_TABLE): 1|0| / 2||\na.FKEY -> r.PKEY\np.FKEY -> a.PKEY\n",
+         .said = {"Table [p] is not filled from //r/a/p: its records belong to those of [a], these to //r/b"},
+         .before = "<r><a><p><k>0</k></p></a></r>"},
+        {.name = "wrapping tags that have a table keep it",
+         .options = "+skip_empty",
+         .documents = {"<r><w><p><k>1</k></p></w></r>"},
+         .content = "p(PKEY|FKEY|k): 1|1|0 / 2|2|1\nr(PKEY|FKEY): 1|0 / 2|\nw(PKEY|FKEY): 1|1 / 2|2\n"
+                    "p.FKEY -> w.PKEY\nw.FKEY -> r.PKEY\n",
+         .before = "<r><w><p><k>0</k></p></w></r>"},
     };
     Conversions runs;
     for (const Case& c : cases) {
         SCOPED_TRACE(c.name);
         Conversion& run = runs.Next();
+        if (*c.before != '\0') {
+            EXPECT_FALSE(run.Xml(c.before).Run().failed) << run.Error();
+            run.Options("-recreate_database");
+        }
         run.Options("+complete").Options(c.options);
         for (std::size_t i = 0; i < c.documents.size(); ++i)
             run.Xml(c.documents[i], std::string(1, static_cast<char>('a' + i)) + ".xml");

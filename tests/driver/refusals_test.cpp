@@ -91,34 +91,46 @@ TEST(Refusals, OfARuleNameItsRecord)
         const char* design; ///< statements, separated by bars
         const char* record;
         const char* said;
+        const char* complete; ///< what the database has then with +complete
     };
     const Case cases[] = {
         {"a unique index", "CREATE TABLE [p] ([n] String)|CREATE UNIQUE INDEX [one_n] ON [p] ([n])", "<p><n>1</n></p>",
-         "3022 |index [one_n] of [p], n = \"1\"; record 2 of //r/p, line 3)"},
+         "3022 |index [one_n] of [p], n = \"1\"; record 2 of //r/p, line 3)",
+         "p(n|m|n_text): 1|1| / ||1\nr(PKEY|FKEY): 1|\n"},
         {"a primary key of two columns",
          "CREATE TABLE [p] ([n] String, [m] Long)|CREATE UNIQUE INDEX [both] ON [p] ([n], [m]) WITH PRIMARY",
-         "<p><n>2</n></p>", "3058 |index [both] of [p], n = \"2\", m = Null; record 2 of //r/p"},
+         "<p><n>2</n></p>", "3058 |index [both] of [p], n = \"2\", m = Null; record 2 of //r/p",
+         "p(n|m):\np_2(PKEY|FKEY|n|m): 1|1|1|1 / 2|1|2|\nr(PKEY|FKEY): 1|\np_2.FKEY -> r.PKEY\n"},
         {"a required column", "CREATE TABLE [p] ([n] String, [m] Long NOT NULL)", "<p><n>2</n></p>",
-         "3314 |field [p].[m], m = Null; record 2 of //r/p"},
+         "3314 |field [p].[m], m = Null; record 2 of //r/p",
+         "p(n|m):\np_2(PKEY|FKEY|n|m): 1|1|1|1 / 2|1|2|\nr(PKEY|FKEY): 1|\np_2.FKEY -> r.PKEY\n"},
         {"a relation",
          "CREATE TABLE [q] ([k] String)|CREATE UNIQUE INDEX [q_k] ON [q] ([k]) WITH PRIMARY|"
          "CREATE TABLE [p] ([n] String, [m] Long)|"
          "ALTER TABLE [p] ADD CONSTRAINT [p_of_q] FOREIGN KEY ([n]) REFERENCES [q] ([k])",
-         "", "3201 |relation [p_of_q] of [p], n = \"1\"; record 1 of //r/p|was there before"},
+         "", "3201 |relation [p_of_q] of [p], n = \"1\"; record 1 of //r/p|was there before",
+         "p(n|m|n_text): |1|1\nq(k):\nr(PKEY|FKEY): 1|\np.n -> q.k\n"},
         {"a name that a column has", "CREATE TABLE [p] ([N] String, [m] Long)", "",
-         "3380 |[n] for //r/p/n, and [N], which the table has|t="},
+         "3380 |[n] for //r/p/n, and [N], which the table has|t=", "p(N|m): 1|1\nr(PKEY|FKEY): 1|\n"},
         {"a marker column in an index",
          "CREATE TABLE [p] ([n] String, [m] Long, [MASTER_TABLE] String)|CREATE INDEX [mine] ON [p] ([MASTER_TABLE])",
-         "", "3280 |[MASTER_TABLE] for //r/p|the index [mine] of [p] needs it"},
+         "", "3280 |[MASTER_TABLE] for //r/p|the index [mine] of [p] needs it",
+         "p(n|m|MASTER_TABLE): 1|1|r\nr(PKEY|FKEY): 1|\n"},
     };
     Conversions runs;
     for (const Case& c : cases) {
         SCOPED_TRACE(c.name);
         Conversion& run = runs.Next();
+        const std::string document = std::string("<r>\n<p><n>1</n><m>1</m></p>\n") + c.record + "</r>";
         MakeDatabase(run, jet::JetVersion::Jet4, c.design);
-        run.Options("-recreate_database").Xml(std::string("<r>\n<p><n>1</n><m>1</m></p>\n") + c.record + "</r>");
-        EXPECT_TRUE(run.Run().failed);
+        EXPECT_TRUE(run.Options("-recreate_database").Xml(document).Run().failed);
         ExpectParts(run, c.said);
+
+        Conversion& complete = runs.Next();
+        MakeDatabase(complete, jet::JetVersion::Jet4, c.design);
+        EXPECT_FALSE(complete.Options("-recreate_database +complete").Xml(document).Run().failed) << complete.Error();
+        EXPECT_EQ(complete.Said(", 0 lost"), 1) << complete.Protocol();
+        EXPECT_EQ(complete.Content(), c.complete);
     }
 }
 
@@ -140,18 +152,30 @@ TEST(Refusals, ToWidenAColumnNameTheIndexOrTheRelationAndChangeNothing)
         Conversions runs;
         for (const Case& c : cases) {
             SCOPED_TRACE(c.name);
+            const char* const design =
+                "CREATE TABLE indexed (name Text(20), other Text(20))|CREATE TABLE child (name Text(20))|"
+                "CREATE TABLE parent (name Text(20))|CREATE INDEX [by name] ON indexed (other, name)|"
+                "CREATE UNIQUE INDEX u ON parent (name)|"
+                "ALTER TABLE child ADD CONSTRAINT link FOREIGN KEY (name) REFERENCES parent (name)";
+            const std::string document =
+                Element("r", Element(c.table, Element("name", std::string(c.characters, 'n'))));
             Conversion& run = runs.Next();
-            MakeDatabase(run, version,
-                         "CREATE TABLE indexed (name Text(20), other Text(20))|CREATE TABLE child (name Text(20))|"
-                         "CREATE TABLE parent (name Text(20))|CREATE INDEX [by name] ON indexed (other, name)|"
-                         "CREATE UNIQUE INDEX u ON parent (name)|"
-                         "ALTER TABLE child ADD CONSTRAINT link FOREIGN KEY (name) REFERENCES parent (name)");
-            run.Options("-recreate_database -relations");
-            run.Xml(Element("r", Element(c.table, Element("name", std::string(c.characters, 'n')))));
+            MakeDatabase(run, version, design);
+            run.Options("-recreate_database -relations").Xml(document);
             EXPECT_EQ(run.Run().failed, *c.said != '\0') << run.Error();
             ExpectParts(run, c.said);
             const auto database = jet::Connection::Open(run.Target());
             EXPECT_EQ(database->OpenTable(c.table).MaxCharacters(0), *c.said ? 20u : 255u);
+
+            Conversion& complete = runs.Next();
+            MakeDatabase(complete, version, design);
+            complete.Options("-recreate_database -relations +complete").Xml(document);
+            EXPECT_FALSE(complete.Run().failed) << complete.Error();
+            const std::string value(c.characters, 'n');
+            const std::string_view empty = c.table == std::string_view("indexed") ? "||" : "|";
+            EXPECT_TRUE(complete.Dump(c.table).ends_with(*c.said ? std::string(empty).append(value).append("\n")
+                                                                 : value + "|\n"))
+                << complete.Dump(c.table);
         }
     }
 }
