@@ -20,6 +20,7 @@ TEST(TextFiles, HoldWhatTheTablesHold)
         std::string documents; ///< of a run each; between two of them stands a bar
         const char* table;
         std::string text;
+        const char* second = nullptr; ///< document of a second source of each run
     };
     const Case cases[] = {
         {"as it comes", "", "<r><p a='1'><n>x</n><m/></p><p><n>y;\"z\"</n><m>2</m></p></r>", "p",
@@ -32,6 +33,8 @@ TEST(TextFiles, HoldWhatTheTablesHold)
          "PKEY\t|\tFKEY\t|\tMASTER_TABLE\t|\tx~1\t|\t1\t|\ta\t|\t1~2\t|\t1\t|\tb\t|\t2~"},
         {"appended to", "-relations", kDocument + "|" + kDocument, "p", "n;m~1;a~1;a~"},
         {"made anew", "-relations -append", kDocument + "|<r><p><n>2</n></p></r>", "p", "n~2~"},
+        {"made anew once in a run, not for each source", "+complete -append -relations",
+         kDocument + "|<r><p><n>2</n></p></r>", "p", "n~2~3~", "<r><p><n>3</n></p></r>"},
         {"a column that is widened between two lines keeps its place", "-recreate_database",
          kDocument + "|<r><p><n>2</n><m>b</m></p><p><n>" + longText + "</n><m>c</m></p></r>", "p",
          "PKEY;FKEY;n;m~1;1;1;a~2;2;2;b~3;2;" + longText + ";c~"},
@@ -47,6 +50,8 @@ TEST(TextFiles, HoldWhatTheTablesHold)
         SCOPED_TRACE(c.name);
         Conversion& run = runs.Next();
         run.Text().Options(c.options);
+        if (c.second != nullptr)
+            run.Xml(c.second, "b.xml");
         for (const std::string& document : Parts(c.documents))
             EXPECT_FALSE(run.Xml(document).Run().failed) << run.Error();
         EXPECT_EQ(run.TextFile(c.table), c.text);
