@@ -215,6 +215,7 @@ void Batch::Convert(DatabaseSession& session, Step& step)
     job_.host.SetProgressRange(ProgressBarId::Files, static_cast<std::int64_t>(files_.size()));
     job_.host.SetProgress(ProgressBarId::Files, 0);
     FilesOfRun filesOfRun(job_.settings, files_);
+    KnownTables knownTables(session);
     for (std::size_t n = 1; n <= files_.size(); ++n) {
         job_.ProcessEvents();
         FileReport& report = outcome_.files[n - 1];
@@ -222,7 +223,7 @@ void Batch::Convert(DatabaseSession& session, Step& step)
         job_.log.ProtocolAppend("File " + std::to_string(n) + " of " + std::to_string(files_.size()) + ": " +
                                 report.path);
         const Timed timed(report);
-        const bool converted = ConvertOneFile(report, session, filesOfRun);
+        const bool converted = ConvertOneFile(report, session, knownTables, filesOfRun);
         FinishFile(report, converted, session, step);
         job_.host.SetProgress(ProgressBarId::Files, static_cast<std::int64_t>(n));
     }
@@ -230,7 +231,8 @@ void Batch::Convert(DatabaseSession& session, Step& step)
 
 /// True when the file could be read. A step that fails, or in which the user cancels, ends the run only after the
 /// closing ones: the steps between write their trace lines and no more.
-bool Batch::ConvertOneFile(FileReport& report, DatabaseSession& session, FilesOfRun& filesOfRun)
+bool Batch::ConvertOneFile(FileReport& report, DatabaseSession& session, KnownTables& knownTables,
+                           FilesOfRun& filesOfRun)
 {
     const std::string& path = report.path;
     job_.controls.txtXML.clear();
@@ -242,7 +244,7 @@ bool Batch::ConvertOneFile(FileReport& report, DatabaseSession& session, FilesOf
     };
     StructureModel model;
     MappingPlan plan;
-    const auto readDatabase = [&] { return ReadKnownDatabase(session); };
+    const auto readDatabase = [&]() -> const KnownDatabase& { return knownTables.Read(); };
     run([&] { velAnalyseXML(job_, xml.document, tagMap_, model, plan, readDatabase); });
     ShowStructure(xml.document, model);
     run([&] {

@@ -19,6 +19,7 @@ namespace velmora {
 class DatabaseSession;
 class Document;
 class FilesOfRun;
+class KnownTables;
 class StructureModel;
 class UrlSource;
 
@@ -63,7 +64,8 @@ private:
     void TellThatThereIsNothingToDo(const std::string& reason);
     void TellThatNothingWasRead();
     void Convert(DatabaseSession& session, Step& step);
-    [[nodiscard]] bool ConvertOneFile(FileReport& report, DatabaseSession& session, FilesOfRun& filesOfRun);
+    [[nodiscard]] bool ConvertOneFile(FileReport& report, DatabaseSession& session, KnownTables& knownTables,
+                                      FilesOfRun& filesOfRun);
     void ShowStructure(const Document& document, const StructureModel& model);
     void FinishFile(FileReport& report, bool converted, DatabaseSession& session, Step& step);
     void Commit(DatabaseSession& session);

@@ -23,7 +23,7 @@ MappingPlan PlanCompletely(Job& job, Document& document, const TagMap& map, cons
 } // namespace
 
 void velAnalyseXML(Job& job, Document& document, const TagMap& map, StructureModel& model, MappingPlan& plan,
-                   const std::function<KnownDatabase()>& readDatabase)
+                   const std::function<const KnownDatabase&()>& readDatabase)
 {
     Procedure(job.log, "velAnalyseXML", {}, [&](Step& step) {
         job.log.ProtocolAppend("Analyse XML");

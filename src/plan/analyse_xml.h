@@ -17,6 +17,6 @@ class TagMap;
 /// The rules that import every value go by what the database has already, which `readDatabase` tells; they make no use
 /// of `model`.
 void velAnalyseXML(Job& job, Document& document, const TagMap& map, StructureModel& model, MappingPlan& plan,
-                   const std::function<KnownDatabase()>& readDatabase = {});
+                   const std::function<const KnownDatabase&()>& readDatabase = {});
 
 } // namespace velmora

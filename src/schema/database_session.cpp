@@ -93,16 +93,19 @@ void OpenAndDropTables(Job& job, DatabaseSession& session, const fs::path& targe
 
 void DatabaseSession::Create(const fs::path& path, jet::JetVersion version, jet::Existing existing)
 {
+    ++schemaState_;
     connection_ = Translated([&] { return jet::Connection::Create(path, version, existing); });
 }
 
 void DatabaseSession::Open(const fs::path& path)
 {
+    ++schemaState_;
     connection_ = Translated([&] { return jet::Connection::Open(path); });
 }
 
 void DatabaseSession::OpenReadOnly(const fs::path& path)
 {
+    ++schemaState_;
     connection_ = Translated([&] { return jet::Connection::OpenReadOnly(path); });
 }
 
@@ -115,6 +118,7 @@ NameRules DatabaseSession::Names() const
 
 void DatabaseSession::ExecuteSql(std::string_view sql)
 {
+    ++schemaState_;
     Translated([&] {
         if (locks_.onWrite)
             locks_.onWrite();
@@ -150,6 +154,7 @@ Origins DatabaseSession::OriginsOf(std::string_view table)
 
 void DatabaseSession::SetOrigins(std::string_view table, const Origins& origins)
 {
+    ++schemaState_;
     const std::vector<jet::Property> properties = ToProperties(origins, IsAccess97());
     Translated([&] {
         if (locks_.onWrite)

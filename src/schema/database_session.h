@@ -8,6 +8,7 @@
 #include "schema/table_report.h"
 #include "settings/job.h"
 
+#include <cstdint>
 #include <deque>
 #include <filesystem>
 #include <functional>
@@ -46,6 +47,8 @@ public:
 
     /// Runs one statement and leaves its failure to the caller.
     void ExecuteSql(std::string_view sql);
+    /// Another number when the schema, or what the database knows of itself, may be another one.
+    [[nodiscard]] std::uint64_t SchemaState() const noexcept { return schemaState_; }
     [[nodiscard]] jet::Rowset OpenSchema(jet::SchemaKind kind, const jet::Restrictions& restrictions);
     /// The names of all user tables, in the engine's order: no views, links or system tables.
     [[nodiscard]] std::vector<std::string> UserTables();
@@ -86,6 +89,7 @@ private:
     /// The name under which `table` stands in the database.
     [[nodiscard]] std::string OwnName(const std::string& table);
 
+    std::uint64_t schemaState_ = 0;
     std::vector<TableReport> committed_;
     std::unordered_map<std::string, std::size_t> committedAt_; ///< positions, by table
     std::deque<TableReport> pending_;                          ///< since the last commit; they stay where they are

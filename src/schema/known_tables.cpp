@@ -93,8 +93,6 @@ private:
     std::unordered_map<std::string, std::size_t> untold_;
 };
 
-} // namespace
-
 KnownDatabase ReadKnownDatabase(DatabaseSession& session)
 {
     KnownDatabase known;
@@ -108,6 +106,18 @@ KnownDatabase ReadKnownDatabase(DatabaseSession& session)
     }
     RulesReader(known).Read(session);
     return known;
+}
+
+} // namespace
+
+const KnownDatabase& KnownTables::Read()
+{
+    if (state_ != session_.SchemaState()) {
+        state_.reset();
+        known_ = ReadKnownDatabase(session_);
+        state_ = session_.SchemaState();
+    }
+    return known_;
 }
 
 } // namespace velmora
