@@ -20,6 +20,17 @@ MappingPlan PlanCompletely(Job& job, Document& document, const TagMap& map, cons
     return plan;
 }
 
+/// The complete rules do without the structure: only who looks at it wants it. Its paths are new ones, behind the plan's.
+void DescribeStructure(Job& job, Document& document, const MappingPlan& plan, StructureModel& model)
+{
+    AnalyseStructure(job, document, model);
+    for (std::size_t i = 1; i <= model.UpperBound(); ++i) {
+        ElementInfo& entry = model.Element(i);
+        if (entry.strPath < plan.paths.size())
+            entry.lngTableNo = static_cast<std::int32_t>(plan.paths[entry.strPath].table);
+    }
+}
+
 } // namespace
 
 void velAnalyseXML(Job& job, Document& document, const TagMap& map, StructureModel& model, MappingPlan& plan,
@@ -27,14 +38,17 @@ void velAnalyseXML(Job& job, Document& document, const TagMap& map, StructureMod
 {
     Procedure(job.log, "velAnalyseXML", {}, [&](Step& step) {
         job.log.ProtocolAppend("Analyse XML");
-        if (job.settings.blComplete) {
-            job.ProcessEvents(); // throws when there is no database
-            if (!document.IsEmpty())
-                plan = PlanCompletely(job, document, map, readDatabase());
-            return;
-        }
         model = StructureModel();
         model.Reserve(document.Paths().Size());
+        if (job.settings.blComplete) {
+            job.ProcessEvents(); // throws when there is no database
+            if (document.IsEmpty())
+                return;
+            plan = PlanCompletely(job, document, map, readDatabase());
+            if (job.host.ShowsStructure())
+                DescribeStructure(job, document, plan, model);
+            return;
+        }
         if (!document.IsEmpty()) {
             step("Analyse structure");
             try {
