@@ -1,6 +1,7 @@
 #include "schema/database_view.h"
 
 #include "jet/connection.h"
+#include "jet/store/crash_file_system.h"
 #include "log/runtime_error.h"
 #include "support/shared.h"
 
@@ -124,6 +125,68 @@ TEST_F(SmallDatabase, RefusesWhatHasChangedOrIsNoDatabaseAndKeepsNobodyOut)
     EXPECT_EQ(view.Read().tables.size(), 3U);
     WriteFile(folder / "b.mdb", "no database");
     EXPECT_THROW(static_cast<void>(DatabaseView((folder / "b.mdb").string()).Read()), RuntimeError);
+    REQUIRE_SHARED(shared);
+    EXPECT_THROW(static_cast<void>(DatabaseView((shared / "corpus/mdb/V2000_with-password.mdb").string()).Read()),
+                 RuntimeError);
+}
+
+/// A table of another database bears its type in the list of objects; its pages are not asked.
+TEST_F(SmallDatabase, NamesLinkedTablesAndDoesNotFollowThem)
+{
+    std::string bytes = ReadFile(folder / "a.mdb");
+    const std::string ofTable("\x01\0\0\x0F\x01\0", 6); // in the folder of tables, of type 1
+    constexpr std::size_t kName = 26;                   // behind two dates and the flags
+    std::size_t patched = 0;
+    for (std::size_t at = bytes.find(ofTable); at != bytes.npos; at = bytes.find(ofTable, at + 1))
+        if (bytes.compare(at + kName, 10, std::string("c\0h\0i\0l\0d\0", 10)) == 0) {
+            bytes[at + 4] = 6;
+            ++patched;
+        }
+    ASSERT_EQ(patched, 1U);
+    WriteFile(folder / "a.mdb", bytes);
+    const DatabaseContents contents = view.Read();
+    ASSERT_EQ(contents.tables.size(), 2U);
+    EXPECT_TRUE(contents.tables[0].name == "child" && contents.tables[0].isLinked);
+    EXPECT_FALSE(contents.tables[1].isLinked);
+}
+
+TEST_F(SmallDatabase, ReadsThroughTheJournalOfAKilledRunAndLeavesItThere)
+{
+    jet::testing::CrashFileSystem disk;
+    const std::string before = ReadFile(folder / "a.mdb");
+    disk.Put("a.mdb", jet::Bytes(before.begin(), before.end()));
+    auto connection = jet::Connection::Open("a.mdb", disk);
+    connection->Execute("DELETE * FROM [parent]");
+    disk.StopAt(disk.Operations() + 9);
+    EXPECT_THROW(connection->Commit(), jet::Error);
+    disk.Crash(connection, jet::testing::Loss::Nothing);
+    for (const char* name : {"a.mdb", "a.mdb.velmora-journal"})
+        disk.CopyOut(name, folder / name);
+    const std::string killed = ReadFile(folder / "a.mdb"), journal = ReadFile(folder / "a.mdb.velmora-journal");
+    EXPECT_NE(killed, before);
+
+    EXPECT_EQ(view.Read().tables.at(1).rows, 2500U);
+    EXPECT_EQ(view.ReadPage("parent", 2, kAlways).size(), 500U);
+    EXPECT_EQ(ReadFile(folder / "a.mdb"), killed);
+    EXPECT_EQ(ReadFile(folder / "a.mdb.velmora-journal"), journal);
+    EXPECT_EQ(FilesIn(folder.Path()), 2U);
+}
+
+/// Wherever a file is cut off, it is read or refused.
+TEST_F(SmallDatabase, SurvivesDamage)
+{
+    const std::string whole = ReadFile(folder / "a.mdb");
+    int refused = 0;
+    for (std::size_t size = 1000; size < whole.size(); size += 4096) {
+        WriteFile(folder / "a.mdb", whole.substr(0, size));
+        try {
+            for (const DatabaseContents::Table& table : view.Read().tables)
+                static_cast<void>(view.Find(table.name, "nobody", 0, kAlways));
+        } catch (const RuntimeError&) {
+            ++refused;
+        }
+    }
+    EXPECT_GT(refused, 10);
 }
 
 } // namespace
