@@ -73,6 +73,23 @@ const Look kLooks[] = {
     {&Controls::txtFILE_MAPPING, "txtFILE_MAPPING", QT_TRANSLATE_NOOP("Option", "Mapping &file")},
 };
 
+constexpr const char* kXmlFilter = QT_TRANSLATE_NOOP("Option", "XML (*.xml)|*.xml|All Files (*.*)|*.*");
+
+constexpr FilePicker kPickers[] = {
+    {&Controls::txtFILE_XML, "btnFindXML", QT_TRANSLATE_NOOP("Option", "Select XML File to be loaded"), kXmlFilter,
+     ".xml"},
+    {&Controls::txtFILE_MDB, "btnFindMDB", QT_TRANSLATE_NOOP("Option", "Select MDB for export"),
+     QT_TRANSLATE_NOOP("Option", "MS Access Database (*.mdb)|*.mdb|All Files (*.*)|*.*"), ".mdb"},
+    {&Controls::txtFILE_EXPORT, "btnFindEXPORT", QT_TRANSLATE_NOOP("Option", "XML file to write from the database"),
+     kXmlFilter, ".xml"},
+    {&Controls::txtFILE_LOG, "btnFindLOG", QT_TRANSLATE_NOOP("Option", "Select file for logging"),
+     QT_TRANSLATE_NOOP("Option", "*.log|*.log|*.txt|*.txt|All Files (*.*)|*.*"), ".log"},
+    {&Controls::txtFILE_TXT, "btnFindTXT", QT_TRANSLATE_NOOP("Option", "Folder for export of text files (tarnwick)"),
+     nullptr, nullptr},
+    {&Controls::txtFILE_MAPPING, "btnMappingOpen", QT_TRANSLATE_NOOP("Option", "Open mapping"),
+     QT_TRANSLATE_NOOP("Option", "Tab Separated Values (*.tsv)|*.tsv|All Files (*.*)|*.*"), ".tsv"},
+};
+
 QString Translated(const char* text)
 {
     return text == nullptr ? QString() : QCoreApplication::translate("Option", text);
@@ -94,15 +111,39 @@ std::vector<ControlRow> ControlRows()
 {
     std::vector<ControlRow> rows;
     for (const Option& option : Options()) {
+        const FilePicker* picker = PickerOf(option.control);
         const auto look = std::find_if(std::begin(kLooks), std::end(kLooks),
                                        [&](const Look& l) { return l.control == option.control; });
         if (look != std::end(kLooks))
             rows.push_back({&option, look->name, Translated(look->label), Translated(look->hint), look->isAddition,
-                            look->isThreeState});
+                            look->isThreeState, picker});
         else
-            rows.push_back({&option, FirstWord(option), Text(FirstWord(option)), {}, true, false});
+            rows.push_back({&option, FirstWord(option), Text(FirstWord(option)), {}, true, false, picker});
     }
     return rows;
+}
+
+const FilePicker* PickerOf(const Option::Control& control)
+{
+    const auto* field = std::get_if<TextControl Controls::*>(&control);
+    const auto picker = std::find_if(std::begin(kPickers), std::end(kPickers), [&](const FilePicker& candidate) {
+        return field != nullptr && candidate.field == *field;
+    });
+    return picker == std::end(kPickers) ? nullptr : picker;
+}
+
+FileQuestion QuestionOf(const FilePicker& picker, const Controls& controls)
+{
+    return {Translated(picker.title), Translated(picker.filter), QString::fromLatin1(picker.suffix),
+            QString::fromStdString((controls.*picker.field).text)};
+}
+
+QString GroupTitle(OptionGroup group)
+{
+    const auto headings = OptionHeadings();
+    const auto heading =
+        std::find_if(headings.begin(), headings.end(), [&](const OptionHeading& h) { return h.group == group; });
+    return heading == headings.end() ? QString() : Translated(std::string(heading->text).c_str());
 }
 
 QString ToolTip(const Option& option)
@@ -120,6 +161,18 @@ QString ToolTip(const Option& option)
     if (!option.offWords.empty())
         words += ", " + Text(Listed(option.offWords).front());
     return tip + "<p><i>" + words.toHtmlEscaped() + "</i></p>";
+}
+
+bool IsAtStart(const Option& option, const Controls& controls)
+{
+    const Controls start;
+    struct Same {
+        const Controls &a, &b;
+        bool operator()(CheckControl Controls::*check) const { return (a.*check).value == (b.*check).value; }
+        bool operator()(TextControl Controls::*text) const { return (a.*text).text == (b.*text).text; }
+        bool operator()(ComboControl Controls::*list) const { return (a.*list).selected == (b.*list).selected; }
+    };
+    return std::visit(Same{start, controls}, option.control);
 }
 
 QString PlainLabel(const QString& label)

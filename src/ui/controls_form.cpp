@@ -1,14 +1,18 @@
 #include "ui/controls_form.h"
 
+#include "ui/path_completer.h"
+
 #include <QAction>
 #include <QCheckBox>
 #include <QComboBox>
+#include <QFileSystemModel>
 #include <QLabel>
 #include <QLineEdit>
 #include <QStyle>
 
 #include <algorithm>
 #include <cassert>
+#include <utility>
 
 namespace velmora {
 
@@ -31,18 +35,30 @@ const ControlRow& ControlsForm::RowOf(const Option::Control& control) const
     return *row;
 }
 
-void ControlsForm::Describe(QWidget& widget, const ControlRow& row) const
+const ControlRow& ControlsForm::Tie(QWidget& widget, const Option::Control& control,
+                                    std::function<void(const Controls&)> refresh)
 {
+    const ControlRow& row = RowOf(control);
     widget.setObjectName(QString::fromStdString(row.name));
     widget.setAccessibleName(PlainLabel(row.label));
     widget.setToolTip(ToolTip(*row.option));
+    refreshers_.push_back(std::move(refresh));
+    widgets_.emplace_back(&widget, &row);
+    return row;
 }
 
 QCheckBox* ControlsForm::Check(CheckControl Controls::*control)
 {
-    const ControlRow& row = RowOf(control);
-    auto* box = new QCheckBox(row.label);
-    Describe(*box, row);
+    auto* box = new QCheckBox;
+    const ControlRow& row = Tie(*box, control, [box, control](const Controls& controls) {
+        const CheckControl& state = controls.*control;
+        box->setCheckState(state.value == CheckState::Checked ? Qt::Checked
+                           : state.value == CheckState::Grey  ? Qt::PartiallyChecked
+                                                              : Qt::Unchecked);
+        box->setEnabled(state.enabled);
+        box->setVisible(state.visible);
+    });
+    box->setText(row.label);
     box->setTristate(row.isThreeState);
     // What is called grey stands between the two for Qt, and behind them here.
     connect(box, &QCheckBox::clicked, this, [this, box, control] {
@@ -52,58 +68,62 @@ QCheckBox* ControlsForm::Check(CheckControl Controls::*control)
                                                                      : CheckState::Unchecked;
         Commit();
     });
-    refreshers_.emplace_back([box, control](const Controls& controls) {
-        const CheckControl& state = controls.*control;
-        box->setCheckState(state.value == CheckState::Checked ? Qt::Checked
-                           : state.value == CheckState::Grey  ? Qt::PartiallyChecked
-                                                              : Qt::Unchecked);
-        box->setEnabled(state.enabled);
-        box->setVisible(state.visible);
-    });
-    widgets_.emplace_back(box, &row);
     return box;
 }
 
 QLineEdit* ControlsForm::Text(TextControl Controls::*control)
 {
-    const ControlRow& row = RowOf(control);
     auto* edit = new QLineEdit;
-    Describe(*edit, row);
-    edit->setPlaceholderText(row.hint);
-    edit->setAcceptDrops(false); // the window knows what a file means
-    // Only a person's hand is told, so that showing a state cannot change it.
-    connect(edit, &QLineEdit::textEdited, this, [this, control](const QString& text) {
-        (controls_.*control).text = text.toStdString();
-        Commit();
-    });
-    refreshers_.emplace_back([edit, control](const Controls& controls) {
+    const ControlRow& row = Tie(*edit, control, [edit, control](const Controls& controls) {
         const TextControl& state = controls.*control;
         const QString text = QString::fromStdString(state.text);
         if (edit->text() != text) // keeps the cursor where the person types
             edit->setText(text);
         edit->setEnabled(state.enabled);
     });
-    widgets_.emplace_back(edit, &row);
+    edit->setPlaceholderText(row.hint);
+    edit->setAcceptDrops(false); // the window knows what a file means
+    // Only a person's hand is told, so that showing a state cannot change it.
+    connect(edit, &QLineEdit::textEdited, this, [this, edit, control, picker = row.picker](const QString& text) {
+        if (picker != nullptr && edit->completer() == nullptr)
+            CompletePaths(*edit, *picker);
+        SetText(control, text);
+    });
     return edit;
 }
 
 QComboBox* ControlsForm::Combo(ComboControl Controls::*control)
 {
-    const ControlRow& row = RowOf(control);
     auto* box = new QComboBox;
-    Describe(*box, row);
+    Tie(*box, control, [box, control](const Controls& controls) {
+        box->setCurrentIndex(static_cast<int>((controls.*control).selected));
+        box->setEnabled((controls.*control).enabled);
+    });
     for (const std::string& item : (controls_.*control).items)
         box->addItem(QString::fromStdString(item));
     connect(box, &QComboBox::activated, this, [this, control](int index) {
         (controls_.*control).selected = static_cast<std::size_t>(index);
         Commit();
     });
-    refreshers_.emplace_back([box, control](const Controls& controls) {
-        box->setCurrentIndex(static_cast<int>((controls.*control).selected));
-        box->setEnabled((controls.*control).enabled);
-    });
-    widgets_.emplace_back(box, &row);
     return box;
+}
+
+void ControlsForm::CompletePaths(QLineEdit& edit, const FilePicker& picker)
+{
+    const bool isFolder = picker.filter == nullptr;
+    QFileSystemModel*& model = isFolder ? folders_ : files_;
+    if (model == nullptr)
+        model = MakeFileSystemModel(isFolder, this);
+    auto* completer = new PathCompleter(*model, &edit);
+    edit.setCompleter(completer);
+    connect(completer, qOverload<const QString&>(&QCompleter::activated), this,
+            [this, field = picker.field](const QString& path) { SetText(field, path); });
+}
+
+void ControlsForm::SetText(TextControl Controls::*control, const QString& text)
+{
+    (controls_.*control).text = text.toStdString();
+    Commit();
 }
 
 QLabel* ControlsForm::LabelOf(QWidget* widget)

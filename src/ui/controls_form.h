@@ -11,6 +11,7 @@
 
 class QCheckBox;
 class QComboBox;
+class QFileSystemModel;
 class QLabel;
 class QLineEdit;
 class QWidget;
@@ -34,13 +35,15 @@ public:
 
     /// The options that stand in the folded group.
     [[nodiscard]] std::vector<const ControlRow*> Additions() const;
-    /// The widget of any option.
+    /// Makes the widget of any option.
     [[nodiscard]] QWidget* Widget(const Option::Control& control);
 
     /// Shows `controls`: the state itself while nothing runs, what a run has handed out meanwhile.
     void Refresh(const Controls& controls);
     /// Marks the fields that a run would stumble over, each with a sign that says why.
     void ShowProblems(const std::vector<FieldProblem>& problems);
+    /// Puts `text` into a field, as a person would.
+    void SetText(TextControl Controls::*control, const QString& text);
     /// For what else writes into the state: enables what depends on it, shows it and tells it.
     void Commit();
     [[nodiscard]] Controls& State() noexcept { return controls_; }
@@ -51,12 +54,17 @@ signals:
 
 private:
     [[nodiscard]] const ControlRow& RowOf(const Option::Control& control) const;
-    void Describe(QWidget& widget, const ControlRow& row) const;
+    /// Names and explains the widget of `control`, and has it follow the state by `refresh`.
+    const ControlRow& Tie(QWidget& widget, const Option::Control& control,
+                          std::function<void(const Controls&)> refresh);
+    void CompletePaths(QLineEdit& edit, const FilePicker& picker);
 
     Controls& controls_;
     const std::vector<ControlRow> rows_;
     std::vector<std::function<void(const Controls&)>> refreshers_;
     std::vector<std::pair<QWidget*, const ControlRow*>> widgets_;
+    QFileSystemModel* files_ = nullptr; ///< made when somebody types a path
+    QFileSystemModel* folders_ = nullptr;
 };
 
 } // namespace velmora

@@ -1,6 +1,8 @@
 #include "ui/converter_page.h"
 
+#include "ui/control_table.h"
 #include "ui/controls_form.h"
+#include "ui/rename_codes.h"
 
 #include <QCheckBox>
 #include <QComboBox>
@@ -13,6 +15,9 @@
 #include <QTabWidget>
 #include <QToolButton>
 #include <QVBoxLayout>
+
+#include <algorithm>
+#include <utility>
 
 namespace velmora {
 
@@ -90,9 +95,10 @@ QToolButton* ConverterPage::MakeButton(const char* name, const QString& text, co
     return button;
 }
 
-QToolButton* ConverterPage::MakeFindButton(const char* name, const QLineEdit& edit)
+QToolButton* ConverterPage::MakeFindButton(TextControl Controls::*field)
 {
-    return MakeButton(name, QStringLiteral("…"), tr("Choose: %1").arg(edit.accessibleName()));
+    const FilePicker& picker = *PickerOf(field);
+    return MakeButton(picker.button, QStringLiteral("…"), QuestionOf(picker, {}).title);
 }
 
 QGroupBox* ConverterPage::MakeSource(ControlsForm& form)
@@ -121,10 +127,10 @@ QWidget* ConverterPage::MakeLocalSource(ControlsForm& form)
     auto* grid = MakeGrid(*page);
     xml_ = form.Text(&Controls::txtFILE_XML);
     AddRow(*grid, form, xml_,
-           {MakeFindButton("btnFindXML", *xml_),
+           {MakeFindButton(&Controls::txtFILE_XML),
             MakeButton("btnXML_APPLICATION", tr("Open"), tr("Open the XML file in its program"))});
     QLineEdit* renamed = form.Text(&Controls::txtFILE_XML_RENAMED);
-    AddRow(*grid, form, renamed);
+    AddRow(*grid, form, renamed, {MakeRenameCodes(*renamed)});
     auto* hint = new QLabel(tr("After sucessfull conversion of XML file this file will be renamed"));
     hint->setWordWrap(true);
     hint->setEnabled(false);
@@ -151,12 +157,12 @@ QGroupBox* ConverterPage::MakeDestination(ControlsForm& form)
     auto* group = new QGroupBox(tr("Destination"));
     auto* grid = MakeGrid(*group);
     QLineEdit* mdb = form.Text(&Controls::txtFILE_MDB);
-    QToolButton* findMdb = MakeFindButton("btnFindMDB", *mdb);
+    QToolButton* findMdb = MakeFindButton(&Controls::txtFILE_MDB);
     QToolButton* openMdb = MakeButton("btnMS_ACCESS", tr("Open"), tr("Open the database in its program"));
     AddRow(*grid, form, mdb, {findMdb, openMdb, form.Combo(&Controls::cboDatabase)});
 
     QLineEdit* txt = form.Text(&Controls::txtFILE_TXT);
-    QToolButton* findTxt = MakeFindButton("btnFindTXT", *txt);
+    QToolButton* findTxt = MakeFindButton(&Controls::txtFILE_TXT);
     AddRow(*grid, form, txt, {findTxt});
     if (auto* label = qobject_cast<QLabel*>(grid->itemAtPosition(grid->rowCount() - 1, 0)->widget()))
         label->setWordWrap(true);
@@ -176,7 +182,7 @@ QGroupBox* ConverterPage::MakeDestination(ControlsForm& form)
     grid->addLayout(beside, row, kFieldColumn, 1, -1);
 
     QLineEdit* log = form.Text(&Controls::txtFILE_LOG);
-    AddRow(*grid, form, log, {MakeFindButton("btnFindLOG", *log)});
+    AddRow(*grid, form, log, {MakeFindButton(&Controls::txtFILE_LOG)});
     return group;
 }
 
@@ -207,42 +213,56 @@ QGroupBox* ConverterPage::MakeOptions(ControlsForm& form)
     return group;
 }
 
+/// The additions that belong to `group`, below its name; nothing when there are none.
+void ConverterPage::AddAdditions(QGridLayout& grid, ControlsForm& form, OptionGroup group)
+{
+    bool isFirst = true;
+    for (const ControlRow* row : additions_) {
+        if (row->option->group != group)
+            continue;
+        if (std::exchange(isFirst, false)) {
+            auto* title = new QLabel(GroupTitle(group));
+            QFont bold = title->font();
+            bold.setBold(true);
+            title->setFont(bold);
+            grid.addWidget(title, grid.rowCount(), 0, 1, -1);
+        }
+        QWidget* widget = form.Widget(row->option->control);
+        if (row->option->IsSwitch())
+            grid.addWidget(widget, grid.rowCount(), 0, 1, -1);
+        else if (row->picker != nullptr)
+            AddRow(grid, form, widget, {MakeFindButton(row->picker->field)});
+        else
+            AddRow(grid, form, widget);
+    }
+}
+
 QWidget* ConverterPage::MakeAdditions(ControlsForm& form)
 {
     auto* group = new QWidget;
     auto* layout = new QVBoxLayout(group);
     layout->setContentsMargins(0, 0, 0, 0);
-    auto* fold = new QToolButton;
-    fold->setObjectName("btnMore");
-    fold->setText(tr("More options"));
-    fold->setAccessibleName(fold->text());
-    fold->setToolTip(tr("Show or hide the options that are needed less often"));
-    fold->setToolButtonStyle(Qt::ToolButtonTextBesideIcon);
-    fold->setArrowType(Qt::RightArrow);
-    fold->setAutoRaise(true);
-    fold->setCheckable(true);
-    fold->setFocusPolicy(Qt::StrongFocus);
+    fold_ = new QToolButton;
+    fold_->setObjectName("btnMore");
+    fold_->setToolTip(tr("Show or hide the options that are needed less often"));
+    fold_->setToolButtonStyle(Qt::ToolButtonTextBesideIcon);
+    fold_->setArrowType(Qt::RightArrow);
+    fold_->setAutoRaise(true);
+    fold_->setCheckable(true);
+    fold_->setFocusPolicy(Qt::StrongFocus);
 
     auto* content = new QWidget;
     content->setObjectName("grpMore");
-    auto* grid = new QGridLayout(content);
-    grid->setColumnStretch(1, 1);
-    for (const ControlRow* row : form.Additions()) {
-        QWidget* widget = form.Widget(row->option->control);
-        const int line = grid->rowCount();
-        if (row->option->IsSwitch()) {
-            grid->addWidget(widget, line, 0, 1, 2);
-            continue;
-        }
-        grid->addWidget(form.LabelOf(widget), line, 0);
-        grid->addWidget(widget, line, 1);
-    }
+    QGridLayout* grid = MakeGrid(*content);
+    additions_ = form.Additions();
+    for (const OptionHeading& heading : OptionHeadings())
+        AddAdditions(*grid, form, heading.group);
     content->setVisible(false);
-    connect(fold, &QToolButton::toggled, content, [fold, content](bool on) {
-        fold->setArrowType(on ? Qt::DownArrow : Qt::RightArrow);
+    connect(fold_, &QToolButton::toggled, content, [this, content](bool on) {
+        fold_->setArrowType(on ? Qt::DownArrow : Qt::RightArrow);
         content->setVisible(on);
     });
-    layout->addWidget(fold);
+    layout->addWidget(fold_);
     layout->addWidget(content);
     return group;
 }
@@ -260,6 +280,10 @@ void ConverterPage::FocusFirst()
 void ConverterPage::Refresh(const Controls& controls)
 {
     sourceTypes_->setCurrentIndex(controls.tabSourceType);
+    const auto used = std::count_if(additions_.begin(), additions_.end(),
+                                    [&](const ControlRow* row) { return !IsAtStart(*row->option, controls); });
+    fold_->setText(used == 0 ? tr("More options") : tr("More options (%1 in use)").arg(used));
+    fold_->setAccessibleName(fold_->text());
 }
 
 } // namespace velmora

@@ -1,9 +1,13 @@
 #pragma once
 
+#include "settings/options.h"
+
 #include <QWidget>
 
+#include <vector>
+
+class QGridLayout;
 class QGroupBox;
-class QHBoxLayout;
 class QLineEdit;
 class QPushButton;
 class QTabWidget;
@@ -12,7 +16,7 @@ class QToolButton;
 namespace velmora {
 
 class ControlsForm;
-struct Controls;
+struct ControlRow;
 
 /// The page "Converter": where the documents come from, where they go, and how.
 class ConverterPage : public QWidget {
@@ -37,11 +41,14 @@ private:
     [[nodiscard]] QGroupBox* MakeDestination(ControlsForm& form);
     [[nodiscard]] QGroupBox* MakeOptions(ControlsForm& form);
     [[nodiscard]] QWidget* MakeAdditions(ControlsForm& form);
+    void AddAdditions(QGridLayout& grid, ControlsForm& form, OptionGroup group);
     [[nodiscard]] QToolButton* MakeButton(const char* name, const QString& text, const QString& explanation);
-    /// "..." for `edit`.
-    [[nodiscard]] QToolButton* MakeFindButton(const char* name, const QLineEdit& edit);
+    /// "..." for a field that names a file or a folder.
+    [[nodiscard]] QToolButton* MakeFindButton(TextControl Controls::*field);
 
+    std::vector<const ControlRow*> additions_;
     QWidget* content_ = nullptr;
+    QToolButton* fold_ = nullptr;
     QTabWidget* sourceTypes_ = nullptr;
     QLineEdit* xml_ = nullptr;
 };

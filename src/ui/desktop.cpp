@@ -1,7 +1,9 @@
 #include "ui/desktop.h"
 
 #include "platform/other_programs.h"
+#include "ui/message_box.h"
 
+#include <QCoreApplication>
 #include <QFileDialog>
 #include <QFileInfo>
 #include <QMimeDatabase>
@@ -85,6 +87,22 @@ QStringList StandardDesktop::ProgramAlone(const std::string& file)
 bool StandardDesktop::Start(const QString& program, const QStringList& arguments)
 {
     return QProcess::startDetached(program, arguments);
+}
+
+QString AskForFileToWrite(Desktop& desktop, QWidget& window, const FileQuestion& question)
+{
+    for (;;) {
+        const QString path = desktop.AskForNewFile(question);
+        if (path.isEmpty() || !QFileInfo::exists(path))
+            return path;
+        const QString text = QCoreApplication::translate("Desktop", "The file already exists.") + "\r\n" +
+                             QCoreApplication::translate("Desktop", "Do you want to owerwrite it?");
+        const Answer answer = AskInBox(window, text, Buttons::YesNoCancel, Icon::Question, Answer::No);
+        if (answer == Answer::Yes)
+            return path;
+        if (answer == Answer::Cancel)
+            return {};
+    }
 }
 
 } // namespace velmora

@@ -53,4 +53,8 @@ private:
     QWidget* window_;
 };
 
+/// A file to write: one that is there is taken only when the person says that it may be replaced, and otherwise another
+/// one is asked for. Empty when the person cancels.
+[[nodiscard]] QString AskForFileToWrite(Desktop& desktop, QWidget& window, const FileQuestion& question);
+
 } // namespace velmora

@@ -1,34 +1,17 @@
 #include "ui/launchers.h"
 
 #include "platform/paths.h"
+#include "ui/control_table.h"
 #include "ui/desktop.h"
 
 #include <cstdio>
 #include <filesystem>
-#include <iterator>
 #include <system_error>
 #include <utility>
 
 namespace velmora {
 
 namespace {
-
-struct Picker {
-    std::string_view button;
-    TextControl Controls::*box;
-    const char* title;
-    const char* filter; ///< none: a folder
-    const char* suffix;
-};
-constexpr Picker kPickers[] = {
-    {"btnFindXML", &Controls::txtFILE_XML, "Select XML File to be loaded", "XML (*.xml)|*.xml|All Files (*.*)|*.*",
-     ".xml"},
-    {"btnFindMDB", &Controls::txtFILE_MDB, "Select MDB for export",
-     "MS Access Database (*.mdb)|*.mdb|All Files (*.*)|*.*", ".mdb"},
-    {"btnFindLOG", &Controls::txtFILE_LOG, "Select file for logging", "*.log|*.log|*.txt|*.txt|All Files (*.*)|*.*",
-     ".log"},
-    {"btnFindTXT", &Controls::txtFILE_TXT, "Folder for export of text files (tarnwick)", nullptr, nullptr},
-};
 
 QString Text(const std::string& text)
 {
@@ -71,23 +54,9 @@ Launchers::Launchers(Controls& controls, Host& host, Desktop& desktop, std::stri
 
 bool Launchers::Press(std::string_view button)
 {
-    for (const Picker& picker : kPickers) {
-        if (picker.button != button)
-            continue;
-        std::string& box = (controls_.*picker.box).text;
-        if (picker.filter == nullptr) {
-            // A folder dialog that is cancelled has chosen no folder.
-            box = desktop_.AskForFolder(QString::fromLatin1(picker.title), Text(box)).toStdString();
-            return true;
-        }
-        const QString chosen =
-            desktop_.AskForFile({QString::fromLatin1(picker.title), QString::fromLatin1(picker.filter),
-                                 QString::fromLatin1(picker.suffix), Text(box)});
-        if (chosen.isEmpty())
-            return false;
-        box = chosen.toStdString();
-        return true;
-    }
+    for (const ControlRow& row : ControlRows())
+        if (row.picker != nullptr && row.picker->button == button)
+            return Pick(*row.picker);
     if (button == "btnMS_ACCESS")
         OpenInProgram(controls_.txtFILE_MDB.text, "dummy.mdb");
     else if (button == "btnXML_APPLICATION")
@@ -95,6 +64,22 @@ bool Launchers::Press(std::string_view button)
     else if (button == "btnOPEN_DIRECTORY")
         OpenDirectory();
     return false;
+}
+
+bool Launchers::Pick(const FilePicker& picker)
+{
+    const FileQuestion question = QuestionOf(picker, controls_);
+    std::string& box = (controls_.*picker.field).text;
+    if (picker.filter == nullptr) {
+        // A folder dialog that is cancelled has chosen no folder.
+        box = desktop_.AskForFolder(question.title, question.start).toStdString();
+        return true;
+    }
+    const QString chosen = desktop_.AskForFile(question);
+    if (chosen.isEmpty())
+        return false;
+    box = chosen.toStdString();
+    return true;
 }
 
 void Launchers::Complain(const std::string& text)
@@ -159,6 +144,16 @@ void Launchers::OpenFolderOf(std::string path)
     const bool isOpener = !program.starts_with("Error");
     if (!desktop_.Start(isOpener ? Text(program) : QStringLiteral("xdg-open"), {Text(path)}))
         Complain("The folder " + path + " could not be opened");
+}
+
+bool Launchers::OpenManual()
+{
+    for (const char* place : {"/../share/doc/velmora/manual.md", "/../docs/manual.md", "/../../docs/manual.md"})
+        if (const std::string file = programFolder_ + place; FileExists(file)) {
+            OpenFile(file);
+            return true;
+        }
+    return false;
 }
 
 } // namespace velmora

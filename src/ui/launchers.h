@@ -9,6 +9,7 @@
 namespace velmora {
 
 class Desktop;
+struct FilePicker;
 
 /// The small buttons beside the path boxes: they fill a box through a dialog, or show in another program what a box
 /// names. Boxes are read and written, nothing else.
@@ -22,8 +23,14 @@ public:
 
     /// Opens the folder that is there, or the nearest one above it.
     void OpenFolderOf(std::string path);
+    /// Opens the file in the program for its kind.
+    void OpenFile(const std::string& path) { OpenInProgram(path, {}); }
+
+    /// False when it is not installed.
+    [[nodiscard]] bool OpenManual();
 
 private:
+    [[nodiscard]] bool Pick(const FilePicker& picker);
     void OpenInProgram(const std::string& path, std::string_view placeholder);
     void OpenDirectory();
     void Complain(const std::string& text);

@@ -23,25 +23,30 @@ QString Text(std::string_view text)
     return QString::fromUtf8(text.data(), static_cast<qsizetype>(text.size()));
 }
 
+QString OrEveryValue(const QString& cure)
+{
+    return LeftOutWindow::tr("%1, or check “Import every value”").arg(cure);
+}
+
 QString Cure(LossReason reason)
 {
     switch (reason) {
     case LossReason::NoRecord:
-        return LeftOutWindow::tr("Uncheck “Do not import wrapping tags”, or check “Import every value”");
+        return OrEveryValue(LeftOutWindow::tr("Uncheck “Do not import wrapping tags”"));
     case LossReason::BesideChildren:
         return LeftOutWindow::tr("Check “Import every value”");
     case LossReason::AttributesOff:
         return LeftOutWindow::tr("Check “Import Attributes”");
     case LossReason::NoColumn:
-        return LeftOutWindow::tr("Check “Re-create database”, so that the table gets the column");
+        return OrEveryValue(LeftOutWindow::tr("Check “Re-create database”, so that the table gets the column"));
     case LossReason::KeyColumn:
-        return LeftOutWindow::tr("Choose other names for primary and foreign keys");
+        return OrEveryValue(LeftOutWindow::tr("Choose other names for primary and foreign keys"));
     case LossReason::ColumnTaken:
-        return LeftOutWindow::tr("Choose another column prefix for attributes, or map one of the names");
+        return OrEveryValue(LeftOutWindow::tr("Choose another column prefix for attributes, map one of the names"));
     case LossReason::Overwritten:
-        return LeftOutWindow::tr("Map one of the names that meet in this column to another one");
+        return OrEveryValue(LeftOutWindow::tr("Map one of the names that meet in this column to another one"));
     case LossReason::DoesNotFitType:
-        return LeftOutWindow::tr("Make the column a memo in the database, or re-create the database");
+        return OrEveryValue(LeftOutWindow::tr("Make the column a memo in the database, re-create the database"));
     case LossReason::None:
         break;
     }

@@ -56,7 +56,7 @@ int main(int argc, char* argv[])
     QApplication qt(argc, argv);
     QApplication::setApplicationName("velmora");
     QApplication::setApplicationVersion(QString::fromUtf8(Version().data(), static_cast<qsizetype>(Version().size())));
-    QApplication::setDesktopFileName("velmora");
+    QApplication::setDesktopFileName(kDesktopId);
     InstallResources(qt);
 
     MainWindow window;

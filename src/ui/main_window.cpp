@@ -1,44 +1,41 @@
 #include "ui/main_window.h"
 
 #include "log/passwords.h"
-#include "mapping/tag_map_file.h"
+#include "platform/file_listing.h"
 #include "platform/paths.h"
 #include "platform/program.h"
 #include "ui/about_page.h"
 #include "ui/browser/browser_window.h"
+#include "ui/button_row.h"
 #include "ui/command_line_window.h"
 #include "ui/controls_form.h"
 #include "ui/converter_page.h"
 #include "ui/dropped_files.h"
 #include "ui/job_file.h"
+#include "ui/job_menu.h"
 #include "ui/left_out_window.h"
 #include "ui/mapping_page.h"
 #include "ui/memory.h"
+#include "ui/message_box.h"
 #include "ui/problems.h"
 #include "ui/progress_page.h"
+#include "ui/run_status_bar.h"
 #include "ui/run_summary.h"
 #include "ui/structure_page.h"
 
 #include <QCloseEvent>
-#include <QDesktopServices>
 #include <QDragEnterEvent>
 #include <QDropEvent>
 #include <QFileInfo>
-#include <QHBoxLayout>
-#include <QLabel>
-#include <QLocale>
-#include <QMenu>
 #include <QMessageBox>
 #include <QMimeData>
-#include <QPushButton>
 #include <QScreen>
 #include <QShortcut>
-#include <QStatusBar>
 #include <QTabWidget>
 #include <QUrl>
 #include <QVBoxLayout>
 
-#include <iterator>
+#include <utility>
 
 namespace velmora {
 
@@ -47,15 +44,6 @@ namespace {
 constexpr int kDrawMilliseconds = 150; // smooth enough, and next to nothing beside the run
 constexpr int kCheckMilliseconds = 300;
 constexpr int kStructurePage = 3;
-
-constexpr const char* kMappingFilter = "Tab Separated Values (*.tsv)|*.tsv|All Files (*.*)|*.*";
-constexpr const char* kMappingSuffix = ".tsv";
-constexpr const char* kJobFilter = "Job (*.velmora)|*.velmora|All Files (*.*)|*.*";
-
-QString Caption()
-{
-    return QString::fromUtf8(kCaption.data(), static_cast<qsizetype>(kCaption.size()));
-}
 
 } // namespace
 
@@ -69,7 +57,7 @@ MainWindow::MainWindow(std::unique_ptr<Desktop> desktop)
     setObjectName("frmMain");
     host_.Watch(application_.GetJob().controls);
     MakePages();
-    MakeStatusBar();
+    MakeSurroundings();
     MakeShortcuts();
     connect(form_, &ControlsForm::Changed, this, [this] {
         Job& job = application_.GetJob();
@@ -96,9 +84,9 @@ MainWindow::~MainWindow() = default;
 void MainWindow::MakePages()
 {
     converterPage_ = new ConverterPage(*form_);
-    mappingPage_ = new MappingPage(application_.GetJob(), application_.GetTagMap(), *form_);
-    progressPage_ = new ProgressPage;
-    structurePage_ = new StructurePage;
+    mappingPage_ = new MappingPage(application_.GetJob(), application_.GetTagMap(), *form_, *desktop_);
+    progressPage_ = new ProgressPage(*desktop_);
+    structurePage_ = new StructurePage(*desktop_);
     aboutPage_ = new AboutPage;
     tabs_ = new QTabWidget;
     tabs_->setObjectName("tabMain");
@@ -110,70 +98,32 @@ void MainWindow::MakePages()
     tabs_->addTab(structurePage_, tr("XML Info"));
     tabs_->addTab(aboutPage_, tr("About"));
     connect(converterPage_, &ConverterPage::ButtonPressed, this, &MainWindow::PressLauncher);
-    connect(mappingPage_, &MappingPage::OpenPressed, this, &MainWindow::btnMappingOpen_Click);
-    connect(mappingPage_, &MappingPage::SavePressed, this, &MainWindow::btnMappingSave_Click);
+    connect(mappingPage_, &MappingPage::ProtocolWritten, this, [this] { progressPage_->AddLines(host_.TakeLines()); });
+    connect(progressPage_, &ProgressPage::LeftOutPressed, this, &MainWindow::ShowLeftOut);
+}
+
+/// What is there on every page: the buttons and the status bar.
+void MainWindow::MakeSurroundings()
+{
+    auto* jobMenu = new JobMenu(*form_, *desktop_, *this);
+    connect(jobMenu, &JobMenu::JobChosen, this, &MainWindow::OpenJob);
+    connect(jobMenu, &JobMenu::DatabaseChosen, this, &MainWindow::Look);
+    connect(jobMenu, &JobMenu::WayBackChosen, this, &MainWindow::WriteAsXml);
+    buttons_ = new ButtonRow(jobMenu);
+    connect(buttons_, &ButtonRow::CommandLinePressed, this, &MainWindow::btnCommandLine_Click);
+    connect(buttons_, &ButtonRow::OpenFolderPressed, this, [this] { PressLauncher("btnOPEN_DIRECTORY"); });
+    connect(buttons_, &ButtonRow::ConvertPressed, this, &MainWindow::btnConvert_Click);
+    connect(buttons_, &ButtonRow::QuitPressed, this, &MainWindow::btnQuit_Click);
+    status_ = new RunStatusBar;
+    connect(status_, &RunStatusBar::LeftOutPressed, this, &MainWindow::ShowLeftOut);
+    connect(status_, &RunStatusBar::OpenResultPressed, this, [this] { openResult_(); });
 
     auto* central = new QWidget;
     auto* column = new QVBoxLayout(central);
     column->addWidget(tabs_, 1);
-    column->addWidget(MakeBottomRow());
+    column->addWidget(buttons_);
     setCentralWidget(central);
-}
-
-QWidget* MainWindow::MakeBottomRow()
-{
-    const auto button = [](const char* name, const QString& text, const QString& explanation) {
-        auto* made = new QPushButton(text);
-        made->setObjectName(name);
-        made->setToolTip(explanation);
-        made->setAccessibleName(PlainLabel(text));
-        return made;
-    };
-    commandLine_ =
-        button("btnCommandLine", tr("Command &Line…"), tr("The command line that does the same without a window"));
-    openDirectory_ = button("btnOPEN_DIRECTORY", tr("&Open folder"), tr("Open the folder of the target or the source"));
-    convert_ = button("btnConvert", tr("&Convert"), tr("Convert what is named on the first page (F5)"));
-    quit_ = button("btnQuit", tr("E&xit"), tr("Close the window; while a conversion is running, cancel it"));
-    convert_->setDefault(true);
-    job_ = MakeJobMenu();
-    connect(commandLine_, &QPushButton::clicked, this, &MainWindow::btnCommandLine_Click);
-    connect(openDirectory_, &QPushButton::clicked, this, [this] { PressLauncher("btnOPEN_DIRECTORY"); });
-    connect(convert_, &QPushButton::clicked, this, &MainWindow::btnConvert_Click);
-    connect(quit_, &QPushButton::clicked, this, &MainWindow::btnQuit_Click);
-
-    auto* row = new QWidget;
-    auto* layout = new QHBoxLayout(row);
-    layout->setContentsMargins(0, 0, 0, 0);
-    layout->addWidget(job_);
-    layout->addWidget(commandLine_);
-    layout->addWidget(openDirectory_);
-    layout->addStretch();
-    layout->addWidget(convert_);
-    layout->addWidget(quit_);
-    return row;
-}
-
-void MainWindow::MakeStatusBar()
-{
-    status_ = new QLabel;
-    status_->setObjectName("lblStatus");
-    status_->setTextFormat(Qt::PlainText);
-    status_->setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Preferred); // a long text does not widen the window
-    openResult_ = new QPushButton(tr("Open the result"));
-    openResult_->setObjectName("btnOpenResult");
-    openResult_->setToolTip(tr("Show what the last conversion has written"));
-    openResult_->setAccessibleName(openResult_->text());
-    openResult_->hide();
-    leftOut_ = new QPushButton;
-    leftOut_->setObjectName("btnLeftOut");
-    leftOut_->setToolTip(tr("Show what was not imported, and what cures it"));
-    leftOut_->hide();
-    connect(leftOut_, &QPushButton::clicked, this, &MainWindow::ShowLeftOut);
-    connect(progressPage_, &ProgressPage::LeftOutPressed, this, &MainWindow::ShowLeftOut);
-    statusBar()->addPermanentWidget(leftOut_);
-    connect(openResult_, &QPushButton::clicked, this, &MainWindow::OpenResult);
-    statusBar()->addWidget(status_, 1);
-    statusBar()->addPermanentWidget(openResult_);
+    setStatusBar(status_);
 }
 
 void MainWindow::MakeShortcuts()
@@ -191,8 +141,8 @@ void MainWindow::MakeShortcuts()
         };
     };
     shortcut(QKeySequence::Open, whenIdle([this] { PressLauncher("btnFindXML"); }));
-    shortcut(Qt::Key_F5, [this] { convert_->click(); });
-    shortcut(QKeySequence(Qt::CTRL | Qt::Key_Return), [this] { convert_->click(); });
+    shortcut(Qt::Key_F5, [this] { buttons_->PressConvert(); });
+    shortcut(QKeySequence(Qt::CTRL | Qt::Key_Return), [this] { buttons_->PressConvert(); });
     shortcut(Qt::Key_Escape, [this] {
         if (conversion_.IsRunning())
             btnQuit_Click();
@@ -203,7 +153,10 @@ void MainWindow::MakeShortcuts()
         tabs_->setCurrentIndex(kStructurePage);
         structurePage_->FocusSearch();
     });
-    shortcut(QKeySequence::HelpContents, [this] { OpenManual(); });
+    shortcut(QKeySequence::HelpContents, [this] {
+        if (!launchers_.OpenManual())
+            status_->Tell(tr("The manual is not installed"));
+    });
 }
 
 void MainWindow::Form_Load(std::string_view commandLine)
@@ -224,7 +177,7 @@ void MainWindow::Refresh(const Controls& controls)
     mappingPage_->Refresh(controls);
     structurePage_->Refresh(controls);
     aboutPage_->Refresh(controls);
-    ShowCaptions(controls);
+    ShowRunning(!controls.btnConvertEnabled);
     // The person may look at other pages meanwhile: only a change by the run turns to one.
     if (shownPage_ != controls.tabMain) {
         shownPage_ = controls.tabMain;
@@ -232,44 +185,26 @@ void MainWindow::Refresh(const Controls& controls)
     }
 }
 
-void MainWindow::ShowCaptions(const Controls& controls)
+void MainWindow::ShowRunning(bool running)
 {
-    const bool running = !controls.btnConvertEnabled;
-    convert_->setText(running ? tr("Working...") : tr("&Convert"));
-    convert_->setEnabled(!running);
-    quit_->setText(!running ? tr("E&xit") : isCancelling_ ? tr("Cancelling...") : tr("Canc&el"));
-    quit_->setEnabled(!isCancelling_);
-    quit_->setAccessibleName(PlainLabel(quit_->text()));
-    EnableForRun(running);
-}
-
-void MainWindow::EnableForRun(bool running)
-{
+    using enum ButtonRow::RunState;
+    buttons_->Show(!running ? Idle : isCancelling_ ? Cancelling : Running);
     // While a run goes on, the state is its own.
     converterPage_->setEnabled(!running);
     mappingPage_->setEnabled(!running);
-    commandLine_->setEnabled(!running);
-    openDirectory_->setEnabled(!running);
-    job_->setEnabled(!running);
+    status_->EnableForRun(running);
     if (commandLineWindow_ != nullptr)
         commandLineWindow_->setEnabled(!running);
-    openResult_->setEnabled(!running);
 }
 
 void MainWindow::btnConvert_Click()
 {
     if (conversion_.IsRunning())
         return;
-    status_->clear();
-    openResult_->hide();
-    leftOut_->hide();
+    status_->Clear();
     progressPage_->Clear();
     isCancelling_ = false;
-    // Shown at once, without waiting for the run to say so.
-    convert_->setText(tr("Working..."));
-    convert_->setEnabled(false);
-    quit_->setText(tr("Canc&el"));
-    EnableForRun(true);
+    ShowRunning(true); // at once, without waiting for the run to say so
     conversion_.Start();
     drawTimer_.start();
 }
@@ -289,26 +224,41 @@ void MainWindow::EndOfRun()
         cancelQuestion_->reject();
     isCancelling_ = false;
     Draw();
-    application_.GetJob().controls.UpdateEnabled();
+    TellOutcome();
+    Controls& controls = application_.GetJob().controls;
+    if (beforeWayBack_)
+        controls = *std::exchange(beforeWayBack_, std::nullopt);
+    controls.UpdateEnabled();
     mappingPage_->Redraw();
-    Refresh(application_.GetJob().controls);
-    const RunOutcome& outcome = conversion_.Outcome();
-    status_->setText(RunSummary(outcome, conversion_.Milliseconds(), host_.LastError()));
-    status_->setToolTip(status_->text());
-    openResult_->setVisible(outcome.convertedFiles > 0);
-    leftOut_->setText(tr("Not imported: %1…").arg(QLocale().toString(qlonglong{outcome.leftOut.values})));
-    leftOut_->setAccessibleName(leftOut_->text());
-    leftOut_->setVisible(outcome.leftOut.values > 0);
-    progressPage_->OfferLeftOut(outcome.leftOut.values > 0);
-    if (remembers_) {
-        const Controls& controls = application_.GetJob().controls;
-        Memory::AddRecentFile("xml", QString::fromStdString(controls.FromUrl() ? "" : controls.txtFILE_XML.text));
-        Memory::AddRecentFile("mdb", QString::fromStdString(controls.txtFILE_MDB.text));
-    }
+    Refresh(controls);
     checkTimer_.start();
     emit RunEnded();
     if (closesAtEnd_)
         close();
+}
+
+void MainWindow::TellOutcome()
+{
+    const RunOutcome& outcome = conversion_.Outcome();
+    const Controls& controls = application_.GetJob().controls;
+    const std::string database = controls.txtFILE_MDB.text, xml = controls.txtFILE_EXPORT.text,
+                      folder = controls.txtFILE_TXT.text;
+    const bool isWayBack = !xml.empty();
+    status_->Tell(RunSummary(outcome, isWayBack, conversion_.Milliseconds(), host_.LastError()));
+    status_->OfferLeftOut(outcome.leftOut.values);
+    progressPage_->OfferLeftOut(outcome.leftOut.values > 0);
+    if (isWayBack)
+        openResult_ = [this, xml] { FileExists(xml) ? launchers_.OpenFile(xml) : launchers_.OpenFolderOf(xml); };
+    else if (!folder.empty())
+        openResult_ = [this, folder] { launchers_.OpenFolderOf(folder); };
+    else
+        openResult_ = [this, database] { Look(QString::fromStdString(database)); };
+    const bool hasEndedWell = !outcome.failed && !outcome.cancelled && !outcome.nothingToDo;
+    status_->OfferResult(isWayBack ? hasEndedWell : outcome.convertedFiles > 0);
+    if (remembers_) {
+        Memory::AddRecentFile("xml", QString::fromStdString(controls.FromUrl() ? "" : controls.txtFILE_XML.text));
+        Memory::AddRecentFile("mdb", QString::fromStdString(database));
+    }
 }
 
 void MainWindow::btnQuit_Click()
@@ -326,8 +276,7 @@ void MainWindow::AskWhetherToCancel()
 {
     const auto cancel = [this] {
         isCancelling_ = true;
-        quit_->setText(tr("Cancelling..."));
-        quit_->setEnabled(false);
+        ShowRunning(true);
         host_.RequestCancel();
     };
     // The run leaves this control alone.
@@ -336,11 +285,9 @@ void MainWindow::AskWhetherToCancel()
         return;
     }
     host_.Pause();
-    cancelQuestion_ = new QMessageBox(QMessageBox::Question, Caption(),
-                                      QString::fromUtf8(kCancelQuestion.data(), kCancelQuestion.size()),
-                                      QMessageBox::Ok | QMessageBox::Cancel, this);
+    cancelQuestion_ = MakeMessageBox(*this, QString::fromUtf8(kCancelQuestion.data(), kCancelQuestion.size()),
+                                     Buttons::OkCancel, Icon::Question, Answer::Cancel);
     cancelQuestion_->setObjectName("cancelQuestion");
-    cancelQuestion_->setDefaultButton(QMessageBox::Cancel);
     cancelQuestion_->setAttribute(Qt::WA_DeleteOnClose);
     connect(cancelQuestion_, &QDialog::finished, this, [this, cancel](int result) {
         cancelQuestion_ = nullptr;
@@ -382,93 +329,29 @@ void MainWindow::PressLauncher(const QString& button)
         form_->Commit();
 }
 
-void MainWindow::btnMappingOpen_Click()
+void MainWindow::Look(const QString& path)
 {
-    Controls& controls = application_.GetJob().controls;
-    const QString path = desktop_->AskForFile(
-        {"Open mapping", kMappingFilter, kMappingSuffix, QString::fromStdString(controls.txtFILE_MAPPING.text)});
-    if (path.isEmpty())
-        return;
-    LoadMapping(path.toStdString());
-}
-
-void MainWindow::LoadMapping(const std::string& path)
-{
-    application_.GetJob().controls.txtFILE_MAPPING.text = path;
-    static_cast<void>(velLoadTagMapping(application_.GetJob(), application_.GetTagMap(), path));
-    mappingPage_->Redraw();
-    progressPage_->AddLines(host_.TakeLines());
-    form_->Commit();
-}
-
-void MainWindow::btnMappingSave_Click()
-{
-    Job& job = application_.GetJob();
-    const bool isSomethingThere = PrepareSaving(job, application_.GetTagMap());
-    mappingPage_->Redraw();
-    if (!isSomethingThere) {
-        host_.ShowMessage(kNothingToSave, Icon::Exclamation);
-        return;
-    }
-    for (;;) {
-        const QString path = desktop_->AskForNewFile({"Save Mapping", kMappingFilter, kMappingSuffix,
-                                                      QString::fromStdString(job.controls.txtFILE_MAPPING.text)});
-        if (path.isEmpty())
-            return;
-        const Answer answer = MayReplace(path);
-        if (answer == Answer::No)
-            continue;
-        if (answer == Answer::Cancel)
-            return;
-        static_cast<void>(SaveTagMapping(job, application_.GetTagMap(), path.toStdString()));
-        progressPage_->AddLines(host_.TakeLines());
-        form_->Commit();
-        return;
-    }
-}
-
-void MainWindow::OpenResult()
-{
-    const Controls& controls = application_.GetJob().controls;
-    if (controls.txtFILE_TXT.text.empty())
-        Look(controls.txtFILE_MDB.text);
-    else
-        launchers_.OpenFolderOf(controls.txtFILE_TXT.text);
-}
-
-void MainWindow::Look(const std::string& path)
-{
-    auto* browser = new BrowserWindow(NativePath(path), *desktop_, this);
+    auto* browser = new BrowserWindow(NativePath(path.toStdString()), *desktop_, this);
     browser->show();
     browser->Reload();
 }
 
-void MainWindow::LookAtDatabase()
+/// A run of its own beside what is filled in, which comes back in the end.
+void MainWindow::WriteAsXml(const QString& database, const QString& xml)
 {
-    const QString path =
-        desktop_->AskForFile({tr("Look at a database"), "MS Access Database (*.mdb)|*.mdb|All Files (*.*)|*.*", ".mdb",
-                              QString::fromStdString(application_.GetJob().controls.txtFILE_MDB.text)});
-    if (!path.isEmpty())
-        Look(path.toStdString());
-}
-
-void MainWindow::OpenManual()
-{
-    const QString folder = QString::fromStdString(ProgramFolder());
-    for (const char* place : {"/../share/doc/velmora/manual.md", "/../docs/manual.md", "/../../docs/manual.md"})
-        if (QFileInfo::exists(folder + place)) {
-            QDesktopServices::openUrl(QUrl::fromLocalFile(QFileInfo(folder + place).canonicalFilePath()));
-            return;
-        }
-    status_->setText(tr("The manual is not installed"));
-}
-
-Answer MainWindow::MayReplace(const QString& path)
-{
-    if (!FileExists(path.toStdString()))
-        return Answer::Yes;
-    return host_.Ask("The file already exists.\r\nDo you want to owerwrite it?", kCaption, Buttons::YesNoCancel,
-                     Icon::Question, Answer::No);
+    Controls& controls = application_.GetJob().controls;
+    beforeWayBack_ = controls;
+    controls.tabSourceType = 0;
+    for (const auto field : {&Controls::txtFILE_XML, &Controls::txtXML_URL, &Controls::txtFILE_TXT})
+        (controls.*field).text.clear();
+    controls.txtFILE_MDB.text = database.toStdString();
+    controls.txtFILE_EXPORT.text = xml.toStdString();
+    // The person was asked about that very file; several documents get numbered names, about which nobody was.
+    const QFileInfo file(xml);
+    const QString numbered = file.path() + '/' + file.completeBaseName() + "_*.xml";
+    const bool mayReplace = file.exists() && ListFiles(numbered.toStdString()).empty();
+    controls.chkOverwrite.value = mayReplace ? CheckState::Checked : CheckState::Unchecked;
+    btnConvert_Click();
 }
 
 void MainWindow::ShowLeftOut()
@@ -484,65 +367,12 @@ void MainWindow::Remember()
     Memory::RestoreWindow(*this, *tabs_);
 }
 
-QPushButton* MainWindow::MakeJobMenu()
-{
-    auto* menu = new QMenu(this);
-    menu->addAction(tr("&Open a job…"), this, [this] {
-        const QString path = desktop_->AskForFile({tr("Open a job"), kJobFilter, kJobSuffix, {}});
-        if (!path.isEmpty())
-            OpenJob(path);
-    });
-    menu->addAction(tr("&Save as a job…"), this, &MainWindow::SaveJobAs);
-    menu->addAction(tr("&Look at a database…"), this, &MainWindow::LookAtDatabase);
-    auto* recent = menu->addMenu(tr("&Recent files"));
-    connect(recent, &QMenu::aboutToShow, this, [this, recent] { ShowRecentFiles(*recent); });
-    auto* button = new QPushButton(tr("&Job"));
-    button->setObjectName("btnJob");
-    button->setToolTip(tr("Keep all that is filled in as a file, or open one"));
-    button->setAccessibleName(PlainLabel(button->text()));
-    button->setMenu(menu);
-    return button;
-}
-
-void MainWindow::ShowRecentFiles(QMenu& menu)
-{
-    menu.clear();
-    const auto add = [&](const char* kind, TextControl Controls::*field) {
-        for (const QString& path : Memory::RecentFiles(kind))
-            menu.addAction(path, this, [this, path, field] {
-                (application_.GetJob().controls.*field).text = path.toStdString();
-                form_->Commit();
-            });
-    };
-    add("xml", &Controls::txtFILE_XML);
-    menu.addSeparator();
-    add("mdb", &Controls::txtFILE_MDB);
-}
-
 void MainWindow::OpenJob(const QString& path)
 {
     try {
         Form_Load(ReadJob(path.toStdString()));
     } catch (const std::exception& error) {
         host_.ShowMessage(WithoutPasswords(error.what()), Icon::Exclamation);
-    }
-}
-
-void MainWindow::SaveJobAs()
-{
-    for (;;) {
-        const QString path = desktop_->AskForNewFile({tr("Save as a job"), kJobFilter, kJobSuffix, {}});
-        if (path.isEmpty())
-            return;
-        const Answer answer = MayReplace(path);
-        if (answer == Answer::No)
-            continue;
-        if (answer == Answer::Cancel)
-            return;
-        if (const std::error_code failure = SaveJob(application_.GetJob().controls, path.toStdString()))
-            host_.ShowMessage("The job " + path.toStdString() + " cannot be written: " + failure.message(),
-                              Icon::Exclamation);
-        return;
     }
 }
 
@@ -570,10 +400,10 @@ void MainWindow::dropEvent(QDropEvent* event)
     if (!dropped.mdb.isEmpty())
         controls.txtFILE_MDB.text = dropped.mdb.toStdString();
     if (!dropped.mapping.isEmpty())
-        LoadMapping(dropped.mapping.toStdString());
-    status_->setText(dropped.isUnclear
-                         ? tr("Drop XML files that one pattern can name, a folder, a database, or a mapping file")
-                         : QString());
+        mappingPage_->Load(dropped.mapping);
+    status_->Tell(dropped.isUnclear
+                      ? tr("Drop XML files that one pattern can name, a folder, a database, or a mapping file")
+                      : QString());
     form_->Commit();
     event->acceptProposedAction();
 }

@@ -9,24 +9,25 @@
 #include <QMainWindow>
 #include <QTimer>
 
+#include <functional>
 #include <memory>
+#include <optional>
 #include <string_view>
 
-class QLabel;
-class QMenu;
 class QMessageBox;
-class QPushButton;
 class QTabWidget;
 
 namespace velmora {
 
 class AboutPage;
+class ButtonRow;
 class CommandLineWindow;
 class ControlsForm;
 class ConverterPage;
 class LeftOutWindow;
 class MappingPage;
 class ProgressPage;
+class RunStatusBar;
 class StructurePage;
 
 /// The main window: five pages over the state of one application, the buttons that begin and end a run, and what the
@@ -61,35 +62,24 @@ protected:
 
 private:
     void MakePages();
-    [[nodiscard]] QWidget* MakeBottomRow();
-    void MakeStatusBar();
-    [[nodiscard]] QPushButton* MakeJobMenu();
+    void MakeSurroundings();
     void MakeShortcuts();
 
     /// Shows the state of the controls as it is, or as the run has handed it out.
     void Refresh(const Controls& controls);
-    void ShowCaptions(const Controls& controls);
-    void EnableForRun(bool running);
+    void ShowRunning(bool running);
     /// Draws what the run has reported since the last time.
     void Draw();
     void EndOfRun();
-
+    void TellOutcome();
     void AskWhetherToCancel();
+
     void btnCommandLine_Click();
-    void btnMappingOpen_Click();
-    void btnMappingSave_Click();
     void PressLauncher(const QString& button);
-    void OpenResult();
-    void Look(const std::string& path);
-    void LookAtDatabase();
-    void OpenManual();
+    void Look(const QString& path);
+    void WriteAsXml(const QString& database, const QString& xml);
     void ShowLeftOut();
     void OpenJob(const QString& path);
-    void SaveJobAs();
-    void ShowRecentFiles(QMenu& menu);
-    void LoadMapping(const std::string& path);
-    /// Shall the file at `path`, if there is one, be replaced? Asks.
-    [[nodiscard]] Answer MayReplace(const QString& path);
 
     WindowHost host_;
     Application application_;
@@ -106,19 +96,15 @@ private:
     ProgressPage* progressPage_ = nullptr;
     StructurePage* structurePage_ = nullptr;
     AboutPage* aboutPage_ = nullptr;
-    QPushButton* commandLine_ = nullptr;
-    QPushButton* openDirectory_ = nullptr;
-    QPushButton* job_ = nullptr;
-    QPushButton* convert_ = nullptr;
-    QPushButton* quit_ = nullptr;
-    QLabel* status_ = nullptr;
-    QPushButton* openResult_ = nullptr;
-    QPushButton* leftOut_ = nullptr;
+    ButtonRow* buttons_ = nullptr;
+    RunStatusBar* status_ = nullptr;
     QMessageBox* cancelQuestion_ = nullptr;
     CommandLineWindow* commandLineWindow_ = nullptr;
     LeftOutWindow* leftOutWindow_ = nullptr;
-    int shownPage_ = 0;         ///< that the state last asked for
-    bool isCancelling_ = false; ///< the person has said so, the run has not ended yet
+    std::function<void()> openResult_;        ///< shows what the last run has written
+    std::optional<Controls> beforeWayBack_{}; ///< what was filled in, while the menu's own run goes on
+    int shownPage_ = 0;                       ///< that the state last asked for
+    bool isCancelling_ = false;               ///< the person has said so, the run has not ended yet
     bool closesAtEnd_ = false;
     bool remembers_ = false;
 };

@@ -1,7 +1,10 @@
 #include "ui/mapping_page.h"
 
+#include "mapping/tag_map_file.h"
 #include "settings/job.h"
 #include "ui/controls_form.h"
+#include "ui/message_box.h"
+#include "ui/text_page.h"
 
 #include <QCheckBox>
 #include <QCompleter>
@@ -25,13 +28,13 @@ QString Text(const std::string& text)
 
 } // namespace
 
-MappingPage::MappingPage(Job& job, TagMap& map, ControlsForm& form, QWidget* parent)
-    : QWidget(parent), job_(job), editor_(map)
+MappingPage::MappingPage(Job& job, TagMap& map, ControlsForm& form, Desktop& desktop, QWidget* parent)
+    : QWidget(parent), job_(job), map_(map), form_(form), desktop_(desktop), editor_(map)
 {
-    MakeWidgets(form);
-    connect(enable_, &QCheckBox::clicked, this, [&form](bool on) {
-        form.State().chkEnableTagMapping.value = on ? CheckState::Checked : CheckState::Unchecked;
-        form.Commit();
+    MakeWidgets();
+    connect(enable_, &QCheckBox::clicked, this, [this](bool on) {
+        form_.State().chkEnableTagMapping.value = on ? CheckState::Checked : CheckState::Unchecked;
+        form_.Commit();
     });
     connect(list_, &QListWidget::itemPressed, this,
             [this](QListWidgetItem* item) { lstMAPPING_Click(list_->row(item)); });
@@ -48,7 +51,7 @@ MappingPage::MappingPage(Job& job, TagMap& map, ControlsForm& form, QWidget* par
     Show();
 }
 
-void MappingPage::MakeWidgets(ControlsForm& form)
+void MappingPage::MakeWidgets()
 {
     auto* grid = new QGridLayout(this);
     grid->setColumnStretch(1, 1);
@@ -58,20 +61,13 @@ void MappingPage::MakeWidgets(ControlsForm& form)
     enable_->setAccessibleName(PlainLabel(enable_->text()));
     grid->addWidget(enable_, 0, 0, 1, 4);
 
-    const auto button = [](const char* name, const QString& text, const QString& explanation) {
-        auto* made = new QPushButton(text);
-        made->setObjectName(name);
-        made->setToolTip(explanation);
-        made->setAccessibleName(PlainLabel(text));
-        return made;
-    };
-    QLineEdit* file = form.Text(&Controls::txtFILE_MAPPING);
-    grid->addWidget(form.LabelOf(file), 1, 0);
+    QLineEdit* file = form_.Text(&Controls::txtFILE_MAPPING);
+    grid->addWidget(form_.LabelOf(file), 1, 0);
     grid->addWidget(file, 1, 1);
-    auto* open = button("btnMappingOpen", tr("Open &mapping…"), tr("Read the names from a file"));
-    auto* save = button("btnMappingSave", tr("&Save…"), tr("Write the names to a file"));
-    connect(open, &QPushButton::clicked, this, &MappingPage::OpenPressed);
-    connect(save, &QPushButton::clicked, this, &MappingPage::SavePressed);
+    auto* open = MakeTextButton("btnMappingOpen", tr("Open &mapping…"), tr("Read the names from a file"));
+    auto* save = MakeTextButton("btnMappingSave", tr("&Save…"), tr("Write the names to a file"));
+    connect(open, &QPushButton::clicked, this, &MappingPage::btnMappingOpen_Click);
+    connect(save, &QPushButton::clicked, this, &MappingPage::btnMappingSave_Click);
     grid->addWidget(open, 1, 2);
 
     list_ = new QListWidget;
@@ -95,7 +91,7 @@ void MappingPage::MakeWidgets(ControlsForm& form)
     };
     tag_ = edit(4, "txtTAG", tr("XML &tag"), tr("The tag as it stands in the document, without its namespace prefix"));
     name_ = edit(5, "txtCOLUMN", tr("Table or column &name"), tr("The name in place of the tag"));
-    remove_ = button("btnREMOVE_PAIR", tr("&Remove"), tr("Remove the selected name"));
+    remove_ = MakeTextButton("btnREMOVE_PAIR", tr("&Remove"), tr("Remove the selected name"));
     grid->addWidget(remove_, 5, 3);
 
     knownTags_ = new QStringListModel(this);
@@ -119,6 +115,40 @@ void MappingPage::Redraw()
 {
     editor_.Redraw(std::nullopt);
     Show();
+}
+
+void MappingPage::btnMappingOpen_Click()
+{
+    const QString path = desktop_.AskForFile(QuestionOf(*PickerOf(&Controls::txtFILE_MAPPING), form_.State()));
+    if (!path.isEmpty())
+        Load(path);
+}
+
+void MappingPage::Load(const QString& path)
+{
+    job_.controls.txtFILE_MAPPING.text = path.toStdString();
+    static_cast<void>(velLoadTagMapping(job_, map_, path.toStdString()));
+    Redraw();
+    emit ProtocolWritten();
+    form_.Commit();
+}
+
+void MappingPage::btnMappingSave_Click()
+{
+    const bool isSomethingThere = PrepareSaving(job_, map_);
+    Redraw();
+    if (!isSomethingThere) {
+        TellInBox(*this, QString::fromUtf8(kNothingToSave.data(), kNothingToSave.size()));
+        return;
+    }
+    FileQuestion question = QuestionOf(*PickerOf(&Controls::txtFILE_MAPPING), form_.State());
+    question.title = tr("Save Mapping");
+    const QString path = AskForFileToWrite(desktop_, *this, question);
+    if (path.isEmpty())
+        return;
+    static_cast<void>(SaveTagMapping(job_, map_, path.toStdString()));
+    emit ProtocolWritten();
+    form_.Commit();
 }
 
 void MappingPage::Show()

@@ -13,6 +13,7 @@ class QStringListModel;
 namespace velmora {
 
 class ControlsForm;
+class Desktop;
 struct Controls;
 struct Job;
 
@@ -21,21 +22,26 @@ class MappingPage : public QWidget {
     Q_OBJECT
 
 public:
-    MappingPage(Job& job, TagMap& map, ControlsForm& form, QWidget* parent = nullptr);
+    /// `desktop` asks for files.
+    MappingPage(Job& job, TagMap& map, ControlsForm& form, Desktop& desktop, QWidget* parent = nullptr);
 
     void Refresh(const Controls& controls);
     /// The map was changed elsewhere.
     void Redraw();
+    /// Names the mapping file and reads it.
+    void Load(const QString& path);
 
 signals:
-    void OpenPressed();
-    void SavePressed();
+    /// There are lines about a mapping file.
+    void ProtocolWritten();
 
 protected:
     bool eventFilter(QObject* watched, QEvent* event) override;
 
 private:
-    void MakeWidgets(ControlsForm& form);
+    void MakeWidgets();
+    void btnMappingOpen_Click();
+    void btnMappingSave_Click();
     void lstMAPPING_Click(int line);
     void Changed();
     void btnREMOVE_PAIR_Click();
@@ -43,6 +49,9 @@ private:
     void Show();
 
     Job& job_;
+    TagMap& map_;
+    ControlsForm& form_;
+    Desktop& desktop_;
     MappingEditor editor_;
     QCheckBox* enable_ = nullptr;
     QListWidget* list_ = nullptr;

@@ -44,7 +44,15 @@ std::vector<FieldProblem> FindProblems(const Controls& controls)
     if (!controls.FromUrl() && !xml.empty() && ListSourceFiles(xml).problem)
         add(&Controls::txtFILE_XML, HasWildcards(xml) ? QT_TRANSLATE_NOOP("Problems", "No file matches this")
                                                       : QT_TRANSLATE_NOOP("Problems", "There is no such file"));
-    if (hasSource && mdb.empty() && txt.empty())
+    const std::string& xmlOut = controls.txtFILE_EXPORT.text;
+    if (!xmlOut.empty() && (hasSource || !txt.empty()))
+        add(&Controls::txtFILE_EXPORT,
+            QT_TRANSLATE_NOOP("Problems", "To write XML from the database, leave source and text folder empty"));
+    else if (!xmlOut.empty() && FileExists(xmlOut) && !controls.chkOverwrite.Checked())
+        add(&Controls::txtFILE_EXPORT, QT_TRANSLATE_NOOP("Problems", "The file is there, and is not to be replaced"));
+    if (!xmlOut.empty() && !FileExists(mdb))
+        add(&Controls::txtFILE_MDB, QT_TRANSLATE_NOOP("Problems", "Name the database that is to be written as XML"));
+    else if (hasSource && mdb.empty() && txt.empty())
         add(&Controls::txtFILE_MDB,
             QT_TRANSLATE_NOOP("Problems", "Name a database here, or a folder for text files below"));
     if (IsFolderMissing(mdb))

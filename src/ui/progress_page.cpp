@@ -44,7 +44,7 @@ QString Duration(std::int64_t milliseconds)
 
 } // namespace
 
-ProgressPage::ProgressPage(QWidget* parent) : QWidget(parent)
+ProgressPage::ProgressPage(Desktop& desktop, QWidget* parent) : QWidget(parent)
 {
     auto* grid = new QGridLayout(this);
     grid->setColumnStretch(1, 1);
@@ -73,7 +73,8 @@ ProgressPage::ProgressPage(QWidget* parent) : QWidget(parent)
     auto* copy = MakeTextButton("btnCopyProtocol", tr("Cop&y"), tr("Copy the selected lines, or all"));
     auto* save = MakeTextButton("btnSaveProtocol", tr("Save as…"), tr("Write the protocol to a file"));
     connect(copy, &QPushButton::clicked, this, [this] { CopyText(*protocol_); });
-    connect(save, &QPushButton::clicked, this, [this] { SaveText(*this, *protocol_, "velmora.log"); });
+    connect(save, &QPushButton::clicked, this,
+            [this, &desktop] { SaveText(*this, desktop, protocol_->toPlainText(), "velmora.log"); });
     buttons->addWidget(copy);
     buttons->addWidget(save);
     leftOut_ =

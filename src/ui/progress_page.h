@@ -11,12 +11,15 @@ class QPushButton;
 
 namespace velmora {
 
+class Desktop;
+
 /// The page "Progress": two bars, the time left, and the protocol, its newest line first.
 class ProgressPage : public QWidget {
     Q_OBJECT
 
 public:
-    explicit ProgressPage(QWidget* parent = nullptr);
+    /// `desktop` asks for files.
+    explicit ProgressPage(Desktop& desktop, QWidget* parent = nullptr);
 
     /// Draws how far a run is that was begun `milliseconds` ago.
     void ShowProgress(const RunProgress& progress, std::int64_t milliseconds);

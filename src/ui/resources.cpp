@@ -16,16 +16,26 @@ static void NameResources()
 
 namespace velmora {
 
+namespace {
+
+/// The buttons of boxes: Qt's own translations may not be installed, ours are.
+[[maybe_unused]] constexpr const char* kButtons[] = {
+    QT_TRANSLATE_NOOP("QPlatformTheme", "OK"), QT_TRANSLATE_NOOP("QPlatformTheme", "Cancel"),
+    QT_TRANSLATE_NOOP("QPlatformTheme", "Retry"), QT_TRANSLATE_NOOP("QPlatformTheme", "&Yes"),
+    QT_TRANSLATE_NOOP("QPlatformTheme", "&No")};
+
+} // namespace
+
 void InstallResources(QCoreApplication& application)
 {
     NameResources();
-    QApplication::setWindowIcon(QIcon::fromTheme("velmora", QIcon(":/velmora.svg")));
+    QApplication::setWindowIcon(QIcon::fromTheme(kDesktopId, QIcon(":/io.github.velmora.velmora.svg")));
     const auto install = [&](const QString& name, const QString& folder) {
         auto* translator = new QTranslator(&application);
         if (translator->load(QLocale(), name, "_", folder))
             QCoreApplication::installTranslator(translator);
     };
-    install("qtbase", QLibraryInfo::path(QLibraryInfo::TranslationsPath)); // the buttons of boxes
+    install("qtbase", QLibraryInfo::path(QLibraryInfo::TranslationsPath)); // file dialogs
     install("velmora", ":/translations");
 }
 

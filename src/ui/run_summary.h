@@ -6,7 +6,8 @@
 
 namespace velmora {
 
-/// What a run did, in one line: files, tables, records, time; or why it did nothing.
-[[nodiscard]] QString RunSummary(const RunOutcome& outcome, std::int64_t milliseconds, const QString& lastError);
+/// What a run did, in one line: files, tables, records, time; or why it did nothing. `wroteXml`: it went the way back.
+[[nodiscard]] QString RunSummary(const RunOutcome& outcome, bool wroteXml, std::int64_t milliseconds,
+                                 const QString& lastError);
 
 } // namespace velmora

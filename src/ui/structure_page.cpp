@@ -18,9 +18,14 @@ namespace {
 
 constexpr std::size_t kMaxShownBytes = 2'000'000; // a hundred times what people read
 
+QString Whole(const std::string& report)
+{
+    return QString::fromStdString(report).remove('\r');
+}
+
 } // namespace
 
-StructurePage::StructurePage(QWidget* parent) : QWidget(parent)
+StructurePage::StructurePage(Desktop& desktop, QWidget* parent) : QWidget(parent)
 {
     text_ = MakeReadOnlyText("txtXML", tr("Structure of the document converted last"), true);
     text_->setPlaceholderText(tr("After a conversion, the structure of the document stands here."));
@@ -36,7 +41,8 @@ StructurePage::StructurePage(QWidget* parent) : QWidget(parent)
     connect(find, &QPushButton::clicked, this, &StructurePage::FindNext);
     connect(search_, &QLineEdit::returnPressed, this, &StructurePage::FindNext);
     connect(copy, &QPushButton::clicked, this, [this] { CopyText(*text_); });
-    connect(save, &QPushButton::clicked, this, [this] { SaveText(*this, *text_, "structure.txt"); });
+    connect(save, &QPushButton::clicked, this,
+            [this, &desktop] { SaveText(*this, desktop, Whole(shown_), "structure.txt"); });
 
     auto* column = new QVBoxLayout(this);
     column->addWidget(text_, 1);

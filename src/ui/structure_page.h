@@ -9,6 +9,7 @@ class QPlainTextEdit;
 
 namespace velmora {
 
+class Desktop;
 struct Controls;
 
 /// The page "XML Info": the structure that was found in the document converted last.
@@ -16,7 +17,8 @@ class StructurePage : public QWidget {
     Q_OBJECT
 
 public:
-    explicit StructurePage(QWidget* parent = nullptr);
+    /// `desktop` asks for files.
+    explicit StructurePage(Desktop& desktop, QWidget* parent = nullptr);
 
     void Refresh(const Controls& controls);
     void FocusSearch();

@@ -1,12 +1,12 @@
 #include "ui/text_page.h"
 
-#include "host/host.h"
+#include "ui/desktop.h"
+#include "ui/message_box.h"
 
 #include <QClipboard>
-#include <QFileDialog>
+#include <QCoreApplication>
 #include <QFontDatabase>
 #include <QGuiApplication>
-#include <QMessageBox>
 #include <QPlainTextEdit>
 #include <QPushButton>
 #include <QSaveFile>
@@ -45,16 +45,19 @@ void CopyText(const QPlainTextEdit& text)
     QGuiApplication::clipboard()->setText(copied.replace(QChar::ParagraphSeparator, '\n'));
 }
 
-void SaveText(QWidget& parent, const QPlainTextEdit& text, const QString& proposal)
+void SaveText(QWidget& window, Desktop& desktop, const QString& text, const QString& proposal)
 {
-    const QString path =
-        QFileDialog::getSaveFileName(&parent, QCoreApplication::translate("TextPage", "Save as"), proposal);
+    const QString path = AskForFileToWrite(
+        desktop, window,
+        {QCoreApplication::translate("TextPage", "Save as"),
+         QCoreApplication::translate("TextPage", "Text (*.txt *.log)|*.txt *.log") + "|All Files (*.*)|*.*", QString(),
+         proposal});
     if (path.isEmpty())
         return;
     QSaveFile file(path);
-    const QByteArray bytes = text.toPlainText().toUtf8() + '\n';
+    const QByteArray bytes = (text.endsWith('\n') ? text : text + '\n').toUtf8();
     if (!file.open(QIODevice::WriteOnly) || file.write(bytes) != bytes.size() || !file.commit())
-        QMessageBox::warning(&parent, QString::fromUtf8(kCaption.data(), kCaption.size()), file.errorString());
+        TellInBox(window, path + ": " + file.errorString());
 }
 
 } // namespace velmora

@@ -9,12 +9,14 @@ class QWidget;
 
 namespace velmora {
 
+class Desktop;
+
 /// A text to read and select, in a font of fixed width where its columns are to line up.
 [[nodiscard]] QPlainTextEdit* MakeReadOnlyText(const char* name, const QString& title, bool fixedWidth);
 [[nodiscard]] QPushButton* MakeTextButton(const char* name, const QString& text, const QString& explanation);
 /// Copies what is selected in `text`, or all of it.
 void CopyText(const QPlainTextEdit& text);
 /// Asks for a file and writes the text to it.
-void SaveText(QWidget& parent, const QPlainTextEdit& text, const QString& proposal);
+void SaveText(QWidget& window, Desktop& desktop, const QString& text, const QString& proposal);
 
 } // namespace velmora

@@ -1,7 +1,8 @@
 #include "ui/window_host.h"
 
+#include "ui/message_box.h"
+
 #include <QInputDialog>
-#include <QMessageBox>
 #include <QThread>
 #include <QWidget>
 
@@ -15,59 +16,6 @@ namespace {
 QString Text(std::string_view text)
 {
     return QString::fromUtf8(text.data(), static_cast<qsizetype>(text.size()));
-}
-
-struct ButtonOfAnswer {
-    Answer answer;
-    QMessageBox::StandardButton button;
-};
-constexpr ButtonOfAnswer kButtons[] = {
-    {Answer::Ok, QMessageBox::Ok},   {Answer::Cancel, QMessageBox::Cancel}, {Answer::Retry, QMessageBox::Retry},
-    {Answer::Yes, QMessageBox::Yes}, {Answer::No, QMessageBox::No},
-};
-
-QMessageBox::StandardButton ButtonOf(Answer answer)
-{
-    for (const ButtonOfAnswer& entry : kButtons)
-        if (entry.answer == answer)
-            return entry.button;
-    return QMessageBox::NoButton;
-}
-
-Answer AnswerOf(int button)
-{
-    for (const ButtonOfAnswer& entry : kButtons)
-        if (entry.button == button)
-            return entry.answer;
-    return Answer::Cancel;
-}
-
-QMessageBox::StandardButtons ButtonsOf(Buttons buttons)
-{
-    switch (buttons) {
-    case Buttons::Ok:
-        return QMessageBox::Ok;
-    case Buttons::OkCancel:
-        return QMessageBox::Ok | QMessageBox::Cancel;
-    case Buttons::RetryCancel:
-        return QMessageBox::Retry | QMessageBox::Cancel;
-    case Buttons::YesNoCancel:
-        return QMessageBox::Yes | QMessageBox::No | QMessageBox::Cancel;
-    }
-    return QMessageBox::Ok;
-}
-
-QMessageBox::Icon IconOf(Icon icon)
-{
-    switch (icon) {
-    case Icon::Exclamation:
-        return QMessageBox::Warning;
-    case Icon::Critical:
-        return QMessageBox::Critical;
-    case Icon::Question:
-        return QMessageBox::Question;
-    }
-    return QMessageBox::NoIcon;
 }
 
 } // namespace
@@ -94,13 +42,7 @@ Answer WindowHost::Ask(std::string_view text, std::string_view caption, Buttons 
     if (isCancelling_)
         return Answer::Ok;
     Answer answer = Answer::Cancel;
-    InWindow([&] {
-        QMessageBox box(IconOf(icon), Text(caption), Text(text), ButtonsOf(buttons), &window_);
-        box.setTextFormat(Qt::PlainText);
-        box.setTextInteractionFlags(Qt::TextSelectableByMouse);
-        box.setDefaultButton(ButtonOf(defaultAnswer));
-        answer = AnswerOf(box.exec());
-    });
+    InWindow([&] { answer = AskInBox(window_, Text(text), buttons, icon, defaultAnswer, Text(caption)); });
     return answer;
 }
 

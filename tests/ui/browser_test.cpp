@@ -3,12 +3,13 @@
 #include "ui/browser/diagram_layout.h"
 #include "ui/window_fixture.h"
 
+#include <QAction>
 #include <QApplication>
 #include <QClipboard>
 #include <QGraphicsScene>
 #include <QLabel>
 #include <QLineEdit>
-#include <QMessageBox>
+#include <QMenu>
 #include <QPushButton>
 #include <QSignalSpy>
 #include <QSpinBox>
@@ -20,8 +21,6 @@
 
 namespace velmora::testing {
 namespace {
-
-constexpr int kPatience = 60'000;
 
 class BrowserTest : public WindowTest {
 protected:
@@ -35,6 +34,15 @@ protected:
         auto& browser = Get<BrowserWindow>("frmBrowser");
         Wait(browser);
         return browser;
+    }
+    /// By the menu, over any file.
+    BrowserWindow& LookAt(const std::string& file)
+    {
+        desktop.answers = {QString::fromStdString(file)};
+        for (QAction* action : Get<QPushButton>("btnJob").menu()->actions())
+            if (action->text() == "&Look at a database…")
+                action->trigger();
+        return Get<BrowserWindow>("frmBrowser");
     }
     static void Wait(BrowserWindow& browser)
     {
@@ -89,11 +97,56 @@ TEST_F(BrowserTest, ShowsTablesRowsAndColumnsOfWhatWasConverted)
     }
 
     std::filesystem::resize_file(folder / "a.mdb", 4096);
+    AnswerNextBox("OK");
+    Get<QSpinBox>("spnPage").setValue(2);
+    Wait(browser);
+    EXPECT_TRUE(QTest::qWaitFor([&] { return !boxText.isEmpty(); }, kPatience));
+    EXPECT_TRUE(boxText.contains("has changed: read it again")) << boxText.toStdString();
+    boxText.clear();
+    AnswerNextBox("OK");
     Click("btnReload");
-    EXPECT_TRUE(QTest::qWaitFor([] { return QApplication::activeModalWidget() != nullptr; }, kPatience))
-        << "a damaged file gives a message";
-    if (auto* box = qobject_cast<QMessageBox*>(QApplication::activeModalWidget()))
-        box->button(QMessageBox::Ok)->click();
+    EXPECT_TRUE(QTest::qWaitFor([&] { return !boxText.isEmpty(); }, kPatience)) << "a damaged file gives a message";
+}
+
+TEST_F(BrowserTest, GivesAMessageForWhatCannotBeRead)
+{
+    REQUIRE_SHARED(shared);
+    WriteFile(folder / "no.mdb", "no database");
+    const std::pair<std::string, const char*> cases[] = {
+        {Path("missing.mdb"), "find"},
+        {Path("no.mdb"), "recognizes"},
+        {(shared / "corpus/mdb/V2000_with-password.mdb").string(), "assword"},
+    };
+    for (const auto& c : cases) {
+        const std::string& file = c.first;
+        const char* message = c.second;
+        SCOPED_TRACE(file);
+        boxText.clear();
+        AnswerNextBox("OK");
+        BrowserWindow& browser = LookAt(file);
+        EXPECT_TRUE(QTest::qWaitFor([&] { return !boxText.isEmpty(); }, kPatience));
+        EXPECT_TRUE(boxText.contains(message)) << boxText.toStdString();
+        EXPECT_EQ(Get<QTableWidget>("tblTables").rowCount(), 0);
+        delete &browser;
+    }
+}
+
+TEST_F(BrowserTest, StopsASearch)
+{
+    std::string xml = "<list>";
+    for (int i = 0; i < 5000; ++i)
+        xml += "<item><name>n</name></item>";
+    BrowserWindow& browser = Look(xml + "</list>");
+    Type("txtSearch", "nobody");
+    EXPECT_FALSE(IsEnabled("btnStop"));
+    Click("btnFindRow");
+    EXPECT_FALSE(IsEnabled("btnFindRow") || IsEnabled("tblTables"));
+    Click("btnStop");
+    Wait(browser);
+    EXPECT_EQ(Get<QLabel>("lblBrowser").text(), "Stopped");
+    Click("btnFindRow");
+    Wait(browser);
+    EXPECT_EQ(Get<QLabel>("lblBrowser").text(), "No further row has this text");
 }
 
 /// Boxes never lie on each other; a chain goes from left to right; simple trees have no crossing lines.

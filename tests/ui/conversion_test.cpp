@@ -1,8 +1,10 @@
 #include "ui/window_fixture.h"
 
+#include <QAction>
 #include <QInputDialog>
 #include <QLabel>
 #include <QLineEdit>
+#include <QMenu>
 #include <QMessageBox>
 #include <QPlainTextEdit>
 #include <QPushButton>
@@ -10,10 +12,10 @@
 #include <QTabWidget>
 #include <QTableWidget>
 
+#include <utility>
+
 namespace velmora::testing {
 namespace {
-
-constexpr int kPatience = 60'000;
 
 std::string ManyItems(int count)
 {
@@ -42,7 +44,8 @@ TEST_F(WindowTest, ConvertsAndSaysWhatWasDone)
     EXPECT_NE(window.findChild<QWidget*>("frmBrowser"), nullptr);
 }
 
-/// The run stands still while the question is open: neither answer depends on how fast it is.
+/// The question comes at once, wherever the run is, and the run stands still while it is open: neither answer depends
+/// on how fast things go.
 TEST_F(WindowTest, CancelsWhenConfirmedAndGoesOnWhenNot)
 {
     WriteFile(folder / "a.xml", ManyItems(30'000));
@@ -50,16 +53,17 @@ TEST_F(WindowTest, CancelsWhenConfirmedAndGoesOnWhenNot)
     for (const bool confirmed : {false, true}) {
         SCOPED_TRACE(confirmed);
         QSignalSpy ended(&window, &MainWindow::RunEnded);
-        Click("btnConvert");
+        window.btnConvert_Click();
+        window.btnQuit_Click();
         EXPECT_EQ(Get<QAbstractButton>("btnConvert").text(), "Working...");
         EXPECT_EQ(Get<QAbstractButton>("btnQuit").text(), "Canc&el");
-        EXPECT_FALSE(IsEnabled("txtFILE_XML"));
-        Click("btnQuit");
+        EXPECT_FALSE(IsEnabled("txtFILE_XML") || IsEnabled("btnConvert") || IsEnabled("lstMAPPING"));
         auto* question = window.findChild<QMessageBox*>("cancelQuestion");
-        ASSERT_NE(question, nullptr) << "asked at once, wherever the run is";
+        ASSERT_NE(question, nullptr);
         EXPECT_EQ(question->text(), "Conversion is running. Do you really want to cancel it?");
         EXPECT_EQ(question->defaultButton(), question->button(QMessageBox::Cancel));
         question->button(confirmed ? QMessageBox::Ok : QMessageBox::Cancel)->click();
+        EXPECT_EQ(Get<QAbstractButton>("btnQuit").text(), confirmed ? "Cancelling..." : "Canc&el");
         EXPECT_TRUE(ended.wait(kPatience));
         EXPECT_EQ(Protocol().contains("Operation cancelled by user"), confirmed);
         EXPECT_TRUE(Get<QLabel>("lblStatus").text().startsWith(confirmed ? "Cancelled" : "Done: 1 file"))
@@ -67,6 +71,60 @@ TEST_F(WindowTest, CancelsWhenConfirmedAndGoesOnWhenNot)
         EXPECT_TRUE(IsEnabled("txtFILE_XML"));
     }
     EXPECT_SOUND(folder / "a.mdb");
+}
+
+/// By whichever rules the document was imported.
+TEST_F(WindowTest, DescribesTheStructureAndOffersItsNames)
+{
+    std::string xml = "<a>";
+    for (int i = 0; i < 1234; ++i)
+        xml += "<grün id='x'>7</grün>";
+    WriteFile(folder / "a.xml", xml + "<b>text</b></a>");
+    for (const auto& [rules, table] : {std::pair("-complete", "11"), std::pair("+complete", "1 ")}) {
+        SCOPED_TRACE(rules);
+        window.Form_Load("xml=" + Path("a.xml") + " mdb=" + Path("a.mdb") + " " + rules);
+        Convert();
+        EXPECT_EQ(Get<QPlainTextEdit>("txtXML").toPlainText().section('\n', 0, 6).toStdString(),
+                  std::string("        Level\n"
+                              "        |   Children\n"
+                              "        |   |     Siblings\n"
+                              "        |   |     |    Attributes\n"
+                              "        |   |     |    |   Type             Name    XPath\n"
+                              "---------------------------------------------------------\n") +
+                      table + "      0   1235  0    0   Num(0)           a       //a");
+        EXPECT_TRUE(Get<QPlainTextEdit>("txtXML").toPlainText().contains(
+            "      1   0     1233 1   Num(7)           grün    //a/grün\n0       2   0     0    0   Str(1) "));
+        EXPECT_EQ(State().documentTags, (std::vector<std::string>{"a", "attr_id", "b", "grün"}));
+    }
+}
+
+TEST_F(WindowTest, WritesADatabaseAsXmlAndKeepsWhatIsFilledIn)
+{
+    WriteFile(folder / "a.xml", "<a><b id='7'>text<c>1</c></b></a>");
+    window.Form_Load("+complete xml=" + Path("a.xml") + " mdb=" + Path("a.mdb"));
+    Convert();
+    WriteFile(folder / "b.xml", "old");
+    const auto writeAsXml = [&](const char* answer) {
+        desktop.answers = {QString::fromStdString(Path("a.mdb")), QString::fromStdString(Path("b.xml"))};
+        AnswerNextBox(answer);
+        for (QAction* action : Get<QPushButton>("btnJob").menu()->actions())
+            if (action->text() == "&Write a database as XML…")
+                action->trigger();
+    };
+    writeAsXml("Cancel");
+    EXPECT_EQ(boxText, "The file already exists.\r\nDo you want to owerwrite it?");
+    EXPECT_EQ(ReadFile(folder / "b.xml"), "old");
+    QSignalSpy ended(&window, &MainWindow::RunEnded);
+    writeAsXml("Yes");
+    EXPECT_TRUE(ended.wait(kPatience));
+    EXPECT_NE(ReadFile(folder / "b.xml").find("<b id=\"7\">text<c>1</c></b>"), std::string::npos)
+        << ReadFile(folder / "b.xml");
+    EXPECT_TRUE(Get<QLabel>("lblStatus").text().startsWith("Done: the database was written as XML"))
+        << Get<QLabel>("lblStatus").text().toStdString();
+    Click("btnOpenResult");
+    EXPECT_EQ(desktop.started.join('|').toStdString(), "/usr/bin/viewer " + Path("b.xml"));
+    EXPECT_EQ(Get<QLineEdit>("txtFILE_XML").text().toStdString(), Path("a.xml"));
+    EXPECT_EQ(State().txtFILE_EXPORT.text, "");
 }
 
 TEST_F(WindowTest, ListsWhatWasNotImportedWithItsCure)
@@ -123,7 +181,7 @@ TEST_F(WindowTest, ClosesAfterACancelledRun)
     WriteFile(folder / "a.xml", ManyItems(30'000));
     window.Form_Load("xml=" + Path("a.xml") + " mdb=" + Path("a.mdb"));
     QSignalSpy ended(&window, &MainWindow::RunEnded);
-    Click("btnConvert");
+    window.btnConvert_Click();
     window.close();
     EXPECT_TRUE(window.isVisible());
     auto* question = window.findChild<QMessageBox*>("cancelQuestion");

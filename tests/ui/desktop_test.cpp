@@ -1,7 +1,9 @@
 #include "ui/window_fixture.h"
 
+#include <QAbstractItemView>
 #include <QAction>
 #include <QApplication>
+#include <QCompleter>
 #include <QDragEnterEvent>
 #include <QDropEvent>
 #include <QLabel>
@@ -9,6 +11,7 @@
 #include <QMenu>
 #include <QMimeData>
 #include <QPushButton>
+#include <QToolButton>
 #include <QUrl>
 
 #include <filesystem>
@@ -31,10 +34,13 @@ TEST_F(WindowTest, PickersFillTheirBoxes)
          "/some/where"},
         {"btnFindMDB", "txtFILE_MDB", "Select MDB for export", "MS Access Database (*.mdb)|*.mdb|All Files (*.*)|*.*",
          ".mdb", "/some/where"},
+        {"btnFindEXPORT", "txtFILE_EXPORT", "XML file to write from the database",
+         "XML (*.xml)|*.xml|All Files (*.*)|*.*", ".xml", "/some/where"},
         {"btnFindLOG", "txtFILE_LOG", "Select file for logging", "*.log|*.log|*.txt|*.txt|All Files (*.*)|*.*", ".log",
          "/some/where"},
         {"btnFindTXT", "txtFILE_TXT", "Folder for export of text files (tarnwick)", "", "", ""},
     };
+    Click("btnMore");
     for (const Case& c : cases) {
         SCOPED_TRACE(c.button);
         desktop.answers = {"/some/where"};
@@ -107,6 +113,10 @@ TEST_F(WindowTest, ShowsWhatIsWrongBesideTheField)
         {good + " mdb=" + Path("none/a.mdb"), "txtFILE_MDB", "There is no such folder"},
         {good + " txt=" + Path("none/x"), "txtFILE_TXT", "The folder above it is missing"},
         {good + " txt=" + Path("x"), "txtDELIMITER", "Without a delimiter all values of a line run together"},
+        {"export=" + Path("b.xml"), "txtFILE_MDB", "Name the database that is to be written as XML"},
+        {good + " export=" + Path("b.xml"), "txtFILE_EXPORT",
+         "To write XML from the database, leave source and text folder empty"},
+        {"export=" + Path("a.xml"), "txtFILE_EXPORT", "The file is there, and is not to be replaced"},
         {good + " tp=a.b", "txtTABLE_PREFIX", "A name in Access holds no . ! [ ] and no backquote"},
     };
     for (const Case& c : cases) {
@@ -114,10 +124,41 @@ TEST_F(WindowTest, ShowsWhatIsWrongBesideTheField)
         window.Form_Load(c.commandLine);
         Click("chkQuiet"); // any change
         const auto& field = Get<QLineEdit>(c.field);
-        EXPECT_TRUE(QTest::qWaitFor([&] { return field.accessibleDescription() == c.problem; }, 5000))
+        EXPECT_TRUE(QTest::qWaitFor([&] { return field.accessibleDescription() == c.problem; }, kPatience))
             << field.accessibleDescription().toStdString();
         EXPECT_EQ(field.findChild<QAction*>("problem") != nullptr, *c.problem != 0);
     }
+}
+
+/// The list offers what the folder has, and closes by itself where a whole file has been named.
+TEST_F(WindowTest, CompletesPathsWhileTheyAreTyped)
+{
+    WriteFile(folder / "orders.xml", "<a/>");
+    std::filesystem::create_directory(folder / "outbox");
+    const QString whole = QString::fromStdString(Path("orders.xml"));
+    auto& edit = Get<QLineEdit>("txtFILE_XML");
+    Type("txtFILE_XML", whole.chopped(5)); // "ord"
+    ASSERT_NE(edit.completer(), nullptr);
+    const QAbstractItemView& list = *edit.completer()->popup();
+    EXPECT_TRUE(QTest::qWaitFor([&] { return list.isVisible(); }, kPatience)) << "the folder is read meanwhile";
+    EXPECT_EQ(edit.completer()->completionCount(), 1);
+    QTest::keyClick(edit.completer()->popup(), Qt::Key_Down);
+    QTest::keyClick(edit.completer()->popup(), Qt::Key_Return);
+    EXPECT_EQ(edit.text(), whole);
+    EXPECT_EQ(State().txtFILE_XML.text, whole.toStdString());
+    Type("txtFILE_XML", whole);
+    EXPECT_FALSE(list.isVisible());
+}
+
+TEST_F(WindowTest, OffersTheCodesOfARenamePattern)
+{
+    Type("txtFILE_XML_RENAMED", "old_.xml");
+    Get<QLineEdit>("txtFILE_XML_RENAMED").setCursorPosition(4);
+    for (QAction* action : Get<QToolButton>("btnRenameCodes").menu()->actions())
+        if (action->text().startsWith("%f%\t"))
+            action->trigger();
+    EXPECT_EQ(Get<QLineEdit>("txtFILE_XML_RENAMED").text(), "old_%f%.xml");
+    EXPECT_EQ(State().txtFILE_XML_RENAMED.text, "old_%f%.xml");
 }
 
 TEST_F(WindowTest, TakesDroppedFilesAndKeepsJobsAsFiles)

@@ -13,6 +13,7 @@
 #include <QTabWidget>
 #include <QTranslator>
 
+#include <algorithm>
 #include <map>
 
 namespace velmora::testing {
@@ -29,7 +30,8 @@ TEST_F(WindowTest, HasTheFivePagesAndStartsAtTheSourceFile)
     EXPECT_TRUE(window.focusWidget() == &Get<QLineEdit>("txtFILE_XML"));
 }
 
-/// Every option, whichever there are: moved by hand, its control has moved; moved in the state, the widget has.
+/// Every option, whichever there are, has a control with label and explanation: moved by hand, its control has moved;
+/// moved in the state, the widget has.
 TEST_F(WindowTest, EveryControlMovesItsStateAndBack)
 {
     Type("txtFILE_TXT", "somewhere");
@@ -38,6 +40,13 @@ TEST_F(WindowTest, EveryControlMovesItsStateAndBack)
     for (const ControlRow& row : ControlRows()) {
         SCOPED_TRACE(row.name);
         auto& widget = Get<QWidget>(row.name.c_str());
+        EXPECT_TRUE(widget.toolTip().contains(ToolTip(*row.option))) << "it is explained";
+        const auto labels = window.findChildren<QLabel*>();
+        const bool isLabelled = std::any_of(labels.begin(), labels.end(), [&](const QLabel* label) {
+            return label->buddy() == &widget && label->text() == row.label && !row.label.isEmpty();
+        });
+        const bool tellsByItself = row.option->IsSwitch() || row.name == "cboDatabase";
+        EXPECT_TRUE(isLabelled || tellsByItself);
         if (const auto* check = std::get_if<CheckControl Controls::*>(&row.option->control)) {
             CheckControl& state = State().*(*check);
             if (!state.enabled || !state.visible)
@@ -135,7 +144,7 @@ TEST_F(WindowTest, CanBeUsedWithTheKeyboardAloneAndReadAloud)
 {
     ExpectNamesAndLetters(window);
     window.activateWindow();
-    ASSERT_TRUE(QTest::qWaitForWindowActive(&window));
+    ASSERT_TRUE(QTest::qWaitForWindowActive(&window, kPatience));
     QTest::keyClick(&window, Qt::Key_2, Qt::ControlModifier);
     EXPECT_EQ(Get<QTabWidget>("tabMain").currentIndex(), 1);
 }

@@ -12,12 +12,6 @@
 
 namespace velmora::testing {
 
-namespace {
-
-constexpr int kPatience = 60'000;
-
-} // namespace
-
 QString ScriptedDesktop::AskForFile(const FileQuestion& question)
 {
     questions.push_back(question);

@@ -15,6 +15,9 @@
 
 namespace velmora::testing {
 
+/// Milliseconds after which a test gives up waiting for something. Never how long something takes.
+inline constexpr int kPatience = 120'000;
+
 /// A desktop that answers from a script and starts nothing.
 class ScriptedDesktop : public Desktop {
 public:

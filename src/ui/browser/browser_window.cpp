@@ -1,8 +1,8 @@
 #include "ui/browser/browser_window.h"
 
-#include "host/host.h"
 #include "ui/browser/diagram.h"
 #include "ui/desktop.h"
+#include "ui/message_box.h"
 #include "ui/text_page.h"
 
 #include <QClipboard>
@@ -227,10 +227,7 @@ void BrowserWindow::InBackground(const QString& what, std::function<void()> read
                     show();
                 } else {
                     status_->setText(problem);
-                    auto* box =
-                        new QMessageBox(QMessageBox::Warning, QString::fromUtf8(kCaption.data(), kCaption.size()),
-                                        problem, QMessageBox::Ok, this);
-                    box->setTextFormat(Qt::PlainText);
+                    QMessageBox* box = MakeMessageBox(*this, problem, Buttons::Ok, Icon::Exclamation, Answer::Ok);
                     box->setAttribute(Qt::WA_DeleteOnClose);
                     box->open();
                 }
@@ -404,16 +401,9 @@ void BrowserWindow::CopyRows()
 void BrowserWindow::SaveDiagram()
 {
     const QString path =
-        desktop_.AskForNewFile({tr("Save as picture"), "SVG (*.svg)|*.svg|PNG (*.png)|*.png", ".svg", {}});
-    if (path.isEmpty())
-        return;
-    if (QFileInfo::exists(path) &&
-        QMessageBox::question(this, QString::fromUtf8(kCaption.data(), kCaption.size()),
-                              tr("The file %1 exists. Replace it?").arg(path)) != QMessageBox::Yes)
-        return;
-    if (!diagram_->Save(path))
-        QMessageBox::warning(this, QString::fromUtf8(kCaption.data(), kCaption.size()),
-                             tr("The picture %1 could not be written").arg(path));
+        AskForFileToWrite(desktop_, *this, {tr("Save as picture"), "SVG (*.svg)|*.svg|PNG (*.png)|*.png", ".svg", {}});
+    if (!path.isEmpty() && !diagram_->Save(path))
+        TellInBox(*this, tr("The picture %1 could not be written").arg(path));
 }
 
 } // namespace velmora

@@ -1,0 +1,35 @@
+#pragma once
+
+#include <QStatusBar>
+
+#include <cstdint>
+
+class QLabel;
+class QPushButton;
+
+namespace velmora {
+
+/// What the last run did, with the ways to its result and to what it left out.
+class RunStatusBar : public QStatusBar {
+    Q_OBJECT
+
+public:
+    explicit RunStatusBar(QWidget* parent = nullptr);
+
+    void Clear();
+    void Tell(const QString& text);
+    void OfferResult(bool isThere);
+    void OfferLeftOut(std::int64_t values);
+    void EnableForRun(bool running);
+
+signals:
+    void OpenResultPressed();
+    void LeftOutPressed();
+
+private:
+    QLabel* text_;
+    QPushButton* openResult_;
+    QPushButton* leftOut_;
+};
+
+} // namespace velmora
