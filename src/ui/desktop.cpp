@@ -92,7 +92,7 @@ bool StandardDesktop::Start(const QString& program, const QStringList& arguments
 QString AskForFileToWrite(Desktop& desktop, QWidget& window, const FileQuestion& question)
 {
     for (;;) {
-        const QString path = desktop.AskForNewFile(question);
+        QString path = desktop.AskForNewFile(question);
         if (path.isEmpty() || !QFileInfo::exists(path))
             return path;
         const QString text = QCoreApplication::translate("Desktop", "The file already exists.") + "\r\n" +
