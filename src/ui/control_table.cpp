@@ -84,6 +84,8 @@ constexpr FilePicker kPickers[] = {
      kXmlFilter, ".xml"},
     {&Controls::txtFILE_LOG, "btnFindLOG", QT_TRANSLATE_NOOP("Option", "Select file for logging"),
      QT_TRANSLATE_NOOP("Option", "*.log|*.log|*.txt|*.txt|All Files (*.*)|*.*"), ".log"},
+    {&Controls::txtSUMMARY, "btnFindSUMMARY", QT_TRANSLATE_NOOP("Option", "File for a summary in JSON"),
+     QT_TRANSLATE_NOOP("Option", "JSON (*.json)|*.json|All Files (*.*)|*.*"), ".json"},
     {&Controls::txtFILE_TXT, "btnFindTXT", QT_TRANSLATE_NOOP("Option", "Folder for export of text files (tarnwick)"),
      nullptr, nullptr},
     {&Controls::txtFILE_MAPPING, "btnMappingOpen", QT_TRANSLATE_NOOP("Option", "Open mapping"),

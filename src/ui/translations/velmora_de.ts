@@ -445,6 +445,10 @@
             <source>Tab Separated Values (*.tsv)|*.tsv|All Files (*.*)|*.*</source>
             <translation>Tabulatorgetrennte Werte (*.tsv)|*.tsv|Alle Dateien (*.*)|*.*</translation>
         </message>
+        <message>
+            <source>JSON (*.json)|*.json|All Files (*.*)|*.*</source>
+            <translation>JSON (*.json)|*.json|Alle Dateien (*.*)|*.*</translation>
+        </message>
     </context>
     <context>
         <name>Problems</name>
