@@ -2,8 +2,8 @@
 
 #include "jet/base/error.h"
 #include "jet/base/format.h"
-#include "jet/base/property.h"
 #include "jet/base/rowset.h"
+#include "jet/base/value.h"
 #include "jet/recordset.h"
 #include "jet/store/file_system.h"
 

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "jet/base/property.h"
+#include "jet/base/value.h"
 #include "schema/origin.h"
 
 #include <span>

@@ -3,8 +3,8 @@
 #include "jet/base/error.h"
 #include "jet/base/text_codec.h"
 #include "jet/base/value_codec.h"
-#include "jet/index/collation.h"
 #include "jet/index/index_page.h"
+#include "jet/index/text_key.h"
 #include "text_forms.h"
 
 #include <algorithm>

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "jet/store/file.h"
+#include "jet/store/file_system.h"
 #include "jet/table/table_def.h"
 
 #include <memory>

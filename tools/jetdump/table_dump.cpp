@@ -4,7 +4,7 @@
 #include "jet/base/error.h"
 #include "jet/base/value_codec.h"
 #include "jet/catalog/catalog.h"
-#include "jet/catalog/system_columns.h"
+#include "jet/catalog/system_table.h"
 #include "jet/store/pager.h"
 #include "jet/store/recovery.h"
 

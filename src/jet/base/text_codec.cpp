@@ -1,7 +1,5 @@
 #include "jet/base/text_codec.h"
 
-#include "jet/base/compressed_text.h"
-
 #include <algorithm>
 #include <array>
 #include <optional>

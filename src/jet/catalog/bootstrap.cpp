@@ -1,7 +1,6 @@
 #include "jet/catalog/catalog.h"
 
 #include "jet/catalog/owner_ids.h"
-#include "jet/catalog/system_columns.h"
 #include "jet/catalog/system_table.h"
 #include "jet/store/data_page.h"
 #include "jet/table/column_design.h"

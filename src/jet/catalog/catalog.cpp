@@ -4,7 +4,7 @@
 #include "jet/base/text_codec.h"
 #include "jet/catalog/names.h"
 #include "jet/catalog/property_blob.h"
-#include "jet/catalog/system_columns.h"
+#include "jet/catalog/system_table.h"
 
 #include <algorithm>
 #include <array>

@@ -2,7 +2,7 @@
 
 #include "jet/base/error.h"
 #include "jet/catalog/names.h"
-#include "jet/catalog/system_columns.h"
+#include "jet/catalog/system_table.h"
 
 #include <algorithm>
 

@@ -1,7 +1,7 @@
 #pragma once
 
 #include "jet/base/format.h"
-#include "jet/base/property.h"
+#include "jet/base/value.h"
 
 #include <cstdint>
 #include <optional>

@@ -1,6 +1,5 @@
 #pragma once
 
-#include "jet/catalog/system_columns.h"
 #include "jet/catalog/system_table.h"
 
 #include <map>

@@ -3,7 +3,7 @@
 #include "jet/base/error.h"
 #include "jet/base/text_codec.h"
 #include "jet/catalog/names.h"
-#include "jet/catalog/system_columns.h"
+#include "jet/catalog/system_table.h"
 
 #include <algorithm>
 #include <optional>

@@ -1,6 +1,6 @@
 // Made by tools/make_collation.py; to change it, change the table that it reads.
 // clang-format off
-#include "jet/index/collation.h"
+#include "jet/index/text_key.h"
 
 namespace jet {
 

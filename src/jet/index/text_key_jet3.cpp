@@ -1,4 +1,3 @@
-#include "jet/index/collation.h"
 #include "jet/index/text_key.h"
 
 #include <algorithm>

@@ -1,5 +1,4 @@
-#include "jet/base/compressed_text.h"
-#include "jet/index/collation.h"
+#include "jet/base/text_codec.h"
 #include "jet/index/text_key.h"
 
 #include <algorithm>

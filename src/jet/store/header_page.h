@@ -1,7 +1,7 @@
 #pragma once
 
 #include "jet/base/format.h"
-#include "jet/store/file.h"
+#include "jet/store/file_system.h"
 
 #include <string_view>
 

@@ -4,7 +4,6 @@
 #include "jet/store/bitmap.h"
 #include "jet/store/header_page.h"
 #include "jet/store/journal_format.h"
-#include "jet/store/journal_records.h"
 #include "jet/store/recovery.h"
 
 #include <array>

@@ -2,7 +2,7 @@
 
 #include "jet/base/error.h"
 #include "jet/base/format.h"
-#include "jet/store/file.h"
+#include "jet/store/file_system.h"
 #include "jet/store/journal.h"
 #include "jet/store/undo_log.h"
 

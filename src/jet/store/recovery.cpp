@@ -2,7 +2,6 @@
 
 #include "jet/store/header_page.h"
 #include "jet/store/journal_format.h"
-#include "jet/store/journal_records.h"
 
 #include <algorithm>
 #include <array>

@@ -2,7 +2,7 @@
 
 #include "jet/base/format.h"
 #include "jet/store/bitmap.h"
-#include "jet/store/file.h"
+#include "jet/store/file_system.h"
 
 #include <cassert>
 #include <cstdint>

@@ -1,7 +1,7 @@
 #include "jet/table/column_design.h"
 
 #include "jet/base/error.h"
-#include "jet/base/type_facts.h"
+#include "jet/base/value.h"
 
 #include <algorithm>
 

@@ -1,6 +1,5 @@
 #include "jet/table/long_fields.h"
 
-#include "jet/base/compressed_text.h"
 #include "jet/base/error.h"
 #include "jet/base/text_codec.h"
 

@@ -1,4 +1,4 @@
-#include "jet/table/row_change.h"
+#include "jet/table/table_parts.h"
 
 #include "jet/base/error.h"
 #include "jet/table/long_fields.h"

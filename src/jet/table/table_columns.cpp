@@ -2,8 +2,8 @@
 #include "jet/table/column_design.h"
 #include "jet/table/long_fields.h"
 #include "jet/table/rewrite.h"
-#include "jet/table/row_change.h"
 #include "jet/table/table_def.h"
+#include "jet/table/table_parts.h"
 
 #include <algorithm>
 #include <array>

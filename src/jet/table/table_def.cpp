@@ -2,7 +2,7 @@
 
 #include "jet/base/error.h"
 #include "jet/base/text_codec.h"
-#include "jet/base/type_facts.h"
+#include "jet/base/value.h"
 
 #include <algorithm>
 #include <bitset>
