@@ -1,7 +1,6 @@
 #pragma once
 
 #include "import/columns_beside.h"
-#include "import/field_finder.h"
 #include "import/record_writer.h"
 #include "import/table_sinks.h"
 #include "import/value_account.h"
