@@ -76,7 +76,7 @@ const Part* FindPart(const std::string& name)
     return found == std::end(kParts) ? nullptr : found;
 }
 
-/// The part that a path below src/ belongs to: "jet/store/file.h" to "jet/store", "jet/recordset.h" to "jet".
+/// The part that a path below src/ belongs to: "jet/store/pager.h" to "jet/store", "jet/recordset.h" to "jet".
 std::string PartOf(const std::filesystem::path& path)
 {
     std::vector<std::string> names;
