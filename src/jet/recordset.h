@@ -49,6 +49,8 @@ public:
     /// Is it a whole number of 32 bits? An autonumber is one too.
     [[nodiscard]] bool IsLong(std::size_t field) const { return ColumnAt(field).type == ColumnType::Long; }
     [[nodiscard]] bool IsAutonumber(std::size_t field) const { return ColumnAt(field).IsAutonumber(); }
+    /// Does it refuse the text of no characters?
+    [[nodiscard]] bool RefusesEmptyText(std::size_t field) const { return ColumnAt(field).rules.refusesEmpty; }
     /// Characters that the text field may hold; 0 for a memo, and for every other type.
     [[nodiscard]] std::size_t MaxCharacters(std::size_t field) const;
     /// Characters that `utf8` has in this file: UTF-16 code units, in Access 97 bytes of its code page.

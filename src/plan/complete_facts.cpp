@@ -56,12 +56,16 @@ std::vector<PathFacts> GatherFacts(const Document& document, const std::function
         fact.hasChildren = fact.hasChildren || document.ChildCount(element) > 0;
         fact.isRepeated = fact.isRepeated || document.SameTagCount(element) > 1;
         const std::string_view text = document.Content(element);
-        fact.hasText = fact.hasText || !IsBlank(text);
+        const bool isEmpty = IsBlank(text);
+        fact.hasText = fact.hasText || !isEmpty;
+        fact.hasEmptyText = fact.hasEmptyText || isEmpty;
         fact.hasLongText = fact.hasLongText || IsLong(text);
         for (std::uint32_t i = 0; i < document.AttributeCount(element); ++i) {
             AttributeFacts& attribute = book.Find(path, fact.attributes, i, document.AttributeName(element, i));
             ++attribute.count;
-            attribute.isLong = attribute.isLong || IsLong(document.AttributeValue(element, i));
+            const std::string_view value = document.AttributeValue(element, i);
+            attribute.isLong = attribute.isLong || IsLong(value);
+            attribute.hasEmpty = attribute.hasEmpty || IsBlank(value);
         }
     }
     return facts;

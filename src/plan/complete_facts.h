@@ -11,6 +11,7 @@ namespace velmora {
 struct AttributeFacts {
     NameId name = 0;
     bool isLong = false;    ///< some value does not fit a text column
+    bool hasEmpty = false;  ///< some value is empty, or white space only
     std::int64_t count = 0; ///< of the elements that have it
 };
 
@@ -21,6 +22,7 @@ struct PathFacts {
     bool isRepeated = false;                ///< some stands beside another of its tag
     bool hasText = false;                   ///< some has text of its own that is not white space only
     bool hasLongText = false;               ///< some text does not fit a text column
+    bool hasEmptyText = false;              ///< some has no other text than white space
     std::vector<AttributeFacts> attributes; ///< in the order in which they first appeared
 };
 

@@ -29,6 +29,7 @@ struct Want {
     NameId name = 0;   ///< of the child or attribute
     PathId origin = 0; ///< where it first appeared
     bool isLong = false;
+    bool hasEmpty = false;
     std::int64_t count = 0; ///< of the records that have it
     ValuePlace place{};
 };

@@ -52,8 +52,9 @@ void RecordFinder::CollectWants(PathId path)
 {
     const PathFacts& facts = model_.facts[path];
     if (!model_.isRecord[path]) {
-        AddWant(model_.FamilyOf(model_.ParentOf(path)), {Kind::Child, model_.document.Paths().Name(path), path,
-                                                         facts.hasLongText, facts.isRepeated ? 0 : facts.count});
+        AddWant(model_.FamilyOf(model_.ParentOf(path)),
+                {Kind::Child, model_.document.Paths().Name(path), path, facts.hasLongText, facts.hasEmptyText,
+                 facts.isRepeated ? 0 : facts.count});
         return;
     }
     const Family number = model_.FamilyOf(path);
@@ -63,12 +64,13 @@ void RecordFinder::CollectWants(PathId path)
     family.recordCount += facts.count;
     family.hasRoot = family.hasRoot || model_.ParentOf(path) == 0;
     if (facts.hasText || (!facts.hasChildren && !model_.HasAttributes(path)))
-        AddWant(number, {Kind::Text, 0, path, facts.hasLongText, facts.hasChildren ? 0 : facts.count});
+        AddWant(number,
+                {Kind::Text, 0, path, facts.hasLongText, facts.hasEmptyText, facts.hasChildren ? 0 : facts.count});
     if (!model_.settings.blImportAttributes)
         return;
     for (const AttributeFacts& attribute : facts.attributes) {
         model_.attributePlaces.Note(number, attribute.name);
-        AddWant(number, {Kind::Attribute, attribute.name, path, attribute.isLong, attribute.count});
+        AddWant(number, {Kind::Attribute, attribute.name, path, attribute.isLong, attribute.hasEmpty, attribute.count});
     }
 }
 
@@ -83,6 +85,7 @@ void RecordFinder::AddWant(Family number, Want want)
     }
     Want& known = wants[at->second];
     known.isLong = known.isLong || want.isLong;
+    known.hasEmpty = known.hasEmpty || want.hasEmpty;
     known.count += want.count;
 }
 

@@ -8,7 +8,7 @@ namespace {
 
 /// A table is taken by its name by the first family that wants it, unless it would refuse that family's records: when a
 /// relation makes its foreign key refer to another table than that of the record around, or when it demands a value
-/// that not every record has.
+/// that not every record has, or that it may refuse: beside the column would be no place for it then.
 class TableTaker {
 public:
     explicit TableTaker(CompleteModel& model) : model_(model) {}
@@ -26,7 +26,7 @@ private:
     [[nodiscard]] bool GivesBackOne();
     [[nodiscard]] std::string ReasonAgainst(const FamilyPlan& family) const;
     [[nodiscard]] std::string OtherParent(const FamilyPlan& family, const std::string& refersTo) const;
-    [[nodiscard]] bool HasAlways(const FamilyPlan& family, const std::string& column) const;
+    [[nodiscard]] bool FillsAlways(const FamilyPlan& family, const KnownColumn& column) const;
 
     CompleteModel& model_;
 };
@@ -78,8 +78,8 @@ std::string TableTaker::ReasonAgainst(const FamilyPlan& family) const
             if (!parent.empty())
                 return "its records belong to those of [" + column.refersTo + "], these to " + parent;
         }
-        if (column.needsValue && (isParentKey ? family.hasRoot : !HasAlways(family, column.name)))
-            return "its column [" + column.name + "] needs a value, which not all of them have";
+        if (column.needsValue && (isParentKey ? family.hasRoot : !FillsAlways(family, column)))
+            return "its column [" + column.name + "] needs a value, which not all of them have, or which it may refuse";
     }
     return {};
 }
@@ -100,11 +100,14 @@ std::string TableTaker::OtherParent(const FamilyPlan& family, const std::string&
     return {};
 }
 
-bool TableTaker::HasAlways(const FamilyPlan& family, const std::string& column) const
+bool TableTaker::FillsAlways(const FamilyPlan& family, const KnownColumn& column) const
 {
+    if (!column.takesText || column.hasRules)
+        return false;
     const NameRules& names = model_.known.names;
     return std::ranges::any_of(family.wants, [&](const Want& want) {
-        return want.count == family.recordCount && names.key(model_.WantedColumn(want, family)) == names.key(column);
+        return want.count == family.recordCount && !(want.hasEmpty && column.refusesEmpty) &&
+               names.key(model_.WantedColumn(want, family)) == names.key(column.name);
     });
 }
 

@@ -23,7 +23,9 @@ struct KnownColumn {
     std::string name;
     bool takesText = false;  ///< a text or a memo
     bool needsValue = false; ///< a record without one is refused; not those that number themselves
-    std::string refersTo{};  ///< the table that a relation makes it refer to
+    bool refusesEmpty = false;
+    bool hasRules = false;  ///< by an index or a relation, which may refuse a text
+    std::string refersTo{}; ///< the table that a relation makes it refer to
     std::optional<ColumnOrigin> origin{};
 };
 

@@ -55,19 +55,21 @@ public:
     {
         for (jet::Rowset rows = session.OpenSchema(jet::SchemaKind::ForeignKeys, {}); !rows.Eof(); rows.MoveNext()) {
             known_.relations.push_back(rows.Text("FK_NAME"));
-            if (KnownColumn* const column = Find(rows.Text("FK_TABLE_NAME"), rows.Text("FK_COLUMN_NAME")))
+            if (KnownColumn* const column = Find(rows.Text("FK_TABLE_NAME"), rows.Text("FK_COLUMN_NAME"))) {
                 column->refersTo = rows.Text("PK_TABLE_NAME");
+                column->hasRules = true;
+            }
         }
         constexpr std::string_view kDisallow = "1";
         for (jet::Rowset rows = session.OpenSchema(jet::SchemaKind::Indexes, {}); !rows.Eof(); rows.MoveNext()) {
             known_.indexes.push_back(rows.Text("INDEX_NAME"));
-            KnownColumn* const column =
-                rows.Text("NULLS") == kDisallow ? Find(rows.Text("TABLE_NAME"), rows.Text("COLUMN_NAME")) : nullptr;
-            if (column != nullptr)
-                column->needsValue = true;
+            if (KnownColumn* const column = Find(rows.Text("TABLE_NAME"), rows.Text("COLUMN_NAME"))) {
+                column->hasRules = true;
+                column->needsValue = column->needsValue || rows.Text("NULLS") == kDisallow;
+            }
         }
         for (const auto& [name, table] : untold_)
-            LetNumbersComeByThemselves(session.OpenTable(name), known_.tables[table]);
+            ReadRulesOfFields(session.OpenTable(name), known_.tables[table]);
     }
 
 private:
@@ -80,13 +82,13 @@ private:
         const auto at = std::ranges::find(columns, column, &KnownColumn::name);
         return at == columns.end() ? nullptr : &*at;
     }
-    static void LetNumbersComeByThemselves(const Recordset& records, KnownTable& table)
+    static void ReadRulesOfFields(const Recordset& records, KnownTable& table)
     {
-        for (KnownColumn& column : table.columns) {
-            const auto field = records.FieldIndex(column.name);
-            if (column.needsValue && field && records.IsAutonumber(*field))
-                column.needsValue = false;
-        }
+        for (KnownColumn& column : table.columns)
+            if (const auto field = records.FieldIndex(column.name)) {
+                column.refusesEmpty = records.RefusesEmptyText(*field);
+                column.needsValue = column.needsValue && !records.IsAutonumber(*field);
+            }
     }
 
     KnownDatabase& known_;

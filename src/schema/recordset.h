@@ -46,6 +46,8 @@ public:
     }
     [[nodiscard]] bool IsLong(std::size_t field) const { return records_->IsLong(field); }
     [[nodiscard]] bool IsAutonumber(std::size_t field) const { return records_->IsAutonumber(field); }
+    /// Does it refuse the text of no characters?
+    [[nodiscard]] bool RefusesEmptyText(std::size_t field) const { return records_->RefusesEmptyText(field); }
     /// Characters that the text field may hold; 0 for a memo, and for every other type.
     [[nodiscard]] std::size_t MaxCharacters(std::size_t field) const { return records_->MaxCharacters(field); }
     /// Characters that a text has in this file: UTF-16 code units, in Access 97 bytes of its code page.

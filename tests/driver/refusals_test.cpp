@@ -104,6 +104,13 @@ TEST(Refusals, OfARuleNameItsRecord)
         {"a required column", "CREATE TABLE [p] ([n] String, [m] Long NOT NULL)", "<p><n>2</n></p>",
          "3314 |field [p].[m], m = Null; record 2 of //r/p",
          "p(n|m):\np_2(PKEY|FKEY|n|m): 1|1|1|1 / 2|1|2|\nr(PKEY|FKEY): 1|\np_2.FKEY -> r.PKEY\n"},
+        {"a required number", "CREATE TABLE [p] ([n] String, [m] Long NOT NULL)", "<p><n>2</n><m>many</m></p>",
+         "3314 |field [p].[m], m = Null; record 2 of //r/p",
+         "p(n|m):\np_2(PKEY|FKEY|n|m): 1|1|1|1 / 2|1|2|many\nr(PKEY|FKEY): 1|\np_2.FKEY -> r.PKEY\n"},
+        {"a required text without a second one of its kind",
+         "CREATE TABLE [p] ([n] String NOT NULL, [m] Long)|CREATE UNIQUE INDEX [one_n] ON [p] ([n])", "<p><n>1</n></p>",
+         "3022 |index [one_n] of [p], n = \"1\"; record 2 of //r/p, line 3)",
+         "p(n|m):\np_2(PKEY|FKEY|n|m): 1|1|1|1 / 2|1|1|\nr(PKEY|FKEY): 1|\np_2.FKEY -> r.PKEY\n"},
         {"a relation",
          "CREATE TABLE [q] ([k] String)|CREATE UNIQUE INDEX [q_k] ON [q] ([k]) WITH PRIMARY|"
          "CREATE TABLE [p] ([n] String, [m] Long)|"
@@ -131,6 +138,37 @@ TEST(Refusals, OfARuleNameItsRecord)
         EXPECT_FALSE(complete.Options("-recreate_database +complete").Xml(document).Run().failed) << complete.Error();
         EXPECT_EQ(complete.Said(", 0 lost"), 1) << complete.Protocol();
         EXPECT_EQ(complete.Content(), c.complete);
+    }
+}
+
+TEST(Refusals, OfAnEmptyTextLoseNothingWithComplete)
+{
+    struct Case {
+        const char* name;
+        const char* design;
+        const char* complete;
+    };
+    const Case cases[] = {
+        {"it goes beside the column", "CREATE TABLE [p] ([n] String, [m] String)",
+         "p(n|m|n_text): 1|| / |1|\nr(PKEY|FKEY): 1|\n"},
+        {"where a text must be, it goes into another table", "CREATE TABLE [p] ([n] String NOT NULL, [m] String)",
+         "p(n|m):\np_2(PKEY|FKEY|n|m): 1|1|1| / 2|1||1\nr(PKEY|FKEY): 1|\np_2.FKEY -> r.PKEY\n"},
+    };
+    Conversions runs;
+    for (const Case& c : cases) {
+        SCOPED_TRACE(c.name);
+        Conversion& run = runs.Next();
+        MakeDatabase(run, jet::JetVersion::Jet4, c.design);
+        {
+            const auto database = jet::Connection::Open(run.Target());
+            const jet::Property noEmptyText{"n", "AllowZeroLength", std::string(1, '\0')}; // as a Boolean, false
+            database->SetProperties("p", {&noEmptyText, 1});
+            database->Commit();
+        }
+        run.Options("-recreate_database +complete").Xml("<r><p><n>1</n><m/></p><p><n/><m>1</m></p></r>");
+        EXPECT_FALSE(run.Run().failed) << run.Error();
+        EXPECT_EQ(run.Said(", 0 lost"), 1) << run.Protocol();
+        EXPECT_EQ(run.Content(), c.complete);
     }
 }
 
