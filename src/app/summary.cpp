@@ -81,6 +81,8 @@ std::string_view Word(FileReport::End end)
         return "not-tried";
     case FileReport::End::Converted:
         return "converted";
+    case FileReport::End::Skipped:
+        return "skipped";
     case FileReport::End::Unreadable:
         return "unreadable";
     case FileReport::End::Failed:

@@ -1,5 +1,6 @@
 #include "driver/batch.h"
 
+#include "driver/once.h"
 #include "driver/rename.h"
 #include "driver/run_files.h"
 #include "driver/url_source.h"
@@ -11,6 +12,7 @@
 #include "platform/paths.h"
 #include "schema/clear_tables.h"
 #include "schema/database_session.h"
+#include "schema/engine_errors.h"
 #include "schema/known_tables.h"
 #include "schema/schema_builder.h"
 #include "schema/target_check.h"
@@ -20,6 +22,7 @@
 #include "xml/structure_report.h"
 #include "xml_export/xml_export.h"
 
+#include <algorithm>
 #include <ctime>
 #include <filesystem>
 #include <optional>
@@ -50,6 +53,30 @@ private:
     const std::int64_t begin_ = CoarseMilliseconds();
 };
 
+/// What a run has counted at the beginning of a source.
+class RunPoint {
+public:
+    RunPoint(const LossSummary& leftOut, std::int64_t recordsWithoutText, bool textFilesChanged)
+        : values_(leftOut.values), offered_(leftOut.offered), groups_(leftOut.groups.size()),
+          recordsWithoutText_(recordsWithoutText), textFilesChanged_(textFilesChanged)
+    {
+    }
+    void Restore(LossSummary& leftOut, std::int64_t& recordsWithoutText, bool& textFilesChanged) const
+    {
+        leftOut.values = values_;
+        leftOut.offered = offered_;
+        leftOut.groups.resize(groups_);
+        recordsWithoutText = recordsWithoutText_;
+        textFilesChanged = textFilesChanged_;
+    }
+
+private:
+    std::int64_t values_, offered_;
+    std::size_t groups_;
+    std::int64_t recordsWithoutText_;
+    bool textFilesChanged_;
+};
+
 } // namespace
 
 RunOutcome Batch::btnConvert_Click(const std::optional<std::string>& refusal)
@@ -59,7 +86,7 @@ RunOutcome Batch::btnConvert_Click(const std::optional<std::string>& refusal)
     unfinishedRecords_ = 0;
     files_.clear();
     tried_ = 0;
-    textFilesChanged_ = false;
+    textFilesChanged_ = isTakenBack_ = false;
     job_.settings.blAbort = false;
     job_.log.ClearText();
     TakeSettings();
@@ -79,6 +106,7 @@ RunOutcome Batch::btnConvert_Click(const std::optional<std::string>& refusal)
         TellOfFiles();
         ReportUnfinished();
     }
+    TellOfFailures();
     outcome_.tables = session.Reports();
     session.Close();
     source.Release();
@@ -108,6 +136,8 @@ bool Batch::RefusesToBegin(const std::optional<std::string>& refusal)
         reason = IsWayBack(settings) ? UnfitWayBack(settings) : UnfitTarget(settings);
     if (!reason)
         reason = UnfitDownload(settings);
+    if (!reason && !IsWayBack(settings))
+        reason = UnfitOnce(settings);
     if (!reason)
         reason = refusal;
     if (!reason)
@@ -149,11 +179,14 @@ void Batch::Run(UrlSource& source, DatabaseSession& session, Step& step)
     ScratchDatabase scratch(job_, places_);
     if (usesScratch)
         scratch.TakeFree();
-    Guarded(job_.log, [&] { velOpenDatabase(job_, session, [&] { return usesScratch && scratch.TakeNext(); }); });
-    if (!job_.settings.blRecreateDatabase && job_.settings.blEmptyTables)
-        velEmptyTablesAll(job_, session);
-    Convert(session, step);
-    if (!hasCommitted_)
+    const auto openDatabase = [&] {
+        Guarded(job_.log, [&] { velOpenDatabase(job_, session, [&] { return usesScratch && scratch.TakeNext(); }); });
+        if (!job_.settings.blRecreateDatabase && job_.settings.blEmptyTables)
+            velEmptyTablesAll(job_, session);
+    };
+    openDatabase();
+    Convert(session, openDatabase, step);
+    if (!hasCommitted_ && outcome_.skippedFiles == 0)
         TellThatNothingWasRead();
 }
 
@@ -166,8 +199,8 @@ void Batch::TellThatThereIsNothingToDo(const std::string& reason)
 /// Nothing was committed, so that the session's end takes everything back.
 void Batch::TellThatNothingWasRead()
 {
-    std::string line = FileExists(job_.settings.targetFile) ? "No source could be read: the database stays as it was"
-                                                            : "No source could be read: no database was made";
+    std::string line = outcome_.failedFiles > 0 ? "No source could be converted: " : "No source could be read: ";
+    line += FileExists(job_.settings.targetFile) ? "the database stays as it was" : "no database was made";
     if (job_.settings.blTextExport)
         line += ", and the text files are left alone";
     job_.log.ProtocolAppend(line);
@@ -210,12 +243,19 @@ void Batch::ShowRunning(bool running)
 
 /// Converts the files one after another; each is committed when it is done. Until the first one that can be read, a
 /// re-creation or an emptying is not final.
-void Batch::Convert(DatabaseSession& session, Step& step)
+void Batch::Convert(DatabaseSession& session, const std::function<void()>& openDatabase, Step& step)
 {
     job_.host.SetProgressRange(ProgressBarId::Files, static_cast<std::int64_t>(files_.size()));
     job_.host.SetProgress(ProgressBarId::Files, 0);
     FilesOfRun filesOfRun(job_.settings, files_);
     KnownTables knownTables(session);
+    const Shared shared{session, knownTables, filesOfRun};
+    const auto readLoaded = [&] {
+        ThrowIfAborted(job_.settings);
+        loaded_.Read(session);
+    };
+    if (job_.settings.blOnce)
+        readLoaded();
     for (std::size_t n = 1; n <= files_.size(); ++n) {
         job_.ProcessEvents();
         FileReport& report = outcome_.files[n - 1];
@@ -223,17 +263,106 @@ void Batch::Convert(DatabaseSession& session, Step& step)
         job_.log.ProtocolAppend("File " + std::to_string(n) + " of " + std::to_string(files_.size()) + ": " +
                                 report.path);
         const Timed timed(report);
-        const bool converted = ConvertOneFile(report, session, knownTables, filesOfRun);
-        FinishFile(report, converted, session, step);
+        if (!ConvertWhole(report, shared, step)) {
+            if (hasCommitted_)
+                velReopenDatabase(job_, session);
+            else
+                openDatabase();
+            if (job_.settings.blOnce)
+                readLoaded();
+        }
         job_.host.SetProgress(ProgressBarId::Files, static_cast<std::int64_t>(n));
     }
 }
 
+/// With +once, whether the source's content, whose hash it gives, was loaded before.
+bool Batch::IsLoaded(FileReport& report, std::string& hash)
+{
+    if (!job_.settings.blOnce)
+        return false;
+    hash = HashOfFile(job_, report.path);
+    const std::optional<std::string> when = loaded_.WhenLoaded(hash);
+    if (!when)
+        return false;
+    job_.log.ProtocolAppend("Skipped, its content was loaded on " + *when + ": " + report.path);
+    report.end = FileReport::End::Skipped;
+    ++outcome_.skippedFiles;
+    return true;
+}
+
+void Batch::ConvertAndFinish(FileReport& report, const Shared& shared, TableSinks& sinks, Step& step)
+{
+    std::string hash;
+    if (IsLoaded(report, hash))
+        return RenameWhenWanted(report.path, step);
+    const bool converted = ConvertOneFile(report, shared, sinks);
+    FinishFile(report, converted, shared.session, hash, step);
+}
+
+/// May the run go on behind the errors that came after so many? Not when they concern more than one file, or the user
+/// has had enough.
+bool Batch::MayGoOn(std::size_t errorsBefore) const
+{
+    const std::vector<Findings::Error>& errors = job_.log.Found().errors;
+    return job_.settings.blContinue && !outcome_.cancelled && errors.size() > errorsBefore &&
+           std::none_of(errors.begin() + static_cast<std::ptrdiff_t>(errorsBefore), errors.end(),
+                        [](const Findings::Error& error) { return ConcernsWholeDatabase(error.number); });
+}
+
+/// Where a source is whole or nothing, what came of one that ends early is taken back, and the run goes on behind an
+/// error of its own. False when the database was closed for that.
+bool Batch::ConvertWhole(FileReport& report, const Shared& shared, Step& step)
+{
+    TableSinks sinks;
+    const auto convert = [&] { ConvertAndFinish(report, shared, sinks, step); };
+    if (!job_.settings.IsWholeOrNothing()) {
+        convert();
+        return true;
+    }
+    const std::size_t errorsBefore = job_.log.Found().errors.size();
+    const RunPoint before{outcome_.leftOut, outcome_.recordsWithoutText, textFilesChanged_};
+    shared.filesOfRun.BeginDocument();
+    const auto takeBack = [&] {
+        unfinishedRecords_ = 0;
+        isTakenBack_ = true;
+        before.Restore(outcome_.leftOut, outcome_.recordsWithoutText, textFilesChanged_);
+        shared.filesOfRun.TakeBackDocument();
+        sinks.Texts().TakeBack();
+    };
+    try {
+        Guarded(job_.log, convert);
+    } catch (...) {
+        takeBack();
+        throw;
+    }
+    const bool hasEnded = report.end != FileReport::End::NotTried;
+    if (hasEnded)
+        sinks.Texts().Keep();
+    else
+        takeBack();
+    if (!job_.settings.blAbort)
+        return true;
+    if (!MayGoOn(errorsBefore))
+        throw Aborted();
+    job_.settings.blAbort = false;
+    if (hasEnded) // its records are safe: it could not be renamed
+        return true;
+    isTakenBack_ = false;
+    report.problem = job_.log.Found().errors.back().text;
+    report.end = FileReport::End::Failed;
+    report.records = 0;
+    report.values.reset();
+    ++outcome_.failedFiles;
+    job_.log.ProtocolAppend("Taken back, since it ended in an error: " + report.path);
+    shared.session.TakeBack();
+    return false;
+}
+
 /// True when the file could be read. A step that fails, or in which the user cancels, ends the run only after the
 /// closing ones: the steps between write their trace lines and no more.
-bool Batch::ConvertOneFile(FileReport& report, DatabaseSession& session, KnownTables& knownTables,
-                           FilesOfRun& filesOfRun)
+bool Batch::ConvertOneFile(FileReport& report, const Shared& shared, TableSinks& sinks)
 {
+    DatabaseSession& session = shared.session;
     const std::string& path = report.path;
     job_.controls.txtXML.clear();
     job_.host.SetProgress(ProgressBarId::Records, 0);
@@ -244,16 +373,16 @@ bool Batch::ConvertOneFile(FileReport& report, DatabaseSession& session, KnownTa
     };
     StructureModel model;
     MappingPlan plan;
-    const auto readDatabase = [&]() -> const KnownDatabase& { return knownTables.Read(); };
+    const auto readDatabase = [&]() -> const KnownDatabase& { return shared.knownTables.Read(); };
     run([&] { velAnalyseXML(job_, xml.document, tagMap_, model, plan, readDatabase); });
+    run([&] { KeepListApart(job_, session, plan); });
     ShowStructure(xml.document, model);
     run([&] {
         createDatabase(plan, job_.settings.blExtendMdb ? schema_pass::kExtendStructure : schema_pass::kCreateTables);
     });
     if (job_.settings.blCreateTableRelations)
         run([&] { createDatabase(plan, schema_pass::kCreateRelations); });
-    TableSinks sinks;
-    run([&] { velOpenTables(job_, session, plan, filesOfRun, sinks); });
+    run([&] { velOpenTables(job_, session, plan, shared.filesOfRun, sinks); });
     DocumentImport import(job_, session, path, xml.document, plan, sinks);
     const bool imported = run([&] { import.Run(); });
     report.values = import.Tell(imported);
@@ -262,7 +391,7 @@ bool Batch::ConvertOneFile(FileReport& report, DatabaseSession& session, KnownTa
     outcome_.recordsWithoutText += velCloseTables(job_, session, sinks);
     unfinishedRecords_ = report.records = sinks.SavedRecords();
     textFilesChanged_ =
-        textFilesChanged_ || filesOfRun.HasChanged() || (job_.settings.blTextExport && unfinishedRecords_ > 0);
+        textFilesChanged_ || shared.filesOfRun.HasChanged() || (job_.settings.blTextExport && unfinishedRecords_ > 0);
     ThrowIfAborted(job_.settings);
     report.problem = std::move(xml.problem);
     return xml.readable;
@@ -279,28 +408,35 @@ void Batch::ShowStructure(const Document& document, const StructureModel& model)
 
 /// The source moves away only when its records are safe, and only when there was something to convert: it is what is
 /// left of a file that could not be read.
-void Batch::FinishFile(FileReport& report, bool converted, DatabaseSession& session, Step& step)
+void Batch::FinishFile(FileReport& report, bool converted, DatabaseSession& session, const std::string& hash,
+                       Step& step)
 {
     const std::string& path = report.path;
-    const bool isToBeRenamed = !job_.settings.renamePattern.empty();
     if (!converted) {
         report.end = FileReport::End::Unreadable;
         report.values.reset();
         ++outcome_.unreadableFiles;
-        if (isToBeRenamed) {
+        if (!job_.settings.renamePattern.empty()) {
             ++outcome_.filesNotRenamed;
             job_.log.Warn("not-renamed", "Not renamed, since it was not converted: " + path);
         }
         return;
     }
     step("Commit");
+    if (!hash.empty())
+        loaded_.Add(session, hash, path, report.records);
     Commit(session);
     hasCommitted_ = true;
     unfinishedRecords_ = 0;
     report.end = FileReport::End::Converted;
     ++outcome_.convertedFiles;
     lastConverted_ = path;
-    if (!isToBeRenamed)
+    RenameWhenWanted(path, step);
+}
+
+void Batch::RenameWhenWanted(const std::string& path, Step& step)
+{
+    if (job_.settings.renamePattern.empty())
         return;
     step("Rename XML file");
     RenameConvertedFile(job_, path, std::time(nullptr));
@@ -332,7 +468,7 @@ void Batch::EndEarly(DatabaseSession& session)
 
 std::string Batch::WhatTheDatabaseHolds() const
 {
-    if (!commitFailed_ && (hasCommitted_ || unfinishedRecords_ > 0))
+    if (!commitFailed_ && !isTakenBack_ && (hasCommitted_ || unfinishedRecords_ > 0))
         return "what was saved until then stays in the database";
     if (hasCommitted_)
         return "the database holds the files that were converted before, nothing of the last one";
@@ -355,11 +491,25 @@ void Batch::TellOfFiles()
     if (unreadable > 0)
         line += "; " + std::to_string(unreadable) + " could not be read";
     job_.log.ProtocolAppend(line);
-    if (tried_ > converted + unreadable)
+    const auto others =
+        static_cast<std::size_t>(outcome_.failedFiles) + static_cast<std::size_t>(outcome_.skippedFiles);
+    if (tried_ > converted + unreadable + others)
         job_.log.ProtocolAppend("Not finished: " + files_[tried_ - 1]);
     if (tried_ < count)
         job_.log.ProtocolAppend("Not tried: " + ofAll(count - tried_) + ", " + files_[tried_] +
                                 (tried_ + 1 < count ? " to " + files_.back() : ""));
+}
+
+/// Those that +continue has left out, and why.
+void Batch::TellOfFailures()
+{
+    if (outcome_.failedFiles == 0)
+        return;
+    job_.log.ProtocolAppend("Left out because of errors: " + std::to_string(outcome_.failedFiles) + " of " +
+                            std::to_string(files_.size()) + " files");
+    for (const FileReport& file : outcome_.files)
+        if (file.end == FileReport::End::Failed)
+            job_.log.ProtocolAppend("  " + file.path + ": " + file.problem);
 }
 
 /// The file at which the run ended.

@@ -3,11 +3,13 @@
 #include "driver/file_report.h"
 #include "driver/run_files.h"
 #include "mapping/tag_map.h"
+#include "schema/loaded_sources.h"
 #include "schema/lock_retry.h"
 #include "schema/table_report.h"
 #include "settings/job.h"
 
 #include <cstdint>
+#include <functional>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -21,6 +23,7 @@ class Document;
 class FilesOfRun;
 class KnownTables;
 class StructureModel;
+class TableSinks;
 class UrlSource;
 
 inline constexpr std::string_view kCancelQuestion = "Conversion is running. Do you really want to cancel it?";
@@ -32,6 +35,8 @@ struct RunOutcome {
     bool cancelled = false;   ///< by the user
     int unreadableFiles = 0;  ///< sources that could not be read
     int convertedFiles = 0;
+    int skippedFiles = 0;                ///< were loaded before, with +once
+    int failedFiles = 0;                 ///< left out with +continue, because of an error
     LossSummary leftOut{};               ///< values that were not imported
     std::int64_t recordsWithoutText = 0; ///< in a run that exports text
     int filesNotRenamed = 0;             ///< in a run that renames
@@ -56,6 +61,13 @@ public:
     void btnQuit_Click();
 
 private:
+    /// What all sources of a run share.
+    struct Shared {
+        DatabaseSession& session;
+        KnownTables& knownTables;
+        FilesOfRun& filesOfRun;
+    };
+
     void TakeSettings();
     [[nodiscard]] bool RefusesToBegin(const std::optional<std::string>& refusal);
     void Run(UrlSource& source, DatabaseSession& session, Step& step);
@@ -63,15 +75,20 @@ private:
     void ShowRunning(bool running);
     void TellThatThereIsNothingToDo(const std::string& reason);
     void TellThatNothingWasRead();
-    void Convert(DatabaseSession& session, Step& step);
-    [[nodiscard]] bool ConvertOneFile(FileReport& report, DatabaseSession& session, KnownTables& knownTables,
-                                      FilesOfRun& filesOfRun);
+    void Convert(DatabaseSession& session, const std::function<void()>& openDatabase, Step& step);
+    [[nodiscard]] bool IsLoaded(FileReport& report, std::string& hash);
+    void ConvertAndFinish(FileReport& report, const Shared& shared, TableSinks& sinks, Step& step);
+    [[nodiscard]] bool ConvertWhole(FileReport& report, const Shared& shared, Step& step);
+    void RenameWhenWanted(const std::string& path, Step& step);
+    [[nodiscard]] bool MayGoOn(std::size_t errorsBefore) const;
+    [[nodiscard]] bool ConvertOneFile(FileReport& report, const Shared& shared, TableSinks& sinks);
     void ShowStructure(const Document& document, const StructureModel& model);
-    void FinishFile(FileReport& report, bool converted, DatabaseSession& session, Step& step);
+    void FinishFile(FileReport& report, bool converted, DatabaseSession& session, const std::string& hash, Step& step);
     void Commit(DatabaseSession& session);
     void EndEarly(DatabaseSession& session);
     [[nodiscard]] std::string WhatTheDatabaseHolds() const;
     void TellOfFiles();
+    void TellOfFailures();
     void ReportUnfinished();
     [[nodiscard]] std::string AboutTextFiles() const;
     void CloseProtocolFile();
@@ -88,6 +105,8 @@ private:
     std::size_t tried_ = 0;              ///< of them, the one at hand included
     std::string lastConverted_;
     bool textFilesChanged_ = false;
+    bool isTakenBack_ = false; ///< what came of the file at which the run ended
+    LoadedSources loaded_;     ///< with +once
 };
 
 } // namespace velmora

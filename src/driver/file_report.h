@@ -10,7 +10,7 @@ namespace velmora {
 
 /// What became of one source of a run.
 struct FileReport {
-    enum class End { NotTried, Converted, Unreadable, Failed, Cancelled };
+    enum class End { NotTried, Converted, Skipped, Unreadable, Failed, Cancelled };
 
     std::string path;
     End end = End::NotTried;

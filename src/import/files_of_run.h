@@ -21,11 +21,30 @@ public:
     [[nodiscard]] bool IsKnown(const std::string& path) const { return harmless_.contains(path); }
 
     /// The run begins to write into the text file at `path`; true when it had not before.
-    bool NoteOpened(const std::string& path) { return opened_.insert(path).second; }
+    bool NoteOpened(const std::string& path)
+    {
+        const bool isFirst = opened_.insert(path).second;
+        if (isFirst)
+            openedLast_.push_back(path);
+        return isFirst;
+    }
     [[nodiscard]] bool HasOpened(const std::string& path) const { return opened_.contains(path); }
     /// A text file was made, deleted or written into.
     void NoteChange() noexcept { hasChanged_ = true; }
     [[nodiscard]] bool HasChanged() const noexcept { return hasChanged_; }
+    /// A document's import begins.
+    void BeginDocument()
+    {
+        openedLast_.clear();
+        hadChanged_ = hasChanged_;
+    }
+    /// Everything is as it was when the last document began.
+    void TakeBackDocument()
+    {
+        for (const std::string& path : std::exchange(openedLast_, {}))
+            opened_.erase(path);
+        hasChanged_ = hadChanged_;
+    }
     /// True at the first call.
     [[nodiscard]] bool TellOfKeys() noexcept { return !std::exchange(hasToldOfKeys_, true); }
 
@@ -33,7 +52,9 @@ private:
     std::vector<std::string> files_;           ///< those whose names end like a text file's
     std::unordered_set<std::string> harmless_; ///< paths that are known to be none of them
     std::unordered_set<std::string> opened_;
+    std::vector<std::string> openedLast_; ///< for the first time by the document at hand
     bool hasChanged_ = false;
+    bool hadChanged_ = false; ///< when it began
     bool hasToldOfKeys_ = false;
 };
 

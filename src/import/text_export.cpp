@@ -190,7 +190,10 @@ void TextFileOpener::Open(TableSink& sink, Step& step)
     const bool keepsText = job_.settings.blAppend || (sink.plan->keepsTextOfRun && filesOfRun_.HasOpened(path));
     if (!keepsText && FileExists(path)) {
         step("Delete old file [" + path + "]");
-        DeleteFile(path);
+        if (job_.settings.IsWholeOrNothing())
+            files_.SetAside(path);
+        else
+            DeleteFile(path);
         filesOfRun_.NoteChange();
     }
     step("Open file [" + path + "]");

@@ -7,6 +7,7 @@
 #include <cerrno>
 #include <cstdio>
 #include <filesystem>
+#include <optional>
 #include <system_error>
 
 namespace velmora {
@@ -19,13 +20,14 @@ constexpr std::size_t kPieceBytes = std::size_t{64} * 1024;
 
 TextFile::TextFile(const std::string& path, std::string_view lineEnd) : path_(path), lineEnd_(lineEnd)
 {
+    isNew_ = !FileExists(path_);
     std::FILE* file = OpenFileStream(path_, "ab");
     if (file == nullptr)
         Fail(errno);
     std::fclose(file);
     std::error_code error;
     const std::uintmax_t size = std::filesystem::file_size(PathFromUtf8(path_), error);
-    written_ = settled_ = error ? 0 : size; // a device has no size
+    begin_ = written_ = settled_ = error ? 0 : size; // a device has no size
 }
 
 void TextFile::WriteLine(std::string_view line)
@@ -74,6 +76,20 @@ void TextFile::Flush()
     buffer_.clear();
 }
 
+void TextFile::TakeBack()
+{
+    buffer_.clear();
+    std::error_code error;
+    const std::filesystem::path file = PathFromUtf8(path_);
+    if (isNew_)
+        std::filesystem::remove(file, error);
+    else if (std::filesystem::is_regular_file(file, error))
+        std::filesystem::resize_file(file, begin_, error);
+    if (error)
+        Fail(error.value());
+    written_ = settled_ = begin_;
+}
+
 void TextFile::Fail(int systemError)
 {
     failed_ = true;
@@ -89,6 +105,47 @@ TextFile* TextFiles::Find(const std::string& path)
 TextFile& TextFiles::Open(const std::string& path, std::string_view lineEnd)
 {
     return files_.try_emplace(path, path, lineEnd).first->second;
+}
+
+void TextFiles::SetAside(const std::string& path)
+{
+    std::string aside = path + ".velmora-old";
+    for (int number = 2; FileExists(aside); ++number)
+        aside = path + ".velmora-old" + std::to_string(number);
+    std::error_code error;
+    std::filesystem::rename(PathFromUtf8(path), PathFromUtf8(aside), error);
+    if (error)
+        throw FileError("The text file", path, "cannot be set aside", error.value());
+    setAside_.emplace(path, aside);
+}
+
+void TextFiles::TakeBack()
+{
+    std::optional<RuntimeError> failure;
+    for (auto& [path, file] : files_) {
+        try {
+            file.TakeBack();
+        } catch (const RuntimeError& error) {
+            failure = error;
+        }
+    }
+    for (const auto& [path, aside] : setAside_) {
+        std::error_code error;
+        std::filesystem::rename(PathFromUtf8(aside), PathFromUtf8(path), error);
+        if (error)
+            failure = FileError("The text file", aside, "cannot be put back", error.value());
+    }
+    setAside_.clear();
+    if (failure)
+        throw RuntimeError(*failure);
+}
+
+void TextFiles::Keep() noexcept
+{
+    std::error_code ignored;
+    for (const auto& [path, aside] : setAside_)
+        std::filesystem::remove(PathFromUtf8(aside), ignored);
+    setAside_.clear();
 }
 
 void QuoteField(std::string& line, std::size_t begin, std::string_view delimiter, std::string_view nullText)

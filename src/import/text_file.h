@@ -33,6 +33,8 @@ public:
     void RollBack();
     /// Writes what is still collected.
     void Flush();
+    /// Makes the file what it was when it was opened: as long, or not there.
+    void TakeBack();
 
 private:
     [[noreturn]] void Fail(int systemError);
@@ -42,6 +44,8 @@ private:
     std::string buffer_;
     std::uint64_t written_ = 0; ///< size of the file, bytes
     std::uint64_t settled_ = 0; ///< size that stays, bytes: in the file or in the buffer
+    std::uint64_t begin_ = 0;   ///< size when it was opened
+    bool isNew_ = false;        ///< was not there then
     bool failed_ = false;
 };
 
@@ -52,10 +56,17 @@ public:
     [[nodiscard]] TextFile* Find(const std::string& path);
     /// Opens a file that is not open yet. It stays where it is.
     [[nodiscard]] TextFile& Open(const std::string& path, std::string_view lineEnd);
+    /// Makes room at `path`: the file that is there goes, but can come back until Keep(). Throws RuntimeError.
+    void SetAside(const std::string& path);
+    /// All files become what they were before the import. Throws RuntimeError, when it has done what it can.
+    void TakeBack();
+    /// What was set aside is gone for good.
+    void Keep() noexcept;
     [[nodiscard]] std::map<std::string, TextFile>& All() noexcept { return files_; }
 
 private:
     std::map<std::string, TextFile> files_;
+    std::map<std::string, std::string> setAside_; ///< where the files are that were at a path
 };
 
 /// Turns the value that begins at `begin` in `line`, and ends with it, into a field as RFC 4180 has it: in quotation

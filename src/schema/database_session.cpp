@@ -179,6 +179,19 @@ void DatabaseSession::Commit()
     pending_.clear();
     std::ranges::move(announced_, std::back_inserter(becomeTrue_));
     announced_.clear();
+    noted_.clear();
+}
+
+void DatabaseSession::TakeBack()
+{
+    Close();
+    pendingBy_.clear();
+    pending_.clear();
+    announced_.clear();
+    ownNames_.clear();
+    for (const auto& [names, name] : noted_)
+        names->erase(name);
+    noted_.clear();
 }
 
 std::size_t DatabaseSession::ObjectsLeft()
@@ -259,6 +272,15 @@ void velOpenDatabase(Job& job, DatabaseSession& session, const std::function<boo
         }
         const auto open = [&] { OpenTarget(job, session, PathFromUtf8(NativePath(job.settings.targetFile)), step); };
         RetryWhile(IsFileInUse, open, [&] { return moveOn() || WantsAnotherTry(job); });
+    });
+}
+
+void velReopenDatabase(Job& job, DatabaseSession& session)
+{
+    Procedure(job, "velReopenDatabase", [&](Step& step) {
+        step("Open ADO Connection");
+        const auto open = [&] { session.Open(PathFromUtf8(NativePath(job.settings.targetFile))); };
+        RetryWhile(IsFileInUse, open, [&] { return WantsAnotherTry(job); });
     });
 }
 

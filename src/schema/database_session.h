@@ -45,6 +45,9 @@ public:
     /// Drops what came after the last Commit(). Every recordset must be closed before.
     void Close() noexcept { connection_.reset(); }
 
+    /// Closes it, and forgets what came after the last Commit(): to be opened again.
+    void TakeBack();
+
     /// Runs one statement and leaves its failure to the caller.
     void ExecuteSql(std::string_view sql);
     /// Another number when the schema, or what the database knows of itself, may be another one.
@@ -65,11 +68,11 @@ public:
 
     /// Notes that `table` gets no relation in this run: a later file need not try again, at the cost of another look at
     /// all rows.
-    void LeaveOutRelation(const std::string& table) { leftOut_.insert(table); }
+    void LeaveOutRelation(const std::string& table) { Note(leftOut_, table); }
     [[nodiscard]] bool IsRelationLeftOut(const std::string& table) const { return leftOut_.contains(table); }
 
     /// Notes that this run has made the relation `relation`.
-    void NoteRelation(const std::string& relation) { made_.insert(relation); }
+    void NoteRelation(const std::string& relation) { Note(made_, relation); }
     [[nodiscard]] bool HasMadeRelation(const std::string& relation) const { return made_.contains(relation); }
 
     /// A protocol line that becomes true with the next Commit().
@@ -86,6 +89,12 @@ public:
 private:
     LockSeam locks_;
     std::unique_ptr<jet::Connection> connection_;
+    /// Adds `name` to one of the sets below, until TakeBack().
+    void Note(std::unordered_set<std::string>& names, const std::string& name)
+    {
+        if (names.insert(name).second)
+            noted_.emplace_back(&names, name);
+    }
     /// The name under which `table` stands in the database.
     [[nodiscard]] std::string OwnName(const std::string& table);
 
@@ -96,8 +105,9 @@ private:
     std::unordered_map<std::string, TableReport*> pendingBy_;  ///< by table
     std::unordered_map<std::string, std::string> ownNames_;    ///< by spelling
     std::vector<std::string> announced_, becomeTrue_;
-    std::unordered_set<std::string> leftOut_; ///< tables
-    std::unordered_set<std::string> made_;    ///< relations
+    std::unordered_set<std::string> leftOut_;                                     ///< tables
+    std::unordered_set<std::string> made_;                                        ///< relations
+    std::vector<std::pair<std::unordered_set<std::string>*, std::string>> noted_; ///< since the last commit
 };
 
 /// Opens the target database that the settings name: made anew, made because there is none, or as it is. A file that is
@@ -106,5 +116,8 @@ private:
 /// another one by now.
 void velOpenDatabase(
     Job& job, DatabaseSession& session, const std::function<bool()>& moveOn = [] { return false; });
+
+/// Opens the target database as it is now, after TakeBack().
+void velReopenDatabase(Job& job, DatabaseSession& session);
 
 } // namespace velmora

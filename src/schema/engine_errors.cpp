@@ -1,5 +1,7 @@
 #include "schema/engine_errors.h"
 
+#include <algorithm>
+
 namespace velmora {
 
 // The header writes the numbers out, because callers above this floor do not see the engine.
@@ -37,6 +39,16 @@ bool IsLockConflict(const RuntimeError& error) noexcept
 bool IsFileInUse(const RuntimeError& error) noexcept
 {
     return error.Number() == engine_errors::kFileInUse;
+}
+
+bool ConcernsWholeDatabase(int number) noexcept
+{
+    using enum jet::ErrorNumber;
+    constexpr jet::ErrorNumber kOfTheEngine[] = {DiskFull,     DiskError,    ReadOnly,          DatabaseFull,
+                                                 FileInUse,    NotADatabase, CannotOpen,        TableLocked,
+                                                 FileNotFound, InvalidPath,  UnrecognizedFormat};
+    return number == runtime_errors::kDiskFull ||
+           std::ranges::any_of(kOfTheEngine, [number](jet::ErrorNumber e) { return static_cast<int>(e) == number; });
 }
 
 bool IsDiskFailure(const RuntimeError& error) noexcept

@@ -65,4 +65,7 @@ private:
 /// Is the disk full, or does it fail?
 [[nodiscard]] bool IsDiskFailure(const RuntimeError& error) noexcept;
 
+/// Does an error of this number concern the whole database, or its disk, so that no other document would fare better?
+[[nodiscard]] bool ConcernsWholeDatabase(int number) noexcept;
+
 } // namespace velmora

@@ -48,6 +48,7 @@ struct Controls {
     CheckControl chkOverwrite; ///< for txtFILE_EXPORT
     CheckControl chkComplete;  ///< "Import every value"
     CheckControl chkAPPEND, chkEXPORT_COLUMN_NAMES, chkQUOTED, chkBOM;
+    CheckControl chkContinue, chkOnce;
     CheckControl chkStrict, chkQuiet, chkDebug{.visible = false};
     CheckControl chkEnableTagMapping; ///< follows from whether a mapping file is named
     TextControl txtATTR_PREFIX, txtKEY_PRIMARY, txtKEY_FOREIGN, txtTABLE_PREFIX, txtTABLE_SUFFIX;

@@ -53,7 +53,11 @@ struct ConversionSettings : RunFlags {
     std::string nullText; ///< stands for Null
     std::string dateForm; ///< of a date with a time; see HasIsoDates()
     bool blStrict = false;
+    bool blContinue = false;
+    bool blOnce = false;
 
+    /// Does a source leave nothing behind unless it is converted completely?
+    [[nodiscard]] bool IsWholeOrNothing() const noexcept { return blContinue || blOnce; }
     [[nodiscard]] std::string_view LineEnd() const noexcept { return lineEnd == "LF" ? "\n" : "\r\n"; }
     /// The file that the summary goes to; empty without one.
     [[nodiscard]] std::string SummaryPath() const { return summaryFile == kStandardOutput ? "" : summaryFile; }

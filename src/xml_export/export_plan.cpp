@@ -1,5 +1,6 @@
 #include "xml_export/export_plan.h"
 
+#include "schema/loaded_sources.h"
 #include "xml_export/content_order.h"
 #include "xml_export/xml_writer.h"
 
@@ -79,6 +80,8 @@ private:
     void ReadTables()
     {
         for (const std::string& name : session_.UserTables()) {
+            if (IsLoadedTable(session_, name))
+                continue;
             Origins origins = session_.OriginsOf(name);
             if (!origins.table)
                 plan_.unknown.push_back(Bracketed(name));

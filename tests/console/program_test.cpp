@@ -161,6 +161,32 @@ TEST_F(ProgramTest, AnInterruptEndsTheRunInGoodOrderAndASecondOneAtOnce)
     }
 }
 
+/// However far the killed run has come: the next one brings what is missing, and nothing twice.
+TEST_F(ProgramTest, AKilledRunGoesOnWithoutDoubles)
+{
+    for (const char* name : {"1", "2", "3", "4"}) {
+        std::string document = "<list>";
+        for (int record = 0; record < 2'000; ++record)
+            document += std::string("<record><n>") + name + "</n></record>";
+        WriteFile(folder / (std::string(name) + ".xml"), document + "</list>");
+    }
+    WriteFile(folder / "3.xml", "<list><w><l><i><n>5</n></i></l></w></list>"); // fails with +skip_empty
+    const std::vector<std::string> words{"xml=?.xml", "mdb=out.mdb", "-d", "+once", "+continue", "+skip_empty", "+q"};
+    for (const char* line : {"File 2 of 4", "File 4 of 4", "Close tables", "Done"}) {
+        std::vector<std::string> killed{"python3", ON_TERMINAL, std::string(line) + "=KILL", VELMORA_PROGRAM};
+        killed.insert(killed.end(), words.begin(), words.end());
+        EXPECT_TRUE(Contains(RunCommand(killed).output, "ended with ")) << line;
+    }
+    const ProcessResult last = Run(words);
+    EXPECT_EQ(last.status, 1) << last.output << last.errors;
+    EXPECT_TRUE(Contains(last.output, "Left out because of errors: 1 of 4 files")) << last.output;
+    EXPECT_SOUND(folder / "out.mdb");
+    DatabaseSession session;
+    session.OpenReadOnly(folder / "out.mdb");
+    EXPECT_EQ(session.OpenTable("record").RecordCount(), 6'000U);
+    EXPECT_EQ(session.OpenTable("velmora_log").RecordCount(), 3U);
+}
+
 TEST_F(ProgramTest, GivesASummaryToAPipeAlone)
 {
     WriteFile(folder / "a.xml", "<a><b>1</b></a>");

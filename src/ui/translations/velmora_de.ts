@@ -146,6 +146,14 @@
             <translation>Datei für eine Zusammenfassung in JSON</translation>
         </message>
         <message>
+            <source>Go on with the next file after an error</source>
+            <translation>Nach einem Fehler mit der nächsten Datei weitermachen</translation>
+        </message>
+        <message>
+            <source>Skip files that were loaded before</source>
+            <translation>Dateien überspringen, die schon geladen sind</translation>
+        </message>
+        <message>
             <source>Lo&amp;g file</source>
             <translation>Lo&amp;g-Datei</translation>
         </message>
@@ -272,6 +280,22 @@
         <message>
             <source>how lines end: as on Windows, or as on Linux</source>
             <translation>wie Zeilen enden: wie unter Windows oder wie unter Linux</translation>
+        </message>
+        <message>
+            <source>of many files, leave out one that ends in an error, take back all that came of it, and go on with the next; the status is 1</source>
+            <translation>von vielen Dateien eine auslassen, die mit einem Fehler endet, alles zurücknehmen, was von ihr kam, und mit der nächsten weitermachen; der Status ist 1</translation>
+        </message>
+        <message>
+            <source>end with the error</source>
+            <translation>mit dem Fehler enden</translation>
+        </message>
+        <message>
+            <source>with -recreate_database: skip files whose content was loaded into this database with +once before; its table velmora_log lists them</source>
+            <translation>mit -recreate_database: Dateien überspringen, deren Inhalt mit +once schon in diese Datenbank geladen wurde; ihre Tabelle velmora_log führt sie auf</translation>
+        </message>
+        <message>
+            <source>load them again</source>
+            <translation>sie noch einmal laden</translation>
         </message>
         <message>
             <source>write what happened as one JSON object, for scripts, however the run ends; summary=- writes it to standard output, and protocol lines then go to standard error</source>
