@@ -161,6 +161,22 @@ std::filesystem::path WriteBack(Conversion& run)
     return file;
 }
 
+TEST(Complete, DocumentsComeBackLetterForLetter)
+{
+    Conversions runs;
+    for (const auto& entry : std::filesystem::directory_iterator(BACK)) {
+        SCOPED_TRACE(entry.path());
+        const std::string document = ReadFile(entry.path());
+        for (const char* const options : {"", "ver=97"}) {
+            Conversion& run = runs.Next();
+            ASSERT_FALSE(run.Options("+complete").Options(options).Xml(document).Run().failed) << run.Error();
+            std::string back = ReadFile(WriteBack(run));
+            std::erase(back, '\r');
+            EXPECT_EQ(back, document);
+        }
+    }
+}
+
 TEST(Complete, EveryValueOfARandomDocumentStandsInOneCellOfTheRightRecordAndComesBack)
 {
     const char* const options[] = {"", "+one_table_per_element", "+skip_empty", "ver=97",

@@ -28,7 +28,6 @@ struct TableSpec {
 
 constexpr ColumnSpec kKey{"PKEY", "key"};
 constexpr ColumnSpec kParent{"FKEY", "parent"};
-constexpr ColumnSpec kMaster{"MASTER_TABLE", "master"};
 
 void Make(DatabaseSession& session, const TableSpec& table)
 {
@@ -137,68 +136,6 @@ const std::vector<Case>& Cases()
   <b/>
 </doc>
 )"},
-        {"records stand between leaves, and nothing beside text",
-         {{"doc",
-           "path //doc\nplace 0",
-           {kKey, {"a", "child a\nplace 0"}, {"c", "child c\nplace 2"}, {"doc", "text"}},
-           {{"7", "A", "C", "t x"}}},
-          {"b", "path //doc/b\nplace 1", {kKey, kParent, {"b", "text"}}, {{"1", "7", ""}, {"2", "7", nullptr}}},
-          {"d", "path //doc/b/d\nplace 0", {kKey, kParent, {"d", "text"}}, {{"1", "2", "x"}, {"2", "2", " "}}}},
-         R"(<doc>t x<a>A</a><b/><b>
-    <d>x</d>
-    <d> </d>
-  </b><c>C</c></doc>
-)"},
-        {"wrappers come once around the records of a record, and not without any",
-         {{"doc", "path //doc\nplace 0", {kKey, {"z", "child z\nplace 1"}}, {{"1", "Z"}}},
-          {"item", "path //doc/all/items/item\nplace 2 0 0", {kKey, kParent}, {{"1", "1"}, {"2", "1"}}},
-          {"other", "path //doc/all/other\nplace 2 1", {kKey, kParent}, {{"1", "1"}}},
-          {"sub", "path //doc/all/items/item/subs/sub\nplace 0 0", {kKey, kParent}, {{"1", "2"}}},
-          {"none", "path //doc/none/x\nplace 0 0", {kKey, kParent}, {}}},
-         R"(<doc>
-  <z>Z</z>
-  <all>
-    <items>
-      <item/>
-      <item>
-        <subs>
-          <sub/>
-        </subs>
-      </item>
-    </items>
-    <other/>
-  </all>
-</doc>
-)"},
-        {"elements in elements of their own name share a table",
-         {{"a",
-           "path //a\nplace 0\npath a/a\nplace 0\npath b/a\nplace 0",
-           {kKey, kParent, kMaster, {"attr_n", "attribute n\nplace 0"}, {"z", "child z\nplace 2"}},
-           {{"1", nullptr, nullptr, "1", "Z1"},
-            {"2", "1", "a", "2", "Z2"},
-            {"3", "2", "a", "3", nullptr},
-            {"4", "2", "a", "4", "Z4"},
-            {"5", "1", "a", "5", nullptr},
-            {"6", "1", "b", "6", nullptr},
-            {"7", "1", "b", "7", nullptr}}},
-          {"b", "path a/b\nplace 1", {kKey, kParent, kMaster}, {{"1", "1", "a"}, {"2", "9", "b"}}}},
-         R"(<a n="1">
-  <a n="2">
-    <a n="3"/>
-    <a n="4">
-      <z>Z4</z>
-    </a>
-    <z>Z2</z>
-  </a>
-  <a n="5"/>
-  <b>
-    <a n="6"/>
-    <a n="7"/>
-  </b>
-  <z>Z1</z>
-</a>
-)",
-         {"1 records of table [b]"}},
         {"records that lie in no order come in the order of their keys, orphans and what is below them not at all",
          {{"doc", "path //doc\nplace 0", {kKey}, {{"5"}}},
           {"r",
