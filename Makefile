@@ -40,7 +40,7 @@ window:
 	@cp build/release/velmora $(PROGRAM) && cp build/release/velmora-gui $(PROGRAM)-gui
 	@$(PROGRAM)-gui
 
-# Pictures of every page and of a diagram into build/screenshots: light and dark, at 100 and 200 percent, also in German.
+# Pictures of every page and of a diagram into build/screenshots: light and dark, at 100 to 200 percent, also in German.
 screenshots:
 	@tools/setup.sh $(WINDOW) fonts-dejavu-core
 	@cmake --preset release --log-level=WARNING $(WITH_WINDOW)

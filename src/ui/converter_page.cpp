@@ -130,7 +130,10 @@ QWidget* ConverterPage::MakeLocalSource(ControlsForm& form)
            {MakeFindButton(&Controls::txtFILE_XML),
             MakeButton("btnXML_APPLICATION", tr("Open"), tr("Open the XML file in its program"))});
     QLineEdit* renamed = form.Text(&Controls::txtFILE_XML_RENAMED);
-    AddRow(*grid, form, renamed, {MakeRenameCodes(*renamed)});
+    AddRow(*grid, form, renamed);
+    const int row = grid->rowCount() - 1;
+    grid->addWidget(renamed, row, kFieldColumn); // as wide as the field above
+    grid->addWidget(MakeRenameCodes(*renamed), row, kFieldColumn + 1, 1, -1);
     auto* hint = new QLabel(tr("After sucessfull conversion of XML file this file will be renamed"));
     hint->setWordWrap(true);
     hint->setEnabled(false);

@@ -74,6 +74,7 @@ LeftOutWindow::LeftOutWindow(QWidget* parent) : QWidget(parent, Qt::Dialog)
     table_->setHorizontalHeaderLabels({tr("Path"), tr("Values"), tr("Reason"), tr("Example"), tr("What cures it")});
     table_->horizontalHeader()->setStretchLastSection(true);
     table_->verticalHeader()->hide();
+    SetCompactRows(*table_);
     table_->setSelectionBehavior(QAbstractItemView::SelectRows);
     table_->setWordWrap(false);
     auto* copy = MakeTextButton("btnCopyLeftOut", tr("&Copy"), tr("Copy the list"));

@@ -162,6 +162,7 @@ void MainWindow::MakeShortcuts()
 void MainWindow::Form_Load(std::string_view commandLine)
 {
     application_.Form_Load(commandLine);
+    status_->Clear();
     static_cast<void>(host_.TakeControls());
     mappingPage_->Redraw();
     progressPage_->Clear();

@@ -19,6 +19,7 @@ RunStatusBar::RunStatusBar(QWidget* parent) : QStatusBar(parent)
         MakeTextButton("btnOpenResult", tr("Open the result"), tr("Show what the last conversion has written"));
     connect(leftOut_, &QPushButton::clicked, this, &RunStatusBar::LeftOutPressed);
     connect(openResult_, &QPushButton::clicked, this, &RunStatusBar::OpenResultPressed);
+    text_->setIndent(fontMetrics().averageCharWidth()); // not at the window's very edge
     addWidget(text_, 1);
     addPermanentWidget(leftOut_);
     addPermanentWidget(openResult_);

@@ -7,9 +7,11 @@
 #include <QCoreApplication>
 #include <QFontDatabase>
 #include <QGuiApplication>
+#include <QHeaderView>
 #include <QPlainTextEdit>
 #include <QPushButton>
 #include <QSaveFile>
+#include <QTableView>
 
 namespace velmora {
 
@@ -36,6 +38,12 @@ QPushButton* MakeTextButton(const char* name, const QString& text, const QString
     button->setToolTip(explanation);
     button->setAccessibleName(explanation);
     return button;
+}
+
+void SetCompactRows(QTableView& table)
+{
+    table.verticalHeader()->setMinimumSectionSize(0);
+    table.verticalHeader()->setDefaultSectionSize(table.fontMetrics().height() * 3 / 2);
 }
 
 void CopyText(const QPlainTextEdit& text)

@@ -169,6 +169,20 @@ TEST(Translation, GermanIsWholeAndHasItsOwnLetters)
 {
     QTranslator german;
     ASSERT_TRUE(german.load(":/translations/velmora_de.qm"));
+    // What stands below the window is translated by its English text.
+    const auto expectGerman = [&](const char* context, std::string_view text) {
+        EXPECT_FALSE(text.empty() ? false : german.translate(context, std::string(text).c_str()).isEmpty()) << text;
+    };
+    for (const ControlRow& row : ControlRows()) {
+        const bool hasLabel = !row.name.starts_with('+') && !row.name.ends_with('='); // not called by its word alone
+        for (const std::string_view text : {row.option->help, row.option->offHelp})
+            if (hasLabel)
+                expectGerman("Option", text);
+    }
+    for (const OptionHeading& heading : OptionHeadings())
+        expectGerman("Option", heading.text);
+    for (int reason = 1; !Describe(static_cast<LossReason>(reason)).empty(); ++reason)
+        expectGerman("LossReason", Describe(static_cast<LossReason>(reason)));
     QCoreApplication::installTranslator(&german);
     {
         MainWindow window;

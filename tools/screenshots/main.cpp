@@ -1,4 +1,4 @@
-// Pictures of every page of the window, before, during and after a conversion, for somebody to look at.
+// Pictures of the window for somebody to look at: each page and state, a look at a database, and boxes.
 // usage: velmora_screenshots XML FOLDER NAME [dark]; the size of things comes from QT_SCALE_FACTOR, the language from
 // LANG.
 
@@ -9,13 +9,18 @@
 
 #include <QApplication>
 #include <QDir>
+#include <QFile>
+#include <QLineEdit>
+#include <QMessageBox>
 #include <QPalette>
+#include <QProgressBar>
 #include <QPushButton>
 #include <QStyleFactory>
 #include <QTabWidget>
+#include <QTemporaryDir>
 #include <QTimer>
 
-#include <string>
+#include <functional>
 
 namespace {
 
@@ -40,6 +45,12 @@ QPalette DarkPalette()
     return palette;
 }
 
+void WaitFor(const std::function<bool()>& condition)
+{
+    while (!condition())
+        QApplication::processEvents(QEventLoop::WaitForMoreEvents, 20);
+}
+
 class Photographer {
 public:
     Photographer(QString folder, QString name) : folder_(std::move(folder)), name_(std::move(name)) {}
@@ -51,9 +62,127 @@ public:
         if (!widget.grab().save(path))
             qFatal("%s could not be written", qPrintable(path));
     }
+    void TakePages(QTabWidget& pages, QWidget& window, const QString& what) const
+    {
+        for (int page = 0; page < pages.count(); ++page) {
+            pages.setCurrentIndex(page);
+            QApplication::processEvents();
+            if (auto* diagram = window.findChild<Diagram*>())
+                diagram->ShowAll();
+            Take(window, what + QString::number(page + 1));
+        }
+        pages.setCurrentIndex(0);
+    }
 
 private:
     const QString folder_, name_;
+};
+
+/// The window in all its states, over files in one folder.
+class Session {
+public:
+    Session(QString xml, QString folder, const Photographer& photographer)
+        : xml_(std::move(xml)), folder_(std::move(folder)), photographer_(photographer),
+          tabs_(*window_.findChild<QTabWidget*>("tabMain"))
+    {
+        QObject::connect(&window_, &MainWindow::RunEnded, &window_, [this] { hasEnded_ = true; });
+        window_.show();
+        window_.resize(window_.sizeHint()); // the screen there is without a display is a small one
+    }
+
+    void PhotographIdle()
+    {
+        Load("xml=\"" + xml_ + "\" mdb=\"" + folder_ + "/orders.mdb\"");
+        photographer_.Take(window_, "idle");
+        Press("btnMore");
+        QApplication::processEvents();
+        const QSize size = window_.size();
+        window_.resize(window_.sizeHint());
+        photographer_.Take(window_, "more");
+        Press("btnMore");
+        window_.resize(size);
+    }
+    void PhotographDone()
+    {
+        Convert();
+        WaitFor([this] { return hasEnded_; });
+        photographer_.TakePages(tabs_, window_, "done-");
+        Press("btnOpenResult");
+        auto& browser = *window_.findChild<BrowserWindow*>("frmBrowser");
+        WaitFor([&] { return !browser.IsReading(); });
+        photographer_.TakePages(*browser.findChild<QTabWidget*>("tabBrowser"), browser, "browser-");
+        browser.close();
+    }
+    /// In the midst of a run, where it stands still while somebody is asked, and after the answer.
+    void PhotographRun()
+    {
+        QFile large(folder_ + "/large.xml");
+        if (large.open(QIODevice::WriteOnly))
+            large.write("<list>" + QByteArray("<item><name>a name</name></item>").repeated(400'000) + "</list>");
+        large.close();
+        Load("xml=\"" + large.fileName() + "\" mdb=\"" + folder_ + "/large.mdb\"");
+        Convert();
+        const auto& bar = *window_.findChild<QProgressBar*>("ProgressBar");
+        WaitFor([&] { return bar.value() > bar.maximum() / 3 || hasEnded_; });
+        window_.btnQuit_Click();
+        auto* question = window_.findChild<QMessageBox*>("cancelQuestion");
+        photographer_.Take(window_, "running");
+        if (question != nullptr) {
+            photographer_.Take(*question, "question");
+            question->button(QMessageBox::Ok)->click();
+        }
+        WaitFor([this] { return hasEnded_; });
+        photographer_.Take(window_, "cancelled");
+    }
+    void PhotographProblems()
+    {
+        Load("xml=missing.xml mdb=/nowhere/a.mdb tp=a.b");
+        Press("chkQuiet");
+        Press("chkQuiet");
+        WaitFor([this] { return !window_.findChild<QLineEdit*>("txtFILE_XML")->accessibleDescription().isEmpty(); });
+        photographer_.Take(window_, "problems");
+
+        Load("xml=\"" + xml_ + "\" mdb=\"" + folder_ + "/orders.mdb\" log=\"" + folder_ + "/large.xml/a.log\"");
+        QTimer whenTold; // the box has an event loop of its own
+        QObject::connect(&whenTold, &QTimer::timeout, &window_, [this] {
+            if (QWidget* box = QApplication::activeModalWidget()) {
+                photographer_.Take(*box, "error");
+                box->close();
+            }
+        });
+        whenTold.start(20);
+        Convert();
+        WaitFor([this] { return hasEnded_; });
+        photographer_.Take(window_, "failed");
+    }
+    void PhotographLeftOut()
+    {
+        QFile odd(folder_ + "/odd.xml");
+        if (odd.open(QIODevice::WriteOnly))
+            odd.write("<a><b id='7'>text<c>1</c></b><b><c>2</c>more text</b><d e='x'/></a>");
+        odd.close();
+        Load("xml=\"" + odd.fileName() + "\" mdb=\"" + folder_ + "/odd.mdb\" -attributes");
+        Convert();
+        WaitFor([this] { return hasEnded_; });
+        photographer_.Take(window_, "left-out");
+        Press("btnLeftOut");
+        photographer_.Take(*window_.findChild<QWidget*>("frmLeftOut"), "left-out-list");
+    }
+
+private:
+    void Load(const QString& commandLine) { window_.Form_Load(commandLine.toStdString()); }
+    void Press(const char* button) { window_.findChild<QAbstractButton*>(button)->click(); }
+    void Convert()
+    {
+        hasEnded_ = false;
+        window_.btnConvert_Click();
+    }
+
+    const QString xml_, folder_;
+    const Photographer& photographer_;
+    MainWindow window_;
+    QTabWidget& tabs_;
+    bool hasEnded_ = false;
 };
 
 } // namespace
@@ -70,34 +199,12 @@ int main(int argc, char* argv[])
     if (arguments.value(4) == "dark")
         QApplication::setPalette(DarkPalette());
     QDir().mkpath(arguments[2]);
+    const QTemporaryDir files;
     const Photographer photographer(arguments[2], arguments[3]);
-    const QString target = arguments[2] + "/" + arguments[3] + ".mdb";
-
-    MainWindow window;
-    window.Form_Load(("xml=\"" + arguments[1] + "\" mdb=\"" + target + "\"").toStdString());
-    window.show();
-    auto& tabs = *window.findChild<QTabWidget*>("tabMain");
-    photographer.Take(window, "1-converter");
-    QObject::connect(&window, &MainWindow::RunEnded, &application, [&] {
-        photographer.Take(window, "2-converter-done");
-        for (int page = 1; page < tabs.count(); ++page) {
-            tabs.setCurrentIndex(page);
-            photographer.Take(window, QString::number(page + 2) + "-page");
-        }
-        tabs.setCurrentIndex(0);
-        window.findChild<QPushButton*>("btnOpenResult")->click();
-        auto& browser = *window.findChild<BrowserWindow*>("frmBrowser");
-        QObject::connect(&browser, &BrowserWindow::Idle, &application, [&] {
-            auto& pages = *browser.findChild<QTabWidget*>("tabBrowser");
-            for (int page = 0; page < pages.count(); ++page) {
-                pages.setCurrentIndex(page);
-                QApplication::processEvents();
-                browser.findChild<Diagram*>()->ShowAll();
-                photographer.Take(browser, "browser-" + QString::number(page + 1));
-            }
-            QApplication::quit();
-        });
-    });
-    window.btnConvert_Click();
-    return QApplication::exec();
+    Session session(arguments[1], files.path(), photographer);
+    session.PhotographIdle();
+    session.PhotographDone();
+    session.PhotographRun();
+    session.PhotographProblems();
+    session.PhotographLeftOut();
 }

@@ -45,6 +45,7 @@ QTableWidget* MakeList(const char* name, const QString& title, const QStringList
     list->setToolTip(title);
     list->setHorizontalHeaderLabels(headings);
     list->verticalHeader()->hide();
+    SetCompactRows(*list);
     list->setSelectionBehavior(QAbstractItemView::SelectRows);
     list->setEditTriggers(QAbstractItemView::NoEditTriggers);
     list->setShowGrid(false);
@@ -134,6 +135,7 @@ QWidget* BrowserWindow::MakeRowsPage()
     rows_->setAccessibleName(tr("Rows"));
     rows_->setModel(&model_);
     rows_->setWordWrap(false);
+    SetCompactRows(*rows_);
     rows_->setTabKeyNavigation(false);
 
     pageNumber_ = new QSpinBox;

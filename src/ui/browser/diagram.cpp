@@ -60,7 +60,7 @@ QSizeF Diagram::SizeOf(const DatabaseContents::Table& table) const
     for (std::size_t i = 0; i < shown; ++i)
         width = std::max(width, plain.horizontalAdvance(ColumnText(table.columns[i])));
     const double lines = 1 + static_cast<double>(shown) + (shown < table.columns.size() ? 1 : 0);
-    return {width + 2 * kMargin, lines * LineHeight() + 2 * kMargin};
+    return {width + 2 * kMargin, lines * LineHeight() + 2.5 * kMargin};
 }
 
 void Diagram::AddBox(const DatabaseContents::Table& table, const QRectF& box)
@@ -81,7 +81,7 @@ void Diagram::AddBox(const DatabaseContents::Table& table, const QRectF& box)
         y += LineHeight();
     };
     add(Text(table.name), true);
-    y += kMargin / 2;
+    y += kMargin;
     const std::size_t shown = std::min(table.columns.size(), kMaxShownColumns);
     for (std::size_t i = 0; i < shown; ++i)
         add(ColumnText(table.columns[i]), false);
@@ -101,7 +101,7 @@ void Diagram::AddLine(const DatabaseContents::Relation& relation, const Database
             const auto found =
                 std::find_if(columns.begin(), columns.end(), [&](const auto& c) { return c.name == column; });
             const auto line = std::min<std::ptrdiff_t>(found - columns.begin(), kMaxShownColumns);
-            return {boxes[i], boxes[i].top() + kMargin + (1.5 + static_cast<double>(line)) * LineHeight()};
+            return {boxes[i], boxes[i].top() + 1.5 * kMargin + (1.5 + static_cast<double>(line)) * LineHeight()};
         }
         return {};
     };

@@ -473,6 +473,38 @@
             <source>JSON (*.json)|*.json|All Files (*.*)|*.*</source>
             <translation>JSON (*.json)|*.json|Alle Dateien (*.*)|*.*</translation>
         </message>
+        <message>
+            <source>import every value: text beside child elements, lists, empty elements and whatever else the plain rules leave behind; names that the database refuses are changed</source>
+            <translation>jeden Wert importieren: Text neben Kindelementen, Listen, leere Elemente und was die einfachen Regeln sonst zurücklassen; Namen, die die Datenbank ablehnt, werden geändert</translation>
+        </message>
+        <message>
+            <source>leave such values out and say so in the protocol</source>
+            <translation>solche Werte auslassen und es ins Protokoll schreiben</translation>
+        </message>
+        <message>
+            <source>Source</source>
+            <translation>Quelle</translation>
+        </message>
+        <message>
+            <source>Target</source>
+            <translation>Ziel</translation>
+        </message>
+        <message>
+            <source>Database</source>
+            <translation>Datenbank</translation>
+        </message>
+        <message>
+            <source>Tables and columns</source>
+            <translation>Tabellen und Spalten</translation>
+        </message>
+        <message>
+            <source>Text files</source>
+            <translation>Textdateien</translation>
+        </message>
+        <message>
+            <source>Running</source>
+            <translation>Ablauf</translation>
+        </message>
     </context>
     <context>
         <name>Problems</name>
@@ -1023,15 +1055,15 @@
         <name>velmora::JobMenu</name>
         <message>
             <source>Job (*.velmora)|*.velmora|All Files (*.*)|*.*</source>
-            <translation>Auftrag (*.velmora)|*.velmora|Alle Dateien (*.*)|*.*</translation>
+            <translation>Job (*.velmora)|*.velmora|Alle Dateien (*.*)|*.*</translation>
         </message>
         <message>
             <source>&amp;Open a job…</source>
-            <translation>Auftrag ö&amp;ffnen…</translation>
+            <translation>Job ö&amp;ffnen…</translation>
         </message>
         <message>
             <source>&amp;Save as a job…</source>
-            <translation>Als Auftrag &amp;speichern…</translation>
+            <translation>Als Job &amp;speichern…</translation>
         </message>
         <message>
             <source>&amp;Recent files</source>
@@ -1047,15 +1079,15 @@
         </message>
         <message>
             <source>Open a job</source>
-            <translation>Auftrag öffnen</translation>
+            <translation>Job öffnen</translation>
         </message>
         <message>
             <source>Save as a job</source>
-            <translation>Als Auftrag speichern</translation>
+            <translation>Als Job speichern</translation>
         </message>
         <message>
             <source>The job %1 cannot be written: %2</source>
-            <translation>Der Auftrag %1 kann nicht geschrieben werden: %2</translation>
+            <translation>Der Job %1 kann nicht geschrieben werden: %2</translation>
         </message>
         <message>
             <source>Look at a database</source>
