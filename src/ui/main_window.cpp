@@ -41,7 +41,7 @@ namespace velmora {
 
 namespace {
 
-constexpr int kDrawMilliseconds = 150; // smooth enough, and next to nothing beside the run
+constexpr int kDrawMilliseconds = 250; // smooth enough, and next to nothing beside the run
 constexpr int kCheckMilliseconds = 300;
 constexpr int kStructurePage = 3;
 
