@@ -43,7 +43,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
 
     constexpr std::size_t kMemoryBudgetBytes = 128 * 1024; // two of the four arrays go to a file
     velmora::LoadResult loaded = velmora::LoadDocument(
-        InputPath(), [] { return true; }, velmora::MemoryBudget(kMemoryBudgetBytes));
+        InputPath(), [](std::int64_t) {}, velmora::MemoryBudget(kMemoryBudgetBytes));
     Check(loaded.document.IsEmpty() == !loaded.problem.empty());
     CheckDocument(loaded.document);
 

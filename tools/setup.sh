@@ -4,11 +4,11 @@
 # usage: setup.sh [PACKAGE...]
 set -eu
 
-packages="$* g++ cmake ninja-build libexpat1-dev libgtest-dev libbenchmark-dev libsqlite3-dev curl mdbtools python3"
+packages="$* g++ cmake ninja-build libexpat1-dev libarchive-dev zstd libgtest-dev libbenchmark-dev libsqlite3-dev curl mdbtools python3"
 
 if ! command -v dpkg-query >/dev/null 2>&1; then
     echo "setup: this system has no Debian packages; the build goes on with what is installed." >&2
-    echo "setup: needed are a C++20 compiler, CMake 3.25, Ninja, expat, GoogleTest, curl, mdbtools and Python 3.11." >&2
+    echo "setup: needed are a C++20 compiler, CMake 3.25, Ninja, expat, libarchive, GoogleTest, curl, mdbtools and Python 3.11." >&2
     [ $# -eq 0 ] || echo "setup: and for this target: $*." >&2
     exit 0
 fi

@@ -111,21 +111,38 @@ void ConsoleHost::ProcessEvents()
 
 void ConsoleHost::SetProgressRange(ProgressBarId bar, std::int64_t maximum)
 {
-    (bar == ProgressBarId::Files ? progress_.files : progress_.recordsTotal) = maximum;
+    switch (bar) {
+    case ProgressBarId::Files:
+        progress_.files = maximum;
+        break;
+    case ProgressBarId::Records:
+        progress_.recordsTotal = maximum;
+        break;
+    case ProgressBarId::Bytes:
+        progress_.bytesTotal = maximum;
+        progress_.bytes = 0;
+        break;
+    }
 }
 
 void ConsoleHost::SetProgress(ProgressBarId bar, std::int64_t value)
 {
-    if (bar == ProgressBarId::Files) {
+    switch (bar) {
+    case ProgressBarId::Files:
         progress_.filesDone = value;
         progress_.records = 0;
         fileBegin_ = CoarseMilliseconds();
-        return;
+        break;
+    case ProgressBarId::Records:
+        if (progress_.records == 0 && value > 0)
+            importBegin_ = CoarseMilliseconds();
+        progress_.records = value;
+        PaintProgressWhenDue();
+        break;
+    case ProgressBarId::Bytes:
+        progress_.bytes = value;
+        break;
     }
-    if (progress_.records == 0 && value > 0)
-        importBegin_ = CoarseMilliseconds();
-    progress_.records = value;
-    PaintProgressWhenDue();
 }
 
 void ConsoleHost::ProtocolLineAdded(std::string_view line)

@@ -10,6 +10,7 @@
 #include "platform/terminal.h"
 #include "settings/command_line.h"
 #include "source/plain_words.h"
+#include "source/source.h"
 
 #include <algorithm>
 #include <cstdio>
@@ -88,14 +89,15 @@ ExitStatus Main(const std::vector<std::string>& arguments)
             return Run(host, line);
         if (!asked.txtFILE_EXPORT.text.empty()) // which has nothing to ask
             return Run(host, line + " +quiet");
-        if (!words.nameFiles) {
+        const bool readsInput = asked.txtFILE_XML.text == kStandardInput && asked.txtXML_URL.text.empty();
+        if (!words.nameFiles && !readsInput) {
             const std::string window = HasDisplay() ? FindInstalled(kWindowProgram) : std::string();
             if (!window.empty() && BecomeProgram(window, arguments))
                 return ExitStatus::Success;
             if (asked.txtFILE_XML.text.empty() && asked.txtXML_URL.text.empty())
                 return ExplainMissingWindow(host);
         }
-        if (!CanAsk())
+        if (readsInput || !CanAsk())
             return Run(host, line + " +quiet");
         host.TakeAnswersFrom(stdin);
         return Run(host, line);

@@ -27,6 +27,14 @@ std::string Duration(std::int64_t seconds)
                         : std::to_string(minutes / 60) + ColonTwoDigits(minutes % 60) + end;
 }
 
+/// How much of the file was read, where that can be told.
+std::string Read(const ProgressState& state)
+{
+    if (state.bytesTotal <= 0)
+        return {};
+    return std::to_string(std::min(state.bytes, state.bytesTotal) * 100 / state.bytesTotal) + "%, ";
+}
+
 std::string RateAndTimeLeft(const ProgressState& state, std::int64_t records)
 {
     if (state.importMilliseconds < kSettledMilliseconds)
@@ -87,7 +95,7 @@ std::string ProgressLine(const ProgressState& state, std::size_t columns)
     const std::int64_t file = std::min(state.filesDone + 1, state.files);
     std::string head = state.files > 1 ? std::to_string(file) + " of " + std::to_string(state.files) + "  " : "";
     if (state.records == 0 || state.recordsTotal <= 0)
-        return (head + "reading, " + Duration(state.fileMilliseconds / 1000)).substr(0, columns);
+        return (head + "reading, " + Read(state) + Duration(state.fileMilliseconds / 1000)).substr(0, columns);
 
     const std::int64_t records = std::min(state.records, state.recordsTotal);
     const std::string percent = std::to_string(records * 100 / state.recordsTotal) + "%";

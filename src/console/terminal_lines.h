@@ -15,6 +15,8 @@ namespace velmora {
 struct ProgressState {
     std::int64_t files = 0; ///< files of the run
     std::int64_t filesDone = 0;
+    std::int64_t bytes = 0;              ///< read of the current file, packed as it is
+    std::int64_t bytesTotal = 0;         ///< 0: not known
     std::int64_t records = 0;            ///< records saved of the current file; 0 while it is read and analysed
     std::int64_t recordsTotal = 0;       ///< an estimate
     std::int64_t fileMilliseconds = 0;   ///< since the current file was begun

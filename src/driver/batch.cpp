@@ -18,6 +18,7 @@
 #include "schema/target_check.h"
 #include "settings/conversion_settings.h"
 #include "source/source_list.h"
+#include "source/sources_of_run.h"
 #include "xml/load_xml.h"
 #include "xml/structure_report.h"
 #include "xml_export/xml_export.h"
@@ -27,6 +28,7 @@
 #include <filesystem>
 #include <optional>
 #include <system_error>
+#include <utility>
 
 namespace velmora {
 
@@ -84,7 +86,8 @@ RunOutcome Batch::btnConvert_Click(const std::optional<std::string>& refusal)
     outcome_ = {};
     hasCommitted_ = commitFailed_ = false;
     unfinishedRecords_ = 0;
-    files_.clear();
+    sources_.clear();
+    isFileComplete_ = true;
     tried_ = 0;
     textFilesChanged_ = isTakenBack_ = false;
     job_.settings.blAbort = false;
@@ -139,6 +142,10 @@ bool Batch::RefusesToBegin(const std::optional<std::string>& refusal)
     if (!reason && !IsWayBack(settings))
         reason = UnfitOnce(settings);
     if (!reason)
+        reason = UnfitSources(settings);
+    if (!reason)
+        reason = UnfitEncoding(settings);
+    if (!reason)
         reason = refusal;
     if (!reason)
         return false;
@@ -165,16 +172,16 @@ void Batch::Run(UrlSource& source, DatabaseSession& session, Step& step)
         return;
     }
     source.Fetch(places_);
-    SourceFiles sources = ListSourceFiles(job_.settings.sourceFile);
-    files_ = std::move(sources.paths);
-    for (const std::string& file : files_)
-        outcome_.files.push_back({.path = file});
-    std::optional<std::string> reason = std::move(sources.problem);
+    const SourceFiles files = ListSourceFiles(job_.settings.sourceFile);
+    sources_ = SourcesIn(files.paths, job_.settings);
+    for (const Source& file : sources_)
+        outcome_.files.push_back({.path = file.Name()});
+    std::optional<std::string> reason = files.problem;
     if (!reason)
-        reason = ImpossibleRename(job_.settings, files_, std::time(nullptr));
+        reason = ImpossibleRename(job_.settings, files.paths, std::time(nullptr));
     if (reason)
         return TellThatThereIsNothingToDo(*reason);
-    for (const std::string& warning : TextExportWarnings(job_.settings, files_.size()))
+    for (const std::string& warning : TextExportWarnings(job_.settings, sources_.size()))
         job_.log.Warn("text-files", warning);
     ScratchDatabase scratch(job_, places_);
     if (usesScratch)
@@ -185,7 +192,8 @@ void Batch::Run(UrlSource& source, DatabaseSession& session, Step& step)
             velEmptyTablesAll(job_, session);
     };
     openDatabase();
-    Convert(session, openDatabase, step);
+    FilesOfRun filesOfRun(job_.settings, files.paths);
+    Convert(session, filesOfRun, openDatabase, step);
     if (!hasCommitted_ && outcome_.skippedFiles == 0)
         TellThatNothingWasRead();
 }
@@ -243,11 +251,11 @@ void Batch::ShowRunning(bool running)
 
 /// Converts the files one after another; each is committed when it is done. Until the first one that can be read, a
 /// re-creation or an emptying is not final.
-void Batch::Convert(DatabaseSession& session, const std::function<void()>& openDatabase, Step& step)
+void Batch::Convert(DatabaseSession& session, FilesOfRun& filesOfRun, const std::function<void()>& openDatabase,
+                    Step& step)
 {
-    job_.host.SetProgressRange(ProgressBarId::Files, static_cast<std::int64_t>(files_.size()));
+    job_.host.SetProgressRange(ProgressBarId::Files, static_cast<std::int64_t>(sources_.size()));
     job_.host.SetProgress(ProgressBarId::Files, 0);
-    FilesOfRun filesOfRun(job_.settings, files_);
     KnownTables knownTables(session);
     const Shared shared{session, knownTables, filesOfRun};
     const auto readLoaded = [&] {
@@ -256,14 +264,16 @@ void Batch::Convert(DatabaseSession& session, const std::function<void()>& openD
     };
     if (job_.settings.blOnce)
         readLoaded();
-    for (std::size_t n = 1; n <= files_.size(); ++n) {
+    for (std::size_t n = 1; n <= sources_.size(); ++n) {
         job_.ProcessEvents();
+        const Source& file = sources_[n - 1];
         FileReport& report = outcome_.files[n - 1];
         tried_ = n;
-        job_.log.ProtocolAppend("File " + std::to_string(n) + " of " + std::to_string(files_.size()) + ": " +
+        job_.log.ProtocolAppend("File " + std::to_string(n) + " of " + std::to_string(sources_.size()) + ": " +
                                 report.path);
         const Timed timed(report);
-        if (!ConvertWhole(report, shared, step)) {
+        if (!ConvertWhole(file, report, shared, step)) {
+            isFileComplete_ = file.isLastOfFile; // for the next one, if this was the last of it
             if (hasCommitted_)
                 velReopenDatabase(job_, session);
             else
@@ -276,11 +286,11 @@ void Batch::Convert(DatabaseSession& session, const std::function<void()>& openD
 }
 
 /// With +once, whether the source's content, whose hash it gives, was loaded before.
-bool Batch::IsLoaded(FileReport& report, std::string& hash)
+bool Batch::IsLoaded(const Source& source, FileReport& report, std::string& hash)
 {
     if (!job_.settings.blOnce)
         return false;
-    hash = HashOfFile(job_, report.path);
+    hash = HashOfSource(job_, source);
     const std::optional<std::string> when = loaded_.WhenLoaded(hash);
     if (!when)
         return false;
@@ -290,13 +300,14 @@ bool Batch::IsLoaded(FileReport& report, std::string& hash)
     return true;
 }
 
-void Batch::ConvertAndFinish(FileReport& report, const Shared& shared, TableSinks& sinks, Step& step)
+void Batch::ConvertAndFinish(const Source& source, FileReport& report, const Shared& shared, TableSinks& sinks,
+                             Step& step)
 {
     std::string hash;
-    if (IsLoaded(report, hash))
-        return RenameWhenWanted(report.path, step);
-    const bool converted = ConvertOneFile(report, shared, sinks);
-    FinishFile(report, converted, shared.session, hash, step);
+    if (IsLoaded(source, report, hash))
+        return RenameWhenWanted(source, step);
+    const bool converted = ConvertOneFile(source, report, shared, sinks);
+    FinishFile(source, report, converted, shared.session, hash, step);
 }
 
 /// May the run go on behind the errors that came after so many? Not when they concern more than one file, or the user
@@ -311,10 +322,10 @@ bool Batch::MayGoOn(std::size_t errorsBefore) const
 
 /// Where a source is whole or nothing, what came of one that ends early is taken back, and the run goes on behind an
 /// error of its own. False when the database was closed for that.
-bool Batch::ConvertWhole(FileReport& report, const Shared& shared, Step& step)
+bool Batch::ConvertWhole(const Source& source, FileReport& report, const Shared& shared, Step& step)
 {
     TableSinks sinks;
-    const auto convert = [&] { ConvertAndFinish(report, shared, sinks, step); };
+    const auto convert = [&] { ConvertAndFinish(source, report, shared, sinks, step); };
     if (!job_.settings.IsWholeOrNothing()) {
         convert();
         return true;
@@ -360,13 +371,12 @@ bool Batch::ConvertWhole(FileReport& report, const Shared& shared, Step& step)
 
 /// True when the file could be read. A step that fails, or in which the user cancels, ends the run only after the
 /// closing ones: the steps between write their trace lines and no more.
-bool Batch::ConvertOneFile(FileReport& report, const Shared& shared, TableSinks& sinks)
+bool Batch::ConvertOneFile(const Source& source, FileReport& report, const Shared& shared, TableSinks& sinks)
 {
     DatabaseSession& session = shared.session;
-    const std::string& path = report.path;
     job_.controls.txtXML.clear();
     job_.host.SetProgress(ProgressBarId::Records, 0);
-    LoadedXml xml = velLoadXML(job_, path);
+    LoadedXml xml = velLoadXML(job_, source);
     const auto run = [this](auto&& step) { return Guarded(job_.log, step); };
     const auto createDatabase = [&](const MappingPlan& plan, int pass) {
         velCreateDatabase(job_, session, xml.document, plan, pass);
@@ -383,7 +393,7 @@ bool Batch::ConvertOneFile(FileReport& report, const Shared& shared, TableSinks&
     if (job_.settings.blCreateTableRelations)
         run([&] { createDatabase(plan, schema_pass::kCreateRelations); });
     run([&] { velOpenTables(job_, session, plan, shared.filesOfRun, sinks); });
-    DocumentImport import(job_, session, path, xml.document, plan, sinks);
+    DocumentImport import(job_, session, source, xml.document, plan, sinks);
     const bool imported = run([&] { import.Run(); });
     report.values = import.Tell(imported);
     if (report.values)
@@ -406,40 +416,41 @@ void Batch::ShowStructure(const Document& document, const StructureModel& model)
     job_.host.ControlsChanged();
 }
 
-/// The source moves away only when its records are safe, and only when there was something to convert: it is what is
-/// left of a file that could not be read.
-void Batch::FinishFile(FileReport& report, bool converted, DatabaseSession& session, const std::string& hash,
-                       Step& step)
+void Batch::FinishFile(const Source& source, FileReport& report, bool converted, DatabaseSession& session,
+                       const std::string& hash, Step& step)
 {
-    const std::string& path = report.path;
-    if (!converted) {
+    isFileComplete_ = isFileComplete_ && converted;
+    if (converted) {
+        step("Commit");
+        if (!hash.empty())
+            loaded_.Add(session, hash, report.path, report.records);
+        Commit(session);
+        hasCommitted_ = true;
+        unfinishedRecords_ = 0;
+        report.end = FileReport::End::Converted;
+        ++outcome_.convertedFiles;
+        lastConverted_ = report.path;
+    } else {
         report.end = FileReport::End::Unreadable;
         report.values.reset();
         ++outcome_.unreadableFiles;
-        if (!job_.settings.renamePattern.empty()) {
-            ++outcome_.filesNotRenamed;
-            job_.log.Warn("not-renamed", "Not renamed, since it was not converted: " + path);
-        }
-        return;
     }
-    step("Commit");
-    if (!hash.empty())
-        loaded_.Add(session, hash, path, report.records);
-    Commit(session);
-    hasCommitted_ = true;
-    unfinishedRecords_ = 0;
-    report.end = FileReport::End::Converted;
-    ++outcome_.convertedFiles;
-    lastConverted_ = path;
-    RenameWhenWanted(path, step);
+    RenameWhenWanted(source, step);
 }
 
-void Batch::RenameWhenWanted(const std::string& path, Step& step)
+/// The file moves away only when its records are safe, and only when there was something to convert: it is what is left
+/// of one that could not be read. An archive moves when all that is in it was converted.
+void Batch::RenameWhenWanted(const Source& source, Step& step)
 {
-    if (job_.settings.renamePattern.empty())
+    if (!source.isLastOfFile || job_.settings.renamePattern.empty())
         return;
+    if (!std::exchange(isFileComplete_, true)) {
+        ++outcome_.filesNotRenamed;
+        job_.log.Warn("not-renamed", "Not renamed, since it was not converted: " + source.path);
+        return;
+    }
     step("Rename XML file");
-    RenameConvertedFile(job_, path, std::time(nullptr));
+    RenameConvertedFile(job_, source.path, std::time(nullptr));
 }
 
 /// What was announced has become true by it.
@@ -479,7 +490,7 @@ std::string Batch::WhatTheDatabaseHolds() const
 /// Of several files, which are done: the others can be given to another run.
 void Batch::TellOfFiles()
 {
-    const std::size_t count = files_.size();
+    const std::size_t count = sources_.size();
     if (count < 2)
         return;
     const auto ofAll = [count](std::size_t n) { return std::to_string(n) + " of " + std::to_string(count) + " files"; };
@@ -494,10 +505,10 @@ void Batch::TellOfFiles()
     const auto others =
         static_cast<std::size_t>(outcome_.failedFiles) + static_cast<std::size_t>(outcome_.skippedFiles);
     if (tried_ > converted + unreadable + others)
-        job_.log.ProtocolAppend("Not finished: " + files_[tried_ - 1]);
+        job_.log.ProtocolAppend("Not finished: " + sources_[tried_ - 1].Name());
     if (tried_ < count)
-        job_.log.ProtocolAppend("Not tried: " + ofAll(count - tried_) + ", " + files_[tried_] +
-                                (tried_ + 1 < count ? " to " + files_.back() : ""));
+        job_.log.ProtocolAppend("Not tried: " + ofAll(count - tried_) + ", " + sources_[tried_].Name() +
+                                (tried_ + 1 < count ? " to " + sources_.back().Name() : ""));
 }
 
 /// Those that +continue has left out, and why.
@@ -506,7 +517,7 @@ void Batch::TellOfFailures()
     if (outcome_.failedFiles == 0)
         return;
     job_.log.ProtocolAppend("Left out because of errors: " + std::to_string(outcome_.failedFiles) + " of " +
-                            std::to_string(files_.size()) + " files");
+                            std::to_string(sources_.size()) + " files");
     for (const FileReport& file : outcome_.files)
         if (file.end == FileReport::End::Failed)
             job_.log.ProtocolAppend("  " + file.path + ": " + file.problem);

@@ -7,6 +7,7 @@
 #include "schema/lock_retry.h"
 #include "schema/table_report.h"
 #include "settings/job.h"
+#include "source/source.h"
 
 #include <cstdint>
 #include <functional>
@@ -75,15 +76,19 @@ private:
     void ShowRunning(bool running);
     void TellThatThereIsNothingToDo(const std::string& reason);
     void TellThatNothingWasRead();
-    void Convert(DatabaseSession& session, const std::function<void()>& openDatabase, Step& step);
-    [[nodiscard]] bool IsLoaded(FileReport& report, std::string& hash);
-    void ConvertAndFinish(FileReport& report, const Shared& shared, TableSinks& sinks, Step& step);
-    [[nodiscard]] bool ConvertWhole(FileReport& report, const Shared& shared, Step& step);
-    void RenameWhenWanted(const std::string& path, Step& step);
+    void Convert(DatabaseSession& session, FilesOfRun& filesOfRun, const std::function<void()>& openDatabase,
+                 Step& step);
+    [[nodiscard]] bool IsLoaded(const Source& source, FileReport& report, std::string& hash);
+    void ConvertAndFinish(const Source& source, FileReport& report, const Shared& shared, TableSinks& sinks,
+                          Step& step);
+    [[nodiscard]] bool ConvertWhole(const Source& source, FileReport& report, const Shared& shared, Step& step);
+    void RenameWhenWanted(const Source& source, Step& step);
     [[nodiscard]] bool MayGoOn(std::size_t errorsBefore) const;
-    [[nodiscard]] bool ConvertOneFile(FileReport& report, const Shared& shared, TableSinks& sinks);
+    [[nodiscard]] bool ConvertOneFile(const Source& source, FileReport& report, const Shared& shared,
+                                      TableSinks& sinks);
     void ShowStructure(const Document& document, const StructureModel& model);
-    void FinishFile(FileReport& report, bool converted, DatabaseSession& session, const std::string& hash, Step& step);
+    void FinishFile(const Source& source, FileReport& report, bool converted, DatabaseSession& session,
+                    const std::string& hash, Step& step);
     void Commit(DatabaseSession& session);
     void EndEarly(DatabaseSession& session);
     [[nodiscard]] std::string WhatTheDatabaseHolds() const;
@@ -101,9 +106,10 @@ private:
     bool hasCommitted_ = false;          ///< a file of this run is complete in the database
     bool commitFailed_ = false;          ///< what was not committed then is lost
     std::int64_t unfinishedRecords_ = 0; ///< saved by the file at hand, not yet committed
-    std::vector<std::string> files_;     ///< all sources
+    std::vector<Source> sources_;        ///< all of them
     std::size_t tried_ = 0;              ///< of them, the one at hand included
     std::string lastConverted_;
+    bool isFileComplete_ = true; ///< all of the file at hand was converted that came up to now
     bool textFilesChanged_ = false;
     bool isTakenBack_ = false; ///< what came of the file at which the run ended
     LoadedSources loaded_;     ///< with +once

@@ -1,11 +1,9 @@
 #include "driver/once.h"
 
 #include "log/runtime_error.h"
-#include "platform/paths.h"
 #include "platform/sha256.h"
 #include "schema/engine_errors.h"
 
-#include <cstdio>
 #include <memory>
 
 namespace velmora {
@@ -14,6 +12,8 @@ std::optional<std::string> UnfitOnce(const ConversionSettings& settings)
 {
     if (!settings.blOnce)
         return std::nullopt;
+    if (settings.sourceFile == kStandardInput && !settings.fromUrl)
+        return "+once reads a source twice, which standard input cannot be; nothing was written";
     if (settings.targetFile.empty())
         return "+once needs a database that stays, mdb=FILE; nothing was written";
     if (settings.blRecreateDatabase)
@@ -22,23 +22,22 @@ std::optional<std::string> UnfitOnce(const ConversionSettings& settings)
     return std::nullopt;
 }
 
-std::string HashOfFile(Job& job, const std::string& path)
+std::string HashOfSource(Job& job, const Source& source)
 {
     constexpr std::size_t kPieceBytes = std::size_t{1} << 20;
-    struct Closer {
-        void operator()(std::FILE* file) const noexcept { std::fclose(file); }
-    };
-    const std::unique_ptr<std::FILE, Closer> file(OpenFileStream(path, "rb"));
-    if (!file)
+    try {
+        const std::unique_ptr<SourceStream> stream = OpenSource(source.Apart());
+        Sha256 hash;
+        std::string piece(kPieceBytes, '\0');
+        for (std::size_t size = 1; size > 0;) {
+            job.ProcessEvents();
+            size = stream->Read(piece.data(), piece.size());
+            hash.Add(std::string_view(piece).substr(0, size));
+        }
+        return hash.Finish();
+    } catch (const SourceError&) {
         return {};
-    Sha256 hash;
-    std::string piece(kPieceBytes, '\0');
-    for (std::size_t size = 1; size > 0;) {
-        job.ProcessEvents();
-        size = std::fread(piece.data(), 1, piece.size(), file.get());
-        hash.Add(std::string_view(piece).substr(0, size));
     }
-    return std::ferror(file.get()) == 0 ? hash.Finish() : std::string();
 }
 
 void KeepListApart(Job& job, DatabaseSession& session, const MappingPlan& plan)

@@ -13,7 +13,8 @@ inline constexpr std::string_view kCaption = "velmora   tarnwick";
 enum class Icon { Exclamation, Critical, Question };
 enum class Buttons { Ok, OkCancel, RetryCancel, YesNoCancel };
 enum class Answer { Ok, Cancel, Retry, Yes, No };
-enum class ProgressBarId { Files, Records };
+/// Bytes: of the source at hand, packed as it is; a maximum of 0 is not known.
+enum class ProgressBarId { Files, Records, Bytes };
 
 /// What the converter asks of a person or shows to one. The window, the console and the tests' scripted host implement
 /// it; no other code knows which one is there. Boxes are never asked for in a quiet run.

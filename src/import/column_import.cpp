@@ -34,7 +34,7 @@ private:
 
 } // namespace
 
-ColumnImport::ColumnImport(Job& job, DatabaseSession& session, const std::string& source, const Document& document,
+ColumnImport::ColumnImport(Job& job, DatabaseSession& session, const Source& source, const Document& document,
                            const MappingPlan& plan, TableSinks& sinks, ValueAccount& account)
     : job_(job), session_(session), source_(source), document_(document), plan_(plan), sinks_(sinks), fields_(plan),
       beside_(plan, session.Names()), writer_(job, session, document, account)

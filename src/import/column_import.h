@@ -5,6 +5,7 @@
 #include "import/table_sinks.h"
 #include "import/value_account.h"
 #include "schema/engine_errors.h"
+#include "source/source.h"
 
 #include <string>
 #include <string_view>
@@ -17,7 +18,7 @@ namespace velmora {
 class ColumnImport {
 public:
     /// `source` is the file from which the document was loaded.
-    ColumnImport(Job& job, DatabaseSession& session, const std::string& source, const Document& document,
+    ColumnImport(Job& job, DatabaseSession& session, const Source& source, const Document& document,
                  const MappingPlan& plan, TableSinks& sinks, ValueAccount& account);
 
     /// Writes the texts of the element's leaves into its record, which is pending in `sink`. A leaf for which that has
@@ -80,7 +81,7 @@ private:
 
     Job& job_;
     const DatabaseSession& session_;
-    const std::string& source_;
+    const Source& source_;
     const Document& document_;
     const MappingPlan& plan_;
     TableSinks& sinks_;

@@ -245,7 +245,7 @@ std::string_view NodeImporter::SourceOf(TableNumber sink) const
 
 } // namespace
 
-DocumentImport::DocumentImport(Job& job, DatabaseSession& session, const std::string& source, const Document& document,
+DocumentImport::DocumentImport(Job& job, DatabaseSession& session, const Source& source, const Document& document,
                                const MappingPlan& plan, TableSinks& sinks)
     : job_(job), session_(session), document_(document), plan_(plan), sinks_(sinks), account_(document),
       columns_(job, session, source, document, plan, sinks, account_)

@@ -2,6 +2,7 @@
 
 #include "import/column_import.h"
 #include "import/loss_report.h"
+#include "source/source.h"
 
 #include <cstdint>
 #include <optional>
@@ -12,7 +13,7 @@ namespace velmora {
 /// The import of one document, which was loaded from the file `source`, into the opened sinks.
 class DocumentImport {
 public:
-    DocumentImport(Job& job, DatabaseSession& session, const std::string& source, const Document& document,
+    DocumentImport(Job& job, DatabaseSession& session, const Source& source, const Document& document,
                    const MappingPlan& plan, TableSinks& sinks);
 
     /// Walks the document once and turns it into records, as the plan says: each element that has a table becomes a

@@ -42,8 +42,8 @@ bool IsBrokenRule(const EngineError& error) noexcept
     }
 }
 
-RuntimeError ExplainRefusal(const EngineError& error, TableSink& sink, const Document& document,
-                            const std::string& source, const std::string& help)
+RuntimeError ExplainRefusal(const EngineError& error, TableSink& sink, const Document& document, const Source& source,
+                            const std::string& help)
 {
     std::string text = error.what();
     text += " (" + RuleOf(error.Subject());

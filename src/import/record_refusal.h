@@ -2,6 +2,7 @@
 
 #include "import/table_sinks.h"
 #include "schema/engine_errors.h"
+#include "source/source.h"
 
 #include <string>
 
@@ -11,8 +12,8 @@ namespace velmora {
 [[nodiscard]] bool IsBrokenRule(const EngineError& error) noexcept;
 
 /// `error`, with which the engine refused the record pending in `sink`, with the rule, the values that broke it, and
-/// the record: its path, its number and its line in the file `source`. `help` follows unless it is empty.
+/// the record: its path, its number and its line in `source`. `help` follows unless it is empty.
 [[nodiscard]] RuntimeError ExplainRefusal(const EngineError& error, TableSink& sink, const Document& document,
-                                          const std::string& source, const std::string& help);
+                                          const Source& source, const std::string& help);
 
 } // namespace velmora

@@ -20,6 +20,8 @@ struct ConversionSettings : RunFlags {
     bool fromUrl = false;   ///< the source is the one at `url`
     std::string sourceFile; ///< may have wildcards; the download's, once that is there
     std::string renamePattern;
+    std::string encoding;    ///< of the sources, whatever they declare
+    std::string unpackLimit; ///< in MB
     std::string url, urlUser, urlPassword, urlTimeout;
     std::string mappingFile;
     std::string targetFile;

@@ -63,13 +63,29 @@ constexpr Option kOptions[] = {
      .value = "FILE",
      .help = "the XML file; \"*\" and \"?\" in its name stand for several letters or one: xml=prod_*.xml converts all "
              "matching files, in the order of their names, into one database; several names stand with a vertical bar "
-             "between them, and xml=@list.txt names a file with a name on each line"},
+             "between them, and xml=@list.txt names a file with a name on each line; xml=- is standard input; what is "
+             "packed (.gz, .bz2, .xz, .zst, .zip) is unpacked"},
     {.group = OptionGroup::Source,
      .control = &Controls::txtFILE_XML_RENAMED,
      .setting = &ConversionSettings::renamePattern,
      .words = "rename= n=",
      .value = "PATTERN",
      .help = "what each XML file is called after its conversion: rename=%p%done/%f%.xml moves it into a folder"},
+    {.group = OptionGroup::Source,
+     .control = &Controls::txtENCODING,
+     .setting = &ConversionSettings::encoding,
+     .words = "encoding=",
+     .value = "NAME",
+     .help =
+         "what the characters of the sources are, where a declaration is wrong: encoding=windows-1252; a byte order "
+         "mark is right whatever stands here"},
+    {.group = OptionGroup::Source,
+     .control = &Controls::txtUNPACK_LIMIT,
+     .setting = &ConversionSettings::unpackLimit,
+     .words = "unpack_limit=",
+     .value = "MB",
+     .startText = "64000",
+     .help = "refuse a packed file that unpacks to more than this"},
     {.group = OptionGroup::Target,
      .control = &Controls::txtFILE_MDB,
      .setting = &ConversionSettings::targetFile,

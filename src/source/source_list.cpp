@@ -3,6 +3,7 @@
 #include "platform/file_listing.h"
 #include "platform/paths.h"
 #include "platform/utf8.h"
+#include "source/source.h"
 
 #include <algorithm>
 #include <cstdio>
@@ -118,6 +119,8 @@ SourceFiles ListSourceFiles(std::string_view text)
 {
     if (TrimWhiteSpace(text).empty())
         return {{}, "No XML file specified!"};
+    if (text == kStandardInput)
+        return {{std::string(text)}, std::nullopt};
     const std::vector<std::string> names = Names(text);
     Listing listing(names.size() == 1);
     for (const std::string& name : names)
@@ -127,7 +130,7 @@ SourceFiles ListSourceFiles(std::string_view text)
 
 bool NamesSource(std::string_view text, std::string_view path)
 {
-    if (path.empty())
+    if (path.empty() || text == kStandardInput)
         return false;
     for (const std::string& name : Names(text))
         if (IsSameFile(path, IsList(name) ? name.substr(1) : name))

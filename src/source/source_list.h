@@ -13,7 +13,8 @@ inline constexpr char kSourceSeparator = '|';
 inline constexpr char kListMark = '@';
 
 /// The files that a source's text names: a file; a pattern, whose files come in the order of their names; `@` and a
-/// file with a name on each line, taken as it stands; or several of these with `|` between them, in their order. A file
+/// file with a name on each line, taken as it stands; or several of these with `|` between them, in their order; or,
+/// as the whole text, kStandardInput. A file
 /// that is named twice counts once. Where a file has the whole text for its name, bars and all, that is the one.
 struct SourceFiles {
     std::vector<std::string> paths; ///< those that are there

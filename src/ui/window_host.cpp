@@ -115,12 +115,14 @@ void WindowHost::Reset()
 
 void WindowHost::SetProgressRange(ProgressBarId bar, std::int64_t maximum)
 {
-    (bar == ProgressBarId::Files ? files_ : recordsTotal_).store(maximum, std::memory_order_relaxed);
+    if (bar != ProgressBarId::Bytes)
+        (bar == ProgressBarId::Files ? files_ : recordsTotal_).store(maximum, std::memory_order_relaxed);
 }
 
 void WindowHost::SetProgress(ProgressBarId bar, std::int64_t value)
 {
-    (bar == ProgressBarId::Files ? filesDone_ : records_).store(value, std::memory_order_relaxed);
+    if (bar != ProgressBarId::Bytes)
+        (bar == ProgressBarId::Files ? filesDone_ : records_).store(value, std::memory_order_relaxed);
 }
 
 RunProgress WindowHost::Progress() const

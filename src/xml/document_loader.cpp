@@ -1,14 +1,10 @@
 #include "xml/document_loader.h"
 
-#include "platform/paths.h"
 #include "platform/utf8.h"
 #include "xml/document_parser.h"
 #include "xml/input_encoding.h"
 
 #include <algorithm>
-#include <cerrno>
-#include <cstdio>
-#include <cstring>
 #include <memory>
 #include <string_view>
 #include <utility>
@@ -22,11 +18,6 @@ namespace {
 constexpr std::size_t kChunkBytes = std::size_t{128} * 1024;
 constexpr std::size_t kMaxChunkBytes = std::size_t{64} << 20;
 
-struct FileCloser {
-    void operator()(std::FILE* file) const noexcept { std::fclose(file); }
-};
-using FileHandle = std::unique_ptr<std::FILE, FileCloser>;
-
 LoadResult Unreadable(std::string problem)
 {
     LoadResult result;
@@ -34,16 +25,12 @@ LoadResult Unreadable(std::string problem)
     return result;
 }
 
-std::string SystemProblem(int error)
-{
-    return "cannot be read: " + std::string(std::strerror(error));
-}
-
-/// The bytes of a file, a chunk at a time, in the form that the parser takes.
+/// The bytes of a source, a chunk at a time, in the form that the parser takes.
 class ChunkedInput {
 public:
-    ChunkedInput(std::FILE* file, DocumentParser& parser, const InputEncoding& encoding)
-        : file_(file), parser_(parser), charset_(encoding.convertFrom), isLatin1_(encoding.parseAs == ParseAs::Latin1)
+    ChunkedInput(SourceStream& stream, DocumentParser& parser, const InputEncoding& encoding)
+        : stream_(stream), parser_(parser), charset_(encoding.convertFrom),
+          isLatin1_(encoding.parseAs == ParseAs::Latin1)
     {
         if (!charset_.empty())
             converter_ = std::make_unique<Utf8Converter>(charset_);
@@ -70,7 +57,7 @@ private:
     [[nodiscard]] bool SetBadBytes(const char* what);
     [[nodiscard]] std::size_t Read(void* buffer, std::size_t bytes);
 
-    std::FILE* file_;
+    SourceStream& stream_;
     DocumentParser& parser_;
     std::string charset_;
     bool isLatin1_;
@@ -85,12 +72,8 @@ private:
 
 std::size_t ChunkedInput::Read(void* buffer, std::size_t bytes)
 {
-    const std::size_t count = std::fread(buffer, 1, bytes, file_);
-    if (count < bytes) {
-        if (std::ferror(file_) != 0)
-            problem_ = SystemProblem(errno);
-        ended_ = true;
-    }
+    const std::size_t count = stream_.Read(static_cast<char*>(buffer), bytes);
+    ended_ = count < bytes;
     return count;
 }
 
@@ -147,26 +130,33 @@ bool ChunkedInput::SetBadBytes(const char* what)
     return false;
 }
 
-} // namespace
-
-LoadResult LoadDocument(const std::string& path, const std::function<void()>& onPiece, MemoryBudget budget,
-                        Blanks blanks)
+/// What the source is said to be, or what its first bytes tell.
+InputEncoding EncodingOf(const Source& source, std::string_view firstBytes)
 {
-    const FileHandle file(OpenFileStream(path, "rb"));
-    if (!file)
-        return Unreadable(SystemProblem(errno));
-    std::setvbuf(file.get(), nullptr, _IONBF, 0); // chunks are read whole
-    std::string head(kEncodingSniffBytes, '\0');
-    head.resize(std::fread(head.data(), 1, head.size(), file.get()));
-    if (std::ferror(file.get()) != 0)
-        return Unreadable(SystemProblem(errno));
+    if (!source.encoding.empty() && !HasByteOrderMark(firstBytes))
+        if (const auto named = EncodingNamed(source.encoding))
+            return *named;
+    return DetectEncoding(firstBytes);
+}
 
-    const InputEncoding encoding = DetectEncoding(head);
+std::string FirstBytes(SourceStream& stream)
+{
+    std::string head(kEncodingSniffBytes, '\0');
+    head.resize(stream.Read(head.data(), head.size()));
+    return head;
+}
+
+LoadResult Load(const Source& source, const std::function<void(std::int64_t)>& onPiece, MemoryBudget budget,
+                Blanks blanks)
+{
+    const std::unique_ptr<SourceStream> stream = OpenSource(source);
+    const std::string head = FirstBytes(*stream);
+    const InputEncoding encoding = EncodingOf(source, head);
     DocumentParser parser(encoding.parseAs, std::move(budget), blanks);
-    ChunkedInput input(file.get(), parser, encoding);
+    ChunkedInput input(*stream, parser, encoding);
     bool more = input.Give(head);
     while (more) {
-        onPiece();
+        onPiece(stream->BytesTaken());
         more = input.GiveNext();
     }
     const bool good = input.HasEnded() && input.Problem().empty() && parser.Problem().empty() && input.Finish();
@@ -175,6 +165,18 @@ LoadResult LoadDocument(const std::string& path, const std::function<void()>& on
     LoadResult result = parser.Take();
     result.controlBytes = input.ControlBytes();
     return result;
+}
+
+} // namespace
+
+LoadResult LoadDocument(const Source& source, const std::function<void(std::int64_t)>& onPiece, MemoryBudget budget,
+                        Blanks blanks)
+{
+    try {
+        return Load(source, onPiece, std::move(budget), blanks);
+    } catch (const SourceError& error) {
+        return Unreadable(error.what());
+    }
 }
 
 namespace {
@@ -204,26 +206,35 @@ const char* ParserEncoding(const InputEncoding& encoding)
     return encoding.parseAs == ParseAs::Utf8 ? "UTF-8" : nullptr;
 }
 
-} // namespace
-
-std::optional<std::size_t> LineOfElement(const std::string& path, ElementId element)
+/// nullopt when the element is not found.
+std::optional<std::size_t> FindLine(const Source& source, ElementId element)
 {
-    const FileHandle file(OpenFileStream(path, "rb"));
-    if (!file)
-        return std::nullopt;
-    std::string chunk(kChunkBytes, '\0');
-    const auto read = [&] {
-        return std::string_view(chunk.data(), std::fread(chunk.data(), 1, chunk.size(), file.get()));
-    };
-    std::string_view bytes = read();
-    const char* const encoding = ParserEncoding(DetectEncoding(bytes.substr(0, kEncodingSniffBytes)));
+    const std::unique_ptr<SourceStream> stream = OpenSource(source);
+    std::string bytes = FirstBytes(*stream);
+    const char* const encoding = ParserEncoding(EncodingOf(source, bytes));
     const std::unique_ptr<XML_ParserStruct, void (*)(XML_Parser)> parser(XML_ParserCreate(encoding), XML_ParserFree);
     Search search{parser.get(), element, std::nullopt};
     XML_SetUserData(parser.get(), &search);
     XML_SetStartElementHandler(parser.get(), Search::OnStart);
-    while (!bytes.empty() && XML_Parse(parser.get(), bytes.data(), static_cast<int>(bytes.size()), 0) == XML_STATUS_OK)
-        bytes = read();
+    while (!bytes.empty() &&
+           XML_Parse(parser.get(), bytes.data(), static_cast<int>(bytes.size()), 0) == XML_STATUS_OK) {
+        bytes.resize(kChunkBytes);
+        bytes.resize(stream->Read(bytes.data(), bytes.size()));
+    }
     return search.line;
+}
+
+} // namespace
+
+std::optional<std::size_t> LineOfElement(const Source& source, ElementId element)
+{
+    if (source.IsStandardInput())
+        return std::nullopt;
+    try {
+        return FindLine(source.Apart(), element);
+    } catch (const SourceError&) {
+        return std::nullopt;
+    }
 }
 
 } // namespace velmora

@@ -1,9 +1,11 @@
 #pragma once
 
 #include "platform/paged_memory.h"
+#include "source/source.h"
 #include "xml/document.h"
 
 #include <cstddef>
+#include <cstdint>
 #include <functional>
 #include <optional>
 #include <string>
@@ -21,15 +23,15 @@ struct LoadResult {
     std::size_t controlBytes = 0;    ///< of ISO-8859-1: 80 to 9F, control characters where windows-1252 has letters
 };
 
-/// Reads the XML file at `path` (UTF-8 name). Never throws for what the document holds: a file that is not well-formed,
-/// or that cannot be read, gives an empty document and `problem`. No external entity is ever fetched. `onPiece` is
-/// called now and then; what it throws ends the load.
-[[nodiscard]] LoadResult LoadDocument(const std::string& path, const std::function<void()>& onPiece,
+/// Reads an XML document. Never throws for what the source holds: one that is not well-formed, or that cannot be read,
+/// gives an empty document and `problem`. No external entity is ever fetched. `onPiece` is called now and then, with
+/// the bytes taken of the source so far; what it throws ends the load.
+[[nodiscard]] LoadResult LoadDocument(const Source& source, const std::function<void(std::int64_t)>& onPiece,
                                       MemoryBudget budget = MemoryBudget(kDocumentMemoryBudgetBytes),
                                       Blanks blanks = Blanks::BesideChildrenDropped);
 
-/// The line, counted from 1, on which `element` begins in the file at `path`, from which its document was loaded. Reads
-/// the file up to there: for messages. nullopt when it cannot be told any more, or in this encoding.
-[[nodiscard]] std::optional<std::size_t> LineOfElement(const std::string& path, ElementId element);
+/// The line, counted from 1, on which `element` begins in the source from which its document was loaded. Reads it up to
+/// there: for messages. nullopt when it cannot be told any more, or in this encoding.
+[[nodiscard]] std::optional<std::size_t> LineOfElement(const Source& source, ElementId element);
 
 } // namespace velmora

@@ -125,6 +125,26 @@ InputEncoding Converted(const char* charset)
 
 } // namespace
 
+std::optional<InputEncoding> EncodingNamed(std::string_view name)
+{
+    const std::string upper = Upper(name);
+    if (IsLatin1(upper))
+        return InputEncoding{ParseAs::Latin1, ""};
+    if (upper == "UTF-8" || upper == "UTF8")
+        return InputEncoding{ParseAs::Utf8, ""};
+    std::string charset = CharsetFor(upper);
+    if (!IsEncodingName(name) || !Utf8Converter(charset).IsKnown())
+        return std::nullopt;
+    return InputEncoding{ParseAs::Utf8, std::move(charset)};
+}
+
+bool HasByteOrderMark(std::string_view firstBytes) noexcept
+{
+    using namespace std::string_view_literals;
+    return firstBytes.starts_with("\xEF\xBB\xBF"sv) || firstBytes.starts_with("\xFF\xFE"sv) ||
+           firstBytes.starts_with("\xFE\xFF"sv) || firstBytes.starts_with("\0\0\xFE\xFF"sv);
+}
+
 InputEncoding DetectEncoding(std::string_view firstBytes)
 {
     const auto startsWith = [&](std::string_view bytes) { return firstBytes.substr(0, bytes.size()) == bytes; };

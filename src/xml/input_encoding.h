@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstddef>
+#include <optional>
 #include <string>
 #include <string_view>
 
@@ -26,5 +27,10 @@ inline constexpr std::size_t kEncodingSniffBytes = 1024;
 /// Tells the encoding by the byte order mark, by the zero bytes of wide encodings without one, and by the declaration.
 /// An encoding that nobody knows is left to the parser, which says so.
 [[nodiscard]] InputEncoding DetectEncoding(std::string_view firstBytes);
+
+/// The encoding of this name, whatever a file declares; nullopt when nobody knows it.
+[[nodiscard]] std::optional<InputEncoding> EncodingNamed(std::string_view name);
+
+[[nodiscard]] bool HasByteOrderMark(std::string_view firstBytes) noexcept;
 
 } // namespace velmora

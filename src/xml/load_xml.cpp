@@ -1,6 +1,7 @@
 #include "xml/load_xml.h"
 
 #include "xml/document_loader.h"
+#include "xml/input_encoding.h"
 
 #include <filesystem>
 #include <system_error>
@@ -11,10 +12,10 @@ namespace velmora {
 namespace {
 
 /// The lines about what the load left out.
-void ReportLoad(Job& job, const std::string& path, const LoadResult& loaded)
+void ReportLoad(Job& job, const Source& source, const LoadResult& loaded)
 {
     if (!loaded.problem.empty())
-        job.log.Warn("not-loaded", "Not loaded: " + path + ": " + loaded.problem);
+        job.log.Warn("not-loaded", "Not loaded: " + source.Name() + ": " + loaded.problem);
     if (loaded.skippedEntities != 0) {
         job.log.Warn("entities-left-out",
                      "Entities without a text of their own, left out: " + std::to_string(loaded.skippedEntities) +
@@ -24,25 +25,32 @@ void ReportLoad(Job& job, const std::string& path, const LoadResult& loaded)
     if (loaded.controlBytes != 0) {
         job.log.Warn("control-bytes",
                      "Bytes 80 to 9F, control characters in ISO-8859-1: " + std::to_string(loaded.controlBytes) +
-                         "; where they are letters the file must say windows-1252",
+                         "; where they are letters, encoding=windows-1252 says so",
                      static_cast<std::int64_t>(loaded.controlBytes));
     }
 }
 
 } // namespace
 
-LoadedXml velLoadXML(Job& job, const std::string& path)
+std::optional<std::string> UnfitEncoding(const ConversionSettings& settings)
+{
+    if (settings.encoding.empty() || EncodingNamed(settings.encoding))
+        return std::nullopt;
+    return "encoding= names \"" + settings.encoding + "\", which is not known; nothing was converted";
+}
+
+LoadedXml velLoadXML(Job& job, const Source& source)
 {
     LoadedXml result;
-    Procedure(job.log, "velLoadXML", path, [&](Step& step) {
+    Procedure(job.log, "velLoadXML", source.Name(), [&](Step& step) {
         const auto fail = [&](int number, const char* message) {
             step(message);
             throw RuntimeError(number, message);
         };
-        if (path.empty())
+        if (source.path.empty())
             fail(runtime_errors::kApplicationDefined, "Source XML file not specified");
         std::error_code ignored;
-        if (!std::filesystem::exists(std::filesystem::u8path(path), ignored))
+        if (!source.IsStandardInput() && !std::filesystem::exists(std::filesystem::u8path(source.path), ignored))
             fail(runtime_errors::kFileNotFound, "Source XML file not found");
         job.log.ProtocolAppend("Open XML");
         // The words of the trace are fixed, whatever the parser is: those who read traces look for them.
@@ -50,9 +58,13 @@ LoadedXml velLoadXML(Job& job, const std::string& path)
         step("Load file into ActiveX");
         // Text beside children is imported only where every value is.
         const Blanks blanks = job.settings.blComplete ? Blanks::KeptBesideText : Blanks::BesideChildrenDropped;
-        LoadResult loaded = LoadDocument(
-            path, [&] { job.ProcessEvents(); }, MemoryBudget(kDocumentMemoryBudgetBytes), blanks);
-        ReportLoad(job, path, loaded);
+        const auto onPiece = [&](std::int64_t bytes) {
+            job.host.SetProgress(ProgressBarId::Bytes, bytes);
+            job.ProcessEvents();
+        };
+        job.host.SetProgressRange(ProgressBarId::Bytes, BytesOf(source));
+        LoadResult loaded = LoadDocument(source, onPiece, MemoryBudget(kDocumentMemoryBudgetBytes), blanks);
+        ReportLoad(job, source, loaded);
         result.readable = loaded.problem.empty();
         result.problem = std::move(loaded.problem);
         result.document = std::move(loaded.document);

@@ -1,8 +1,10 @@
 #pragma once
 
 #include "settings/job.h"
+#include "source/source.h"
 #include "xml/document.h"
 
+#include <optional>
 #include <string>
 
 namespace velmora {
@@ -13,9 +15,12 @@ struct LoadedXml {
     std::string problem;  ///< why it could not be read
 };
 
+/// Why the encoding that the settings name for the sources cannot be; nullopt when it can, or when they name none.
+[[nodiscard]] std::optional<std::string> UnfitEncoding(const ConversionSettings& settings);
+
 /// Loads one XML file. A missing file ends in the error report; one that cannot be read gives an empty document and a
 /// protocol line that says where and why. Entities that the parser had to skip are counted and named in one line,
 /// control characters of ISO-8859-1 in another.
-[[nodiscard]] LoadedXml velLoadXML(Job& job, const std::string& path);
+[[nodiscard]] LoadedXml velLoadXML(Job& job, const Source& source);
 
 } // namespace velmora

@@ -40,7 +40,7 @@ constexpr Part kParts[] = {
     {"xml", "platform host log settings source"},
     {"plan", "platform host log settings mapping xml"},
     {"schema", "platform host log settings xml plan jet jet/base"},
-    {"import", "platform host log settings xml plan schema"},
+    {"import", "platform host log settings source xml plan schema"},
     {"xml_export", "platform host log settings schema"},
     {"driver", "platform host log settings source mapping xml plan schema import xml_export"},
     {"app", "platform host log settings source mapping xml plan schema import xml_export driver"},
@@ -57,6 +57,7 @@ const OutsideLibrary kOutsideLibraries[] = {
     {std::regex("Q[A-Z].*"), "ui"},
     {std::regex("expat.*\\.h"), "xml"},
     {std::regex("iconv\\.h"), "platform"},
+    {std::regex("archive(_entry)?\\.h"), "source"},
     // The operating system's own.
     {std::regex("(sys/.*|[a-z]+)\\.h"), "platform jet/store"},
 };

@@ -26,9 +26,9 @@ TEST(ProgressLine, ShowsWhatIsKnownInTheWidthThereIs)
     const Case cases[] = {
         {"reading", {.files = 1, .recordsTotal = 100, .fileMilliseconds = 3700}, 80, "reading, 0:03"},
         {"reading the second of three",
-         {.files = 3, .filesDone = 1, .fileMilliseconds = 61000},
+         {.files = 3, .filesDone = 1, .bytes = 50, .bytesTotal = 200, .fileMilliseconds = 61000},
          80,
-         "2 of 3  reading, 1:01"},
+         "2 of 3  reading, 25%, 1:01"},
         {"half", half, 80, "[#############              ]   50%  500 of about 1000 records, 250/s, 0:02 left"},
         {"no rate yet", young, 80, "[###############               ]   50%  500 of about 1000 records"},
         {"narrow", half, 60, "[###    ]   50%  500 of about 1000 records, 250/s, 0:02 left"},

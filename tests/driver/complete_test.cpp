@@ -147,7 +147,7 @@ std::string Canonical(const Document& document, ElementId element)
 std::string Canonical(const std::filesystem::path& file)
 {
     const LoadResult loaded = LoadDocument(
-        file.string(), [] {}, MemoryBudget(kDocumentMemoryBudgetBytes), Blanks::KeptBesideText);
+        file.string(), [](std::int64_t) {}, MemoryBudget(kDocumentMemoryBudgetBytes), Blanks::KeptBesideText);
     return loaded.document.IsEmpty() ? loaded.problem : Canonical(loaded.document, loaded.document.Root());
 }
 

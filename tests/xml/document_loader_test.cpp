@@ -116,7 +116,9 @@ TEST(DocumentLoader, SaysWhereAndWhyAFileCannotBeRead)
         EXPECT_TRUE(loaded.document.IsEmpty());
     }
     const testing::TempFolder folder;
-    const auto load = [](const std::filesystem::path& path) { return LoadDocument(path.string(), [] {}); };
+    const auto load = [](const std::filesystem::path& path) {
+        return LoadDocument(path.string(), [](std::int64_t) {});
+    };
     EXPECT_EQ(load(folder.Path()).problem, "cannot be read: Is a directory");
     EXPECT_EQ(load(folder / "missing.xml").problem, "cannot be read: No such file or directory");
 }
@@ -180,7 +182,7 @@ TEST(DocumentLoader, EndsWithWhatIsThrownBetweenTwoPieces)
     const std::string path = (folder / "document.xml").string();
     testing::WriteFile(path, "<a>" + std::string(1'000'000, 'x') + "</a>");
     int pieces = 0;
-    const auto onPiece = [&] {
+    const auto onPiece = [&](std::int64_t) {
         if (++pieces == 3)
             throw Aborted();
     };

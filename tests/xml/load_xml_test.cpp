@@ -24,7 +24,7 @@ TEST(LoadXml, ReportsWhatItCouldNotRead)
          "Entities without a text of their own, left out: 2, the first is &one;", true},
         {"letters of windows-1252 in a file that does not say so",
          "<?xml version='1.0' encoding='ISO-8859-1'?><a>\x93x\x94</a>",
-         "Bytes 80 to 9F, control characters in ISO-8859-1: 2; where they are letters the file must say windows-1252",
+         "Bytes 80 to 9F, control characters in ISO-8859-1: 2; where they are letters, encoding=windows-1252 says so",
          true},
     };
     for (const Case& c : cases) {

@@ -15,7 +15,7 @@ inline LoadResult LoadBytes(std::string_view bytes, MemoryBudget budget = Memory
     const std::string path = (folder / "document.xml").string();
     WriteFile(path, bytes);
     return LoadDocument(
-        path, [] {}, std::move(budget));
+        path, [](std::int64_t) {}, std::move(budget));
 }
 
 /// One line per element: tag, attributes, content in brackets when there is any, and how many siblings bear the tag.

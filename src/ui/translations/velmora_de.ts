@@ -94,6 +94,22 @@
             <translation>Kennwort</translation>
         </message>
         <message>
+            <source>Encoding of the sources</source>
+            <translation>Zeichensatz der Quellen</translation>
+        </message>
+        <message>
+            <source>Largest size of a packed file when it is unpacked, in MB</source>
+            <translation>Größe, die eine gepackte Datei entpackt höchstens haben darf, in MB</translation>
+        </message>
+        <message>
+            <source>what the characters of the sources are, where a declaration is wrong: encoding=windows-1252; a byte order mark is right whatever stands here</source>
+            <translation>was die Zeichen der Quellen sind, wo eine Angabe falsch ist: encoding=windows-1252; eine Bytereihenfolge-Marke gilt, was immer hier steht</translation>
+        </message>
+        <message>
+            <source>refuse a packed file that unpacks to more than this</source>
+            <translation>eine gepackte Datei abweisen, die entpackt größer ist</translation>
+        </message>
+        <message>
             <source>Time limit of a download, in seconds</source>
             <translation>Zeitgrenze für das Herunterladen, in Sekunden</translation>
         </message>
@@ -230,8 +246,8 @@
             <translation>Sonst:</translation>
         </message>
         <message>
-            <source>the XML file; &quot;*&quot; and &quot;?&quot; in its name stand for several letters or one: xml=prod_*.xml converts all matching files, in the order of their names, into one database; several names stand with a vertical bar between them, and xml=@list.txt names a file with a name on each line</source>
-            <translation>die XML-Datei; &quot;*&quot; und &quot;?&quot; im Namen stehen für mehrere Buchstaben oder einen: xml=prod_*.xml konvertiert alle passenden Dateien in der Reihenfolge ihrer Namen in eine Datenbank; zwischen mehreren Namen steht ein senkrechter Strich, und xml=@liste.txt nennt eine Datei mit einem Namen je Zeile</translation>
+            <source>the XML file; &quot;*&quot; and &quot;?&quot; in its name stand for several letters or one: xml=prod_*.xml converts all matching files, in the order of their names, into one database; several names stand with a vertical bar between them, and xml=@list.txt names a file with a name on each line; xml=- is standard input; what is packed (.gz, .bz2, .xz, .zst, .zip) is unpacked</source>
+            <translation>die XML-Datei; &quot;*&quot; und &quot;?&quot; im Namen stehen für mehrere Buchstaben oder einen: xml=prod_*.xml konvertiert alle passenden Dateien in der Reihenfolge ihrer Namen in eine Datenbank; zwischen mehreren Namen steht ein senkrechter Strich, und xml=@liste.txt nennt eine Datei mit einem Namen je Zeile; xml=- ist die Standardeingabe; Gepacktes (.gz, .bz2, .xz, .zst, .zip) wird entpackt</translation>
         </message>
         <message>
             <source>what each XML file is called after its conversion: rename=%p%done/%f%.xml moves it into a folder</source>
