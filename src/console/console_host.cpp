@@ -48,6 +48,11 @@ void ConsoleHost::Write(std::string_view text)
     Put(told_, text);
 }
 
+std::optional<std::size_t> ConsoleHost::Columns() const
+{
+    return IsTerminal(told_) ? std::optional(TerminalColumns(told_)) : std::nullopt;
+}
+
 void ConsoleHost::WriteResult(std::string_view text)
 {
     EraseProgress();

@@ -29,6 +29,8 @@ public:
     void KeepOutputForResult() noexcept { told_ = stderr; }
     /// Writes `text`, which tells something, as it stands.
     void Write(std::string_view text);
+    /// Columns of the terminal that Write writes to; nullopt when it is none.
+    [[nodiscard]] std::optional<std::size_t> Columns() const;
     /// Writes "velmora: " and `message`, a line, to standard error.
     void WriteError(std::string_view message);
 

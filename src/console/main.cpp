@@ -63,7 +63,7 @@ ExitStatus Run(ConsoleHost& host, const std::string& line)
         host.KeepOutputForResult();
     application.Form_Load(line);
     const RunOutcome outcome = application.Convert();
-    const std::string table = ClosingTable(outcome.tables);
+    const std::string table = ClosingTable(outcome.tables, host.Columns());
     if (!table.empty())
         host.Write("\n" + table);
     return StatusOf(outcome, application.MappingLoaded(), application.GetJob().controls.chkStrict.Checked());

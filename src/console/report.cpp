@@ -7,6 +7,7 @@
 
 #include <algorithm>
 #include <array>
+#include <numeric>
 #include <string_view>
 #include <vector>
 
@@ -135,8 +136,64 @@ TableReport Total(std::span<const TableReport> tables)
     return total;
 }
 
+bool IsContinuation(char byte)
+{
+    return (static_cast<unsigned char>(byte) & 0xC0) == 0x80;
+}
+
+using Widths = std::array<std::size_t, 4>;
+
+const Row kHeadings{"Table", "Records", "New columns", "Columns widened"};
+const Row kShortHeadings{"Table", "Records", "New", "Widened"};
+
+Widths WidthsOf(std::span<const Row> rows)
+{
+    Widths widths{};
+    for (const Row& row : rows)
+        for (std::size_t i = 0; i < row.size(); ++i)
+            widths[i] = std::max(widths[i], CountCharacters(row[i]));
+    return widths;
+}
+
+std::size_t TotalWidth(const Widths& widths)
+{
+    return std::accumulate(widths.begin(), widths.end(), kGap.size() * (widths.size() - 1));
+}
+
+/// `name` in so many characters, with dots for its middle: names that are long often differ at their ends.
+std::string Shortened(const std::string& name, std::size_t characters)
+{
+    constexpr std::string_view kDots = "..";
+    const std::size_t length = CountCharacters(name);
+    if (length <= characters)
+        return name;
+    const std::size_t kept = characters - std::min(characters, kDots.size());
+    const std::size_t head = (kept + 1) / 2;
+    std::string text;
+    std::size_t at = 0;
+    for (const char c : name) {
+        if (!IsContinuation(c) && ++at == head + 1)
+            text += kDots;
+        if (at <= head || at > length - (kept - head))
+            text += c;
+    }
+    return text;
+}
+
+/// Makes the rows, of which the first holds the headings, as narrow as they must be and can.
+void FitInto(std::size_t columns, std::vector<Row>& rows)
+{
+    if (TotalWidth(WidthsOf(rows)) > columns)
+        rows.front() = kShortHeadings;
+    const Widths widths = WidthsOf(rows);
+    const std::size_t numbers = TotalWidth(widths) - widths.front();
+    constexpr std::size_t kShortestName = 8;
+    for (Row& row : rows)
+        row.front() = Shortened(row.front(), std::max(kShortestName, columns - std::min(columns, numbers)));
+}
+
 /// The name to the left, numbers to the right.
-std::string Line(const Row& row, const std::array<std::size_t, 4>& widths)
+std::string Line(const Row& row, const Widths& widths)
 {
     std::string line;
     for (std::size_t i = 0; i < row.size(); ++i) {
@@ -160,26 +217,20 @@ std::string HelpText()
     return text + kRest;
 }
 
-std::string ClosingTable(std::span<const TableReport> tables)
+std::string ClosingTable(std::span<const TableReport> tables, std::optional<std::size_t> columns)
 {
     if (tables.empty())
         return {};
-    std::vector<Row> rows{{"Table", "Records", "New columns", "Columns widened"}};
+    std::vector<Row> rows{kHeadings};
     for (const TableReport& report : tables)
         rows.push_back(RowOf(report));
     if (tables.size() > 1)
         rows.push_back(RowOf(Total(tables)));
+    if (columns)
+        FitInto(*columns, rows);
 
-    std::array<std::size_t, 4> widths{};
-    for (const Row& row : rows)
-        for (std::size_t i = 0; i < row.size(); ++i)
-            widths[i] = std::max(widths[i], CountCharacters(row[i]));
-
-    std::size_t ruleWidth = kGap.size() * (widths.size() - 1);
-    for (const std::size_t width : widths)
-        ruleWidth += width;
-    const std::string rule = std::string(ruleWidth, '-') + '\n';
-
+    const Widths widths = WidthsOf(rows);
+    const std::string rule = std::string(TotalWidth(widths), '-') + '\n';
     std::string text = Line(rows.front(), widths) + rule;
     for (std::size_t i = 1; i <= tables.size(); ++i)
         text += Line(rows[i], widths);

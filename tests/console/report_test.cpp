@@ -70,6 +70,30 @@ TEST(ClosingTable, AlignsNamesLeftAndNumbersRight)
                                      "Total (2 tables)     1012            3                1\n");
 }
 
+TEST(ClosingTable, FitsIntoTheTerminal)
+{
+    const TableReport reports[] = {{"a_rather_long_name_of_a_table_1", 1, 0, 0}, {"caf\xC3\xA9_2", 2, 3, 4}};
+    struct Case {
+        std::size_t columns;
+        const char* heading;
+        const char* first;
+    };
+    const Case cases[] = {
+        {80, "Table                            Records  New columns  Columns widened\n",
+         "a_rather_long_name_of_a_table_1 "},
+        {60, "Table                            Records  New  Widened\n", "a_rather_long_name_of_a_table_1 "},
+        {40, "Table              Records  New  Widened\n", "a_rather..table_1 "},
+        {1, "Table     Records  New  Widened\n", "a_r..e_1 "},
+    };
+    for (const Case& c : cases) {
+        SCOPED_TRACE(c.columns);
+        const std::string table = ClosingTable(reports, c.columns);
+        EXPECT_EQ(table.substr(0, table.find('\n') + 1), c.heading);
+        EXPECT_NE(table.find(c.first), table.npos) << table;
+        EXPECT_NE(table.find("\ncaf\xC3\xA9_2 "), table.npos) << table;
+    }
+}
+
 TEST(Printable, KeepsTextAndDropsWhatSteersATerminal)
 {
     EXPECT_EQ(Printable("a\tb\r\nc \xC3\xA4\xE2\x82\xAC"), "a\tb\nc \xC3\xA4\xE2\x82\xAC");
