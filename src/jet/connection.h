@@ -59,7 +59,9 @@ public:
     /// Runs one statement: CREATE TABLE, CREATE [UNIQUE] INDEX ... [WITH PRIMARY], ALTER TABLE (ADD COLUMN, DROP
     /// COLUMN, ALTER COLUMN, ADD CONSTRAINT ... FOREIGN KEY, DROP CONSTRAINT), DROP TABLE, DROP INDEX, DELETE * FROM,
     /// UPDATE t SET a = b. ALTER COLUMN makes texts longer in their places, or memos, which stand last, several in one
-    /// go (ALTER TABLE t ALTER COLUMN a LONGTEXT, b TEXT(255)); what else the columns have stays.
+    /// go (ALTER TABLE t ALTER COLUMN a LONGTEXT, b TEXT(255)); numbers, dates and booleans it makes texts, in their
+    /// places ("1.5", "2024-03-05T14:07:09", "true"; of a column that Access shows as times "14:07:09"). What else the
+    /// columns have stays.
     void Execute(std::string_view sql);
     [[nodiscard]] Rowset OpenSchema(SchemaKind kind, const Restrictions& restrictions = {});
     /// Throws TableNotFound.

@@ -45,6 +45,7 @@ public:
     [[nodiscard]] const std::string& FieldName(std::size_t field) const { return ColumnAt(field).name; }
     /// Position of the field of exactly this name, letter case included; nullopt when there is none.
     [[nodiscard]] std::optional<std::size_t> FieldIndex(std::string_view name) const;
+    [[nodiscard]] ColumnType Type(std::size_t field) const { return ColumnAt(field).type; }
     [[nodiscard]] bool IsMemo(std::size_t field) const { return ColumnAt(field).type == ColumnType::Memo; }
     /// Is it a whole number of 32 bits? An autonumber is one too.
     [[nodiscard]] bool IsLong(std::size_t field) const { return ColumnAt(field).type == ColumnType::Long; }

@@ -38,6 +38,21 @@ std::string DateText(DateTime date)
     return {text.data(), static_cast<std::size_t>(length)};
 }
 
+std::string IsoDateText(DateTime date, bool isTimeOfDay)
+{
+    constexpr std::size_t kDayLength = 10; // "2024-03-05"
+    constexpr std::string_view kMidnight = " 00:00:00";
+    std::string text = DateText(date);
+    if (text.size() != kDayLength + kMidnight.size())
+        return text; // outside the years
+    if (isTimeOfDay && std::abs(date.days) < 1)
+        return text.substr(kDayLength + 1);
+    if (text.ends_with(kMidnight))
+        return text.substr(0, kDayLength);
+    text[kDayLength] = 'T';
+    return text;
+}
+
 namespace {
 
 using std::chrono::sys_days;

@@ -19,6 +19,10 @@ inline constexpr double kEndDay = 2'958'466;  ///< 10000-01-01
 /// as their number.
 [[nodiscard]] std::string DateText(DateTime date);
 
+/// The same as ISO 8601 writes it: "2024-03-05", with a time of day "2024-03-05T14:07:09". A value of a column that
+/// holds times of day is "14:07:09" as long as it has no day.
+[[nodiscard]] std::string IsoDateText(DateTime date, bool isTimeOfDay);
+
 struct ParsedDate {
     DateTime date;
     bool hasZone = false; ///< a time zone was named, and left out: the time is the one that was written

@@ -446,4 +446,20 @@ std::string ToText(const Value& value)
     return std::visit(TextOf{}, value);
 }
 
+std::string ToIsoText(const Value& value, bool isTimeOfDay)
+{
+    if (const auto* flag = std::get_if<bool>(&value))
+        return *flag ? "true" : "false";
+    if (const auto* date = std::get_if<DateTime>(&value))
+        return IsoDateText(*date, isTimeOfDay);
+    if (const auto* number = std::get_if<double>(&value)) {
+        std::array<char, 64> text{};
+        const auto [end, error] =
+            std::to_chars(text.data(), text.data() + text.size(), *number, std::chars_format::fixed);
+        if (error == std::errc{})
+            return {text.data(), end};
+    }
+    return ToText(value);
+}
+
 } // namespace jet

@@ -39,5 +39,8 @@ void FillUp(Bytes& out, std::size_t begin, const Format& format, const ValueType
 /// the same (of a Single: as a Single), booleans "True" and "False", dates "2024-03-05 14:07:09", bytes hexadecimal,
 /// GUIDs in braces.
 [[nodiscard]] std::string ToText(const Value& value);
+/// The same in the forms that data formats agree on: booleans "true" and "false", dates as IsoDateText() has them,
+/// numbers without an exponent unless they are very long then.
+[[nodiscard]] std::string ToIsoText(const Value& value, bool isTimeOfDay);
 
 } // namespace jet

@@ -34,6 +34,9 @@ constexpr std::size_t kMaxObjects = 32'768;
 /// The tables whose rows the lists hold; their objects belong to the lists.
 constexpr PageNumber kListed[] = {kObjectsPage, kAcesPage, kRelationshipsPage};
 
+/// "Long Time", "Medium Time", "Short Time".
+constexpr std::string_view kTimeFormats = " Time";
+
 bool IsListed(PageNumber definitionPage)
 {
     return std::ranges::find(kListed, definitionPage) != std::end(kListed);
@@ -115,6 +118,8 @@ void Catalog::ApplyProperties(Table& table)
         // Only where the property exists and is false: a column made by a statement has none and takes empty texts.
         rules.refusesEmpty = properties.Find(column.name, kAllowZeroLengthProperty) &&
                              !properties.FindBoolean(column.name, kAllowZeroLengthProperty);
+        if (const std::optional<ByteSpan> shown = properties.Find(column.name, kFormatProperty))
+            rules.showsTimes = DecodeText(*shown, GetFormat()).ends_with(kTimeFormats);
         if (const std::optional<ByteSpan> expression = properties.Find(column.name, kDefaultValueProperty))
             rules.defaultValue =
                 ParseDefaultValue(DecodeText(*expression, GetFormat()), GetFormat(), column.GetValueType());
@@ -323,6 +328,7 @@ void Catalog::SetProperties(std::string_view name, std::span<const Property> pro
     }
     objects_.SetProperties(IdOf(*table), blob);
     objects_.Touch(IdOf(*table));
+    ApplyProperties(*table);
 }
 
 void Catalog::NoteChange(Table& table)

@@ -71,6 +71,8 @@ private:
 inline constexpr std::string_view kRequiredProperty = "Required";
 /// Does the text column take the text of no characters?
 inline constexpr std::string_view kAllowZeroLengthProperty = "AllowZeroLength";
+/// How Access shows the values: the name of one of its formats, or one of the user's own.
+inline constexpr std::string_view kFormatProperty = "Format";
 /// An expression, see ParseDefaultValue().
 inline constexpr std::string_view kDefaultValueProperty = "DefaultValue";
 

@@ -27,7 +27,7 @@ struct DropColumn {
     std::string table;
     std::string column;
 };
-/// ALTER COLUMN, of one column or several: texts become longer, or memos.
+/// ALTER COLUMN, of one column or several: texts become longer, or memos; numbers, dates and booleans become texts.
 struct WidenColumns {
     std::string table;
     std::vector<ColumnSpec> columns;

@@ -76,6 +76,38 @@ void MakeMemo(TableDef& def, std::size_t at)
     def.columns.push_back(std::move(column));
 }
 
+/// Has each of its values a text that says all of it?
+bool CanBecomeText(const Column& column)
+{
+    switch (column.type) {
+    case ColumnType::Boolean:
+    case ColumnType::Byte:
+    case ColumnType::Integer:
+    case ColumnType::Currency:
+    case ColumnType::Single:
+    case ColumnType::Double:
+    case ColumnType::DateTime:
+    case ColumnType::Numeric:
+        return true;
+    case ColumnType::Long:
+        return !column.IsAutonumber();
+    default:
+        return false;
+    }
+}
+
+void MakeText(Column& column, std::uint16_t size, const Format& format, const DatabaseHeader& header)
+{
+    column.type = ColumnType::Text;
+    column.size = size;
+    column.fixedOffset = 0;
+    column.precision = column.scale = 0;
+    column.flags &= static_cast<Byte>(~column_flags::kFixed);
+    if (format.version == JetVersion::Jet4)
+        column.moreFlags |= kMoreFlagsCompressed;
+    SetCollation(column, format, header);
+}
+
 } // namespace
 
 /// Columns that were dropped leave gaps, which rows keep; a new one goes behind the last that is there.
@@ -135,8 +167,8 @@ Column& DesignColumn(TableDef& def, const ColumnSpec& spec, const DatabaseHeader
     return def.columns.emplace_back(std::move(column));
 }
 
-/// Other changes of a type would have to convert values, and some would not convert: they are refused as a whole.
-bool WidenColumn(TableDef& def, const ColumnSpec& spec)
+/// By other changes of a type some values would not convert: they are refused as a whole.
+bool WidenColumn(TableDef& def, const ColumnSpec& spec, const DatabaseHeader& header)
 {
     const std::size_t at = def.ColumnIndex(spec.name).value();
     Column& column = def.columns[at];
@@ -148,9 +180,14 @@ bool WidenColumn(TableDef& def, const ColumnSpec& spec)
         return true;
     } else if (!spec.required && spec.type == ColumnType::Memo && column.type == ColumnType::Memo) {
         return false;
+    } else if (!spec.required && spec.type == ColumnType::Text && CanBecomeText(column)) {
+        MakeText(column, SizeOf(spec, *def.format), *def.format, header);
+        return true;
     }
     throw Error(ErrorNumber::SyntaxErrorInFieldDefinition, {},
-                "(Field '" + column.name + "': a text can be made longer or a memo, and nothing else be changed.)");
+                "(Field '" + column.name +
+                    "': a text can be made longer or a memo, a number, date or boolean a text, and nothing else be "
+                    "changed.)");
 }
 
 } // namespace jet

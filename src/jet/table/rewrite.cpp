@@ -60,6 +60,12 @@ bool Table::Rewrite::BecomesMemo(std::size_t column) const
     return longValues_[column] && sources_[column] && !IsLongValue(table_.def_.columns[*sources_[column]].type);
 }
 
+bool Table::Rewrite::BecomesText(std::size_t column) const
+{
+    return def_.columns[column].type == ColumnType::Text && sources_[column] &&
+           table_.def_.columns[*sources_[column]].type != ColumnType::Text;
+}
+
 void Table::Rewrite::Run()
 {
     // Maps of their own, so that the new pages are never taken for those of the old rows, which are freed by theirs.
@@ -77,10 +83,9 @@ void Table::Rewrite::Run()
 
 void Table::Rewrite::CopyRows()
 {
-    const std::vector<KeyPlan>& plans = table_.parts_->keyPlans;
-    for (const KeyPlan& plan : plans)
-        // All indexes are collected in one walk over the rows, and share the memory for it.
-        builds_.emplace_back(pager_.System(), plan, EntrySorter::kBudget / plans.size());
+    // All indexes are collected in one walk over the rows, and share the memory for it.
+    for (const RealIndex& index : def_.realIndexes)
+        builds_.emplace_back(pager_.System(), KeyPlan(def_, index), EntrySorter::kBudget / def_.realIndexes.size());
     const RowLayout layout(def_);
     Record record;
     std::uint32_t count = 0;
@@ -89,8 +94,8 @@ void Table::Rewrite::CopyRows()
         const RowId at = CopyRow(found, layout);
         // Ascending by the old id, since that is the order of the walk: Relocated() searches by halves.
         moves_.emplace_back(*row, at);
-        for (IndexBuild& build : builds_) {
-            ReadRecord(pager_, table_.def_, found, build.Plan().Columns(), record);
+        for (IndexBuild& build : builds_) { // by what the row holds now: a number that became a text has another key
+            ReadRecord(pager_, def_, rows_->Find(at), build.Plan().Columns(), record);
             build.Add(record, at);
         }
     }
@@ -122,18 +127,38 @@ void Table::Rewrite::TakeFields(const RowStore::Found& found)
             continue;
         const Column& column = table_.def_.columns[*sources_[i]];
         fields_[i].isSet = view.IsSet(column);
-        if (!fields_[i].isSet || column.type == ColumnType::Boolean)
-            continue;
-        fields_[i].bytes = view.Field(column).value();
-        if (!BecomesMemo(i))
-            continue;
-        const ByteSpan text = fields_[i].bytes;
-        const std::optional<ByteSpan> inRow = MemoInRow(text, *def_.format, otherForms_[i]);
-        heads_[i] = inRow ? LongValues::InlineHead(inRow->size())
-                          : longValues_[i]->WriteOutside(PlainMemo(text, *def_.format, otherForms_[i]));
-        fields_[i].head = heads_[i];
-        fields_[i].bytes = inRow.value_or(ByteSpan());
+        const bool isBoolean = column.type == ColumnType::Boolean;
+        if (fields_[i].isSet && !isBoolean)
+            fields_[i].bytes = view.Field(column).value();
+        if (BecomesText(i) && (fields_[i].isSet || isBoolean))
+            TakeAsText(i, column);
+        else if (BecomesMemo(i) && fields_[i].isSet)
+            TakeAsMemo(i);
     }
+}
+
+void Table::Rewrite::TakeAsMemo(std::size_t column)
+{
+    RowField& field = fields_[column];
+    const ByteSpan text = field.bytes;
+    const std::optional<ByteSpan> inRow = MemoInRow(text, *def_.format, otherForms_[column]);
+    heads_[column] = inRow ? LongValues::InlineHead(inRow->size())
+                           : longValues_[column]->WriteOutside(PlainMemo(text, *def_.format, otherForms_[column]));
+    field.head = heads_[column];
+    field.bytes = inRow.value_or(ByteSpan());
+}
+
+/// A boolean, which is never Null, is one of two texts.
+void Table::Rewrite::TakeAsText(std::size_t column, const Column& old)
+{
+    RowField& field = fields_[column];
+    const Value value = old.type == ColumnType::Boolean ? Value(field.isSet)
+                                                        : DecodeValue(field.bytes, *def_.format, old.GetValueType());
+    Bytes& text = otherForms_[column];
+    text.clear();
+    EncodeText(text, *def_.format, def_.columns[column].GetValueType(), ToIsoText(value, old.rules.showsTimes));
+    field.isSet = true;
+    field.bytes = text;
 }
 
 /// Gives a long value that stands in the row a record of its own.

@@ -17,7 +17,8 @@ namespace jet {
 class Table::Rewrite {
 public:
     /// `def` has the table's columns, found again by their names, in whatever order and with whatever numbers and
-    /// places; a text may have become a memo. Further ones become Null. Its indexes are the table's.
+    /// places; a text may have become a memo, a number, date or boolean a text. Further ones become Null. Its indexes
+    /// are the table's.
     Rewrite(Table& table, TableDef def);
 
     /// Throws RecordTooLarge, DatabaseFull.
@@ -25,9 +26,12 @@ public:
 
 private:
     [[nodiscard]] bool BecomesMemo(std::size_t column) const;
+    [[nodiscard]] bool BecomesText(std::size_t column) const;
     void CopyRows();
     RowId CopyRow(const RowStore::Found& found, const RowLayout& layout);
     void TakeFields(const RowStore::Found& found);
+    void TakeAsMemo(std::size_t column);
+    void TakeAsText(std::size_t column, const Column& old);
     void MoveOut(std::size_t column, const RowField& whole, PageNumber page);
     void PlantTrees();
     void FreeOld();

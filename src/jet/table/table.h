@@ -125,9 +125,10 @@ public:
     void AddColumn(const ColumnSpec& column);
     /// Throws NoSuchField, FieldInIndex (also for the last column), FieldInRelation.
     void DropColumn(std::string_view name);
-    /// Makes text columns longer texts, in their places, or memos, which stand last; everything else about them stays.
-    /// Column numbers may change. No index stands on one that becomes a memo: the caller has looked. Throws
-    /// NoSuchField, SizeTooLong, SyntaxErrorInFieldDefinition (any other change), RecordTooLarge.
+    /// Makes text columns longer texts, in their places, or memos, which stand last, and numbers, dates and booleans
+    /// texts, in their places; everything else about them stays. Column numbers may change. No index stands on one that
+    /// becomes a memo: the caller has looked. Throws NoSuchField, SizeTooLong, SyntaxErrorInFieldDefinition (any other
+    /// change), FieldTooSmall (for a value's text), RecordTooLarge.
     void WidenColumns(const std::vector<ColumnSpec>& columns);
     /// Which text columns have to become memos before `record` fits a page: those of the longest stored form first, no
     /// more than needed. Empty when it fits as it is; nullopt when it does not even so. Columns with an index stay.

@@ -104,7 +104,7 @@ void Table::WidenColumns(const std::vector<ColumnSpec>& specs)
     for (const ColumnSpec& spec : specs) {
         if (!def.ColumnIndex(spec.name))
             throw Error(ErrorNumber::NoSuchField, {spec.name, name_});
-        rewrites = WidenColumn(def, spec) || rewrites;
+        rewrites = WidenColumn(def, spec, pager_->Header()) || rewrites;
     }
     ChangeTo(rewrites ? Renumbered(def) : std::move(def), rewrites);
 }

@@ -31,6 +31,7 @@ inline constexpr Byte kMoreFlagsCompressed = 0x01; ///< Jet 4 text: stored compr
 struct ColumnRules {
     bool required = false;     ///< Null is refused
     bool refusesEmpty = false; ///< the text of no characters is refused
+    bool showsTimes = false;   ///< Access shows its dates as times of day
     std::optional<DefaultValue> defaultValue;
 };
 

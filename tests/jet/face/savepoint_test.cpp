@@ -141,7 +141,8 @@ const std::function<void(SmallEngine&)> kChanges[] = {
     [](SmallEngine& e) { e.SetFirst("p", 1, "77777"); }, // cascades to a third of the children
     [](SmallEngine& e) { e.Execute("CREATE TABLE t (PKEY Counter NOT NULL, a String NOT NULL, m Longtext)"); },
     [](SmallEngine& e) { e.Execute("CREATE INDEX c_both ON c (FKEY, text)"); },
-    [](SmallEngine& e) { e.Execute("ALTER TABLE numbers ADD COLUMN t String NOT NULL"); }, // all rows written anew
+    [](SmallEngine& e) { e.Execute("ALTER TABLE numbers ADD COLUMN t String NOT NULL"); },    // all rows written anew
+    [](SmallEngine& e) { e.Execute("ALTER TABLE numbers ALTER COLUMN a TEXT(20), b TEXT"); }, // with an index
     [](SmallEngine& e) { e.Execute("ALTER TABLE c ADD COLUMN n Counter"); },
     [](SmallEngine& e) { e.Execute("UPDATE p SET note = name"); },
     [](SmallEngine& e) { e.Execute("ALTER TABLE p DROP COLUMN note"); },

@@ -41,6 +41,8 @@ TEST(Statement, ARefusedOneHasChangedNothing)
         {"ALTER TABLE t ALTER COLUMN note Text", ErrorNumber::SyntaxErrorInFieldDefinition},
         {"ALTER TABLE t ALTER COLUMN n Memo", ErrorNumber::SyntaxErrorInFieldDefinition},
         {"ALTER TABLE t ALTER COLUMN small Text(256)", ErrorNumber::SizeTooLong},
+        {"ALTER TABLE t ALTER COLUMN PKEY Text", ErrorNumber::SyntaxErrorInFieldDefinition},
+        {"ALTER TABLE t ALTER COLUMN long Text(3)", ErrorNumber::FieldTooSmall},
         {"ALTER TABLE t ALTER COLUMN name Memo, indexed Memo", ErrorNumber::FieldInIndex},
         {"ALTER TABLE t ALTER COLUMN related Memo", ErrorNumber::FieldInRelation},
         {"ALTER TABLE r ALTER COLUMN id Text(50)", ErrorNumber::FieldInRelation},
@@ -76,7 +78,7 @@ TEST(Statement, ARefusedOneHasChangedNothing)
     for (const JetVersion version : kVersions) {
         Database database(version);
         database.Execute("CREATE TABLE t (PKEY Counter NOT NULL, name String, small Text(3), n Long, note Memo, "
-                         "indexed Text(9), related Text(9))");
+                         "indexed Text(9), related Text(9), long Long)");
         database.Execute("CREATE UNIQUE INDEX t_PKEY ON t (PKEY) WITH PRIMARY");
         database.Execute("CREATE INDEX t_indexed ON t (indexed)");
         database.Execute("CREATE TABLE keyless (a Long)");
@@ -84,7 +86,7 @@ TEST(Statement, ARefusedOneHasChangedNothing)
         database.Execute("CREATE UNIQUE INDEX r_id ON r (id) WITH PRIMARY");
         database.Execute("ALTER TABLE t ADD CONSTRAINT link FOREIGN KEY (related) REFERENCES r (id)");
         for (const char* name : {"abc", "ABC", "longer"})
-            database.Add("t", {{"name", name}, {"small", "x"}, {"n", "7"}});
+            database.Add("t", {{"name", name}, {"small", "x"}, {"n", "7"}, {"long", "1234"}});
         const auto state = [&] {
             return database.Rows("t") + database.Schema(SchemaKind::Columns, {}, {"TABLE_NAME", "COLUMN_NAME"}) +
                    database.Schema(SchemaKind::Indexes, {}, {"TABLE_NAME", "INDEX_NAME"}) +
@@ -144,6 +146,52 @@ TEST(Statement, DecimalColumnsHaveTheirDigits)
     EXPECT_EQ(database.Rows("t"), "-123.46|1234567890123457|1234567890123456789012345678\n");
     EXPECT_TRUE(database.AllSound());
     EXPECT_EQ(Database(JetVersion::Jet3).Try("CREATE TABLE t (a Decimal)"), ErrorNumber::SyntaxErrorInFieldDefinition);
+}
+
+TEST(Statement, NumbersDatesAndBooleansBecomeTexts)
+{
+    struct Case {
+        const char* type;
+        std::vector<std::pair<std::string, std::string>> values; ///< as they are set, as they print
+        const char* format = "";
+    };
+    const Case cases[] = {
+        {"YesNo", {{"True", "true"}, {"False", "false"}, {"", "false"}}},
+        {"Byte", {{"255", "255"}, {"", ""}, {"1", "1"}}},
+        {"Short", {{"-32768", "-32768"}, {"", ""}, {"1", "1"}}},
+        {"Long", {{"2147483647", "2147483647"}, {"", ""}, {"-1", "-1"}}},
+        {"Single", {{"0.1", "0.1"}, {"", ""}, {"2", "2"}}},
+        {"Double", {{"0.00000015", "0.00000015"}, {"", ""}, {"1e300", "1e+300"}}},
+        {"Currency", {{"1.5", "1.5"}, {"", ""}, {"-2", "-2"}}},
+        {"DateTime", {{"2024-03-05", "2024-03-05"}, {"", ""}, {"1812-06-24 05:06:07", "1812-06-24T05:06:07"}}},
+        {"DateTime", {{"00:00", "1899-12-30"}, {"", ""}, {"14:07:09", "1899-12-30T14:07:09"}}},
+        {"DateTime", {{"00:00", "00:00:00"}, {"", ""}, {"2024-03-05", "2024-03-05"}}, "Long Time"},
+    };
+    for (const JetVersion version : kVersions) {
+        Database database(version);
+        for (const Case& c : cases) {
+            SCOPED_TRACE(c.type);
+            database.Execute(std::string("CREATE TABLE t (a Text(9), v ").append(c.type).append(", b Long)"));
+            const Property format{"v", "Format", c.format};
+            database.Face().SetProperties("t", std::span(&format, *c.format == '\0' ? 0 : 1));
+            for (const char* const index : {"INDEX i ON t (v)", "UNIQUE INDEX u ON t (b, v)"})
+                database.Execute(std::string("CREATE ").append(index));
+            std::string expected;
+            for (int b = 0; const auto& [set, printed] : c.values) {
+                const std::string number = std::to_string(++b);
+                expected.append("x|").append(printed).append("|").append(number).append("\n");
+                if (set.empty())
+                    database.Add("t", {{"a", "x"}, {"b", number}});
+                else
+                    database.Add("t", {{"a", "x"}, {"v", set}, {"b", number}});
+            }
+            database.Execute("ALTER TABLE t ALTER COLUMN v TEXT(255)");
+            EXPECT_EQ(database.Rows("t"), expected);
+            database.Add("t", {{"a", "x"}, {"v", "any text"}, {"b", "1"}});
+            EXPECT_TRUE(database.AllSound());
+            database.Execute("DROP TABLE t");
+        }
+    }
 }
 
 TEST(Statement, NotNullIsAPropertyThatStays)
