@@ -1,9 +1,11 @@
 #include "import/record_writer.h"
 
+#include "import/loss_report.h"
 #include "import/text_export.h"
 #include "schema/engine_errors.h"
 #include "schema/record_problem.h"
 
+#include <algorithm>
 #include <string>
 #include <utility>
 
@@ -58,6 +60,8 @@ void RecordWriter::FindKeys(TableSink& sink) const
     sink.primaryKey = sink.records->FieldIndex(sink.plan->keys.primary);
     sink.foreignKey = sink.records->FieldIndex(sink.plan->keys.foreign);
     sink.masterTable = sink.records->FieldIndex(sink.plan->keys.master);
+    sink.types = session_.ChosenTypes(*sink.records, sink.foreignKey);
+    sink.hasYesNo = std::ranges::find(sink.types, ColumnType::YesNo) != sink.types.end();
 }
 
 void RecordWriter::SetPrimaryKey(TableSink& sink, std::int32_t key)
@@ -94,6 +98,17 @@ void RecordWriter::SetMasterTable(TableSink& sink, std::string_view ownerTable)
 void RecordWriter::Set(TableSink& sink, std::size_t field, const RawName& rawName, std::string_view value,
                        ValueOrigin origin)
 {
+    if (IsTyped(sink.types[field])) {
+        if (SetTyped(sink, field, value, origin))
+            return;
+        const std::string meant = sink.records->FieldName(field);
+        BecomeText(
+            sink, field,
+            QuotedSample(value) + " at " +
+                PathOfValue(document_, document_.Path(origin.element), origin.attribute, job_.settings.strAttrPrefix) +
+                " does not fit");
+        field = sink.records->FieldIndex(meant).value();
+    }
     for (;;) {
         try {
             sink.records->SetText(field, value);
@@ -114,6 +129,37 @@ void RecordWriter::Set(TableSink& sink, std::size_t field, const RawName& rawNam
         Widen(sink, {Widening(sink, small, characters, origin)});
         field = sink.records->FieldIndex(meant).value();
     }
+}
+
+/// A value in a column whose type the program has chosen: one that it does not fit is not converted, however nearly it
+/// would. The empty text is Null there. False when the column has to be a text.
+bool RecordWriter::SetTyped(TableSink& sink, std::size_t field, std::string_view value, ValueOrigin origin)
+{
+    const ColumnType type = sink.types[field];
+    if (value.empty() ? type == ColumnType::YesNo : !Fits(type, value))
+        return false;
+    if (value.empty())
+        sink.records->SetNull(field);
+    else
+        sink.records->SetText(field, value);
+    sink.values.Put(field, origin);
+    return true;
+}
+
+void RecordWriter::BecomeText(TableSink& sink, std::size_t field, const std::string& reason)
+{
+    const ValuesByName values(sink);
+    TurnIntoText(job_, session_, sink.records->Source(), {sink.records->FieldName(field), sink.types[field]}, reason);
+    FindKeys(sink);
+    values.PutBack();
+}
+
+/// The pending record has no value for a Yes/No column, which would say No.
+void RecordWriter::TellWhatIsMissing(TableSink& sink)
+{
+    for (std::size_t field = 0; field < sink.types.size(); ++field)
+        if (sink.types[field] == ColumnType::YesNo && sink.values.byField[field].element == kNoElement)
+            BecomeText(sink, field, "a record at " + document_.PathText(sink.plan->path) + " has no value");
 }
 
 /// A value that its column cannot hold must not look like the one that the column has by default. What an earlier value
@@ -189,6 +235,8 @@ void RecordWriter::MakeFit(TableSink& sink, const EngineError& error)
 
 void RecordWriter::Save(TableSink& sink)
 {
+    if (sink.hasYesNo)
+        TellWhatIsMissing(sink);
     for (;;) {
         try {
             sink.records->Update();

@@ -22,7 +22,8 @@ struct RawName {
 };
 
 /// Builds records in sinks, one at a time, or one inside another: a repeated leaf's while its owner's is not yet saved.
-/// Repairs what can be repaired on the way: a text too long for its column, a record too large for a page.
+/// Repairs what can be repaired on the way: a text too long for its column, a value that the type chosen for its column
+/// does not fit, a record too large for a page.
 ///
 /// An operation that throws leaves what was begun to Abandon(), or to velCloseTables when the run ends.
 class RecordWriter {
@@ -63,6 +64,9 @@ private:
     [[nodiscard]] ColumnToWiden Widening(const TableSink& sink, std::size_t field, std::size_t characters,
                                          ValueOrigin origin) const;
     void Widen(TableSink& sink, const std::vector<ColumnToWiden>& columns);
+    [[nodiscard]] bool SetTyped(TableSink& sink, std::size_t field, std::string_view value, ValueOrigin origin);
+    void BecomeText(TableSink& sink, std::size_t field, const std::string& reason);
+    void TellWhatIsMissing(TableSink& sink);
     void MakeFit(TableSink& sink, const EngineError& error);
 
     Job& job_;

@@ -29,9 +29,12 @@ struct TableSink {
     const PlannedTable* plan = nullptr; ///< none in number 0
     std::optional<Recordset> records;   ///< none: the database has no such table
 
-    // Positions of the key columns, found anew when the layout is another one.
+    // Positions of the key columns, and the types of the others, found anew when the layout is another one.
     std::uint64_t keyLayout = 0;
     std::optional<std::size_t> primaryKey, foreignKey, masterTable;
+    /// Likewise, by position: what the program has made of columns, see DatabaseSession::ChosenTypes().
+    std::vector<ColumnType> types;
+    bool hasYesNo = false; ///< some is ColumnType::YesNo
 
     PendingValues values;
     TextOutput text;

@@ -103,13 +103,21 @@ void JoinNames(std::string& line, const TextOutput& text, const ConversionSettin
     });
 }
 
+/// As the document writes it, where the program has chosen the column's type.
+bool AppendValue(TableSink& sink, std::size_t field, DateForm dates, std::string& out)
+{
+    const ColumnType type = sink.types[field];
+    return IsTyped(type) ? sink.records->AppendIsoText(field, type == ColumnType::Time, out)
+                         : sink.records->AppendText(field, out, dates);
+}
+
 void JoinValues(std::string& line, TableSink& sink, const ConversionSettings& settings)
 {
     FollowLayout(sink);
     const DateForm dates = settings.HasIsoDates() ? DateForm::Iso : DateForm::Blank;
     JoinLine(line, sink.text.fields.size(), settings, [&](std::size_t i, std::string& out) {
         const std::optional<std::size_t> field = sink.text.fields[i];
-        return field && sink.records->AppendText(*field, out, dates);
+        return field && AppendValue(sink, *field, dates, out);
     });
 }
 

@@ -2,6 +2,7 @@
 
 #include "plan/complete_rules.h"
 #include "plan/plain_rules.h"
+#include "plan/plain_types.h"
 #include "xml/structure_analysis.h"
 
 #include <algorithm>
@@ -12,7 +13,7 @@ namespace {
 
 MappingPlan PlanCompletely(Job& job, Document& document, const TagMap& map, const KnownDatabase& known)
 {
-    const std::vector<PathFacts> facts = GatherFacts(document, [&] { job.ProcessEvents(); });
+    const std::vector<PathFacts> facts = GatherFacts(document, job.settings.blTypes, [&] { job.ProcessEvents(); });
     MappingPlan plan = PlanByCompleteRules(document, facts, known, job.settings, map);
     for (const std::string& note : plan.notes)
         job.log.Warn("plan-note", note);
@@ -62,6 +63,11 @@ void velAnalyseXML(Job& job, Document& document, const TagMap& map, StructureMod
         job.host.SetProgressRange(ProgressBarId::Records, std::max(1, model.lngRecordEstimate));
         step("Resolve table names");
         plan = PlanByPlainRules(document, model, job.settings, map);
+        if (job.settings.blTypes && !document.IsEmpty()) {
+            step("Choose column types");
+            const auto onPiece = [&] { job.ProcessEvents(); };
+            ChoosePlainTypes(GatherFacts(document, true, onPiece), job.settings, plan);
+        }
     });
 }
 

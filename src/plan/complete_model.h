@@ -1,9 +1,9 @@
 #pragma once
 
 #include "mapping/tag_map.h"
-#include "plan/complete_facts.h"
 #include "plan/known_database.h"
 #include "plan/mapping_plan.h"
+#include "plan/path_facts.h"
 #include "plan/sibling_places.h"
 #include "settings/conversion_settings.h"
 
@@ -31,6 +31,7 @@ struct Want {
     bool isLong = false;
     bool hasEmpty = false;
     std::int64_t count = 0; ///< of the records that have it
+    ValuesSeen values{};
     ValuePlace place{};
 };
 

@@ -54,7 +54,7 @@ void RecordFinder::CollectWants(PathId path)
     if (!model_.isRecord[path]) {
         AddWant(model_.FamilyOf(model_.ParentOf(path)),
                 {Kind::Child, model_.document.Paths().Name(path), path, facts.hasLongText, facts.hasEmptyText,
-                 facts.isRepeated ? 0 : facts.count});
+                 facts.isRepeated ? 0 : facts.count, facts.texts});
         return;
     }
     const Family number = model_.FamilyOf(path);
@@ -64,13 +64,14 @@ void RecordFinder::CollectWants(PathId path)
     family.recordCount += facts.count;
     family.hasRoot = family.hasRoot || model_.ParentOf(path) == 0;
     if (facts.hasText || (!facts.hasChildren && !model_.HasAttributes(path)))
-        AddWant(number,
-                {Kind::Text, 0, path, facts.hasLongText, facts.hasEmptyText, facts.hasChildren ? 0 : facts.count});
+        AddWant(number, {Kind::Text, 0, path, facts.hasLongText, facts.hasEmptyText,
+                         facts.hasChildren ? 0 : facts.count, facts.texts});
     if (!model_.settings.blImportAttributes)
         return;
     for (const AttributeFacts& attribute : facts.attributes) {
         model_.attributePlaces.Note(number, attribute.name);
-        AddWant(number, {Kind::Attribute, attribute.name, path, attribute.isLong, attribute.hasEmpty, attribute.count});
+        AddWant(number, {Kind::Attribute, attribute.name, path, attribute.isLong, attribute.hasEmpty, attribute.count,
+                         attribute.values});
     }
 }
 
@@ -87,6 +88,7 @@ void RecordFinder::AddWant(Family number, Want want)
     known.isLong = known.isLong || want.isLong;
     known.hasEmpty = known.hasEmpty || want.hasEmpty;
     known.count += want.count;
+    known.values.Add(want.values);
 }
 
 bool RecordFinder::NeedsNoTable(const FamilyPlan& family) const

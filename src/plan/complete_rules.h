@@ -1,9 +1,9 @@
 #pragma once
 
 #include "mapping/tag_map.h"
-#include "plan/complete_facts.h"
 #include "plan/known_database.h"
 #include "plan/mapping_plan.h"
+#include "plan/path_facts.h"
 #include "settings/conversion_settings.h"
 
 #include <vector>

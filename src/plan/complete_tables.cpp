@@ -219,7 +219,7 @@ void TablePlanner::PlanColumns(Family number, NameSet& names)
     for (const Want& want : family.wants) {
         PlannedColumn column;
         column.origin = want.origin;
-        column.type = want.isLong ? ColumnType::Memo : ColumnType::Text;
+        column.type = want.isLong ? ColumnType::Memo : want.values.NarrowestType(family.recordCount);
         const std::string wanted = model_.WantedColumn(want, family);
         const ColumnOrigin origin = OriginOf(want, number);
         if (const auto known =

@@ -21,7 +21,7 @@ struct NameRules {
 
 struct KnownColumn {
     std::string name;
-    bool takesText = false;  ///< a text or a memo
+    bool takesText = false;  ///< a text or a memo, or becomes one when it must
     bool needsValue = false; ///< a record without one is refused; not those that number themselves
     bool refusesEmpty = false;
     bool hasRules = false;  ///< by an index or a relation, which may refuse a text

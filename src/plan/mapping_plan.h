@@ -1,6 +1,7 @@
 #pragma once
 
 #include "plan/origin.h"
+#include "plan/value_forms.h"
 #include "xml/document.h"
 
 #include <cstddef>
@@ -34,8 +35,6 @@ using ColumnNumber = std::uint32_t; ///< of a column in the plan, over all table
 
 inline constexpr TableNumber kNoTable = 0;
 inline constexpr ColumnNumber kNoColumn = ~ColumnNumber{0};
-
-enum class ColumnType : std::uint8_t { Text, Memo };
 
 struct PlannedColumn {
     std::string name;

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "plan/value_forms.h"
+
 #include <cstddef>
 #include <optional>
 #include <string>
@@ -54,10 +56,19 @@ struct NamedColumnOrigin {
     bool operator==(const NamedColumnOrigin&) const = default;
 };
 
+/// A column whose type the program has chosen by the values of a document: it may choose another one.
+struct ChosenType {
+    std::string column;
+    ColumnType type = ColumnType::Text;
+
+    bool operator==(const ChosenType&) const = default;
+};
+
 /// What the database knows of one table.
 struct Origins {
     std::optional<TableOrigin> table;
     std::vector<NamedColumnOrigin> columns; ///< those of which anything is known
+    std::vector<ChosenType> types{};
 };
 
 } // namespace velmora

@@ -1,5 +1,6 @@
 #include "schema/column_widening.h"
 
+#include "schema/engine_errors.h"
 #include "schema/record_problem.h"
 
 namespace velmora {
@@ -27,6 +28,20 @@ std::string AlterStatement(const std::string& table, const std::vector<ColumnToW
     return "ALTER TABLE [" + table + "] ALTER COLUMN " + Listed(columns, typeOf) + ";";
 }
 
+/// A relation or an index stands in the way, or a row has no room for the text.
+bool KeepsItsType(std::int32_t error)
+{
+    switch (error) {
+    case engine_errors::kFieldInRelation:
+    case engine_errors::kFieldInIndex:
+    case engine_errors::kRecordTooLarge:
+    case engine_errors::kDuplicateKey:
+        return true;
+    default:
+        return false;
+    }
+}
+
 } // namespace
 
 void velChangeColumnToMemo(Job& job, DatabaseSession& session, const std::string& table,
@@ -47,6 +62,29 @@ void velChangeColumnToMemo(Job& job, DatabaseSession& session, const std::string
                                    std::to_string(column.characters) + " characters at " + column.path);
         session.Report(table).widenedColumns += static_cast<std::int64_t>(columns.size());
     });
+}
+
+void TurnIntoText(Job& job, DatabaseSession& session, const std::string& table, const ChosenType& column,
+                  const std::string& reason)
+{
+    Procedure(
+        job.log, "TurnIntoText", [&] { return "[" + column.column + "] " + table; },
+        [&](Step& step) {
+            const std::string statement = "ALTER TABLE [" + table + "] ALTER COLUMN [" + column.column + "] TEXT(255);";
+            step(statement);
+            try {
+                session.ExecuteSql(statement);
+            } catch (const RuntimeError& error) {
+                if (!KeepsItsType(error.Number()))
+                    throw;
+                throw RuntimeError(engine_errors::kWrongType, error.what());
+            }
+            session.SetOrigins(table, {{}, {}, {{column.column, ColumnType::Text}}});
+            std::string line = "Column became a text: [";
+            line.append(table).append("].[").append(column.column).append("] was ").append(NameOf(column.type));
+            job.log.Warn("column-became-text", line.append(", ").append(reason));
+            ++session.Report(table).widenedColumns;
+        });
 }
 
 void AddColumnBeside(Job& job, DatabaseSession& session, const std::string& table, const std::string& besides,

@@ -25,6 +25,12 @@ struct ColumnToWiden {
 void velChangeColumnToMemo(Job& job, DatabaseSession& session, const std::string& table,
                            const std::vector<ColumnToWiden>& columns);
 
+/// Makes a column whose type the program chose a text of 255 characters, in its place, for `reason`: its values as a
+/// document writes them. Records pending in recordsets on the table keep their values, but for those of this column.
+/// Throws 3421 when the column has to stay what it is.
+void TurnIntoText(Job& job, DatabaseSession& session, const std::string& table, const ChosenType& column,
+                  const std::string& reason);
+
 /// Adds the memo column `name` to `table`, for values that do not fit the type of `besides`, the first of them at
 /// `path` in the document. Records pending in recordsets on the table keep their values.
 void AddColumnBeside(Job& job, DatabaseSession& session, const std::string& table, const std::string& besides,

@@ -56,6 +56,27 @@ bool TryReplace(Job& job, DatabaseSession& session, const fs::path& target, Step
     return true;
 }
 
+/// Of a type that the program chooses by itself.
+jet::ColumnType TypeInFile(ColumnType type)
+{
+    switch (type) {
+    case ColumnType::YesNo:
+        return jet::ColumnType::Boolean;
+    case ColumnType::Long:
+        return jet::ColumnType::Long;
+    case ColumnType::Double:
+        return jet::ColumnType::Double;
+    case ColumnType::Date:
+    case ColumnType::Time:
+        return jet::ColumnType::DateTime;
+    case ColumnType::Memo:
+        return jet::ColumnType::Memo;
+    case ColumnType::Text:
+        break;
+    }
+    return jet::ColumnType::Text;
+}
+
 std::string_view FormatName(jet::JetVersion version)
 {
     return version == jet::JetVersion::Jet3 ? "Access 97" : "Access 2000";
@@ -145,6 +166,26 @@ Recordset DatabaseSession::OpenTable(std::string_view table)
         // The engine's recordset stays where it is made.
         return Recordset(std::unique_ptr<jet::Recordset>(new jet::Recordset(connection_->OpenTable(table))), locks_);
     });
+}
+
+std::vector<ColumnType> DatabaseSession::ChosenTypes(const Recordset& records, std::optional<std::size_t> key)
+{
+    std::vector<ColumnType> types(records.FieldCount(), ColumnType::Text);
+    const auto mayBeChosen = [&](std::size_t field) {
+        return records.Type(field) != jet::ColumnType::Text && records.Type(field) != jet::ColumnType::Memo &&
+               !records.IsAutonumber(field) && field != key;
+    };
+    std::size_t candidates = 0;
+    for (std::size_t field = 0; field < types.size(); ++field)
+        candidates += mayBeChosen(field) ? 1 : 0;
+    if (candidates == 0)
+        return types;
+    for (const ChosenType& chosen : OriginsOf(records.Source()).types) {
+        const auto field = records.FieldIndex(chosen.column);
+        if (field && mayBeChosen(*field) && records.Type(*field) == TypeInFile(chosen.type))
+            types[*field] = chosen.type;
+    }
+    return types;
 }
 
 Origins DatabaseSession::OriginsOf(std::string_view table)

@@ -60,6 +60,9 @@ public:
     [[nodiscard]] Origins OriginsOf(std::string_view table);
     /// Lets the database know, all in one go, with descriptions for people. What is not named stays.
     void SetOrigins(std::string_view table, const Origins& origins);
+    /// By position, the types of those columns of `records` that the program has chosen and that still have them; the
+    /// others, `key` among them, count as texts.
+    [[nodiscard]] std::vector<ColumnType> ChosenTypes(const Recordset& records, std::optional<std::size_t> key = {});
     void Commit();
     /// Tables and relations that the file can still take.
     [[nodiscard]] std::size_t ObjectsLeft();

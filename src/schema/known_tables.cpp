@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <unordered_map>
+#include <unordered_set>
 #include <utility>
 
 namespace velmora {
@@ -27,12 +28,16 @@ KnownTable ReadTable(DatabaseSession& session, std::string name)
     table.name = std::move(name);
     Origins origins = session.OriginsOf(table.name);
     table.origin = std::move(origins.table);
+    std::unordered_set<std::string> chosen;
+    for (ChosenType& type : origins.types)
+        chosen.insert(std::move(type.column));
     std::unordered_map<std::string, ColumnOrigin> known;
     for (NamedColumnOrigin& column : origins.columns)
         known.emplace(std::move(column.column), std::move(column.origin));
     jet::Rowset rows = session.OpenSchema(jet::SchemaKind::Columns, {"", "", table.name});
     for (; !rows.Eof(); rows.MoveNext()) {
         KnownColumn column{rows.Text("COLUMN_NAME"), TakesText(rows.Text("DATA_TYPE"))};
+        column.takesText = column.takesText || chosen.contains(column.name);
         column.needsValue = rows.Text("IS_NULLABLE") == kNo;
         if (const auto origin = known.find(column.name); origin != known.end())
             column.origin = origin->second;

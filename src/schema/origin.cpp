@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <charconv>
 #include <cstdint>
+#include <iterator>
 
 namespace velmora {
 
@@ -26,6 +27,15 @@ constexpr KindWord kKinds[] = {
     {ColumnOrigin::Kind::Key, "key", "Key of the record"},
     {ColumnOrigin::Kind::Parent, "parent", "Key of the record around"},
     {ColumnOrigin::Kind::Master, "master", "Table of the record around"},
+};
+
+struct TypeWord {
+    ColumnType type;
+    std::string_view word;
+};
+constexpr TypeWord kTypes[] = {
+    {ColumnType::Text, "text"},     {ColumnType::YesNo, "yes/no"}, {ColumnType::Long, "long"},
+    {ColumnType::Double, "double"}, {ColumnType::Date, "date"},    {ColumnType::Time, "time"},
 };
 
 const KindWord& WordsOf(ColumnOrigin::Kind kind)
@@ -187,6 +197,18 @@ std::optional<ColumnOrigin> ReadColumnOrigin(std::string_view text)
             origin->place = numbers.front();
     });
     return origin;
+}
+
+std::string_view TypeText(ColumnType type)
+{
+    const auto* const found = std::ranges::find(kTypes, type, &TypeWord::type);
+    return found == std::end(kTypes) ? kTypes->word : found->word;
+}
+
+std::optional<ColumnType> ReadType(std::string_view text)
+{
+    const auto* const found = std::ranges::find(kTypes, text, &TypeWord::word);
+    return found == std::end(kTypes) ? std::nullopt : std::optional(found->type);
 }
 
 std::string Describe(const TableOrigin& origin)

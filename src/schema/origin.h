@@ -17,6 +17,10 @@ namespace velmora {
 [[nodiscard]] std::optional<TableOrigin> ReadTableOrigin(std::string_view text);
 [[nodiscard]] std::optional<ColumnOrigin> ReadColumnOrigin(std::string_view text);
 
+/// A chosen type as the property holds it, and back; nullopt for any other text.
+[[nodiscard]] std::string_view TypeText(ColumnType type);
+[[nodiscard]] std::optional<ColumnType> ReadType(std::string_view text);
+
 /// For people: what Access shows beside the table or the column.
 [[nodiscard]] std::string Describe(const TableOrigin& origin);
 [[nodiscard]] std::string Describe(const ColumnOrigin& origin);

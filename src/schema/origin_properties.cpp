@@ -11,6 +11,10 @@ namespace {
 
 constexpr std::string_view kSource = "velmora_source";
 constexpr std::string_view kDescription = "Description";
+constexpr std::string_view kType = "velmora_type";
+constexpr std::string_view kFormat = "Format";
+constexpr std::string_view kTimeFormat = "Long Time";
+constexpr std::string_view kTextFormat = "@"; ///< as it is
 /// Of one part of a source: with two bytes for each, well below what an entry of the properties can hold.
 constexpr std::size_t kMaxPart = 30'000;
 constexpr std::size_t kMaxCharacter = 4;
@@ -44,6 +48,15 @@ std::vector<jet::Property> ToProperties(const Origins& origins, bool access97)
         Append(properties, {}, *origins.table, access97);
     for (const NamedColumnOrigin& column : origins.columns)
         Append(properties, column.column, column.origin, access97);
+    for (const ChosenType& chosen : origins.types) {
+        properties.push_back(
+            {chosen.column, std::string(kType), std::string(TypeText(chosen.type)), jet::ColumnType::Text});
+        // What showed a time of day, or a number, would show in a text.
+        if (chosen.type == ColumnType::Time || chosen.type == ColumnType::Text)
+            properties.push_back({chosen.column, std::string(kFormat),
+                                  std::string(chosen.type == ColumnType::Time ? kTimeFormat : kTextFormat),
+                                  jet::ColumnType::Text});
+    }
     return properties;
 }
 
@@ -58,7 +71,10 @@ Origins ToOrigins(std::span<const jet::Property> properties)
     // follows is left from a longer text.
     std::vector<Source> sources;
     std::map<std::string, std::size_t> positions; // by column
+    Origins origins;
     for (const jet::Property& property : properties) {
+        if (const auto type = property.name == kType ? ReadType(property.value) : std::nullopt)
+            origins.types.push_back({property.column, *type});
         if (!property.name.starts_with(kSource))
             continue;
         const auto [at, isNew] = positions.emplace(property.column, sources.size());
@@ -69,7 +85,6 @@ Origins ToOrigins(std::span<const jet::Property> properties)
             source.text += property.value;
         source.goesOn = source.goesOn && property.value.size() + kMaxCharacter > kMaxPart;
     }
-    Origins origins;
     for (const Source& source : sources) {
         if (source.column.empty())
             origins.table = ReadTableOrigin(source.text);

@@ -1,14 +1,14 @@
 #include "schema/recordset.h"
 
+#include "jet/base/date_text.h"
 #include "jet/base/error.h"
-#include "jet/base/rowset.h"
+#include "jet/base/value_codec.h"
 #include "schema/engine_errors.h"
 
 #include <algorithm>
 #include <array>
 #include <charconv>
 #include <limits>
-#include <utility>
 
 namespace velmora {
 
@@ -31,26 +31,6 @@ bool Recordset::Eof()
     return Translated([&] { return records_->Eof(); });
 }
 
-namespace {
-
-/// `text` is in the form with a blank; what is no date of the calendar has another length.
-std::string IsoForm(std::string text)
-{
-    constexpr std::size_t kBlank = sizeof "2024-03-05" - 1;
-    constexpr std::string_view kNoDay = "1899-12-30 ";
-    constexpr std::string_view kMidnight = " 00:00:00";
-    if (text.size() != kBlank + kMidnight.size())
-        return text;
-    if (text.ends_with(kMidnight))
-        return text.substr(0, kBlank);
-    if (text.starts_with(kNoDay))
-        return text.substr(kNoDay.size());
-    text[kBlank] = 'T';
-    return text;
-}
-
-} // namespace
-
 bool Recordset::AppendText(std::size_t field, std::string& out, DateForm dates)
 {
     const jet::Value value = Translated([&] { return records_->Get(field); });
@@ -60,11 +40,19 @@ bool Recordset::AppendText(std::size_t field, std::string& out, DateForm dates)
         std::array<char, std::numeric_limits<std::int32_t>::digits10 + 2> digits{};
         out.append(digits.data(), std::to_chars(digits.data(), digits.data() + digits.size(), *number).ptr);
     } else if (!jet::IsNull(value)) {
-        // The engine shows values as text in the rows that answer a question.
-        std::string text = jet::Rowset({"value"}, {{value}}).Text("value");
-        const bool isIsoDate = dates == DateForm::Iso && std::holds_alternative<jet::DateTime>(value);
-        out += isIsoDate ? IsoForm(std::move(text)) : text;
+        const auto* const date = dates == DateForm::Iso ? std::get_if<jet::DateTime>(&value) : nullptr;
+        out += date != nullptr ? jet::IsoDateText(*date, date->days != 0) : jet::ToText(value);
     }
+    return !jet::IsNull(value);
+}
+
+bool Recordset::AppendIsoText(std::size_t field, bool isTimeOfDay, std::string& out)
+{
+    const jet::Value value = Translated([&] { return records_->Get(field); });
+    if (const auto* text = std::get_if<std::string>(&value))
+        out += *text;
+    else if (!jet::IsNull(value))
+        out += jet::ToIsoText(value, isTimeOfDay);
     return !jet::IsNull(value);
 }
 

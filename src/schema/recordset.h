@@ -45,6 +45,7 @@ public:
         return records_->FieldIndex(name);
     }
     [[nodiscard]] bool IsLong(std::size_t field) const { return records_->IsLong(field); }
+    [[nodiscard]] jet::ColumnType Type(std::size_t field) const { return records_->Type(field); }
     [[nodiscard]] bool IsAutonumber(std::size_t field) const { return records_->IsAutonumber(field); }
     /// Does it refuse the text of no characters?
     [[nodiscard]] bool RefusesEmptyText(std::size_t field) const { return records_->RefusesEmptyText(field); }
@@ -61,6 +62,9 @@ public:
     /// False for Null, which is empty; text is itself; numbers are in the shortest form that reads back the same, with
     /// a point; booleans "True" and "False"; dates as `dates` says; bytes hexadecimal; GUIDs in braces.
     bool AppendText(std::size_t field, std::string& out, DateForm dates = DateForm::Blank);
+    /// The same as documents write it: booleans "true" and "false", dates "2024-03-05" or "2024-03-05T14:07:09", of a
+    /// column of times of day "14:07:09", numbers without an exponent.
+    bool AppendIsoText(std::size_t field, bool isTimeOfDay, std::string& out);
 
     // Walking through records that are there, see jet::Recordset.
 

@@ -15,9 +15,24 @@ namespace {
 
 using namespace schema_pass;
 
-std::string_view TypeName(const PlannedColumn& column)
+std::string_view TypeName(ColumnType type)
 {
-    return column.type == ColumnType::Memo ? "Longtext" : "String";
+    switch (type) {
+    case ColumnType::Memo:
+        return "Longtext";
+    case ColumnType::YesNo:
+        return "YesNo";
+    case ColumnType::Long:
+        return "Long";
+    case ColumnType::Double:
+        return "Double";
+    case ColumnType::Date:
+    case ColumnType::Time:
+        return "DateTime";
+    case ColumnType::Text:
+        break;
+    }
+    return "String";
 }
 
 /// One pass over one plan.
@@ -35,6 +50,8 @@ private:
     void RefuseTooManyObjects();
     void BuildTable(const PlannedTable& table, Step& step);
     void AddMissingColumns(const PlannedTable& table, TableColumns& known, Step& step);
+    [[nodiscard]] ColumnType TypeOfAdded(const PlannedTable& table, const PlannedColumn& column) const;
+    void NoteType(const PlannedColumn& column, ColumnType type);
     void CreateTable(const PlannedTable& table, Step& step);
     void CreateRelation(const PlannedTable& table, Step& step);
     [[nodiscard]] bool CreateLinkIndex(const PlannedTable& table, Step& step);
@@ -53,6 +70,7 @@ private:
     const Document& document_;
     const MappingPlan& plan_;
     const int pass_;
+    std::vector<ChosenType> chosenTypes_; ///< of columns that the table at hand was given
 };
 
 /// Level by level, in the plan's order within a level.
@@ -113,6 +131,7 @@ void SchemaBuilder::BuildTable(const PlannedTable& table, Step& step)
         return;
     }
     TableColumns known{table.name, {}};
+    chosenTypes_.clear();
     if (exists)
         AddMissingColumns(table, known, step);
     else if (!table.isWrapper)
@@ -129,14 +148,29 @@ void SchemaBuilder::AddMissingColumns(const PlannedTable& table, TableColumns& k
             continue;
         job_.log.ProtocolAppend("New column: [" + table.name + "].[" + column.name + "]");
         step("Add column [" + column.name + "] into table [" + table.name + "]");
-        Execute("ALTER TABLE [" + table.name + "] ADD COLUMN [" + column.name + "] " + std::string(TypeName(column)),
+        const ColumnType type = TypeOfAdded(table, column);
+        Execute("ALTER TABLE [" + table.name + "] ADD COLUMN [" + column.name + "] " + std::string(TypeName(type)),
                 {PathOf(column), DdlObject::Column, column.name});
+        NoteType(column, type);
         known.NoteAdded(column.name);
         ++session_.Report(table.name).newColumns;
     }
     if (table.keys.addsMaster)
         Execute("ALTER TABLE [" + table.name + "] ADD COLUMN [" + table.keys.master + "] String",
                 {PathOf(table), DdlObject::Column, table.keys.master});
+}
+
+/// Records that are there lack the value, which a Yes/No column could not tell.
+ColumnType SchemaBuilder::TypeOfAdded(const PlannedTable& table, const PlannedColumn& column) const
+{
+    const bool isYesNo = column.type == ColumnType::YesNo;
+    return isYesNo && session_.OpenTable(table.name).RecordCount() > 0 ? ColumnType::Text : column.type;
+}
+
+void SchemaBuilder::NoteType(const PlannedColumn& column, ColumnType type)
+{
+    if (IsTyped(type))
+        chosenTypes_.push_back({column.name, type});
 }
 
 void SchemaBuilder::CreateTable(const PlannedTable& table, Step& step)
@@ -158,7 +192,8 @@ void SchemaBuilder::CreateTable(const PlannedTable& table, Step& step)
         addKey(keys.master, "String");
     for (const PlannedColumn& column : plan_.MadeColumns(table)) {
         fields += (fields.empty() ? "[" : ", [") + column.name + "] ";
-        fields += TypeName(column);
+        fields += TypeName(column.type);
+        NoteType(column, column.type);
     }
     if (!fields.empty()) {
         step("Create table [" + table.name + "]");
@@ -228,6 +263,7 @@ void SchemaBuilder::TellOrigins(const PlannedTable& table, Step& step)
     const PlannedKeys& keys = table.keys;
     Origins origins;
     origins.table = table.told;
+    origins.types = std::move(chosenTypes_);
     const auto tell = [&](bool isMade, const std::string& column, Kind kind) {
         if (isMade)
             origins.columns.push_back({column, {.kind = kind}});
@@ -241,7 +277,7 @@ void SchemaBuilder::TellOrigins(const PlannedTable& table, Step& step)
     for (const PlannedColumn& column : plan_.MadeColumns(table))
         if (column.told)
             origins.columns.push_back({column.name, *column.told});
-    if (!origins.table && origins.columns.empty())
+    if (!origins.table && origins.columns.empty() && origins.types.empty())
         return;
     step("Describe table [" + table.name + "]");
     session_.SetOrigins(table.name, origins);

@@ -48,6 +48,7 @@ struct Controls {
     CheckControl chkImportAttributes, chkOneTablePerElement, chkSkipEmptyWrappingTags, chkCreateTableRelations;
     CheckControl chkOverwrite; ///< for txtFILE_EXPORT
     CheckControl chkComplete;  ///< "Import every value"
+    CheckControl chkTypes;     ///< "Typed columns"
     CheckControl chkAPPEND, chkEXPORT_COLUMN_NAMES, chkQUOTED, chkBOM;
     CheckControl chkContinue, chkOnce;
     CheckControl chkStrict, chkQuiet, chkDebug{.visible = false};

@@ -39,6 +39,7 @@ struct ConversionSettings : RunFlags {
     bool blOneTablePerElement = false;
     bool blSkipEmptyWrappingTags = false;
     bool blComplete = false;
+    bool blTypes = false;
     std::string strTablePrefix;
     std::string strTableSuffix;
     std::string strKeyPrimary;

@@ -354,6 +354,14 @@ constexpr Option kOptions[] = {
      .help = "import every value: text beside child elements, lists, empty elements and whatever else the plain rules "
              "leave behind; names that the database refuses are changed",
      .offHelp = "leave such values out and say so in the protocol"},
+    {.group = OptionGroup::Tables,
+     .control = &Controls::chkTypes,
+     .setting = &ConversionSettings::blTypes,
+     .words = "+types types",
+     .offWords = "-types",
+     .help = "give each new column the narrowest type that all of its values fit: Yes/No, Long Integer, Double or "
+             "Date/Time; one that a later value does not fit becomes a text",
+     .offHelp = "texts and memos only"},
     {.group = OptionGroup::Running,
      .control = &Controls::chkContinue,
      .setting = &ConversionSettings::blContinue,

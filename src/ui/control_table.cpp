@@ -68,6 +68,7 @@ const Look kLooks[] = {
     {&Controls::chkDebug, "chkDebug", QT_TRANSLATE_NOOP("Option", "Debug")},
     {&Controls::chkStrict, "chkStrict", QT_TRANSLATE_NOOP("Option", "Let nothing pass (strict)"), nullptr, true},
     {&Controls::chkComplete, "chkComplete", QT_TRANSLATE_NOOP("Option", "Import every value"), nullptr, true},
+    {&Controls::chkTypes, "chkTypes", QT_TRANSLATE_NOOP("Option", "Typed columns"), nullptr, true},
     {&Controls::chkCreateTableRelations, "chkCreateTableRelations",
      QT_TRANSLATE_NOOP("Option", "Create ta&ble relations")},
     {&Controls::txtKEY_PRIMARY, "txtKEY_PRIMARY", QT_TRANSLATE_NOOP("Option", "&Primary keys")},

@@ -207,12 +207,12 @@ const ValueColumn* DocumentExport::Value(const std::vector<ValueColumn>& columns
     for (const ValueColumn& column : columns) {
         value_.clear();
         if (column.part == 0) {
-            if (ReaderOfTop().AppendText(column.field, value_))
+            if (ReaderOfTop().AppendText(column, value_))
                 return &column;
             continue;
         }
         KeyWalk& part = parts_[top.source->reader.Table()][column.part - 1];
-        if (part.Find(top.place.key) && part.Rows().AppendText(column.field, value_))
+        if (part.Find(top.place.key) && part.Rows().AppendIsoText(column.field, column.hasTimes, value_))
             return &column;
     }
     return nullptr;

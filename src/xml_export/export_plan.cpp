@@ -123,6 +123,7 @@ private:
     {
         const Recordset rows = session_.OpenTable(name);
         std::vector<bool> isKnown(rows.FieldCount());
+        const std::vector<ColumnType> types = session_.ChosenTypes(rows);
         const std::size_t part = table.parts.size();
         table.parts.push_back({name});
         bool hasKey = false;
@@ -135,7 +136,7 @@ private:
                 table.parts.back().keyField = *field;
                 hasKey = true;
             } else {
-                AddColumn(table, {part, *field, column.column}, column.origin);
+                AddColumn(table, {part, *field, column.column, types[*field] == ColumnType::Time}, column.origin);
             }
         }
         // Of a table that it makes, +complete tells every column.

@@ -14,6 +14,7 @@ struct ValueColumn {
     std::size_t part = 0; ///< of the table: 0 is its own, the others are those that continue it
     std::size_t field = 0;
     std::string name;
+    bool hasTimes = false; ///< of a date column: times of day
 };
 
 /// A value of an element, an attribute or a child that is a column. Of several columns the first that is not Null has

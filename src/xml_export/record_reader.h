@@ -36,8 +36,11 @@ public:
     [[nodiscard]] bool Next(ReaderPlace& place);
     /// Stands on `place` again, whatever it was used for since.
     void Return(const ReaderPlace& place);
-    /// A value of the current record, appended to `out`; false for Null.
-    bool AppendText(std::size_t field, std::string& out) { return Rows().AppendText(field, out); }
+    /// A value of the current record, as documents write it, appended to `out`; false for Null.
+    bool AppendText(const ValueColumn& column, std::string& out)
+    {
+        return Rows().AppendIsoText(column.field, column.hasTimes, out);
+    }
 
 private:
     [[nodiscard]] KeyWalk& Records() noexcept { return byKey_ ? *byKey_ : walk_; }

@@ -77,6 +77,15 @@ Judgement Judge(const std::filesystem::path& mdb, const std::vector<std::filesys
     return judgement;
 }
 
+Judgement JudgeTyped(const std::vector<std::filesystem::path>& pairs)
+{
+    std::vector<std::string> arguments{"typed"};
+    for (const std::filesystem::path& database : pairs)
+        arguments.push_back(database.string());
+    const ProcessResult run = RunJudge(arguments);
+    return {.sound = run.status == 0, .report = run.output + run.errors};
+}
+
 void WriteUniqueCopy(const std::filesystem::path& xml, const std::filesystem::path& copy)
 {
     const ProcessResult run = RunJudge({"unique", xml.string(), copy.string()});

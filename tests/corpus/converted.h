@@ -37,6 +37,9 @@ struct Judgement {
 [[nodiscard]] Judgement Judge(const std::filesystem::path& mdb,
                               const std::vector<std::filesystem::path>& documents = {});
 
+/// Of pairs of databases, the second of each with typed columns: is each cell what the text is, and no type too wide?
+[[nodiscard]] Judgement JudgeTyped(const std::vector<std::filesystem::path>& pairs);
+
 /// Writes a copy of `xml` in which every value occurs once.
 void WriteUniqueCopy(const std::filesystem::path& xml, const std::filesystem::path& copy);
 

@@ -43,6 +43,24 @@ TEST_P(CorpusXml, CountsEveryLostValueOfACopyInWhichNoTwoAreEqual)
               judgement.offered);
 }
 
+TEST_P(CorpusXml, TypedColumnsHoldTheNumbersAndInstantsOfTheTexts)
+{
+    REQUIRE_SHARED(shared);
+    const TempFolder temp;
+    std::vector<std::filesystem::path> pairs;
+    const std::vector<std::string> optionSets[] = {{"-types"}, {"+complete", "ver=97"}};
+    for (std::vector<std::string> options : optionSets)
+        for (const char* const types : {"-types", "+types"}) {
+            options.emplace_back(types);
+            pairs.push_back(temp / std::to_string(pairs.size()).append(".mdb"));
+            const Converted converted(shared / "corpus" / "xml" / (GetParam() + ".xml"), pairs.back(), options);
+            ASSERT_EQ(converted.run.status, 0) << converted.Report();
+            EXPECT_FALSE(converted.Says("became a text")) << converted.Report();
+        }
+    const Judgement judgement = JudgeTyped(pairs);
+    EXPECT_TRUE(judgement.sound) << judgement.report;
+}
+
 INSTANTIATE_TEST_SUITE_P(Documents, CorpusXml, ::testing::ValuesIn(CorpusDocuments("xml")),
                          [](const auto& info) { return TestName(info.param); });
 

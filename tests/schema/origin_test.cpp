@@ -22,7 +22,8 @@ TEST(Origin, TheDatabaseKnowsWhatItsTablesAndColumnsAre)
           {"attr_id", {Kind::Attribute, "x:id", 1}},
           {"item", {Kind::Text}},
           {"name", {Kind::Child, "name", 12}},
-          {"name_text", {Kind::Overflow, "name"}}}},
+          {"name_text", {Kind::Overflow, "name"}}},
+         {{"item", ColumnType::Time}, {"name", ColumnType::YesNo}}},
         {TableOrigin{{{"//doc", {0}}, {"doc/a b", {0}}, {"\u0416/\U0001F600", {}}}, {}},
          {{"MASTER_TABLE", {Kind::Master}}}},
         {TableOrigin{{}, "wide table"}, {}},
@@ -42,6 +43,7 @@ TEST(Origin, TheDatabaseKnowsWhatItsTablesAndColumnsAre)
             session.SetOrigins(table, origins);
             EXPECT_EQ(session.OriginsOf(table).table, origins.table);
             EXPECT_EQ(session.OriginsOf(table).columns, origins.columns);
+            EXPECT_EQ(session.OriginsOf(table).types, origins.types);
         }
         session.SetOrigins("t3", known[2]);
         EXPECT_EQ(session.OriginsOf("t3").table, known[2].table) << "a shorter text in the place of a longer one";

@@ -210,6 +210,18 @@
             <translation>Jeden Wert importieren</translation>
         </message>
         <message>
+            <source>Typed columns</source>
+            <translation>Spalten mit Datentypen</translation>
+        </message>
+        <message>
+            <source>give each new column the narrowest type that all of its values fit: Yes/No, Long Integer, Double or Date/Time; one that a later value does not fit becomes a text</source>
+            <translation>jeder neuen Spalte den engsten Typ geben, in den alle ihre Werte passen: Ja/Nein, Long Integer, Double oder Datum/Uhrzeit; eine, in die ein späterer Wert nicht passt, wird Text</translation>
+        </message>
+        <message>
+            <source>texts and memos only</source>
+            <translation>nur Texte und Memos</translation>
+        </message>
+        <message>
             <source>Create ta&amp;ble relations</source>
             <translation>Tabellenbe&amp;ziehungen anlegen</translation>
         </message>

@@ -1,4 +1,4 @@
-#include "plan/complete_facts.h"
+#include "plan/path_facts.h"
 
 #include <string_view>
 #include <unordered_map>
@@ -42,7 +42,7 @@ private:
 
 } // namespace
 
-std::vector<PathFacts> GatherFacts(const Document& document, const std::function<void()>& onPiece)
+std::vector<PathFacts> GatherFacts(const Document& document, bool looksAtForms, const std::function<void()>& onPiece)
 {
     std::vector<PathFacts> facts(document.Paths().Size());
     AttributeBook book;
@@ -59,13 +59,22 @@ std::vector<PathFacts> GatherFacts(const Document& document, const std::function
         const bool isEmpty = IsBlank(text);
         fact.hasText = fact.hasText || !isEmpty;
         fact.hasEmptyText = fact.hasEmptyText || isEmpty;
+        if (looksAtForms && !isEmpty)
+            fact.texts.Add(text);
         fact.hasLongText = fact.hasLongText || IsLong(text);
         for (std::uint32_t i = 0; i < document.AttributeCount(element); ++i) {
             AttributeFacts& attribute = book.Find(path, fact.attributes, i, document.AttributeName(element, i));
             ++attribute.count;
             const std::string_view value = document.AttributeValue(element, i);
             attribute.isLong = attribute.isLong || IsLong(value);
-            attribute.hasEmpty = attribute.hasEmpty || IsBlank(value);
+            const bool isBlank = IsBlank(value);
+            attribute.hasEmpty = attribute.hasEmpty || isBlank;
+            if (!looksAtForms || value.empty())
+                continue;
+            if (isBlank)
+                attribute.hasBlank = true;
+            else
+                attribute.values.Add(value);
         }
     }
     return facts;
