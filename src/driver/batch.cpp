@@ -1,6 +1,8 @@
 #include "driver/batch.h"
 
+#include "driver/closing_words.h"
 #include "driver/once.h"
+#include "driver/refusals.h"
 #include "driver/rename.h"
 #include "driver/run_files.h"
 #include "driver/url_source.h"
@@ -15,7 +17,6 @@
 #include "schema/engine_errors.h"
 #include "schema/known_tables.h"
 #include "schema/schema_builder.h"
-#include "schema/target_check.h"
 #include "settings/conversion_settings.h"
 #include "source/source_list.h"
 #include "source/sources_of_run.h"
@@ -55,41 +56,13 @@ private:
     const std::int64_t begin_ = CoarseMilliseconds();
 };
 
-/// What a run has counted at the beginning of a source.
-class RunPoint {
-public:
-    RunPoint(const LossSummary& leftOut, std::int64_t recordsWithoutText, bool textFilesChanged)
-        : values_(leftOut.values), offered_(leftOut.offered), groups_(leftOut.groups.size()),
-          recordsWithoutText_(recordsWithoutText), textFilesChanged_(textFilesChanged)
-    {
-    }
-    void Restore(LossSummary& leftOut, std::int64_t& recordsWithoutText, bool& textFilesChanged) const
-    {
-        leftOut.values = values_;
-        leftOut.offered = offered_;
-        leftOut.groups.resize(groups_);
-        recordsWithoutText = recordsWithoutText_;
-        textFilesChanged = textFilesChanged_;
-    }
-
-private:
-    std::int64_t values_, offered_;
-    std::size_t groups_;
-    std::int64_t recordsWithoutText_;
-    bool textFilesChanged_;
-};
-
 } // namespace
 
 RunOutcome Batch::btnConvert_Click(const std::optional<std::string>& refusal)
 {
     outcome_ = {};
-    hasCommitted_ = commitFailed_ = false;
-    unfinishedRecords_ = 0;
-    sources_.clear();
+    run_ = {};
     isFileComplete_ = true;
-    tried_ = 0;
-    textFilesChanged_ = isTakenBack_ = false;
     job_.settings.blAbort = false;
     job_.log.ClearText();
     TakeSettings();
@@ -106,10 +79,10 @@ RunOutcome Batch::btnConvert_Click(const std::optional<std::string>& refusal)
             EndEarly(session);
         else if (IsWayBack(job_.settings))
             job_.log.ProtocolAppend("The run ended early: XML that was not complete is gone");
-        TellOfFiles();
-        ReportUnfinished();
+        TellOfFiles(job_.log, run_, outcome_);
+        ReportUnfinished(job_.log, run_, outcome_.files);
     }
-    TellOfFailures();
+    TellOfFailures(job_.log, outcome_);
     outcome_.tables = session.Reports();
     session.Close();
     source.Release();
@@ -134,17 +107,7 @@ void Batch::TakeSettings()
 bool Batch::RefusesToBegin(const std::optional<std::string>& refusal)
 {
     const ConversionSettings& settings = job_.settings;
-    std::optional<std::string> reason = ClashingFiles(settings);
-    if (!reason)
-        reason = IsWayBack(settings) ? UnfitWayBack(settings) : UnfitTarget(settings);
-    if (!reason)
-        reason = UnfitDownload(settings);
-    if (!reason && !IsWayBack(settings))
-        reason = UnfitOnce(settings);
-    if (!reason)
-        reason = UnfitSources(settings);
-    if (!reason)
-        reason = UnfitEncoding(settings);
+    std::optional<std::string> reason = WhyNotToBegin(settings);
     if (!reason)
         reason = refusal;
     if (!reason)
@@ -173,15 +136,15 @@ void Batch::Run(UrlSource& source, DatabaseSession& session, Step& step)
     }
     source.Fetch(places_);
     const SourceFiles files = ListSourceFiles(job_.settings.sourceFile);
-    sources_ = SourcesIn(files.paths, job_.settings);
-    for (const Source& file : sources_)
+    run_.sources = SourcesIn(files.paths, job_.settings);
+    for (const Source& file : run_.sources)
         outcome_.files.push_back({.path = file.Name()});
     std::optional<std::string> reason = files.problem;
     if (!reason)
         reason = ImpossibleRename(job_.settings, files.paths, std::time(nullptr));
     if (reason)
         return TellThatThereIsNothingToDo(*reason);
-    for (const std::string& warning : TextExportWarnings(job_.settings, sources_.size()))
+    for (const std::string& warning : TextExportWarnings(job_.settings, run_.sources.size()))
         job_.log.Warn("text-files", warning);
     ScratchDatabase scratch(job_, places_);
     if (usesScratch)
@@ -194,24 +157,14 @@ void Batch::Run(UrlSource& source, DatabaseSession& session, Step& step)
     openDatabase();
     FilesOfRun filesOfRun(job_.settings, files.paths);
     Convert(session, filesOfRun, openDatabase, step);
-    if (!hasCommitted_ && outcome_.skippedFiles == 0)
-        TellThatNothingWasRead();
+    if (!run_.hasCommitted && outcome_.skippedFiles == 0)
+        TellThatNothingWasRead(job_, outcome_);
 }
 
 void Batch::TellThatThereIsNothingToDo(const std::string& reason)
 {
     job_.log.ProtocolAppend(reason);
     outcome_.nothingToDo = true;
-}
-
-/// Nothing was committed, so that the session's end takes everything back.
-void Batch::TellThatNothingWasRead()
-{
-    std::string line = outcome_.failedFiles > 0 ? "No source could be converted: " : "No source could be read: ";
-    line += FileExists(job_.settings.targetFile) ? "the database stays as it was" : "no database was made";
-    if (job_.settings.blTextExport)
-        line += ", and the text files are left alone";
-    job_.log.ProtocolAppend(line);
 }
 
 void Batch::OpenProtocolFile(Step& step)
@@ -254,7 +207,7 @@ void Batch::ShowRunning(bool running)
 void Batch::Convert(DatabaseSession& session, FilesOfRun& filesOfRun, const std::function<void()>& openDatabase,
                     Step& step)
 {
-    job_.host.SetProgressRange(ProgressBarId::Files, static_cast<std::int64_t>(sources_.size()));
+    job_.host.SetProgressRange(ProgressBarId::Files, static_cast<std::int64_t>(run_.sources.size()));
     job_.host.SetProgress(ProgressBarId::Files, 0);
     KnownTables knownTables(session);
     const Shared shared{session, knownTables, filesOfRun};
@@ -264,17 +217,17 @@ void Batch::Convert(DatabaseSession& session, FilesOfRun& filesOfRun, const std:
     };
     if (job_.settings.blOnce)
         readLoaded();
-    for (std::size_t n = 1; n <= sources_.size(); ++n) {
+    for (std::size_t n = 1; n <= run_.sources.size(); ++n) {
         job_.ProcessEvents();
-        const Source& file = sources_[n - 1];
+        const Source& file = run_.sources[n - 1];
         FileReport& report = outcome_.files[n - 1];
-        tried_ = n;
-        job_.log.ProtocolAppend("File " + std::to_string(n) + " of " + std::to_string(sources_.size()) + ": " +
+        run_.tried = n;
+        job_.log.ProtocolAppend("File " + std::to_string(n) + " of " + std::to_string(run_.sources.size()) + ": " +
                                 report.path);
         const Timed timed(report);
         if (!ConvertWhole(file, report, shared, step)) {
             isFileComplete_ = file.isLastOfFile; // for the next one, if this was the last of it
-            if (hasCommitted_)
+            if (run_.hasCommitted)
                 velReopenDatabase(job_, session);
             else
                 openDatabase();
@@ -331,12 +284,12 @@ bool Batch::ConvertWhole(const Source& source, FileReport& report, const Shared&
         return true;
     }
     const std::size_t errorsBefore = job_.log.Found().errors.size();
-    const RunPoint before{outcome_.leftOut, outcome_.recordsWithoutText, textFilesChanged_};
+    const RunPoint before(outcome_, run_);
     shared.filesOfRun.BeginDocument();
     const auto takeBack = [&] {
-        unfinishedRecords_ = 0;
-        isTakenBack_ = true;
-        before.Restore(outcome_.leftOut, outcome_.recordsWithoutText, textFilesChanged_);
+        run_.unfinishedRecords = 0;
+        run_.isTakenBack = true;
+        before.Restore(outcome_, run_);
         shared.filesOfRun.TakeBackDocument();
         sinks.Texts().TakeBack();
     };
@@ -358,7 +311,7 @@ bool Batch::ConvertWhole(const Source& source, FileReport& report, const Shared&
     job_.settings.blAbort = false;
     if (hasEnded) // its records are safe: it could not be renamed
         return true;
-    isTakenBack_ = false;
+    run_.isTakenBack = false;
     report.problem = job_.log.Found().errors.back().text;
     report.end = FileReport::End::Failed;
     report.records = 0;
@@ -399,9 +352,9 @@ bool Batch::ConvertOneFile(const Source& source, FileReport& report, const Share
     if (report.values)
         outcome_.leftOut.Add(*report.values);
     outcome_.recordsWithoutText += velCloseTables(job_, session, sinks);
-    unfinishedRecords_ = report.records = sinks.SavedRecords();
-    textFilesChanged_ =
-        textFilesChanged_ || shared.filesOfRun.HasChanged() || (job_.settings.blTextExport && unfinishedRecords_ > 0);
+    run_.unfinishedRecords = report.records = sinks.SavedRecords();
+    run_.textFilesChanged = run_.textFilesChanged || shared.filesOfRun.HasChanged() ||
+                            (job_.settings.blTextExport && run_.unfinishedRecords > 0);
     ThrowIfAborted(job_.settings);
     report.problem = std::move(xml.problem);
     return xml.readable;
@@ -425,11 +378,11 @@ void Batch::FinishFile(const Source& source, FileReport& report, bool converted,
         if (!hash.empty())
             loaded_.Add(session, hash, report.path, report.records);
         Commit(session);
-        hasCommitted_ = true;
-        unfinishedRecords_ = 0;
+        run_.hasCommitted = true;
+        run_.unfinishedRecords = 0;
         report.end = FileReport::End::Converted;
         ++outcome_.convertedFiles;
-        lastConverted_ = report.path;
+        run_.lastConverted = report.path;
     } else {
         report.end = FileReport::End::Unreadable;
         report.values.reset();
@@ -456,9 +409,9 @@ void Batch::RenameWhenWanted(const Source& source, Step& step)
 /// What was announced has become true by it.
 void Batch::Commit(DatabaseSession& session)
 {
-    commitFailed_ = true;
+    run_.commitFailed = true;
     session.Commit();
-    commitFailed_ = false;
+    run_.commitFailed = false;
     for (const std::string& line : session.TakeAnnouncements())
         job_.log.ProtocolAppend(line);
 }
@@ -468,79 +421,14 @@ void Batch::Commit(DatabaseSession& session)
 void Batch::EndEarly(DatabaseSession& session)
 {
     try {
-        if (unfinishedRecords_ > 0 && !commitFailed_)
+        if (run_.unfinishedRecords > 0 && !run_.commitFailed)
             Commit(session);
     } catch (const RuntimeError& error) {
         job_.log.ErrorReport("btnConvert_Click", "btnConvert_Click: Commit what was saved before the run ended early",
                              error);
     }
-    job_.log.ProtocolAppend("The run ended early: " + WhatTheDatabaseHolds() + AboutTextFiles());
-}
-
-std::string Batch::WhatTheDatabaseHolds() const
-{
-    if (!commitFailed_ && !isTakenBack_ && (hasCommitted_ || unfinishedRecords_ > 0))
-        return "what was saved until then stays in the database";
-    if (hasCommitted_)
-        return "the database holds the files that were converted before, nothing of the last one";
-    return FileExists(job_.settings.targetFile) ? "nothing was saved, the database stays as it was"
-                                                : "nothing was saved, no database was made";
-}
-
-/// Of several files, which are done: the others can be given to another run.
-void Batch::TellOfFiles()
-{
-    const std::size_t count = sources_.size();
-    if (count < 2)
-        return;
-    const auto ofAll = [count](std::size_t n) { return std::to_string(n) + " of " + std::to_string(count) + " files"; };
-    const auto converted = static_cast<std::size_t>(outcome_.convertedFiles);
-    const auto unreadable = static_cast<std::size_t>(outcome_.unreadableFiles);
-    std::string line = "Converted: " + ofAll(converted);
-    if (converted > 0)
-        line += ", the last " + lastConverted_;
-    if (unreadable > 0)
-        line += "; " + std::to_string(unreadable) + " could not be read";
-    job_.log.ProtocolAppend(line);
-    const auto others =
-        static_cast<std::size_t>(outcome_.failedFiles) + static_cast<std::size_t>(outcome_.skippedFiles);
-    if (tried_ > converted + unreadable + others)
-        job_.log.ProtocolAppend("Not finished: " + sources_[tried_ - 1].Name());
-    if (tried_ < count)
-        job_.log.ProtocolAppend("Not tried: " + ofAll(count - tried_) + ", " + sources_[tried_].Name() +
-                                (tried_ + 1 < count ? " to " + sources_.back().Name() : ""));
-}
-
-/// Those that +continue has left out, and why.
-void Batch::TellOfFailures()
-{
-    if (outcome_.failedFiles == 0)
-        return;
-    job_.log.ProtocolAppend("Left out because of errors: " + std::to_string(outcome_.failedFiles) + " of " +
-                            std::to_string(sources_.size()) + " files");
-    for (const FileReport& file : outcome_.files)
-        if (file.end == FileReport::End::Failed)
-            job_.log.ProtocolAppend("  " + file.path + ": " + file.problem);
-}
-
-/// The file at which the run ended.
-void Batch::ReportUnfinished()
-{
-    if (tried_ == 0 || outcome_.files[tried_ - 1].end != FileReport::End::NotTried)
-        return;
-    FileReport& report = outcome_.files[tried_ - 1];
-    const bool hasFailed = job_.log.ErrorCount() > 0;
-    report.end = hasFailed ? FileReport::End::Failed : FileReport::End::Cancelled;
-    if (hasFailed)
-        report.problem = job_.log.Found().errors.back().text;
-    if (unfinishedRecords_ == 0 || commitFailed_)
-        report.records = 0;
-}
-
-/// Their lines cannot be taken back, and those of -append are gone.
-std::string Batch::AboutTextFiles() const
-{
-    return textFilesChanged_ ? "; text files in [" + job_.settings.textFolder + "] were changed" : "";
+    job_.log.ProtocolAppend("The run ended early: " + WhatTheDatabaseHolds(run_, job_.settings) +
+                            AboutTextFiles(run_, job_.settings));
 }
 
 void Batch::btnQuit_Click()

@@ -1,13 +1,11 @@
 #pragma once
 
-#include "driver/file_report.h"
 #include "driver/run_files.h"
+#include "driver/run_outcome.h"
 #include "mapping/tag_map.h"
 #include "schema/loaded_sources.h"
 #include "schema/lock_retry.h"
-#include "schema/table_report.h"
 #include "settings/job.h"
-#include "source/source.h"
 
 #include <cstdint>
 #include <functional>
@@ -28,22 +26,6 @@ class TableSinks;
 class UrlSource;
 
 inline constexpr std::string_view kCancelQuestion = "Conversion is running. Do you really want to cancel it?";
-
-/// How a run ended, for exit statuses and the closing table.
-struct RunOutcome {
-    bool nothingToDo = false; ///< no source named or found, or a target that must not be written
-    bool failed = false;      ///< an error report ended the run
-    bool cancelled = false;   ///< by the user
-    int unreadableFiles = 0;  ///< sources that could not be read
-    int convertedFiles = 0;
-    int skippedFiles = 0;                ///< were loaded before, with +once
-    int failedFiles = 0;                 ///< left out with +continue, because of an error
-    LossSummary leftOut{};               ///< values that were not imported
-    std::int64_t recordsWithoutText = 0; ///< in a run that exports text
-    int filesNotRenamed = 0;             ///< in a run that renames
-    std::vector<TableReport> tables{};   ///< in order of first use
-    std::vector<FileReport> files{};     ///< all sources, in their order
-};
 
 /// Runs one job over one or many XML files, or over one from a web address: what the "Convert" button does.
 class Batch {
@@ -75,7 +57,6 @@ private:
     void OpenProtocolFile(Step& step);
     void ShowRunning(bool running);
     void TellThatThereIsNothingToDo(const std::string& reason);
-    void TellThatNothingWasRead();
     void Convert(DatabaseSession& session, FilesOfRun& filesOfRun, const std::function<void()>& openDatabase,
                  Step& step);
     [[nodiscard]] bool IsLoaded(const Source& source, FileReport& report, std::string& hash);
@@ -91,11 +72,6 @@ private:
                     const std::string& hash, Step& step);
     void Commit(DatabaseSession& session);
     void EndEarly(DatabaseSession& session);
-    [[nodiscard]] std::string WhatTheDatabaseHolds() const;
-    void TellOfFiles();
-    void TellOfFailures();
-    void ReportUnfinished();
-    [[nodiscard]] std::string AboutTextFiles() const;
     void CloseProtocolFile();
 
     Job& job_;
@@ -103,16 +79,9 @@ private:
     Places places_;
     LockSeam locks_;
     RunOutcome outcome_;
-    bool hasCommitted_ = false;          ///< a file of this run is complete in the database
-    bool commitFailed_ = false;          ///< what was not committed then is lost
-    std::int64_t unfinishedRecords_ = 0; ///< saved by the file at hand, not yet committed
-    std::vector<Source> sources_;        ///< all of them
-    std::size_t tried_ = 0;              ///< of them, the one at hand included
-    std::string lastConverted_;
+    RunState run_;
     bool isFileComplete_ = true; ///< all of the file at hand was converted that came up to now
-    bool textFilesChanged_ = false;
-    bool isTakenBack_ = false; ///< what came of the file at which the run ended
-    LoadedSources loaded_;     ///< with +once
+    LoadedSources loaded_;       ///< with +once
 };
 
 } // namespace velmora

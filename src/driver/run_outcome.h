@@ -1,0 +1,66 @@
+#pragma once
+
+#include "driver/file_report.h"
+#include "schema/table_report.h"
+#include "source/source.h"
+
+#include <cstddef>
+#include <cstdint>
+#include <string>
+#include <vector>
+
+namespace velmora {
+
+/// How a run ended, for exit statuses and the closing table.
+struct RunOutcome {
+    bool nothingToDo = false; ///< no source named or found, or a target that must not be written
+    bool failed = false;      ///< an error report ended the run
+    bool cancelled = false;   ///< by the user
+    int unreadableFiles = 0;  ///< sources that could not be read
+    int convertedFiles = 0;
+    int skippedFiles = 0;                ///< were loaded before, with +once
+    int failedFiles = 0;                 ///< left out with +continue, because of an error
+    LossSummary leftOut{};               ///< values that were not imported
+    std::int64_t recordsWithoutText = 0; ///< in a run that exports text
+    int filesNotRenamed = 0;             ///< in a run that renames
+    std::vector<TableReport> tables{};   ///< in order of first use
+    std::vector<FileReport> files{};     ///< all sources, in their order
+};
+
+/// How far a run has come.
+struct RunState {
+    std::vector<Source> sources{};      ///< all of them
+    std::size_t tried = 0;              ///< of them, the one at hand included
+    std::string lastConverted{};        ///< its name
+    bool hasCommitted = false;          ///< a file of this run is complete in the database
+    bool commitFailed = false;          ///< what was not committed then is lost
+    std::int64_t unfinishedRecords = 0; ///< saved by the file at hand, not yet committed
+    bool textFilesChanged = false;
+    bool isTakenBack = false; ///< what came of the file at which the run ended
+};
+
+/// What a run had counted at the beginning of a source, to count anew from there when the source is taken back.
+class RunPoint {
+public:
+    RunPoint(const RunOutcome& outcome, const RunState& run)
+        : values_(outcome.leftOut.values), offered_(outcome.leftOut.offered), groups_(outcome.leftOut.groups.size()),
+          recordsWithoutText_(outcome.recordsWithoutText), textFilesChanged_(run.textFilesChanged)
+    {
+    }
+    void Restore(RunOutcome& outcome, RunState& run) const
+    {
+        outcome.leftOut.values = values_;
+        outcome.leftOut.offered = offered_;
+        outcome.leftOut.groups.resize(groups_);
+        outcome.recordsWithoutText = recordsWithoutText_;
+        run.textFilesChanged = textFilesChanged_;
+    }
+
+private:
+    std::int64_t values_, offered_;
+    std::size_t groups_;
+    std::int64_t recordsWithoutText_;
+    bool textFilesChanged_;
+};
+
+} // namespace velmora
