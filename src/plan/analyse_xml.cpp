@@ -21,7 +21,8 @@ MappingPlan PlanCompletely(Job& job, Document& document, const TagMap& map, cons
     return plan;
 }
 
-/// The complete rules do without the structure: only who looks at it wants it. Its paths are new ones, behind the plan's.
+/// The complete rules do without the structure: only who looks at it wants it. Its paths are new ones, behind the
+/// plan's.
 void DescribeStructure(Job& job, Document& document, const MappingPlan& plan, StructureModel& model)
 {
     AnalyseStructure(job, document, model);
