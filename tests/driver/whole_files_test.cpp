@@ -2,6 +2,7 @@
 #include "jet/base/error.h"
 #include "jet/connection.h"
 
+#include <algorithm>
 #include <memory>
 
 namespace velmora::testing {
