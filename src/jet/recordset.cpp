@@ -4,6 +4,7 @@
 #include "jet/base/error.h"
 #include "jet/base/text_codec.h"
 #include "jet/base/value_codec.h"
+#include "jet/base/value_text.h"
 #include "jet/catalog/catalog.h"
 
 #include <algorithm>

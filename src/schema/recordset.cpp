@@ -2,7 +2,7 @@
 
 #include "jet/base/date_text.h"
 #include "jet/base/error.h"
-#include "jet/base/value_codec.h"
+#include "jet/base/value_text.h"
 #include "schema/engine_errors.h"
 
 #include <algorithm>

@@ -1,6 +1,6 @@
 #include "driver/conversion.h"
 
-#include "jet/base/value_codec.h"
+#include "jet/base/value_text.h"
 #include "jet/connection.h"
 #include "schema/database_session.h"
 #include "xml/document_loader.h"

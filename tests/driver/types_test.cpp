@@ -1,6 +1,6 @@
 #include "driver/conversion.h"
 
-#include "jet/base/value_codec.h"
+#include "jet/base/value_text.h"
 #include "jet/connection.h"
 
 namespace velmora::testing {

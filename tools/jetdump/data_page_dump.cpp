@@ -2,6 +2,7 @@
 #include "text_forms.h"
 
 #include "jet/base/value_codec.h"
+#include "jet/base/value_text.h"
 
 #include <algorithm>
 

@@ -3,6 +3,7 @@
 #include "jet/base/error.h"
 #include "jet/base/text_codec.h"
 #include "jet/base/value_codec.h"
+#include "jet/base/value_text.h"
 #include "jet/index/index_page.h"
 #include "jet/index/text_key.h"
 #include "text_forms.h"

@@ -2,7 +2,7 @@
 #include "text_forms.h"
 
 #include "jet/base/error.h"
-#include "jet/base/value_codec.h"
+#include "jet/base/value_text.h"
 #include "jet/catalog/catalog.h"
 #include "jet/catalog/system_table.h"
 #include "jet/store/pager.h"

@@ -1,7 +1,7 @@
 #include "jet/base/rowset.h"
 
 #include "jet/base/error.h"
-#include "jet/base/value_codec.h"
+#include "jet/base/value_text.h"
 
 #include <algorithm>
 

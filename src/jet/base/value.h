@@ -94,6 +94,7 @@ inline constexpr std::array<TypeFacts, 18> kByNumber = [] {
 using Null = std::monostate;
 
 struct Currency {
+    static constexpr unsigned kScale = 4; ///< digits behind the point
     std::int64_t tenThousandths = 0;
     auto operator<=>(const Currency&) const = default;
 };

@@ -5,6 +5,7 @@
 #include "jet/base/decimal.h"
 #include "jet/base/error.h"
 #include "jet/base/text_codec.h"
+#include "jet/base/value_text.h"
 
 #include <algorithm>
 #include <array>
@@ -23,7 +24,6 @@ namespace jet {
 
 namespace {
 
-constexpr unsigned kCurrencyScale = 4;
 constexpr std::size_t kGuidSize = 16;
 constexpr std::size_t kNumericSize = 17;
 constexpr Byte kNumericNegative = 0x80;
@@ -248,45 +248,6 @@ Numeric DecodeNumeric(ByteSpan stored, std::uint8_t scale)
     return numeric;
 }
 
-template <typename Number>
-std::string Shortest(Number value)
-{
-    std::array<char, 32> text{};
-    return {text.data(), std::to_chars(text.data(), text.data() + text.size(), value).ptr};
-}
-
-/// One overload for each thing that a value can be.
-struct TextOf {
-    std::string operator()(Null) const { return {}; }
-    std::string operator()(bool value) const { return value ? "True" : "False"; }
-    std::string operator()(std::int32_t value) const { return std::to_string(value); }
-    std::string operator()(float value) const { return Shortest(value); }
-    std::string operator()(double value) const { return Shortest(value); }
-    std::string operator()(Currency value) const
-    {
-        const bool negative = value.tenThousandths < 0;
-        const auto bits = static_cast<std::uint64_t>(value.tenThousandths);
-        const std::uint64_t magnitude = negative ? ~bits + 1 : bits;
-        return DecimalText({negative,
-                            {0, 0, static_cast<std::uint32_t>(magnitude >> 32), static_cast<std::uint32_t>(magnitude)},
-                            kCurrencyScale});
-    }
-    std::string operator()(DateTime value) const { return DateText(value); }
-    std::string operator()(const std::string& value) const { return value; }
-    std::string operator()(const Bytes& value) const { return HexText(value); }
-    std::string operator()(const Guid& value) const
-    {
-        std::string text = HexText(value.bytes);
-        for (const std::size_t at : {20, 16, 12, 8})
-            text.insert(at, 1, '-');
-        return "{" + text + "}";
-    }
-    std::string operator()(const Numeric& value) const
-    {
-        return DecimalText({value.negative, value.magnitude, value.scale});
-    }
-};
-
 } // namespace
 
 void EncodeValue(Bytes& out, const Format& format, const ValueType& type, const Value& value)
@@ -363,7 +324,7 @@ Value ParseText(const ValueType& type, std::string_view utf8)
             return *whole;
         return Round<std::int32_t>(ParseDouble(text));
     case ColumnType::Currency:
-        return CurrencyFrom(ParseDecimalOrThrow(text, kCurrencyScale));
+        return CurrencyFrom(ParseDecimalOrThrow(text, Currency::kScale));
     case ColumnType::Single:
         return SingleOf(ParseDouble(text));
     case ColumnType::Double:
@@ -439,27 +400,6 @@ Value DecodeValue(ByteSpan stored, const Format& format, const ValueType& type)
         break;
     }
     throw CorruptValue("A value has a type that has no bytes in a row");
-}
-
-std::string ToText(const Value& value)
-{
-    return std::visit(TextOf{}, value);
-}
-
-std::string ToIsoText(const Value& value, bool isTimeOfDay)
-{
-    if (const auto* flag = std::get_if<bool>(&value))
-        return *flag ? "true" : "false";
-    if (const auto* date = std::get_if<DateTime>(&value))
-        return IsoDateText(*date, isTimeOfDay);
-    if (const auto* number = std::get_if<double>(&value)) {
-        std::array<char, 64> text{};
-        const auto [end, error] =
-            std::to_chars(text.data(), text.data() + text.size(), *number, std::chars_format::fixed);
-        if (error == std::errc{})
-            return {text.data(), end};
-    }
-    return ToText(value);
 }
 
 } // namespace jet

@@ -35,12 +35,5 @@ void FillUp(Bytes& out, std::size_t begin, const Format& format, const ValueType
 /// The reverse of EncodeValue; for a long value of the bytes themselves, not of its field. Throws CorruptValue when the
 /// bytes do not fit the type.
 [[nodiscard]] Value DecodeValue(ByteSpan stored, const Format& format, const ValueType& type);
-/// A value as text: how a text export or a dump shows it. Null is empty; numbers in the shortest form that reads back
-/// the same (of a Single: as a Single), booleans "True" and "False", dates "2024-03-05 14:07:09", bytes hexadecimal,
-/// GUIDs in braces.
-[[nodiscard]] std::string ToText(const Value& value);
-/// The same in the forms that data formats agree on: booleans "true" and "false", dates as IsoDateText() has them,
-/// numbers without an exponent unless they are very long then.
-[[nodiscard]] std::string ToIsoText(const Value& value, bool isTimeOfDay);
 
 } // namespace jet

@@ -2,6 +2,7 @@
 
 #include "jet/base/error.h"
 #include "jet/base/value_codec.h"
+#include "jet/base/value_text.h"
 #include "jet/catalog/catalog.h"
 #include "jet/relations/relations.h"
 

@@ -1,5 +1,6 @@
 #include "jet/table/rewrite.h"
 #include "jet/base/error.h"
+#include "jet/base/value_text.h"
 #include "jet/table/index_build.h"
 #include "jet/table/long_fields.h"
 #include "jet/table/row_codec.h"

@@ -1,4 +1,5 @@
 #include "jet/base/value_codec.h"
+#include "jet/base/value_text.h"
 
 #include "jet/base/default_value.h"
 #include "jet/base/rc4.h"

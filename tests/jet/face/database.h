@@ -1,6 +1,6 @@
 #pragma once
 
-#include "jet/base/value_codec.h"
+#include "jet/base/value_text.h"
 #include "jet/connection.h"
 #include "jet/support.h"
 #include "support/shared.h"

@@ -2,7 +2,7 @@
 //
 // VELMORA_MODEL_ROUNDS asks for that many runs in each format instead of one, VELMORA_MODEL_SEED for the first seed.
 
-#include "jet/base/value_codec.h"
+#include "jet/base/value_text.h"
 #include "jet/connection.h"
 #include "jet/face/model.h"
 #include "jet/store/crash_file_system.h"

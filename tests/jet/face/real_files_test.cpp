@@ -1,3 +1,4 @@
+#include "jet/base/value_text.h"
 #include "jet/face/database.h"
 #include "support/shared.h"
 

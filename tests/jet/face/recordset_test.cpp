@@ -1,3 +1,4 @@
+#include "jet/base/value_text.h"
 #include "jet/face/database.h"
 
 namespace jet {
