@@ -2,6 +2,7 @@
 
 #include "log/runtime_error.h"
 #include "platform/paths.h"
+#include "platform/utf8.h"
 
 #include <algorithm>
 #include <filesystem>
@@ -54,9 +55,7 @@ bool BeginsWithLine(const std::string& path, std::string_view line)
     std::string text(kByteOrderMark.size() + line.size() + 2, '\0');
     text.resize(std::fread(text.data(), 1, text.size(), file));
     std::fclose(file);
-    std::string_view begin = text;
-    if (begin.starts_with(kByteOrderMark))
-        begin.remove_prefix(kByteOrderMark.size());
+    std::string_view begin = WithoutByteOrderMark(text);
     if (!begin.starts_with(line))
         return false;
     begin.remove_prefix(line.size());

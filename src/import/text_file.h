@@ -1,5 +1,7 @@
 #pragma once
 
+#include "platform/utf8.h"
+
 #include <cstddef>
 #include <cstdint>
 #include <map>
@@ -7,8 +9,6 @@
 #include <string_view>
 
 namespace velmora {
-
-inline constexpr std::string_view kByteOrderMark = "\xEF\xBB\xBF"; ///< in UTF-8
 
 /// A text file to which lines are appended.
 ///

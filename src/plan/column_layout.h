@@ -32,7 +32,7 @@ public:
     /// `table` is the first part, or the next one.
     void AddKnown(const KnownTable& table, const NameRules& rules);
 
-    /// The column that is there for it; nullptr: none.
+    /// The column that is there for it; nullopt: none.
     [[nodiscard]] std::optional<Position> PlaceKnown(const ColumnOrigin& origin, const std::string& nameKey,
                                                      PlannedColumn column);
     [[nodiscard]] Position PlaceNew(PlannedColumn column);

@@ -57,8 +57,7 @@ std::size_t CountCharacters(std::string_view text) noexcept
 
 std::string_view WithoutByteOrderMark(std::string_view text) noexcept
 {
-    constexpr std::string_view kMark = "\xEF\xBB\xBF";
-    return text.starts_with(kMark) ? text.substr(kMark.size()) : text;
+    return text.starts_with(kByteOrderMark) ? text.substr(kByteOrderMark.size()) : text;
 }
 
 std::string_view TrimWhiteSpace(std::string_view text) noexcept

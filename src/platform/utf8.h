@@ -12,6 +12,8 @@ namespace velmora {
 /// Number of characters (code points) in `text`.
 [[nodiscard]] std::size_t CountCharacters(std::string_view text) noexcept;
 
+inline constexpr std::string_view kByteOrderMark = "\xEF\xBB\xBF"; ///< in UTF-8
+
 /// `text` without a UTF-8 byte order mark at its beginning.
 [[nodiscard]] std::string_view WithoutByteOrderMark(std::string_view text) noexcept;
 

@@ -1,6 +1,7 @@
 #include "source/form.h"
 
 #include "platform/paths.h"
+#include "platform/utf8.h"
 
 #include <array>
 #include <cstdio>
@@ -38,8 +39,7 @@ Form FormOf(std::string_view firstBytes) noexcept
     for (const Beginning& beginning : kBeginnings)
         if (firstBytes.starts_with(beginning.bytes))
             return beginning.form;
-    if (firstBytes.starts_with("\xEF\xBB\xBF"sv))
-        firstBytes.remove_prefix(3);
+    firstBytes = WithoutByteOrderMark(firstBytes);
     // Wide encodings have zeros beside each letter.
     const std::size_t letter = firstBytes.find_first_not_of("\0 \t\r\n"sv);
     return letter != firstBytes.npos && firstBytes[letter] == '<' ? Form::Xml : Form::Other;

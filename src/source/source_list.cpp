@@ -46,9 +46,7 @@ std::optional<std::vector<std::string>> LinesOf(std::string_view path)
             lines.back() += static_cast<char>(c);
     }
     std::fclose(file);
-    constexpr std::string_view kMark = "\xEF\xBB\xBF";
-    if (lines.front().starts_with(kMark))
-        lines.front().erase(0, kMark.size());
+    lines.front() = std::string(WithoutByteOrderMark(lines.front()));
     std::erase(lines, "");
     return lines;
 }
