@@ -34,7 +34,7 @@ struct Controls {
     Controls();
 
     TextControl txtFILE_XML, txtFILE_XML_RENAMED, txtXML_URL, txtXML_USER, txtXML_PASSWORD, txtTIMEOUT;
-    TextControl txtENCODING, txtUNPACK_LIMIT;
+    TextControl txtENCODING, txtUNPACK_LIMIT, txtONLY;
     TextControl txtFILE_MDB, txtFILE_EXPORT, txtFILE_TXT, txtFILE_LOG, txtFILE_MAPPING, txtDELIMITER, txtNULL,
         txtSUMMARY;
     ComboControl cboDatabase{{"Access 2000", "Access 97"}};

@@ -22,6 +22,7 @@ struct ConversionSettings : RunFlags {
     std::string renamePattern;
     std::string encoding;    ///< of the sources, whatever they declare
     std::string unpackLimit; ///< in MB
+    std::string only;        ///< paths of the elements to take, by ";"; empty: all
     std::string url, urlUser, urlPassword, urlTimeout;
     std::string mappingFile;
     std::string targetFile;

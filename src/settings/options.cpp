@@ -72,6 +72,13 @@ constexpr Option kOptions[] = {
      .value = "PATTERN",
      .help = "what each XML file is called after its conversion: rename=%p%done/%f%.xml moves it into a folder"},
     {.group = OptionGroup::Source,
+     .control = &Controls::txtONLY,
+     .setting = &ConversionSettings::only,
+     .words = "only=",
+     .value = "PATH",
+     .help = "take only the elements at this path, and what is in them: only=//orders/order/item; several paths stand "
+             "with \";\" between them"},
+    {.group = OptionGroup::Source,
      .control = &Controls::txtENCODING,
      .setting = &ConversionSettings::encoding,
      .words = "encoding=",

@@ -27,6 +27,7 @@ struct Source {
     std::string problem;      ///< known before it is opened: why it cannot be read
     bool isLastOfFile = true; ///< nothing else of the file at `path` comes after it, which may be renamed then
     std::string encoding;     ///< of its text, whatever it declares; empty: what it declares
+    std::string only;         ///< paths of the elements to take, by ";"; empty: all of it
     std::int64_t unpackLimitBytes = kUsualUnpackLimitBytes;
     std::shared_ptr<PackedReader> archive; ///< shared by all members, which are read in their order
 

@@ -82,6 +82,7 @@ std::vector<Source> SourcesIn(const std::vector<std::string>& paths, const Conve
     for (const std::string& path : paths) {
         Source file(path);
         file.encoding = settings.encoding;
+        file.only = settings.only;
         file.unpackLimitBytes = UnpackLimitBytes(settings.unpackLimit).value_or(kUsualUnpackLimitBytes);
         if (file.IsStandardInput() || FormOfFile(path) != Form::Zip) {
             sources.push_back(std::move(file));

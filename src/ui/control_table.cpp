@@ -28,6 +28,8 @@ const Look kLooks[] = {
     {&Controls::txtXML_PASSWORD, "txtXML_PASSWORD", QT_TRANSLATE_NOOP("Option", "Password")},
     {&Controls::txtTIMEOUT, "txtTIMEOUT", QT_TRANSLATE_NOOP("Option", "Time limit of a download, in seconds"), nullptr,
      true},
+    {&Controls::txtONLY, "txtONLY", QT_TRANSLATE_NOOP("Option", "Only the elements at these paths"),
+     QT_TRANSLATE_NOOP("Option", "//orders/order/item"), true},
     {&Controls::txtENCODING, "txtENCODING", QT_TRANSLATE_NOOP("Option", "Encoding of the sources"), nullptr, true},
     {&Controls::txtUNPACK_LIMIT, "txtUNPACK_LIMIT",
      QT_TRANSLATE_NOOP("Option", "Largest size of a packed file when it is unpacked, in MB"), nullptr, true},

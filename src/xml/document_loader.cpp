@@ -3,6 +3,7 @@
 #include "platform/utf8.h"
 #include "xml/document_parser.h"
 #include "xml/input_encoding.h"
+#include "xml/path_filter.h"
 
 #include <algorithm>
 #include <memory>
@@ -152,7 +153,7 @@ LoadResult Load(const Source& source, const std::function<void(std::int64_t)>& o
     const std::unique_ptr<SourceStream> stream = OpenSource(source);
     const std::string head = FirstBytes(*stream);
     const InputEncoding encoding = EncodingOf(source, head);
-    DocumentParser parser(encoding.parseAs, std::move(budget), blanks);
+    DocumentParser parser(encoding.parseAs, std::move(budget), blanks, source.only);
     ChunkedInput input(*stream, parser, encoding);
     bool more = input.Give(head);
     while (more) {
@@ -186,14 +187,33 @@ struct Search {
     XML_Parser parser;
     ElementId toPass;
     std::optional<std::size_t> line;
+    PathFilter filter;
+    bool isFiltered;
 
-    static void XMLCALL OnStart(void* self, const XML_Char*, const XML_Char**)
+    /// How many elements of the document begin with this one: those around it may have been left out until now.
+    [[nodiscard]] ElementId Begun(const XML_Char* name)
+    {
+        if (!isFiltered)
+            return 1;
+        return filter.Enter(name) ? static_cast<ElementId>(filter.TakeWrapping().size() + 1) : 0;
+    }
+
+    static void XMLCALL OnStart(void* self, const XML_Char* name, const XML_Char**)
     {
         auto& search = *static_cast<Search*>(self);
-        if (search.line || search.toPass-- > 0)
+        const ElementId begun = search.line ? 0 : search.Begun(name);
+        if (begun <= search.toPass) {
+            search.toPass -= begun;
             return;
+        }
         search.line = XML_GetCurrentLineNumber(search.parser);
         XML_StopParser(search.parser, XML_FALSE);
+    }
+    static void XMLCALL OnEnd(void* self, const XML_Char*)
+    {
+        auto& search = *static_cast<Search*>(self);
+        if (search.isFiltered && !search.line)
+            static_cast<void>(search.filter.Leave());
     }
 };
 
@@ -213,9 +233,9 @@ std::optional<std::size_t> FindLine(const Source& source, ElementId element)
     std::string bytes = FirstBytes(*stream);
     const char* const encoding = ParserEncoding(EncodingOf(source, bytes));
     const std::unique_ptr<XML_ParserStruct, void (*)(XML_Parser)> parser(XML_ParserCreate(encoding), XML_ParserFree);
-    Search search{parser.get(), element, std::nullopt};
+    Search search{parser.get(), element, std::nullopt, PathFilter(source.only), !source.only.empty()};
     XML_SetUserData(parser.get(), &search);
-    XML_SetStartElementHandler(parser.get(), Search::OnStart);
+    XML_SetElementHandler(parser.get(), Search::OnStart, Search::OnEnd);
     while (!bytes.empty() &&
            XML_Parse(parser.get(), bytes.data(), static_cast<int>(bytes.size()), 0) == XML_STATUS_OK) {
         bytes.resize(kChunkBytes);

@@ -9,6 +9,7 @@
 #include <functional>
 #include <optional>
 #include <string>
+#include <vector>
 
 namespace velmora {
 
@@ -20,7 +21,8 @@ struct LoadResult {
     std::string problem;             ///< why the document is empty: line, column and reason; empty when it was read
     std::size_t skippedEntities = 0; ///< references that the parser skipped because their declaration was external
     std::string firstSkipped;        ///< name of the first of them
-    std::size_t controlBytes = 0;    ///< of ISO-8859-1: 80 to 9F, control characters where windows-1252 has letters
+    std::vector<std::string> unmatched{}; ///< paths of Source::only at which the document has no element
+    std::size_t controlBytes = 0; ///< of ISO-8859-1: 80 to 9F, control characters where windows-1252 has letters
 };
 
 /// Reads an XML document. Never throws for what the source holds: one that is not well-formed, or that cannot be read,

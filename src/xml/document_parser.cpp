@@ -108,11 +108,13 @@ void SkippedEntities::CountInTag(std::string_view startTag)
     }
 }
 
-DocumentParser::DocumentParser(ParseAs parseAs, MemoryBudget budget, Blanks blanks)
+DocumentParser::DocumentParser(ParseAs parseAs, MemoryBudget budget, Blanks blanks, std::string_view only)
     : parser_(XML_ParserCreate(ParserName(parseAs))), builder_(std::move(budget), blanks)
 {
     if (!parser_)
         throw std::bad_alloc();
+    if (!only.empty())
+        filter_.emplace(only);
     XML_Parser parser = parser_.get();
     XML_SetUserData(parser, this);
     XML_SetElementHandler(parser, OnStart, OnEnd);
@@ -141,10 +143,24 @@ void DocumentParser::Guard(Step&& step) noexcept
     }
 }
 
+bool DocumentParser::Takes(const XML_Char* name)
+{
+    if (!filter_)
+        return true;
+    if (!filter_->Enter(name))
+        return false;
+    const char* const noAttributes = nullptr;
+    for (const std::string& tag : filter_->TakeWrapping())
+        builder_.StartElement(tag, &noAttributes);
+    return true;
+}
+
 void DocumentParser::OnStart(void* self, const XML_Char* name, const XML_Char** attributes)
 {
     auto& parser = *static_cast<DocumentParser*>(self);
     parser.Guard([&] {
+        if (!parser.Takes(name))
+            return;
         parser.builder_.StartElement(name, attributes);
         if (parser.hasDoctype_ && *attributes != nullptr)
             parser.skipped_.CountInTag(parser.CurrentTag());
@@ -154,12 +170,17 @@ void DocumentParser::OnStart(void* self, const XML_Char* name, const XML_Char** 
 void DocumentParser::OnEnd(void* self, const XML_Char*)
 {
     auto& parser = *static_cast<DocumentParser*>(self);
-    parser.Guard([&] { parser.builder_.EndElement(); });
+    parser.Guard([&] {
+        if (!parser.filter_ || parser.filter_->Leave())
+            parser.builder_.EndElement();
+    });
 }
 
 void DocumentParser::OnText(void* self, const XML_Char* text, int length)
 {
     auto& parser = *static_cast<DocumentParser*>(self);
+    if (parser.filter_ && !parser.filter_->IsInside())
+        return;
     parser.Guard([&] {
         parser.builder_.Text({text, static_cast<std::size_t>(length)});
         if (parser.builder_.TextBytes() > parser.textLimit_)
@@ -284,6 +305,8 @@ LoadResult DocumentParser::Take()
     result.document = builder_.Take();
     result.skippedEntities = skipped_.Number();
     result.firstSkipped = skipped_.First();
+    if (filter_)
+        result.unmatched = filter_->Unmatched();
     return result;
 }
 

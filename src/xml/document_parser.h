@@ -3,11 +3,13 @@
 #include "xml/document_builder.h"
 #include "xml/document_loader.h"
 #include "xml/input_encoding.h"
+#include "xml/path_filter.h"
 
 #include <cstddef>
 #include <exception>
 #include <functional>
 #include <memory>
+#include <optional>
 #include <set>
 #include <string>
 #include <string_view>
@@ -40,7 +42,8 @@ private:
 /// One parse: takes the parser's events and gives them to the builder.
 class DocumentParser {
 public:
-    DocumentParser(ParseAs parseAs, MemoryBudget budget, Blanks blanks);
+    /// Takes the elements at the paths `only`, see PathFilter; all of them when it is empty.
+    DocumentParser(ParseAs parseAs, MemoryBudget budget, Blanks blanks, std::string_view only);
 
     /// Where up to `bytes` bytes for the next ParseBuffer go.
     [[nodiscard]] void* Buffer(std::size_t bytes);
@@ -56,6 +59,9 @@ public:
     [[nodiscard]] LoadResult Take();
 
 private:
+    /// Whether the element that begins is taken; begins those around it that have not.
+    [[nodiscard]] bool Takes(const XML_Char* name);
+
     static void XMLCALL OnStart(void* self, const XML_Char* name, const XML_Char** attributes);
     static void XMLCALL OnEnd(void* self, const XML_Char* name);
     static void XMLCALL OnText(void* self, const XML_Char* text, int length);
@@ -83,6 +89,7 @@ private:
 
     std::unique_ptr<XML_ParserStruct, ParserDeleter> parser_;
     DocumentBuilder builder_;
+    std::optional<PathFilter> filter_; ///< none: all of the document is taken
     std::exception_ptr failure_;
     std::string problem_;
     std::string unknownEncoding_; ///< as it is declared

@@ -16,6 +16,8 @@ void ReportLoad(Job& job, const Source& source, const LoadResult& loaded)
 {
     if (!loaded.problem.empty())
         job.log.Warn("not-loaded", "Not loaded: " + source.Name() + ": " + loaded.problem);
+    for (const std::string& path : loaded.unmatched)
+        job.log.Warn("path-not-found", "No element at " + path);
     if (loaded.skippedEntities != 0) {
         job.log.Warn("entities-left-out",
                      "Entities without a text of their own, left out: " + std::to_string(loaded.skippedEntities) +

@@ -234,5 +234,36 @@ TEST(DocumentLoader, GivesTheSameDocumentFromAFileAndStaysInMemoryWhenTheDiskIsF
         << "the disk fails while the document moves there";
 }
 
+TEST(DocumentLoader, TakesOnlyTheElementsAtSomePaths)
+{
+    struct Case {
+        const char* only;
+        const char* document;
+        std::vector<std::string> unmatched{};
+    };
+    const Case cases[] = {
+        {"//a/b/c", "a x1\n b x2\n  c k=1 [1] x1\n   d [2] x1\n b x2\n  c [4] x1\n"},
+        {"a/b/c/d;//a/e", "a x1\n b x1\n  c x1\n   d [2] x1\n e [6] x1\n"},
+        {"//a/b;//a/b/c;//a/x/y;//b",
+         "a x1\n b [0] x2\n  c k=1 [1] x1\n   d [2] x1\n b x2\n  c [4] x1\n",
+         {"//a/x/y", "//b"}},
+        {"//a/b/@k", "", {"//a/b/@k"}},
+    };
+    const testing::TempFolder folder;
+    Source source((folder / "a.xml").string());
+    testing::WriteFile(source.path, "<a>t<b>0<c\nk='1'>1<d>2</d></c></b><x\n/>5<b><c>4</c></b><e>6</e></a>");
+    for (const Case& c : cases) {
+        SCOPED_TRACE(c.only);
+        source.only = c.only;
+        const LoadResult loaded = LoadDocument(source, [](std::int64_t) {});
+        EXPECT_EQ(DocumentText(loaded.document), c.document);
+        EXPECT_EQ(loaded.unmatched, c.unmatched);
+    }
+    source.only = "//a/b/c";
+    EXPECT_EQ(LineOfElement(source, 2), 1U);
+    EXPECT_EQ(LineOfElement(source, 5), 3U);
+    EXPECT_EQ(LineOfElement(source, 6), std::nullopt);
+}
+
 } // namespace
 } // namespace velmora

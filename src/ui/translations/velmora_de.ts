@@ -110,6 +110,18 @@
             <translation>eine gepackte Datei abweisen, die entpackt größer ist</translation>
         </message>
         <message>
+            <source>Only the elements at these paths</source>
+            <translation>Nur die Elemente an diesen Pfaden</translation>
+        </message>
+        <message>
+            <source>//orders/order/item</source>
+            <translation>//orders/order/item</translation>
+        </message>
+        <message>
+            <source>take only the elements at this path, and what is in them: only=//orders/order/item; several paths stand with ";" between them</source>
+            <translation>nur die Elemente an diesem Pfad nehmen und was in ihnen steht: only=//orders/order/item; zwischen mehreren Pfaden steht ";"</translation>
+        </message>
+        <message>
             <source>Time limit of a download, in seconds</source>
             <translation>Zeitgrenze für das Herunterladen, in Sekunden</translation>
         </message>
