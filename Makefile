@@ -11,6 +11,8 @@ SOURCES = find src tests fuzz bench tools -name '*.cpp' -o -name '*.h'
 
 # The window and its tests.
 WINDOW := qt6-base-dev qt6-svg-dev qt6-l10n-tools qt6-tools-dev xvfb xdotool
+# What tries manual pages and completions.
+HANDBOOK := mandoc zsh fish
 WITH_WINDOW := -DVELMORA_WINDOW=ON
 
 .PHONY: all setup build run window screenshots install test test-sanitize tidy format reformat fuzz bench check-large \
@@ -56,14 +58,14 @@ install:
 
 # Builds everything, the window too, and runs every test.
 test: build
-	@tools/setup.sh $(WINDOW)
+	@tools/setup.sh $(WINDOW) $(HANDBOOK)
 	@cmake --preset release --log-level=WARNING $(WITH_WINDOW)
 	@cmake --build --preset release --parallel $(JOBS)
 	@ctest --preset release --parallel $(JOBS)
 
 # The same tests with assertions, under AddressSanitizer and UndefinedBehaviorSanitizer, built by clang.
 test-sanitize:
-	@tools/setup.sh $(CLANG) $(WINDOW)
+	@tools/setup.sh $(CLANG) $(WINDOW) $(HANDBOOK)
 	@cmake --preset sanitize --log-level=WARNING $(WITH_WINDOW)
 	@cmake --build --preset sanitize --parallel $(JOBS)
 	@ctest --preset sanitize --parallel $(JOBS)

@@ -61,6 +61,7 @@ constexpr Option kOptions[] = {
      .setting = &ConversionSettings::sourceFile,
      .words = "xml= x=",
      .value = "FILE",
+     .endings = "xml gz bz2 xz zst zip",
      .help = "the XML file; \"*\" and \"?\" in its name stand for several letters or one: xml=prod_*.xml converts all "
              "matching files, in the order of their names, into one database; several names stand with a vertical bar "
              "between them, and xml=@list.txt names a file with a name on each line; xml=- is standard input; what is "
@@ -98,12 +99,14 @@ constexpr Option kOptions[] = {
      .setting = &ConversionSettings::targetFile,
      .words = "mdb= m=",
      .value = "FILE",
+     .endings = "mdb",
      .help = "the database"},
     {.group = OptionGroup::Target,
      .control = &Controls::txtFILE_EXPORT,
      .setting = &ConversionSettings::xmlFile,
      .words = "export=",
      .value = "FILE",
+     .endings = "xml",
      .help = "the way back: write the database that mdb= names, made with +complete, as this XML file; the database is "
              "only read, and no source is named"},
     {.group = OptionGroup::Target,
@@ -195,12 +198,14 @@ constexpr Option kOptions[] = {
      .setting = &ConversionSettings::protocolFile,
      .words = "log= logfile= l=",
      .value = "FILE",
+     .endings = "log txt",
      .help = "write the protocol to this file too, after what is in it already"},
     {.group = OptionGroup::Source,
      .control = &Controls::txtFILE_MAPPING,
      .setting = &ConversionSettings::mappingFile,
      .words = "tags= t=",
      .value = "FILE",
+     .endings = "tsv txt",
      .help = "other names for tags: one a line, tag, tab character, name"},
     {.group = OptionGroup::Source,
      .control = &Controls::txtXML_URL,
@@ -391,6 +396,7 @@ constexpr Option kOptions[] = {
      .setting = &ConversionSettings::summaryFile,
      .words = "summary=",
      .value = "FILE",
+     .endings = "json",
      .help = "write what happened as one JSON object, for scripts, however the run ends; summary=- writes it to "
              "standard output, and protocol lines then go to standard error"},
     {.group = OptionGroup::Running,

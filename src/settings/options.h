@@ -39,6 +39,7 @@ struct Option {
     std::string_view words;
     std::string_view offWords{}; ///< of a switch: what switches it off
     std::string_view value{};    ///< of a key: what stands for its value in the help; of a list: its choices, by "|"
+    std::string_view endings{};  ///< of a key for a file: how the names of such files end, for completion
     bool othersMeanLast = false; ///< of a list: what is none of the choices stands for the last one
 
     bool startsOn = false;        ///< of a switch
