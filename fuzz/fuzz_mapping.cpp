@@ -1,6 +1,7 @@
 // Loads arbitrary bytes as a mapping file, looks its tags up, saves what was read and loads it again.
 #include "input_file.h"
-#include "mapping/tag_map_file.h"
+#include "mapping/tag_map.h"
+#include "settings/job.h"
 #include "support/scripted_host.h"
 
 #include <string>

@@ -3,7 +3,7 @@
 #include "app/summary.h"
 #include "driver/run_files.h"
 #include "log/passwords.h"
-#include "mapping/tag_map_file.h"
+#include "mapping/tag_map.h"
 #include "platform/clock.h"
 #include "platform/paths.h"
 #include "schema/database_view.h"

@@ -6,7 +6,6 @@
 #include "driver/rename.h"
 #include "driver/run_files.h"
 #include "driver/url_source.h"
-#include "driver/way_back.h"
 #include "import/node_importer.h"
 #include "plan/analyse_xml.h"
 #include "plan/plain_names.h"
@@ -21,7 +20,7 @@
 #include "source/source_list.h"
 #include "source/sources_of_run.h"
 #include "xml/load_xml.h"
-#include "xml/structure_report.h"
+#include "xml/structure_model.h"
 #include "xml_export/xml_export.h"
 
 #include <algorithm>

@@ -3,7 +3,7 @@
 #include "import/loss_report.h"
 #include "import/text_export.h"
 #include "schema/engine_errors.h"
-#include "schema/record_problem.h"
+#include "schema/refused_change.h"
 
 #include <algorithm>
 #include <string>

@@ -1,8 +1,8 @@
 #pragma once
 
 #include "import/files_of_run.h"
-#include "import/pending_values.h"
 #include "import/text_file.h"
+#include "import/value_account.h"
 #include "plan/mapping_plan.h"
 #include "schema/database_session.h"
 #include "settings/job.h"

@@ -2,8 +2,7 @@
 
 #include "plan/complete_rules.h"
 #include "plan/plain_rules.h"
-#include "plan/plain_types.h"
-#include "xml/structure_analysis.h"
+#include "xml/structure_model.h"
 
 #include <algorithm>
 

@@ -2,8 +2,11 @@
 
 #include "mapping/tag_map.h"
 #include "plan/mapping_plan.h"
+#include "plan/path_facts.h"
 #include "settings/conversion_settings.h"
 #include "xml/structure_model.h"
+
+#include <vector>
 
 namespace velmora {
 
@@ -14,5 +17,9 @@ namespace velmora {
 /// element, share one: the model's entries get their names and table numbers.
 [[nodiscard]] MappingPlan PlanByPlainRules(const Document& document, StructureModel& model,
                                            const ConversionSettings& settings, const TagMap& map);
+
+/// Gives the text columns that the plan of the plain rules makes the narrowest types that all of their values fit.
+/// `facts` are those of the plan's document, with the forms of its values.
+void ChoosePlainTypes(const std::vector<PathFacts>& facts, const ConversionSettings& settings, MappingPlan& plan);
 
 } // namespace velmora

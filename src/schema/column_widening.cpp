@@ -1,7 +1,7 @@
 #include "schema/column_widening.h"
 
 #include "schema/engine_errors.h"
-#include "schema/record_problem.h"
+#include "schema/refused_change.h"
 
 namespace velmora {
 

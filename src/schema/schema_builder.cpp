@@ -1,8 +1,8 @@
 #include "schema/schema_builder.h"
 
 #include "schema/catalog_queries.h"
-#include "schema/ddl_problem.h"
 #include "schema/engine_errors.h"
+#include "schema/refused_change.h"
 
 #include <algorithm>
 #include <numeric>

@@ -20,7 +20,6 @@
 #include "ui/problems.h"
 #include "ui/progress_page.h"
 #include "ui/run_status_bar.h"
-#include "ui/run_summary.h"
 #include "ui/structure_page.h"
 
 #include <QCloseEvent>

@@ -1,6 +1,6 @@
 #include "ui/mapping_page.h"
 
-#include "mapping/tag_map_file.h"
+#include "mapping/tag_map.h"
 #include "settings/job.h"
 #include "ui/controls_form.h"
 #include "ui/message_box.h"

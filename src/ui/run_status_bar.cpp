@@ -2,11 +2,62 @@
 
 #include "ui/text_page.h"
 
+#include <QCoreApplication>
 #include <QLabel>
 #include <QLocale>
 #include <QPushButton>
 
 namespace velmora {
+
+namespace {
+
+struct Text {
+    Q_DECLARE_TR_FUNCTIONS(RunSummary)
+};
+
+/// Singular and plural stand apart: a plain text has no forms of its own.
+QString Counted(std::int64_t count, const QString& one, const QString& many)
+{
+    return (count == 1 ? one : many).arg(QLocale().toString(qlonglong{count}));
+}
+
+QString Seconds(std::int64_t milliseconds)
+{
+    const double seconds = static_cast<double>(milliseconds) / 1000;
+    return Text::tr("%1 s").arg(QLocale().toString(seconds, 'f', seconds < 10 ? 1 : 0));
+}
+
+QString Beginning(const RunOutcome& outcome, const QString& lastError)
+{
+    if (outcome.cancelled)
+        return Text::tr("Cancelled");
+    if (outcome.failed)
+        return lastError.isEmpty() ? Text::tr("Ended by an error") : Text::tr("Error %1").arg(lastError);
+    return outcome.unreadableFiles > 0 ? Text::tr("Done, with files that could not be read") : Text::tr("Done");
+}
+
+} // namespace
+
+QString RunSummary(const RunOutcome& outcome, bool wroteXml, std::int64_t milliseconds, const QString& lastError)
+{
+    if (outcome.nothingToDo)
+        return Text::tr("Nothing was converted: the protocol says why");
+    QStringList parts;
+    if (!wroteXml) {
+        std::int64_t records = 0;
+        for (const TableReport& table : outcome.tables)
+            records += table.records;
+        parts = {Counted(outcome.convertedFiles, Text::tr("%1 file"), Text::tr("%1 files")),
+                 Counted(static_cast<std::int64_t>(outcome.tables.size()), Text::tr("%1 table"), Text::tr("%1 tables")),
+                 Counted(records, Text::tr("%1 record"), Text::tr("%1 records"))};
+        if (outcome.unreadableFiles > 0)
+            parts.append(Counted(outcome.unreadableFiles, Text::tr("%1 file not read"), Text::tr("%1 files not read")));
+    } else if (!outcome.failed && !outcome.cancelled) {
+        parts.append(Text::tr("the database was written as XML"));
+    }
+    parts.append(Seconds(milliseconds));
+    return Beginning(outcome, lastError) + ": " + parts.join(", ");
+}
 
 RunStatusBar::RunStatusBar(QWidget* parent) : QStatusBar(parent)
 {

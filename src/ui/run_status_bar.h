@@ -1,6 +1,9 @@
 #pragma once
 
+#include "driver/run_outcome.h"
+
 #include <QStatusBar>
+#include <QString>
 
 #include <cstdint>
 
@@ -8,6 +11,10 @@ class QLabel;
 class QPushButton;
 
 namespace velmora {
+
+/// What a run did, in one line: files, tables, records, time; or why it did nothing. `wroteXml`: it went the way back.
+[[nodiscard]] QString RunSummary(const RunOutcome& outcome, bool wroteXml, std::int64_t milliseconds,
+                                 const QString& lastError);
 
 /// What the last run did, with the ways to its result and to what it left out.
 class RunStatusBar : public QStatusBar {

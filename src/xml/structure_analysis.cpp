@@ -1,5 +1,6 @@
-#include "xml/structure_analysis.h"
+#include "xml/structure_model.h"
 
+#include "settings/job.h"
 #include "xml/content_kind.h"
 
 #include <algorithm>

@@ -4,9 +4,12 @@
 
 #include <cstdint>
 #include <string>
+#include <utility>
 #include <vector>
 
 namespace velmora {
+
+struct Job;
 
 /// Content kinds of an element.
 inline constexpr std::int32_t kNumericContent = 131; ///< also for empty content
@@ -40,9 +43,21 @@ public:
     [[nodiscard]] const ElementInfo& Element(std::size_t number) const { return elements_[number]; }
     /// Number of the entry for `path`, 0 when there is none. O(1).
     [[nodiscard]] std::size_t Find(PathId path) const noexcept { return path < byPath_.size() ? byPath_[path] : 0; }
-    std::size_t Append(ElementInfo info);
+    std::size_t Append(ElementInfo info)
+    {
+        const std::size_t number = elements_.size();
+        if (info.strPath >= byPath_.size())
+            byPath_.resize(info.strPath + std::size_t{1});
+        byPath_[info.strPath] = number;
+        elements_.push_back(std::move(info));
+        return number;
+    }
     /// Makes room for so many entries and paths.
-    void Reserve(std::size_t count);
+    void Reserve(std::size_t count)
+    {
+        elements_.reserve(count + 1);
+        byPath_.reserve(count + 1);
+    }
 
     std::int32_t lngRecordEstimate = 0; ///< approximate number of records that the import will write
     std::int32_t lngProgressMax = 0;
@@ -51,5 +66,14 @@ private:
     std::vector<ElementInfo> elements_;
     std::vector<std::size_t> byPath_;
 };
+
+/// Walks the whole document once and notes in `model`, which is empty, what its paths have. The paths of attributes and
+/// of repeated leaves' own columns become paths of the document.
+void AnalyseStructure(Job& job, Document& document, StructureModel& model);
+
+/// The structure of a document as text, for a person to read: a heading, and one line per element with its table
+/// number, level, counts of children, repeated siblings and attributes, its type, name and path. Lines end in CR LF.
+/// Costs time and memory for every path: to be called when somebody looks.
+[[nodiscard]] std::string StructureReport(const StructureModel& model, const Document& document);
 
 } // namespace velmora

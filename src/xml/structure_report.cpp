@@ -1,4 +1,4 @@
-#include "xml/structure_report.h"
+#include "xml/structure_model.h"
 
 #include <algorithm>
 #include <array>

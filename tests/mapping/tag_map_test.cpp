@@ -1,6 +1,6 @@
 #include "mapping/tag_map.h"
-#include "mapping/tag_map_file.h"
 
+#include "settings/job.h"
 #include "support/scripted_host.h"
 #include "support/shared.h"
 

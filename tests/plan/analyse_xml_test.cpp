@@ -4,7 +4,7 @@
 #include "plan/plain_names.h"
 #include "support/scripted_host.h"
 #include "xml/loaded_text.h"
-#include "xml/structure_report.h"
+#include "xml/structure_model.h"
 
 #include <functional>
 #include <gtest/gtest.h>

@@ -1,6 +1,7 @@
+#include "settings/job.h"
 #include "support/scripted_host.h"
 #include "xml/loaded_text.h"
-#include "xml/structure_analysis.h"
+#include "xml/structure_model.h"
 
 #include <gtest/gtest.h>
 

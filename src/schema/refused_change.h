@@ -1,7 +1,9 @@
 #pragma once
 
+#include "log/runtime_error.h"
 #include "schema/engine_errors.h"
 
+#include <cstddef>
 #include <string>
 #include <vector>
 
@@ -29,5 +31,26 @@ struct NamedColumn {
 
 /// `error` with path and name of what it is about, and the option that helps.
 [[nodiscard]] RuntimeError Explain(const EngineError& error, const DdlSubject& subject);
+
+/// A value that is too long for its column.
+struct LongValueOfColumn {
+    std::string table;
+    std::string column;
+    std::size_t characters;
+    std::string path;
+};
+
+/// Why the column cannot take longer values (an index or a relation, which the engine has named), and what helps.
+[[nodiscard]] RuntimeError ExplainWidening(const RuntimeError& error, const LongValueOfColumn& value);
+
+/// A record that does not fit a page even when all that can leave it has left it.
+struct LargeRecord {
+    std::string table;
+    std::string path; ///< of the element
+    std::size_t columns;
+    bool isAccess97;
+};
+
+[[nodiscard]] RuntimeError ExplainTooLarge(const RuntimeError& error, const LargeRecord& record);
 
 } // namespace velmora

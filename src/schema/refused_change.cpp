@@ -1,4 +1,4 @@
-#include "schema/ddl_problem.h"
+#include "schema/refused_change.h"
 
 #include <algorithm>
 #include <string_view>
@@ -109,6 +109,20 @@ DdlSubject SecondOfTwo(const DdlSubject& table, const std::vector<NamedColumn>& 
     return {second->path, DdlObject::Column, second->name, Described(*first)};
 }
 
+std::string_view WhatHelpsToWiden(int number)
+{
+    switch (number) {
+    case engine_errors::kFieldInIndex:
+        return "; without that index it could be widened, or a tag mapping (t=) sends the values to another column";
+    case engine_errors::kFieldInRelation:
+        return "; without that relation it could be widened, or a tag mapping (t=) sends the values to another column";
+    case engine_errors::kRecordTooLarge:
+        return "; a record that the table holds already would not fit its page any more";
+    default:
+        return "";
+    }
+}
+
 } // namespace
 
 DdlSubject RefusedPart(const DdlSubject& table, const std::vector<NamedColumn>& columns, const EngineError& error)
@@ -143,6 +157,28 @@ RuntimeError Explain(const EngineError& error, const DdlSubject& subject)
         text += "; ";
         text += WhatHelps(error, subject);
     }
+    return {error.Number(), text + ")"};
+}
+
+RuntimeError ExplainWidening(const RuntimeError& error, const LongValueOfColumn& value)
+{
+    std::string text = error.what();
+    text += " (column [" + value.table + "].[" + value.column + "] is too small for the " +
+            std::to_string(value.characters) + " characters at " + value.path;
+    text += WhatHelpsToWiden(error.Number());
+    return {error.Number(), text + ")"};
+}
+
+RuntimeError ExplainTooLarge(const RuntimeError& error, const LargeRecord& record)
+{
+    std::string text = error.what();
+    text += " (the record of " + record.path + " for table [" + record.table + "], which has " +
+            std::to_string(record.columns) +
+            " columns, does not fit a page even with its memos outside; fewer columns help: -attributes leaves "
+            "attributes out, a tag mapping (t=) brings several tags into one column";
+    if (record.isAccess97)
+        text += "; in a new Access 2000 database (ver=2000) a record may be twice as large";
+    text += " (+complete imports them)"; // in several tables
     return {error.Number(), text + ")"};
 }
 
