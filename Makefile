@@ -6,6 +6,8 @@ PROGRAM := build/velmora
 
 FUZZ_SECONDS ?= 20
 PREFIX ?= /usr/local
+DESTDIR ?=
+VERSION = $(shell awk '/^project/ { print $$3 }' CMakeLists.txt)
 CLANG := clang libclang-rt-dev llvm
 SOURCES = find src tests fuzz bench tools -name '*.cpp' -o -name '*.h'
 
@@ -15,7 +17,7 @@ WINDOW := qt6-base-dev qt6-svg-dev qt6-l10n-tools qt6-tools-dev xvfb xdotool
 HANDBOOK := mandoc zsh fish
 WITH_WINDOW := -DVELMORA_WINDOW=ON
 
-.PHONY: all setup build run window screenshots install test test-sanitize tidy format reformat fuzz bench check-large \
+.PHONY: all setup build run window screenshots install package dist test test-sanitize tidy format reformat fuzz bench check-large \
     check-readers clean
 
 all: build
@@ -49,12 +51,22 @@ screenshots:
 	@cmake --build --preset release --parallel $(JOBS) --target velmora_screenshots
 	@tools/screenshots/take.sh build/release/tools/velmora_screenshots examples/orders.xml build/screenshots
 
-# Both programs, icon, desktop file and manual, below PREFIX (/usr/local).
+# Both programs, with manual pages, completions, icon, desktop file and manual, below PREFIX (/usr/local); with DESTDIR
+# into that folder, as if it were /.
 install:
 	@tools/setup.sh $(WINDOW)
 	@cmake --preset release --log-level=WARNING $(WITH_WINDOW)
-	@cmake --build --preset release --parallel $(JOBS) --target velmora velmora-gui
-	@cmake --install build/release --prefix $(PREFIX)
+	@cmake --build --preset release --parallel $(JOBS) --target velmora velmora-gui handbook_pages
+	@DESTDIR=$(DESTDIR) cmake --install build/release --prefix $(PREFIX)
+
+# Debian's packages, into build/packages.
+package:
+	@tools/setup.sh $(WINDOW) dpkg-dev lintian
+	@tools/packages/make.sh $(JOBS)
+
+# The sources of the last commit, into build/packages.
+dist:
+	@tools/packages/archive.sh build/packages/velmora-$(VERSION).tar.gz
 
 # Builds everything, the window too, and runs every test.
 test: build
