@@ -7,6 +7,7 @@
 #include "jet/store/header_page.h"
 #include "jet/store/journal.h"
 #include "jet/store/lock_file.h"
+#include "jet/store/overlay_file_system.h"
 #include "jet/store/pager.h"
 #include "jet/store/recovery.h"
 
@@ -112,6 +113,11 @@ void CheckHeader(File& file)
 }
 
 } // namespace
+
+std::unique_ptr<FileSystem> MakeTrialFileSystem()
+{
+    return std::make_unique<OverlayFileSystem>();
+}
 
 class Connection::Impl {
 public:
@@ -283,6 +289,18 @@ std::string Connection::NameKey(std::string_view name) const
 std::string Connection::ValidName(std::string_view name, std::size_t maxUnits) const
 {
     return jet::ValidName(impl_->GetCatalog().GetFormat(), name, maxUnits);
+}
+
+std::uint64_t Connection::SizeBytes() const noexcept
+{
+    const Pager& pager = impl_->GetCatalog().GetPager();
+    return std::uint64_t{pager.PageCount()} * pager.GetFormat().pageSize;
+}
+
+std::uint64_t Connection::MaxSizeBytes() const noexcept
+{
+    const Format& format = impl_->GetCatalog().GetFormat();
+    return std::uint64_t{format.maxPages} * format.pageSize;
 }
 
 std::size_t Connection::ObjectsLeft()

@@ -18,6 +18,10 @@ namespace jet {
 /// What to do with a file that stands where a new database is to be.
 enum class Existing { Refuse, Replace };
 
+/// The real file system, over which what is written lies unseen and is gone in the end: a connection by it tries out
+/// what would become of a database.
+[[nodiscard]] std::unique_ptr<FileSystem> MakeTrialFileSystem();
+
 /// One open database, which nobody else can open meanwhile. Everything done since the last Commit() is one unit: after
 /// a crash the next Open() finds the database as at that commit. Destroying the connection without Commit() drops what
 /// came after the last one. A statement, or a change of a record, that fails for whatever reason has changed nothing,
@@ -82,6 +86,10 @@ public:
     /// The name next to `name` that tables, columns, indexes and relations can have: other characters become "_", and
     /// what is longer than `maxUnits` characters (UTF-16 code units, at most 64) is cut.
     [[nodiscard]] std::string ValidName(std::string_view name, std::size_t maxUnits) const;
+    /// Of the file, what is not yet committed included.
+    [[nodiscard]] std::uint64_t SizeBytes() const noexcept;
+    /// What a database of its format can have at most: 2 GB, or 1 GB.
+    [[nodiscard]] std::uint64_t MaxSizeBytes() const noexcept;
     /// Tables, queries and relations that can still be made before the format's limit of objects is reached.
     [[nodiscard]] std::size_t ObjectsLeft();
 

@@ -70,6 +70,12 @@ public:
     virtual void CopyRights(const std::filesystem::path& from, const std::filesystem::path& to) = 0;
     /// The file that `path` means: what a symbolic link points at, even when it is not there yet; else `path` itself.
     [[nodiscard]] virtual std::filesystem::path Resolve(const std::filesystem::path& path) = 0;
+    /// Do the folder's rights allow to make `file`, which is not there?
+    [[nodiscard]] virtual bool MayMake(const std::filesystem::path& file)
+    {
+        static_cast<void>(file);
+        return true;
+    }
     /// Do the folder's rights allow to remove `file`, and to put another one in its place?
     [[nodiscard]] virtual bool MayReplace(const std::filesystem::path& file) = 0;
     /// An empty file that nobody else can see and that is gone when it is closed, for reading and writing.

@@ -248,13 +248,17 @@ public:
         return resolved;
     }
 
+    bool MayMake(const std::filesystem::path& file) override
+    {
+        return ::faccessat(AT_FDCWD, FolderOf(file).c_str(), W_OK | X_OK, AT_EACCESS) == 0;
+    }
+
     bool MayReplace(const std::filesystem::path& file) override
     {
         const std::filesystem::path folder = FolderOf(file);
         struct stat entry {};
         struct stat parent {};
-        if (::stat(folder.c_str(), &parent) != 0 || ::lstat(file.c_str(), &entry) != 0 ||
-            ::faccessat(AT_FDCWD, folder.c_str(), W_OK | X_OK, AT_EACCESS) != 0)
+        if (::stat(folder.c_str(), &parent) != 0 || ::lstat(file.c_str(), &entry) != 0 || !MayMake(file))
             return false;
         // In a sticky folder, such as the system's for temporary files, only the file's owner may.
         const uid_t user = ::geteuid();
