@@ -87,15 +87,20 @@ RunOutcome Application::Convert()
     const bool isFile = !summary.text.empty() && summary.text != kStandardOutput;
     const std::optional<std::string> unfit = isFile ? UnfitSummary(summary.text) : std::nullopt;
     RunOutcome outcome = batch_.btnConvert_Click(refusal ? refusal : unfit);
-    if (!summary.text.empty() && !unfit && !IsSummaryClashing(job_.settings))
+    const bool mayWrite = !isFile || !job_.settings.blPreview;
+    if (!summary.text.empty() && mayWrite && !unfit && !IsSummaryClashing(job_.settings))
         Summarise(outcome, CoarseMilliseconds() - begin);
     (void)job_.log.TakeFindings();
     return outcome;
 }
 
 /// What the database holds: somebody else may have opened it by now.
-DatabaseContents Application::ReadContents()
+DatabaseContents Application::ReadContents(const RunOutcome& outcome)
 {
+    if (outcome.preview)
+        return outcome.preview->contents;
+    if (outcome.tables.empty())
+        return {};
     try {
         return DatabaseView(NativePath(job_.settings.targetFile)).Read();
     } catch (const RuntimeError& error) {
@@ -109,7 +114,7 @@ void Application::Summarise(RunOutcome& outcome, std::int64_t milliseconds)
 {
     const ConversionSettings& settings = job_.settings;
     try {
-        const DatabaseContents contents = outcome.tables.empty() ? DatabaseContents() : ReadContents();
+        const DatabaseContents contents = ReadContents(outcome);
         const std::string text = SummaryText({.version = Version(),
                                               .status = StatusOf(outcome, mappingLoaded_, settings.blStrict),
                                               .milliseconds = milliseconds,

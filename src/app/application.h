@@ -29,7 +29,7 @@ public:
     /// The "Convert" button. What was wrong with the command line keeps a run from beginning once: with "+strict"
     /// always, and otherwise where a word that was perhaps mistyped could have saved a database from being replaced or
     /// emptied.
-    /// Then it writes the summary, where one is wanted.
+    /// Then it writes the summary, where one is wanted; of a preview only to standard output.
     RunOutcome Convert();
     /// The "Cancel" button: ends the run that is going on; nothing without one.
     void Cancel() { batch_.btnQuit_Click(); }
@@ -42,7 +42,7 @@ public:
 private:
     void ReportUnknown(std::string_view token);
     [[nodiscard]] std::optional<std::string> TakeRefusal();
-    [[nodiscard]] DatabaseContents ReadContents();
+    [[nodiscard]] DatabaseContents ReadContents(const RunOutcome& outcome);
     void Summarise(RunOutcome& outcome, std::int64_t milliseconds);
 
     Job job_;

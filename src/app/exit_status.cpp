@@ -12,7 +12,8 @@ ExitStatus StatusOf(const RunOutcome& outcome, bool mappingLoaded, bool strict) 
         return ExitStatus::NothingToConvert;
     if (outcome.unreadableFiles > 0 || !mappingLoaded)
         return ExitStatus::Incomplete;
-    if (strict && (outcome.leftOut.values > 0 || outcome.recordsWithoutText > 0 || outcome.filesNotRenamed > 0))
+    if ((strict || outcome.preview) &&
+        (outcome.leftOut.values > 0 || outcome.recordsWithoutText > 0 || outcome.filesNotRenamed > 0))
         return ExitStatus::Incomplete;
     return ExitStatus::Success;
 }

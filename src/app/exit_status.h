@@ -14,7 +14,7 @@ enum class ExitStatus {
 };
 
 /// The gravest of what happened. `mappingLoaded` is false when a mapping file was named and could not be read to its
-/// end. A `strict` caller also wants to know of what was left out.
+/// end. A `strict` caller also wants to know of what was left out, and so does whoever asks for a preview.
 [[nodiscard]] ExitStatus StatusOf(const RunOutcome& outcome, bool mappingLoaded, bool strict) noexcept;
 
 } // namespace velmora

@@ -2,6 +2,7 @@
 
 #include "app/application.h"
 #include "app/exit_status.h"
+#include "app/preview_text.h"
 #include "console/console_host.h"
 #include "console/report.h"
 #include "log/passwords.h"
@@ -63,10 +64,13 @@ ExitStatus Run(ConsoleHost& host, const std::string& line)
         host.KeepOutputForResult();
     application.Form_Load(line);
     const RunOutcome outcome = application.Convert();
-    const std::string table = ClosingTable(outcome.tables, host.Columns());
-    if (!table.empty())
+    const Job& job = application.GetJob();
+    const ExitStatus status = StatusOf(outcome, application.MappingLoaded(), job.controls.chkStrict.Checked());
+    if (outcome.preview)
+        host.Write(PreviewText(outcome, job.settings, status));
+    else if (const std::string table = ClosingTable(outcome.tables, host.Columns()); !table.empty())
         host.Write("\n" + table);
-    return StatusOf(outcome, application.MappingLoaded(), application.GetJob().controls.chkStrict.Checked());
+    return status;
 }
 
 ExitStatus Main(const std::vector<std::string>& arguments)
@@ -87,7 +91,7 @@ ExitStatus Main(const std::vector<std::string>& arguments)
         const Controls asked = WhatIsAsked(line);
         if (asked.chkQuiet.Checked())
             return Run(host, line);
-        if (!asked.txtFILE_EXPORT.text.empty()) // which has nothing to ask
+        if (!asked.txtFILE_EXPORT.text.empty() || asked.chkPreview.Checked()) // which have nothing to ask
             return Run(host, line + " +quiet");
         const bool readsInput = asked.txtFILE_XML.text == kStandardInput && asked.txtXML_URL.text.empty();
         if (!words.nameFiles && !readsInput) {

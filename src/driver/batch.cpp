@@ -1,6 +1,7 @@
 #include "driver/batch.h"
 
 #include "driver/closing_words.h"
+#include "driver/database_size.h"
 #include "driver/once.h"
 #include "driver/refusals.h"
 #include "driver/rename.h"
@@ -72,6 +73,12 @@ RunOutcome Batch::btnConvert_Click(const std::optional<std::string>& refusal)
     ShowRunning(true);
     UrlSource source(job_);
     DatabaseSession session(locks_);
+    std::optional<ControlsKept> kept;
+    if (job_.settings.blPreview) {
+        kept.emplace(job_.controls);
+        outcome_.preview.emplace();
+        session.BeginTrial();
+    }
     Guarded(job_.log, [&] { Procedure(job_, "btnConvert_Click", [&](Step& step) { Run(source, session, step); }); });
     if (job_.settings.blAbort) {
         if (session.IsOpen())
@@ -83,8 +90,11 @@ RunOutcome Batch::btnConvert_Click(const std::optional<std::string>& refusal)
     }
     TellOfFailures(job_.log, outcome_);
     outcome_.tables = session.Reports();
+    if (outcome_.preview)
+        Describe(*outcome_.preview, session);
     session.Close();
     source.Release();
+    kept.reset();
     CloseProtocolFile();
     ShowRunning(false);
     outcome_.failed = job_.log.ErrorCount() > 0;
@@ -93,12 +103,21 @@ RunOutcome Batch::btnConvert_Click(const std::optional<std::string>& refusal)
     return outcome_;
 }
 
+void Batch::Describe(Preview& preview, DatabaseSession& session)
+{
+    if (!outcome_.tables.empty())
+        DescribeDatabase(job_, session, preview);
+    preview.findings = job_.log.Found();
+}
+
 void Batch::TakeSettings()
 {
     ReadSettingsFromForm(job_.controls, job_.settings, [this] {
         tagMap_.Compact();
         return tagMap_.UpperBound() >= 1;
     });
+    if (job_.settings.blPreview)
+        job_.settings.blQuiet = true; // nothing is at stake
 }
 
 /// What must not begin ends before anything is opened but the protocol, when that is not the very file that must not be
@@ -123,7 +142,8 @@ void Batch::Run(UrlSource& source, DatabaseSession& session, Step& step)
 {
     OpenProtocolFile(step);
     const bool usesScratch = job_.settings.targetFile.empty() && !job_.settings.textFolder.empty();
-    if (!PrepareTextMode(job_, places_, step)) {
+    const Places places = outcome_.preview ? TrialPlaces(places_) : places_;
+    if (!PrepareTextMode(job_, places, step)) {
         outcome_.cancelled = true;
         return;
     }
@@ -133,7 +153,7 @@ void Batch::Run(UrlSource& source, DatabaseSession& session, Step& step)
             TellThatThereIsNothingToDo(*refusal);
         return;
     }
-    source.Fetch(places_);
+    source.Fetch(places);
     const SourceFiles files = ListSourceFiles(job_.settings.sourceFile);
     run_.sources = SourcesIn(files.paths, job_.settings);
     for (const Source& file : run_.sources)
@@ -145,7 +165,7 @@ void Batch::Run(UrlSource& source, DatabaseSession& session, Step& step)
         return TellThatThereIsNothingToDo(*reason);
     for (const std::string& warning : TextExportWarnings(job_.settings, run_.sources.size()))
         job_.log.Warn("text-files", warning);
-    ScratchDatabase scratch(job_, places_);
+    ScratchDatabase scratch(job_, places);
     if (usesScratch)
         scratch.TakeFree();
     const auto openDatabase = [&] {
@@ -154,6 +174,9 @@ void Batch::Run(UrlSource& source, DatabaseSession& session, Step& step)
             velEmptyTablesAll(job_, session);
     };
     openDatabase();
+    if (outcome_.preview && session.IsOpen())
+        for (const std::string& table : session.UserTables())
+            outcome_.preview->tablesBefore.insert(table);
     FilesOfRun filesOfRun(job_.settings, files.paths);
     Convert(session, filesOfRun, openDatabase, step);
     if (!run_.hasCommitted && outcome_.skippedFiles == 0)
@@ -169,7 +192,11 @@ void Batch::TellThatThereIsNothingToDo(const std::string& reason)
 void Batch::OpenProtocolFile(Step& step)
 {
     const std::string& path = job_.settings.protocolFile;
-    if (!path.empty()) {
+    if (job_.settings.blPreview) {
+        step("Look at protocol file [" + path + "]");
+        CheckProtocolFile(job_.settings);
+        job_.log.ProtocolAppend("Preview: what follows is only tried out, nothing is written");
+    } else if (!path.empty()) {
         step("Open protocol file [" + path + "]");
         job_.log.OpenFile(path);
         job_.log.WriteProtocolFile(std::string(50, '='));
@@ -344,6 +371,7 @@ bool Batch::ConvertOneFile(const Source& source, FileReport& report, const Share
     });
     if (job_.settings.blCreateTableRelations)
         run([&] { createDatabase(plan, schema_pass::kCreateRelations); });
+    WarnOfSize(session, EstimatedGrowth(xml.document, plan));
     run([&] { velOpenTables(job_, session, plan, shared.filesOfRun, sinks); });
     DocumentImport import(job_, session, source, xml.document, plan, sinks);
     const bool imported = run([&] { import.Run(); });
@@ -357,6 +385,15 @@ bool Batch::ConvertOneFile(const Source& source, FileReport& report, const Share
     ThrowIfAborted(job_.settings);
     report.problem = std::move(xml.problem);
     return xml.readable;
+}
+
+/// Before the import, which may take long and end at the limit.
+void Batch::WarnOfSize(const DatabaseSession& session, std::uint64_t growth)
+{
+    if (job_.settings.blAbort || !session.IsOpen())
+        return;
+    if (const auto warning = SizeWarning(session.SizeBytes() + growth, session.MaxSizeBytes()))
+        job_.log.Warn("nearly-full", *warning);
 }
 
 void Batch::ShowStructure(const Document& document, const StructureModel& model)
@@ -401,6 +438,8 @@ void Batch::RenameWhenWanted(const Source& source, Step& step)
         job_.log.Warn("not-renamed", "Not renamed, since it was not converted: " + source.path);
         return;
     }
+    if (job_.settings.blPreview)
+        return;
     step("Rename XML file");
     RenameConvertedFile(job_, source.path, std::time(nullptr));
 }
@@ -412,7 +451,8 @@ void Batch::Commit(DatabaseSession& session)
     session.Commit();
     run_.commitFailed = false;
     for (const std::string& line : session.TakeAnnouncements())
-        job_.log.ProtocolAppend(line);
+        if (!job_.settings.blPreview)
+            job_.log.ProtocolAppend(line);
 }
 
 /// After a cancel or an error. What was saved stays. A file that has not saved a record yet leaves nothing behind: the
@@ -426,8 +466,9 @@ void Batch::EndEarly(DatabaseSession& session)
         job_.log.ErrorReport("btnConvert_Click", "btnConvert_Click: Commit what was saved before the run ended early",
                              error);
     }
-    job_.log.ProtocolAppend("The run ended early: " + WhatTheDatabaseHolds(run_, job_.settings) +
-                            AboutTextFiles(run_, job_.settings));
+    if (!job_.settings.blPreview)
+        job_.log.ProtocolAppend("The run ended early: " + WhatTheDatabaseHolds(run_, job_.settings) +
+                                AboutTextFiles(run_, job_.settings));
 }
 
 void Batch::btnQuit_Click()

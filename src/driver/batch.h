@@ -67,10 +67,12 @@ private:
     [[nodiscard]] bool MayGoOn(std::size_t errorsBefore) const;
     [[nodiscard]] bool ConvertOneFile(const Source& source, FileReport& report, const Shared& shared,
                                       TableSinks& sinks);
+    void WarnOfSize(const DatabaseSession& session, std::uint64_t growth);
     void ShowStructure(const Document& document, const StructureModel& model);
     void FinishFile(const Source& source, FileReport& report, bool converted, DatabaseSession& session,
                     const std::string& hash, Step& step);
     void Commit(DatabaseSession& session);
+    void Describe(Preview& preview, DatabaseSession& session);
     void EndEarly(DatabaseSession& session);
     void CloseProtocolFile();
 

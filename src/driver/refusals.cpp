@@ -21,6 +21,8 @@ std::optional<std::string> UnfitWayBack(const ConversionSettings& settings)
         return "export= is the way back, from a database to XML: no source can be named with it" + nothing;
     if (!settings.textFolder.empty())
         return "export= writes XML: no folder for text files can be named with it" + nothing;
+    if (settings.blPreview)
+        return "preview shows what would become of a database, and export= only reads one" + nothing;
     if (database.empty())
         return "export= needs the database, mdb=FILE" + nothing;
     if (!FileExists(database))

@@ -1,6 +1,7 @@
 #include "driver/run_files.h"
 
 #include "log/runtime_error.h"
+#include "platform/file_changes.h"
 #include "platform/paths.h"
 #include "platform/program.h"
 #include "schema/target_check.h"
@@ -27,6 +28,13 @@ constexpr std::string_view kScratchDatabase = "temporary_import_database";
 constexpr std::string_view kScratchEnd = ".mdb";
 constexpr int kMaxScratchDatabases = 1000; // nobody runs so many at once: something else is wrong then
 
+std::error_code WhyNotMakeFolder(std::string path)
+{
+    while (path.ends_with(kPathSeparator))
+        path.pop_back();
+    return FileExists(path) ? std::make_error_code(std::errc::file_exists) : WhyNotAppend(path);
+}
+
 /// One level only: a mistyped path must not grow a tree of folders.
 void MakeExportFolder(Job& job, Step& step)
 {
@@ -36,7 +44,10 @@ void MakeExportFolder(Job& job, Step& step)
     step("Export folder");
     job.log.Trace("Create directory [" + folder + "] for delimited exports");
     std::error_code error;
-    std::filesystem::create_directory(PathFromUtf8(NativePath(folder)), error);
+    if (job.settings.blPreview)
+        error = WhyNotMakeFolder(NativePath(folder));
+    else
+        std::filesystem::create_directory(PathFromUtf8(NativePath(folder)), error);
     if (error)
         throw FileError("The folder", folder, "cannot be made", error.default_error_condition().value());
 }
@@ -128,6 +139,13 @@ Places StandardPlaces()
 {
     const std::string program = ProgramFolder();
     return {program, IsWritableFolder(program) ? program : UserDataFolder()};
+}
+
+Places TrialPlaces(const Places& places)
+{
+    std::error_code error;
+    const std::filesystem::path folder = std::filesystem::temp_directory_path(error);
+    return error ? places : Places{places.program, Utf8FromPath(folder)};
 }
 
 void MakeFilesFolder(const Places& places)

@@ -17,6 +17,9 @@ struct Places {
 /// program's own cannot be written.
 [[nodiscard]] Places StandardPlaces();
 
+/// For a run that leaves no file: what it cannot do without stands where the system puts such files.
+[[nodiscard]] Places TrialPlaces(const Places& places);
+
 /// Makes the folder for files when it is missing. Throws RuntimeError.
 void MakeFilesFolder(const Places& places);
 

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "driver/preview.h"
 #include "import/loss_report.h"
 #include "schema/table_report.h"
 #include "source/source.h"
@@ -39,6 +40,7 @@ struct RunOutcome {
     int filesNotRenamed = 0;             ///< in a run that renames
     std::vector<TableReport> tables{};   ///< in order of first use
     std::vector<FileReport> files{};     ///< all sources, in their order
+    std::optional<Preview> preview{};    ///< of a run that was only tried out: all of the above would be
 };
 
 /// How far a run has come.

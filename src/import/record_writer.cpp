@@ -233,6 +233,18 @@ void RecordWriter::MakeFit(TableSink& sink, const EngineError& error)
     Widen(sink, columns);
 }
 
+void RecordWriter::NoteLengths(TableSink& sink)
+{
+    std::string text;
+    for (const std::size_t field : sink.values.filled) {
+        text.clear();
+        if (!sink.records->AppendIsoText(field, sink.types[field] == ColumnType::Time, text))
+            continue;
+        std::size_t& longest = sink.longest[sink.records->FieldName(field)];
+        longest = std::max(longest, sink.records->CountCharacters(text));
+    }
+}
+
 void RecordWriter::Save(TableSink& sink)
 {
     if (sink.hasYesNo)
@@ -249,6 +261,8 @@ void RecordWriter::Save(TableSink& sink)
     }
     begun_.pop_back();
     ++sink.savedRecords;
+    if (job_.settings.blPreview)
+        NoteLengths(sink);
     account_.Stored(sink.values);
     // Before its line, which may fail: the record is in its table, whatever comes.
     const bool isInner = !begun_.empty();

@@ -67,6 +67,7 @@ private:
     [[nodiscard]] bool SetTyped(TableSink& sink, std::size_t field, std::string_view value, ValueOrigin origin);
     void BecomeText(TableSink& sink, std::size_t field, const std::string& reason);
     void TellWhatIsMissing(TableSink& sink);
+    static void NoteLengths(TableSink& sink);
     void MakeFit(TableSink& sink, const EngineError& error);
 
     Job& job_;

@@ -4,6 +4,7 @@
 #include "schema/catalog_queries.h"
 #include "schema/engine_errors.h"
 
+#include <algorithm>
 #include <string>
 
 namespace velmora {
@@ -158,6 +159,8 @@ std::int64_t velCloseTables(Job& job, DatabaseSession& session, TableSinks& sink
             continue;
         TableReport& report = session.Report(sink.records->Source());
         report.records += sink.savedRecords;
+        for (const auto& [column, characters] : sink.longest)
+            report.longest[column] = std::max(report.longest[column], characters);
         TellColumnsWithoutZone(job.log, *sink.records, report);
         Count(sink, job.settings.blTextExport, shortfall);
         attempt([&] { CloseRecordset(*sink.records, step); });

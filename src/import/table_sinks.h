@@ -9,6 +9,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <map>
 #include <optional>
 #include <string>
 #include <vector>
@@ -38,6 +39,7 @@ struct TableSink {
 
     PendingValues values;
     TextOutput text;
+    std::map<std::string, std::size_t> longest; ///< characters of the longest value, by column; in a preview
     std::int64_t savedRecords = 0;
     /// Rows saved for a record of the owner that is itself not yet saved.
     std::vector<std::uint64_t> provisionalRows;

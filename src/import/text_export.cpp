@@ -140,7 +140,8 @@ std::string TextFileName(std::string_view table)
 }
 
 TextFileOpener::TextFileOpener(Job& job, TextFiles& files, FilesOfRun& filesOfRun)
-    : job_(job), files_(files), filesOfRun_(filesOfRun), folder_(NativePath(job.settings.textFolder))
+    : job_(job), files_(files), filesOfRun_(filesOfRun), folder_(NativePath(job.settings.textFolder)),
+      writing_(job.settings.blPreview ? TextWriting::Trial : TextWriting::Real)
 {
     if (!folder_.empty() && folder_.back() != kPathSeparator)
         folder_ += kPathSeparator;
@@ -168,8 +169,9 @@ void TextFileOpener::Check(const std::vector<TableSink*>& sinks, Step& step) con
         const std::string path = PathOf(*sink);
         step("Check file [" + path + "]");
         filesOfRun_.Refuse(path);
-        made.NoteWhenMissing(path);
-        (void)TextFile(path);
+        if (writing_ == TextWriting::Real)
+            made.NoteWhenMissing(path);
+        (void)TextFile(path, job_.settings.LineEnd(), writing_);
         const std::string& other = paths.emplace(FileIdentity(path), path).first->second;
         if (other == path)
             continue;
@@ -195,24 +197,25 @@ void TextFileOpener::Open(TableSink& sink, Step& step)
     if (text.file != nullptr)
         return;
     const bool keepsText = job_.settings.blAppend || (sink.plan->keepsTextOfRun && filesOfRun_.HasOpened(path));
-    if (!keepsText && FileExists(path)) {
+    const bool isTrial = writing_ == TextWriting::Trial;
+    const bool wasThere = FileExists(path) || (isTrial && filesOfRun_.HasOpened(path));
+    if (!keepsText && wasThere) {
         step("Delete old file [" + path + "]");
-        if (job_.settings.IsWholeOrNothing())
-            files_.SetAside(path);
-        else
-            DeleteFile(path);
+        if (!isTrial)
+            RemoveOld(path);
         filesOfRun_.NoteChange();
     }
     step("Open file [" + path + "]");
-    const bool isNew = !FileExists(path);
-    text.file = &files_.Open(path, job_.settings.LineEnd());
+    const bool isNew = !keepsText || !wasThere;
+    text.file = &files_.Open(path, job_.settings.LineEnd(), writing_);
     if (isNew)
         filesOfRun_.NoteChange();
     if (isNew && job_.settings.blBom) {
         text.file->WriteByteOrderMark();
         text.file->Settle();
     }
-    if (filesOfRun_.NoteOpened(path) && !isNew)
+    const bool isOfEarlierRun = filesOfRun_.NoteOpened(path) && !isNew;
+    if (isOfEarlierRun)
         WarnOfKeys();
     if (!job_.settings.blExportColumnNames)
         return;
@@ -222,9 +225,19 @@ void TextFileOpener::Open(TableSink& sink, Step& step)
         text.file->Settle();
         return;
     }
+    if (isTrial && !isOfEarlierRun)
+        return; // its first line was not written
     std::string header;
     JoinNames(header, text, job_.settings);
     CompareColumns(sink, header);
+}
+
+void TextFileOpener::RemoveOld(const std::string& path)
+{
+    if (job_.settings.IsWholeOrNothing())
+        files_.SetAside(path);
+    else
+        DeleteFile(path);
 }
 
 /// Behind lines of an earlier run, those of a database that is made anew have keys that are there already.

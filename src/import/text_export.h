@@ -26,6 +26,7 @@ public:
 private:
     void Check(const std::vector<TableSink*>& sinks, Step& step) const;
     void Open(TableSink& sink, Step& step);
+    void RemoveOld(const std::string& path);
     void WarnOfKeys();
     [[nodiscard]] std::string PathOf(const TableSink& sink) const;
     void CompareColumns(const TableSink& sink, const std::string& header) const;
@@ -34,6 +35,7 @@ private:
     TextFiles& files_;
     FilesOfRun& filesOfRun_;
     std::string folder_; ///< with the separator at its end
+    TextWriting writing_;
 };
 
 /// Writes one line into the sink's text file: its column names (`header`), or the record just saved. Values are joined

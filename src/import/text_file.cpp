@@ -1,6 +1,7 @@
 #include "import/text_file.h"
 
 #include "log/runtime_error.h"
+#include "platform/file_changes.h"
 #include "platform/paths.h"
 
 #include <algorithm>
@@ -18,9 +19,17 @@ constexpr std::size_t kPieceBytes = std::size_t{64} * 1024;
 
 } // namespace
 
-TextFile::TextFile(const std::string& path, std::string_view lineEnd) : path_(path), lineEnd_(lineEnd)
+TextFile::TextFile(const std::string& path, std::string_view lineEnd, TextWriting writing)
+    : path_(path), lineEnd_(lineEnd), isTrial_(writing == TextWriting::Trial)
 {
     isNew_ = !FileExists(path_);
+    if (isTrial_) {
+        // The folder may be one that is not made either.
+        const std::error_code problem = FolderExists(FolderPart(path_)) ? WhyNotAppend(path_) : std::error_code();
+        if (problem)
+            Fail(problem.value());
+        return;
+    }
     std::FILE* file = OpenFileStream(path_, "ab");
     if (file == nullptr)
         Fail(errno);
@@ -32,7 +41,7 @@ TextFile::TextFile(const std::string& path, std::string_view lineEnd) : path_(pa
 
 void TextFile::WriteLine(std::string_view line)
 {
-    if (failed_)
+    if (failed_ || isTrial_)
         return;
     buffer_.append(line).append(lineEnd_);
     if (buffer_.size() >= kPieceBytes)
@@ -57,7 +66,7 @@ void TextFile::RollBack()
 
 void TextFile::Flush()
 {
-    if (failed_ || buffer_.empty())
+    if (failed_ || isTrial_ || buffer_.empty())
         return;
     std::FILE* file = OpenFileStream(path_, "ab");
     if (file == nullptr)
@@ -79,6 +88,8 @@ void TextFile::Flush()
 void TextFile::TakeBack()
 {
     buffer_.clear();
+    if (isTrial_)
+        return;
     std::error_code error;
     const std::filesystem::path file = PathFromUtf8(path_);
     if (isNew_)
@@ -102,9 +113,9 @@ TextFile* TextFiles::Find(const std::string& path)
     return found == files_.end() ? nullptr : &found->second;
 }
 
-TextFile& TextFiles::Open(const std::string& path, std::string_view lineEnd)
+TextFile& TextFiles::Open(const std::string& path, std::string_view lineEnd, TextWriting writing)
 {
-    return files_.try_emplace(path, path, lineEnd).first->second;
+    return files_.try_emplace(path, path, lineEnd, writing).first->second;
 }
 
 void TextFiles::SetAside(const std::string& path)

@@ -10,6 +10,11 @@
 
 namespace velmora {
 
+enum class TextWriting {
+    Real,
+    Trial, ///< nothing is made or written, but what cannot be written is refused
+};
+
 /// A text file to which lines are appended.
 ///
 /// Lines are collected and written in large pieces, and the file is open only for that: a document of thousands of
@@ -18,7 +23,8 @@ namespace velmora {
 class TextFile {
 public:
     /// Makes the file when it is missing. Throws when it cannot be written.
-    explicit TextFile(const std::string& path, std::string_view lineEnd = "\r\n");
+    explicit TextFile(const std::string& path, std::string_view lineEnd = "\r\n",
+                      TextWriting writing = TextWriting::Real);
     TextFile(const TextFile&) = delete;
     TextFile& operator=(const TextFile&) = delete;
 
@@ -45,7 +51,8 @@ private:
     std::uint64_t written_ = 0; ///< size of the file, bytes
     std::uint64_t settled_ = 0; ///< size that stays, bytes: in the file or in the buffer
     std::uint64_t begin_ = 0;   ///< size when it was opened
-    bool isNew_ = false;        ///< was not there then
+    bool isTrial_;
+    bool isNew_ = false; ///< was not there then
     bool failed_ = false;
 };
 
@@ -55,7 +62,7 @@ public:
     /// nullptr when the file has not been opened.
     [[nodiscard]] TextFile* Find(const std::string& path);
     /// Opens a file that is not open yet. It stays where it is.
-    [[nodiscard]] TextFile& Open(const std::string& path, std::string_view lineEnd);
+    [[nodiscard]] TextFile& Open(const std::string& path, std::string_view lineEnd, TextWriting writing);
     /// Makes room at `path`: the file that is there goes, but can come back until Keep(). Throws RuntimeError.
     void SetAside(const std::string& path);
     /// All files become what they were before the import. Throws RuntimeError, when it has done what it can.

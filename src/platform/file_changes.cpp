@@ -1,6 +1,7 @@
 #include "platform/file_changes.h"
 
 #include "platform/paths.h"
+#include "platform/program.h"
 
 #include <cerrno>
 #include <cstdio>
@@ -127,6 +128,22 @@ std::error_code WriteAll(FileHandle file, std::string_view content)
 }
 
 } // namespace
+
+std::error_code WhyNotAppend(const std::string& path)
+{
+    std::error_code ignored;
+    if (fs::exists(PathFromUtf8(path), ignored)) {
+        std::FILE* const file = OpenFileStream(path, "ab"); // which changes nothing as long as nothing is written
+        if (file == nullptr)
+            return LastError();
+        std::fclose(file);
+        return {};
+    }
+    const std::string folder(FolderPart(path).empty() ? "." : FolderPart(path));
+    if (!FolderExists(folder))
+        return std::make_error_code(std::errc::no_such_file_or_directory);
+    return IsWritableFolder(folder) ? std::error_code() : std::make_error_code(std::errc::permission_denied);
+}
 
 std::error_code SyncFile(std::FILE* file)
 {

@@ -17,6 +17,10 @@ namespace velmora {
 /// are kept, and a link still leads to its file.
 [[nodiscard]] std::error_code ReplaceFile(const std::string& path, std::string_view content);
 
+/// Why nothing can be appended to the file at `path` (UTF-8, native separators), which is made when it is missing.
+/// Makes and changes nothing.
+[[nodiscard]] std::error_code WhyNotAppend(const std::string& path);
+
 /// Brings what was written to `file` to the disk: else a crash of the system could leave a new name with nothing behind
 /// it.
 [[nodiscard]] std::error_code SyncFile(std::FILE* file);

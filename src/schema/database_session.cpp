@@ -115,19 +115,19 @@ void OpenAndDropTables(Job& job, DatabaseSession& session, const fs::path& targe
 void DatabaseSession::Create(const fs::path& path, jet::JetVersion version, jet::Existing existing)
 {
     ++schemaState_;
-    connection_ = Translated([&] { return jet::Connection::Create(path, version, existing); });
+    connection_ = Translated([&] { return jet::Connection::Create(path, version, existing, Files()); });
 }
 
 void DatabaseSession::Open(const fs::path& path)
 {
     ++schemaState_;
-    connection_ = Translated([&] { return jet::Connection::Open(path); });
+    connection_ = Translated([&] { return jet::Connection::Open(path, Files()); });
 }
 
 void DatabaseSession::OpenReadOnly(const fs::path& path)
 {
     ++schemaState_;
-    connection_ = Translated([&] { return jet::Connection::OpenReadOnly(path); });
+    connection_ = Translated([&] { return jet::Connection::OpenReadOnly(path, Files()); });
 }
 
 NameRules DatabaseSession::Names() const
@@ -214,6 +214,8 @@ void DatabaseSession::Commit()
         total.records += report.records;
         total.newColumns += report.newColumns;
         total.widenedColumns += report.widenedColumns;
+        for (const auto& [column, characters] : report.longest)
+            total.longest[column] = std::max(total.longest[column], characters);
         total.columnsWithoutZone = report.columnsWithoutZone; // which began with those known
     }
     pendingBy_.clear();
@@ -233,6 +235,11 @@ void DatabaseSession::TakeBack()
     for (const auto& [names, name] : noted_)
         names->erase(name);
     noted_.clear();
+}
+
+DatabaseContents DatabaseSession::Contents()
+{
+    return Translated([&] { return ContentsOf(*connection_); });
 }
 
 std::size_t DatabaseSession::ObjectsLeft()

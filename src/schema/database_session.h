@@ -2,6 +2,7 @@
 
 #include "jet/connection.h"
 #include "plan/known_database.h"
+#include "schema/database_view.h"
 #include "schema/lock_retry.h"
 #include "schema/origin.h"
 #include "schema/recordset.h"
@@ -28,6 +29,8 @@ class DatabaseSession {
 public:
     DatabaseSession() = default;
     explicit DatabaseSession(LockSeam locks) : locks_(std::move(locks)) {}
+    /// What is made, opened and written from now on is only tried out: it is gone in the end, and no file was touched.
+    void BeginTrial() { trial_ = jet::MakeTrialFileSystem(); }
     DatabaseSession(const DatabaseSession&) = delete;
     DatabaseSession& operator=(const DatabaseSession&) = delete;
 
@@ -64,6 +67,12 @@ public:
     /// others, `key` among them, count as texts.
     [[nodiscard]] std::vector<ColumnType> ChosenTypes(const Recordset& records, std::optional<std::size_t> key = {});
     void Commit();
+    /// What it holds, for a person to look at.
+    [[nodiscard]] DatabaseContents Contents();
+    /// Of the file, what is not yet committed included.
+    [[nodiscard]] std::uint64_t SizeBytes() const noexcept { return connection_->SizeBytes(); }
+    /// What a file of its format can have.
+    [[nodiscard]] std::uint64_t MaxSizeBytes() const noexcept { return connection_->MaxSizeBytes(); }
     /// Tables and relations that the file can still take.
     [[nodiscard]] std::size_t ObjectsLeft();
 
@@ -90,7 +99,10 @@ public:
     [[nodiscard]] std::vector<TableReport> Reports() const { return committed_; }
 
 private:
+    [[nodiscard]] jet::FileSystem& Files() const { return trial_ ? *trial_ : jet::RealFileSystem(); }
+
     LockSeam locks_;
+    std::unique_ptr<jet::FileSystem> trial_; ///< none: the real one
     std::unique_ptr<jet::Connection> connection_;
     /// Adds `name` to one of the sets below, until TakeBack().
     void Note(std::unordered_set<std::string>& names, const std::string& name)

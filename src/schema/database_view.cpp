@@ -99,7 +99,46 @@ std::vector<DatabaseContents::Relation> Relations(jet::Connection& connection)
     return relations;
 }
 
+std::vector<DatabaseContents::Column> Columns(jet::Connection& connection, const std::string& table,
+                                              const ColumnNames& primary, const ColumnNames& foreign)
+{
+    std::vector<DatabaseContents::Column> columns;
+    for (jet::Rowset rows = connection.OpenSchema(jet::SchemaKind::Columns, {"", "", table}); !rows.Eof();
+         rows.MoveNext()) {
+        const std::string name = rows.Text("COLUMN_NAME");
+        columns.push_back({name, TypeName(rows), rows.Field("IS_NULLABLE") == jet::Value(false),
+                           primary.contains({table, name}), foreign.contains({table, name})});
+    }
+    return columns;
+}
+
 } // namespace
+
+DatabaseContents ContentsOf(jet::Connection& connection)
+{
+    DatabaseContents contents;
+    contents.format = connection.Version() == jet::JetVersion::Jet3 ? "Access 97" : "Access 2000";
+    contents.relations = Relations(connection);
+    const ColumnNames primary = PrimaryKeys(connection);
+    ColumnNames foreign;
+    for (const DatabaseContents::Relation& relation : contents.relations)
+        for (const auto& [column, referenced] : relation.columns)
+            foreign.emplace(relation.table, column);
+    for (jet::Rowset rows = connection.OpenSchema(jet::SchemaKind::Tables); !rows.Eof(); rows.MoveNext()) {
+        const std::string type = rows.Text("TABLE_TYPE");
+        const bool isLinked = type == "LINK" || type == "PASS-THROUGH";
+        if (type != "TABLE" && !isLinked)
+            continue;
+        DatabaseContents::Table& table = contents.tables.emplace_back();
+        table.name = rows.Text("TABLE_NAME");
+        table.isLinked = isLinked;
+        if (isLinked)
+            continue;
+        table.rows = connection.OpenTable(table.name).RecordCount();
+        table.columns = Columns(connection, table.name, primary, foreign);
+    }
+    return contents;
+}
 
 /// One way through a table. It begins at the last page before `row` whose position is known, and notes those that it
 /// passes.
@@ -174,34 +213,7 @@ DatabaseContents DatabaseView::Read()
     return WithoutEngineErrors([this] {
         pageStarts_.clear();
         state_ = StateOf(path_);
-        const auto connection = jet::Connection::OpenReadOnly(PathFromUtf8(path_));
-        DatabaseContents contents;
-        contents.format = connection->Version() == jet::JetVersion::Jet3 ? "Access 97" : "Access 2000";
-        contents.relations = Relations(*connection);
-        const ColumnNames primary = PrimaryKeys(*connection);
-        ColumnNames foreign;
-        for (const DatabaseContents::Relation& relation : contents.relations)
-            for (const auto& [column, referenced] : relation.columns)
-                foreign.emplace(relation.table, column);
-        for (jet::Rowset rows = connection->OpenSchema(jet::SchemaKind::Tables); !rows.Eof(); rows.MoveNext()) {
-            const std::string type = rows.Text("TABLE_TYPE");
-            const bool isLinked = type == "LINK" || type == "PASS-THROUGH";
-            if (type != "TABLE" && !isLinked)
-                continue;
-            DatabaseContents::Table table{rows.Text("TABLE_NAME"), isLinked};
-            if (!isLinked) {
-                table.rows = connection->OpenTable(table.name).RecordCount();
-                for (jet::Rowset columns = connection->OpenSchema(jet::SchemaKind::Columns, {"", "", table.name});
-                     !columns.Eof(); columns.MoveNext()) {
-                    const std::string name = columns.Text("COLUMN_NAME");
-                    table.columns.push_back({name, TypeName(columns), columns.Field("IS_NULLABLE") == jet::Value(false),
-                                             primary.contains({table.name, name}),
-                                             foreign.contains({table.name, name})});
-                }
-            }
-            contents.tables.push_back(std::move(table));
-        }
-        return contents;
+        return ContentsOf(*jet::Connection::OpenReadOnly(PathFromUtf8(path_)));
     });
 }
 

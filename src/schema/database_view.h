@@ -8,6 +8,10 @@
 #include <utility>
 #include <vector>
 
+namespace jet {
+class Connection;
+}
+
 namespace velmora {
 
 /// What a database holds, for a person to look at.
@@ -35,6 +39,9 @@ struct DatabaseContents {
     std::vector<Table> tables;
     std::vector<Relation> relations;
 };
+
+/// Throws jet::Error.
+[[nodiscard]] DatabaseContents ContentsOf(jet::Connection& connection);
 
 /// Reads a database, page by page of a thousand rows, and changes nothing: neither the file nor what stands beside it.
 /// What a killed run has left behind is read as at its last commit. The file is open only while something is read, so

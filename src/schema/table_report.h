@@ -1,6 +1,8 @@
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
+#include <map>
 #include <set>
 #include <string>
 
@@ -12,7 +14,8 @@ struct TableReport {
     std::int64_t records = 0;
     std::int64_t newColumns = 0; ///< added to a table that was there already
     std::int64_t widenedColumns = 0;
-    std::set<std::string> columnsWithoutZone = {}; ///< that were given times with a time zone; each was told of
+    std::map<std::string, std::size_t> longest = {}; ///< characters of the longest value, by column; of a preview
+    std::set<std::string> columnsWithoutZone = {};   ///< that were given times with a time zone; each was told of
 };
 
 } // namespace velmora

@@ -50,7 +50,7 @@ struct Controls {
     CheckControl chkComplete;  ///< "Import every value"
     CheckControl chkTypes;     ///< "Typed columns"
     CheckControl chkAPPEND, chkEXPORT_COLUMN_NAMES, chkQUOTED, chkBOM;
-    CheckControl chkContinue, chkOnce;
+    CheckControl chkContinue, chkOnce, chkPreview;
     CheckControl chkStrict, chkQuiet, chkDebug{.visible = false};
     CheckControl chkEnableTagMapping; ///< follows from whether a mapping file is named
     TextControl txtATTR_PREFIX, txtKEY_PRIMARY, txtKEY_FOREIGN, txtTABLE_PREFIX, txtTABLE_SUFFIX;

@@ -82,7 +82,8 @@ void ReadSettingsFromForm(const Controls& controls, ConversionSettings& settings
     for (const Option& option : Options())
         std::visit(Reader(option, controls, settings), option.setting);
     settings.fromUrl = controls.FromUrl();
-    settings.blTextExport = FolderExists(settings.textFolder);
+    // A preview does not make the folder.
+    settings.blTextExport = settings.blPreview ? !settings.textFolder.empty() : FolderExists(settings.textFolder);
     // The map is rebuilt whether it is wanted or not: the mapping list shows it either way.
     const bool hasMappings = rebuildTagMap();
     settings.blEnableTagMapping = controls.chkEnableTagMapping.Checked() && hasMappings;

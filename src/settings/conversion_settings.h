@@ -59,6 +59,7 @@ struct ConversionSettings : RunFlags {
     bool blStrict = false;
     bool blContinue = false;
     bool blOnce = false;
+    bool blPreview = false; ///< nothing is written
 
     /// Does a source leave nothing behind unless it is converted completely?
     [[nodiscard]] bool IsWholeOrNothing() const noexcept { return blContinue || blOnce; }

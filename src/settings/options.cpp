@@ -392,6 +392,15 @@ constexpr Option kOptions[] = {
              "table velmora_log lists them",
      .offHelp = "load them again"},
     {.group = OptionGroup::Running,
+     .control = &Controls::chkPreview,
+     .setting = &ConversionSettings::blPreview,
+     .words = "preview",
+     .offWords = "-preview",
+     .help = "write nothing, no file at all, and show what a run would do: its tables with their columns and records, "
+             "names that would be changed, values that would be left behind, what would end it, and how large the "
+             "database would be; the status is 3 when something would be left behind",
+     .offHelp = "convert"},
+    {.group = OptionGroup::Running,
      .control = &Controls::txtSUMMARY,
      .setting = &ConversionSettings::summaryFile,
      .words = "summary=",

@@ -57,6 +57,7 @@ const Look kLooks[] = {
     {&Controls::chkContinue, "chkContinue", QT_TRANSLATE_NOOP("Option", "Go on with the next file after an error"),
      nullptr, true},
     {&Controls::chkOnce, "chkOnce", QT_TRANSLATE_NOOP("Option", "Skip files that were loaded before"), nullptr, true},
+    {&Controls::chkPreview, "chkPreview", QT_TRANSLATE_NOOP("Option", "Preview only, write nothing"), nullptr, true},
     {&Controls::txtSUMMARY, "txtSUMMARY", QT_TRANSLATE_NOOP("Option", "File for a summary in JSON"), nullptr, true},
     {&Controls::txtFILE_LOG, "txtFILE_LOG", QT_TRANSLATE_NOOP("Option", "Lo&g file")},
     {&Controls::chkRecreateDatabase, "chkRecreateDatabase", QT_TRANSLATE_NOOP("Option", "&Re-create database")},

@@ -18,6 +18,11 @@ std::size_t Document::ElementCount() const noexcept
     return impl_->elements.Size();
 }
 
+std::uint64_t Document::TextBytes() const noexcept
+{
+    return impl_->text.Size();
+}
+
 PathTree& Document::Paths() noexcept
 {
     return impl_->paths;

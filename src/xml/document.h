@@ -56,6 +56,8 @@ public:
 
     [[nodiscard]] bool IsEmpty() const noexcept { return ElementCount() == 0; }
     [[nodiscard]] std::size_t ElementCount() const noexcept;
+    /// Of all contents and attribute values together, about.
+    [[nodiscard]] std::uint64_t TextBytes() const noexcept;
     [[nodiscard]] PathTree& Paths() noexcept;
     [[nodiscard]] const PathTree& Paths() const noexcept;
     NameId Intern(std::string_view name);

@@ -182,6 +182,10 @@
             <translation>Dateien überspringen, die schon geladen sind</translation>
         </message>
         <message>
+            <source>Preview only, write nothing</source>
+            <translation>Nur Vorschau, nichts schreiben</translation>
+        </message>
+        <message>
             <source>Lo&amp;g file</source>
             <translation>Lo&amp;g-Datei</translation>
         </message>
@@ -336,6 +340,14 @@
         <message>
             <source>load them again</source>
             <translation>sie noch einmal laden</translation>
+        </message>
+        <message>
+            <source>write nothing, no file at all, and show what a run would do: its tables with their columns and records, names that would be changed, values that would be left behind, what would end it, and how large the database would be; the status is 3 when something would be left behind</source>
+            <translation>nichts schreiben, gar keine Datei, und zeigen, was ein Lauf täte: seine Tabellen mit ihren Spalten und Datensätzen, Namen, die geändert würden, Werte, die zurückblieben, was ihn beenden würde und wie groß die Datenbank würde; der Status ist 3, wenn etwas zurückbliebe</translation>
+        </message>
+        <message>
+            <source>convert</source>
+            <translation>umwandeln</translation>
         </message>
         <message>
             <source>write what happened as one JSON object, for scripts, however the run ends; summary=- writes it to standard output, and protocol lines then go to standard error</source>
