@@ -23,6 +23,12 @@ public:
     virtual void Truncate(std::uint64_t size) = 0;
     /// Everything written is on the disk when this returns.
     virtual void Sync() = 0;
+    /// A hint: what was written there may go to the disk now, while nobody waits for it.
+    virtual void BeginToWrite(std::uint64_t offset, std::uint64_t size)
+    {
+        static_cast<void>(offset);
+        static_cast<void>(size);
+    }
     /// Locks `size` bytes from `offset` on, which may lie behind the file's end, until the file is closed: for writing,
     /// or for reading when the file was opened for reading only. False when somebody else, this process included, has
     /// locked one of them; true also where the file system knows no locks.

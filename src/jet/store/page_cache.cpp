@@ -10,6 +10,8 @@ namespace {
 constexpr std::size_t kMinFrames = 32;
 /// Pages written in one go: enough that the system's cost for each call and block no longer shows.
 constexpr PageNumber kMaxRun = 32;
+/// New pages are written so many bytes at a time, and the last so many not at all, as most of them still change.
+constexpr std::size_t kBehindBytes = std::size_t{2} << 20;
 /// The undo log's share of the cache's budget.
 constexpr std::size_t kUndoShare = 8;
 
@@ -22,13 +24,16 @@ UndoLog::MakeFile TemporaryFiles(const Journal* journal)
 
 PageCache::PageCache(File& file, Journal* journal, const Format& format, PageNumber pageCount, std::size_t budgetBytes)
     : file_(&file), journal_(journal), format_(&format), pageSize_(format.pageSize), committedPages_(pageCount),
-      pageCount_(pageCount), fileEnd_(pageCount), maxFrames_(std::max(budgetBytes / format.pageSize, kMinFrames)),
-      table_(pageCount), undo_(format.pageSize, maxFrames_ * format.pageSize / kUndoShare, TemporaryFiles(journal))
+      pageCount_(pageCount), fileEnd_(pageCount), writtenBehind_(pageCount),
+      maxFrames_(std::max(budgetBytes / format.pageSize, kMinFrames)), table_(pageCount),
+      undo_(format.pageSize, maxFrames_ * format.pageSize / kUndoShare, TemporaryFiles(journal))
 {
 }
 
 MutablePageRef PageCache::Fresh(PageNumber page)
 {
+    if (page >= writtenBehind_ + 2 * kBehindBytes / pageSize_)
+        WriteBehind();
     if (page >= table_.size())
         // By doubling, so that a file that grows page by page does not copy the table each time.
         table_.resize(std::max<std::size_t>(std::size_t{page} + 1, table_.size() * 2));
@@ -142,6 +147,20 @@ PageNumber PageCache::WriteRun(PageNumber page, bool heldToo)
     return end;
 }
 
+/// Held pages and those that change once more are written by the commit.
+void PageCache::WriteBehind()
+{
+    const PageNumber begin = writtenBehind_;
+    const PageNumber end = std::min(begin + static_cast<PageNumber>(kBehindBytes / pageSize_), pageCount_);
+    writtenBehind_ = end;
+    for (PageNumber page = begin; page < end;) {
+        const Frame* frame = table_[page];
+        const bool isWanted = frame != nullptr && frame->dirty && frame->pins == 0;
+        page = isWanted ? WriteRun(page, false) : page + 1;
+    }
+    file_->BeginToWrite(std::uint64_t{begin} * pageSize_, std::uint64_t{end - begin} * pageSize_);
+}
+
 /// The one place where pages of the file are written.
 void PageCache::WriteToFile(PageNumber page, ByteSpan pages)
 {
@@ -224,6 +243,7 @@ void PageCache::PutBack()
     for (PageNumber page = undo_.PageCount(); page < pageCount_; ++page)
         Drop(page);
     pageCount_ = undo_.PageCount();
+    writtenBehind_ = std::min(writtenBehind_, pageCount_);
     undo_.VisitBackwards([this](const UndoLog::Piece& piece) {
         Frame* frame = Fetch(piece.page);
         std::ranges::copy(piece.bytes, frame->data.get() + piece.offset);
@@ -288,7 +308,7 @@ void PageCache::EndCommit()
 {
     if (journal_ != nullptr && journal_->IsActive())
         journal_->Finish();
-    committedPages_ = pageCount_;
+    committedPages_ = writtenBehind_ = pageCount_;
     hasWritten_ = false;
     while (changed_.first != nullptr) {
         changed_.first->isListed = false;

@@ -131,6 +131,9 @@ private:
 ///      leave gets memory beyond the budget.
 ///   7. The file may for a while be longer than PageCount(), by pages that were written and then dropped; the next
 ///      commit cuts it.
+///
+/// As the file grows, its new pages are written a little behind its end, and the disk begins with them: a commit, and
+/// with it the end of a run that is cancelled, then has little left to wait for, however much has been inserted.
 class PageCache {
 public:
     /// `journal` may be null: then what was not committed is lost, and so is what it has overwritten.
@@ -192,6 +195,7 @@ private:
     PageNumber WriteRun(PageNumber page, bool heldToo);
     void WriteToFile(PageNumber page, ByteSpan pages);
     void KeepOld(PageNumber begin, PageNumber end);
+    void WriteBehind();
 
     File* file_;
     Journal* journal_;
@@ -199,7 +203,8 @@ private:
     std::size_t pageSize_;
     PageNumber committedPages_; ///< those of the file at the last commit
     PageNumber pageCount_;
-    PageNumber fileEnd_; ///< no page behind has ever been written
+    PageNumber fileEnd_;       ///< no page behind has ever been written
+    PageNumber writtenBehind_; ///< pages before were written since they were new, or are older than the last commit
     std::size_t maxFrames_;
     std::vector<Frame*> table_;  ///< by page number; nullptr = not in memory
     std::deque<Frame> frames_;   ///< a deque, so that frames never move

@@ -133,6 +133,13 @@ public:
             ThrowIo(name_, errno);
     }
 
+    void BeginToWrite(std::uint64_t offset, std::uint64_t size) override
+    {
+        // Where it cannot be done, or fails, Sync() does all of it and says why.
+        static_cast<void>(::sync_file_range(descriptor_, static_cast<off64_t>(offset), static_cast<off64_t>(size),
+                                            SYNC_FILE_RANGE_WRITE));
+    }
+
     [[nodiscard]] bool TryLock(std::uint64_t offset, std::uint64_t size) override
     {
         // Locks of the open file, not of the process: those would be gone with the first descriptor closed.

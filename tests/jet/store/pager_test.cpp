@@ -4,6 +4,7 @@
 #include "support/shared.h"
 
 #include <gtest/gtest.h>
+#include <map>
 #include <random>
 #include <set>
 
@@ -23,6 +24,51 @@ TEST(Pager, APageHeldAcrossACommitKeepsItsLaterChanges)
         pager->Commit();
     }
     EXPECT_EQ(LoadU32(OpenPager(disk)->Read(2).Bytes(), 100), 77u);
+}
+
+/// Allocates `count` pages and puts `stamp` into each.
+void Grow(Pager& pager, unsigned count, std::uint32_t stamp)
+{
+    for (unsigned i = 0; i < count; ++i)
+        StoreU32(pager.Allocate().Data(), 100, stamp);
+}
+
+TEST(Pager, ACommitHasLittleLeftToWriteHoweverMuchTheFileHasGrown)
+{
+    constexpr unsigned kPages = 4'000;
+    CrashFileSystem disk;
+    auto pager = NewPager(disk, JetVersion::Jet4);
+    pager->Commit();
+    pager->SetSavepoint(); // what is taken back has been written, and is written anew
+    Grow(*pager, kPages, 1);
+    EXPECT_TRUE(pager->RollBack());
+    Grow(*pager, kPages, 2);
+    StoreU32(pager->Write(10).Data(), 100, 3);
+    const std::uint64_t before = disk.Operations();
+    pager->Commit();
+    EXPECT_LT(disk.Operations() - before, 50u) << "writes of 32 pages each";
+    disk.SyncFolder("a.mdb");
+    disk.Crash(pager, Loss::All);
+
+    pager = OpenPager(disk);
+    ASSERT_GT(pager->PageCount(), kPages);
+    std::map<std::uint32_t, unsigned> stamps;
+    for (PageNumber page = 0; page < pager->PageCount(); ++page)
+        ++stamps[LoadU32(pager->Read(page).Bytes(), 100)];
+    EXPECT_EQ(stamps[1], 0u);
+    EXPECT_EQ(stamps[2], kPages - 1);
+    EXPECT_EQ(LoadU32(pager->Read(10).Bytes(), 100), 3u);
+
+    // Nothing stays of what was written and not committed.
+    pager.reset();
+    const Bytes content = disk.Content("a.mdb");
+    pager = Pager::Open(disk.Open("a.mdb", OpenMode::ReadWrite), Pager::kDefaultCacheBytes,
+                        std::make_unique<Journal>(disk, "a.mdb"));
+    StoreU32(pager->Write(10).Data(), 100, 4);
+    Grow(*pager, kPages, 5);
+    EXPECT_GT(disk.Content("a.mdb").size(), content.size());
+    pager.reset();
+    EXPECT_EQ(disk.Content("a.mdb"), content);
 }
 
 TEST(Pager, TheLowestFreePageIsTakenHoweverTheMapIsStored)
