@@ -13,11 +13,11 @@ SOURCES = find src tests fuzz bench tools -name '*.cpp' -o -name '*.h'
 
 # The window and its tests.
 WINDOW := qt6-base-dev qt6-svg-dev qt6-l10n-tools qt6-tools-dev xvfb xdotool
-# What tries manual pages and completions.
-HANDBOOK := mandoc zsh fish
+# What tries manual pages, completions, documents, and the engine as a library.
+TRIES := mandoc zsh fish pkgconf codespell
 WITH_WINDOW := -DVELMORA_WINDOW=ON
 
-.PHONY: all setup build run window screenshots install package dist test test-sanitize tidy format reformat fuzz bench check-large \
+.PHONY: all setup build run window screenshots install package dist release-check test test-sanitize tidy format reformat fuzz bench check-large \
     check-readers clean
 
 all: build
@@ -51,12 +51,13 @@ screenshots:
 	@cmake --build --preset release --parallel $(JOBS) --target velmora_screenshots
 	@tools/screenshots/take.sh build/release/tools/velmora_screenshots examples/orders.xml build/screenshots
 
-# Both programs, with manual pages, completions, icon, desktop file and manual, below PREFIX (/usr/local); with DESTDIR
-# into that folder, as if it were /.
+# Both programs, with manual pages, completions, icon, desktop file and manual, and the engine as a library, below PREFIX
+# (/usr/local); with DESTDIR into that folder, as if it were /.
 install:
 	@tools/setup.sh $(WINDOW)
 	@cmake --preset release --log-level=WARNING $(WITH_WINDOW)
-	@cmake --build --preset release --parallel $(JOBS) --target velmora velmora-gui handbook_pages
+	@cmake --build --preset release --parallel $(JOBS) --target velmora velmora-gui handbook_pages velmora_jet \
+	    velmora_jet_static
 	@DESTDIR=$(DESTDIR) cmake --install build/release --prefix $(PREFIX)
 
 # Debian's packages, into build/packages.
@@ -68,16 +69,21 @@ package:
 dist:
 	@tools/packages/archive.sh build/packages/velmora-$(VERSION).tar.gz
 
+# All that must hold before a release, in a clean clone of the last commit. Takes the better part of an hour.
+release-check:
+	@tools/setup.sh $(CLANG) $(WINDOW) $(TRIES) dpkg-dev lintian
+	@tools/release/check.sh $(VERSION) $(JOBS)
+
 # Builds everything, the window too, and runs every test.
 test: build
-	@tools/setup.sh $(WINDOW) $(HANDBOOK)
+	@tools/setup.sh $(WINDOW) $(TRIES)
 	@cmake --preset release --log-level=WARNING $(WITH_WINDOW)
 	@cmake --build --preset release --parallel $(JOBS)
 	@ctest --preset release --parallel $(JOBS)
 
 # The same tests with assertions, under AddressSanitizer and UndefinedBehaviorSanitizer, built by clang.
 test-sanitize:
-	@tools/setup.sh $(CLANG) $(WINDOW) $(HANDBOOK)
+	@tools/setup.sh $(CLANG) $(WINDOW) $(TRIES)
 	@cmake --preset sanitize --log-level=WARNING $(WITH_WINDOW)
 	@cmake --build --preset sanitize --parallel $(JOBS)
 	@ctest --preset sanitize --parallel $(JOBS)

@@ -31,6 +31,7 @@ constexpr Part kParts[] = {
     {"jet/relations", "jet/base jet/store jet/index jet/table jet/catalog"},
     {"jet/sql", "jet/base jet/store jet/index jet/table jet/catalog jet/relations"},
     {"jet", "jet/base jet/store jet/index jet/table jet/catalog jet/relations jet/sql"},
+    {"jet/c", "jet jet/base"},
     {"platform", ""},
     {"host", ""},
     {"log", "platform host"},
@@ -58,8 +59,8 @@ const OutsideLibrary kOutsideLibraries[] = {
     {std::regex("expat.*\\.h"), "xml"},
     {std::regex("iconv\\.h"), "platform"},
     {std::regex("archive(_entry)?\\.h"), "source"},
-    // The operating system's own.
-    {std::regex("(sys/.*|[a-z]+)\\.h"), "platform jet/store"},
+    // The operating system's own, and not those of the language C.
+    {std::regex("(sys/.*|(?!std(def|int)\\.)[a-z]+)\\.h"), "platform jet/store"},
 };
 
 /// What asks the operating system by way of the standard library.

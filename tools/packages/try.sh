@@ -20,6 +20,8 @@ files() {
     find / -xdev ! -path '/proc/*' ! -path '/tmp*' ! -path '/var/cache/*' ! -path '/var/lib/dpkg/*' \
         ! -path '/var/lib/apt/*' ! -path '/var/log/*' | sort
 }
+[ ! -e "$(echo /packages/libvelmora-jet-dev*)" ] || apt-get install -y -qq --no-install-recommends gcc g++ pkgconf \
+    >/tmp/install.log 2>&1
 files >/tmp/before
 apt-get install -y -qq --no-install-recommends /packages/*.deb >/tmp/install.log 2>&1 || { cat /tmp/install.log; exit 1; }
 dpkg-query -W -f '${Package} ${Version} ${Status}\n' '*velmora*'
@@ -32,6 +34,11 @@ if command -v velmora-gui >/dev/null; then
     QT_QPA_PLATFORM=offscreen timeout 5 velmora-gui mdb=orders.mdb || status=$?
     echo "velmora-gui was open until it was ended: $([ "$status" = 124 ] && echo yes || echo "no, status $status")"
     [ "$status" = 124 ]
+fi
+examples=/usr/share/doc/libvelmora-jet-dev/examples
+if [ -d $examples ]; then
+    cc $examples/table.c $(pkg-config --cflags --libs velmora_jet) -o table_c && ./table_c c.mdb
+    c++ $examples/table.cpp $(pkg-config --cflags --libs velmora_jet) -o table_cpp && ./table_cpp cpp.mdb
 fi
 
 apt-get purge -y -qq $(dpkg-query -W -f '${Package} ' '*velmora*') >/dev/null 2>&1
