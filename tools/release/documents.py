@@ -43,7 +43,7 @@ def misspelt(root):
     if shutil.which("codespell") is None:
         return
     documents = [*root.glob("*.md"), *root.glob("docs/**/*.md"), root / "src/settings/options.cpp",
-                 root / "data/io.github.velmora.velmora.metainfo.xml", *root.glob("packaging/**/*")]
+                 root / "data/io.github.velmora.velmora.metainfo.xml.in", *root.glob("packaging/**/*")]
     yield from subprocess.run(["codespell", *filter(pathlib.Path.is_file, documents)],
                               stdout=subprocess.PIPE, text=True).stdout.splitlines()
 
