@@ -18,11 +18,13 @@ ButtonRow::ButtonRow(QMenu* jobMenu, QWidget* parent) : QWidget(parent)
                                   tr("The command line that does the same without a window"));
     openDirectory_ =
         MakeTextButton("btnOPEN_DIRECTORY", tr("&Open folder"), tr("Open the folder of the target or the source"));
+    preview_ = MakeTextButton("btnPreview", tr("Pre&view"), tr("Show what a conversion would do, and write nothing"));
     convert_ = MakeTextButton("btnConvert", tr("&Convert"), tr("Convert what is named on the first page (F5)"));
     convert_->setDefault(true);
     quit_ = MakeTextButton("btnQuit", tr("E&xit"), tr("Close the window; while a conversion is running, cancel it"));
     connect(commandLine_, &QPushButton::clicked, this, &ButtonRow::CommandLinePressed);
     connect(openDirectory_, &QPushButton::clicked, this, &ButtonRow::OpenFolderPressed);
+    connect(preview_, &QPushButton::clicked, this, &ButtonRow::PreviewPressed);
     connect(convert_, &QPushButton::clicked, this, &ButtonRow::ConvertPressed);
     connect(quit_, &QPushButton::clicked, this, &ButtonRow::QuitPressed);
 
@@ -31,6 +33,7 @@ ButtonRow::ButtonRow(QMenu* jobMenu, QWidget* parent) : QWidget(parent)
     for (QPushButton* button : {job_, commandLine_, openDirectory_})
         layout->addWidget(button);
     layout->addStretch();
+    layout->addWidget(preview_);
     layout->addWidget(convert_);
     layout->addWidget(quit_);
     Show(RunState::Idle);
@@ -42,9 +45,9 @@ void ButtonRow::Show(RunState state)
     convert_->setText(isIdle ? tr("&Convert") : tr("Working..."));
     quit_->setText(isIdle ? tr("E&xit") : state == RunState::Cancelling ? tr("Cancelling...") : tr("Canc&el"));
     quit_->setEnabled(state != RunState::Cancelling);
-    for (QPushButton* button : {job_, commandLine_, openDirectory_, convert_})
+    for (QPushButton* button : {job_, commandLine_, openDirectory_, preview_, convert_})
         button->setEnabled(isIdle);
-    for (QPushButton* button : {job_, commandLine_, openDirectory_, convert_, quit_})
+    for (QPushButton* button : {job_, commandLine_, openDirectory_, preview_, convert_, quit_})
         button->setAccessibleName(PlainLabel(button->text()));
 }
 

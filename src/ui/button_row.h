@@ -22,6 +22,7 @@ public:
 signals:
     void CommandLinePressed();
     void OpenFolderPressed();
+    void PreviewPressed();
     void ConvertPressed();
     void QuitPressed();
 
@@ -29,6 +30,7 @@ private:
     QPushButton* job_;
     QPushButton* commandLine_;
     QPushButton* openDirectory_;
+    QPushButton* preview_;
     QPushButton* convert_;
     QPushButton* quit_;
 };

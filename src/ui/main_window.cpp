@@ -17,6 +17,7 @@
 #include "ui/mapping_page.h"
 #include "ui/memory.h"
 #include "ui/message_box.h"
+#include "ui/preview_window.h"
 #include "ui/problems.h"
 #include "ui/progress_page.h"
 #include "ui/run_status_bar.h"
@@ -111,6 +112,7 @@ void MainWindow::MakeSurroundings()
     buttons_ = new ButtonRow(jobMenu);
     connect(buttons_, &ButtonRow::CommandLinePressed, this, &MainWindow::btnCommandLine_Click);
     connect(buttons_, &ButtonRow::OpenFolderPressed, this, [this] { PressLauncher("btnOPEN_DIRECTORY"); });
+    connect(buttons_, &ButtonRow::PreviewPressed, this, &MainWindow::btnPreview_Click);
     connect(buttons_, &ButtonRow::ConvertPressed, this, &MainWindow::btnConvert_Click);
     connect(buttons_, &ButtonRow::QuitPressed, this, &MainWindow::btnQuit_Click);
     status_ = new RunStatusBar;
@@ -209,6 +211,15 @@ void MainWindow::btnConvert_Click()
     drawTimer_.start();
 }
 
+void MainWindow::btnPreview_Click()
+{
+    if (conversion_.IsRunning())
+        return;
+    CheckControl& preview = application_.GetJob().controls.chkPreview;
+    beforePreview_ = std::exchange(preview.value, CheckState::Checked);
+    btnConvert_Click();
+}
+
 void MainWindow::Draw()
 {
     if (const auto controls = host_.TakeControls())
@@ -228,6 +239,8 @@ void MainWindow::EndOfRun()
     Controls& controls = application_.GetJob().controls;
     if (beforeWayBack_)
         controls = *std::exchange(beforeWayBack_, std::nullopt);
+    if (beforePreview_)
+        controls.chkPreview.value = *std::exchange(beforePreview_, std::nullopt);
     controls.UpdateEnabled();
     mappingPage_->Redraw();
     Refresh(controls);
@@ -247,14 +260,18 @@ void MainWindow::TellOutcome()
     status_->Tell(RunSummary(outcome, isWayBack, conversion_.Milliseconds(), host_.LastError()));
     status_->OfferLeftOut(outcome.leftOut.values);
     progressPage_->OfferLeftOut(outcome.leftOut.values > 0);
-    if (isWayBack)
+    if (outcome.preview)
+        openResult_ = [this] { ShowPreview(); };
+    else if (isWayBack)
         openResult_ = [this, xml] { FileExists(xml) ? launchers_.OpenFile(xml) : launchers_.OpenFolderOf(xml); };
     else if (!folder.empty())
         openResult_ = [this, folder] { launchers_.OpenFolderOf(folder); };
     else
         openResult_ = [this, database] { Look(QString::fromStdString(database)); };
     const bool hasEndedWell = !outcome.failed && !outcome.cancelled && !outcome.nothingToDo;
-    status_->OfferResult(isWayBack ? hasEndedWell : outcome.convertedFiles > 0);
+    status_->OfferResult(isWayBack ? hasEndedWell : outcome.preview || outcome.convertedFiles > 0);
+    if (outcome.preview && !outcome.cancelled && !closesAtEnd_)
+        ShowPreview();
     if (remembers_) {
         Memory::AddRecentFile("xml", QString::fromStdString(controls.FromUrl() ? "" : controls.txtFILE_XML.text));
         Memory::AddRecentFile("mdb", QString::fromStdString(database));
@@ -279,8 +296,9 @@ void MainWindow::AskWhetherToCancel()
         ShowRunning(true);
         host_.RequestCancel();
     };
-    // The run leaves this control alone.
-    if (application_.GetJob().controls.chkQuiet.Checked()) {
+    // The run leaves these controls alone. Nothing is lost of a preview.
+    const Controls& controls = application_.GetJob().controls;
+    if (controls.chkQuiet.Checked() || controls.chkPreview.Checked()) {
         cancel();
         return;
     }
@@ -359,6 +377,15 @@ void MainWindow::ShowLeftOut()
     if (leftOutWindow_ == nullptr)
         leftOutWindow_ = new LeftOutWindow(this);
     leftOutWindow_->Show(conversion_.Outcome().leftOut);
+}
+
+void MainWindow::ShowPreview()
+{
+    if (previewWindow_ == nullptr)
+        previewWindow_ = new PreviewWindow(this);
+    const RunOutcome& outcome = conversion_.Outcome();
+    previewWindow_->Show(outcome, application_.GetJob().settings,
+                         StatusOf(outcome, application_.MappingLoaded(), true));
 }
 
 void MainWindow::Remember()

@@ -26,6 +26,7 @@ class ControlsForm;
 class ConverterPage;
 class LeftOutWindow;
 class MappingPage;
+class PreviewWindow;
 class ProgressPage;
 class RunStatusBar;
 class StructurePage;
@@ -47,6 +48,8 @@ public:
     /// The buttons "Convert" and "Exit", which is "Cancel" while a run goes on.
     void btnConvert_Click();
     void btnQuit_Click();
+    /// A run that is only tried out, whatever is filled in.
+    void btnPreview_Click();
 
     [[nodiscard]] Application& App() noexcept { return application_; }
     [[nodiscard]] const Conversion& Run() const noexcept { return conversion_; }
@@ -79,6 +82,7 @@ private:
     void Look(const QString& path);
     void WriteAsXml(const QString& database, const QString& xml);
     void ShowLeftOut();
+    void ShowPreview();
     void OpenJob(const QString& path);
 
     WindowHost host_;
@@ -101,10 +105,12 @@ private:
     QMessageBox* cancelQuestion_ = nullptr;
     CommandLineWindow* commandLineWindow_ = nullptr;
     LeftOutWindow* leftOutWindow_ = nullptr;
-    std::function<void()> openResult_;        ///< shows what the last run has written
-    std::optional<Controls> beforeWayBack_{}; ///< what was filled in, while the menu's own run goes on
-    int shownPage_ = 0;                       ///< that the state last asked for
-    bool isCancelling_ = false;               ///< the person has said so, the run has not ended yet
+    PreviewWindow* previewWindow_ = nullptr;
+    std::function<void()> openResult_;          ///< shows what the last run has written
+    std::optional<Controls> beforeWayBack_{};   ///< what was filled in, while the menu's own run goes on
+    std::optional<CheckState> beforePreview_{}; ///< of its check box, while the button's run goes on
+    int shownPage_ = 0;                         ///< that the state last asked for
+    bool isCancelling_ = false;                 ///< the person has said so, the run has not ended yet
     bool closesAtEnd_ = false;
     bool remembers_ = false;
 };

@@ -1,5 +1,6 @@
 #include "ui/run_status_bar.h"
 
+#include "app/exit_status.h"
 #include "ui/text_page.h"
 
 #include <QCoreApplication>
@@ -31,6 +32,11 @@ QString Beginning(const RunOutcome& outcome, const QString& lastError)
 {
     if (outcome.cancelled)
         return Text::tr("Cancelled");
+    if (outcome.preview)
+        return outcome.failed ? Text::tr("A run would end in an error")
+               : StatusOf(outcome, true, true) == ExitStatus::Incomplete
+                   ? Text::tr("A run would leave something behind")
+                   : Text::tr("A run would be complete");
     if (outcome.failed)
         return lastError.isEmpty() ? Text::tr("Ended by an error") : Text::tr("Error %1").arg(lastError);
     return outcome.unreadableFiles > 0 ? Text::tr("Done, with files that could not be read") : Text::tr("Done");

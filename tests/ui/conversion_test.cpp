@@ -1,6 +1,7 @@
 #include "ui/window_fixture.h"
 
 #include <QAction>
+#include <QGraphicsView>
 #include <QInputDialog>
 #include <QLabel>
 #include <QLineEdit>
@@ -42,6 +43,32 @@ TEST_F(WindowTest, ConvertsAndSaysWhatWasDone)
     EXPECT_EQ(State().documentTags, (std::vector<std::string>{"attr_id", "name", "people", "person"}));
     Click("btnOpenResult");
     EXPECT_NE(window.findChild<QWidget*>("frmBrowser"), nullptr);
+}
+
+TEST_F(WindowTest, ShowsWhatAConversionWouldDo)
+{
+    WriteFile(folder / "a.xml", "<people>lost<person id='1'><name>Ann</name></person><person/></people>");
+    window.Form_Load("txt=" + Path("out") + " xml=" + Path("a.xml") + " delimiter=;");
+    for (const bool isSecond : {false, true}) {
+        QSignalSpy ended(&window, &MainWindow::RunEnded);
+        Click("btnPreview");
+        EXPECT_FALSE(IsEnabled("btnPreview") || IsEnabled("btnConvert"));
+        ASSERT_TRUE(ended.wait(kPatience));
+        EXPECT_FALSE(std::filesystem::exists(folder / "out"));
+        EXPECT_TRUE(Get<QLabel>("lblStatus").text().startsWith("A run would leave something behind: 1 file, 2 tables"));
+        EXPECT_TRUE(Get<QWidget>("frmPreview").isVisible());
+        EXPECT_TRUE(
+            Get<QPlainTextEdit>("txtPREVIEW").toPlainText().contains("person, new: 1 record, belongs to people"));
+        EXPECT_GT(Get<QWidget>("frmPreview").findChild<QGraphicsView*>()->scene()->items().size(), 2);
+        EXPECT_TRUE(State().txtFILE_MDB.text.empty());
+        Click("btnClosePreview");
+        if (isSecond) {
+            Click("btnOpenResult");
+            EXPECT_TRUE(Get<QWidget>("frmPreview").isVisible());
+        }
+    }
+    Convert();
+    EXPECT_TRUE(std::filesystem::exists(folder / "out" / "person.txt")) << "the button has left nothing behind";
 }
 
 /// The question comes at once, wherever the run is, and the run stands still while it is open: neither answer depends

@@ -686,6 +686,18 @@
     <context>
         <name>RunSummary</name>
         <message>
+            <source>A run would end in an error</source>
+            <translation>Ein Lauf würde mit einem Fehler enden</translation>
+        </message>
+        <message>
+            <source>A run would leave something behind</source>
+            <translation>Ein Lauf würde etwas zurücklassen</translation>
+        </message>
+        <message>
+            <source>A run would be complete</source>
+            <translation>Ein Lauf wäre vollständig</translation>
+        </message>
+        <message>
             <source>%1 s</source>
             <translation>%1 s</translation>
         </message>
@@ -957,6 +969,14 @@
     </context>
     <context>
         <name>velmora::ButtonRow</name>
+        <message>
+            <source>Pre&amp;view</source>
+            <translation>Vorschau</translation>
+        </message>
+        <message>
+            <source>Show what a conversion would do, and write nothing</source>
+            <translation>Zeigen, was eine Umwandlung täte, und nichts schreiben</translation>
+        </message>
         <message>
             <source>&amp;Job</source>
             <translation>&amp;Job</translation>
@@ -1340,6 +1360,41 @@
         <message>
             <source>Null</source>
             <translation>Null</translation>
+        </message>
+    </context>
+    <context>
+        <name>velmora::PreviewWindow</name>
+        <message>
+            <source>Preview: nothing was written</source>
+            <translation>Vorschau: nichts wurde geschrieben</translation>
+        </message>
+        <message>
+            <source>What a run would do</source>
+            <translation>Was ein Lauf täte</translation>
+        </message>
+        <message>
+            <source>Sho&amp;w all</source>
+            <translation>Alles &amp;zeigen</translation>
+        </message>
+        <message>
+            <source>Show the whole diagram</source>
+            <translation>Das ganze Diagramm zeigen</translation>
+        </message>
+        <message>
+            <source>&amp;Copy</source>
+            <translation>&amp;Kopieren</translation>
+        </message>
+        <message>
+            <source>Copy the selected lines, or all</source>
+            <translation>Die ausgewählten Zeilen kopieren, oder alle</translation>
+        </message>
+        <message>
+            <source>C&amp;lose</source>
+            <translation>&amp;Schließen</translation>
+        </message>
+        <message>
+            <source>Close this window</source>
+            <translation>Dieses Fenster schließen</translation>
         </message>
     </context>
     <context>
