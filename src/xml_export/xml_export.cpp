@@ -37,11 +37,27 @@ void TellOfUnknown(Job& job, const std::vector<std::string>& unknown)
         job.log.Warn("left-out", "and " + std::to_string(unknown.size() - kMostNamed) + " more");
 }
 
+/// What is there already is replaced when a person says so. Throws ExportRefused when nobody does.
+bool MayReplace(Job& job, const std::vector<std::string>& names)
+{
+    const auto isThere = [](const std::string& name) { return FileExists(name); };
+    const auto there = std::find_if(names.begin(), names.end(), isThere);
+    if (there == names.end())
+        return false;
+    const auto more = std::count_if(there + 1, names.end(), isThere);
+    const std::string files =
+        "\"" + *there + "\"" + (more == 0 ? " is" : " and " + std::to_string(more) + " more of its documents are");
+    if (!job.settings.blQuiet &&
+        job.host.Ask(files + " there already.\r\nDo you want to replace what is there?", kCaption, Buttons::YesNoCancel,
+                     Icon::Question, Answer::No) == Answer::Yes)
+        return true;
+    throw ExportRefused("\"" + *there + "\" is there already; +overwrite replaces it");
+}
+
 /// Throws ExportRefused.
 void Export(Job& job, Step& step)
 {
     const std::string& database = job.settings.targetFile;
-    const bool mayReplace = job.settings.blOverwrite;
     step("Open database [" + database + "] for reading");
     DatabaseSession session;
     session.OpenReadOnly(PathFromUtf8(NativePath(database)));
@@ -53,9 +69,7 @@ void Export(Job& job, Step& step)
         throw ExportRefused("the database has no record of a document element");
 
     const std::vector<std::string> names = FileNames(job.settings.xmlFile, roots.size());
-    for (const std::string& name : names)
-        if (!mayReplace && FileExists(name))
-            throw ExportRefused("\"" + name + "\" is there already; +overwrite replaces it");
+    const bool mayReplace = job.settings.blOverwrite || MayReplace(job, names);
     TellOfUnknown(job, plan.unknown);
     std::deque<OutputFile> files;
     for (std::size_t i = 0; i < roots.size(); ++i) {

@@ -228,8 +228,15 @@ TEST(XmlExport, EachRecordOfADocumentElementGivesAFile)
     WriteFile(run.folder / "out_2.xml", "old");
     EXPECT_NE(run.Export().find("out_2.xml\" is there already; +overwrite"), std::string::npos);
     EXPECT_EQ(run.File("out_1.xml"), "no such file");
-    run.job.settings.blOverwrite = true;
+    run.job.settings.blQuiet = false; // somebody can be asked
+    run.host.answers = {Answer::No, Answer::Yes};
+    EXPECT_NE(run.Export(), "");
+    EXPECT_EQ(run.File("out_2.xml"), "old");
     EXPECT_EQ(run.Export(), "");
+    EXPECT_NE(run.host.messages.back().find("out_2.xml\" is there already"), std::string::npos);
+    run.job.settings.blQuiet = run.job.settings.blOverwrite = true;
+    EXPECT_EQ(run.Export(), "");
+    EXPECT_EQ(run.host.messages.size(), 2U);
     EXPECT_EQ(run.File("out.xml"), "old") << "which is none of these";
     EXPECT_EQ(run.File("out_1.xml"), kDeclaration + std::string("<doc/>\n"));
     EXPECT_EQ(run.File("out_2.xml"), kDeclaration + std::string("<doc>\n  <r/>\n</doc>\n"));
