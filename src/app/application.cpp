@@ -8,6 +8,7 @@
 #include "platform/paths.h"
 #include "schema/database_view.h"
 #include "settings/command_line.h"
+#include "source/source.h"
 
 #include <utility>
 
@@ -70,6 +71,8 @@ std::optional<std::string> Application::TakeRefusal()
         return refusal("Not begun, because of +strict: \"" + unknown + "\" is not known");
     if (controls.chkStrict.Checked() && !mappingLoaded_)
         return refusal("Not begun, because of +strict: the file of tag names could not be read");
+    if (controls.txtFILE_XML.text == kStandardInput && !controls.FromUrl() && !job_.host.ReadsStandardInput())
+        return refusal("Standard input (xml=-) is read by velmora without a window");
     const bool recreates = controls.chkRecreateDatabase.Checked();
     const std::string& target = controls.txtFILE_MDB.text;
     if (mistyped.empty() || !controls.txtFILE_EXPORT.text.empty() ||

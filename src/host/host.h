@@ -42,6 +42,8 @@ public:
     virtual void ControlsChanged() = 0;
     /// Whether somebody can look at a document's structure, which costs something to describe.
     [[nodiscard]] virtual bool ShowsStructure() const { return false; }
+    /// Whether a document may come on standard input. A window cannot cancel a wait for it.
+    [[nodiscard]] virtual bool ReadsStandardInput() const { return true; }
 };
 
 } // namespace velmora

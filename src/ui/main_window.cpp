@@ -35,6 +35,7 @@
 #include <QUrl>
 #include <QVBoxLayout>
 
+#include <algorithm>
 #include <utility>
 
 namespace velmora {
@@ -169,6 +170,8 @@ void MainWindow::Form_Load(std::string_view commandLine)
     progressPage_->Clear();
     progressPage_->AddLines(host_.TakeLines());
     Refresh(application_.GetJob().controls);
+    form_->ShowProblems({}); // those of what was filled in before
+    checkTimer_.start();
     converterPage_->FocusFirst();
 }
 
@@ -269,7 +272,12 @@ void MainWindow::TellOutcome()
     else
         openResult_ = [this, database] { Look(QString::fromStdString(database)); };
     const bool hasEndedWell = !outcome.failed && !outcome.cancelled && !outcome.nothingToDo;
-    status_->OfferResult(isWayBack ? hasEndedWell : outcome.preview || outcome.convertedFiles > 0);
+    if (hasEndedWell)
+        progressPage_->ShowDone(host_.Progress());
+    // What a run has saved stays, also when it was cancelled.
+    const bool hasSaved = std::any_of(outcome.tables.begin(), outcome.tables.end(),
+                                      [](const TableReport& table) { return table.records > 0; });
+    status_->OfferResult(isWayBack ? hasEndedWell : outcome.preview || outcome.convertedFiles > 0 || hasSaved);
     if (outcome.preview && !outcome.cancelled && !closesAtEnd_)
         ShowPreview();
     if (remembers_) {
@@ -364,7 +372,7 @@ void MainWindow::WriteAsXml(const QString& database, const QString& xml)
         (controls.*field).text.clear();
     controls.txtFILE_MDB.text = database.toStdString();
     controls.txtFILE_EXPORT.text = xml.toStdString();
-    // The person was asked about that very file; several documents get numbered names, about which nobody was.
+    // The person was asked about that very file; several documents get numbered names, about which the run asks.
     const QFileInfo file(xml);
     const QString numbered = file.path() + '/' + file.completeBaseName() + "_*.xml";
     const bool mayReplace = file.exists() && ListFiles(numbered.toStdString()).empty();

@@ -2,6 +2,7 @@
 
 #include "platform/file_listing.h"
 #include "platform/paths.h"
+#include "source/source.h"
 #include "source/source_list.h"
 
 #include <QCoreApplication>
@@ -44,6 +45,9 @@ std::vector<FieldProblem> FindProblems(const Controls& controls)
     if (!controls.FromUrl() && !xml.empty() && ListSourceFiles(xml).problem)
         add(&Controls::txtFILE_XML, HasWildcards(xml) ? QT_TRANSLATE_NOOP("Problems", "No file matches this")
                                                       : QT_TRANSLATE_NOOP("Problems", "There is no such file"));
+    if (!controls.FromUrl() && xml == kStandardInput)
+        add(&Controls::txtFILE_XML,
+            QT_TRANSLATE_NOOP("Problems", "Standard input is read by velmora without a window: name a file here"));
     const std::string& xmlOut = controls.txtFILE_EXPORT.text;
     if (!xmlOut.empty() && (hasSource || !txt.empty()))
         add(&Controls::txtFILE_EXPORT,

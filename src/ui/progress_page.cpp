@@ -36,6 +36,15 @@ void SetBar(QProgressBar& bar, std::int64_t value, std::int64_t maximum)
     bar.setValue(static_cast<int>(scaled));
 }
 
+QString ReadSoFar(const RunProgress& progress)
+{
+    const QLocale locale;
+    const QString bytes = locale.formattedDataSize(progress.bytes, 1, QLocale::DataSizeSIFormat);
+    const QString total = locale.formattedDataSize(progress.bytesTotal, 1, QLocale::DataSizeSIFormat);
+    return progress.bytesTotal == 0 ? ProgressPage::tr(", %1 read").arg(bytes)
+                                    : ProgressPage::tr(", %1 of %2 read").arg(bytes, total);
+}
+
 QString Duration(std::int64_t milliseconds)
 {
     const std::int64_t seconds = milliseconds / 1000;
@@ -128,6 +137,14 @@ void ProgressPage::ShowProgress(const RunProgress& progress, std::int64_t millis
     time_->setText(milliseconds == 0 ? QString() : TimeLine(progress, milliseconds));
 }
 
+void ProgressPage::ShowDone(const RunProgress& progress)
+{
+    if (progress.records == 0)
+        return;
+    records_->setValue(kScale);
+    recordNumbers_->setText(QLocale().toString(qlonglong{progress.records}));
+}
+
 QString ProgressPage::TimeLine(const RunProgress& progress, std::int64_t milliseconds)
 {
     if (fileAtHand_ != progress.filesDone || progress.records == 0) {
@@ -135,6 +152,8 @@ QString ProgressPage::TimeLine(const RunProgress& progress, std::int64_t millise
         importBegin_ = milliseconds;
     }
     QString line = tr("%1 elapsed").arg(Duration(milliseconds));
+    if (progress.records == 0 && progress.bytes > 0)
+        line += ReadSoFar(progress);
     const std::int64_t left = progress.recordsTotal - progress.records;
     const std::int64_t spent = milliseconds - importBegin_;
     if (progress.records > 0 && left > 0 && spent > 500)

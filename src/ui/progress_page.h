@@ -23,6 +23,8 @@ public:
 
     /// Draws how far a run is that was begun `milliseconds` ago.
     void ShowProgress(const RunProgress& progress, std::int64_t milliseconds);
+    /// The run has come to a good end: how many records there would be was an estimate.
+    void ShowDone(const RunProgress& progress);
     /// Puts lines, the oldest first, in front of the others.
     void AddLines(const QStringList& lines);
     void Clear();

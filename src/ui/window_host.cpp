@@ -107,27 +107,35 @@ void WindowHost::Reset()
     const std::lock_guard lock(mutex_);
     paused_ = cancelRequested_ = false;
     attention_ = false;
-    files_ = filesDone_ = records_ = recordsTotal_ = 0;
+    files_ = filesDone_ = records_ = recordsTotal_ = bytes_ = bytesTotal_ = 0;
     lines_.clear();
     controls_.reset();
     lastError_.clear();
 }
 
+std::atomic<std::int64_t>& WindowHost::TotalOf(ProgressBarId bar)
+{
+    return bar == ProgressBarId::Files ? files_ : bar == ProgressBarId::Records ? recordsTotal_ : bytesTotal_;
+}
+
+std::atomic<std::int64_t>& WindowHost::ValueOf(ProgressBarId bar)
+{
+    return bar == ProgressBarId::Files ? filesDone_ : bar == ProgressBarId::Records ? records_ : bytes_;
+}
+
 void WindowHost::SetProgressRange(ProgressBarId bar, std::int64_t maximum)
 {
-    if (bar != ProgressBarId::Bytes)
-        (bar == ProgressBarId::Files ? files_ : recordsTotal_).store(maximum, std::memory_order_relaxed);
+    TotalOf(bar).store(maximum, std::memory_order_relaxed);
 }
 
 void WindowHost::SetProgress(ProgressBarId bar, std::int64_t value)
 {
-    if (bar != ProgressBarId::Bytes)
-        (bar == ProgressBarId::Files ? filesDone_ : records_).store(value, std::memory_order_relaxed);
+    ValueOf(bar).store(value, std::memory_order_relaxed);
 }
 
 RunProgress WindowHost::Progress() const
 {
-    return {files_, filesDone_, records_, recordsTotal_};
+    return {files_, filesDone_, records_, recordsTotal_, bytes_, bytesTotal_};
 }
 
 void WindowHost::ProtocolLineAdded(std::string_view line)

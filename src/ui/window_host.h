@@ -21,6 +21,7 @@ namespace velmora {
 struct RunProgress {
     std::int64_t files = 0, filesDone = 0;
     std::int64_t records = 0, recordsTotal = 0;
+    std::int64_t bytes = 0, bytesTotal = 0; ///< of the document that is being read; a total of 0 is not known
 };
 
 /// The window's side of a run that goes on in a thread of its own. What the run reports is laid down here, and the
@@ -59,6 +60,7 @@ public:
     void WriteResult(std::string_view text) override;
     void ControlsChanged() override;
     [[nodiscard]] bool ShowsStructure() const override { return true; }
+    [[nodiscard]] bool ReadsStandardInput() const override { return false; }
 
     // The window's side.
 
@@ -79,6 +81,8 @@ public:
 
 private:
     void Attend();
+    [[nodiscard]] std::atomic<std::int64_t>& TotalOf(ProgressBarId bar);
+    [[nodiscard]] std::atomic<std::int64_t>& ValueOf(ProgressBarId bar);
     /// Runs `action` in the window's thread and waits for it.
     void InWindow(const std::function<void()>& action);
 
@@ -93,7 +97,7 @@ private:
     bool cancelRequested_ = false;
     bool isCancelling_ = false; ///< used by the run's thread only
 
-    std::atomic<std::int64_t> files_ = 0, filesDone_ = 0, records_ = 0, recordsTotal_ = 0;
+    std::atomic<std::int64_t> files_ = 0, filesDone_ = 0, records_ = 0, recordsTotal_ = 0, bytes_ = 0, bytesTotal_ = 0;
     QStringList lines_;
     std::optional<Controls> controls_;
     QString lastError_;

@@ -1,3 +1,4 @@
+#include "ui/progress_page.h"
 #include "ui/window_fixture.h"
 
 #include <QAction>
@@ -8,6 +9,7 @@
 #include <QMenu>
 #include <QMessageBox>
 #include <QPlainTextEdit>
+#include <QProgressBar>
 #include <QPushButton>
 #include <QSignalSpy>
 #include <QTabWidget>
@@ -39,6 +41,8 @@ TEST_F(WindowTest, ConvertsAndSaysWhatWasDone)
     EXPECT_TRUE(Get<QLabel>("lblStatus").text().startsWith("Done: 1 file, 2 tables, 3 records"))
         << Get<QLabel>("lblStatus").text().toStdString();
     EXPECT_TRUE(Protocol().section('\n', 0, 0).endsWith("Done")) << "the newest line comes first";
+    EXPECT_TRUE(Protocol().contains("Approx. 4 records")) << "an estimate, of which 2 have come";
+    EXPECT_EQ(Get<QProgressBar>("ProgressBar").value(), Get<QProgressBar>("ProgressBar").maximum());
     EXPECT_TRUE(Get<QPlainTextEdit>("txtXML").toPlainText().contains("//people/person/name"));
     EXPECT_EQ(State().documentTags, (std::vector<std::string>{"attr_id", "name", "people", "person"}));
     Click("btnOpenResult");
@@ -69,6 +73,30 @@ TEST_F(WindowTest, ShowsWhatAConversionWouldDo)
     }
     Convert();
     EXPECT_TRUE(std::filesystem::exists(folder / "out" / "person.txt")) << "the button has left nothing behind";
+}
+
+TEST_F(WindowTest, DoesNotWaitForStandardInput)
+{
+    window.Form_Load("xml=- mdb=" + Path("a.mdb"));
+    Convert();
+    EXPECT_TRUE(Protocol().contains("Standard input (xml=-) is read by velmora without a window"));
+    EXPECT_TRUE(Get<QLabel>("lblStatus").text().startsWith("Nothing was converted"));
+}
+
+TEST_F(WindowTest, TellsHowMuchIsRead)
+{
+    WindowHost host(window);
+    auto& page = *window.findChild<ProgressPage*>();
+    const auto shown = [&](std::int64_t total) {
+        host.SetProgressRange(ProgressBarId::Bytes, total);
+        page.ShowProgress(host.Progress(), 3'000);
+        return Get<QLabel>("lblTime").text().toStdString();
+    };
+    host.SetProgress(ProgressBarId::Bytes, 5'000'000);
+    EXPECT_EQ(shown(10'000'000), "00:03 elapsed, 5.0 MB of 10.0 MB read");
+    EXPECT_EQ(shown(0), "00:03 elapsed, 5.0 MB read");
+    host.SetProgress(ProgressBarId::Records, 1);
+    EXPECT_EQ(shown(10'000'000), "00:03 elapsed");
 }
 
 /// The question comes at once, wherever the run is, and the run stands still while it is open: neither answer depends

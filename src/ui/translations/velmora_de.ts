@@ -561,6 +561,10 @@
     <context>
         <name>Problems</name>
         <message>
+            <source>Standard input is read by velmora without a window: name a file here</source>
+            <translation>Die Standardeingabe liest velmora ohne Fenster: hier eine Datei nennen</translation>
+        </message>
+        <message>
             <source>No file matches this</source>
             <translation>Keine Datei passt dazu</translation>
         </message>
@@ -1454,6 +1458,14 @@
         <message>
             <source>, about %1 left for this file</source>
             <translation>, noch etwa %1 für diese Datei</translation>
+        </message>
+        <message>
+            <source>, %1 read</source>
+            <translation>, %1 gelesen</translation>
+        </message>
+        <message>
+            <source>, %1 of %2 read</source>
+            <translation>, %1 von %2 gelesen</translation>
         </message>
     </context>
     <context>
