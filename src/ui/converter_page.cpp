@@ -75,6 +75,8 @@ ConverterPage::ConverterPage(ControlsForm& form, QWidget* parent) : QWidget(pare
     scroll->setFrameShape(QFrame::NoFrame);
     scroll->setWidgetResizable(true);
     scroll->setWidget(content);
+    for (QWidget* widget : {scroll->viewport(), content}) // what lies behind shows, as on the other pages
+        widget->setAutoFillBackground(false);
     scroll->setFocusPolicy(Qt::NoFocus);
     scroll->setMinimumWidth(content->minimumSizeHint().width() + scroll->verticalScrollBar()->sizeHint().width());
     content_ = content;
@@ -136,7 +138,6 @@ QWidget* ConverterPage::MakeLocalSource(ControlsForm& form)
     grid->addWidget(MakeRenameCodes(*renamed), row, kFieldColumn + 1, 1, -1);
     auto* hint = new QLabel(tr("After sucessfull conversion of XML file this file will be renamed"));
     hint->setWordWrap(true);
-    hint->setEnabled(false);
     grid->addWidget(hint, grid->rowCount(), kFieldColumn, 1, -1);
     grid->setRowStretch(grid->rowCount(), 1);
     return page;

@@ -18,6 +18,9 @@ namespace velmora {
 
 namespace {
 
+constexpr int kPath = 0;
+constexpr int kExample = 3;
+
 QString Text(std::string_view text)
 {
     return QString::fromUtf8(text.data(), static_cast<qsizetype>(text.size()));
@@ -114,7 +117,7 @@ void LeftOutWindow::Show(const LossSummary& summary)
     }
     table_->resizeColumnsToContents();
     const int widest = width() / 3;
-    for (int column = 0; column < table_->columnCount(); ++column)
+    for (const int column : {kPath, kExample}) // which the document makes as long as it likes
         table_->setColumnWidth(column, std::min(table_->columnWidth(column), widest));
     show();
     activateWindow();

@@ -6,6 +6,7 @@
 #include <QCoreApplication>
 #include <QLabel>
 #include <QLocale>
+#include <QPainter>
 #include <QPushButton>
 
 namespace velmora {
@@ -42,6 +43,17 @@ QString Beginning(const RunOutcome& outcome, const QString& lastError)
     return outcome.unreadableFiles > 0 ? Text::tr("Done, with files that could not be read") : Text::tr("Done");
 }
 
+/// Ends in an ellipsis when it has not room enough.
+class ElidedLabel : public QLabel {
+protected:
+    void paintEvent(QPaintEvent* /*event*/) override
+    {
+        const QRect room = contentsRect().adjusted(indent(), 0, 0, 0);
+        QPainter(this).drawText(room, Qt::AlignLeft | Qt::AlignVCenter,
+                                fontMetrics().elidedText(text(), Qt::ElideRight, room.width()));
+    }
+};
+
 } // namespace
 
 QString RunSummary(const RunOutcome& outcome, bool wroteXml, std::int64_t milliseconds, const QString& lastError)
@@ -67,7 +79,7 @@ QString RunSummary(const RunOutcome& outcome, bool wroteXml, std::int64_t millis
 
 RunStatusBar::RunStatusBar(QWidget* parent) : QStatusBar(parent)
 {
-    text_ = new QLabel;
+    text_ = new ElidedLabel;
     text_->setObjectName("lblStatus");
     text_->setTextFormat(Qt::PlainText);
     text_->setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Preferred); // a long text does not widen the window

@@ -121,6 +121,7 @@ QWidget* BrowserWindow::MakeTableList()
 {
     tables_ = MakeList("tblTables", tr("Tables"), {tr("Table"), tr("Rows")});
     tables_->setSelectionMode(QAbstractItemView::SingleSelection);
+    tables_->horizontalHeader()->setHighlightSections(false);
     tables_->horizontalHeader()->setSectionResizeMode(0, QHeaderView::Stretch);
     tables_->horizontalHeader()->setSectionResizeMode(1, QHeaderView::ResizeToContents);
     connect(tables_, &QTableWidget::currentCellChanged, this, [this](int row) { ShowTable(row); });
@@ -181,7 +182,10 @@ QWidget* BrowserWindow::MakeColumnsPage()
 {
     columns_ = MakeList("tblColumns", tr("Columns"), {tr("Column"), tr("Type"), tr("Required"), tr("Key")});
     columns_->horizontalHeader()->setStretchLastSection(true);
-    return columns_;
+    auto* page = new QWidget;
+    auto* column = new QVBoxLayout(page);
+    column->addWidget(columns_);
+    return page;
 }
 
 QWidget* BrowserWindow::MakeDiagramPage()
