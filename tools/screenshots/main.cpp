@@ -3,7 +3,6 @@
 // LANG.
 
 #include "ui/browser/browser_window.h"
-#include "ui/browser/diagram.h"
 #include "ui/main_window.h"
 #include "ui/resources.h"
 
@@ -67,8 +66,6 @@ public:
         for (int page = 0; page < pages.count(); ++page) {
             pages.setCurrentIndex(page);
             QApplication::processEvents();
-            if (auto* diagram = window.findChild<Diagram*>())
-                diagram->ShowAll();
             Take(window, what + QString::number(page + 1));
         }
         pages.setCurrentIndex(0);
@@ -101,6 +98,15 @@ public:
         photographer_.Take(window_, "more");
         Press("btnMore");
         window_.resize(size);
+        Load("url=https://example.org/orders.xml auth=me pwd=secret");
+        photographer_.Take(window_, "url");
+        Load("xml=\"" + xml_ + "\" mdb=\"" + folder_ + "/orders.mdb\"");
+        hasEnded_ = false;
+        Press("btnPreview");
+        WaitFor([this] { return hasEnded_; });
+        auto& preview = *window_.findChild<QWidget*>("frmPreview");
+        photographer_.Take(preview, "preview");
+        preview.close();
     }
     void PhotographDone()
     {

@@ -13,11 +13,13 @@
 
 #include <algorithm>
 #include <cmath>
+#include <utility>
 
 namespace velmora {
 
 namespace {
 
+constexpr double kSmallestToRead = 0.4; // times the size that letters have
 constexpr double kMargin = 8;
 constexpr double kMaxImageSide = 16000; // pixels; what programs that show pictures still take
 constexpr std::size_t kMaxShownColumns = 40;
@@ -135,6 +137,25 @@ void Diagram::Show(const DatabaseContents& contents)
     for (const DatabaseContents::Relation& relation : contents.relations)
         AddLine(relation, contents, boxes);
     scene()->setSceneRect(scene()->itemsBoundingRect().adjusted(-20, -20, 20, 20));
+    isSeen_ = isVisible();
+    if (isSeen_)
+        ShowFirst();
+}
+
+/// All of it, unless that could not be read.
+void Diagram::ShowFirst()
+{
+    ShowAll();
+    if (transform().m11() < kSmallestToRead)
+        resetTransform();
+}
+
+/// Only now it is known how much room there is.
+void Diagram::showEvent(QShowEvent* event)
+{
+    QGraphicsView::showEvent(event);
+    if (!std::exchange(isSeen_, true))
+        ShowFirst();
 }
 
 void Diagram::ShowAll()

@@ -21,13 +21,17 @@ public:
 
 protected:
     void wheelEvent(QWheelEvent* event) override;
+    void showEvent(QShowEvent* event) override;
 
 private:
+    void ShowFirst();
     void AddBox(const DatabaseContents::Table& table, const QRectF& box);
     void AddLine(const DatabaseContents::Relation& relation, const DatabaseContents& contents,
                  const std::vector<QRectF>& boxes);
     [[nodiscard]] QSizeF SizeOf(const DatabaseContents::Table& table) const;
     [[nodiscard]] double LineHeight() const;
+
+    bool isSeen_ = false; ///< as it is now
 };
 
 } // namespace velmora
