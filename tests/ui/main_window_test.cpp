@@ -165,6 +165,48 @@ TEST_F(WindowTest, ShowsTheConsoleProgramsCommandLineAndHidesThePassword)
     EXPECT_NE(shown().find("xml=\"b.xml\""), std::string::npos) << "it follows the window";
 }
 
+/// Every text two fifths longer, as other languages have it.
+class LongLanguage : public QTranslator {
+public:
+    [[nodiscard]] bool isEmpty() const override { return false; }
+    [[nodiscard]] QString translate(const char* /*context*/, const char* text, const char* /*comment*/,
+                                    int /*count*/) const override
+    {
+        const QString english = QString::fromUtf8(text);
+        return english + QString(english.size() * 2 / 5 + 1, 'm');
+    }
+};
+
+TEST(Translation, LongerTextsAreNotCut)
+{
+    const int width = MainWindow().minimumSizeHint().width();
+    LongLanguage language;
+    QCoreApplication::installTranslator(&language);
+    {
+        MainWindow window;
+        window.Form_Load("");
+        window.show();
+        window.findChild<QAbstractButton*>("btnMore")->click();
+        window.resize(window.minimumSizeHint());
+        EXPECT_GT(window.width(), width);
+        EXPECT_LE(window.width(), width * 7 / 4);
+        auto& tabs = *window.findChild<QTabWidget*>("tabMain");
+        for (int page = 0; page < tabs.count(); ++page) {
+            tabs.setCurrentIndex(page);
+            QCoreApplication::processEvents();
+            for (QWidget* widget : window.findChildren<QWidget*>()) {
+                const auto* label = qobject_cast<QLabel*>(widget);
+                const auto* button = qobject_cast<QAbstractButton*>(widget);
+                const QString text = label != nullptr ? label->text() : button != nullptr ? button->text() : "";
+                const bool mayBeCut = widget->objectName() == "lblStatus" || (label != nullptr && label->wordWrap());
+                if (widget->isVisible() && !mayBeCut && !text.isEmpty())
+                    EXPECT_GE(widget->width(), widget->sizeHint().width()) << text.toStdString() << " on page " << page;
+            }
+        }
+    }
+    QCoreApplication::removeTranslator(&language);
+}
+
 TEST(Translation, GermanIsWholeAndHasItsOwnLetters)
 {
     QTranslator german;
