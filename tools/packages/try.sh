@@ -6,7 +6,7 @@ set -eu
 
 packages=$(cd "$1" && pwd)
 root=$(mktemp -d)
-trap 'umount -q "$root/proc" 2>/dev/null || true; rm -rf "$root"' EXIT
+trap 'umount -q "$root/proc" 2>/dev/null || true; rm -rf --one-file-system "$root"' EXIT
 mmdebstrap --quiet --variant=apt --skip=cleanup/apt bookworm "$root" \
     "$(find /etc/apt/sources.list.d -name '*.sources' | head -1 | grep . || echo /etc/apt/sources.list)"
 cp -r "$packages" "$root/packages"
