@@ -57,8 +57,9 @@ TEST(CFace, GivesBackWhatWasStoredInEveryType)
             Table table = database.OpenTable("t");
             ASSERT_TRUE(table.Next());
             EXPECT_EQ(table.Text(1), c.read);
-            if (c.number)
+            if (c.number) {
                 EXPECT_EQ(table.Number(1), c.number);
+            }
             EXPECT_EQ(table.Text(2), std::nullopt);
             EXPECT_EQ(table.Number(2), std::nullopt);
             EXPECT_FALSE(table.Next());
