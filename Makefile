@@ -111,10 +111,11 @@ fuzz:
 	@cmake --build --preset sanitize --parallel $(JOBS) --target fuzz
 	@fuzz/run.sh build/sanitize $(FUZZ_SECONDS) $(JOBS)
 
-# CPU time and memory of a conversion beside its floor; thousands of small files; the engine's inserts beside SQLite's; opening a large database.
+# Conversions of seven shapes of document beside their floor and beside SQLite; thousands of small files; the engine by itself.
 bench: build
-	@cmake --build --preset release --parallel $(JOBS) --target bench_floor bench_engine
-	@python3 bench/run.py --program $(PROGRAM) --floor build/release/bench/bench_floor --data build/bench; \
+	@cmake --build --preset release --parallel $(JOBS) --target bench_floor bench_same_rows bench_engine
+	@python3 bench/run.py --program $(PROGRAM) --floor build/release/bench/bench_floor \
+	    --same-rows build/release/bench/bench_same_rows --data build/bench; \
 	    conversion=$$?; \
 	    python3 bench/files.py --program $(PROGRAM) --data build/bench; files=$$?; \
 	    python3 bench/engine.py --program build/release/bench/bench_engine --data build/bench && \

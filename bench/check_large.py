@@ -44,7 +44,7 @@ def rows(mdb, table):
 
 def hundred_megabytes(options, verdict):
     xml, mdb = (os.path.join(options.data, f"orders-100.{ending}") for ending in ("xml", "mdb"))
-    subprocess.run([sys.executable, os.path.join(HERE, "make_input.py"), "100", xml], check=True)
+    subprocess.run([sys.executable, os.path.join(HERE, "make_input.py"), "orders", "100", xml], check=True)
     done = require(convert(options.program, xml, mdb), {0}, "100 MB")
     counted = run([sys.executable, os.path.join(HERE, "check_counts.py"), xml, mdb])
     print(counted.output, end="")

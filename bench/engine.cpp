@@ -3,22 +3,21 @@
 //   bench_engine insert ENGINE KEY ROWS FILE   makes FILE anew and inserts ROWS rows, with an index on the counter and
 //                                              one on KEY, "long" or "text"; ENGINE is jet3, jet4 or sqlite
 //   bench_engine nulls ENGINE ROWS FILE        makes FILE anew, with 1,500 rows of one foreign key and then ROWS of
-//   none bench_engine fill MEGABYTES FILE           makes a database (Jet 4) of that size bench_engine open FILE opens
-//   it and reads one row
+//                                              none
+//   bench_engine fill MEGABYTES FILE           makes a database (Jet 4) of that size
+//   bench_engine open FILE                     opens it and reads one row
 //
 // Prints the seconds that it took: CPU time, then wall time; making the file and process start do not count.
 #include "jet/base/error.h"
 #include "jet/connection.h"
+#include "measured_sqlite.h"
 
 #include <charconv>
-#include <chrono>
 #include <cstdint>
 #include <cstdio>
 #include <cstdlib>
-#include <ctime>
 #include <filesystem>
 #include <memory>
-#include <sqlite3.h>
 #include <stdexcept>
 #include <string>
 #include <string_view>
@@ -90,67 +89,29 @@ private:
 
 class SqliteTarget final : public Target {
 public:
-    SqliteTarget(const std::filesystem::path& path, const std::string& key)
-    {
-        Check(sqlite3_open(path.c_str(), &database_));
-        Execute("PRAGMA journal_mode = OFF");
-        Execute("PRAGMA synchronous = OFF");
-        Execute("PRAGMA cache_size = -65536"); // KiB: as much as the other engine takes
-        Execute("CREATE TABLE item (PKEY INTEGER PRIMARY KEY, FKEY INTEGER, code TEXT, city TEXT, remark TEXT)");
-        Execute("CREATE INDEX item_KEY ON item (" + key + ")");
-        Check(sqlite3_prepare_v2(database_, "INSERT INTO item (FKEY, code, city, remark) VALUES (?, ?, ?, ?)", -1,
-                                 &insert_, nullptr));
-        Execute("BEGIN");
-    }
-    ~SqliteTarget() override
-    {
-        sqlite3_finalize(insert_);
-        sqlite3_close(database_);
-    }
-    SqliteTarget(const SqliteTarget&) = delete;
-    SqliteTarget& operator=(const SqliteTarget&) = delete;
+    SqliteTarget(const std::filesystem::path& path, const std::string& key) : database_(path), insert_(Make(key)) {}
 
     void Insert(const Row& row) override
     {
-        sqlite3_bind_int(insert_, 1, row.foreignKey);
-        Bind(2, row.code);
-        Bind(3, row.city);
-        Bind(4, row.remark);
-        if (sqlite3_step(insert_) != SQLITE_DONE)
-            Check(SQLITE_ERROR);
-        Check(sqlite3_reset(insert_));
+        insert_.Bind(1, row.foreignKey);
+        insert_.Bind(2, row.code);
+        insert_.Bind(3, row.city);
+        insert_.Bind(4, row.remark);
+        insert_.Run();
     }
-    void Commit() override { Execute("COMMIT"); }
+    void Commit() override { database_.Execute("COMMIT"); }
 
 private:
-    void Check(int result) const
+    bench::Sqlite::Insert Make(const std::string& key)
     {
-        if (result != SQLITE_OK)
-            throw std::runtime_error(sqlite3_errmsg(database_));
-    }
-    void Execute(const std::string& sql) { Check(sqlite3_exec(database_, sql.c_str(), nullptr, nullptr, nullptr)); }
-    void Bind(int parameter, std::string_view text)
-    {
-        Check(sqlite3_bind_text(insert_, parameter, text.data(), static_cast<int>(text.size()), SQLITE_STATIC));
+        database_.Execute(
+            "CREATE TABLE item (PKEY INTEGER PRIMARY KEY, FKEY INTEGER, code TEXT, city TEXT, remark TEXT)");
+        database_.Execute("CREATE INDEX item_KEY ON item (" + key + ")");
+        return {database_, "INSERT INTO item (FKEY, code, city, remark) VALUES (?, ?, ?, ?)"};
     }
 
-    sqlite3* database_ = nullptr;
-    sqlite3_stmt* insert_ = nullptr;
-};
-
-/// Measures from its making on.
-class Stopwatch {
-public:
-    void Print() const
-    {
-        const double cpu = static_cast<double>(std::clock() - cpuBegin_) / CLOCKS_PER_SEC;
-        const std::chrono::duration<double> wall = std::chrono::steady_clock::now() - wallBegin_;
-        std::printf("%.6f %.6f\n", cpu, wall.count());
-    }
-
-private:
-    std::clock_t cpuBegin_ = std::clock();
-    std::chrono::steady_clock::time_point wallBegin_ = std::chrono::steady_clock::now();
+    bench::Sqlite database_;
+    bench::Sqlite::Insert insert_;
 };
 
 std::unique_ptr<Target> MakeTarget(std::string_view engine, std::string_view key, const std::filesystem::path& path)
@@ -165,7 +126,7 @@ std::unique_ptr<Target> MakeTarget(std::string_view engine, std::string_view key
 void Insert(std::string_view engine, std::string_view key, std::uint32_t rows, const std::filesystem::path& path)
 {
     const std::unique_ptr<Target> target = MakeTarget(engine, key, path);
-    const Stopwatch watch;
+    const bench::Stopwatch watch;
     for (std::uint32_t number = 0; number < rows; ++number)
         target->Insert(Row(number));
     target->Commit();
@@ -177,7 +138,7 @@ void InsertNulls(std::string_view engine, std::uint32_t rows, const std::filesys
 {
     constexpr std::uint32_t kEqualKeys = 1500;
     const std::unique_ptr<Target> target = MakeTarget(engine, "long", path);
-    const Stopwatch watch;
+    const bench::Stopwatch watch;
     for (std::uint32_t number = 0; number < kEqualKeys + rows; ++number) {
         Row row(number);
         row.foreignKey = number < kEqualKeys ? 1 : 0;
@@ -190,7 +151,7 @@ void InsertNulls(std::string_view engine, std::uint32_t rows, const std::filesys
 void Fill(std::uint64_t megabytes, const std::filesystem::path& path)
 {
     constexpr std::uint64_t kCommitBytes = 64'000'000;
-    const Stopwatch watch;
+    const bench::Stopwatch watch;
     std::filesystem::remove(path);
     const std::unique_ptr<jet::Connection> connection = jet::Connection::Create(path, jet::JetVersion::Jet4);
     connection->Execute("CREATE TABLE [page] ([PKEY] Counter NOT NULL, [title] Text(50), [body] Longtext)");
@@ -213,7 +174,7 @@ void Fill(std::uint64_t megabytes, const std::filesystem::path& path)
 
 void Open(const std::filesystem::path& path)
 {
-    const Stopwatch watch;
+    const bench::Stopwatch watch;
     const std::unique_ptr<jet::Connection> connection = jet::Connection::Open(path);
     jet::Recordset records = connection->OpenTable("page");
     if (records.Eof() || jet::IsNull(records.Get(2)))

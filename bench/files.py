@@ -44,13 +44,16 @@ def milliseconds_per_file(options, count, texts):
     make_files(sources, count)
     exported = os.path.join(options.data, "files-txt")
     extra = [f"txt={exported}", "delimiter=;", "+append"] if texts else []
-    best = None
+    mdb = os.path.join(options.data, "files.mdb")
+    runs = []
     for _ in range(options.repeat):
         shutil.rmtree(exported, ignore_errors=True)
-        measured = require(convert(options.program, os.path.join(sources, "*.xml"),
-                                   os.path.join(options.data, "files.mdb"), *extra), {0}, f"{count} files")
-        best = min(best or measured.cpu_seconds, measured.cpu_seconds)
+        runs.append(require(convert(options.program, os.path.join(sources, "*.xml"), mdb, *extra), {0},
+                            f"{count} files"))
     shutil.rmtree(exported, ignore_errors=True)
+    best = min(run.cpu_seconds for run in runs)
+    print(f"      {count} files: {best:.3f} s CPU, {min(run.wall_seconds for run in runs):.3f} s wall, peak "
+          f"{max(run.peak_mb for run in runs):.1f} MB, output {os.path.getsize(mdb) / 1e6:.1f} MB", flush=True)
     return 1000 * best / count
 
 

@@ -1,9 +1,17 @@
 #!/usr/bin/env python3
-"""Writes the benchmark's document: orders with attributes, nested records, repeated leaves and texts.
+"""Writes a document of the benchmark.
 
-usage: make_input.py MEGABYTES FILE
+usage: make_input.py SHAPE MEGABYTES FILE
 
-The same size always gives the same bytes. check_counts.py knows the shape by heart; change both together.
+orders  records with attributes, nested records, a repeated leaf, texts
+flat    one table of nine columns
+deep    one tag nested 24 deep
+memo    long texts
+wide    200 columns
+attrs   nearly all attributes
+mixed   mixed content with references over 180 tables
+
+The same shape and size always give the same bytes. check_counts.py knows the orders by heart; change both together.
 """
 import sys
 
@@ -47,18 +55,53 @@ def order(number, numbers):
     return "".join(parts)
 
 
+def flat(_number, numbers):
+    texts = "".join(f"<f{i}>{sentence(numbers, 2)}</f{i}>" for i in range(8))
+    return f"<rec>{texts}<n>{numbers.below(1000000)}</n></rec>\n"
+
+
+def deep(_number, numbers):
+    levels = 24
+    return "".join(f"<part><id>{numbers.below(1000000)}</id>" for _ in range(levels)) + "</part>" * levels + "\n"
+
+
+def memo(_number, numbers):
+    return f"<note><title>{sentence(numbers, 4)}</title><body>{sentence(numbers, 300)}</body></note>\n"
+
+
+def wide(_number, numbers):
+    return "<w>" + "".join(f"<c{i}>{numbers.below(100000)}</c{i}>" for i in range(200)) + "</w>\n"
+
+
+def attrs(_number, numbers):
+    return "<a " + " ".join(f'k{i}="{sentence(numbers, 1)}{numbers.below(1000)}"' for i in range(12)) + "/>\n"
+
+
+def mixed(number, numbers):
+    table = numbers.below(180)
+    return (f'<t{table} id="{number}"><name>{sentence(numbers, 2)}</name><desc>{sentence(numbers, 3)} '
+            f"<b>{sentence(numbers, 1)}</b> {sentence(numbers, 2)}</desc><ref to=\"{1 + numbers.below(number)}\"/>"
+            f"<x>{numbers.below(100)}</x><x>{sentence(numbers, 1)}</x></t{table}>\n")
+
+
+# Name: document element with its attributes, and what makes one record of a number that counts up from 1.
+SHAPES = {"orders": ('orders shop="Harbour Street"', order)} | {
+    shape.__name__: ("doc", shape) for shape in (flat, deep, memo, wide, attrs, mixed)}
+
+
 def main():
-    if len(sys.argv) != 3:
+    if len(sys.argv) != 4 or sys.argv[1] not in SHAPES:
         sys.exit(__doc__)
-    wanted = int(float(sys.argv[1]) * 1_000_000)
+    root, record = SHAPES[sys.argv[1]]
+    wanted = int(float(sys.argv[2]) * 1_000_000)
     numbers = Numbers(20240305)
-    with open(sys.argv[2], "wb") as file:
-        written = file.write(b'<?xml version="1.0" encoding="UTF-8"?>\n<orders shop="Harbour Street">\n')
+    with open(sys.argv[3], "wb") as file:
+        written = file.write(f'<?xml version="1.0" encoding="UTF-8"?>\n<{root}>\n'.encode())
         number = 0
         while written < wanted:
             number += 1
-            written += file.write(order(number, numbers).encode("utf-8"))
-        file.write(b"</orders>\n")
+            written += file.write(record(number, numbers).encode("utf-8"))
+        file.write(f"</{root.split()[0]}>\n".encode())
 
 
 if __name__ == "__main__":

@@ -21,7 +21,7 @@ TEST(Scale, RowsAndCharactersAgreeWithAnIndependentCount)
     const TempFolder temp;
     const std::string xml = (temp / "in.xml").string();
     const std::string mdb = (temp / "out.mdb").string();
-    ASSERT_EQ(RunProcess({"python3", VELMORA_BENCH_FOLDER "/make_input.py", "1", xml}).status, 0);
+    ASSERT_EQ(RunProcess({"python3", VELMORA_BENCH_FOLDER "/make_input.py", "orders", "1", xml}).status, 0);
     const Converted converted(xml, mdb);
     ASSERT_EQ(converted.run.status, 0) << converted.Report();
     const ProcessResult counted = RunProcess({"python3", VELMORA_BENCH_FOLDER "/check_counts.py", xml, mdb});
