@@ -23,6 +23,7 @@
 #include "ui/run_status_bar.h"
 #include "ui/structure_page.h"
 
+#include <QApplication>
 #include <QCloseEvent>
 #include <QDragEnterEvent>
 #include <QDropEvent>
@@ -248,6 +249,7 @@ void MainWindow::EndOfRun()
     mappingPage_->Redraw();
     Refresh(controls);
     checkTimer_.start();
+    QApplication::alert(this); // to whoever has turned to another window meanwhile
     emit RunEnded();
     if (closesAtEnd_)
         close();
