@@ -199,8 +199,9 @@ TEST(Translation, LongerTextsAreNotCut)
                 const auto* button = qobject_cast<QAbstractButton*>(widget);
                 const QString text = label != nullptr ? label->text() : button != nullptr ? button->text() : "";
                 const bool mayBeCut = widget->objectName() == "lblStatus" || (label != nullptr && label->wordWrap());
-                if (widget->isVisible() && !mayBeCut && !text.isEmpty())
+                if (widget->isVisible() && !mayBeCut && !text.isEmpty()) {
                     EXPECT_GE(widget->width(), widget->sizeHint().width()) << text.toStdString() << " on page " << page;
+                }
             }
         }
     }
