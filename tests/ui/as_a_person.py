@@ -74,8 +74,9 @@ class Person:
 
 def main(program, tests, xml):
     read_end, write_end = os.pipe()
+    # Without -noreset a display begins anew when a program has left it, and turns away the next one meanwhile.
     display = subprocess.Popen(
-        ["Xvfb", "-displayfd", str(write_end), "-screen", "0", "1280x1024x24", "-nolisten", "tcp"],
+        ["Xvfb", "-displayfd", str(write_end), "-screen", "0", "1280x1024x24", "-nolisten", "tcp", "-noreset"],
         pass_fds=[write_end], stderr=subprocess.DEVNULL)
     window = None
     try:
