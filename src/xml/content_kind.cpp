@@ -78,6 +78,21 @@ bool IsTiny(const Numeral& numeral)
     return exponent - static_cast<long long>(zeros) < 0;
 }
 
+/// What most numbers are: a few digits and nothing else.
+std::optional<double> ParseShortWhole(std::string_view text)
+{
+    constexpr std::size_t kExactDigits = 15; // a double holds every number of so many
+    if (text.empty() || text.size() > kExactDigits)
+        return std::nullopt;
+    std::int64_t value = 0;
+    for (const char c : text) {
+        if (!IsDigit(c))
+            return std::nullopt;
+        value = 10 * value + (c - '0');
+    }
+    return static_cast<double>(value);
+}
+
 } // namespace
 
 std::optional<double> ParseNumber(std::string_view text) noexcept
@@ -106,6 +121,8 @@ std::size_t Utf16Length(std::string_view text) noexcept
 
 ContentKind ClassifyContent(std::string_view content) noexcept
 {
+    if (const std::optional<double> value = ParseShortWhole(content))
+        return {kNumericContent, *value};
     const std::string_view trimmed = TrimWhiteSpace(content);
     if (trimmed.empty())
         return {kNumericContent, 0};

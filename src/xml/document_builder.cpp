@@ -11,6 +11,15 @@ namespace {
 
 constexpr std::size_t kMaxText = std::numeric_limits<std::uint32_t>::max();
 constexpr std::uint32_t kNoGroup = ~std::uint32_t{0};
+constexpr NameId kNoName = ~NameId{0};
+
+template <class Id>
+Id& SlotOf(std::vector<Id>& slots, std::size_t index, Id empty)
+{
+    if (index >= slots.size())
+        slots.resize(index + 1, empty);
+    return slots[index];
+}
 
 } // namespace
 
@@ -26,33 +35,53 @@ void DocumentBuilder::StartElement(std::string_view name, const char* const* att
     const auto id = static_cast<ElementId>(data_.elements.Size());
     ElementId parent = kNoElement;
     PathId parentPath = 0;
+    PathId before = 0;
     if (!open_.empty()) {
         ClosePieceBesideChild();
         OpenElement& above = open_.back();
         parent = above.id;
         parentPath = above.path;
+        before = above.lastChildPath;
         if (above.lastChild != kNoElement)
             data_.elements[above.lastChild].nextSibling = id;
         above.lastChild = id;
         ++above.childCount;
     }
-    const PathId path = data_.paths.Child(parentPath, data_.names.Intern(name));
+    const PathId path = PathOf(parentPath, before, name);
+    if (!open_.empty())
+        open_.back().lastChildPath = path;
     ElementRecord record;
     record.group = GroupOf(parent, path);
     record.firstAttribute = static_cast<std::uint32_t>(data_.attributes.Size());
     data_.elements.Add(record);
     open_.push_back({.id = id, .path = path, .mixedBegin = mixed_.size()});
-    AddAttributes(attributes);
+    AddAttributes(path, attributes);
     pieceBegin_ = data_.text.Size();
 }
 
-void DocumentBuilder::AddAttributes(const char* const* attributes)
+/// The path of the child of `parent` named `name` that follows a sibling at `before`; 0: it is the first.
+PathId DocumentBuilder::PathOf(PathId parent, PathId before, std::string_view name)
 {
+    PathId& path = before == 0 ? SlotOf(firstChild_, parent, PathId{0}) : SlotOf(nextSibling_, before, PathId{0});
+    if (path == 0 || data_.names.Text(data_.paths.Name(path)) != name)
+        path = data_.paths.Child(parent, data_.names.Intern(name));
+    return path;
+}
+
+void DocumentBuilder::AddAttributes(PathId path, const char* const* attributes)
+{
+    NameId before = kNoName;
     for (; *attributes != nullptr; attributes += 2) {
+        const std::string_view name = attributes[0];
+        NameId& id =
+            before == kNoName ? SlotOf(firstAttribute_, path, kNoName) : SlotOf(nextAttribute_, before, kNoName);
+        if (id == kNoName || data_.names.Text(id) != name)
+            id = data_.names.Intern(name);
+        before = id;
         const std::string_view value = attributes[1];
         const std::size_t begin = data_.text.Size();
         data_.text.Append(value.data(), value.size());
-        data_.attributes.Add({data_.names.Intern(attributes[0]), CloseText(begin)});
+        data_.attributes.Add({before, CloseText(begin)});
     }
 }
 

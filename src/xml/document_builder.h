@@ -33,11 +33,13 @@ private:
         ElementId id = 0;
         PathId path = 0;
         ElementId lastChild = kNoElement;
+        PathId lastChildPath = 0; ///< 0 before the first child
         std::uint32_t childCount = 0;
         std::size_t mixedBegin = 0; ///< where its text begins in mixed_
     };
 
-    void AddAttributes(const char* const* attributes);
+    [[nodiscard]] PathId PathOf(PathId parent, PathId before, std::string_view name);
+    void AddAttributes(PathId path, const char* const* attributes);
     [[nodiscard]] std::uint32_t GroupOf(ElementId parent, PathId path);
     void ClosePieceBesideChild();
     [[nodiscard]] TextRange CloseText(std::size_t begin);
@@ -50,6 +52,12 @@ private:
     /// Texts of open elements that have children, innermost last: a text goes to the arena when it is complete.
     std::string mixed_;
     std::vector<std::uint32_t> lastGroup_; ///< by path: the group made last
+
+    // What came next the last time nearly always comes again, and comparing costs less than looking a name up.
+    std::vector<PathId> firstChild_;     ///< by path; 0 = not seen yet
+    std::vector<PathId> nextSibling_;    ///< by path of the one before; 0 = not seen yet
+    std::vector<NameId> firstAttribute_; ///< by the element's path
+    std::vector<NameId> nextAttribute_;  ///< by the name before
 };
 
 } // namespace velmora

@@ -45,6 +45,33 @@ TEST(Document, KeepsWhatTheFileHolds)
     }
 }
 
+/// What comes next is recognised by what came last time: it need not come again.
+TEST(Document, ElementsAndAttributesMayComeInAnyOrder)
+{
+    const LoadResult loaded =
+        LoadBytes("<r><a x='1' y='2'/><b/><a y='3' x='4' z='5'/><ab xy='6'/><a/><c x='7'><b/><a/></c>"
+                  "<c y='8'><a/><b><a/></b></c></r>");
+    EXPECT_EQ(DocumentText(loaded.document), "r x1\n"
+                                             " a x=1 y=2 x3\n"
+                                             " b x1\n"
+                                             " a y=3 x=4 z=5 x3\n"
+                                             " ab xy=6 x1\n"
+                                             " a x3\n"
+                                             " c x=7 x2\n"
+                                             "  b x1\n"
+                                             "  a x1\n"
+                                             " c y=8 x2\n"
+                                             "  a x1\n"
+                                             "  b x1\n"
+                                             "   a x1\n");
+    std::set<std::string> paths;
+    for (PathId path = 1; path < loaded.document.Paths().Size(); ++path)
+        paths.insert(loaded.document.PathText(path));
+    EXPECT_EQ(paths,
+              (std::set<std::string>{"//r", "//r/a", "//r/b", "//r/ab", "//r/c", "//r/c/b", "//r/c/a", "//r/c/b/a"}));
+    EXPECT_EQ(paths.size() + 1, loaded.document.Paths().Size());
+}
+
 TEST(Document, NamesOfManyPathsMayBeTheSame)
 {
     // Two names below every path: what stands beside a path in the tree's table bears its name as often as not.
