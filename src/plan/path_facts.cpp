@@ -50,6 +50,7 @@ std::vector<PathFacts> GatherFacts(const Document& document, bool looksAtForms, 
     for (ElementId element = 0; element < count; ++element) {
         if (element % kElementsOfPiece == 0)
             onPiece();
+        document.Passed(element);
         const PathId path = document.Path(element);
         PathFacts& fact = facts[path];
         ++fact.count;

@@ -74,6 +74,12 @@ void PagedMemory::Remap(std::size_t capacity)
     capacity_ = capacity;
 }
 
+void PagedMemory::GiveBack() const noexcept
+{
+    if (IsInFile())
+        madvise(data_, capacity_, MADV_DONTNEED); // of a file that is shared: what was written stays
+}
+
 /// False when there is no temporary file of that size to be had: the block is as it was then.
 bool PagedMemory::MoveToFile(std::size_t capacity)
 {
@@ -88,6 +94,7 @@ bool PagedMemory::MoveToFile(std::size_t capacity)
     data_ = static_cast<std::byte*>(block);
     capacity_ = capacity;
     file_ = std::move(file);
+    budget_.isExceeded = true;
     if (!written) // a disk that fails under a file already allocated: part of the document is lost
         throw std::bad_alloc();
     return true;

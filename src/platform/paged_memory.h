@@ -20,6 +20,7 @@ struct MemoryBudget {
     std::size_t limitBytes;
     TemporaryFileMaker makeFile;
     std::size_t usedBytes = 0;
+    bool isExceeded = false; ///< a block has gone to a file
 };
 
 /// One growing block of memory. While the budget lasts it is ordinary memory; a block that grows past it lives in a
@@ -41,6 +42,9 @@ public:
     /// its file takes what was in it along.
     void Reserve(std::size_t bytes);
     [[nodiscard]] bool IsInFile() const noexcept { return file_ != nullptr; }
+    /// Takes the pages of a block that has its file out of the process's memory. They come back when they are touched,
+    /// so that only what is being worked on stays.
+    void GiveBack() const noexcept;
 
 private:
     [[nodiscard]] bool FitsBudget(std::size_t capacity) const noexcept;
@@ -86,6 +90,7 @@ public:
         size_ = size;
     }
     [[nodiscard]] bool IsInFile() const noexcept { return memory_.IsInFile(); }
+    void GiveBack() const noexcept { memory_.GiveBack(); }
 
 private:
     [[nodiscard]] T* Items() const noexcept { return reinterpret_cast<T*>(memory_.Data()); }

@@ -129,6 +129,17 @@ NameId Document::AttributeName(ElementId element, std::uint32_t index) const noe
     return impl_->attributes[impl_->elements[element].firstAttribute + index].name;
 }
 
+void Document::Passed(ElementId element) const noexcept
+{
+    if (!impl_->budget.isExceeded)
+        return;
+    const ElementRecord& record = impl_->elements[element];
+    TextRange text = record.content;
+    if (text.lengthBytes == 0 && record.firstAttribute < impl_->attributes.Size())
+        text = impl_->attributes[record.firstAttribute].value;
+    impl_->NotePassage(element, text.lengthBytes == 0 ? impl_->SlotOfPassage() : text.slot);
+}
+
 std::string_view Document::AttributeValue(ElementId element, std::uint32_t index) const noexcept
 {
     return impl_->Text(impl_->attributes[impl_->elements[element].firstAttribute + index].value);

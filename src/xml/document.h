@@ -81,6 +81,10 @@ public:
     [[nodiscard]] NameId AttributeName(ElementId element, std::uint32_t index) const noexcept;
     [[nodiscard]] std::string_view AttributeValue(ElementId element, std::uint32_t index) const noexcept;
 
+    /// To be told by a walk, at each element that it comes to: of a document too large for the memory, what was passed
+    /// leaves it.
+    void Passed(ElementId element) const noexcept;
+
 private:
     friend class DocumentBuilder;
     class Impl;

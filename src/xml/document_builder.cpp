@@ -57,6 +57,7 @@ void DocumentBuilder::StartElement(std::string_view name, const char* const* att
     open_.push_back({.id = id, .path = path, .mixedBegin = mixed_.size()});
     AddAttributes(path, attributes);
     pieceBegin_ = data_.text.Size();
+    data_.NotePassage(id, pieceBegin_ / kTextSlotBytes);
 }
 
 /// The path of the child of `parent` named `name` that follows a sibling at `before`; 0: it is the first.

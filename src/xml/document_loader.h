@@ -14,7 +14,7 @@
 namespace velmora {
 
 /// From here on a document's arrays live in a temporary file.
-inline constexpr std::size_t kDocumentMemoryBudgetBytes = std::size_t{512} << 20;
+inline constexpr std::size_t kDocumentMemoryBudgetBytes = std::size_t{96} << 20;
 
 struct LoadResult {
     Document document;

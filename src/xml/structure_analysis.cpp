@@ -111,6 +111,7 @@ void StructureAnalyser::EndRun(const SiblingRun& run, ElementId last)
 
 void StructureAnalyser::RegisterWithAttributes(ElementId element)
 {
+    document_.Passed(element);
     const auto level = static_cast<std::int32_t>(runs_.size()) - 1;
     const PathId path = document_.Path(element);
     Occurrence seen;

@@ -35,5 +35,23 @@ TEST(LargeDocuments, LongTokensDoNotCostTheSquareOfTheirLength)
     EXPECT_TRUE(loaded.document.Content(0) == longText);
 }
 
+TEST(LargeDocuments, WhatAWalkHasPassedComesBackWhole)
+{
+    constexpr ElementId kRecords = 24'000; // of 1 kB: three times as much as leaves the memory at once
+    const auto value = [](ElementId record) { return std::string(1000, static_cast<char>('a' + record % 26)); };
+    std::string xml = "<a>";
+    for (ElementId record = 1; record <= kRecords; ++record) {
+        xml.append("<b c='").append(value(record)).append("'>").append(std::to_string(record)).append("</b>");
+    }
+    const Document document = LoadBytes(xml + "</a>", MemoryBudget(0)).document;
+    for (const bool again : {false, true}) {
+        for (ElementId record = 1; record <= kRecords; ++record) {
+            document.Passed(record);
+            ASSERT_EQ(document.AttributeValue(record, 0), value(record)) << again;
+            ASSERT_EQ(document.Content(record), std::to_string(record)) << again;
+        }
+    }
+}
+
 } // namespace
 } // namespace velmora
