@@ -26,7 +26,7 @@ void Put(std::FILE* stream, std::string_view text)
 
 bool IsCapableTerminal(std::FILE* stream)
 {
-    return IsTerminal(stream) && EnvironmentVariable("TERM") != "dumb";
+    return TakesEscapes(stream) && EnvironmentVariable("TERM") != "dumb";
 }
 
 } // namespace

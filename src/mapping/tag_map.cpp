@@ -4,6 +4,7 @@
 #include "platform/file_changes.h"
 #include "platform/paths.h"
 #include "platform/utf8.h"
+#include "platform/utf8_converter.h"
 #include "settings/job.h"
 
 #include <algorithm>

@@ -18,6 +18,8 @@ private:
     std::string text_;
 };
 
+/// `time` in local time, with the rules for summer that were in force on that day.
+[[nodiscard]] std::tm LocalTime(std::time_t time) noexcept;
 /// `time` in local time by a format of strftime (no more than 100 characters come out).
 [[nodiscard]] std::string FormatTime(std::time_t time, const char* format);
 /// `time` in local time, as in `2024-03-05 14:07:09`.

@@ -1,5 +1,6 @@
 #include "platform/file_changes.h"
 
+#include "platform/file_operations.h"
 #include "platform/paths.h"
 #include "platform/program.h"
 
@@ -7,13 +8,6 @@
 #include <cstdio>
 #include <filesystem>
 #include <memory>
-
-#ifdef _WIN32
-#include <windows.h>
-#else
-#include <fcntl.h>
-#include <unistd.h>
-#endif
 
 namespace velmora {
 
@@ -25,48 +19,6 @@ std::error_code LastError() noexcept
 {
     return {errno, std::generic_category()};
 }
-
-#ifdef _WIN32
-
-std::error_code MoveOnOneVolume(const fs::path& from, const fs::path& to)
-{
-    if (MoveFileExW(from.c_str(), to.c_str(), 0))
-        return {};
-    const DWORD error = GetLastError();
-    if (error == ERROR_NOT_SAME_DEVICE)
-        return std::make_error_code(std::errc::cross_device_link);
-    return {static_cast<int>(error), std::system_category()};
-}
-
-#else
-
-std::error_code MoveOnOneVolume(const fs::path& from, const fs::path& to)
-{
-#ifdef RENAME_NOREPLACE
-    if (renameat2(AT_FDCWD, from.c_str(), AT_FDCWD, to.c_str(), RENAME_NOREPLACE) == 0)
-        return {};
-    if (errno != EINVAL && errno != ENOSYS)
-        return LastError();
-#endif
-    // A file system that does not know that call may know hard links, whose making replaces nothing either.
-    if (linkat(AT_FDCWD, from.c_str(), AT_FDCWD, to.c_str(), 0) == 0) {
-        if (unlink(from.c_str()) == 0)
-            return {};
-        const std::error_code error = LastError();
-        unlink(to.c_str());
-        return error;
-    }
-    if (errno != EPERM && errno != EOPNOTSUPP && errno != ENOSYS && errno != EMLINK)
-        return LastError();
-    // Here nothing better is left than to look first.
-    std::error_code error;
-    if (fs::exists(fs::symlink_status(to, error)))
-        return std::make_error_code(std::errc::file_exists);
-    fs::rename(from, to, error);
-    return error;
-}
-
-#endif
 
 std::error_code CopyAndDelete(const fs::path& from, const fs::path& to)
 {
@@ -147,11 +99,7 @@ std::error_code WhyNotAppend(const std::string& path)
 
 std::error_code SyncFile(std::FILE* file)
 {
-    bool isWritten = std::fflush(file) == 0;
-#ifndef _WIN32
-    isWritten = isWritten && fsync(fileno(file)) == 0;
-#endif
-    return isWritten ? std::error_code() : LastError();
+    return std::fflush(file) == 0 && SyncToDisk(file) ? std::error_code() : LastError();
 }
 
 std::error_code ReplaceFile(const std::string& path, std::string_view content)

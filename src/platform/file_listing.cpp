@@ -12,12 +12,6 @@ namespace {
 
 namespace fs = std::filesystem;
 
-#ifdef _WIN32
-constexpr bool kFoldCase = true;
-#else
-constexpr bool kFoldCase = false;
-#endif
-
 char Folded(char c) noexcept
 {
     return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c;
@@ -85,7 +79,7 @@ std::vector<std::string> FilesMatching(const std::string& path, bool foldCase)
 
 bool MatchesWildcards(std::string_view pattern, std::string_view name) noexcept
 {
-    return Matches(pattern, name, kFoldCase);
+    return Matches(pattern, name, kNamesIgnoreCase);
 }
 
 bool HasWildcards(std::string_view path) noexcept
@@ -98,7 +92,7 @@ std::vector<std::string> ListFiles(std::string_view typed)
     const std::string path = NativePath(typed);
     if (!HasWildcards(path))
         return FileExists(path) ? std::vector<std::string>{path} : std::vector<std::string>{};
-    std::vector<std::string> files = FilesMatching(path, kFoldCase);
+    std::vector<std::string> files = FilesMatching(path, kNamesIgnoreCase);
     std::sort(files.begin(), files.end());
     return files;
 }

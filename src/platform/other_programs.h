@@ -6,6 +6,9 @@
 
 namespace velmora {
 
+/// What stands between the folders of PATH.
+extern const char kBetweenFolders;
+
 /// Whether `path` is a program that can be run.
 [[nodiscard]] bool IsProgram(const std::string& path);
 /// The full path of the program `name` (without a suffix) on PATH, whose relative entries are not looked at; empty when

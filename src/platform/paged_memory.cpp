@@ -1,9 +1,9 @@
 #include "platform/paged_memory.h"
 
+#include "platform/memory_block.h"
+
 #include <algorithm>
 #include <new>
-
-#include <sys/mman.h>
 
 namespace velmora {
 
@@ -24,7 +24,7 @@ bool WriteAndRelease(TemporaryFile& file, std::byte* data, std::size_t bytes)
         const std::size_t piece = std::min(kPieceBytes, bytes - begin);
         if (!file.Write(begin, {data + begin, piece}))
             return false;
-        madvise(data + begin, piece, MADV_DONTNEED);
+        ForgetContent(data + begin, piece);
     }
     return true;
 }
@@ -33,8 +33,7 @@ bool WriteAndRelease(TemporaryFile& file, std::byte* data, std::size_t bytes)
 
 PagedMemory::~PagedMemory()
 {
-    if (data_ != nullptr)
-        munmap(data_, capacity_);
+    FreeBlock(data_, capacity_, file_.get());
     if (!IsInFile())
         budget_.usedBytes -= capacity_;
 }
@@ -65,10 +64,8 @@ void PagedMemory::Reserve(std::size_t bytes)
 
 void PagedMemory::Remap(std::size_t capacity)
 {
-    void* const block = data_ == nullptr
-                            ? mmap(nullptr, capacity, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0)
-                            : mremap(data_, capacity_, capacity, MREMAP_MAYMOVE);
-    if (block == MAP_FAILED)
+    void* const block = GrownBlock(data_, capacity_, capacity, file_.get());
+    if (block == nullptr)
         throw std::bad_alloc();
     data_ = static_cast<std::byte*>(block);
     capacity_ = capacity;
@@ -77,7 +74,7 @@ void PagedMemory::Remap(std::size_t capacity)
 void PagedMemory::GiveBack() const noexcept
 {
     if (IsInFile())
-        madvise(data_, capacity_, MADV_DONTNEED); // of a file that is shared: what was written stays
+        PageOut(data_, capacity_);
 }
 
 /// False when there is no temporary file of that size to be had: the block is as it was then.
@@ -88,8 +85,7 @@ bool PagedMemory::MoveToFile(std::size_t capacity)
     if (block == nullptr)
         return false;
     const bool written = WriteAndRelease(*file, data_, capacity_);
-    if (data_ != nullptr)
-        munmap(data_, capacity_);
+    FreeBlock(data_, capacity_, nullptr);
     budget_.usedBytes -= capacity_;
     data_ = static_cast<std::byte*>(block);
     capacity_ = capacity;

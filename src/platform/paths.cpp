@@ -3,10 +3,6 @@
 #include <algorithm>
 #include <system_error>
 
-#ifndef _WIN32
-#include <sys/stat.h>
-#endif
-
 namespace velmora {
 
 namespace {
@@ -53,17 +49,6 @@ std::string_view NamePart(std::string_view path) noexcept
     return last == std::string_view::npos ? path : path.substr(last + 1);
 }
 
-fs::path PathFromUtf8(std::string_view text)
-{
-    return fs::path(std::u8string(text.begin(), text.end()));
-}
-
-std::string Utf8FromPath(const fs::path& path)
-{
-    const std::u8string text = path.u8string();
-    return {text.begin(), text.end()};
-}
-
 bool FolderExists(std::string_view path)
 {
     std::error_code error;
@@ -86,29 +71,6 @@ bool IsSameFile(std::string_view first, std::string_view second)
     if (fs::equivalent(a, b, error) && !error)
         return true;
     return Resolved(a) == Resolved(b);
-}
-
-std::string FileIdentity(const std::string& path)
-{
-#ifdef _WIN32
-    std::error_code error;
-    return Utf8FromPath(fs::canonical(PathFromUtf8(path), error));
-#else
-    struct stat status {};
-    if (::stat(path.c_str(), &status) != 0)
-        return path;
-    return std::to_string(status.st_dev) + ":" + std::to_string(status.st_ino);
-#endif
-}
-
-std::FILE* OpenFileStream(std::string_view path, const char* mode)
-{
-#ifdef _WIN32
-    const std::wstring wideMode(mode, mode + std::char_traits<char>::length(mode));
-    return _wfopen(PathFromUtf8(path).c_str(), wideMode.c_str());
-#else
-    return std::fopen(std::string(path).c_str(), mode);
-#endif
 }
 
 } // namespace velmora

@@ -10,6 +10,9 @@ namespace velmora {
 /// What stands between folders on this system: `\` on Windows, `/` elsewhere.
 inline constexpr char kPathSeparator = static_cast<char>(std::filesystem::path::preferred_separator);
 
+/// Whether names that differ in upper and lower case only are names of one file, as on Windows.
+extern const bool kNamesIgnoreCase;
+
 /// `typed` as this system writes it. Both `/` and `\` separate folders in what a person types, everywhere.
 [[nodiscard]] std::string NativePath(std::string_view typed);
 
@@ -19,7 +22,7 @@ inline constexpr char kPathSeparator = static_cast<char>(std::filesystem::path::
 [[nodiscard]] std::string_view NamePart(std::string_view path) noexcept;
 
 /// A path for the standard library from a UTF-8 text, and back. What is no UTF-8 passes unchanged where the system
-/// allows it.
+/// allows it. On Windows a path that is too long for most of its functions gets the prefix that they take it with.
 [[nodiscard]] std::filesystem::path PathFromUtf8(std::string_view text);
 [[nodiscard]] std::string Utf8FromPath(const std::filesystem::path& path);
 

@@ -6,12 +6,10 @@
 namespace velmora {
 
 /// What the file names of programs end in.
-#ifdef _WIN32
-inline constexpr std::string_view kProgramSuffix = ".exe";
-#else
-inline constexpr std::string_view kProgramSuffix = "";
-#endif
+extern const std::string_view kProgramSuffix;
 
+/// The path of the running executable.
+[[nodiscard]] std::string ExecutablePath();
 /// The folder in which the running executable stands, without a separator at its end.
 [[nodiscard]] std::string ProgramFolder();
 /// The running executable's file name, without ".exe".

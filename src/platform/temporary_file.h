@@ -24,8 +24,8 @@ public:
 
 using TemporaryFileMaker = std::function<std::unique_ptr<TemporaryFile>()>;
 
-/// A new file in the folder that TMPDIR names, or else in /var/tmp, or in /tmp, which often is memory itself. nullptr
-/// when none of them takes it.
+/// A new file in the folder that TMPDIR names, or else in /var/tmp, or in /tmp, which often is memory itself; on
+/// Windows in the folder that TMP names, or TEMP. nullptr when none of them takes it.
 [[nodiscard]] std::unique_ptr<TemporaryFile> MakeTemporaryFile();
 
 } // namespace velmora

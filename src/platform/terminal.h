@@ -12,6 +12,9 @@ namespace velmora {
 /// Columns of the terminal behind `stream`; 80 when that is not known.
 [[nodiscard]] std::size_t TerminalColumns(std::FILE* stream) noexcept;
 
+/// Whether `stream` writes to a terminal that obeys escape sequences.
+[[nodiscard]] bool TakesEscapes(std::FILE* stream) noexcept;
+
 /// `text` with every control character but tab and line feed replaced by "?": names from a document or a folder must
 /// not steer the terminal. Carriage returns in front of line feeds go.
 [[nodiscard]] std::string Printable(std::string_view text);

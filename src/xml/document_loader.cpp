@@ -1,6 +1,6 @@
 #include "xml/document_loader.h"
 
-#include "platform/utf8.h"
+#include "platform/utf8_converter.h"
 #include "xml/document_parser.h"
 #include "xml/input_encoding.h"
 #include "xml/path_filter.h"

@@ -1,6 +1,6 @@
 #include "xml/input_encoding.h"
 
-#include "platform/utf8.h"
+#include "platform/utf8_converter.h"
 
 #include <algorithm>
 #include <array>

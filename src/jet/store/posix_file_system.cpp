@@ -2,14 +2,12 @@
 
 #include "jet/base/error.h"
 
-#include <algorithm>
 #include <array>
 #include <cerrno>
 #include <chrono>
 #include <cstdlib>
 #include <ctime>
 #include <fcntl.h>
-#include <random>
 #include <sys/file.h>
 #include <sys/stat.h>
 #include <system_error>
@@ -300,30 +298,10 @@ DateTime FileSystem::LocalTime()
             static_cast<double>(timeOfDay.count()) / kMillisecondsPerDay};
 }
 
-void FileSystem::FillRandom(MutableBytes out)
-{
-    std::random_device source;
-    std::uniform_int_distribution<unsigned> distribution(0, 0xFF);
-    std::ranges::generate(out, [&] { return static_cast<Byte>(distribution(source)); });
-}
-
 FileSystem& RealFileSystem() noexcept
 {
     static PosixFileSystem system;
     return system;
-}
-
-void LockWhole(File& file)
-{
-    if (!file.TryLock(0, kToTheEnd))
-        throw Error(ErrorNumber::FileInUse, {file.Name()});
-}
-
-std::unique_ptr<File> OpenFile(const std::filesystem::path& path, OpenMode mode)
-{
-    std::unique_ptr<File> file = RealFileSystem().Open(path, mode);
-    LockWhole(*file);
-    return file;
 }
 
 } // namespace jet
