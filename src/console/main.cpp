@@ -118,5 +118,6 @@ ExitStatus Main(const std::vector<std::string>& arguments)
 
 int main(int argc, char* argv[])
 {
-    return static_cast<int>(Main(std::vector<std::string>(argv + 1, argv + std::max(argc, 1))));
+    PrepareStreams();
+    return static_cast<int>(Main(ProgramArguments(argc, argv)));
 }

@@ -19,7 +19,9 @@ int NumberOf(int systemError)
     case EROFS:
         return kPermissionDenied;
     case ENOSPC:
+#ifdef EDQUOT // not every system has quotas that it tells apart
     case EDQUOT:
+#endif
         return kDiskFull;
     case EIO:
         return kDeviceError;

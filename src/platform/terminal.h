@@ -15,6 +15,10 @@ namespace velmora {
 /// Whether `stream` writes to a terminal that obeys escape sequences.
 [[nodiscard]] bool TakesEscapes(std::FILE* stream) noexcept;
 
+/// To be called once, at the beginning: bytes written to the standard streams arrive as they are, and those that go to
+/// a terminal are shown as UTF-8.
+void PrepareStreams();
+
 /// `text` with every control character but tab and line feed replaced by "?": names from a document or a folder must
 /// not steer the terminal. Carriage returns in front of line feeds go.
 [[nodiscard]] std::string Printable(std::string_view text);

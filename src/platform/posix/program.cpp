@@ -2,6 +2,7 @@
 
 #include "platform/paths.h"
 
+#include <algorithm>
 #include <cstdlib>
 #include <filesystem>
 #include <pwd.h>
@@ -32,6 +33,11 @@ std::string ExecutablePath()
     std::error_code error;
     const fs::path path = fs::read_symlink("/proc/self/exe", error);
     return Utf8FromPath(error ? fs::current_path(error) / "velmora" : path);
+}
+
+std::vector<std::string> ProgramArguments(int argc, char* argv[])
+{
+    return {argv + 1, argv + std::max(argc, 1)};
 }
 
 std::string EnvironmentVariable(const char* name)

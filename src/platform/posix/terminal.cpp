@@ -31,6 +31,8 @@ std::size_t TerminalColumns(std::FILE* stream) noexcept
     return ioctl(fileno(stream), TIOCGWINSZ, &size) == 0 && size.ws_col > 0 ? size.ws_col : kUsualColumns;
 }
 
+void PrepareStreams() {}
+
 bool TakesEscapes(std::FILE* stream) noexcept
 {
     return IsTerminal(stream);

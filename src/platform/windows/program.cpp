@@ -1,0 +1,69 @@
+#include "platform/program.h"
+
+#include "platform/paths.h"
+#include "platform/process.h"
+#include "platform/windows/wide_text.h"
+#include "platform/windows/windows.h"
+
+#include <filesystem>
+
+namespace velmora {
+
+namespace fs = std::filesystem;
+
+const std::string_view kProgramSuffix = ".exe";
+
+std::string ExecutablePath()
+{
+    std::wstring path(MAX_PATH, L'\0');
+    for (;;) {
+        const DWORD length = GetModuleFileNameW(nullptr, path.data(), static_cast<DWORD>(path.size()));
+        if (length < path.size())
+            return Utf8FromPath(path.substr(0, length));
+        path.resize(path.size() * 2);
+    }
+}
+
+std::vector<std::string> ProgramArguments(int, char*[])
+{
+    std::vector<std::string> words = SplitProgramLine(Utf8FromWide(GetCommandLineW()));
+    if (!words.empty())
+        words.erase(words.begin());
+    return words;
+}
+
+std::string EnvironmentVariable(const char* name)
+{
+    const std::wstring wideName = WideFromUtf8(name);
+    std::wstring value(GetEnvironmentVariableW(wideName.c_str(), nullptr, 0), L'\0');
+    value.resize(GetEnvironmentVariableW(wideName.c_str(), value.data(), static_cast<DWORD>(value.size())));
+    return Utf8FromWide(value);
+}
+
+std::string UserDataFolder()
+{
+    // A relative folder would be another one for each place that the program is started from.
+    fs::path base = PathFromUtf8(EnvironmentVariable("LOCALAPPDATA"));
+    if (!base.is_absolute())
+        base = PathFromUtf8(EnvironmentVariable("USERPROFILE")) / "AppData" / "Local";
+    return base.is_absolute() ? Utf8FromPath(base / "velmora") : std::string();
+}
+
+/// The attributes of a folder do not tell: a file that goes again with its handle does.
+bool IsWritableFolder(const std::string& folder)
+{
+    const fs::path probe = PathFromUtf8(folder + "\\velmora-probe.tmp");
+    const HANDLE file = CreateFileW(probe.c_str(), GENERIC_WRITE, 0, nullptr, CREATE_NEW,
+                                    FILE_ATTRIBUTE_TEMPORARY | FILE_FLAG_DELETE_ON_CLOSE, nullptr);
+    if (file == INVALID_HANDLE_VALUE)
+        return false;
+    CloseHandle(file);
+    return true;
+}
+
+bool HasDisplay()
+{
+    return true;
+}
+
+} // namespace velmora

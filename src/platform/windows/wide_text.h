@@ -1,0 +1,12 @@
+#pragma once
+
+#include <string>
+#include <string_view>
+
+namespace velmora {
+
+/// The system's texts, UTF-16, from and to this program's. What is damaged becomes U+FFFD.
+[[nodiscard]] std::wstring WideFromUtf8(std::string_view text);
+[[nodiscard]] std::string Utf8FromWide(std::wstring_view text);
+
+} // namespace velmora
