@@ -17,7 +17,7 @@ WINDOW := qt6-base-dev qt6-svg-dev qt6-l10n-tools qt6-tools-dev xvfb xdotool
 TRIES := mandoc zsh fish pkgconf codespell
 WITH_WINDOW := -DVELMORA_WINDOW=ON
 
-.PHONY: all setup build run window screenshots install package dist release-check test test-sanitize tidy format reformat fuzz bench check-large \
+.PHONY: all setup build run window windows test-windows screenshots install package dist release-check test test-sanitize tidy format reformat fuzz bench check-large \
     check-readers clean
 
 all: build
@@ -43,6 +43,19 @@ window:
 	@cmake --build --preset release --parallel $(JOBS) --target velmora velmora-gui
 	@cp build/release/velmora $(PROGRAM) && cp build/release/velmora-gui $(PROGRAM)-gui
 	@$(PROGRAM)-gui
+
+# velmora.exe for 64-bit Windows and a ZIP with it, into build/windows. The sources of the libraries come through apt.
+windows:
+	@tools/setup.sh g++-mingw-w64-x86-64-posix dpkg-dev
+	@tools/windows/build.sh build/windows $(JOBS)
+
+# Documents and the example converted by velmora.exe under Wine and by the program of this system, and compared; runs
+# that are killed. VELMORA_SHARED names the shared corpus and the checker (../shared otherwise).
+test-windows: windows build
+	@tools/setup.sh wine wine64
+	@python3 tools/windows/compare.py build/windows/velmora.exe $(PROGRAM) build/windows/compare examples/orders.xml \
+	    tests/corpus/by_hand/*.xml $$(find $${VELMORA_SHARED:-../shared}/corpus -name '*.xml' -size -3M | sort)
+	@python3 tools/windows/crash.py build/windows/velmora.exe build/windows/crash $${VELMORA_SHARED:-../shared}/tools
 
 # Pictures of every page and of a diagram into build/screenshots: light and dark, at 100 to 200 percent, also in German.
 screenshots:

@@ -156,11 +156,13 @@ struct Name {
 
 // Not here: encodings with states (ISO-2022-*, UTF-7, HZ), of which the system does not tell where one is bad.
 constexpr Name kNames[] = {
-    {"US-ASCII", 20127},    {"ASCII", 20127},       {"ISO-8859-2", 28592}, {"ISO-8859-3", 28593}, {"ISO-8859-4", 28594},
-    {"ISO-8859-5", 28595},  {"ISO-8859-6", 28596},  {"ISO-8859-7", 28597}, {"ISO-8859-8", 28598}, {"ISO-8859-9", 28599},
-    {"ISO-8859-13", 28603}, {"ISO-8859-15", 28605}, {"LATIN2", 28592},     {"LATIN5", 28599},     {"LATIN-9", 28605},
-    {"KOI8-R", 20866},      {"KOI8-U", 21866},      {"MACINTOSH", 10000},  {"TIS-620", 874},      {"BIG5", 950},
-    {"EUC-JP", 20932},      {"JOHAB", 1361},        {"GB18030", 54936},
+    {"US-ASCII", 20127},   {"ASCII", 20127},      {"ISO-8859-2", 28592},  {"ISO-8859-3", 28593},
+    {"ISO-8859-4", 28594}, {"ISO-8859-5", 28595}, {"ISO-8859-6", 28596},  {"ISO-8859-7", 28597},
+    {"ISO-8859-8", 28598}, {"ISO-8859-9", 28599}, {"ISO-8859-13", 28603}, {"ISO-8859-15", 28605},
+    {"LATIN2", 28592},     {"LATIN5", 28599},     {"LATIN-9", 28605},     {"KOI8-R", 20866},
+    {"KOI8-U", 21866},     {"MACINTOSH", 10000},  {"ISO-8859-11", 874},   {"MACCYRILLIC", 10007},
+    {"IBM273", 20273},     {"TIS-620", 874},      {"BIG5", 950},          {"EUC-JP", 20932},
+    {"JOHAB", 1361},       {"GB18030", 54936},
 };
 
 bool IsInstalled(UINT codePage)
@@ -198,8 +200,11 @@ std::unique_ptr<Utf8Converter::Decoder> Utf8Converter::Decoder::Open(const std::
         if (charset == name + "LE" || charset == name + "BE")
             return std::make_unique<UnicodeDecoder>(unitBytes, charset.ends_with("LE") ? Order::Little : Order::Big);
     }
-    const UINT codePage = CodePageOf(charset);
     constexpr UINT kFourBytes = 54936;
+    constexpr UINT kItsTwoBytes = 936; // all but rare characters, where a system lacks the larger one
+    UINT codePage = CodePageOf(charset);
+    if (codePage == kFourBytes && !IsInstalled(codePage))
+        codePage = kItsTwoBytes;
     if (codePage == 0 || codePage >= 65000 || !IsInstalled(codePage))
         return nullptr;
     CPINFO info{};

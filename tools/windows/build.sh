@@ -1,0 +1,31 @@
+#!/bin/sh
+# Builds velmora.exe and its ZIP into FOLDER: the libraries first, unless they are there.
+# usage: build.sh FOLDER JOBS
+set -eu
+
+cd "$(dirname "$0")/../.."
+folder=$1
+jobs=$2
+version=$(awk '/^project/ { print $3 }' CMakeLists.txt)
+
+mkdir -p "$folder"
+tools/windows/fetch_sources.sh "$folder/sources" expat zlib bzip2 xz-utils libzstd libarchive
+tools/windows/build_libraries.sh "$folder" "$jobs"
+cmake -S . -B "$folder/program" -G Ninja --log-level=WARNING -DCMAKE_TOOLCHAIN_FILE="$PWD/cmake/mingw-w64.cmake" \
+    -DCMAKE_FIND_ROOT_PATH="$PWD/$folder/libraries" -DCMAKE_BUILD_TYPE=Release -DVELMORA_TESTS=OFF \
+    -DVELMORA_WINDOW=OFF -DVELMORA_WERROR=ON
+cmake --build "$folder/program" --parallel "$jobs" --target velmora
+x86_64-w64-mingw32-strip -o "$folder/velmora.exe" "$folder/program/velmora.exe"
+
+# What Windows brings itself; anything else would have to be copied beside the program.
+others=$(x86_64-w64-mingw32-objdump -p "$folder/velmora.exe" | sed -n 's/.*DLL Name: //p' |
+    grep -v -i -x -e advapi32.dll -e bcrypt.dll -e kernel32.dll -e msvcrt.dll -e shell32.dll || true)
+[ -z "$others" ] || { echo "build: velmora.exe needs libraries that Windows lacks: $others" >&2; exit 1; }
+
+name=velmora-$version-windows-x64
+rm -rf "${folder:?}/$name" "$folder/$name.zip"
+mkdir "$folder/$name"
+cp "$folder/velmora.exe" LICENSE docs/manual.md examples/orders.xml "$folder/$name"
+(cd "$folder" && python3 -m zipfile -c "$name.zip" "$name")
+rm -r "${folder:?}/$name"
+ls -l "$folder/velmora.exe" "$folder/$name.zip"
