@@ -9,6 +9,7 @@ FOLDER takes Wine's prefix and the results; what differs stays there.
 
 import collections
 import concurrent.futures
+import contextlib
 import datetime
 import os
 import pathlib
@@ -17,6 +18,7 @@ import shutil
 import struct
 import subprocess
 import sys
+import threading
 
 import wine
 
@@ -26,6 +28,8 @@ WAYS = {
     "complete": ["mdb=out.mdb", "+complete"],
     "text": ["txt=.", "+quoted"],
 }
+# A database that only text files come from stands beside the program, and runs at the same time take turns with its name.
+SCRATCH = threading.Lock()
 DAY_ZERO = datetime.datetime(1899, 12, 30)
 HEADER_DATE = range(0x72, 0x7A)  # when the file was made
 STAMP = re.compile(rb"\d{4}-\d\d-\d\d \d\d:\d\d:\d\d")
@@ -83,6 +87,12 @@ def run(command, folder, environment=None):
 
 
 def compare(exe, program, base, document, way):
+    """The name of a conversion, and what is different."""
+    with SCRATCH if way == "text" else contextlib.nullcontext():
+        return compare_alone(exe, program, base, document, way)
+
+
+def compare_alone(exe, program, base, document, way):
     name = f"{document.name}-{way}"
     folders = {}
     results = {}

@@ -283,7 +283,7 @@ public:
     bool MayMake(const fs::path& file) override
     {
         fs::path probe = file;
-        probe += ".velmora-probe";
+        probe += ".velmora-probe" + std::to_string(GetCurrentProcessId());
         const HANDLE made = CreateFileW(probe.c_str(), GENERIC_WRITE, 0, nullptr, CREATE_NEW,
                                         FILE_ATTRIBUTE_TEMPORARY | FILE_FLAG_DELETE_ON_CLOSE, nullptr);
         if (made == INVALID_HANDLE_VALUE)

@@ -52,7 +52,7 @@ std::string UserDataFolder()
 /// The attributes of a folder do not tell: a file that goes again with its handle does.
 bool IsWritableFolder(const std::string& folder)
 {
-    const fs::path probe = PathFromUtf8(folder + "\\velmora-probe.tmp");
+    const fs::path probe = PathFromUtf8(folder + "\\velmora-probe." + std::to_string(GetCurrentProcessId()));
     const HANDLE file = CreateFileW(probe.c_str(), GENERIC_WRITE, 0, nullptr, CREATE_NEW,
                                     FILE_ATTRIBUTE_TEMPORARY | FILE_FLAG_DELETE_ON_CLOSE, nullptr);
     if (file == INVALID_HANDLE_VALUE)
