@@ -1,35 +1,21 @@
 #include "driver/batch.h"
 
 #include "driver/closing_words.h"
-#include "driver/database_size.h"
-#include "driver/once.h"
 #include "driver/refusals.h"
 #include "driver/rename.h"
 #include "driver/run_files.h"
+#include "driver/source_converter.h"
 #include "driver/url_source.h"
-#include "import/node_importer.h"
-#include "plan/analyse_xml.h"
-#include "plan/plain_names.h"
-#include "platform/clock.h"
-#include "platform/paths.h"
+#include "import/files_of_run.h"
 #include "schema/clear_tables.h"
 #include "schema/database_session.h"
-#include "schema/engine_errors.h"
-#include "schema/known_tables.h"
-#include "schema/schema_builder.h"
 #include "settings/conversion_settings.h"
 #include "source/source_list.h"
 #include "source/sources_of_run.h"
-#include "xml/load_xml.h"
-#include "xml/structure_model.h"
 #include "xml_export/xml_export.h"
 
-#include <algorithm>
 #include <ctime>
-#include <filesystem>
 #include <optional>
-#include <system_error>
-#include <utility>
 
 namespace velmora {
 
@@ -37,32 +23,12 @@ namespace {
 
 constexpr std::string_view kWorking = "Working...";
 
-/// Measures what a source's conversion takes, however it ends.
-class Timed {
-public:
-    explicit Timed(FileReport& report) : report_(report)
-    {
-        std::error_code error;
-        const std::uintmax_t bytes = std::filesystem::file_size(PathFromUtf8(report.path), error);
-        if (!error)
-            report.bytes = bytes;
-    }
-    ~Timed() { report_.milliseconds = CoarseMilliseconds() - begin_; }
-    Timed(const Timed&) = delete;
-    Timed& operator=(const Timed&) = delete;
-
-private:
-    FileReport& report_;
-    const std::int64_t begin_ = CoarseMilliseconds();
-};
-
 } // namespace
 
 RunOutcome Batch::btnConvert_Click(const std::optional<std::string>& refusal)
 {
     outcome_ = {};
     run_ = {};
-    isFileComplete_ = true;
     job_.settings.blAbort = false;
     job_.log.ClearText();
     TakeSettings();
@@ -228,231 +194,29 @@ void Batch::ShowRunning(bool running)
     job_.host.ControlsChanged();
 }
 
-/// Converts the files one after another; each is committed when it is done. Until the first one that can be read, a
-/// re-creation or an emptying is not final.
+/// Until the first file that can be read, a re-creation or an emptying is not final.
 void Batch::Convert(DatabaseSession& session, FilesOfRun& filesOfRun, const std::function<void()>& openDatabase,
                     Step& step)
 {
     job_.host.SetProgressRange(ProgressBarId::Files, static_cast<std::int64_t>(run_.sources.size()));
     job_.host.SetProgress(ProgressBarId::Files, 0);
-    KnownTables knownTables(session);
-    const Shared shared{session, knownTables, filesOfRun};
-    const auto readLoaded = [&] {
-        ThrowIfAborted(job_.settings);
-        loaded_.Read(session);
-    };
-    if (job_.settings.blOnce)
-        readLoaded();
+    SourceConverter converter(job_, tagMap_, session, filesOfRun, outcome_, run_);
+    converter.ReadLoaded();
     for (std::size_t n = 1; n <= run_.sources.size(); ++n) {
         job_.ProcessEvents();
-        const Source& file = run_.sources[n - 1];
         FileReport& report = outcome_.files[n - 1];
         run_.tried = n;
         job_.log.ProtocolAppend("File " + std::to_string(n) + " of " + std::to_string(run_.sources.size()) + ": " +
                                 report.path);
-        const Timed timed(report);
-        if (!ConvertWhole(file, report, shared, step)) {
-            isFileComplete_ = file.isLastOfFile; // for the next one, if this was the last of it
+        if (!converter.Convert(run_.sources[n - 1], report, step)) {
             if (run_.hasCommitted)
                 velReopenDatabase(job_, session);
             else
                 openDatabase();
-            if (job_.settings.blOnce)
-                readLoaded();
+            converter.ReadLoaded();
         }
         job_.host.SetProgress(ProgressBarId::Files, static_cast<std::int64_t>(n));
     }
-}
-
-/// With +once, whether the source's content, whose hash it gives, was loaded before.
-bool Batch::IsLoaded(const Source& source, FileReport& report, std::string& hash)
-{
-    if (!job_.settings.blOnce)
-        return false;
-    hash = HashOfSource(job_, source);
-    const std::optional<std::string> when = loaded_.WhenLoaded(hash);
-    if (!when)
-        return false;
-    job_.log.ProtocolAppend("Skipped, its content was loaded on " + *when + ": " + report.path);
-    report.end = FileReport::End::Skipped;
-    ++outcome_.skippedFiles;
-    return true;
-}
-
-void Batch::ConvertAndFinish(const Source& source, FileReport& report, const Shared& shared, TableSinks& sinks,
-                             Step& step)
-{
-    std::string hash;
-    if (IsLoaded(source, report, hash))
-        return RenameWhenWanted(source, step);
-    const bool converted = ConvertOneFile(source, report, shared, sinks);
-    FinishFile(source, report, converted, shared.session, hash, step);
-}
-
-/// May the run go on behind the errors that came after so many? Not when they concern more than one file, or the user
-/// has had enough.
-bool Batch::MayGoOn(std::size_t errorsBefore) const
-{
-    const std::vector<Findings::Error>& errors = job_.log.Found().errors;
-    return job_.settings.blContinue && !outcome_.cancelled && errors.size() > errorsBefore &&
-           std::none_of(errors.begin() + static_cast<std::ptrdiff_t>(errorsBefore), errors.end(),
-                        [](const Findings::Error& error) { return ConcernsWholeDatabase(error.number); });
-}
-
-/// Where a source is whole or nothing, what came of one that ends early is taken back, and the run goes on behind an
-/// error of its own. False when the database was closed for that.
-bool Batch::ConvertWhole(const Source& source, FileReport& report, const Shared& shared, Step& step)
-{
-    TableSinks sinks;
-    const auto convert = [&] { ConvertAndFinish(source, report, shared, sinks, step); };
-    if (!job_.settings.IsWholeOrNothing()) {
-        convert();
-        return true;
-    }
-    const std::size_t errorsBefore = job_.log.Found().errors.size();
-    const RunPoint before(outcome_, run_);
-    shared.filesOfRun.BeginDocument();
-    const auto takeBack = [&] {
-        run_.unfinishedRecords = 0;
-        run_.isTakenBack = true;
-        before.Restore(outcome_, run_);
-        shared.filesOfRun.TakeBackDocument();
-        sinks.Texts().TakeBack();
-    };
-    try {
-        Guarded(job_.log, convert);
-    } catch (...) {
-        takeBack();
-        throw;
-    }
-    const bool hasEnded = report.end != FileReport::End::NotTried;
-    if (hasEnded)
-        sinks.Texts().Keep();
-    else
-        takeBack();
-    if (!job_.settings.blAbort)
-        return true;
-    if (!MayGoOn(errorsBefore))
-        throw Aborted();
-    job_.settings.blAbort = false;
-    if (hasEnded) // its records are safe: it could not be renamed
-        return true;
-    run_.isTakenBack = false;
-    report.problem = job_.log.Found().errors.back().text;
-    report.end = FileReport::End::Failed;
-    report.records = 0;
-    report.values.reset();
-    ++outcome_.failedFiles;
-    job_.log.ProtocolAppend("Taken back, since it ended in an error: " + report.path);
-    shared.session.TakeBack();
-    return false;
-}
-
-/// True when the file could be read. A step that fails, or in which the user cancels, ends the run only after the
-/// closing ones: the steps between write their trace lines and no more.
-bool Batch::ConvertOneFile(const Source& source, FileReport& report, const Shared& shared, TableSinks& sinks)
-{
-    DatabaseSession& session = shared.session;
-    job_.controls.txtXML.clear();
-    job_.host.SetProgress(ProgressBarId::Records, 0);
-    LoadedXml xml = velLoadXML(job_, source);
-    const auto run = [this](auto&& step) { return Guarded(job_.log, step); };
-    const auto createDatabase = [&](const MappingPlan& plan, int pass) {
-        velCreateDatabase(job_, session, xml.document, plan, pass);
-    };
-    StructureModel model;
-    MappingPlan plan;
-    const auto readDatabase = [&]() -> const KnownDatabase& { return shared.knownTables.Read(); };
-    run([&] { velAnalyseXML(job_, xml.document, tagMap_, model, plan, readDatabase); });
-    run([&] { KeepListApart(job_, session, plan); });
-    ShowStructure(xml.document, model);
-    run([&] {
-        createDatabase(plan, job_.settings.blExtendMdb ? schema_pass::kExtendStructure : schema_pass::kCreateTables);
-    });
-    if (job_.settings.blCreateTableRelations)
-        run([&] { createDatabase(plan, schema_pass::kCreateRelations); });
-    WarnOfSize(session, EstimatedGrowth(xml.document, plan));
-    run([&] { velOpenTables(job_, session, plan, shared.filesOfRun, sinks); });
-    DocumentImport import(job_, session, source, xml.document, plan, sinks);
-    const bool imported = run([&] { import.Run(); });
-    report.values = import.Tell(imported);
-    if (report.values)
-        outcome_.leftOut.Add(*report.values);
-    outcome_.recordsWithoutText += velCloseTables(job_, session, sinks);
-    run_.unfinishedRecords = report.records = sinks.SavedRecords();
-    run_.textFilesChanged = run_.textFilesChanged || shared.filesOfRun.HasChanged() ||
-                            (job_.settings.blTextExport && run_.unfinishedRecords > 0);
-    ThrowIfAborted(job_.settings);
-    report.problem = std::move(xml.problem);
-    return xml.readable;
-}
-
-/// Before the import, which may take long and end at the limit.
-void Batch::WarnOfSize(const DatabaseSession& session, std::uint64_t growth)
-{
-    if (job_.settings.blAbort || !session.IsOpen())
-        return;
-    if (const auto warning = SizeWarning(session.SizeBytes() + growth, session.MaxSizeBytes()))
-        job_.log.Warn("nearly-full", *warning);
-}
-
-void Batch::ShowStructure(const Document& document, const StructureModel& model)
-{
-    if (!job_.host.ShowsStructure() || document.IsEmpty())
-        return;
-    job_.controls.txtXML = StructureReport(model, document);
-    job_.controls.documentTags = NamesToMap(model);
-    job_.host.ControlsChanged();
-}
-
-void Batch::FinishFile(const Source& source, FileReport& report, bool converted, DatabaseSession& session,
-                       const std::string& hash, Step& step)
-{
-    isFileComplete_ = isFileComplete_ && converted;
-    if (converted) {
-        step("Commit");
-        if (!hash.empty())
-            loaded_.Add(session, hash, report.path, report.records);
-        Commit(session);
-        run_.hasCommitted = true;
-        run_.unfinishedRecords = 0;
-        report.end = FileReport::End::Converted;
-        ++outcome_.convertedFiles;
-        run_.lastConverted = report.path;
-    } else {
-        report.end = FileReport::End::Unreadable;
-        report.values.reset();
-        ++outcome_.unreadableFiles;
-    }
-    RenameWhenWanted(source, step);
-}
-
-/// The file moves away only when its records are safe, and only when there was something to convert: it is what is left
-/// of one that could not be read. An archive moves when all that is in it was converted.
-void Batch::RenameWhenWanted(const Source& source, Step& step)
-{
-    if (!source.isLastOfFile || job_.settings.renamePattern.empty())
-        return;
-    if (!std::exchange(isFileComplete_, true)) {
-        ++outcome_.filesNotRenamed;
-        job_.log.Warn("not-renamed", "Not renamed, since it was not converted: " + source.path);
-        return;
-    }
-    if (job_.settings.blPreview)
-        return;
-    step("Rename XML file");
-    RenameConvertedFile(job_, source.path, std::time(nullptr));
-}
-
-/// What was announced has become true by it.
-void Batch::Commit(DatabaseSession& session)
-{
-    run_.commitFailed = true;
-    session.Commit();
-    run_.commitFailed = false;
-    for (const std::string& line : session.TakeAnnouncements())
-        if (!job_.settings.blPreview)
-            job_.log.ProtocolAppend(line);
 }
 
 /// After a cancel or an error. What was saved stays. A file that has not saved a record yet leaves nothing behind: the
@@ -461,7 +225,7 @@ void Batch::EndEarly(DatabaseSession& session)
 {
     try {
         if (run_.unfinishedRecords > 0 && !run_.commitFailed)
-            Commit(session);
+            CommitRun(job_, session, run_);
     } catch (const RuntimeError& error) {
         job_.log.ErrorReport("btnConvert_Click", "btnConvert_Click: Commit what was saved before the run ended early",
                              error);

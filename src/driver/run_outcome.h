@@ -55,28 +55,4 @@ struct RunState {
     bool isTakenBack = false; ///< what came of the file at which the run ended
 };
 
-/// What a run had counted at the beginning of a source, to count anew from there when the source is taken back.
-class RunPoint {
-public:
-    RunPoint(const RunOutcome& outcome, const RunState& run)
-        : values_(outcome.leftOut.values), offered_(outcome.leftOut.offered), groups_(outcome.leftOut.groups.size()),
-          recordsWithoutText_(outcome.recordsWithoutText), textFilesChanged_(run.textFilesChanged)
-    {
-    }
-    void Restore(RunOutcome& outcome, RunState& run) const
-    {
-        outcome.leftOut.values = values_;
-        outcome.leftOut.offered = offered_;
-        outcome.leftOut.groups.resize(groups_);
-        outcome.recordsWithoutText = recordsWithoutText_;
-        run.textFilesChanged = textFilesChanged_;
-    }
-
-private:
-    std::int64_t values_, offered_;
-    std::size_t groups_;
-    std::int64_t recordsWithoutText_;
-    bool textFilesChanged_;
-};
-
 } // namespace velmora

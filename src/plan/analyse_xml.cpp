@@ -1,7 +1,6 @@
 #include "plan/analyse_xml.h"
 
-#include "plan/complete_rules.h"
-#include "plan/plain_rules.h"
+#include "plan/rules.h"
 #include "xml/structure_model.h"
 
 #include <algorithm>

@@ -1,4 +1,4 @@
-#include "plan/complete_rules.h"
+#include "plan/rules.h"
 
 #include "plan/complete_model.h"
 

@@ -1,4 +1,4 @@
-#include "plan/plain_rules.h"
+#include "plan/rules.h"
 
 #include "plan/plain_names.h"
 

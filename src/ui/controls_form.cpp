@@ -1,6 +1,6 @@
 #include "ui/controls_form.h"
 
-#include "ui/path_completer.h"
+#include "ui/field_aids.h"
 
 #include <QAction>
 #include <QCheckBox>

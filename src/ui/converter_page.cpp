@@ -2,7 +2,7 @@
 
 #include "ui/control_table.h"
 #include "ui/controls_form.h"
-#include "ui/rename_codes.h"
+#include "ui/field_aids.h"
 
 #include <QCheckBox>
 #include <QComboBox>

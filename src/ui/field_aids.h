@@ -3,7 +3,10 @@
 #include <QCompleter>
 
 class QFileSystemModel;
+class QLineEdit;
+class QToolButton;
 
+/// What helps to fill in a field.
 namespace velmora {
 
 /// Offers what is in the folder that is being typed. Where a whole file has been named it offers nothing: nobody has to
@@ -24,5 +27,9 @@ private:
 
 /// Of files and folders, or of folders alone.
 [[nodiscard]] QFileSystemModel* MakeFileSystemModel(bool foldersOnly, QObject* parent);
+
+/// A button with a menu of what a rename pattern can be made of; what is chosen is put into `pattern` where the cursor
+/// is, as if it had been typed.
+[[nodiscard]] QToolButton* MakeRenameCodes(QLineEdit& pattern);
 
 } // namespace velmora
