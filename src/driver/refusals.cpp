@@ -5,6 +5,7 @@
 #include "driver/url_source.h"
 #include "platform/paths.h"
 #include "schema/target_check.h"
+#include "settings/threads.h"
 #include "source/sources_of_run.h"
 #include "xml/load_xml.h"
 
@@ -47,6 +48,8 @@ std::optional<std::string> WhyNotToBegin(const ConversionSettings& settings)
         reason = UnfitSources(settings);
     if (!reason)
         reason = UnfitEncoding(settings);
+    if (!reason)
+        reason = UnfitThreads(settings);
     return reason;
 }
 

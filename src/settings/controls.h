@@ -36,7 +36,7 @@ struct Controls {
     TextControl txtFILE_XML, txtFILE_XML_RENAMED, txtXML_URL, txtXML_USER, txtXML_PASSWORD, txtTIMEOUT;
     TextControl txtENCODING, txtUNPACK_LIMIT, txtONLY;
     TextControl txtFILE_MDB, txtFILE_EXPORT, txtFILE_TXT, txtFILE_LOG, txtFILE_MAPPING, txtDELIMITER, txtNULL,
-        txtSUMMARY;
+        txtSUMMARY, txtTHREADS;
     ComboControl cboDatabase{{"Access 2000", "Access 97"}};
     ComboControl cboEOL{{"CR LF", "LF"}};
     ComboControl cboDATE{{"2024-03-05 14:07:09", "2024-03-05T14:07:09"}};

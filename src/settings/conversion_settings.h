@@ -4,6 +4,7 @@
 #include "settings/controls.h"
 
 #include <cstddef>
+#include <cstdint>
 #include <functional>
 #include <string>
 #include <string_view>
@@ -32,6 +33,9 @@ struct ConversionSettings : RunFlags {
     std::string textFolder;
     std::string protocolFile;
     std::string summaryFile; ///< or "-" for standard output
+    std::string threads;     ///< a number; see ThreadsOf()
+    /// A document that is shorter has no further thread, which would cost more than it saves.
+    std::int64_t threadsFromBytes = 1'000'000;
     bool blRecreateDatabase = false;
     bool blExtendMdb = false;
     bool blCreateTableRelations = false;

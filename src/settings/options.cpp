@@ -409,6 +409,13 @@ constexpr Option kOptions[] = {
      .help = "write what happened as one JSON object, for scripts, however the run ends; summary=- writes it to "
              "standard output, and protocol lines then go to standard error"},
     {.group = OptionGroup::Running,
+     .control = &Controls::txtTHREADS,
+     .setting = &ConversionSettings::threads,
+     .words = "threads=",
+     .value = "NUMBER",
+     .help = "do so many things at the same time at most: threads=1 does one after another; without it as many as the "
+             "machine has processors, and 4 at most; the result is the same"},
+    {.group = OptionGroup::Running,
      .control = &Controls::chkQuiet,
      .setting = &ConversionSettings::blQuiet,
      .words = "+quiet quiet +q q",

@@ -59,6 +59,8 @@ const Look kLooks[] = {
     {&Controls::chkOnce, "chkOnce", QT_TRANSLATE_NOOP("Option", "Skip files that were loaded before"), nullptr, true},
     {&Controls::chkPreview, "chkPreview", QT_TRANSLATE_NOOP("Option", "Preview only, write nothing"), nullptr, true},
     {&Controls::txtSUMMARY, "txtSUMMARY", QT_TRANSLATE_NOOP("Option", "File for a summary in JSON"), nullptr, true},
+    {&Controls::txtTHREADS, "txtTHREADS", QT_TRANSLATE_NOOP("Option", "Threads at most"),
+     QT_TRANSLATE_NOOP("Option", "As many as there are processors, up to 4"), true},
     {&Controls::txtFILE_LOG, "txtFILE_LOG", QT_TRANSLATE_NOOP("Option", "Lo&g file")},
     {&Controls::chkRecreateDatabase, "chkRecreateDatabase", QT_TRANSLATE_NOOP("Option", "&Re-create database")},
     {&Controls::chkExtendMDB, "chkExtendMDB", QT_TRANSLATE_NOOP("Option", "&Extend database structure")},

@@ -2,6 +2,7 @@
 
 #include "xml/document.h"
 #include "xml/document_data.h"
+#include "xml/document_events.h"
 
 #include <string>
 #include <string_view>
@@ -11,18 +12,14 @@ namespace velmora {
 
 /// Builds a Document from a parser's events, in their order. Every call throws std::length_error with a text for the
 /// user when the document is larger than the arrays can number.
-class DocumentBuilder {
+class DocumentBuilder final : public DocumentEvents {
 public:
     explicit DocumentBuilder(MemoryBudget budget, Blanks blanks = Blanks::BesideChildrenDropped);
 
-    /// `attributes` are names and values by turns, ended by nullptr.
-    void StartElement(std::string_view name, const char* const* attributes);
-    void Text(std::string_view piece);
-    void EndElement();
+    void StartElement(std::string_view name, const char* const* attributes) override;
+    void Text(std::string_view piece) override;
+    void EndElement() override;
 
-    /// Bytes of text held so far, attribute values included.
-    [[nodiscard]] std::size_t TextBytes() const noexcept { return data_.text.Size(); }
-    [[nodiscard]] std::size_t OpenElements() const noexcept { return open_.size(); }
     /// Tag of the innermost open element; empty when none is open.
     [[nodiscard]] std::string_view OpenTag() const noexcept;
     /// The finished document. The builder is of no use afterwards.

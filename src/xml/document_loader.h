@@ -16,6 +16,12 @@ namespace velmora {
 /// From here on a document's arrays live in a temporary file.
 inline constexpr std::size_t kDocumentMemoryBudgetBytes = std::size_t{96} << 20;
 
+/// Who parses.
+enum class Parsing : std::uint8_t {
+    Beside, ///< the thread that builds the document, by turns
+    Ahead,  ///< a thread of its own, where the system has one to give
+};
+
 struct LoadResult {
     Document document;
     std::string problem;             ///< why the document is empty: line, column and reason; empty when it was read
@@ -27,10 +33,11 @@ struct LoadResult {
 
 /// Reads an XML document. Never throws for what the source holds: one that is not well-formed, or that cannot be read,
 /// gives an empty document and `problem`. No external entity is ever fetched. `onPiece` is called now and then, with
-/// the bytes taken of the source so far; what it throws ends the load.
+/// the bytes taken of the source so far; what it throws ends the load. The result is the same
+/// whoever parses.
 [[nodiscard]] LoadResult LoadDocument(const Source& source, const std::function<void(std::int64_t)>& onPiece,
                                       MemoryBudget budget = MemoryBudget(kDocumentMemoryBudgetBytes),
-                                      Blanks blanks = Blanks::BesideChildrenDropped);
+                                      Blanks blanks = Blanks::BesideChildrenDropped, Parsing parsing = Parsing::Beside);
 
 /// The line, counted from 1, on which `element` begins in the source from which its document was loaded. Reads it up to
 /// there: for messages. nullopt when it cannot be told any more, or in this encoding.

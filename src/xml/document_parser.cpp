@@ -1,6 +1,7 @@
 #include "xml/document_parser.h"
 
 #include <algorithm>
+#include <cstring>
 #include <new>
 #include <stdexcept>
 #include <utility>
@@ -72,21 +73,6 @@ std::string Reason(XML_Error error, std::string_view openTag)
     }
 }
 
-/// "line 12, column 7: " and `reason`: lines and columns count from 1, columns in characters. The place is where the
-/// parser is.
-std::string AtPosition(XML_Parser parser, std::string_view reason)
-{
-    return "line " + std::to_string(XML_GetCurrentLineNumber(parser)) + ", column " +
-           std::to_string(XML_GetCurrentColumnNumber(parser) + 1) + ": " + std::string(reason);
-}
-
-/// What the parser found wrong, with its place, in words for the owner of the file. `openTag` is the innermost element
-/// that is open there; empty when none is.
-std::string DescribeParserError(XML_Parser parser, std::string_view openTag)
-{
-    return AtPosition(parser, Reason(XML_GetErrorCode(parser), openTag));
-}
-
 } // namespace
 
 void SkippedEntities::Count(std::string_view name)
@@ -108,8 +94,8 @@ void SkippedEntities::CountInTag(std::string_view startTag)
     }
 }
 
-DocumentParser::DocumentParser(ParseAs parseAs, MemoryBudget budget, Blanks blanks, std::string_view only)
-    : parser_(XML_ParserCreate(ParserName(parseAs))), builder_(std::move(budget), blanks)
+DocumentParser::DocumentParser(ParseAs parseAs, DocumentEvents& events, std::string_view only)
+    : parser_(XML_ParserCreate(ParserName(parseAs))), events_(events)
 {
     if (!parser_)
         throw std::bad_alloc();
@@ -151,7 +137,7 @@ bool DocumentParser::Takes(const XML_Char* name)
         return false;
     const char* const noAttributes = nullptr;
     for (const std::string& tag : filter_->TakeWrapping())
-        builder_.StartElement(tag, &noAttributes);
+        events_.StartElement(tag, &noAttributes);
     return true;
 }
 
@@ -161,9 +147,12 @@ void DocumentParser::OnStart(void* self, const XML_Char* name, const XML_Char** 
     parser.Guard([&] {
         if (!parser.Takes(name))
             return;
-        parser.builder_.StartElement(name, attributes);
-        if (parser.hasDoctype_ && *attributes != nullptr)
+        parser.events_.StartElement(name, attributes);
+        if (parser.hasDoctype_ && *attributes != nullptr) {
             parser.skipped_.CountInTag(parser.CurrentTag());
+            for (; *attributes != nullptr; attributes += 2)
+                parser.CountText(std::strlen(attributes[1]));
+        }
     });
 }
 
@@ -172,7 +161,7 @@ void DocumentParser::OnEnd(void* self, const XML_Char*)
     auto& parser = *static_cast<DocumentParser*>(self);
     parser.Guard([&] {
         if (!parser.filter_ || parser.filter_->Leave())
-            parser.builder_.EndElement();
+            parser.events_.EndElement();
     });
 }
 
@@ -182,9 +171,9 @@ void DocumentParser::OnText(void* self, const XML_Char* text, int length)
     if (parser.filter_ && !parser.filter_->IsInside())
         return;
     parser.Guard([&] {
-        parser.builder_.Text({text, static_cast<std::size_t>(length)});
-        if (parser.builder_.TextBytes() > parser.textLimit_)
-            throw std::length_error("its entities make too much text of it");
+        parser.events_.Text({text, static_cast<std::size_t>(length)});
+        if (parser.hasDoctype_)
+            parser.CountText(static_cast<std::size_t>(length));
     });
 }
 
@@ -254,6 +243,13 @@ void DocumentParser::CountInput(std::size_t bytes) noexcept
     textLimit_ = kTextAllowanceBytes + kTextPerByte * bytesGiven_;
 }
 
+void DocumentParser::CountText(std::size_t bytes)
+{
+    textBytes_ += bytes;
+    if (textBytes_ > textLimit_)
+        throw std::length_error("its entities make too much text of it");
+}
+
 bool DocumentParser::ParseBuffer(std::size_t bytes)
 {
     CountInput(bytes);
@@ -277,18 +273,30 @@ bool DocumentParser::Succeeded(XML_Status status)
         try {
             std::rethrow_exception(failure_);
         } catch (const std::length_error& tooLarge) {
-            problem_ = AtPosition(parser_.get(), tooLarge.what());
+            tooLarge_ = tooLarge.what();
             return false;
         }
     }
     if (status == XML_STATUS_OK)
         return true;
-    if (XML_GetErrorCode(parser_.get()) == XML_ERROR_NO_MEMORY)
+    error_ = XML_GetErrorCode(parser_.get());
+    if (error_ == XML_ERROR_NO_MEMORY)
         throw std::bad_alloc();
-    problem_ = DescribeParserError(parser_.get(), builder_.OpenTag());
-    if (XML_GetErrorCode(parser_.get()) == XML_ERROR_UNKNOWN_ENCODING)
-        problem_ += " " + unknownEncoding_;
     return false;
+}
+
+std::string DocumentParser::Problem(std::string_view openTag) const
+{
+    const std::string problem = AtPosition(tooLarge_.empty() ? Reason(error_, openTag) : tooLarge_);
+    return error_ == XML_ERROR_UNKNOWN_ENCODING ? problem + " " + unknownEncoding_ : problem;
+}
+
+/// "line 12, column 7: " and `reason`: lines and columns count from 1, columns in characters. The place is where the
+/// parser is.
+std::string DocumentParser::AtPosition(std::string_view reason) const
+{
+    return "line " + std::to_string(XML_GetCurrentLineNumber(parser_.get())) + ", column " +
+           std::to_string(XML_GetCurrentColumnNumber(parser_.get()) + 1) + ": " + std::string(reason);
 }
 
 bool DocumentParser::IsStuck() noexcept
@@ -299,10 +307,9 @@ bool DocumentParser::IsStuck() noexcept
     return stuck;
 }
 
-LoadResult DocumentParser::Take()
+LoadResult DocumentParser::Result() const
 {
     LoadResult result;
-    result.document = builder_.Take();
     result.skippedEntities = skipped_.Number();
     result.firstSkipped = skipped_.First();
     if (filter_)

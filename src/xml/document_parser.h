@@ -1,6 +1,6 @@
 #pragma once
 
-#include "xml/document_builder.h"
+#include "xml/document_events.h"
 #include "xml/document_loader.h"
 #include "xml/input_encoding.h"
 #include "xml/path_filter.h"
@@ -39,11 +39,11 @@ private:
     std::string first_;
 };
 
-/// One parse: takes the parser's events and gives them to the builder.
+/// One parse: tells of what is in the document, and of what is wrong with it.
 class DocumentParser {
 public:
-    /// Takes the elements at the paths `only`, see PathFilter; all of them when it is empty.
-    DocumentParser(ParseAs parseAs, MemoryBudget budget, Blanks blanks, std::string_view only);
+    /// Takes the elements at the paths `only`, see PathFilter; all of them when it is empty. Tells `events` of them.
+    DocumentParser(ParseAs parseAs, DocumentEvents& events, std::string_view only);
 
     /// Where up to `bytes` bytes for the next ParseBuffer go.
     [[nodiscard]] void* Buffer(std::size_t bytes);
@@ -54,9 +54,11 @@ public:
 
     /// Is the parser waiting for the end of a token that began before the last call?
     [[nodiscard]] bool IsStuck() noexcept;
-    [[nodiscard]] const std::string& Problem() const noexcept { return problem_; }
-    /// The finished document and what is known of skipped entities.
-    [[nodiscard]] LoadResult Take();
+    /// What the parser found wrong, with its place, in words for the owner of the file. `openTag` is the innermost
+    /// element that is open there; empty when none is.
+    [[nodiscard]] std::string Problem(std::string_view openTag) const;
+    /// All but the document.
+    [[nodiscard]] LoadResult Result() const;
 
 private:
     /// Whether the element that begins is taken; begins those around it that have not.
@@ -81,6 +83,8 @@ private:
     void Guard(Step&& step) noexcept;
     [[nodiscard]] bool Succeeded(XML_Status status);
     void CountInput(std::size_t bytes) noexcept;
+    void CountText(std::size_t bytes);
+    [[nodiscard]] std::string AtPosition(std::string_view reason) const;
     [[nodiscard]] std::string_view CurrentTag() const noexcept;
 
     struct ParserDeleter {
@@ -88,15 +92,17 @@ private:
     };
 
     std::unique_ptr<XML_ParserStruct, ParserDeleter> parser_;
-    DocumentBuilder builder_;
+    DocumentEvents& events_;
     std::optional<PathFilter> filter_; ///< none: all of the document is taken
     std::exception_ptr failure_;
-    std::string problem_;
+    XML_Error error_ = XML_ERROR_NONE;
+    std::string tooLarge_;        ///< in what the document is
     std::string unknownEncoding_; ///< as it is declared
     std::size_t bytesGiven_ = 0;
+    std::size_t textBytes_ = 0; ///< counted only where entities may make more of it
     std::size_t textLimit_ = 0;
     XML_Index lastIndex_ = -1;
-    bool hasDoctype_ = false; ///< without one there is no entity that could be skipped
+    bool hasDoctype_ = false; ///< without one there is no entity that could be skipped, or be long
     SkippedEntities skipped_;
 };
 

@@ -138,6 +138,21 @@ std::optional<InputEncoding> EncodingNamed(std::string_view name)
     return InputEncoding{ParseAs::Utf8, std::move(charset)};
 }
 
+InputEncoding EncodingOf(const Source& source, std::string_view firstBytes)
+{
+    if (!source.encoding.empty() && !HasByteOrderMark(firstBytes))
+        if (const auto named = EncodingNamed(source.encoding))
+            return *named;
+    return DetectEncoding(firstBytes);
+}
+
+std::string FirstBytes(SourceStream& stream)
+{
+    std::string head(kEncodingSniffBytes, '\0');
+    head.resize(stream.Read(head.data(), head.size()));
+    return head;
+}
+
 bool HasByteOrderMark(std::string_view firstBytes) noexcept
 {
     using namespace std::string_view_literals;

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "source/source.h"
+
 #include <cstddef>
 #include <optional>
 #include <string>
@@ -30,6 +32,12 @@ inline constexpr std::size_t kEncodingSniffBytes = 1024;
 
 /// The encoding of this name, whatever a file declares; nullopt when nobody knows it.
 [[nodiscard]] std::optional<InputEncoding> EncodingNamed(std::string_view name);
+
+/// What the source is said to be, or what its first bytes tell.
+[[nodiscard]] InputEncoding EncodingOf(const Source& source, std::string_view firstBytes);
+
+/// Reads them.
+[[nodiscard]] std::string FirstBytes(SourceStream& stream);
 
 [[nodiscard]] bool HasByteOrderMark(std::string_view firstBytes) noexcept;
 

@@ -1,5 +1,6 @@
 #include "xml/load_xml.h"
 
+#include "settings/threads.h"
 #include "xml/document_loader.h"
 #include "xml/input_encoding.h"
 
@@ -10,6 +11,14 @@
 namespace velmora {
 
 namespace {
+
+/// What is no file may let its reader wait, who is then to be the thread that a cancel reaches.
+Parsing ParsingOf(const ConversionSettings& settings, const Source& source)
+{
+    const std::int64_t bytes = BytesOf(source);
+    return bytes > 0 && bytes >= settings.threadsFromBytes && ThreadsOf(settings) > 1 ? Parsing::Ahead
+                                                                                      : Parsing::Beside;
+}
 
 /// The lines about what the load left out.
 void ReportLoad(Job& job, const Source& source, const LoadResult& loaded)
@@ -65,7 +74,8 @@ LoadedXml velLoadXML(Job& job, const Source& source)
             job.ProcessEvents();
         };
         job.host.SetProgressRange(ProgressBarId::Bytes, BytesOf(source));
-        LoadResult loaded = LoadDocument(source, onPiece, MemoryBudget(kDocumentMemoryBudgetBytes), blanks);
+        LoadResult loaded = LoadDocument(source, onPiece, MemoryBudget(kDocumentMemoryBudgetBytes), blanks,
+                                         ParsingOf(job.settings, source));
         ReportLoad(job, source, loaded);
         result.readable = loaded.problem.empty();
         result.problem = std::move(loaded.problem);

@@ -53,6 +53,7 @@ TEST_F(PackedTest, EveryFormIsReadAndWhatCannotBeIsNamed)
         {"xml=- rename=b <plain", 2, {"xml=- and rename= do not go together"}},
         {"xml=plain encoding=nonsense", 2, {"encoding= names \"nonsense\", which is not known"}},
         {"xml=plain unpack_limit=much", 2, {"unpack_limit= takes a number of MB"}},
+        {"xml=plain threads=0", 2, {"threads= takes a number from 1 to 1000, not \"0\""}},
         {"xml=twice.gz", 3, {"Not loaded: twice.gz: something packed inside of something packed is not read"}},
         {"xml=cut.gz", 3, {"Not loaded: cut.gz: cannot be unpacked: "}},
         {"xml=large.gz unpack_limit=1", 3, {"unpacks to more than 1 MB; unpack_limit= allows more"}},

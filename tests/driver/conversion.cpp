@@ -52,6 +52,8 @@ std::string RelationsOf(jet::Connection& connection)
 Conversion::Conversion() : job(host), batch(job, map, {folder_.Path().string(), folder_.Path().string()})
 {
     Options("+quiet");
+    job.controls.txtTHREADS.text = TestThreads();
+    job.settings.threadsFromBytes = 0;
     job.controls.txtFILE_XML.text = (folder_ / "*.xml").string();
     job.controls.txtFILE_MDB.text = Target().string();
 }

@@ -95,4 +95,10 @@ std::filesystem::path CopyOf(const std::filesystem::path& original, const std::f
     return ExpectSound(std::vector<std::filesystem::path>{file});
 }
 
+const char* TestThreads()
+{
+    const char* const value = std::getenv("VELMORA_TEST_THREADS");
+    return value == nullptr ? "1" : value;
+}
+
 } // namespace velmora::testing

@@ -58,4 +58,7 @@ std::filesystem::path CopyOf(const std::filesystem::path& original, const std::f
 
 #define EXPECT_SOUND(file) EXPECT_TRUE(::velmora::testing::ExpectSound(file))
 
+/// For how many threads the tests of conversions ask, on the smallest document too: what VELMORA_TEST_THREADS says.
+[[nodiscard]] const char* TestThreads();
+
 } // namespace velmora::testing

@@ -116,9 +116,7 @@ TEST(DocumentLoader, SaysWhereAndWhyAFileCannotBeRead)
         EXPECT_TRUE(loaded.document.IsEmpty());
     }
     const testing::TempFolder folder;
-    const auto load = [](const std::filesystem::path& path) {
-        return LoadDocument(path.string(), [](std::int64_t) {});
-    };
+    const auto load = [](const std::filesystem::path& path) { return testing::LoadFile(path.string()); };
     EXPECT_EQ(load(folder.Path()).problem, "cannot be read: Is a directory");
     EXPECT_EQ(load(folder / "missing.xml").problem, "cannot be read: No such file or directory");
 }
@@ -186,7 +184,7 @@ TEST(DocumentLoader, EndsWithWhatIsThrownBetweenTwoPieces)
         if (++pieces == 3)
             throw Aborted();
     };
-    EXPECT_THROW(static_cast<void>(LoadDocument(path, onPiece)), Aborted);
+    EXPECT_THROW(static_cast<void>(testing::LoadFile(path, onPiece)), Aborted);
     EXPECT_EQ(pieces, 3);
 }
 
@@ -255,7 +253,7 @@ TEST(DocumentLoader, TakesOnlyTheElementsAtSomePaths)
     for (const Case& c : cases) {
         SCOPED_TRACE(c.only);
         source.only = c.only;
-        const LoadResult loaded = LoadDocument(source, [](std::int64_t) {});
+        const LoadResult loaded = testing::LoadFile(source);
         EXPECT_EQ(DocumentText(loaded.document), c.document);
         EXPECT_EQ(loaded.unmatched, c.unmatched);
     }

@@ -8,13 +8,22 @@
 
 namespace velmora::testing {
 
+/// As this run of the tests is to parse.
+inline LoadResult LoadFile(
+    const Source& source, const std::function<void(std::int64_t)>& onPiece = [](std::int64_t) {},
+    MemoryBudget budget = MemoryBudget(kDocumentMemoryBudgetBytes))
+{
+    const Parsing parsing = std::string_view(TestThreads()) == "1" ? Parsing::Beside : Parsing::Ahead;
+    return LoadDocument(source, onPiece, std::move(budget), Blanks::BesideChildrenDropped, parsing);
+}
+
 /// Loads `bytes` as a file.
 inline LoadResult LoadBytes(std::string_view bytes, MemoryBudget budget = MemoryBudget(kDocumentMemoryBudgetBytes))
 {
     const TempFolder folder;
     const std::string path = (folder / "document.xml").string();
     WriteFile(path, bytes);
-    return LoadDocument(
+    return LoadFile(
         path, [](std::int64_t) {}, std::move(budget));
 }
 

@@ -382,6 +382,18 @@
             <translation>das Kennwort des Benutzers</translation>
         </message>
         <message>
+            <source>Threads at most</source>
+            <translation>Threads höchstens</translation>
+        </message>
+        <message>
+            <source>As many as there are processors, up to 4</source>
+            <translation>So viele, wie es Prozessoren gibt, bis zu 4</translation>
+        </message>
+        <message>
+            <source>do so many things at the same time at most: threads=1 does one after another; without it as many as the machine has processors, and 4 at most; the result is the same</source>
+            <translation>höchstens so vieles gleichzeitig tun: threads=1 tut eines nach dem anderen; ohne Angabe so viel, wie der Rechner Prozessoren hat, und höchstens 4; das Ergebnis ist dasselbe</translation>
+        </message>
+        <message>
             <source>end a download that takes longer; without it, it takes as long as it takes</source>
             <translation>ein Herunterladen beenden, das länger dauert; ohne Angabe dauert es, so lange es dauert</translation>
         </message>
