@@ -66,6 +66,7 @@ public:
     explicit PagedArray(MemoryBudget& budget) noexcept : memory_(budget) {}
 
     [[nodiscard]] std::size_t Size() const noexcept { return size_; }
+    [[nodiscard]] const T* Data() const noexcept { return Items(); }
     [[nodiscard]] T& operator[](std::size_t index) noexcept { return Items()[index]; }
     [[nodiscard]] const T& operator[](std::size_t index) const noexcept { return Items()[index]; }
 

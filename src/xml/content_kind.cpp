@@ -78,19 +78,28 @@ bool IsTiny(const Numeral& numeral)
     return exponent - static_cast<long long>(zeros) < 0;
 }
 
-/// What most numbers are: a few digits and nothing else.
-std::optional<double> ParseShortWhole(std::string_view text)
+/// What most numbers are: a few digits, perhaps with a point among them, and nothing else.
+std::optional<double> ParseShortNumber(std::string_view text)
 {
-    constexpr std::size_t kExactDigits = 15; // a double holds every number of so many
+    // A double holds every number of so many digits, and every power of ten that divides it here: the quotient is the
+    // nearest double that there is.
+    constexpr std::size_t kExactDigits = 15;
+    static constexpr double kPowers[] = {1,   1e1, 1e2,  1e3,  1e4,  1e5,  1e6,  1e7,
+                                         1e8, 1e9, 1e10, 1e11, 1e12, 1e13, 1e14, 1e15};
     if (text.empty() || text.size() > kExactDigits)
         return std::nullopt;
     std::int64_t value = 0;
-    for (const char c : text) {
-        if (!IsDigit(c))
+    std::size_t point = text.size();
+    for (std::size_t i = 0; i < text.size(); ++i) {
+        if (IsDigit(text[i]))
+            value = 10 * value + (text[i] - '0');
+        else if (text[i] == '.' && point == text.size() && text.size() > 1)
+            point = i;
+        else
             return std::nullopt;
-        value = 10 * value + (c - '0');
     }
-    return static_cast<double>(value);
+    const std::size_t decimals = point == text.size() ? 0 : text.size() - point - 1;
+    return static_cast<double>(value) / kPowers[decimals];
 }
 
 } // namespace
@@ -121,7 +130,7 @@ std::size_t Utf16Length(std::string_view text) noexcept
 
 ContentKind ClassifyContent(std::string_view content) noexcept
 {
-    if (const std::optional<double> value = ParseShortWhole(content))
+    if (const std::optional<double> value = ParseShortNumber(content))
         return {kNumericContent, *value};
     const std::string_view trimmed = TrimWhiteSpace(content);
     if (trimmed.empty())

@@ -13,11 +13,6 @@ Document::~Document() = default;
 Document::Document(Document&&) noexcept = default;
 Document& Document::operator=(Document&&) noexcept = default;
 
-std::size_t Document::ElementCount() const noexcept
-{
-    return impl_->elements.Size();
-}
-
 std::uint64_t Document::TextBytes() const noexcept
 {
     return impl_->text.Size();
@@ -77,72 +72,13 @@ bool IsBlank(std::string_view text) noexcept
                        [](char c) { return c == ' ' || c == '\n' || c == '\t' || c == '\r'; });
 }
 
-NameId Document::Name(ElementId element) const noexcept
+void Document::NotePassage(ElementId element) const noexcept
 {
-    return impl_->paths.Name(Path(element));
-}
-
-PathId Document::Path(ElementId element) const noexcept
-{
-    return impl_->groups[impl_->elements[element].group].path;
-}
-
-ElementId Document::Parent(ElementId element) const noexcept
-{
-    return impl_->groups[impl_->elements[element].group].parent;
-}
-
-ElementId Document::FirstChild(ElementId element) const noexcept
-{
-    return impl_->elements[element].childCount == 0 ? kNoElement : element + 1;
-}
-
-ElementId Document::NextSibling(ElementId element) const noexcept
-{
-    return impl_->elements[element].nextSibling;
-}
-
-std::uint32_t Document::ChildCount(ElementId element) const noexcept
-{
-    return impl_->elements[element].childCount;
-}
-
-std::uint32_t Document::SameTagCount(ElementId element) const noexcept
-{
-    return impl_->groups[impl_->elements[element].group].count;
-}
-
-std::string_view Document::Content(ElementId element) const noexcept
-{
-    return impl_->Text(impl_->elements[element].content);
-}
-
-std::uint32_t Document::AttributeCount(ElementId element) const noexcept
-{
-    const bool isLast = element + 1 == impl_->elements.Size();
-    const std::size_t end = isLast ? impl_->attributes.Size() : impl_->elements[element + 1].firstAttribute;
-    return static_cast<std::uint32_t>(end) - impl_->elements[element].firstAttribute;
-}
-
-NameId Document::AttributeName(ElementId element, std::uint32_t index) const noexcept
-{
-    return impl_->attributes[impl_->elements[element].firstAttribute + index].name;
-}
-
-void Document::Passed(ElementId element) const noexcept
-{
-    if (!impl_->budget.isExceeded)
-        return;
     const ElementRecord& record = impl_->elements[element];
     TextRange text = record.content;
     if (text.lengthBytes == 0 && record.firstAttribute < impl_->attributes.Size())
         text = impl_->attributes[record.firstAttribute].value;
     impl_->NotePassage(element, text.lengthBytes == 0 ? impl_->SlotOfPassage() : text.slot);
-}
-
-std::string_view Document::AttributeValue(ElementId element, std::uint32_t index) const noexcept
-{
-    return impl_->Text(impl_->attributes[impl_->elements[element].firstAttribute + index].value);
 }
 
 } // namespace velmora

@@ -36,6 +36,37 @@ private:
     std::unique_ptr<Impl> impl_;
 };
 
+/// Texts begin at multiples of 4 bytes, so that 32 bits reach 16 GiB of them.
+inline constexpr std::size_t kTextSlotBytes = 4;
+
+struct TextRange {
+    std::uint32_t slot = 0; ///< first byte divided by kTextSlotBytes
+    std::uint32_t lengthBytes = 0;
+};
+
+/// Elements stand in the order of their start tags: the first child of an element is the element behind it, and the
+/// attributes of an element end where those of the element behind it begin.
+struct ElementRecord {
+    std::uint32_t group = 0; ///< SiblingGroup it belongs to
+    ElementId nextSibling = kNoElement;
+    std::uint32_t childCount = 0;
+    std::uint32_t firstAttribute = 0;
+    TextRange content;
+};
+static_assert(sizeof(ElementRecord) == 24);
+
+/// The children of one parent that bear one tag.
+struct SiblingGroup {
+    ElementId parent = kNoElement;
+    PathId path = 0;
+    std::uint32_t count = 0;
+};
+
+struct AttributeRecord {
+    NameId name = 0;
+    TextRange value;
+};
+
 /// Is there nothing but what XML takes for white space?
 [[nodiscard]] bool IsBlank(std::string_view text) noexcept;
 
@@ -55,7 +86,7 @@ public:
     Document& operator=(Document&&) noexcept;
 
     [[nodiscard]] bool IsEmpty() const noexcept { return ElementCount() == 0; }
-    [[nodiscard]] std::size_t ElementCount() const noexcept;
+    [[nodiscard]] std::size_t ElementCount() const noexcept { return arrays_.elementCount; }
     /// Of all contents and attribute values together, about.
     [[nodiscard]] std::uint64_t TextBytes() const noexcept;
     [[nodiscard]] PathTree& Paths() noexcept;
@@ -65,30 +96,84 @@ public:
     /// "//doc/item" for the item in doc. Cut in the middle when longer than `limit` bytes.
     [[nodiscard]] std::string PathText(PathId path, std::size_t limit = 1000) const;
 
-    // Of one element. All O(1).
+    // Of one element. All O(1), and asked so often that they stand here.
     [[nodiscard]] ElementId Root() const noexcept { return IsEmpty() ? kNoElement : 0; }
-    [[nodiscard]] NameId Name(ElementId element) const noexcept;
-    [[nodiscard]] PathId Path(ElementId element) const noexcept;
-    [[nodiscard]] ElementId Parent(ElementId element) const noexcept;
-    [[nodiscard]] ElementId FirstChild(ElementId element) const noexcept;
-    [[nodiscard]] ElementId NextSibling(ElementId element) const noexcept;
-    [[nodiscard]] std::uint32_t ChildCount(ElementId element) const noexcept;
+    [[nodiscard]] NameId Name(ElementId element) const noexcept { return Paths().Name(Path(element)); }
+    [[nodiscard]] PathId Path(ElementId element) const noexcept { return Group(element).path; }
+    [[nodiscard]] ElementId Parent(ElementId element) const noexcept { return Group(element).parent; }
+    [[nodiscard]] ElementId FirstChild(ElementId element) const noexcept
+    {
+        return ChildCount(element) == 0 ? kNoElement : element + 1;
+    }
+    [[nodiscard]] ElementId NextSibling(ElementId element) const noexcept
+    {
+        return arrays_.elements[element].nextSibling;
+    }
+    [[nodiscard]] std::uint32_t ChildCount(ElementId element) const noexcept
+    {
+        return arrays_.elements[element].childCount;
+    }
     /// How many children of the element's parent bear its tag, itself included; 1 for the document element.
-    [[nodiscard]] std::uint32_t SameTagCount(ElementId element) const noexcept;
+    [[nodiscard]] std::uint32_t SameTagCount(ElementId element) const noexcept { return Group(element).count; }
     /// The element's own character data, pieces joined; white space between child elements as Blanks says.
-    [[nodiscard]] std::string_view Content(ElementId element) const noexcept;
-    [[nodiscard]] std::uint32_t AttributeCount(ElementId element) const noexcept;
-    [[nodiscard]] NameId AttributeName(ElementId element, std::uint32_t index) const noexcept;
-    [[nodiscard]] std::string_view AttributeValue(ElementId element, std::uint32_t index) const noexcept;
+    [[nodiscard]] std::string_view Content(ElementId element) const noexcept
+    {
+        return Text(arrays_.elements[element].content);
+    }
+    [[nodiscard]] std::uint32_t AttributeCount(ElementId element) const noexcept
+    {
+        const ElementRecord* const record = arrays_.elements + element;
+        const bool isLast = element + 1 == arrays_.elementCount;
+        return (isLast ? arrays_.attributeCount : record[1].firstAttribute) - record->firstAttribute;
+    }
+    [[nodiscard]] NameId AttributeName(ElementId element, std::uint32_t index) const noexcept
+    {
+        return Attribute(element, index).name;
+    }
+    [[nodiscard]] std::string_view AttributeValue(ElementId element, std::uint32_t index) const noexcept
+    {
+        return Text(Attribute(element, index).value);
+    }
 
     /// To be told by a walk, at each element that it comes to: of a document too large for the memory, what was passed
     /// leaves it.
-    void Passed(ElementId element) const noexcept;
+    void Passed(ElementId element) const noexcept
+    {
+        if (arrays_.areInFile)
+            NotePassage(element);
+    }
 
 private:
     friend class DocumentBuilder;
     class Impl;
+    /// Where the arrays lie when all of the document has been loaded.
+    struct Arrays {
+        const ElementRecord* elements = nullptr;
+        const SiblingGroup* groups = nullptr;
+        const AttributeRecord* attributes = nullptr;
+        const char* text = nullptr;
+        std::size_t elementCount = 0;
+        std::uint32_t attributeCount = 0;
+        bool areInFile = false; ///< some of them
+    };
+
+    [[nodiscard]] const SiblingGroup& Group(ElementId element) const noexcept
+    {
+        return arrays_.groups[arrays_.elements[element].group];
+    }
+    [[nodiscard]] const AttributeRecord& Attribute(ElementId element, std::uint32_t index) const noexcept
+    {
+        return arrays_.attributes[arrays_.elements[element].firstAttribute + index];
+    }
+    [[nodiscard]] std::string_view Text(TextRange range) const noexcept
+    {
+        return {arrays_.text + range.slot * kTextSlotBytes, range.lengthBytes};
+    }
+
+    void NotePassage(ElementId element) const noexcept;
+
     std::unique_ptr<Impl> impl_;
+    Arrays arrays_;
 };
 
 } // namespace velmora

@@ -151,6 +151,15 @@ TextRange DocumentBuilder::CloseText(std::size_t begin)
     return {static_cast<std::uint32_t>(begin / kTextSlotBytes), static_cast<std::uint32_t>(length)};
 }
 
+Document DocumentBuilder::Take() noexcept
+{
+    document_.arrays_ = {data_.elements.Data(),   data_.groups.Data(),
+                         data_.attributes.Data(), data_.text.Data(),
+                         data_.elements.Size(),   static_cast<std::uint32_t>(data_.attributes.Size()),
+                         data_.budget.isExceeded};
+    return std::move(document_);
+}
+
 std::string_view DocumentBuilder::OpenTag() const noexcept
 {
     return open_.empty() ? std::string_view{} : data_.names.Text(data_.paths.Name(open_.back().path));

@@ -23,7 +23,7 @@ public:
     /// Tag of the innermost open element; empty when none is open.
     [[nodiscard]] std::string_view OpenTag() const noexcept;
     /// The finished document. The builder is of no use afterwards.
-    [[nodiscard]] Document Take() noexcept { return std::move(document_); }
+    [[nodiscard]] Document Take() noexcept;
 
 private:
     struct OpenElement {

@@ -35,7 +35,8 @@ struct SiblingRun {
 class StructureAnalyser {
 public:
     StructureAnalyser(Job& job, Document& document, StructureModel& model)
-        : job_(job), document_(document), paths_(document.Paths()), model_(model)
+        : job_(job), importsAttributes_(job.settings.blImportAttributes), document_(document), paths_(document.Paths()),
+          model_(model)
     {
     }
 
@@ -44,22 +45,33 @@ public:
 private:
     void BeginRun(ElementId first, PathId parentPath);
     void EndRun(const SiblingRun& run, ElementId last);
-    void RegisterWithAttributes(ElementId element);
-    void CountLeaf(SiblingRun& run);
+    [[nodiscard]] Occurrence Look(ElementId element) const;
+    void RegisterAttributes(ElementId element, PathId path, std::uint32_t count);
+    void CountLeaf(SiblingRun& run, const Occurrence& leaf);
 
-    void Register(std::int32_t level, PathId path, NameId name, const Occurrence& seen);
-    void Append(std::int32_t level, PathId path, NameId name, const Occurrence& seen);
-    void RegisterInnerEntry(std::int32_t level, PathId path, NameId name, std::string_view content);
+    void Register(std::int32_t level, PathId path, const Occurrence& seen);
+    void Append(std::int32_t level, PathId path, const Occurrence& seen);
+    void RegisterInnerEntry(std::int32_t level, PathId path, std::string_view content);
     static void Merge(ElementInfo& entry, const Occurrence& seen);
+    static void MergeContent(ElementInfo& entry, std::string_view content);
+    [[nodiscard]] PathId PathOfAttribute(PathId path, std::uint32_t index, NameId attribute);
     [[nodiscard]] NameId WithAttributePrefix(NameId attribute);
 
     Job& job_;
+    const bool importsAttributes_;
     Document& document_;
     PathTree& paths_;
     StructureModel& model_;
     std::vector<SiblingRun> runs_; ///< innermost last: a run's level is its place
     std::vector<NameId> prefixed_; ///< by attribute name: the name of its column, kNoName until it is asked for
     static constexpr NameId kNoName = ~NameId{0};
+
+    struct AttributePath {
+        NameId attribute = kNoName;
+        PathId path = 0;
+    };
+    /// By the element's path and the attribute's place in the tag: what stood there last, which mostly comes again.
+    std::vector<std::vector<AttributePath>> attributePaths_;
 };
 
 /// The walk keeps its own stack: the depth of a document is not limited by that of the program's.
@@ -69,12 +81,17 @@ void StructureAnalyser::WalkDocument()
     while (!runs_.empty()) {
         SiblingRun& run = runs_.back();
         const ElementId element = run.element;
-        RegisterWithAttributes(element);
-        if (const ElementId child = document_.FirstChild(element); child != kNoElement) {
-            BeginRun(child, document_.Path(element));
+        document_.Passed(element);
+        const Occurrence seen = Look(element);
+        const PathId path = document_.Path(element);
+        Register(static_cast<std::int32_t>(runs_.size()) - 1, path, seen);
+        if (seen.attributeCount > 0 && importsAttributes_)
+            RegisterAttributes(element, path, static_cast<std::uint32_t>(seen.attributeCount));
+        if (seen.childCount > 0) {
+            BeginRun(document_.FirstChild(element), path);
             continue;
         }
-        CountLeaf(run);
+        CountLeaf(run, seen);
         // On to the next sibling, or, where a run ends, to that of the nearest element above it.
         while (!runs_.empty()) {
             SiblingRun& innermost = runs_.back();
@@ -103,61 +120,58 @@ void StructureAnalyser::EndRun(const SiblingRun& run, ElementId last)
 {
     if (!job_.settings.blSkipEmptyWrappingTags)
         return;
-    const std::int32_t attributes =
-        job_.settings.blImportAttributes ? static_cast<std::int32_t>(document_.AttributeCount(last)) : 0;
+    const std::int32_t attributes = importsAttributes_ ? static_cast<std::int32_t>(document_.AttributeCount(last)) : 0;
     if (run.plainLeafCount - attributes == 0)
         --model_.lngRecordEstimate;
 }
 
-void StructureAnalyser::RegisterWithAttributes(ElementId element)
+Occurrence StructureAnalyser::Look(ElementId element) const
 {
-    document_.Passed(element);
-    const auto level = static_cast<std::int32_t>(runs_.size()) - 1;
-    const PathId path = document_.Path(element);
     Occurrence seen;
     seen.childCount = static_cast<std::int32_t>(document_.ChildCount(element));
-    seen.twinCount =
-        seen.childCount == 0 && level >= 1 ? static_cast<std::int32_t>(document_.SameTagCount(element)) - 1 : 0;
+    if (seen.childCount == 0)
+        seen.twinCount = static_cast<std::int32_t>(document_.SameTagCount(element)) - 1;
     seen.attributeCount = static_cast<std::int32_t>(document_.AttributeCount(element));
     seen.content = document_.Content(element);
-    Register(level, path, document_.Name(element), seen);
-    if (!job_.settings.blImportAttributes)
-        return;
-    const std::uint32_t count = document_.AttributeCount(element);
+    return seen;
+}
+
+void StructureAnalyser::RegisterAttributes(ElementId element, PathId path, std::uint32_t count)
+{
+    const auto level = static_cast<std::int32_t>(runs_.size());
     for (std::uint32_t i = 0; i < count; ++i) {
         const NameId attribute = document_.AttributeName(element, i);
-        const NameId name = WithAttributePrefix(attribute);
-        Register(level + 1, paths_.Child(path, name), name,
+        Register(level, PathOfAttribute(path, i, attribute),
                  {.content = document_.AttributeValue(element, i), .attribute = attribute});
     }
 }
 
-void StructureAnalyser::CountLeaf(SiblingRun& run)
+void StructureAnalyser::CountLeaf(SiblingRun& run, const Occurrence& leaf)
 {
-    const bool attributesOnly = document_.AttributeCount(run.element) >= 1 && document_.Content(run.element).empty();
-    if (attributesOnly || document_.SameTagCount(run.element) >= 2)
+    const bool attributesOnly = leaf.attributeCount >= 1 && leaf.content.empty();
+    if (attributesOnly || leaf.twinCount >= 1)
         ++model_.lngRecordEstimate;
     else
         ++run.plainLeafCount;
 }
 
-void StructureAnalyser::Register(std::int32_t level, PathId path, NameId name, const Occurrence& seen)
+void StructureAnalyser::Register(std::int32_t level, PathId path, const Occurrence& seen)
 {
     const std::size_t number = model_.Find(path);
     if (number == 0) {
-        Append(level, path, name, seen);
+        Append(level, path, seen);
         return;
     }
     ElementInfo& entry = model_.Element(number);
     if (seen.IsRepeatedLeaf() && entry.lngMaxChildren == 0 && entry.lngMaxTwins == 0) {
         entry.lngMaxTwins = seen.twinCount;
-        RegisterInnerEntry(level, path, name, seen.content);
+        RegisterInnerEntry(level, path, seen.content);
         return;
     }
     Merge(entry, seen);
 }
 
-void StructureAnalyser::Append(std::int32_t level, PathId path, NameId name, const Occurrence& seen)
+void StructureAnalyser::Append(std::int32_t level, PathId path, const Occurrence& seen)
 {
     const ContentKind kind = ClassifyContent(seen.content);
     ElementInfo entry;
@@ -166,35 +180,51 @@ void StructureAnalyser::Append(std::int32_t level, PathId path, NameId name, con
     entry.lngMaxTwins = seen.twinCount;
     entry.lngAttributes = seen.attributeCount;
     entry.intLevel = level;
-    entry.strName = std::string(document_.NameText(name));
+    entry.strName = std::string(document_.NameText(paths_.Name(path)));
     entry.dblMaxSize = kind.size;
     entry.lngDataType = kind.dataType;
     entry.attribute = seen.attribute;
     model_.Append(std::move(entry));
     if (seen.IsRepeatedLeaf())
-        RegisterInnerEntry(level, path, name, seen.content);
+        RegisterInnerEntry(level, path, seen.content);
 }
 
 /// A repeated leaf is a table with one column of its own name.
-void StructureAnalyser::RegisterInnerEntry(std::int32_t level, PathId path, NameId name, std::string_view content)
+void StructureAnalyser::RegisterInnerEntry(std::int32_t level, PathId path, std::string_view content)
 {
-    Register(level + 1, paths_.Child(path, name), name, {.content = content});
+    Register(level + 1, paths_.Child(path, paths_.Name(path)), {.content = content});
 }
 
-/// A text entry keeps the length that it got first: the import widens a column when a value does not fit.
 void StructureAnalyser::Merge(ElementInfo& entry, const Occurrence& seen)
 {
     entry.lngMaxChildren = std::max(entry.lngMaxChildren, seen.childCount);
     entry.lngMaxTwins = std::max(entry.lngMaxTwins, seen.twinCount);
     if (seen.attribute != ElementInfo::kNoAttribute)
         entry.attribute = seen.attribute;
-    if (entry.lngDataType != kNumericContent || seen.content.empty())
-        return;
-    const ContentKind kind = ClassifyContent(seen.content);
+    if (entry.lngDataType == kNumericContent && !seen.content.empty())
+        MergeContent(entry, seen.content);
+}
+
+/// A text entry keeps the length that it got first: the import widens a column when a value does not fit.
+void StructureAnalyser::MergeContent(ElementInfo& entry, std::string_view content)
+{
+    const ContentKind kind = ClassifyContent(content);
     if (kind.size <= 0)
         return;
     entry.lngDataType = kind.dataType;
     entry.dblMaxSize = std::max(entry.dblMaxSize, kind.size);
+}
+
+PathId StructureAnalyser::PathOfAttribute(PathId path, std::uint32_t index, NameId attribute)
+{
+    if (path >= attributePaths_.size())
+        attributePaths_.resize(path + std::size_t{1});
+    std::vector<AttributePath>& last = attributePaths_[path];
+    if (index >= last.size())
+        last.resize(index + std::size_t{1});
+    if (last[index].attribute != attribute)
+        last[index] = {attribute, paths_.Child(path, WithAttributePrefix(attribute))};
+    return last[index].path;
 }
 
 NameId StructureAnalyser::WithAttributePrefix(NameId attribute)
