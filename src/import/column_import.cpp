@@ -47,17 +47,19 @@ void ColumnImport::velImportNodeColumns(ElementId element, TableNumber number)
         TableSink& sink = sinks_[number];
         for (ElementId leaf = document_.FirstChild(element); leaf != kNoElement; leaf = document_.NextSibling(leaf)) {
             const PathPlan& plan = PlanOf(leaf);
-            if (plan.isEntered || document_.ChildCount(leaf) > 0 ||
-                (!plan.keepsEmpty && !HasText(document_.Content(leaf))))
+            const std::string_view text = TextOf(plan, leaf);
+            const ValueOrigin origin{.element = leaf, .isOffered = HasText(text)};
+            if (plan.isEntered || document_.ChildCount(leaf) > 0 || (!plan.keepsEmpty && !origin.isOffered))
                 continue;
             const ValuePlace& place = plan.outerText;
-            if (KeepsForLater(place, TextOf(leaf), {leaf}))
+            if (KeepsForLater(place, text, origin))
                 continue;
             step([this, &place, &sink] { return AboutValue(sink, place); });
-            const LossReason refusal = SetText(sink, place, leaf);
-            const bool mayHaveOwnTable = refusal != LossReason::None && refusal != LossReason::KeyColumn;
-            if (!mayHaveOwnTable || !ImportLeafIntoOwnTable(leaf, number))
-                Refuse(sink, {leaf}, refusal);
+            const LossReason refusal = SetValue(sink, place, text, origin);
+            if (refusal == LossReason::None)
+                continue;
+            if (refusal == LossReason::KeyColumn || !ImportLeafIntoOwnTable(leaf, number))
+                Refuse(sink, origin, refusal);
         }
     });
 }
@@ -72,29 +74,24 @@ std::string ColumnImport::AboutValue(const TableSink& sink, const ValuePlace& pl
     return "Insert value for [" + sink.records->Source() + "].[" + plan_.columns[place.column].name + "]";
 }
 
-/// What the leaf's value was refused for, if it was: it is not yet lost then.
-LossReason ColumnImport::SetText(TableSink& sink, const ValuePlace& place, ElementId leaf)
-{
-    return SetValue(sink, place, {{}, document_.NameText(document_.Name(leaf))}, TextOf(leaf), {leaf});
-}
-
-LossReason ColumnImport::SetValue(TableSink& sink, const ValuePlace& place, RawName name, std::string_view value,
-                                  ValueOrigin origin)
+/// What the value was refused for, if it was: it is not yet lost then.
+LossReason ColumnImport::SetValue(TableSink& sink, const ValuePlace& place, std::string_view value, ValueOrigin origin)
 {
     const FieldPlace found = fields_.Find(sink, place);
     if (!found.field)
         return found.refusal;
-    const PlannedColumn& column = plan_.columns[place.column];
-    if (!plan_.widensByTag)
-        name = {{}, column.name};
-    const LossReason refusal = SetUnlessWrongType(sink, *found.field, name, value, origin);
-    if (refusal != LossReason::DoesNotFitType)
-        return refusal;
-    const std::string& beside = beside_.NameFor(sink, column.name);
+    const std::string_view named = plan_.widensByTag ? std::string_view() : plan_.columns[place.column].name;
+    const LossReason refusal = SetUnlessWrongType(sink, *found.field, value, origin, named);
+    return refusal == LossReason::DoesNotFitType ? SetBeside(sink, place, value, origin) : refusal;
+}
+
+LossReason ColumnImport::SetBeside(TableSink& sink, const ValuePlace& place, std::string_view value, ValueOrigin origin)
+{
+    const std::string& column = plan_.columns[place.column].name;
+    const std::string& beside = beside_.NameFor(sink, column);
     if (beside.empty())
-        return refusal;
-    return SetUnlessWrongType(sink, writer_.FieldBeside(sink, column.name, beside, origin), {{}, beside}, value,
-                              origin);
+        return LossReason::DoesNotFitType;
+    return SetUnlessWrongType(sink, writer_.FieldBeside(sink, column, beside, origin), value, origin, beside);
 }
 
 /// A rule of `columns` has refused the record: their values go into columns beside. False when none is the document's.
@@ -109,7 +106,7 @@ bool ColumnImport::MoveBeside(TableSink& sink, const std::vector<std::string>& c
         sink.records->SetNull(*field);
         sink.values.TakeBack(*field);
         const std::string& beside = beside_.NameFor(sink, column);
-        writer_.Set(sink, writer_.FieldBeside(sink, column, beside, origin), {{}, beside}, ValueOf(origin), origin);
+        writer_.Set(sink, writer_.FieldBeside(sink, column, beside, origin), ValueOf(origin), origin, beside);
         hasMoved = true;
     }
     return hasMoved;
@@ -122,14 +119,14 @@ std::string_view ColumnImport::ValueOf(ValueOrigin origin) const
             const std::string_view value = document_.AttributeValue(origin.element, i);
             return IsBlank(value) ? std::string_view() : value;
         }
-    return TextOf(origin.element);
+    return TextOf(PlanOf(origin.element), origin.element);
 }
 
 /// White space only is the empty text, where that is kept.
-std::string_view ColumnImport::TextOf(ElementId element) const
+std::string_view ColumnImport::TextOf(const PathPlan& plan, ElementId element) const
 {
     const std::string_view text = document_.Content(element);
-    return PlanOf(element).keepsEmpty && IsBlank(text) ? std::string_view() : text;
+    return plan.keepsEmpty && IsBlank(text) ? std::string_view() : text;
 }
 
 /// Is the column at fault? With everything imported there is another place for the value.
@@ -148,11 +145,11 @@ bool ColumnImport::KeepsValueOut(int errorNumber) const
     }
 }
 
-LossReason ColumnImport::SetUnlessWrongType(TableSink& sink, std::size_t field, const RawName& name,
-                                            std::string_view value, ValueOrigin origin)
+LossReason ColumnImport::SetUnlessWrongType(TableSink& sink, std::size_t field, std::string_view value,
+                                            ValueOrigin origin, std::string_view named)
 {
     try {
-        writer_.Set(sink, field, name, value, origin);
+        writer_.Set(sink, field, value, origin, named);
         return LossReason::None;
     } catch (const RuntimeError& error) {
         if (!KeepsValueOut(error.Number()))
@@ -169,8 +166,11 @@ void ColumnImport::Refuse(TableSink& sink, ValueOrigin origin, LossReason reason
 
 void ColumnImport::ImportOwnText(ElementId leaf, TableSink& sink)
 {
+    const PathPlan& plan = PlanOf(leaf);
+    const std::string_view text = TextOf(plan, leaf);
+    const ValueOrigin origin{.element = leaf, .isOffered = HasText(text)};
     // A record without its text is still a record: the loss is counted, not fatal.
-    Refuse(sink, {leaf}, SetText(sink, PlanOf(leaf).ownText, leaf));
+    Refuse(sink, origin, SetValue(sink, plan.ownText, text, origin));
 }
 
 /// False when the leaf has no table.
@@ -210,8 +210,7 @@ void ColumnImport::SetAttributes(ElementId element, TableNumber number, Step& st
         const ValuePlace& place = places.Find(name);
         const ValueOrigin origin{element, name, isOffered};
         if (!KeepsForLater(place, value, origin))
-            Refuse(sink, origin,
-                   SetValue(sink, place, {job_.settings.strAttrPrefix, document_.NameText(name)}, value, origin));
+            Refuse(sink, origin, SetValue(sink, place, value, origin));
     }
 }
 
@@ -231,11 +230,11 @@ void ColumnImport::BeginParts(ElementId element)
 
 void ColumnImport::ImportTextOfRecord(ElementId element, TableNumber number)
 {
-    const std::string_view text = TextOf(element);
+    const PathPlan& plan = PlanOf(element);
+    const std::string_view text = TextOf(plan, element);
     if (text.empty() && document_.ChildCount(element) > 0)
         return;
-    const ValuePlace& place = PlanOf(element).ownText;
-    if (!KeepsForLater(place, text, {element}))
+    if (!KeepsForLater(plan.ownText, text, {.element = element, .isOffered = HasText(text)}))
         ImportOwnText(element, sinks_[number]);
 }
 
@@ -250,7 +249,7 @@ void ColumnImport::SaveFurtherParts(TableNumber number, std::int32_t key)
         writer_.SetPrimaryKey(sink, key);
         const auto end = std::ranges::find_if(later_, [&](const LaterValue& v) { return v.place->part != part; });
         for (auto value = later_.begin(); value != end; ++value)
-            Refuse(sink, value->origin, SetValue(sink, *value->place, {}, value->value, value->origin));
+            Refuse(sink, value->origin, SetValue(sink, *value->place, value->value, value->origin));
         Save(part, number);
         later_.erase(later_.begin(), end);
     }

@@ -65,16 +65,17 @@ private:
     };
 
     [[nodiscard]] bool KeepsForLater(const ValuePlace& place, std::string_view value, ValueOrigin origin);
-    [[nodiscard]] std::string_view TextOf(ElementId element) const;
-    [[nodiscard]] LossReason SetValue(TableSink& sink, const ValuePlace& place, RawName name, std::string_view value,
+    [[nodiscard]] std::string_view TextOf(const PathPlan& plan, ElementId element) const;
+    [[nodiscard]] LossReason SetValue(TableSink& sink, const ValuePlace& place, std::string_view value,
                                       ValueOrigin origin);
+    [[nodiscard]] LossReason SetBeside(TableSink& sink, const ValuePlace& place, std::string_view value,
+                                       ValueOrigin origin);
     [[nodiscard]] bool MoveBeside(TableSink& sink, const std::vector<std::string>& columns);
     [[nodiscard]] std::string_view ValueOf(ValueOrigin origin) const;
     void ImportOwnText(ElementId leaf, TableSink& sink);
-    [[nodiscard]] LossReason SetText(TableSink& sink, const ValuePlace& place, ElementId leaf);
     [[nodiscard]] bool KeepsValueOut(int errorNumber) const;
-    [[nodiscard]] LossReason SetUnlessWrongType(TableSink& sink, std::size_t field, const RawName& name,
-                                                std::string_view value, ValueOrigin origin);
+    [[nodiscard]] LossReason SetUnlessWrongType(TableSink& sink, std::size_t field, std::string_view value,
+                                                ValueOrigin origin, std::string_view named);
     static void Refuse(TableSink& sink, ValueOrigin origin, LossReason reason);
     [[nodiscard]] std::string HelpFor(const EngineError& error, const TableSink& sink, TableNumber ownerSink);
     void SetAttributes(ElementId element, TableNumber sink, Step& step);

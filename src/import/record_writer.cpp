@@ -95,40 +95,52 @@ void RecordWriter::SetMasterTable(TableSink& sink, std::string_view ownerTable)
     }
 }
 
-void RecordWriter::Set(TableSink& sink, std::size_t field, const RawName& rawName, std::string_view value,
-                       ValueOrigin origin)
+void RecordWriter::Set(TableSink& sink, std::size_t field, std::string_view value, ValueOrigin origin,
+                       std::string_view named)
 {
     if (IsTyped(sink.types[field])) {
         if (SetTyped(sink, field, value, origin))
             return;
-        const std::string meant = sink.records->FieldName(field);
-        BecomeText(
-            sink, field,
-            QuotedSample(value) + " at " +
-                PathOfValue(document_, document_.Path(origin.element), origin.attribute, job_.settings.strAttrPrefix) +
-                " does not fit");
-        field = sink.records->FieldIndex(meant).value();
+        field = BecomeTextFor(sink, field, value, origin);
     }
-    for (;;) {
-        try {
-            sink.records->SetText(field, value);
-            sink.values.Put(field, origin);
-            return;
-        } catch (const RuntimeError& error) {
-            const bool isTooSmall = error.Number() == engine_errors::kFieldTooSmall;
-            const bool isText = sink.records->MaxCharacters(field) > 0;
-            if (!isTooSmall || !isText) { // nothing widens a column of bytes
-                if (isTooSmall || error.Number() == engine_errors::kWrongType)
-                    ClearDefault(sink, field);
-                throw;
-            }
-        }
-        const std::string meant = sink.records->FieldName(field);
-        const std::size_t characters = sink.records->CountCharacters(value);
-        const std::size_t small = FieldToWiden(sink, field, rawName, characters);
-        Widen(sink, {Widening(sink, small, characters, origin)});
-        field = sink.records->FieldIndex(meant).value();
+    while (!TrySet(sink, field, value))
+        field = MakeRoom(sink, field, value, origin, named);
+    sink.values.Put(field, origin);
+}
+
+/// False when it is a text column that is too small.
+bool RecordWriter::TrySet(TableSink& sink, std::size_t field, std::string_view value)
+{
+    try {
+        sink.records->SetText(field, value);
+        return true;
+    } catch (const RuntimeError& error) {
+        const bool isTooSmall = error.Number() == engine_errors::kFieldTooSmall;
+        const bool isText = sink.records->MaxCharacters(field) > 0;
+        if (isTooSmall && isText)
+            return false;
+        if (isTooSmall || error.Number() == engine_errors::kWrongType) // nothing widens a column of bytes
+            ClearDefault(sink, field);
+        throw;
     }
+}
+
+/// Widens a column for the value; gives the place that its own has then.
+std::size_t RecordWriter::MakeRoom(TableSink& sink, std::size_t field, std::string_view value, ValueOrigin origin,
+                                   std::string_view named)
+{
+    const std::string meant = sink.records->FieldName(field);
+    const std::size_t characters = sink.records->CountCharacters(value);
+    const std::string name = named.empty() ? NameInDocument(origin) : std::string(named);
+    Widen(sink, {Widening(sink, FieldToWiden(sink, field, name, characters), characters, origin)});
+    return sink.records->FieldIndex(meant).value();
+}
+
+std::string RecordWriter::NameInDocument(ValueOrigin origin) const
+{
+    if (origin.attribute == ValueOrigin::kOwnText)
+        return std::string(document_.NameText(document_.Name(origin.element)));
+    return job_.settings.strAttrPrefix + std::string(document_.NameText(origin.attribute));
 }
 
 /// A value in a column whose type the program has chosen: one that it does not fit is not converted, however nearly it
@@ -144,6 +156,18 @@ bool RecordWriter::SetTyped(TableSink& sink, std::size_t field, std::string_view
         sink.records->SetText(field, value);
     sink.values.Put(field, origin);
     return true;
+}
+
+/// The value does not fit; gives the place that its column has as a text.
+std::size_t RecordWriter::BecomeTextFor(TableSink& sink, std::size_t field, std::string_view value, ValueOrigin origin)
+{
+    const std::string meant = sink.records->FieldName(field);
+    BecomeText(
+        sink, field,
+        QuotedSample(value) + " at " +
+            PathOfValue(document_, document_.Path(origin.element), origin.attribute, job_.settings.strAttrPrefix) +
+            " does not fit");
+    return sink.records->FieldIndex(meant).value();
 }
 
 void RecordWriter::BecomeText(TableSink& sink, std::size_t field, const std::string& reason)
@@ -172,10 +196,9 @@ void RecordWriter::ClearDefault(TableSink& sink, std::size_t field)
 
 /// The column that bears the value's own name goes first, even where a mapping has sent the value elsewhere; it must be
 /// too small as well, so that every round brings the value closer to its place.
-std::size_t RecordWriter::FieldToWiden(const TableSink& sink, std::size_t field, const RawName& rawName,
+std::size_t RecordWriter::FieldToWiden(const TableSink& sink, std::size_t field, const std::string& name,
                                        std::size_t characters) const
 {
-    const std::string name = rawName.Text();
     const bool isKey = name == job_.settings.strKeyPrimary || name == job_.settings.strKeyForeign;
     const auto raw = isKey ? std::nullopt : sink.records->FieldIndex(name);
     const std::size_t room = raw ? sink.records->MaxCharacters(*raw) : 0;

@@ -14,13 +14,6 @@
 
 namespace velmora {
 
-/// What a value is called in the document: put together only when somebody asks.
-struct RawName {
-    std::string_view prefix; ///< of attributes; empty for an element
-    std::string_view name;
-    [[nodiscard]] std::string Text() const { return std::string(prefix).append(name); }
-};
-
 /// Builds records in sinks, one at a time, or one inside another: a repeated leaf's while its owner's is not yet saved.
 /// Repairs what can be repaired on the way: a text too long for its column, a value that the type chosen for its column
 /// does not fit, a record too large for a page.
@@ -39,10 +32,12 @@ public:
     void SetPrimaryKey(TableSink& sink, std::int32_t key);
     void SetForeignKey(TableSink& sink, std::int32_t key);
     void SetMasterTable(TableSink& sink, std::string_view ownerTable);
-    /// Puts a value of the document into a field. When the text column is too small, the column named `rawName` is
-    /// widened where that is too small as well, and then the one that was meant. Throws 3421 when its type cannot hold
-    /// the value, and 3163 when its bytes are too few: the field is empty then, not at its default.
-    void Set(TableSink& sink, std::size_t field, const RawName& rawName, std::string_view value, ValueOrigin origin);
+    /// Puts a value of the document into a field. When the text column is too small, the column `named` so is widened
+    /// where that is too small as well, and then the one that was meant; without a name the one that bears the value's
+    /// own in the document. Throws 3421 when its type cannot hold the value, and 3163 when its bytes are too few: the
+    /// field is empty then, not at its default.
+    void Set(TableSink& sink, std::size_t field, std::string_view value, ValueOrigin origin,
+             std::string_view named = {});
     /// The field of the text column `name`, which is made when it is missing: it takes what does not fit `besides`.
     [[nodiscard]] std::size_t FieldBeside(TableSink& sink, const std::string& besides, const std::string& name,
                                           ValueOrigin origin);
@@ -59,12 +54,18 @@ private:
     void AddProvisionalRow(TableSink& sink);
     void FindKeys(TableSink& sink) const;
     static void ClearDefault(TableSink& sink, std::size_t field);
-    [[nodiscard]] std::size_t FieldToWiden(const TableSink& sink, std::size_t field, const RawName& rawName,
+    [[nodiscard]] static bool TrySet(TableSink& sink, std::size_t field, std::string_view value);
+    [[nodiscard]] std::size_t MakeRoom(TableSink& sink, std::size_t field, std::string_view value, ValueOrigin origin,
+                                       std::string_view named);
+    [[nodiscard]] std::string NameInDocument(ValueOrigin origin) const;
+    [[nodiscard]] std::size_t FieldToWiden(const TableSink& sink, std::size_t field, const std::string& name,
                                            std::size_t characters) const;
     [[nodiscard]] ColumnToWiden Widening(const TableSink& sink, std::size_t field, std::size_t characters,
                                          ValueOrigin origin) const;
     void Widen(TableSink& sink, const std::vector<ColumnToWiden>& columns);
     [[nodiscard]] bool SetTyped(TableSink& sink, std::size_t field, std::string_view value, ValueOrigin origin);
+    [[nodiscard]] std::size_t BecomeTextFor(TableSink& sink, std::size_t field, std::string_view value,
+                                            ValueOrigin origin);
     void BecomeText(TableSink& sink, std::size_t field, const std::string& reason);
     void TellWhatIsMissing(TableSink& sink);
     static void NoteLengths(TableSink& sink);

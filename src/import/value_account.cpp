@@ -1,21 +1,10 @@
 #include "import/value_account.h"
 
-#include "platform/utf8.h"
-
 #include <algorithm>
 #include <functional>
 #include <tuple>
 
 namespace velmora {
-
-bool HasText(std::string_view content) noexcept
-{
-    if (content.empty())
-        return false;
-    const auto first = static_cast<unsigned char>(content.front());
-    const bool isPlain = first > ' ' && first < 0x7F; // nearly every text begins so
-    return isPlain || !TrimWhiteSpace(content).empty();
-}
 
 std::string PathOfValue(const Document& document, PathId element, NameId attribute, std::string_view attributePrefix)
 {
@@ -55,7 +44,7 @@ ValueAccount::ValueAccount(const Document& document)
 
 void ValueAccount::StoreText(ElementId element)
 {
-    if (textStored_[element] || !HasText(document_.Content(element)))
+    if (textStored_[element])
         return;
     textStored_[element] = true;
     ++stored_;
@@ -69,10 +58,12 @@ void ValueAccount::Stored(const PendingValues& values)
     const bool countAttributes = values.isContinuation || isFirstRecord;
     for (const std::size_t field : values.filled) {
         const ValueOrigin origin = values.byField[field];
+        if (!origin.isOffered)
+            continue;
         if (origin.attribute == ValueOrigin::kOwnText)
             StoreText(origin.element);
         else
-            stored_ += countAttributes && origin.isOffered ? 1 : 0;
+            stored_ += countAttributes ? 1 : 0;
     }
     for (const PendingValues::Refusal& refusal : values.refused)
         Refuse(refusal, countAttributes);

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "plan/mapping_plan.h"
+#include "platform/utf8.h"
 #include "xml/document.h"
 
 #include <cstddef>
@@ -17,7 +18,7 @@ struct ValueOrigin {
     static constexpr NameId kOwnText = ~NameId{0};
     ElementId element = kNoElement;
     NameId attribute = kOwnText;
-    bool isOffered = true; ///< false: an empty attribute, which is kept, but is no value that could be lost
+    bool isOffered = true; ///< false: an empty attribute or text, which is kept, but is no value that could be lost
 };
 
 /// Which values of the document stand in the fields of the record that is being built. A later value for the same field
@@ -60,7 +61,14 @@ struct PendingValues {
 };
 
 /// Is there anything but white space?
-[[nodiscard]] bool HasText(std::string_view content) noexcept;
+[[nodiscard]] inline bool HasText(std::string_view content) noexcept
+{
+    if (content.empty())
+        return false;
+    const auto first = static_cast<unsigned char>(content.front());
+    const bool isPlain = first > ' ' && first < 0x7F; // nearly every text begins so
+    return isPlain || !TrimWhiteSpace(content).empty();
+}
 
 /// Where the document has a value: an attribute's path ends in `attributePrefix` and its name.
 [[nodiscard]] std::string PathOfValue(const Document& document, PathId element, NameId attribute,

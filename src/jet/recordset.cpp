@@ -49,11 +49,9 @@ void Recordset::Close() noexcept
     table_.reset();
 }
 
-Table& Recordset::OpenTable() const
+void Recordset::ThrowClosed() const
 {
-    if (!table_)
-        throw Error(ErrorNumber::NoCurrentRecord, {}, "(The recordset on " + source_ + " is closed.)");
-    return *table_;
+    throw Error(ErrorNumber::NoCurrentRecord, {}, "(The recordset on " + source_ + " is closed.)");
 }
 
 // ---- Fields ---------------------------------------------------------------------------------------------------------
@@ -66,6 +64,9 @@ void Recordset::TakeLayout()
     rowsEpoch_ = table_->RowsEpoch();
     autonumber_.reset();
     defaults_.clear();
+    textForms_.clear();
+    for (const Column& column : columns_)
+        textForms_.push_back(FormOf(column, *def.format));
     for (std::size_t field = 0; field < columns_.size(); ++field) {
         const std::optional<DefaultValue>& value = columns_[field].rules.defaultValue;
         // A random autonumber is a default value and nothing else: the table's counter has no part in it.
@@ -74,6 +75,24 @@ void Recordset::TakeLayout()
         else if (columns_[field].IsAutonumber())
             autonumber_ = field;
     }
+}
+
+Recordset::TextForm Recordset::FormOf(const Column& column, const Format& format)
+{
+    TextForm form;
+    form.isText = IsText(column.type);
+    form.refusesEmpty = column.rules.refusesEmpty;
+    if (column.type == ColumnType::Text) {
+        const ValueType type = column.GetValueType();
+        form.isFilled = type.filled;
+        form.maxUnits = column.size / format.textUnitSize;
+        if (!type.compressed)
+            form.maxCompressed = 0;
+    } else {
+        // As a short memo stands in the row, so that it is copied there as it is; a long one is never compressed.
+        form.maxCompressed = format.maxInlineLong / 2;
+    }
+    return form;
 }
 
 void Recordset::SetDefault(std::size_t field)
@@ -113,10 +132,8 @@ void Recordset::SetRandom(MutableBytes bytes)
 
 /// Follows a change of the columns: the values of a pending record move to the places that columns of the same name
 /// have now.
-void Recordset::Follow()
+void Recordset::FollowChange()
 {
-    if (OpenTable().Generation() == generation_)
-        return;
     if (row_)
         row_ = table_->Relocated(*row_, rowsEpoch_);
     // It is stored, so it can be read again as it is now; what was only set must be carried over.
@@ -213,16 +230,30 @@ Value Recordset::Get(std::size_t field)
     Follow();
     [[maybe_unused]] const Column& exists = ColumnAt(field);
     if (IsPending()) {
-        if (field == autonumber_ && record_.IsNull(field)) {
-            takenNumber_ = table_->TakeAutonumber();
-            StoreI32(record_.SetSized(field, sizeof(std::int32_t)), 0, *takenNumber_);
-        }
+        if (field == autonumber_)
+            TakeNumber(field);
     } else if (Eof()) {
         throw Error(ErrorNumber::NoCurrentRecord);
     } else {
         Load();
     }
     return table_->Get(record_, field);
+}
+
+std::optional<std::int32_t> Recordset::PendingNumber(std::size_t field)
+{
+    Follow();
+    return IsPending() && field == autonumber_ ? std::optional(TakeNumber(field)) : std::nullopt;
+}
+
+/// Gives the pending record its number, unless it has one.
+std::int32_t Recordset::TakeNumber(std::size_t field)
+{
+    if (const std::optional<ByteSpan> stored = record_.Stored(field))
+        return LoadI32(*stored, 0);
+    takenNumber_ = table_->TakeAutonumber();
+    StoreI32(record_.SetSized(field, sizeof(std::int32_t)), 0, *takenNumber_);
+    return *takenNumber_;
 }
 
 std::optional<std::string> Recordset::GetText(std::size_t field)
@@ -258,35 +289,33 @@ void Recordset::AddNew()
     integrity_.AddPending(*this);
 }
 
-void Recordset::AppendEncoded(Bytes& out, const Column& column, std::string_view utf8)
+void Recordset::AppendEncoded(Bytes& out, std::size_t field, std::string_view utf8)
 {
     const Format& format = *table_->Definition().format;
-    if (utf8.empty() && column.rules.refusesEmpty)
-        throw Error(ErrorNumber::EmptyTextRefused, {column.name});
+    const TextForm& form = textForms_[field];
+    if (utf8.empty() && form.refusesEmpty)
+        throw Error(ErrorNumber::EmptyTextRefused, {columns_[field].name});
     // A character takes at least one byte of UTF-8, so most texts need not be counted.
-    const bool mayBeLong = column.type == ColumnType::Text && utf8.size() > column.size / format.textUnitSize;
-    if (mayBeLong && format.version == JetVersion::Jet4 && Utf16Length(utf8) > column.size / format.textUnitSize)
+    const bool mayBeLong = utf8.size() > form.maxUnits;
+    if (mayBeLong && format.version == JetVersion::Jet4 && Utf16Length(utf8) > form.maxUnits)
         throw Error(ErrorNumber::FieldTooSmall);
-    const ValueType type = column.GetValueType();
-    // As a short memo stands in the row, so that it is copied there as it is; a long one is never compressed.
-    const bool isShortMemo = column.type == ColumnType::Memo && 2 * utf8.size() <= format.maxInlineLong;
     const std::size_t begin = out.size();
-    const std::size_t replaced = AppendText(out, format, utf8, type.compressed || isShortMemo);
-    if (mayBeLong && format.version == JetVersion::Jet3 && out.size() - begin > column.size)
+    const std::size_t replaced = AppendText(out, format, utf8, utf8.size() <= form.maxCompressed);
+    if (mayBeLong && format.version == JetVersion::Jet3 && out.size() - begin > form.maxUnits)
         throw Error(ErrorNumber::FieldTooSmall);
-    if (type.filled)
-        FillUp(out, begin, format, type);
+    if (form.isFilled)
+        FillUp(out, begin, format, columns_[field].GetValueType());
     replaced_ += replaced;
 }
 
 void Recordset::SetText(std::size_t field, std::string_view utf8)
 {
     const Column& column = ColumnToSet(field);
+    if (textForms_[field].isText)
+        return record_.Encode(field, [&](Bytes& out) { AppendEncoded(out, field, utf8); });
     if (column.type == ColumnType::DateTime)
         return SetDateText(field, utf8);
-    if (!IsText(column.type))
-        return Set(field, ParseText(column.GetValueType(), utf8));
-    record_.Encode(field, [&](Bytes& out) { AppendEncoded(out, column, utf8); });
+    return Set(field, ParseText(column.GetValueType(), utf8));
 }
 
 void Recordset::SetDateText(std::size_t field, std::string_view utf8)
@@ -358,7 +387,7 @@ void Recordset::SaveNew()
 {
     // Before the savepoint: a number once given stays given, whatever becomes of the record.
     if (autonumber_)
-        lastAutonumber_ = std::get<std::int32_t>(Get(*autonumber_));
+        lastAutonumber_ = TakeNumber(*autonumber_);
     Savepoint savepoint(catalog_);
     row_ = table_->Insert(record_);
     walkIsHere_ = false;

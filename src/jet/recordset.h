@@ -8,6 +8,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <limits>
 #include <memory>
 #include <optional>
 #include <string>
@@ -59,6 +60,9 @@ public:
     /// Of the pending record, else of the current one. Reading the autonumber of a pending record gives it its number.
     [[nodiscard]] Value Get(std::size_t field);
 
+    /// The autonumber of the pending record, which is given to it; nullopt when the field is none, or no record
+    /// pending.
+    [[nodiscard]] std::optional<std::int32_t> PendingNumber(std::size_t field);
     /// The same as text, as a rowset has it; nullopt for Null.
     [[nodiscard]] std::optional<std::string> GetText(std::size_t field);
     /// Records of the table, as its definition counts them.
@@ -126,18 +130,40 @@ private:
         Pending, ///< a record that is being added
     };
 
+    /// What a text becomes in a column.
+    struct TextForm {
+        bool isText = false; ///< the column holds texts
+        bool refusesEmpty = false;
+        bool isFilled = false;                                               ///< with blanks
+        std::size_t maxUnits = std::numeric_limits<std::size_t>::max();      ///< UTF-16 code units, or bytes
+        std::size_t maxCompressed = std::numeric_limits<std::size_t>::max(); ///< bytes of UTF-8; longer ones stay plain
+    };
+    [[nodiscard]] static TextForm FormOf(const Column& column, const Format& format);
+
     Recordset(Catalog& catalog, ReferentialIntegrity& integrity, std::string_view table);
 
     [[nodiscard]] const Table& PendingTable() const override { return *table_; }
     [[nodiscard]] const Record& PendingValues() override;
 
-    [[nodiscard]] Table& OpenTable() const;
+    [[nodiscard]] Table& OpenTable() const
+    {
+        if (!table_)
+            ThrowClosed();
+        return *table_;
+    }
+    [[noreturn]] void ThrowClosed() const;
     [[nodiscard]] const std::vector<Column>& Columns() const { return OpenTable().Definition().columns; }
     [[nodiscard]] const Column& ColumnAt(std::size_t field) const;
     /// The column for a field that is about to be set. Throws NoCurrentRecord when there is no record.
     const Column& ColumnToSet(std::size_t field);
-    void Follow();
+    void Follow()
+    {
+        if (OpenTable().Generation() != generation_)
+            FollowChange();
+    }
+    void FollowChange();
     void TakeLayout();
+    std::int32_t TakeNumber(std::size_t field);
     void RequireUserTable() const;
     void Load();
     void StandOn(std::optional<RowId> row);
@@ -152,7 +178,7 @@ private:
     void SetRandom(MutableBytes bytes);
     void NoteOwnNumber(std::size_t field, std::int32_t value);
     void SetDateText(std::size_t field, std::string_view utf8);
-    void AppendEncoded(Bytes& out, const Column& column, std::string_view utf8);
+    void AppendEncoded(Bytes& out, std::size_t field, std::string_view utf8);
 
     Catalog& catalog_;
     std::shared_ptr<Table> table_; ///< none once closed
@@ -162,6 +188,7 @@ private:
     // As of generation_: brought up to date before anything is done after the columns have changed.
     std::uint64_t generation_ = 0;
     std::vector<Column> columns_;
+    std::vector<TextForm> textForms_;       ///< by field
     std::optional<std::size_t> autonumber_; ///< the field that the table's counter fills
     std::vector<std::size_t> defaults_;     ///< fields with a default value
     std::uint32_t rowsEpoch_ = 0;           ///< see Table::RowsEpoch()

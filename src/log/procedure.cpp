@@ -35,8 +35,7 @@ void Step::Keep(std::string_view what)
 
 void Step::TraceBuilt()
 {
-    if (log_.IsTracing())
-        log_.Trace(build_(room_));
+    log_.Trace(build_(room_));
 }
 
 std::string Step::Statement() const

@@ -43,7 +43,8 @@ public:
         build_ = [](const std::byte* room) {
             return std::string(std::string_view((*std::launder(reinterpret_cast<const Text*>(room)))()));
         };
-        TraceBuilt();
+        if (log_.IsTracing())
+            TraceBuilt();
     }
     /// Whether any statement was set.
     [[nodiscard]] bool IsSet() const noexcept { return build_ != nullptr || !what_.empty(); }

@@ -139,6 +139,8 @@ void Recordset::CancelUpdate()
 
 std::int32_t Recordset::GetLong(std::size_t field)
 {
+    if (const auto number = Translated([&] { return records_->PendingNumber(field); }))
+        return *number;
     const jet::Value value = Translated([&] { return records_->Get(field); });
     if (const auto* number = std::get_if<std::int32_t>(&value))
         return *number;

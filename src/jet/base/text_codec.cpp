@@ -39,6 +39,29 @@ std::size_t AsciiLength(std::string_view text)
     return n;
 }
 
+/// The same without zeros.
+std::size_t AsciiLengthWithoutZero(std::string_view text)
+{
+    constexpr std::uint64_t kOnes = 0x0101010101010101;
+    constexpr std::uint64_t kTops = 0x8080808080808080;
+    // A byte below 0x80 keeps its top bit clear when 1 is taken from it, unless it is 0; and what is borrowed there has
+    // come to light already.
+    const auto isPlain = [&](std::size_t at) {
+        std::uint64_t word = 0;
+        std::memcpy(&word, text.data() + at, sizeof word);
+        return ((word | (word - kOnes)) & kTops) == 0;
+    };
+    std::size_t n = 0;
+    while (n + sizeof(std::uint64_t) <= text.size() && isPlain(n))
+        n += sizeof(std::uint64_t);
+    // The rest of a text that is not a very short one is looked at together with what stands before it.
+    if (n > 0 && text.size() - n < sizeof(std::uint64_t) && isPlain(text.size() - sizeof(std::uint64_t)))
+        return text.size();
+    while (n < text.size() && IsAscii(text[n]) && text[n] != 0)
+        ++n;
+    return n;
+}
+
 /// Reads one character of `text` (not empty) from its start and takes it off. Anything that is not UTF-8 costs one byte
 /// and gives U+FFFD; the three-byte form of a surrogate is taken as it stands.
 char32_t TakeCharacter(std::string_view& text)
@@ -127,18 +150,14 @@ bool AppendCompressed(Bytes& out, std::string_view utf8)
     const std::size_t start = out.size();
     AppendBytes(out, kCompressedMark);
     while (!utf8.empty()) {
-        const std::size_t ascii = AsciiLength(utf8);
-        if (std::memchr(utf8.data(), 0, ascii) != nullptr) {
-            out.resize(start);
-            return false;
-        }
+        const std::size_t ascii = AsciiLengthWithoutZero(utf8);
         const auto* bytes = reinterpret_cast<const Byte*>(utf8.data());
         out.insert(out.end(), bytes, bytes + ascii);
         utf8.remove_prefix(ascii);
         if (utf8.empty())
             break;
         const char32_t character = TakeCharacter(utf8);
-        if (character > 0xFF) {
+        if (character == 0 || character > 0xFF) {
             out.resize(start);
             return false;
         }
