@@ -135,7 +135,6 @@ def compare_alone(exe, program, base, document, way):
 def main():
     exe, program, base = (pathlib.Path(a).absolute() for a in sys.argv[1:4])
     documents = [pathlib.Path(a).absolute() for a in sys.argv[4:]]
-    wine.prepare(base)
     failed = 0
     with concurrent.futures.ThreadPoolExecutor(2) as pool:
         jobs = [pool.submit(compare, exe, program, base, d, w) for d in documents for w in WAYS]
@@ -149,4 +148,5 @@ def main():
 
 
 if __name__ == "__main__":
-    sys.exit(main())
+    with wine.session(pathlib.Path(sys.argv[3]).absolute()):
+        sys.exit(main())
