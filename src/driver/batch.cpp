@@ -134,8 +134,11 @@ void Batch::Run(UrlSource& source, DatabaseSession& session, Step& step)
     ScratchDatabase scratch(job_, places);
     if (usesScratch)
         scratch.TakeFree();
+    std::function<bool()> takeNext;
+    if (usesScratch)
+        takeNext = [&] { return scratch.TakeNext(); };
     const auto openDatabase = [&] {
-        Guarded(job_.log, [&] { velOpenDatabase(job_, session, [&] { return usesScratch && scratch.TakeNext(); }); });
+        Guarded(job_.log, [&] { velOpenDatabase(job_, session, takeNext); });
         if (!job_.settings.blRecreateDatabase && job_.settings.blEmptyTables)
             velEmptyTablesAll(job_, session);
     };

@@ -272,19 +272,22 @@ TableReport& DatabaseSession::Report(const std::string& table)
 
 namespace {
 
-void OpenTarget(Job& job, DatabaseSession& session, const fs::path& target, Step& step)
+/// With `isOneOfMany` the database is one that others may be making at this moment, too: theirs is left to them.
+void OpenTarget(Job& job, DatabaseSession& session, const fs::path& target, bool isOneOfMany, Step& step)
 {
     const bool exists = fs::exists(target);
     if (exists && job.settings.blRecreateDatabase) {
         if (TryReplace(job, session, target, step))
             step("Open ADO Connection"); // which a new one is already
+        else if (isOneOfMany)
+            throw EngineError(jet::Error(jet::ErrorNumber::FileInUse, {job.settings.targetFile}));
         else
             OpenAndDropTables(job, session, target, step);
         return;
     }
     if (!exists) {
         step("Create MDB File");
-        CreateNew(job, session, target, jet::Existing::Refuse);
+        CreateNew(job, session, target, isOneOfMany ? jet::Existing::Replace : jet::Existing::Refuse);
         session.AnnounceWithCommit(std::string(kCreated));
         step("Open ADO Connection"); // which a new one is already
         return;
@@ -318,8 +321,10 @@ void velOpenDatabase(Job& job, DatabaseSession& session, const std::function<boo
             step("Target MDB file not specified");
             throw RuntimeError(runtime_errors::kBadFileName, "Target MDB file not specified");
         }
-        const auto open = [&] { OpenTarget(job, session, PathFromUtf8(NativePath(job.settings.targetFile)), step); };
-        RetryWhile(IsFileInUse, open, [&] { return moveOn() || WantsAnotherTry(job); });
+        const auto open = [&] {
+            OpenTarget(job, session, PathFromUtf8(NativePath(job.settings.targetFile)), moveOn != nullptr, step);
+        };
+        RetryWhile(IsFileInUse, open, [&] { return (moveOn && moveOn()) || WantsAnotherTry(job); });
     });
 }
 

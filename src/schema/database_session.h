@@ -127,10 +127,9 @@ private:
 
 /// Opens the target database that the settings name: made anew, made because there is none, or as it is. A file that is
 /// to be made anew and cannot be replaced is opened and loses all its tables instead. A run that may ask waits for one
-/// that somebody else has open, as long as the user wants; `moveOn` is asked first, and says whether the controls name
-/// another one by now.
-void velOpenDatabase(
-    Job& job, DatabaseSession& session, const std::function<bool()>& moveOn = [] { return false; });
+/// that somebody else has open, as long as the user wants. `moveOn`, where any database of many would do, is asked
+/// instead of that, and instead of a loss of tables: it says whether the settings name another one by now.
+void velOpenDatabase(Job& job, DatabaseSession& session, const std::function<bool()>& moveOn = {});
 
 /// Opens the target database as it is now, after TakeBack().
 void velReopenDatabase(Job& job, DatabaseSession& session);

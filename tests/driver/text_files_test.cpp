@@ -280,6 +280,7 @@ TEST(TextFiles, WithoutADatabaseComeThroughATemporaryOne)
     run.job.controls.txtFILE_MDB.text.clear();
     EXPECT_FALSE(run.Run().failed) << run.Error();
     EXPECT_EQ(run.Said("Temporary database: " + second), 1);
+    EXPECT_EQ(run.Said("Could not delete MDB file"), 0) << "nor are the tables of another run";
     meanwhile.reset();
     EXPECT_SOUND(std::vector<fs::path>({scratch, second, third}));
 }

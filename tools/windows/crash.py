@@ -1,7 +1,7 @@
 #!/usr/bin/env python3
 """Kills velmora.exe under Wine while it adds to a database, at one moment after another, and lets the next run put the
-database right: it must have all of the records or none, and must pass the checker. A second run meanwhile must be refused; of two
-that race for the database, one killed or none, each must have brought what its exit status says.
+database right: it must have all of the records or none, and must pass the checker. A second run meanwhile must be
+refused; of two that race for the database, one killed or none, each must have brought what its exit status says.
 
 usage: crash.py VELMORA.EXE FOLDER JETCHECK_FOLDER
 """
