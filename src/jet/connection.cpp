@@ -68,6 +68,8 @@ public:
     {
         if (existing_ == Existing::Refuse && system_.Exists(target_))
             throw Error(ErrorNumber::DatabaseExists, {}, "(" + target_.string() + ")");
+        // Not every system replaces a file that is open. The lock file keeps others away from it meanwhile.
+        old_.reset();
         system_.Rename(path_, target_);
         isMade_ = false;
         system_.SyncFolder(target_);

@@ -212,24 +212,18 @@ public:
             ThrowIo(TextOf(path), GetLastError());
     }
 
-    /// A file that is open, here with a lock on it, cannot be replaced, but it can be given another name.
+    /// What looks through every new file, a virus scanner or an index, may have one of the two open for a moment.
     void Rename(const fs::path& from, const fs::path& to) override
     {
-        constexpr DWORD kNow = MOVEFILE_WRITE_THROUGH;
-        if (MoveFileExW(from.c_str(), to.c_str(), MOVEFILE_REPLACE_EXISTING | kNow))
-            return;
-        const DWORD code = GetLastError();
-        fs::path aside = to;
-        aside += ".velmora-old";
-        if ((code != ERROR_ACCESS_DENIED && code != ERROR_SHARING_VIOLATION) || !Exists(to) ||
-            !MoveFileExW(to.c_str(), aside.c_str(), kNow))
-            ThrowIo(TextOf(to), code);
-        if (!MoveFileExW(from.c_str(), to.c_str(), kNow)) {
-            const DWORD second = GetLastError();
-            MoveFileExW(aside.c_str(), to.c_str(), kNow);
-            ThrowIo(TextOf(to), second);
+        constexpr int kTries = 20;
+        constexpr DWORD kPauseMilliseconds = 100;
+        for (int tries = 1; !MoveFileExW(from.c_str(), to.c_str(), MOVEFILE_REPLACE_EXISTING | MOVEFILE_WRITE_THROUGH);
+             ++tries) {
+            const DWORD code = GetLastError();
+            if ((code != ERROR_ACCESS_DENIED && code != ERROR_SHARING_VIOLATION) || tries == kTries)
+                ThrowIo(TextOf(to), code);
+            Sleep(kPauseMilliseconds);
         }
-        DeleteFileW(aside.c_str());
     }
 
     /// Nothing to ask for: renaming writes through, and the file system's own journal keeps the rest.
