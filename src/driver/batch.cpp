@@ -211,7 +211,8 @@ void Batch::Convert(DatabaseSession& session, FilesOfRun& filesOfRun, const std:
         run_.tried = n;
         job_.log.ProtocolAppend("File " + std::to_string(n) + " of " + std::to_string(run_.sources.size()) + ": " +
                                 report.path);
-        if (!converter.Convert(run_.sources[n - 1], report, step)) {
+        const Source* const next = n < run_.sources.size() ? &run_.sources[n] : nullptr;
+        if (!converter.Convert(run_.sources[n - 1], next, report, step)) {
             if (run_.hasCommitted)
                 velReopenDatabase(job_, session);
             else

@@ -92,8 +92,9 @@ void SourceConverter::ReadLoaded()
     loaded_.Read(session_);
 }
 
-bool SourceConverter::Convert(const Source& source, FileReport& report, Step& step)
+bool SourceConverter::Convert(const Source& source, const Source* next, FileReport& report, Step& step)
 {
+    next_ = next;
     const Timed timed(report);
     TableSinks sinks;
     const auto convert = [&] { ConvertAndFinish(source, report, sinks, step); };
@@ -182,7 +183,9 @@ bool SourceConverter::Import(const Source& source, FileReport& report, TableSink
 {
     job_.controls.txtXML.clear();
     job_.host.SetProgress(ProgressBarId::Records, 0);
-    LoadedXml xml = velLoadXML(job_, source);
+    LoadedXml xml = velLoadXML(job_, source, &ahead_);
+    if (next_ != nullptr)
+        LoadNextAhead(job_, *next_, xml.document, ahead_);
     const auto run = [this](auto&& step) { return Guarded(job_.log, step); };
     const auto createDatabase = [&](const MappingPlan& plan, int pass) {
         velCreateDatabase(job_, session_, xml.document, plan, pass);

@@ -5,6 +5,7 @@
 #include "schema/known_tables.h"
 #include "schema/loaded_sources.h"
 #include "settings/job.h"
+#include "xml/load_ahead.h"
 
 #include <cstddef>
 #include <cstdint>
@@ -34,10 +35,11 @@ public:
 
     /// Looks what the database, just opened, lists as loaded. Nothing without +once.
     void ReadLoaded();
-    /// Converts one source. Where a source is whole or nothing, what came of one that ends early is taken back, and
-    /// with +continue the run goes on after an error that concerns this source alone: the result is false then, and the
-    /// database was closed. Everything else that ends the run is thrown.
-    [[nodiscard]] bool Convert(const Source& source, FileReport& report, Step& step);
+    /// Converts one source; `next` is the one behind it, if any, which may be loaded meanwhile. Where a source is whole
+    /// or nothing, what came of one that ends early is taken back, and with +continue the run goes on after an error
+    /// that concerns this source alone: the result is false then, and the database was closed. Everything else that
+    /// ends the run is thrown.
+    [[nodiscard]] bool Convert(const Source& source, const Source* next, FileReport& report, Step& step);
 
 private:
     [[nodiscard]] bool IsLoaded(const Source& source, FileReport& report, std::string& hash);
@@ -58,7 +60,9 @@ private:
     RunState& run_;
     KnownTables knownTables_;
     LoadedSources loaded_;
-    bool isFileComplete_ = true; ///< all of the file at hand was converted that came up to now
+    LoadAhead ahead_;
+    const Source* next_ = nullptr; ///< the source behind the one at hand
+    bool isFileComplete_ = true;   ///< all of the file at hand was converted that came up to now
 };
 
 } // namespace velmora

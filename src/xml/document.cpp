@@ -13,6 +13,11 @@ Document::~Document() = default;
 Document::Document(Document&&) noexcept = default;
 Document& Document::operator=(Document&&) noexcept = default;
 
+std::size_t Document::MemoryBytes() const noexcept
+{
+    return impl_->budget.usedBytes;
+}
+
 std::uint64_t Document::TextBytes() const noexcept
 {
     return impl_->text.Size();

@@ -89,6 +89,8 @@ public:
     [[nodiscard]] std::size_t ElementCount() const noexcept { return arrays_.elementCount; }
     /// Of all contents and attribute values together, about.
     [[nodiscard]] std::uint64_t TextBytes() const noexcept;
+    /// What its arrays take of the memory; not what is in a temporary file.
+    [[nodiscard]] std::size_t MemoryBytes() const noexcept;
     [[nodiscard]] PathTree& Paths() noexcept;
     [[nodiscard]] const PathTree& Paths() const noexcept;
     NameId Intern(std::string_view name);

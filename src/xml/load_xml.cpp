@@ -4,6 +4,7 @@
 #include "xml/document_loader.h"
 #include "xml/input_encoding.h"
 
+#include <algorithm>
 #include <filesystem>
 #include <system_error>
 #include <utility>
@@ -13,11 +14,22 @@ namespace velmora {
 namespace {
 
 /// What is no file may let its reader wait, who is then to be the thread that a cancel reaches.
-Parsing ParsingOf(const ConversionSettings& settings, const Source& source)
+bool IsWorthAThread(const ConversionSettings& settings, const Source& source)
 {
     const std::int64_t bytes = BytesOf(source);
-    return bytes > 0 && bytes >= settings.threadsFromBytes && ThreadsOf(settings) > 1 ? Parsing::Ahead
-                                                                                      : Parsing::Beside;
+    return bytes > 0 && bytes >= settings.threadsFromBytes;
+}
+
+/// `threads` are left for it.
+Parsing ParsingOf(const ConversionSettings& settings, const Source& source, int threads)
+{
+    return threads > 1 && IsWorthAThread(settings, source) ? Parsing::Ahead : Parsing::Beside;
+}
+
+/// Text beside children is imported only where every value is.
+Blanks BlanksOf(const ConversionSettings& settings)
+{
+    return settings.blComplete ? Blanks::KeptBesideText : Blanks::BesideChildrenDropped;
 }
 
 /// The lines about what the load left out.
@@ -50,7 +62,19 @@ std::optional<std::string> UnfitEncoding(const ConversionSettings& settings)
     return "encoding= names \"" + settings.encoding + "\", which is not known; nothing was converted";
 }
 
-LoadedXml velLoadXML(Job& job, const Source& source)
+void LoadNextAhead(const Job& job, const Source& next, const Document& document, LoadAhead& ahead)
+{
+    const ConversionSettings& settings = job.settings;
+    const int threads = ThreadsOf(settings) - 1;
+    // What is to be left out by its content is not known yet, and members of an archive share their reader.
+    if (threads < 1 || settings.blOnce || next.archive || !next.problem.empty() || !IsWorthAThread(settings, next))
+        return;
+    const std::size_t taken = std::min(document.MemoryBytes(), kDocumentMemoryBudgetBytes);
+    ahead.Begin(next, MemoryBudget(kDocumentMemoryBudgetBytes - taken), BlanksOf(settings),
+                ParsingOf(settings, next, threads));
+}
+
+LoadedXml velLoadXML(Job& job, const Source& source, LoadAhead* ahead)
 {
     LoadedXml result;
     Procedure(job.log, "velLoadXML", source.Name(), [&](Step& step) {
@@ -67,19 +91,21 @@ LoadedXml velLoadXML(Job& job, const Source& source)
         // The words of the trace are fixed, whatever the parser is: those who read traces look for them.
         step("Initialize ActiveX");
         step("Load file into ActiveX");
-        // Text beside children is imported only where every value is.
-        const Blanks blanks = job.settings.blComplete ? Blanks::KeptBesideText : Blanks::BesideChildrenDropped;
         const auto onPiece = [&](std::int64_t bytes) {
             job.host.SetProgress(ProgressBarId::Bytes, bytes);
             job.ProcessEvents();
         };
         job.host.SetProgressRange(ProgressBarId::Bytes, BytesOf(source));
-        LoadResult loaded = LoadDocument(source, onPiece, MemoryBudget(kDocumentMemoryBudgetBytes), blanks,
-                                         ParsingOf(job.settings, source));
-        ReportLoad(job, source, loaded);
-        result.readable = loaded.problem.empty();
-        result.problem = std::move(loaded.problem);
-        result.document = std::move(loaded.document);
+        std::optional<LoadResult> loaded;
+        if (ahead != nullptr)
+            loaded = ahead->Take(source, onPiece);
+        if (!loaded)
+            loaded = LoadDocument(source, onPiece, MemoryBudget(kDocumentMemoryBudgetBytes), BlanksOf(job.settings),
+                                  ParsingOf(job.settings, source, ThreadsOf(job.settings)));
+        ReportLoad(job, source, *loaded);
+        result.readable = loaded->problem.empty();
+        result.problem = std::move(loaded->problem);
+        result.document = std::move(loaded->document);
     });
     return result;
 }

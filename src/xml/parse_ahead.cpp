@@ -1,5 +1,6 @@
 #include "xml/parse_ahead.h"
 
+#include "platform/at_end.h"
 #include "platform/worker.h"
 
 #include <utility>
@@ -10,18 +11,6 @@ namespace {
 
 /// Ends the parse when nobody listens any more.
 struct Stopped {};
-
-template <class Action>
-class AtEnd {
-public:
-    explicit AtEnd(Action action) : action_(std::move(action)) {}
-    ~AtEnd() { action_(); }
-    AtEnd(const AtEnd&) = delete;
-    AtEnd& operator=(const AtEnd&) = delete;
-
-private:
-    Action action_;
-};
 
 } // namespace
 

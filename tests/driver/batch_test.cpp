@@ -29,6 +29,31 @@ TEST(Batch, FilesOfOneRunAreToldOneByOneAndTogether)
     EXPECT_EQ(outcome.tables[1].newColumns, 1);
 }
 
+TEST(Batch, AFileIsAsItStandsWhenItsTurnHasComeHoweverManyAreLoadedAhead)
+{
+    for (const char* threads : {"threads=1", "threads=2", "threads=4"}) {
+        SCOPED_TRACE(threads);
+        Conversion run;
+        run.Xml("<r><p><n>1</n></p></r>", "1.xml").Xml("<r><p><n>2</n></p></r>", "2.xml");
+        run.Xml("<r><p>", "3.xml").Xml("<r><p><n>4</n></p></r>", "4.xml").Xml(kThree, "5.xml").Options(threads);
+        run.host.onEvents = [&run, isChanged = false]() mutable {
+            if (isChanged || run.Said("Import XML") == 0)
+                return;
+            run.Xml("<r><p><n>two</n></p></r>", "2.xml");
+            std::filesystem::remove(run.Path("5.xml"));
+            isChanged = true;
+        };
+        EXPECT_TRUE(run.Run().failed);
+        EXPECT_EQ(run.Error(), "53 Source XML file not found");
+        EXPECT_EQ(run.Dump("p"), "PKEY|FKEY|n\n1|1|1\n2|2|two\n3|3|4\n");
+        const auto isBefore = [&run](std::string_view first, std::string_view second) {
+            const std::string protocol = run.Protocol();
+            return protocol.find(first) < protocol.find(second);
+        };
+        EXPECT_TRUE(isBefore("File 3 of 5", "Not loaded") && isBefore("Not loaded", "File 4 of 5")) << run.Protocol();
+    }
+}
+
 TEST(Batch, ThousandsOfFilesAreARunLikeAnyOther)
 {
     constexpr int kFiles = 2000;
