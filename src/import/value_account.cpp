@@ -107,6 +107,7 @@ ValueAccount::Loss ValueAccount::Settle(bool attributesImported) const
     Groups groups = attributesRefused_;
     const auto count = static_cast<ElementId>(document_.ElementCount());
     for (ElementId element = 0; element < count; ++element) {
+        document_.Passed(element);
         for (std::uint32_t index = 0; index < document_.AttributeCount(element); ++index) {
             if (document_.AttributeValue(element, index).empty())
                 continue;
