@@ -5,6 +5,7 @@ JOBS ?= $(shell nproc 2>/dev/null || echo 2)
 PROGRAM := build/velmora
 
 FUZZ_SECONDS ?= 20
+TSAN_TESTS ?= *
 PREFIX ?= /usr/local
 DESTDIR ?=
 VERSION = $(shell awk '/^project/ { print $$3 }' CMakeLists.txt)
@@ -17,7 +18,7 @@ WINDOW := qt6-base-dev qt6-svg-dev qt6-l10n-tools qt6-tools-dev xvfb xdotool
 TRIES := mandoc zsh fish pkgconf codespell
 WITH_WINDOW := -DVELMORA_WINDOW=ON
 
-.PHONY: all setup build run window windows test-windows screenshots install package dist release-check test test-sanitize tidy format reformat fuzz bench check-large \
+.PHONY: all setup build run window windows test-windows screenshots install package dist release-check test test-sanitize test-tsan tidy format reformat fuzz bench check-large \
     check-readers clean
 
 all: build
@@ -100,6 +101,16 @@ test-sanitize:
 	@cmake --preset sanitize --log-level=WARNING $(WITH_WINDOW)
 	@cmake --build --preset sanitize --parallel $(JOBS)
 	@ctest --preset sanitize --parallel $(JOBS)
+
+# Threads, documents and conversions under ThreadSanitizer, each with three threads; TSAN_TESTS chooses among the tests.
+test-tsan:
+	@tools/setup.sh $(CLANG)
+	@cmake --preset tsan --log-level=WARNING
+	@cmake --build --preset tsan --parallel $(JOBS) --target platform_test xml_test driver_test
+	@for folder in platform xml driver; do \
+	    TSAN_OPTIONS=halt_on_error=1 VELMORA_TEST_THREADS=3 build/tsan/tests/$$folder/$${folder}_test \
+	        --gtest_brief=1 --gtest_filter='$(TSAN_TESTS)' || exit 1; \
+	done
 
 # clang-tidy over src/: nothing to say, or the target fails.
 tidy:
