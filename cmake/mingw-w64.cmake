@@ -15,6 +15,7 @@ set(CMAKE_FIND_ROOT_PATH_MODE_LIBRARY ONLY)
 set(CMAKE_FIND_ROOT_PATH_MODE_INCLUDE ONLY)
 set(CMAKE_FIND_ROOT_PATH_MODE_PACKAGE ONLY)
 
-# One file to copy: nothing but the system's own libraries stays outside. Windows 7 and later.
-set(CMAKE_EXE_LINKER_FLAGS_INIT -static)
+# One file to copy: nothing but the system's own libraries stays outside. Windows 7 and later. The moment of linking
+# stays outside as well, so that two builds are the same.
+set(CMAKE_EXE_LINKER_FLAGS_INIT "-static -s -Wl,--no-insert-timestamp")
 add_compile_definitions(_WIN32_WINNT=0x0601 WINVER=0x0601 UNICODE _UNICODE NOMINMAX)

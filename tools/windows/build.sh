@@ -8,6 +8,9 @@ folder=$1
 jobs=$2
 version=$(awk '/^project/ { print $3 }' CMakeLists.txt)
 
+SOURCE_DATE_EPOCH=${SOURCE_DATE_EPOCH:-$(git log -1 --format=%ct 2>/dev/null || stat -c %Y CHANGELOG.md)}
+export SOURCE_DATE_EPOCH
+
 mkdir -p "$folder"
 tools/windows/fetch_sources.sh "$folder/sources" expat zlib bzip2 xz-utils libzstd libarchive
 tools/windows/build_libraries.sh "$folder" "$jobs"
@@ -15,7 +18,7 @@ cmake -S . -B "$folder/program" -G Ninja --log-level=WARNING -DCMAKE_TOOLCHAIN_F
     -DCMAKE_FIND_ROOT_PATH="$PWD/$folder/libraries" -DCMAKE_BUILD_TYPE=Release -DVELMORA_TESTS=OFF \
     -DVELMORA_WINDOW=OFF -DVELMORA_WERROR=ON
 cmake --build "$folder/program" --parallel "$jobs" --target velmora
-x86_64-w64-mingw32-strip -o "$folder/velmora.exe" "$folder/program/velmora.exe"
+cp "$folder/program/velmora.exe" "$folder/velmora.exe"
 
 # What Windows brings itself; anything else would have to be copied beside the program.
 others=$(x86_64-w64-mingw32-objdump -p "$folder/velmora.exe" | sed -n 's/.*DLL Name: //p' |
@@ -26,6 +29,6 @@ name=velmora-$version-windows-x64
 rm -rf "${folder:?}/$name" "$folder/$name.zip"
 mkdir "$folder/$name"
 cp "$folder/velmora.exe" LICENSE docs/manual.md examples/orders.xml "$folder/$name"
-(cd "$folder" && python3 -m zipfile -c "$name.zip" "$name")
+python3 tools/windows/pack.py "$folder/$name.zip" "$folder/$name" "$SOURCE_DATE_EPOCH"
 rm -r "${folder:?}/$name"
 ls -l "$folder/velmora.exe" "$folder/$name.zip"

@@ -35,13 +35,19 @@ apt-get update -q >"$apt/update.log" 2>&1 || { cat "$apt/update.log" >&2; exit 1
 
 # The newest version first: a mirror may already have lost what its list still names.
 fetch() {
+    newest=""
     for version in $(apt-cache showsrc --only-source "$1" | sed -n 's/^Version: //p' | sort -rV); do
         if apt-get source -q --only-source "$1=$version" >"$apt/$1.log" 2>&1; then
-            echo "$1 $version"
+            echo "$1 $version${newest:+ ($newest is named by the mirror, and is not there)}"
             return
         fi
+        newest=${newest:-$version}
     done
-    cat "$apt/$1.log" >&2
+    if [ -n "$newest" ]; then
+        cat "$apt/$1.log" >&2
+    else
+        echo "fetch_sources: no sources of $1 at the mirrors of /etc/apt" >&2
+    fi
     return 1
 }
 
