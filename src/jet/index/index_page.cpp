@@ -54,6 +54,17 @@ std::uint64_t LoadHead(const Byte* at)
     return std::endian::native == std::endian::little ? __builtin_bswap64(word) : word;
 }
 
+/// The first eight bytes of an entry's own part as a number, those that it lacks as zeros: of two that differ the less
+/// belongs to the entry that sorts first.
+std::uint64_t HeadOf(ByteSpan own)
+{
+    if (own.size() >= 8)
+        return LoadHead(own.data());
+    std::array<Byte, 8> padded{};
+    std::memcpy(padded.data(), own.data(), own.size());
+    return LoadHead(padded.data());
+}
+
 /// A page's mask in registers' size, to move its bits.
 /// An entry that is put in moves the ends of all behind it: so the whole mask moves by bits, a word at a time.
 class MaskWords {
@@ -117,11 +128,6 @@ private:
     std::array<std::uint64_t, kMaxWords> words_;
     std::size_t count_;
 };
-
-std::size_t CommonPrefix(ByteSpan a, ByteSpan b)
-{
-    return static_cast<std::size_t>(std::ranges::mismatch(a, b).in1 - a.begin());
-}
 
 } // namespace
 
@@ -215,15 +221,7 @@ std::size_t IndexPage::LowerBound(ByteSpan wanted) const noexcept
         return order < 0 ? Begin() : End();
     const ByteSpan own = wanted.subspan(prefixSize_);
     // Most entries differ from `wanted` in the first bytes behind the prefix: one number tells.
-    constexpr std::size_t kHeadSize = 8;
-    const bool hasHead = own.size() >= kHeadSize;
-    const std::uint64_t head = hasHead ? LoadHead(own.data()) : 0;
-    const auto isLess = [&](ByteSpan entry) {
-        if (hasHead && entry.size() >= kHeadSize)
-            if (const std::uint64_t other = LoadHead(entry.data()); other != head)
-                return other < head;
-        return CompareBytes(entry, own) < 0;
-    };
+    const std::uint64_t head = HeadOf(own);
     std::size_t low = Begin(); // every entry before is less than `wanted`
     std::size_t high = End();  // no entry from here on is
     while (low < high) {
@@ -231,12 +229,42 @@ std::size_t IndexPage::LowerBound(ByteSpan wanted) const noexcept
         const std::size_t middle = low + (high - low) / 2;
         const std::size_t place = std::max(low, Before(middle + 1));
         const std::size_t end = After(place);
-        if (isLess(Stored(place, end - place)))
+        const std::uint64_t other = Head(place, end);
+        if (other != head ? other < head : CompareBytes(OwnPart(place, end), own) < 0)
             low = end;
         else
             high = place;
     }
     return low;
+}
+
+/// HeadOf() of the entry from `place` to `end`, without a copy where eight bytes can be read.
+std::uint64_t IndexPage::Head(std::size_t place, std::size_t end) const noexcept
+{
+    const std::size_t at = format_->indexPage.entries + place;
+    const std::size_t size = end - place;
+    if (at + 8 > page_.size())
+        return HeadOf(Stored(place, size));
+    const std::uint64_t bytes = LoadHead(page_.data() + at);
+    return size >= 8 ? bytes : bytes & ~LowBits(kWordBits - 8 * size);
+}
+
+std::vector<std::uint16_t> IndexPage::Places() const
+{
+    std::vector<std::uint16_t> places;
+    places.reserve(used_ / 2);
+    std::uint64_t before = 0;
+    for (std::size_t place = Begin(), end = 0; place != End(); place = end) {
+        end = After(place);
+        RequireEntrySize(prefixSize_ + end - place);
+        const std::uint64_t head = Head(place, end);
+        if (!places.empty() && (head < before || (head == before && CompareBytes(OwnPart(places.back(), place),
+                                                                                 OwnPart(place, end)) >= 0)))
+            throw CorruptPage(number_, "the entries of the index are not in order");
+        before = head;
+        places.push_back(static_cast<std::uint16_t>(place));
+    }
+    return places;
 }
 
 int IndexPage::Compare(std::size_t place, ByteSpan wanted) const noexcept
@@ -299,21 +327,10 @@ EntryList IndexPage::Entries() const
     return entries;
 }
 
-PagePacking Unpacked(const EntryList& entries, std::size_t first, std::size_t count)
+void EntryList::WriteTo(EntryWriter& writer, std::size_t first, std::size_t count) const
 {
-    return {0, entries.Size(first, count)};
-}
-
-PagePacking Packed(const Format& format, const EntryList& entries, std::size_t first, std::size_t count)
-{
-    if (count == 0)
-        return {};
-    // As entries ascend, what the first and the last share, all share.
-    const ByteSpan low = entries[first];
-    const ByteSpan high = entries[first + count - 1];
-    const std::size_t longest = format.indexPage.prefixLengthSize == 1 ? 0xFF : 0xFFFF;
-    const std::size_t prefixSize = std::min({CommonPrefix(low, high), low.size() - 1, high.size() - 1, longest});
-    return {prefixSize, entries.Size(first, count) - (count - 1) * prefixSize};
+    for (std::size_t i = first; i < first + count; ++i)
+        writer.Add((*this)[i]);
 }
 
 void IndexPageEditor::MakeEmpty(const MutablePageRef& page, const Format& format, PageNumber definitionPage,
@@ -373,8 +390,7 @@ void IndexPageEditor::Remove(const IndexPage& view, std::size_t place)
     const std::size_t end = view.After(place);
     const std::size_t used = view.used_;
     if (place == view.Begin() && end == used) {
-        SetEntries({}, 0, 0, {});
-        return;
+        return EntryWriter(page_, *format_, 0).Finish();
     }
     Byte* const at = page_.Data(layout.entries + place, used - place).data();
     const std::size_t size = end - place;
@@ -387,26 +403,30 @@ void IndexPageEditor::Remove(const IndexPage& view, std::size_t place)
     SetUsed(used - size);
 }
 
-void IndexPageEditor::SetEntries(const EntryList& entries, std::size_t first, std::size_t count,
-                                 const PagePacking& packing)
+void IndexPageEditor::SetChild(const IndexPage& view, std::size_t place, PageNumber child)
 {
-    const Format::IndexPageLayout& layout = format_->indexPage;
-    assert(packing.usedBytes <= layout.room);
-    const MutableBytes page = page_.Data();
-    std::ranges::fill(page.subspan(layout.mask), Byte{0});
-    const MutableBytes mask = page.subspan(layout.mask, layout.maskSize);
-    std::size_t at = 0;
-    for (std::size_t i = first; i < first + count; ++i) {
-        const ByteSpan stored = i == first ? entries[i] : entries[i].subspan(packing.prefixSize);
-        std::ranges::copy(stored, page.begin() + static_cast<std::ptrdiff_t>(layout.entries + at));
-        at += stored.size();
-        SetBit(mask, at);
-    }
+    const std::size_t end = format_->indexPage.entries + view.After(place);
+    StoreBigU32(page_.Data(end - kChildPointerSize, kChildPointerSize), 0, child);
+}
+
+EntryWriter::EntryWriter(const MutablePageRef& page, const Format& format, std::size_t prefixSize)
+    : editor_(page, format), prefixSize_(prefixSize)
+{
+    const Format::IndexPageLayout& layout = format.indexPage;
+    const MutableBytes bytes = page.Data();
+    std::ranges::fill(bytes.subspan(layout.mask), Byte{0});
     if (layout.prefixLengthSize == 1)
-        page[layout.prefixLength] = static_cast<Byte>(packing.prefixSize);
+        bytes[layout.prefixLength] = static_cast<Byte>(prefixSize);
     else
-        StoreU16(page, layout.prefixLength, static_cast<std::uint16_t>(packing.prefixSize));
-    SetUsed(at);
+        StoreU16(bytes, layout.prefixLength, static_cast<std::uint16_t>(prefixSize));
+    mask_ = bytes.subspan(layout.mask, layout.maskSize);
+    entries_ = bytes.subspan(layout.entries, layout.room);
+}
+
+void EntryWriter::Finish()
+{
+    assert(used_ <= entries_.size());
+    editor_.SetUsed(used_);
 }
 
 } // namespace jet

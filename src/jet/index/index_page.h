@@ -1,16 +1,21 @@
 #pragma once
 
 #include "jet/base/format.h"
+#include "jet/store/bitmap.h"
 #include "jet/store/pager.h"
 
+#include <algorithm>
 #include <cstddef>
 #include <cstdint>
+#include <cstring>
 #include <vector>
 
 namespace jet {
 
 /// Bytes behind the key in an entry: the row pointer and, in nodes, the child page.
 inline constexpr std::size_t kChildPointerSize = 4;
+
+class EntryWriter;
 
 /// Less than, equal to or greater than 0, as `a` sorts before, with or after `b`: byte by byte, the shorter one first.
 [[nodiscard]] int CompareBytes(ByteSpan a, ByteSpan b) noexcept;
@@ -36,6 +41,7 @@ public:
         AppendBytes(bytes_, rest);
         ends_.push_back(bytes_.size());
     }
+    void WriteTo(EntryWriter& writer, std::size_t first, std::size_t count) const;
     void Reserve(std::size_t count, std::size_t bytes)
     {
         ends_.reserve(count);
@@ -99,7 +105,12 @@ public:
     [[nodiscard]] std::size_t Ordinal(std::size_t place) const noexcept;
 
     /// The entry's bytes behind the prefix.
-    [[nodiscard]] ByteSpan OwnPart(std::size_t place) const noexcept { return Stored(place, After(place) - place); }
+    [[nodiscard]] ByteSpan OwnPart(std::size_t place) const noexcept { return OwnPart(place, After(place)); }
+    /// The same of one whose end is known.
+    [[nodiscard]] ByteSpan OwnPart(std::size_t place, std::size_t end) const noexcept
+    {
+        return Stored(place, end - place);
+    }
     /// Place of the first entry that is not less than `wanted`.
     [[nodiscard]] std::size_t LowerBound(ByteSpan wanted) const noexcept;
     /// Compares the entry at `place`, whole, with `wanted`.
@@ -110,6 +121,8 @@ public:
     void CopyEntry(std::size_t place, Bytes& entry) const;
     /// The child page that a node's entry names. Throws CorruptPage like CopyEntry.
     [[nodiscard]] PageNumber Child(std::size_t place) const;
+    /// Places of all entries. Throws CorruptPage like CopyEntry, and when they are not in order.
+    [[nodiscard]] std::vector<std::uint16_t> Places() const;
     /// All entries, whole. Throws CorruptPage like CopyEntry.
     [[nodiscard]] EntryList Entries() const;
 
@@ -121,6 +134,7 @@ private:
     }
     [[nodiscard]] std::uint64_t MaskWord(std::size_t word) const noexcept;
     [[nodiscard]] std::size_t HighestBit() const noexcept;
+    [[nodiscard]] std::uint64_t Head(std::size_t place, std::size_t end) const noexcept;
     void RequireEntrySize(std::size_t size) const;
 
     ByteSpan page_;
@@ -129,16 +143,6 @@ private:
     std::size_t prefixSize_ = 0;
     std::size_t used_ = 0;
 };
-
-/// How `count` entries of a list from `first` lie on a page.
-struct PagePacking {
-    std::size_t prefixSize = 0;
-    std::size_t usedBytes = 0;
-};
-/// Each entry whole.
-[[nodiscard]] PagePacking Unpacked(const EntryList& entries, std::size_t first, std::size_t count);
-/// With the longest prefix that all entries share; at least one byte of each entry stays.
-[[nodiscard]] PagePacking Packed(const Format& format, const EntryList& entries, std::size_t first, std::size_t count);
 
 /// Changes to one index page. A view taken before a change is void after it.
 class IndexPageEditor {
@@ -159,13 +163,50 @@ public:
     /// with the page's prefix or has no room.
     [[nodiscard]] bool Insert(const IndexPage& view, std::size_t place, ByteSpan entry);
     void Remove(const IndexPage& view, std::size_t place);
-    /// Replaces all entries by `count` ones of `entries` from `first`; the rest of the page becomes zero.
-    void SetEntries(const EntryList& entries, std::size_t first, std::size_t count, const PagePacking& packing);
+    /// Lets the node's entry at `place` of `view`, which shows this page, name another child. The number of the one
+    /// until now does not reach into the prefix.
+    void SetChild(const IndexPage& view, std::size_t place, PageNumber child);
 
 private:
+    friend class EntryWriter;
     void SetUsed(std::size_t used);
     MutablePageRef page_;
     const Format* format_;
+};
+
+/// Replaces all entries of a page by others, which come in order; the rest of the page becomes zero.
+class EntryWriter {
+public:
+    /// `prefixSize`: what all entries to come share, and at least one byte less than each of them has.
+    EntryWriter(const MutablePageRef& page, const Format& format, std::size_t prefixSize);
+    /// Adds the entry made of `head` and `rest`. There is room for it.
+    void Add(ByteSpan head, ByteSpan rest = {}) noexcept
+    {
+        if (used_ != 0) {
+            const std::size_t shared = std::min(head.size(), prefixSize_);
+            head = head.subspan(shared);
+            rest = rest.subspan(prefixSize_ - shared);
+        }
+        Append(head);
+        Append(rest);
+        SetBit(mask_, used_);
+    }
+    /// To be called behind the last entry.
+    void Finish();
+
+private:
+    void Append(ByteSpan bytes) noexcept
+    {
+        if (bytes.empty())
+            return;
+        std::memcpy(entries_.data() + used_, bytes.data(), bytes.size());
+        used_ += bytes.size();
+    }
+    IndexPageEditor editor_;
+    MutableBytes mask_;
+    MutableBytes entries_;
+    std::size_t prefixSize_;
+    std::size_t used_ = 0;
 };
 
 } // namespace jet

@@ -88,7 +88,7 @@ PageRef IndexTree::Descend(ByteSpan wanted, Path* path) const
             place = page.Before(place);
         }
         if (path != nullptr)
-            path->push_back({page.Number(), page.Ordinal(place), isTail});
+            path->push_back({page.Number(), page.Ordinal(place), place, isTail});
         ref = pager_->Read(isTail ? page.Tail() : page.Child(place));
         Prefetch(ref, GetFormat());
     }

@@ -75,10 +75,11 @@ public:
     [[nodiscard]] PageNumber Root() const noexcept { return root_; }
 
 private:
-    /// A node on the way down to a leaf, and the child taken: 0 to number of entries.
+    /// A node on the way down to a leaf, and the child taken.
     struct Step {
         PageNumber page;
-        std::size_t child;
+        std::size_t child; ///< 0 to number of entries
+        std::size_t place; ///< of its entry; of the tail, which has none, the end
         bool isTail;
     };
     using Path = std::vector<Step>;
@@ -96,8 +97,11 @@ private:
     void InsertRebuilding();
     void AddLeaf(const Path& path, const IndexPage& leaf);
     void RemoveLeaf(PageNumber leaf);
-    void StorePage(const Path& path, std::size_t depth, PageNumber page, std::uint8_t level, const EntryList& entries,
+    template <typename Entries>
+    void StorePage(const Path& path, std::size_t depth, PageNumber page, std::uint8_t level, const Entries& entries,
                    std::span<const PagePiece> pieces);
+    void AddChild(const Path& path, std::size_t depth, ByteSpan key, PageNumber page, PageNumber added);
+    [[nodiscard]] bool AddChildInPlace(const Step& step, ByteSpan key, PageNumber page, PageNumber added);
     void StoreNode(const Path& path, std::size_t depth, std::uint8_t level, const NodeChildren& children);
     void ReplaceChildren(const Path& path, std::size_t depth, std::size_t first, std::size_t count,
                          const NodeChildren& replacement);

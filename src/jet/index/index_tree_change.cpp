@@ -43,30 +43,13 @@ PageNumber IndexTree::NewPage()
 
 namespace {
 
-/// The entries of `leaf` with `entry` put at `place`.
-EntryList EntriesWith(const IndexPage& leaf, std::size_t place, ByteSpan entry)
-{
-    const EntryList before = leaf.Entries();
-    const std::size_t at = leaf.Ordinal(place);
-    EntryList entries;
-    entries.Reserve(before.Count() + 1, before.Size(0, before.Count()) + entry.size());
-    for (std::size_t i = 0; i <= before.Count(); ++i) {
-        if (i == at)
-            entries.Add(entry);
-        if (i < before.Count())
-            entries.Add(before[i]);
-    }
-    return entries;
-}
-
 /// A file that is damaged, or in which a node's entries leave out what the tails below lead to, can give others.
-void RequireStorable(PageNumber page, const EntryList& entries, const PagePiece& piece, const Format& format)
+void RequireOrder(PageNumber page, const EntryList& entries, std::span<const PagePiece> pieces)
 {
-    if (!piece.Fits(format))
-        throw CorruptPage(page, "the entries of the index are too large for its pages");
-    for (std::size_t i = piece.first + 1; i < piece.first + piece.count; ++i)
-        if (CompareBytes(entries[i - 1], entries[i]) >= 0)
-            throw CorruptPage(page, "the entries of the index are not in order");
+    for (const PagePiece& piece : pieces)
+        for (std::size_t i = piece.first + 1; i < piece.first + piece.count; ++i)
+            if (CompareBytes(entries[i - 1], entries[i]) >= 0)
+                throw CorruptPage(page, "the entries of the index are not in order");
 }
 
 } // namespace
@@ -81,7 +64,7 @@ void IndexTree::InsertRebuilding()
     const bool isLast = place == leaf.End() && leaf.Next() == 0;
     if (isLast && leaf.Begin() != 0 && !path.empty())
         return AddLeaf(path, leaf);
-    const EntryList entries = EntriesWith(leaf, place, entry_);
+    const GrownLeaf entries(ref, GetFormat(), place, entry_);
     const std::vector<PagePiece> pieces =
         isLast ? ExtendLastLeaf(leaf, entries, GetFormat()) : CutLeaf(entries, GetFormat());
     StorePage(path, path.size(), leaf.Number(), 0, entries, pieces);
@@ -94,10 +77,7 @@ void IndexTree::AddLeaf(const Path& path, const IndexPage& leaf)
     Bytes last;
     leaf.CopyEntry(leaf.Before(leaf.End()), last);
     const PageNumber added = NewPage();
-    NodeChildren children;
-    children.Add(last, leaf.Number());
-    children.Add(entry_, added);
-    ReplaceChildren(path, path.size() - 1, path.back().child, 1, children);
+    AddChild(path, path.size() - 1, last, leaf.Number(), added);
 
     IndexPageEditor(pager_->Write(leaf.Number()), GetFormat()).SetNext(added);
     const MutablePageRef ref = pager_->Write(added);
@@ -121,24 +101,24 @@ void IndexTree::RemoveLeaf(PageNumber leaf)
 
 /// Writes `pieces` of `entries` in the place of `page`, at `depth` of the path: the first stays on the page, the others
 /// go to new ones behind it. All pieces of the root go to new pages, and the root becomes a node above them.
+template <typename Entries>
 void IndexTree::StorePage(const Path& path, std::size_t depth, PageNumber page, std::uint8_t level,
-                          const EntryList& entries, std::span<const PagePiece> pieces)
+                          const Entries& entries, std::span<const PagePiece> pieces)
 {
     assert(!pieces.empty());                    // T6
     assert(level != 0 || depth == path.size()); // T5
-    for (const PagePiece& piece : pieces)
-        RequireStorable(page, entries, piece, GetFormat());
+    if (!std::ranges::all_of(pieces, [&](const PagePiece& piece) { return piece.Fits(GetFormat()); }))
+        throw CorruptPage(page, "the entries of the index are too large for its pages");
     std::vector<PageNumber> numbers;
     const auto [previous, next] = Neighbours(page);
-    if (pieces.size() == 1) {
-        numbers.push_back(page);
-    } else {
+    for (std::size_t i = 0; i < pieces.size(); ++i)
+        numbers.push_back(i == 0 && (depth != 0 || pieces.size() == 1) ? page : NewPage());
+    if (pieces.size() == 2 && depth != 0) {
+        AddChild(path, depth - 1, pieces[0].key, page, numbers[1]);
+    } else if (pieces.size() > 1) {
         NodeChildren children;
-        for (const PagePiece& piece : pieces) {
-            const bool stays = numbers.empty() && depth != 0;
-            numbers.push_back(stays ? page : NewPage());
-            children.Add(piece.key, numbers.back());
-        }
+        for (std::size_t i = 0; i < pieces.size(); ++i)
+            children.Add(pieces[i].key, numbers[i]);
         if (depth == 0)
             StoreNode(path, 0, static_cast<std::uint8_t>(level + 1), children);
         else
@@ -152,12 +132,51 @@ void IndexTree::StorePage(const Path& path, std::size_t depth, PageNumber page, 
         editor.SetPrevious(i == 0 ? previous : numbers[i - 1]);
         editor.SetNext(i + 1 == pieces.size() ? next : numbers[i + 1]);
         editor.SetTail(pieces[i].tail);
-        editor.SetEntries(entries, pieces[i].first, pieces[i].count, pieces[i].packing);
+        EntryWriter writer(ref, GetFormat(), pieces[i].packing.prefixSize);
+        entries.WriteTo(writer, pieces[i].first, pieces[i].count);
+        writer.Finish();
     }
     if (next != 0)
         IndexPageEditor(pager_->Write(next), GetFormat()).SetPrevious(numbers.back());
     if (level == 0)
         lastLeaf_ = next == 0 ? numbers.back() : lastLeaf_;
+}
+
+/// `page`, the child taken at `depth` of the path, was cut in two: `key` is now the last leaf entry below it, and what
+/// its node says of it so far is true of `added`.
+void IndexTree::AddChild(const Path& path, std::size_t depth, ByteSpan key, PageNumber page, PageNumber added)
+{
+    const Step& step = path[depth];
+    if (AddChildInPlace(step, key, page, added))
+        return;
+    NodeChildren children;
+    children.Add(key, page);
+    children.Add({}, added);
+    ReplaceChildren(path, depth, step.child, 1, children);
+}
+
+/// As long as the node's page can take one more entry, no other is touched. False, and nothing has changed, when it
+/// cannot.
+bool IndexTree::AddChildInPlace(const Step& step, ByteSpan key, PageNumber page, PageNumber added)
+{
+    const PageRef ref = pager_->Read(step.page, PageType::IndexNode);
+    const IndexPage node = View(ref);
+    if (!step.isTail && node.OwnPart(step.place).size() < kChildPointerSize)
+        return false; // the prefix has a part of the number that is to be replaced
+    Bytes entry(key.begin(), key.end());
+    entry.resize(key.size() + kChildPointerSize);
+    StoreBigU32(entry, key.size(), page);
+    if (node.LowerBound(entry) != step.place)
+        return false;
+    IndexPageEditor editor(pager_->Write(step.page), GetFormat());
+    if (!editor.Insert(node, step.place, entry))
+        return false;
+    const IndexPage after = editor.View();
+    if (step.isTail)
+        editor.SetTail(added);
+    else
+        editor.SetChild(after, after.After(step.place), added);
+    return true;
 }
 
 /// Makes the node at `depth` of the path have these children, two or more.
@@ -170,7 +189,9 @@ void IndexTree::StoreNode(const Path& path, std::size_t depth, std::uint8_t leve
         depth < path.size() && std::all_of(path.begin(), path.begin() + static_cast<std::ptrdiff_t>(depth) + 1,
                                            [](const Step& step) { return step.isTail; });
     const EntryList entries = children.Entries();
-    StorePage(path, depth, page, level, entries, CutNode(children, entries, isRightEdge, GetFormat()));
+    const std::vector<PagePiece> pieces = CutNode(children, entries, isRightEdge, GetFormat());
+    RequireOrder(page, entries, pieces);
+    StorePage(path, depth, page, level, entries, pieces);
 }
 
 /// Puts other children in the place of `count` ones from `first` of the node at `depth` of the path. The last of the
@@ -218,7 +239,8 @@ void IndexTree::JoinSibling(const Path& path, std::size_t depth, const NodeChild
     const auto store = [&](PageNumber page, const NodeChildren& children, std::size_t first, std::size_t end) {
         const EntryList entries = children.Entries();
         const PagePiece piece = NodePiece(children, entries, first, end, GetFormat());
-        StorePage(path, depth, page, LevelAt(path, depth), entries, {&piece, 1});
+        RequireOrder(page, entries, {&piece, 1});
+        StorePage(path, depth, page, LevelAt(path, depth), entries, std::span(&piece, 1));
     };
     if (siblings.Count() < 2) // not by our hand: nodes have two children
         return store(path[depth].page, only, 0, 1);

@@ -1,5 +1,7 @@
 #include "jet/index/page_pieces.h"
 
+#include "jet/base/error.h"
+
 #include <algorithm>
 #include <array>
 
@@ -7,13 +9,35 @@ namespace jet {
 
 namespace {
 
-PagePiece PackedPiece(const EntryList& entries, std::size_t first, std::size_t end, const Format& format)
+/// Each entry whole.
+template <typename Entries>
+PagePacking Unpacked(const Entries& entries, std::size_t first, std::size_t count)
+{
+    return {0, entries.Size(first, count)};
+}
+
+/// With the longest prefix that all entries share; at least one byte of each entry stays.
+template <typename Entries>
+PagePacking Packed(const Format& format, const Entries& entries, std::size_t first, std::size_t count)
+{
+    if (count == 0)
+        return {};
+    // As entries ascend, what the first and the last share, all share.
+    const auto& low = entries[first];
+    const auto& high = entries[first + count - 1];
+    const auto shared = static_cast<std::size_t>(std::ranges::mismatch(low, high).in1 - low.begin());
+    const std::size_t longest = format.indexPage.prefixLengthSize == 1 ? 0xFF : 0xFFFF;
+    const std::size_t prefixSize = std::min({shared, low.size() - 1, high.size() - 1, longest});
+    return {prefixSize, entries.Size(first, count) - (count - 1) * prefixSize};
+}
+
+PagePiece PackedPiece(const GrownLeaf& entries, std::size_t first, std::size_t end, const Format& format)
 {
     return {first, end - first, Packed(format, entries, first, end - first), 0, entries[end - 1]};
 }
 
 /// How many entries, at least one, make up the first half of all bytes.
-std::size_t MiddleOf(const EntryList& entries)
+std::size_t MiddleOf(const GrownLeaf& entries)
 {
     const std::size_t total = entries.Size(0, entries.Count());
     std::size_t middle = 1;
@@ -23,6 +47,44 @@ std::size_t MiddleOf(const EntryList& entries)
 }
 
 } // namespace
+
+GrownLeaf::GrownLeaf(const PageRef& leaf, const Format& format, std::size_t place, ByteSpan added)
+    : page_(leaf.Bytes().begin(), leaf.Bytes().end()), leaf_(page_, leaf.Number(), format), places_(leaf_.Places()),
+      addedAt_(static_cast<std::size_t>(std::ranges::lower_bound(places_, place) - places_.begin())), added_(added)
+{
+    if (place != leaf_.End() && leaf_.Compare(place, added) == 0)
+        throw CorruptPage(leaf.Number(), "the index has an entry twice");
+    places_.push_back(static_cast<std::uint16_t>(leaf_.End()));
+}
+
+/// Of one that the leaf has.
+ByteSpan GrownLeaf::OwnPart(std::size_t index) const noexcept
+{
+    const std::size_t old = index - static_cast<std::size_t>(index > addedAt_);
+    return leaf_.OwnPart(places_[old], places_[old + 1]);
+}
+
+Bytes GrownLeaf::operator[](std::size_t index) const
+{
+    Bytes entry;
+    if (index == addedAt_) {
+        AppendBytes(entry, added_);
+    } else {
+        AppendBytes(entry, leaf_.Prefix());
+        AppendBytes(entry, OwnPart(index));
+    }
+    return entry;
+}
+
+void GrownLeaf::WriteTo(EntryWriter& writer, std::size_t first, std::size_t count) const
+{
+    for (std::size_t i = first; i < first + count; ++i) {
+        if (i == addedAt_)
+            writer.Add(added_);
+        else
+            writer.Add(leaf_.Prefix(), OwnPart(i));
+    }
+}
 
 EntryList NodeChildren::Entries() const
 {
@@ -36,22 +98,23 @@ EntryList NodeChildren::Entries() const
     return entries;
 }
 
-std::vector<PagePiece> ExtendLastLeaf(const IndexPage& leaf, const EntryList& entries, const Format& format)
+std::vector<PagePiece> ExtendLastLeaf(const IndexPage& leaf, const GrownLeaf& entries, const Format& format)
 {
     const std::size_t old = entries.Count() - 1;
-    const ByteSpan added = entries[old];
+    const Bytes added = entries[old];
     // A prefix tells that the page has been full once: it is not packed a second time, nor is it by Access.
     const PagePacking packing =
         leaf.Begin() == 0 ? Packed(format, entries, 0, old) : PagePacking{leaf.Begin(), leaf.UsedBytes()};
-    const ByteSpan prefix = entries[0].first(packing.prefixSize);
-    const bool shares = added.size() > prefix.size() && std::ranges::equal(prefix, added.first(prefix.size()));
-    const PagePiece grown{0, old + 1, {prefix.size(), packing.usedBytes + added.size() - prefix.size()}, 0, added};
+    const std::size_t prefixSize = packing.prefixSize;
+    const bool shares = added.size() > prefixSize &&
+                        std::ranges::equal(ByteSpan(entries[0]).first(prefixSize), ByteSpan(added).first(prefixSize));
+    const PagePiece grown{0, old + 1, {prefixSize, packing.usedBytes + added.size() - prefixSize}, 0, added};
     if (shares && grown.Fits(format))
         return {grown};
     return {{0, old, packing, 0, entries[old - 1]}, {old, 1, Unpacked(entries, old, 1), 0, added}};
 }
 
-std::vector<PagePiece> CutLeaf(const EntryList& entries, const Format& format)
+std::vector<PagePiece> CutLeaf(const GrownLeaf& entries, const Format& format)
 {
     const std::size_t count = entries.Count();
     if (const PagePiece whole = PackedPiece(entries, 0, count, format); whole.Fits(format))
@@ -75,7 +138,7 @@ PagePiece NodePiece(const NodeChildren& children, const EntryList& entries, std:
     const std::size_t tail = end - 1;
     // The tail has no entry, and its key becomes what the node above says of the whole node.
     PagePiece piece{first, tail - first, Unpacked(entries, first, tail - first), children.pages[tail],
-                    children.keys[tail]};
+                    Bytes(children.keys[tail].begin(), children.keys[tail].end())};
     if (!piece.Fits(format))
         piece.packing = Packed(format, entries, first, piece.count);
     return piece;

@@ -19,7 +19,9 @@ void ExpectPackedAlike(Pager& pager, const IndexPage& page, ByteSpan original)
     const EntryList entries = page.Entries();
     const MutablePageRef copy = pager.Allocate();
     std::ranges::copy(original, copy.Data().begin());
-    IndexPageEditor(copy, format).SetEntries(entries, 0, entries.Count(), {page.Prefix().size(), page.UsedBytes()});
+    EntryWriter writer(copy, format, page.Prefix().size());
+    entries.WriteTo(writer, 0, entries.Count());
+    writer.Finish();
     const std::size_t used = format.indexPage.entries + page.UsedBytes();
     EXPECT_TRUE(std::ranges::equal(copy.Bytes().first(used), original.first(used))) << "page " << page.Number();
     pager.Free(copy.Number());
