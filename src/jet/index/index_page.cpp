@@ -215,6 +215,16 @@ std::size_t IndexPage::Ordinal(std::size_t place) const noexcept
     return count;
 }
 
+bool IndexPage::IsLowerBound(std::size_t place, ByteSpan wanted) const noexcept
+{
+    if (place <= Begin() || place > End() || wanted.size() < prefixSize_ ||
+        CompareBytes(wanted.first(prefixSize_), Prefix()) != 0)
+        return false;
+    const ByteSpan own = wanted.subspan(prefixSize_);
+    const std::uint64_t head = HeadOf(own);
+    return IsLess(Before(place), place, own, head) && (place == End() || !IsLess(place, After(place), own, head));
+}
+
 std::size_t IndexPage::LowerBound(ByteSpan wanted) const noexcept
 {
     if (const int order = CompareBytes(wanted.first(std::min(wanted.size(), prefixSize_)), Prefix()); order != 0)
@@ -229,8 +239,7 @@ std::size_t IndexPage::LowerBound(ByteSpan wanted) const noexcept
         const std::size_t middle = low + (high - low) / 2;
         const std::size_t place = std::max(low, Before(middle + 1));
         const std::size_t end = After(place);
-        const std::uint64_t other = Head(place, end);
-        if (other != head ? other < head : CompareBytes(OwnPart(place, end), own) < 0)
+        if (IsLess(place, end, own, head))
             low = end;
         else
             high = place;
@@ -247,6 +256,13 @@ std::uint64_t IndexPage::Head(std::size_t place, std::size_t end) const noexcept
         return HeadOf(Stored(place, size));
     const std::uint64_t bytes = LoadHead(page_.data() + at);
     return size >= 8 ? bytes : bytes & ~LowBits(kWordBits - 8 * size);
+}
+
+/// Does the entry from `place` to `end` sort before the one whose own part is `own`, with this HeadOf()?
+bool IndexPage::IsLess(std::size_t place, std::size_t end, ByteSpan own, std::uint64_t head) const noexcept
+{
+    const std::uint64_t other = Head(place, end);
+    return other != head ? other < head : CompareBytes(OwnPart(place, end), own) < 0;
 }
 
 std::vector<std::uint16_t> IndexPage::Places() const
@@ -351,7 +367,7 @@ void IndexPageEditor::SetUsed(std::size_t used)
 }
 
 /// As long as the entry shares the page's prefix nothing else has to be rewritten; the prefix is as long as possible
-/// only when a page is made, and never grows here. Ascending keys come to the end, where one bit of the mask is all.
+/// only when a page is made, and never grows here.
 bool IndexPageEditor::Insert(const IndexPage& view, std::size_t place, ByteSpan entry)
 {
     const std::size_t prefixSize = view.prefixSize_;
@@ -361,27 +377,38 @@ bool IndexPageEditor::Insert(const IndexPage& view, std::size_t place, ByteSpan 
     const Format::IndexPageLayout& layout = format_->indexPage;
     const ByteSpan own = entry.subspan(prefixSize);
     const std::size_t used = view.used_;
+    if (used == 0) // an empty page's prefix means nothing
+        std::ranges::fill(page_.Data(layout.prefixLength, layout.prefixLengthSize), Byte{0});
+    if (place == used) {
+        Append(used, own);
+        return true;
+    }
     const std::size_t end = used + own.size();
-    const UndoLog::Range entries{layout.entries + place, end - place};
-    const UndoLog::Range maskBytes =
-        place == used ? UndoLog::Range{layout.mask + end / 8, 1} : UndoLog::Range{layout.mask, layout.maskSize};
-    Byte* const page = page_.Data(entries, maskBytes, UndoLog::Range{kPageFreeBytes, 2});
-    Byte* const at = page + entries.offset;
+    Byte* const page = page_.Data(UndoLog::Range{layout.entries + place, end - place},
+                                  UndoLog::Range{layout.mask, layout.maskSize}, UndoLog::Range{kPageFreeBytes, 2});
+    Byte* const at = page + layout.entries + place;
     std::memmove(at + own.size(), at, used - place);
     std::memcpy(at, own.data(), own.size());
     const MutableBytes mask(page + layout.mask, layout.maskSize);
-    if (place == used) {
-        SetBit(mask, end);
-    } else {
-        MaskWords words(mask);
-        words.MoveUp(place, own.size());
-        words.StoreTo(mask);
-        SetBit(mask, place + own.size());
-    }
+    MaskWords words(mask);
+    words.MoveUp(place, own.size());
+    words.StoreTo(mask);
+    SetBit(mask, place + own.size());
     StoreU16({page + kPageFreeBytes, 2}, 0, static_cast<std::uint16_t>(layout.room - end));
-    if (used == 0) // an empty page's prefix means nothing
-        std::ranges::fill(page_.Data(layout.prefixLength, layout.prefixLengthSize), Byte{0});
     return true;
+}
+
+/// Ascending keys come to the end, where one bit of the mask is all.
+void IndexPageEditor::Append(std::size_t used, ByteSpan own)
+{
+    const Format::IndexPageLayout& layout = format_->indexPage;
+    const std::size_t end = used + own.size();
+    assert(end <= layout.room);
+    Byte* const page = page_.Data(UndoLog::Range{layout.entries + used, own.size()},
+                                  UndoLog::Range{layout.mask + end / 8, 1}, UndoLog::Range{kPageFreeBytes, 2});
+    std::memcpy(page + layout.entries + used, own.data(), own.size());
+    SetBit({page + layout.mask, layout.maskSize}, end);
+    StoreU16({page + kPageFreeBytes, 2}, 0, static_cast<std::uint16_t>(layout.room - end));
 }
 
 void IndexPageEditor::Remove(const IndexPage& view, std::size_t place)

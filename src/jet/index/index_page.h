@@ -8,6 +8,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <cstring>
+#include <utility>
 #include <vector>
 
 namespace jet {
@@ -113,6 +114,8 @@ public:
     }
     /// Place of the first entry that is not less than `wanted`.
     [[nodiscard]] std::size_t LowerBound(ByteSpan wanted) const noexcept;
+    /// Is it `place`, that of an entry or the end, and not the first? Then the entry before is less.
+    [[nodiscard]] bool IsLowerBound(std::size_t place, ByteSpan wanted) const noexcept;
     /// Compares the entry at `place`, whole, with `wanted`.
     [[nodiscard]] int Compare(std::size_t place, ByteSpan wanted) const noexcept;
     /// Is the key of the leaf's entry at `place` exactly `key`?
@@ -135,6 +138,7 @@ private:
     [[nodiscard]] std::uint64_t MaskWord(std::size_t word) const noexcept;
     [[nodiscard]] std::size_t HighestBit() const noexcept;
     [[nodiscard]] std::uint64_t Head(std::size_t place, std::size_t end) const noexcept;
+    [[nodiscard]] bool IsLess(std::size_t place, std::size_t end, ByteSpan own, std::uint64_t head) const noexcept;
     void RequireEntrySize(std::size_t size) const;
 
     ByteSpan page_;
@@ -147,7 +151,7 @@ private:
 /// Changes to one index page. A view taken before a change is void after it.
 class IndexPageEditor {
 public:
-    IndexPageEditor(const MutablePageRef& page, const Format& format) : page_(page), format_(&format) {}
+    IndexPageEditor(MutablePageRef page, const Format& format) : page_(std::move(page)), format_(&format) {}
 
     /// Makes an empty page of a zeroed one; level 0 is a leaf.
     static void MakeEmpty(const MutablePageRef& page, const Format& format, PageNumber definitionPage,
@@ -162,6 +166,8 @@ public:
     /// Puts `entry` at `place` of `view`, which shows this page. False, and nothing changed, when it does not begin
     /// with the page's prefix or has no room.
     [[nodiscard]] bool Insert(const IndexPage& view, std::size_t place, ByteSpan entry);
+    /// Puts behind the last entry, which ends at `used`, one whose own part is `own`. There is room for it.
+    void Append(std::size_t used, ByteSpan own);
     void Remove(const IndexPage& view, std::size_t place);
     /// Lets the node's entry at `place` of `view`, which shows this page, name another child. The number of the one
     /// until now does not reach into the prefix.

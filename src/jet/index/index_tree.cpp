@@ -4,6 +4,8 @@
 
 #include <algorithm>
 #include <cassert>
+#include <cstring>
+#include <utility>
 
 namespace jet {
 
@@ -15,8 +17,9 @@ constexpr std::size_t kMaxLevels = 32;
 /// key, page, slot: the bytes by which entries are ordered.
 void MakeEntry(Bytes& entry, ByteSpan key, RowId row)
 {
-    entry.assign(key.begin(), key.end());
+    // Mostly of the size that it had: then no byte is moved or cleared first.
     entry.resize(key.size() + kRowPointerSize);
+    std::ranges::copy(key, entry.begin());
     StoreBigU32(entry, key.size(), row.Pointer());
 }
 
@@ -55,6 +58,23 @@ IndexTree::IndexTree(Pager& pager, PageNumber root, RowId usageMap, PageNumber d
 void IndexTree::MakeEmpty(const MutablePageRef& root, const Format& format, PageNumber definitionPage)
 {
     IndexPageEditor::MakeEmpty(root, format, definitionPage, 0);
+}
+
+/// The leaf with the first entry that is not less than `wanted`, and its place; or a leaf before, and its end, where
+/// `wanted` itself belongs.
+IndexTree::Found IndexTree::Find(ByteSpan wanted) const
+{
+    if (guessedLeaf_ != 0) {
+        PageRef ref = pager_->Read(guessedLeaf_);
+        const IndexPage leaf = View(ref);
+        // Between two entries of a leaf, or behind the last of all, it can stand nowhere else.
+        if (leaf.IsLowerBound(guessedPlace_, wanted) && (guessedPlace_ != leaf.End() || leaf.Next() == 0))
+            return {std::move(ref), guessedPlace_};
+    }
+    PageRef ref = FindLeaf(wanted);
+    guessedLeaf_ = ref.Number();
+    guessedPlace_ = View(ref).LowerBound(wanted);
+    return {std::move(ref), guessedPlace_};
 }
 
 /// The leaf with the first entry that is not less than `wanted`, or one before it in which `wanted` itself belongs.
@@ -126,33 +146,56 @@ bool IndexTree::Insert(ByteSpan key, RowId row)
 
     assert(greatest_.empty() || lastLeaf_ != 0); // T9
     const bool isGreater = !greatest_.empty() && CompareBytes(greatest_, entry_) < 0;
-    const PageRef ref = isGreater ? pager_->Read(lastLeaf_) : FindLeaf(entry_);
+    if (isGreater && AppendToLastLeaf()) {
+        greatest_.swap(entry_);
+        return !IsEntryOf(entry_, key); // the one that was the greatest until now
+    }
+    const auto [ref, place] = Find(entry_);
     const IndexPage leaf = View(ref);
-    const std::size_t place = isGreater ? leaf.End() : leaf.LowerBound(entry_);
     if (place != leaf.End() && leaf.Compare(place, entry_) == 0)
         throw CorruptPage(leaf.Number(), "the index has an entry for a row that is new");
-    // Before the entry is in, which would be its own neighbour. Equal keys stand together: an entry that comes last is
-    // its key's first unless the last one until now has the key.
-    const bool isNew = isGreater ? !IsEntryOf(greatest_, key) : !HasNeighbour(leaf, place, key);
+    // Before the entry is in, which would be its own neighbour.
+    const bool isNew = !HasNeighbour(leaf, place, key);
     const bool isLast = leaf.Next() == 0 && place == leaf.End();
     if (leaf.Next() == 0)
         lastLeaf_ = leaf.Number();
-    if (!IndexPageEditor(pager_->Write(leaf.Number()), GetFormat()).Insert(leaf, place, entry_))
+    lastUsed_ = 0;
+    if (!IndexPageEditor(pager_->Write(leaf.Number()), GetFormat()).Insert(leaf, place, entry_)) {
+        guessedLeaf_ = 0;
         InsertRebuilding();
+    } else if (isLast) {
+        lastPrefix_ = leaf.Begin();
+        lastUsed_ = leaf.End() + entry_.size() - leaf.Begin();
+    }
     if (isLast)
         greatest_ = entry_;
     return isNew;
 }
 
+/// Puts entry_, which is greater than all others, behind them. False, and nothing has changed, when the last leaf is
+/// not known so well, or cannot simply take it.
+bool IndexTree::AppendToLastLeaf()
+{
+    if (lastUsed_ == 0 || entry_.size() <= lastPrefix_ ||
+        entry_.size() - lastPrefix_ > GetFormat().indexPage.room - lastUsed_ ||
+        std::memcmp(entry_.data(), greatest_.data(), lastPrefix_) != 0)
+        return false;
+    const ByteSpan own = ByteSpan(entry_).subspan(lastPrefix_);
+    IndexPageEditor(pager_->Write(lastLeaf_), GetFormat()).Append(lastUsed_, own);
+    lastUsed_ += own.size();
+    return true;
+}
+
 bool IndexTree::Remove(ByteSpan key, RowId row)
 {
     MakeEntry(entry_, key, row);
-    const PageRef ref = FindLeaf(entry_);
+    const auto [ref, place] = Find(entry_);
     const IndexPage leaf = View(ref);
-    const std::size_t place = leaf.LowerBound(entry_);
     if (place == leaf.End() || leaf.Compare(place, entry_) != 0)
         return false;
     greatest_.clear();
+    lastUsed_ = 0;
+    guessedLeaf_ = 0;
     const bool isOnly = place == leaf.Begin() && leaf.After(place) == leaf.End();
     if (isOnly && leaf.Number() != root_)
         RemoveLeaf(leaf.Number());
@@ -165,8 +208,9 @@ IndexTree::Cursor IndexTree::Seek(ByteSpan key) const
 {
     Cursor cursor;
     cursor.pager_ = pager_;
-    cursor.page_ = FindLeaf(key);
-    cursor.place_ = View(cursor.page_).LowerBound(key);
+    auto [leaf, place] = Find(key);
+    cursor.page_ = std::move(leaf);
+    cursor.place_ = place;
     cursor.Settle();
     return cursor;
 }
@@ -182,9 +226,8 @@ bool IndexTree::Contains(ByteSpan key) const
 {
     if (!greatest_.empty() && (IsEntryOf(greatest_, key) || CompareBytes(greatest_, key) < 0))
         return IsEntryOf(greatest_, key);
-    const PageRef ref = FindLeaf(key);
+    const auto [ref, place] = Find(key);
     const IndexPage leaf = View(ref);
-    const std::size_t place = leaf.LowerBound(key);
     if (place != leaf.End())
         return leaf.HasKey(place, key);
     if (leaf.Next() == 0)
@@ -201,16 +244,14 @@ void IndexTree::Clear()
             FreePage(page);
     }
     MakeEmpty(pager_->Write(root_), GetFormat(), definitionPage_);
-    lastLeaf_ = 0;
-    greatest_.clear();
+    Forget();
 }
 
 void IndexTree::Destroy()
 {
     for (const PageNumber page : pages_.Pages())
         FreePage(page);
-    lastLeaf_ = 0;
-    greatest_.clear();
+    Forget();
 }
 
 void IndexTree::Cursor::Next()

@@ -15,9 +15,10 @@ namespace jet {
 /// One index's B-tree: entries (key, row) in ascending order of their bytes. The root page never changes. One object
 /// per index that is changed.
 ///
-/// Appends in ascending order fill leaves completely, as Access does; the greatest entry and its leaf are kept at hand,
-/// so such an insert neither descends from the root nor searches. Fill, packing and splits follow what Access's own
-/// pages show.
+/// Appends in ascending order fill leaves completely, as Access does; the greatest entry is kept at hand, with its leaf
+/// and how that is filled, so such an insert neither descends from the root nor searches. Others often come beside the
+/// one before, as the parts of one whole do that are saved before it: there they are looked for first. Fill, packing
+/// and splits follow what Access's own pages show.
 ///
 /// Every node has one child or more with an entry, and a tail, its last child, for which it has none. A child's entry
 /// is a copy of the last leaf entry below it, what its own tail leads to included; after removals it may be greater
@@ -87,10 +88,19 @@ private:
     [[nodiscard]] const Format& GetFormat() const noexcept { return pager_->GetFormat(); }
     [[nodiscard]] IndexPage View(const PageRef& page) const { return {page, GetFormat()}; }
 
+    struct Found {
+        PageRef leaf;
+        std::size_t place;
+    };
+
     // Search (index_tree.cpp).
+    [[nodiscard]] Found Find(ByteSpan wanted) const;
     [[nodiscard]] PageRef FindLeaf(ByteSpan wanted) const;
     [[nodiscard]] PageRef Descend(ByteSpan wanted, Path* path) const;
     [[nodiscard]] bool HasNeighbour(const IndexPage& leaf, std::size_t place, ByteSpan key) const;
+
+    // Changes of one page (index_tree.cpp).
+    [[nodiscard]] bool AppendToLastLeaf();
 
     // Changes of more than one page (index_tree_change.cpp). A step of `path` is named by its depth; path.size() is
     // that of the leaf.
@@ -111,6 +121,7 @@ private:
     [[nodiscard]] PageNumber NewPage();
     void Unlink(PageNumber page);
     void FreePage(PageNumber page);
+    void Forget() noexcept;
     [[nodiscard]] std::pair<PageNumber, PageNumber> Neighbours(PageNumber page) const;
     [[nodiscard]] NodeChildren ReadChildren(PageNumber node) const;
     [[nodiscard]] static std::uint8_t LevelAt(const Path& path, std::size_t depth) noexcept
@@ -122,9 +133,14 @@ private:
     PageNumber root_;
     UsageMap pages_;
     PageNumber definitionPage_;
-    PageNumber lastLeaf_ = 0; ///< rightmost leaf, 0 = not known
-    Bytes greatest_;          ///< the tree's last entry, empty = not known
-    Bytes entry_;             ///< the one that is inserted or removed
+    PageNumber lastLeaf_ = 0;    ///< rightmost leaf, 0 = not known
+    Bytes greatest_;             ///< the tree's last entry, empty = not known
+    std::size_t lastUsed_ = 0;   ///< bytes of entries in the rightmost leaf, 0 = not known
+    std::size_t lastPrefix_ = 0; ///< of the rightmost leaf, when lastUsed_ is known
+    Bytes entry_;                ///< the one that is inserted or removed
+    /// Where something was last looked for or inserted. A guess, true or not: leaf 0 = none.
+    mutable PageNumber guessedLeaf_ = 0;
+    mutable std::size_t guessedPlace_ = 0;
 };
 
 } // namespace jet

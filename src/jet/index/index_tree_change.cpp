@@ -26,7 +26,9 @@
 ///  T7  `previous` and `next` link all pages of a level from left to right, whoever their parents are.
 ///  T8  The index's usage map names the tree's pages, the root among them, and no others.
 ///  T9  lastLeaf_ is 0 or the leaf without a next one; greatest_ is empty or the last entry of lastLeaf_, which is then
-///      known.
+///      known; lastUsed_ is 0, or greatest_ is known and the leaf is filled and packed as lastUsed_ and lastPrefix_
+///      say.
+///  T10 guessedLeaf_ is 0 or a leaf, and guessedPlace_ where one of its entries begins, or its last ends.
 ///
 /// In the midst of a change, from the bottom up: the new pages are in the map (T8), then the parent knows its children
 /// (T2, T3), then the pages are written and linked (T1, T7). A file may break each of these rules; what is read from
@@ -308,10 +310,17 @@ void IndexTree::FreePage(PageNumber page)
 {
     pages_.Remove(page);
     pager_->Free(page);
-    if (page == lastLeaf_) {
-        lastLeaf_ = 0;
-        greatest_.clear();
-    }
+    if (page == lastLeaf_)
+        Forget();
+}
+
+/// Nothing is at hand any more.
+void IndexTree::Forget() noexcept
+{
+    lastLeaf_ = 0;
+    greatest_.clear();
+    lastUsed_ = 0;
+    guessedLeaf_ = 0;
 }
 
 /// The pages before and behind `page` on its level, 0 where there is none. Both are pages of an index.

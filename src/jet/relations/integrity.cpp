@@ -281,10 +281,11 @@ void ReferentialIntegrity::RemovePending(const PendingRecord& record) noexcept
     std::erase(pending_, &record);
 }
 
-/// Looks for key_ among the keys that pending records have been given.
+/// Looks for key_ among the keys that pending records have been given: of the last one begun first, as the parts of a
+/// whole are saved while that waits.
 bool ReferentialIntegrity::IsPendingKey(const Link& link)
 {
-    return std::ranges::any_of(pending_, [&](PendingRecord* pending) {
+    return std::any_of(pending_.rbegin(), pending_.rend(), [&](PendingRecord* pending) {
         return &pending->PendingTable() == link.parent &&
                link.parentKeyOfParent.Make(otherKey_, pending->PendingValues()) && otherKey_ == key_;
     });

@@ -107,12 +107,6 @@ ByteSpan DataPage::LiveRow(std::size_t slot) const
     return Row(slot);
 }
 
-DataPageEditor::DataPageEditor(const MutablePageRef& page, const Format& format) : page_(page), format_(&format)
-{
-    // Whatever is changed relies on slots that lie in the page.
-    static_cast<void>(View());
-}
-
 void DataPageEditor::MakeEmpty(const MutablePageRef& page, const Format& format, std::uint32_t owner)
 {
     const MutableBytes data = page.Data();
@@ -182,7 +176,9 @@ bool DataPageEditor::Resize(std::size_t slot, std::size_t size)
 
 void DataPageEditor::SetState(std::size_t slot, SlotState state)
 {
-    assert(slot < View().SlotCount());
+    const DataPage view = View(); // its slots lie in the page
+    if (slot >= view.SlotCount())
+        throw CorruptPage(page_.Number(), "it has no slot " + std::to_string(slot));
     const std::size_t at = format_->dataPage.slots + kSlotSize * slot;
     const MutableBytes entry = page_.Data(at, kSlotSize);
     StoreU16(entry, 0, static_cast<std::uint16_t>((LoadU16(entry, 0) & ~kStateMask) | FlagsOf(state)));

@@ -4,6 +4,7 @@
 #include "jet/store/page_cache.h"
 
 #include <optional>
+#include <utility>
 
 namespace jet {
 
@@ -64,7 +65,7 @@ private:
 /// Changes to one data page. Row numbers stay with their rows for life: a deleted slot is not given out again.
 class DataPageEditor {
 public:
-    DataPageEditor(const MutablePageRef& page, const Format& format);
+    DataPageEditor(MutablePageRef page, const Format& format) : page_(std::move(page)), format_(&format) {}
 
     /// Makes an empty data page of a zeroed one.
     static void MakeEmpty(const MutablePageRef& page, const Format& format, std::uint32_t owner);

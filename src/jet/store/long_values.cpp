@@ -154,15 +154,16 @@ MutablePageRef LongValues::PageWithRoom(std::size_t size)
 {
     // Somebody else who works on the column may have given the last page back.
     const PageNumber last = pages_.Last();
-    if (last != 0 && pages_.Owned().Contains(last) && pages_.HasRoom(last, size))
-        return pages_.Use(last);
+    if (last != 0 && pages_.Owned().Contains(last))
+        if (MutablePageRef page = pages_.UseIfRoom(last, size))
+            return page;
     while (pages_.HasMapOfRoom() && search_) {
         search_ = pages_.WithRoom().Next(*search_);
         if (!search_)
             break;
         const PageNumber candidate = (*search_)++;
-        if (pages_.HasRoom(candidate, size))
-            return pages_.Use(candidate);
+        if (MutablePageRef page = pages_.UseIfRoom(candidate, size))
+            return page;
     }
     return pages_.Begin();
 }

@@ -12,23 +12,19 @@ constexpr std::size_t kFullShare = 10;
 
 } // namespace
 
-bool PagesWithRoom::HasRoom(PageNumber page, std::size_t size)
+MutablePageRef PagesWithRoom::UseIfRoom(PageNumber page, std::size_t size)
 {
-    const PageRef ref = pager_->Read(page, PageType::Data);
+    MutablePageRef ref = pager_->Write(page);
     const DataPage view(ref.Bytes(), page, pager_->GetFormat());
     // Nothing is taken out of the search as long as rows fit, however little is left: files of Access are so too.
-    if (view.Fits(size))
-        return true;
+    if (view.Fits(size)) {
+        last_ = page;
+        return ref;
+    }
     const std::size_t share = view.SlotCount() >= kMaxRowsPerPage ? kind_.usedUpShare : kFullShare;
     if (HasMapOfRoom() && view.FreeBytes() < pager_->GetFormat().pageSize / share)
         freeSpace_.Remove(page);
-    return false;
-}
-
-MutablePageRef PagesWithRoom::Use(PageNumber page)
-{
-    last_ = page;
-    return pager_->Write(page);
+    return {};
 }
 
 MutablePageRef PagesWithRoom::BeginAlone()

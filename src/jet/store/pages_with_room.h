@@ -28,10 +28,9 @@ public:
     /// The page that was used last, 0 when there is none or it was given back: where the next row is tried first.
     [[nodiscard]] PageNumber Last() const noexcept { return last_; }
 
-    /// Does `page` take a row of `size` bytes? When it is as good as full, it leaves the search.
-    [[nodiscard]] bool HasRoom(PageNumber page, std::size_t size);
-    /// A page that HasRoom(): it is the last one now.
-    [[nodiscard]] MutablePageRef Use(PageNumber page);
+    /// `page`, which is the last one now, when it takes a row of `size` bytes; else none, and when it is as good as
+    /// full, it leaves the search.
+    [[nodiscard]] MutablePageRef UseIfRoom(PageNumber page, std::size_t size);
     /// A new, empty page, the last one now.
     [[nodiscard]] MutablePageRef Begin();
     /// A new, empty page that never takes part in the search.

@@ -69,14 +69,15 @@ RowStore::Room RowStore::Place(std::size_t size, SlotState state)
 /// is begun: however many pages have a little room, an insert does not pay for all of them.
 MutablePageRef RowStore::PageWithRoom(std::size_t size)
 {
-    if (pages_.Last() != 0 && pages_.HasRoom(pages_.Last(), size))
-        return pages_.Use(pages_.Last());
+    if (pages_.Last() != 0)
+        if (MutablePageRef page = pages_.UseIfRoom(pages_.Last(), size))
+            return page;
     for (int i = 0; i < kTries; ++i) {
         const std::optional<PageNumber> candidate = NextCandidate();
         if (!candidate)
             break;
-        if (pages_.HasRoom(*candidate, size))
-            return pages_.Use(*candidate);
+        if (MutablePageRef page = pages_.UseIfRoom(*candidate, size))
+            return page;
     }
     return pages_.Begin();
 }

@@ -264,6 +264,30 @@ TEST(IndexTree, HoldsWhatAModelHolds)
     }
 }
 
+/// Wholes that are saved after their parts have smaller numbers: each key comes before the one before it, up to the
+/// next whole. One key in a thousand goes again at once, from beside the next.
+TEST(IndexTree, TakesPartsBeforeTheirWholes)
+{
+    for (const JetVersion version : kVersions) {
+        TreeFile file(version);
+        std::set<Bytes> expected;
+        for (std::uint32_t whole = 0; whole < 6000; whole += 24)
+            for (std::uint32_t part = 24; part-- > 0;) {
+                const std::uint32_t number = whole + part;
+                ASSERT_FALSE(file.tree.Contains(LongKey(number)));
+                ASSERT_TRUE(file.tree.Insert(LongKey(number), RowOf(number)));
+                ASSERT_FALSE(file.tree.Insert(LongKey(number), RowOf(number + 1)));
+                expected.insert(EntryOf(LongKey(number), RowOf(number)));
+                if (number % 1000 == 7)
+                    ASSERT_TRUE(file.tree.Remove(LongKey(number), RowOf(number + 1)));
+                else
+                    expected.insert(EntryOf(LongKey(number), RowOf(number + 1)));
+                ASSERT_TRUE(file.tree.Contains(LongKey(number)));
+            }
+        CheckTree(file, expected);
+    }
+}
+
 TEST(IndexTree, RefusesWhatItCannotHold)
 {
     TreeFile file(JetVersion::Jet3);
