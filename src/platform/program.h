@@ -16,8 +16,8 @@ extern const std::string_view kProgramSuffix;
 /// The running executable's file name, without ".exe".
 [[nodiscard]] std::string ProgramName();
 
-/// The words behind the program's name, given what main() was given. On Windows the system's own line is taken apart, in
-/// which a backslash in front of a quote has no meaning: folders end so.
+/// The words behind the program's name, given what main() was given. On Windows the system's own line is taken apart,
+/// in which a backslash in front of a quote has no meaning: folders end so.
 [[nodiscard]] std::vector<std::string> ProgramArguments(int argc, char* argv[]);
 
 /// The value of an environment variable; empty when it is unset.
