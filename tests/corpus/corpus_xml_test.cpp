@@ -100,7 +100,7 @@ const OptionSet kOptionSets[] = {
      {"txt=$/out", "delimiter=;", "+quoted", "+bom", "eol=lf", "null=-", "date=iso", "-append", "-columns"}},
     {"KeptDatabase",
      {"-recreate_database", "+empty_tables", "-extend_mdb", "+once", "+continue", "debug", "log=$/log"}},
-    {"EveryValue", {"+complete", "+skip_empty", "+strict", "summary=$/summary.json"}},
+    {"EveryValue", {"+complete", "+skip_empty", "+strict", "threads=1", "summary=$/summary.json"}},
     {"OldAndTyped", {"ver=97", "+types"}, false},
     {"APart", {"only=//CATALOG/CD;//gpx/trk"}, false},
 };

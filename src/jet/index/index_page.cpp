@@ -61,7 +61,7 @@ std::uint64_t HeadOf(ByteSpan own)
     if (own.size() >= 8)
         return LoadHead(own.data());
     std::array<Byte, 8> padded{};
-    std::memcpy(padded.data(), own.data(), own.size());
+    std::ranges::copy(own, padded.begin()); // of none, too
     return LoadHead(padded.data());
 }
 
