@@ -134,7 +134,7 @@ TEST_F(ProgramTest, ConvertsPlainNamesAtOnceIntoADatabaseThatIsKept)
 TEST_F(ProgramTest, AnInterruptEndsTheRunInGoodOrderAndASecondOneAtOnce)
 {
     std::string document = "<list>";
-    for (int record = 0; record < 300'000; ++record) // some time to interrupt, for the fastest build too
+    for (int record = 0; record < 600'000; ++record) // some time to interrupt, for the fastest build too
         document += "<record><n>1</n></record>";
     WriteFile(folder / "a.xml", document + "</list>");
     struct Case {
@@ -144,7 +144,7 @@ TEST_F(ProgramTest, AnInterruptEndsTheRunInGoodOrderAndASecondOneAtOnce)
     };
     // Who is asked whether to cancel can answer by a second Ctrl-C.
     const Case cases[] = {
-        {" of about 300=INT", "+quiet", {"reading, ", "Operation cancelled", "ended with 130"}},
+        {" of about 600=INT", "+quiet", {"reading, ", "Operation cancelled", "ended with 130"}},
         {"Analyse XML=TERM", "+quiet", {"Operation cancelled by user", "no database was made", "ended with 130"}},
         {"Import XML: Approx=INT,[C]ancel=INT", "-quiet", {"[O]K", "ended with -2"}},
     };
