@@ -1,5 +1,6 @@
 #include "log/procedure.h"
 
+#include "platform/temporary_file.h"
 #include "platform/utf8.h"
 
 #include <utility>
@@ -61,6 +62,8 @@ void RethrowWithPlace(const Step& step)
         if (!error.MetAt())
             error.NotePlace(place());
         throw;
+    } catch (const TemporaryFileFull& error) {
+        throw RuntimeError(runtime_errors::kOutOfMemory, error.what(), place());
     } catch (const std::bad_alloc&) {
         throw RuntimeError(runtime_errors::kOutOfMemory, "Out of memory", place());
     } catch (const std::exception& error) {

@@ -50,7 +50,7 @@ void PagedMemory::Reserve(std::size_t bytes)
     const std::size_t capacity = RoundUp(std::max(bytes, capacity_ + capacity_ / 2));
     if (IsInFile()) {
         if (!file_->Extend(capacity))
-            throw std::bad_alloc();
+            throw TemporaryFileFull();
         Remap(capacity);
         return;
     }
@@ -92,7 +92,7 @@ bool PagedMemory::MoveToFile(std::size_t capacity)
     file_ = std::move(file);
     budget_.isExceeded = true;
     if (!written) // a disk that fails under a file already allocated: part of the document is lost
-        throw std::bad_alloc();
+        throw TemporaryFileFull();
     return true;
 }
 

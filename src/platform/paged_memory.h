@@ -37,9 +37,9 @@ public:
     [[nodiscard]] std::byte* Data() const noexcept { return data_; }
     [[nodiscard]] std::size_t CapacityBytes() const noexcept { return capacity_; }
     /// Makes room for at least `bytes`, with some to spare. The block may move: pointers into it become invalid.
-    /// Throws std::bad_alloc, also when the disk of the temporary file is full; the block is as it was then. Where no
-    /// file is to be had from the beginning, the block stays in memory. A disk that fails while the block moves into
-    /// its file takes what was in it along.
+    /// Throws std::bad_alloc, or TemporaryFileFull; the block is as it was then. Where no file is to be had from the
+    /// beginning, the block stays in memory. A disk that fails while the block moves into its file takes what was in it
+    /// along.
     void Reserve(std::size_t bytes);
     [[nodiscard]] bool IsInFile() const noexcept { return file_ != nullptr; }
     /// Takes the pages of a block that has its file out of the process's memory. They come back when they are touched,

@@ -3,6 +3,7 @@
 #include <cstddef>
 #include <functional>
 #include <memory>
+#include <new>
 #include <span>
 
 namespace velmora {
@@ -20,6 +21,15 @@ public:
     [[nodiscard]] virtual bool Write(std::size_t position, std::span<const std::byte> bytes) = 0;
     /// Maps the first `bytes` of it into memory, shared with the file. nullptr when that is not to be had.
     [[nodiscard]] virtual void* Map(std::size_t bytes) = 0;
+};
+
+/// The disk of a temporary file has no room, or fails, while it stands for memory.
+class TemporaryFileFull : public std::bad_alloc {
+public:
+    [[nodiscard]] const char* what() const noexcept override
+    {
+        return "Out of memory: the disk of the temporary file is full; TMPDIR (on Windows TMP) can name another folder";
+    }
 };
 
 using TemporaryFileMaker = std::function<std::unique_ptr<TemporaryFile>()>;

@@ -1,4 +1,5 @@
 #include "log/procedure.h"
+#include "platform/temporary_file.h"
 
 #include "support/scripted_host.h"
 #include "support/shared.h"
@@ -55,6 +56,10 @@ TEST_F(ProcedureTest, ReportsTheStepThatWasReached)
          },
          "Error: velTest: Save",
          {7, "Out of memory"}},
+        {"a disk that stands for memory",
+         [](Step&) { throw TemporaryFileFull(); },
+         "Error: velTest: argument",
+         {7, TemporaryFileFull().what()}},
         {"the innermost procedure's",
          [&](Step& step) {
              step("outer");
