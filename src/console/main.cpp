@@ -6,7 +6,6 @@
 #include "console/console_host.h"
 #include "console/report.h"
 #include "log/passwords.h"
-#include "platform/other_programs.h"
 #include "platform/program.h"
 #include "platform/terminal.h"
 #include "settings/command_line.h"

@@ -4,7 +4,6 @@
 #include "log/passwords.h"
 #include "log/runtime_error.h"
 #include "platform/clock.h"
-#include "platform/other_programs.h"
 #include "platform/paths.h"
 #include "platform/program.h"
 

@@ -1,7 +1,5 @@
 #include "platform/utf8_converter.h"
 
-#include "platform/system_decoder.h"
-
 namespace velmora {
 
 Utf8Converter::Utf8Converter(const std::string& charset) : decoder_(Decoder::Open(charset)) {}

@@ -1,6 +1,6 @@
 #include "ui/desktop.h"
 
-#include "platform/other_programs.h"
+#include "platform/program.h"
 #include "ui/message_box.h"
 
 #include <QCoreApplication>

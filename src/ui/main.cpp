@@ -1,7 +1,7 @@
 // velmora-gui: the window, with everything filled in that the command line names.
 
 #include "log/passwords.h"
-#include "platform/other_programs.h"
+#include "platform/program.h"
 #include "settings/command_line.h"
 #include "source/plain_words.h"
 #include "ui/main_window.h"

@@ -1,7 +1,6 @@
 #include "driver/url_source.h"
 
 #include "driver/conversion.h"
-#include "platform/other_programs.h"
 #include "platform/program.h"
 
 #include <csignal>

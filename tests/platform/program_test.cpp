@@ -1,4 +1,3 @@
-#include "platform/other_programs.h"
 #include "platform/program.h"
 
 #include "support/shared.h"

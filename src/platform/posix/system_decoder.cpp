@@ -1,4 +1,4 @@
-#include "platform/system_decoder.h"
+#include "platform/utf8_converter.h"
 
 #include <array>
 #include <cerrno>

@@ -1,6 +1,5 @@
 #include "platform/paths.h"
 
-#include "platform/windows/wide_text.h"
 #include "platform/windows/windows.h"
 
 #include <algorithm>

@@ -1,9 +1,8 @@
 #include "platform/windows/started_program.h"
 
-#include "platform/other_programs.h"
 #include "platform/paths.h"
 #include "platform/program.h"
-#include "platform/windows/wide_text.h"
+#include "platform/windows/windows.h"
 
 namespace velmora {
 

@@ -1,6 +1,5 @@
-#include "platform/system_decoder.h"
+#include "platform/utf8_converter.h"
 
-#include "platform/windows/wide_text.h"
 #include "platform/windows/windows.h"
 
 #include <algorithm>

@@ -1,5 +1,3 @@
-#include "platform/windows/wide_text.h"
-
 #include "platform/windows/windows.h"
 
 namespace velmora {
