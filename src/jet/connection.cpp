@@ -223,10 +223,11 @@ std::unique_ptr<Connection> Connection::Create(const std::filesystem::path& path
 std::unique_ptr<Connection> Connection::Open(const std::filesystem::path& path, FileSystem& system)
 {
     const std::filesystem::path target = system.Resolve(path);
-    std::unique_ptr<File> file = OpenLocked(system, target, OpenMode::ReadWrite);
     // Before the lock file: what is no database gets none beside it.
-    CheckHeader(*file);
+    CheckHeader(*OpenLocked(system, target, OpenMode::ReadWrite));
     auto lock = std::make_unique<LockFile>(system, target);
+    // Once more: somebody who was there before may have put another file in its place.
+    std::unique_ptr<File> file = OpenLocked(system, target, OpenMode::ReadWrite);
     Recover(system, target, *file);
     std::unique_ptr<Pager> pager =
         Pager::Open(std::move(file), Pager::kDefaultCacheBytes, std::make_unique<Journal>(system, target));

@@ -1,4 +1,5 @@
 #include "jet/face/database.h"
+#include "jet/store/crash_file_system.h"
 
 #include <algorithm>
 #include <csignal>
@@ -225,6 +226,33 @@ TEST(Sharing, OurLockFileLeavesNoPlaceAndGoesWithUs)
         }
         EXPECT_EQ(Names(folder.Path()), std::vector<std::string>{name});
     }
+}
+
+/// Somebody puts a new database in the place of the old one, just before the next one who opens it makes the lock file.
+class FileSystemWithAnother final : public testing::CrashFileSystem {
+public:
+    std::unique_ptr<File> Open(const fs::path& path, OpenMode mode) override
+    {
+        if (path.extension() == ".ldb" && !another_.empty())
+            Rename(std::exchange(another_, {}), "a.mdb");
+        return CrashFileSystem::Open(path, mode);
+    }
+    void PutThereLater(const fs::path& path) { another_ = path; }
+
+private:
+    fs::path another_;
+};
+
+TEST(Sharing, ADatabaseThatWasReplacedMeanwhileIsNotWrittenTo)
+{
+    FileSystemWithAnother system;
+    for (const std::string name : {"a", "b"}) {
+        const auto connection = Connection::Create(name + ".mdb", JetVersion::Jet4, Existing::Refuse, system);
+        connection->Execute("CREATE TABLE " + name + " (x Long)");
+        connection->Commit();
+    }
+    system.PutThereLater("b.mdb");
+    EXPECT_EQ(testing::UserTables(*Connection::Open("a.mdb", system)), std::vector<std::string>{"b"});
 }
 
 TEST(Sharing, ANewDatabaseHoldsTheLockFileOfItsPlace)

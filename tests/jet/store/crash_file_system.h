@@ -36,7 +36,7 @@ enum class Loss {
 ///     fs.CopyOut("a.mdb", folder / "copy.mdb");   // for the checker
 ///
 /// Content that is all zero takes no memory. Folders need not be made.
-class CrashFileSystem final : public FileSystem {
+class CrashFileSystem : public FileSystem {
 public:
     explicit CrashFileSystem(unsigned seed = 0) : random_(seed) {}
 
