@@ -10,16 +10,6 @@ namespace velmora {
 namespace {
 
 constexpr std::size_t kMaxText = std::numeric_limits<std::uint32_t>::max();
-constexpr std::uint32_t kNoGroup = ~std::uint32_t{0};
-constexpr NameId kNoName = ~NameId{0};
-
-template <class Id>
-Id& SlotOf(std::vector<Id>& slots, std::size_t index, Id empty)
-{
-    if (index >= slots.size())
-        slots.resize(index + 1, empty);
-    return slots[index];
-}
 
 } // namespace
 
@@ -28,72 +18,89 @@ DocumentBuilder::DocumentBuilder(MemoryBudget budget, Blanks blanks)
 {
 }
 
-void DocumentBuilder::StartElement(std::string_view name, const char* const* attributes)
+/// The arena from `begin` to its end as one text; the arena's end moves to where the next one may begin.
+inline TextRange DocumentBuilder::CloseText(std::size_t begin)
 {
-    if (data_.elements.Size() >= kNoElement - 1 || data_.attributes.Size() >= kMaxText / 2)
-        throw std::length_error("the document has too many elements or attributes");
-    const auto id = static_cast<ElementId>(data_.elements.Size());
-    ElementId parent = kNoElement;
-    PathId parentPath = 0;
-    PathId before = 0;
-    if (!open_.empty()) {
-        ClosePieceBesideChild();
-        OpenElement& above = open_.back();
-        parent = above.id;
-        parentPath = above.path;
-        before = above.lastChildPath;
-        if (above.lastChild != kNoElement)
-            data_.elements[above.lastChild].nextSibling = id;
-        above.lastChild = id;
-        ++above.childCount;
-    }
-    const PathId path = PathOf(parentPath, before, name);
-    if (!open_.empty())
-        open_.back().lastChildPath = path;
-    ElementRecord record;
-    record.group = GroupOf(parent, path);
-    record.firstAttribute = static_cast<std::uint32_t>(data_.attributes.Size());
-    data_.elements.Add(record);
-    open_.push_back({.id = id, .path = path, .mixedBegin = mixed_.size()});
-    AddAttributes(path, attributes);
-    pieceBegin_ = data_.text.Size();
-    data_.NotePassage(id, pieceBegin_ / kTextSlotBytes);
+    const std::size_t length = data_.text.Size() - begin;
+    if (length == 0)
+        return {};
+    if (length > kMaxText)
+        throw std::length_error("a text is longer than 4 GB");
+    if (begin / kTextSlotBytes > kMaxText)
+        throw std::length_error("the document holds more than 16 GB of text");
+    data_.text.SetSize((data_.text.Size() + kTextSlotBytes - 1) / kTextSlotBytes * kTextSlotBytes);
+    return {static_cast<std::uint32_t>(begin / kTextSlotBytes), static_cast<std::uint32_t>(length)};
 }
 
-/// The path of the child of `parent` named `name` that follows a sibling at `before`; 0: it is the first.
-PathId DocumentBuilder::PathOf(PathId parent, PathId before, std::string_view name)
+/// Takes the piece of text before or behind a child out of the arena; white space alone may be no content there.
+inline void DocumentBuilder::ClosePieceBesideChild()
 {
-    PathId& path = before == 0 ? SlotOf(firstChild_, parent, PathId{0}) : SlotOf(nextSibling_, before, PathId{0});
-    if (path == 0 || data_.names.Text(data_.paths.Name(path)) != name)
-        path = data_.paths.Child(parent, data_.names.Intern(name));
+    if (data_.text.Size() != pieceBegin_)
+        TakePieceBesideChild();
+}
+
+void DocumentBuilder::TakePieceBesideChild()
+{
+    const std::size_t length = data_.text.Size() - pieceBegin_;
+    const char* const piece = &data_.text[pieceBegin_];
+    if (blanks_ == Blanks::KeptBesideText || !IsBlank({piece, length}))
+        mixed_.append(piece, length);
+    data_.text.SetSize(pieceBegin_);
+}
+
+/// What came behind the last child of `parent`; as long as it has none, what came first.
+inline DocumentBuilder::Guesses<PathId>& DocumentBuilder::GuessesBehindLast(const OpenElement& parent)
+{
+    return parent.lastChildPath == 0 ? states_[parent.path].firstChild : states_[parent.lastChildPath].nextSibling;
+}
+
+/// The path of the next child of `parent`, named `name`.
+inline PathId DocumentBuilder::PathOf(const OpenElement& parent, std::string_view name)
+{
+    const PathId* const path = GuessesBehindLast(parent).Find(name);
+    return path != nullptr ? *path : LearnPath(parent, name);
+}
+
+PathId DocumentBuilder::LearnPath(const OpenElement& parent, std::string_view name)
+{
+    const NameId id = data_.names.Intern(name);
+    const PathId path = data_.paths.Child(parent.path, id);
+    if (path >= states_.size())
+        states_.resize(path + std::size_t{1});
+    GuessesBehindLast(parent).Learn(data_.names.Text(id), path);
     return path;
 }
 
-void DocumentBuilder::AddAttributes(PathId path, const char* const* attributes)
+inline void DocumentBuilder::AddAttributes(PathId path, const char* const* attributes)
 {
-    NameId before = kNoName;
+    Guesses<NameId>* guesses = &states_[path].firstAttribute;
     for (; *attributes != nullptr; attributes += 2) {
         const std::string_view name = attributes[0];
-        NameId& id =
-            before == kNoName ? SlotOf(firstAttribute_, path, kNoName) : SlotOf(nextAttribute_, before, kNoName);
-        if (id == kNoName || data_.names.Text(id) != name)
-            id = data_.names.Intern(name);
-        before = id;
         const std::string_view value = attributes[1];
+        const NameId* const known = guesses->Find(name);
+        const NameId id = known != nullptr ? *known : LearnAttribute(*guesses, name);
+        guesses = &nextAttribute_[id];
         const std::size_t begin = data_.text.Size();
         data_.text.Append(value.data(), value.size());
-        data_.attributes.Add({before, CloseText(begin)});
+        data_.attributes.Add({id, CloseText(begin)});
     }
+}
+
+NameId DocumentBuilder::LearnAttribute(Guesses<NameId>& guesses, std::string_view name)
+{
+    const NameId id = data_.names.Intern(name);
+    guesses.Learn(data_.names.Text(id), id);
+    if (id >= nextAttribute_.size())
+        nextAttribute_.resize(id + std::size_t{1});
+    return id;
 }
 
 /// The group of the children of `parent` at `path`, counted up by one. When another group of this path was made after
 /// it, `parent` is closed: elements of one path never stand inside each other. So only the last one has to be
 /// remembered.
-std::uint32_t DocumentBuilder::GroupOf(ElementId parent, PathId path)
+inline std::uint32_t DocumentBuilder::GroupOf(ElementId parent, PathId path)
 {
-    if (path >= lastGroup_.size())
-        lastGroup_.resize(data_.paths.Size(), kNoGroup);
-    std::uint32_t& group = lastGroup_[path];
+    std::uint32_t& group = states_[path].lastGroup;
     if (group == kNoGroup || data_.groups[group].parent != parent) {
         group = static_cast<std::uint32_t>(data_.groups.Size());
         data_.groups.Add({parent, path, 0});
@@ -102,21 +109,32 @@ std::uint32_t DocumentBuilder::GroupOf(ElementId parent, PathId path)
     return group;
 }
 
+void DocumentBuilder::StartElement(std::string_view name, const char* const* attributes)
+{
+    if (data_.elements.Size() >= kNoElement - 1 || data_.attributes.Size() >= kMaxText / 2)
+        throw std::length_error("the document has too many elements or attributes");
+    const auto id = static_cast<ElementId>(data_.elements.Size());
+    ClosePieceBesideChild();
+    OpenElement& above = open_.back();
+    const PathId path = PathOf(above, name);
+    if (above.lastChild != kNoElement)
+        data_.elements[above.lastChild].nextSibling = id;
+    above.lastChild = id;
+    above.lastChildPath = path;
+    ++above.childCount;
+    ElementRecord record;
+    record.group = GroupOf(above.id, path);
+    record.firstAttribute = static_cast<std::uint32_t>(data_.attributes.Size());
+    data_.elements.Add(record);
+    open_.push_back({.id = id, .path = path, .mixedBegin = mixed_.size()});
+    AddAttributes(path, attributes);
+    pieceBegin_ = data_.text.Size();
+    data_.NotePassage(id, pieceBegin_ / kTextSlotBytes);
+}
+
 void DocumentBuilder::Text(std::string_view piece)
 {
     data_.text.Append(piece.data(), piece.size());
-}
-
-/// Takes the piece of text before or behind a child out of the arena; white space alone may be no content there.
-void DocumentBuilder::ClosePieceBesideChild()
-{
-    const std::size_t length = data_.text.Size() - pieceBegin_;
-    if (length == 0)
-        return;
-    const char* const piece = &data_.text[pieceBegin_];
-    if (blanks_ == Blanks::KeptBesideText || !IsBlank({piece, length}))
-        mixed_.append(piece, length);
-    data_.text.SetSize(pieceBegin_);
 }
 
 void DocumentBuilder::EndElement()
@@ -137,20 +155,6 @@ void DocumentBuilder::EndElement()
     pieceBegin_ = data_.text.Size();
 }
 
-/// The arena from `begin` to its end as one text; the arena's end moves to where the next one may begin.
-TextRange DocumentBuilder::CloseText(std::size_t begin)
-{
-    const std::size_t length = data_.text.Size() - begin;
-    if (length == 0)
-        return {};
-    if (length > kMaxText)
-        throw std::length_error("a text is longer than 4 GB");
-    if (begin / kTextSlotBytes > kMaxText)
-        throw std::length_error("the document holds more than 16 GB of text");
-    data_.text.SetSize((data_.text.Size() + kTextSlotBytes - 1) / kTextSlotBytes * kTextSlotBytes);
-    return {static_cast<std::uint32_t>(begin / kTextSlotBytes), static_cast<std::uint32_t>(length)};
-}
-
 Document DocumentBuilder::Take() noexcept
 {
     document_.arrays_ = {data_.elements.Data(),   data_.groups.Data(),
@@ -162,7 +166,7 @@ Document DocumentBuilder::Take() noexcept
 
 std::string_view DocumentBuilder::OpenTag() const noexcept
 {
-    return open_.empty() ? std::string_view{} : data_.names.Text(data_.paths.Name(open_.back().path));
+    return open_.size() == 1 ? std::string_view{} : data_.names.Text(data_.paths.Name(open_.back().path));
 }
 
 } // namespace velmora

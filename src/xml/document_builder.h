@@ -27,7 +27,7 @@ public:
 
 private:
     struct OpenElement {
-        ElementId id = 0;
+        ElementId id = kNoElement;
         PathId path = 0;
         ElementId lastChild = kNoElement;
         PathId lastChildPath = 0; ///< 0 before the first child
@@ -35,26 +35,61 @@ private:
         std::size_t mixedBegin = 0; ///< where its text begins in mixed_
     };
 
-    [[nodiscard]] PathId PathOf(PathId parent, PathId before, std::string_view name);
+    /// What came next the last times nearly always comes again, and comparing costs less than looking a name up. Two of
+    /// them: behind an element that repeats comes another one, or that which follows them all.
+    template <class Id>
+    class Guesses {
+    public:
+        /// nullptr when `name` is none of them.
+        [[nodiscard]] const Id* Find(std::string_view name) const noexcept
+        {
+            if (first_.Name() == name)
+                return &first_.id;
+            return second_.Name() == name ? &second_.id : nullptr;
+        }
+        /// `name` is to last as long as the guesses.
+        void Learn(std::string_view name, Id id) noexcept
+        {
+            second_ = first_;
+            first_ = {name.data(), static_cast<std::uint32_t>(name.size()), id};
+        }
+
+    private:
+        struct Guess {
+            [[nodiscard]] std::string_view Name() const noexcept { return {name, length}; }
+            const char* name = nullptr;
+            std::uint32_t length = 0; ///< no name is empty: nothing seen yet
+            Id id = 0;
+        };
+        Guess first_, second_;
+    };
+    static constexpr std::uint32_t kNoGroup = ~std::uint32_t{0};
+    struct PathState {
+        Guesses<PathId> firstChild;
+        Guesses<PathId> nextSibling;
+        Guesses<NameId> firstAttribute;
+        std::uint32_t lastGroup = kNoGroup; ///< the group made last
+    };
+
+    [[nodiscard]] PathId PathOf(const OpenElement& parent, std::string_view name);
+    [[nodiscard]] PathId LearnPath(const OpenElement& parent, std::string_view name);
+    [[nodiscard]] Guesses<PathId>& GuessesBehindLast(const OpenElement& parent);
     void AddAttributes(PathId path, const char* const* attributes);
+    [[nodiscard]] NameId LearnAttribute(Guesses<NameId>& guesses, std::string_view name);
     [[nodiscard]] std::uint32_t GroupOf(ElementId parent, PathId path);
     void ClosePieceBesideChild();
+    void TakePieceBesideChild();
     [[nodiscard]] TextRange CloseText(std::size_t begin);
 
     Document document_;
     Document::Impl& data_;
     const Blanks blanks_;
-    std::vector<OpenElement> open_;
+    std::vector<OpenElement> open_ = std::vector<OpenElement>(1); ///< the document element is a child of none
     std::size_t pieceBegin_ = 0; ///< the text arena's end is the piece of text that is being read; here it begins
     /// Texts of open elements that have children, innermost last: a text goes to the arena when it is complete.
     std::string mixed_;
-    std::vector<std::uint32_t> lastGroup_; ///< by path: the group made last
-
-    // What came next the last time nearly always comes again, and comparing costs less than looking a name up.
-    std::vector<PathId> firstChild_;     ///< by path; 0 = not seen yet
-    std::vector<PathId> nextSibling_;    ///< by path of the one before; 0 = not seen yet
-    std::vector<NameId> firstAttribute_; ///< by the element's path
-    std::vector<NameId> nextAttribute_;  ///< by the name before
+    std::vector<PathState> states_ = std::vector<PathState>(1); ///< by path
+    std::vector<Guesses<NameId>> nextAttribute_;                ///< by the name of the attribute before
 };
 
 } // namespace velmora
