@@ -3,7 +3,6 @@
 #include <algorithm>
 #include <cstring>
 #include <new>
-#include <stdexcept>
 #include <utility>
 
 namespace velmora {
@@ -17,6 +16,9 @@ constexpr unsigned long long kEntityThresholdBytes = 1 << 20;
 /// as well.
 constexpr std::size_t kTextAllowanceBytes = std::size_t{128} << 20;
 constexpr std::size_t kTextPerByte = 4;
+
+/// Ends a parse.
+struct TooMuchText {};
 
 const char* ParserName(ParseAs parseAs)
 {
@@ -247,7 +249,7 @@ void DocumentParser::CountText(std::size_t bytes)
 {
     textBytes_ += bytes;
     if (textBytes_ > textLimit_)
-        throw std::length_error("its entities make too much text of it");
+        throw TooMuchText();
 }
 
 bool DocumentParser::ParseBuffer(std::size_t bytes)
@@ -272,8 +274,8 @@ bool DocumentParser::Succeeded(XML_Status status)
     if (failure_) {
         try {
             std::rethrow_exception(failure_);
-        } catch (const std::length_error& tooLarge) {
-            tooLarge_ = tooLarge.what();
+        } catch (const TooMuchText&) {
+            error_ = XML_ERROR_AMPLIFICATION_LIMIT_BREACH;
             return false;
         }
     }
@@ -287,7 +289,7 @@ bool DocumentParser::Succeeded(XML_Status status)
 
 std::string DocumentParser::Problem(std::string_view openTag) const
 {
-    const std::string problem = AtPosition(tooLarge_.empty() ? Reason(error_, openTag) : tooLarge_);
+    const std::string problem = AtPosition(Reason(error_, openTag));
     return error_ == XML_ERROR_UNKNOWN_ENCODING ? problem + " " + unknownEncoding_ : problem;
 }
 

@@ -47,7 +47,8 @@ public:
 
     /// Where up to `bytes` bytes for the next ParseBuffer go.
     [[nodiscard]] void* Buffer(std::size_t bytes);
-    /// These return false when the document is not well-formed or too large: Problem() says why then.
+    /// These return false when the document is not well-formed: Problem() says why then. They throw what `events`
+    /// throws.
     [[nodiscard]] bool ParseBuffer(std::size_t bytes);
     [[nodiscard]] bool Parse(std::string_view bytes);
     [[nodiscard]] bool Finish();
@@ -96,7 +97,6 @@ private:
     std::optional<PathFilter> filter_; ///< none: all of the document is taken
     std::exception_ptr failure_;
     XML_Error error_ = XML_ERROR_NONE;
-    std::string tooLarge_;        ///< in what the document is
     std::string unknownEncoding_; ///< as it is declared
     std::size_t bytesGiven_ = 0;
     std::size_t textBytes_ = 0; ///< counted only where entities may make more of it

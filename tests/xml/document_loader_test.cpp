@@ -4,6 +4,7 @@
 #include "xml/loaded_text.h"
 
 #include <gtest/gtest.h>
+#include <stdexcept>
 
 namespace velmora {
 namespace {
@@ -230,6 +231,19 @@ TEST(DocumentLoader, GivesTheSameDocumentFromAFileAndStaysInMemoryWhenTheDiskIsF
     EXPECT_THROW(load([] { return std::make_unique<SmallFile>(300'000, true); }), std::bad_alloc) << "full later on";
     EXPECT_THROW(load([] { return std::make_unique<SmallFile>(~std::size_t{0}, false); }), std::bad_alloc)
         << "the disk fails while the document moves there";
+}
+
+TEST(DocumentLoader, SaysOfADocumentThatIsTooLargeOnlyInWhatWhoeverParses)
+{
+    const testing::TempFolder folder;
+    const Source source((folder / "a.xml").string());
+    testing::WriteFile(source.path, ManyRecords());
+    const auto tooLarge = []() -> std::unique_ptr<TemporaryFile> { throw std::length_error("it has too much of it"); };
+    for (const Parsing parsing : {Parsing::Beside, Parsing::Ahead}) {
+        const LoadResult loaded = LoadDocument(
+            source, [](std::int64_t) {}, MemoryBudget(100'000, tooLarge), Blanks::BesideChildrenDropped, parsing);
+        EXPECT_EQ(loaded.problem, "it has too much of it");
+    }
 }
 
 TEST(DocumentLoader, TakesOnlyTheElementsAtSomePaths)
