@@ -1,7 +1,10 @@
 #include "driver/conversion.h"
 
+#include <algorithm>
 #include <csignal>
+#include <set>
 #include <sys/resource.h>
+#include <thread>
 
 namespace velmora::testing {
 
@@ -51,6 +54,38 @@ TEST(Batch, AFileIsAsItStandsWhenItsTurnHasComeHoweverManyAreLoadedAhead)
             return protocol.find(first) < protocol.find(second);
         };
         EXPECT_TRUE(isBefore("File 3 of 5", "Not loaded") && isBefore("Not loaded", "File 4 of 5")) << run.Protocol();
+    }
+}
+
+/// The numbers of this process's threads.
+std::set<std::filesystem::path> Threads()
+{
+    const std::filesystem::directory_iterator threads("/proc/self/task");
+    return {begin(threads), end(threads)};
+}
+
+TEST(Batch, TheNextFileIsLoadedWhileOneIsImported)
+{
+    for (const char* threads : {"1", "2", "4"}) {
+        SCOPED_TRACE(threads);
+        Conversion run;
+        run.Xml("<r><p><n>1</n></p></r>", "1.xml").Xml("<r><p><n>2</n></p></r>", "2.xml");
+        run.Options(std::string("threads=") + threads);
+        const std::set<std::filesystem::path> threadsAtFirst = Threads();
+        run.host.onEvents = [&, isChanged = false]() mutable {
+            if (isChanged || run.Said("Import XML") == 0)
+                return;
+            // Once no other thread is left, what was to be loaded meanwhile has been, and nobody can tell that the file
+            // becomes another one.
+            while (!std::ranges::includes(threadsAtFirst, Threads()))
+                std::this_thread::yield();
+            const auto time = std::filesystem::last_write_time(run.Path("2.xml"));
+            run.Xml("<r><p><n>3</n></p></r>", "2.xml");
+            std::filesystem::last_write_time(run.Path("2.xml"), time);
+            isChanged = true;
+        };
+        EXPECT_FALSE(run.Run().failed) << run.Error();
+        EXPECT_EQ(run.Dump("p"), std::string("PKEY|FKEY|n\n1|1|1\n2|2|") + (*threads == '1' ? "3" : "2") + "\n");
     }
 }
 
