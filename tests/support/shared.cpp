@@ -4,6 +4,7 @@
 #include <cstdlib>
 #include <fstream>
 #include <iterator>
+#include <random>
 #include <stdexcept>
 
 namespace velmora::testing {
@@ -40,10 +41,10 @@ std::vector<std::filesystem::path> RealDatabases(const std::filesystem::path& sh
 
 TempFolder::TempFolder()
 {
-    std::string name = (std::filesystem::temp_directory_path() / "velmora-test-XXXXXX").string();
-    if (::mkdtemp(name.data()) == nullptr)
-        throw std::runtime_error("cannot make a temporary folder like " + name);
-    path_ = name;
+    std::random_device random;
+    do
+        path_ = std::filesystem::temp_directory_path() / ("velmora-test-" + std::to_string(random()));
+    while (!std::filesystem::create_directory(path_));
 }
 
 TempFolder::~TempFolder()

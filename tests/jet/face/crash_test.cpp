@@ -5,8 +5,11 @@
 #include <csignal>
 #include <functional>
 #include <set>
+
+#ifndef _WIN32
 #include <sys/wait.h>
 #include <unistd.h>
+#endif
 
 namespace jet::testing {
 namespace {
@@ -277,6 +280,8 @@ TEST(Journal, OneThatIsNotNeededStandsInNobodysWay)
     }
 }
 
+#ifndef _WIN32 // where a program is killed instead
+
 // ---- A real process and a real disk ---------------------------------------------------------------------------------
 
 /// Adds records and commits until it is killed; says after each commit how often it has.
@@ -339,6 +344,7 @@ TEST(Crash, AKilledProcessLeavesItsLastCommit)
     }
     EXPECT_TRUE(ExpectSound(kept));
 }
+#endif
 
 } // namespace
 } // namespace jet::testing

@@ -30,7 +30,7 @@ public:
     {
         connection_->Commit();
         connection_.reset();
-        states_.push_back(velmora::testing::CopyOf(path_, folder_ / (name + ".mdb")));
+        states_.push_back(velmora::testing::CopyOf(path_, folder_ / (name + ".mdb")).string());
         connection_ = Connection::Open(path_);
     }
     [[nodiscard]] const std::vector<std::string>& States() const { return states_; }

@@ -74,7 +74,7 @@ TEST(RealIndexes, KeysAreThoseThatAccessWrote)
     REQUIRE_SHARED(shared);
     std::vector<std::string> command{DUMP_KEYS};
     for (const std::filesystem::path& path : velmora::testing::RealDatabases(shared))
-        command.push_back(path);
+        command.push_back(path.string());
     const auto result = velmora::testing::RunPython(command);
     ASSERT_EQ(result.status, 0) << result.errors;
 
