@@ -15,6 +15,13 @@ inline constexpr std::chrono::sys_days kDayZero{std::chrono::year{1899} / 12 / 3
 inline constexpr double kFirstDay = -657'434; ///< 0100-01-01
 inline constexpr double kEndDay = 2'958'466;  ///< 10000-01-01
 
+/// A time after the first day.
+[[nodiscard]] inline DateTime DateOf(std::chrono::sys_days day, std::chrono::milliseconds timeOfDay)
+{
+    using DoubleDays = std::chrono::duration<double, std::chrono::days::period>;
+    return {DoubleDays(day - kDayZero + timeOfDay).count()};
+}
+
 /// "2024-03-05 14:07:09", to the nearest second. Days outside the years 100 to 9999 (what the engine allows) are shown
 /// as their number.
 [[nodiscard]] std::string DateText(DateTime date);

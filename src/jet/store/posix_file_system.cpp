@@ -1,5 +1,6 @@
 #include "jet/store/file_system.h"
 
+#include "jet/base/date_text.h"
 #include "jet/base/error.h"
 
 #include <array>
@@ -286,16 +287,11 @@ DateTime FileSystem::LocalTime()
     const std::time_t seconds = system_clock::to_time_t(floor<std::chrono::seconds>(now));
     std::tm local{};
     ::localtime_r(&seconds, &local);
-
-    constexpr sys_days kDayZero = year{1899} / December / 30;
     // Put together from the local fields, not by an offset from universal time, which changes with the season.
-    const sys_days day = year{local.tm_year + 1900} / month{static_cast<unsigned>(local.tm_mon + 1)} /
-                         std::chrono::day{static_cast<unsigned>(local.tm_mday)};
-    const milliseconds timeOfDay = hours{local.tm_hour} + minutes{local.tm_min} + std::chrono::seconds{local.tm_sec} +
-                                   now.time_since_epoch() % std::chrono::seconds{1};
-    constexpr double kMillisecondsPerDay = 86'400'000.0;
-    return {static_cast<double>((day - kDayZero).count()) +
-            static_cast<double>(timeOfDay.count()) / kMillisecondsPerDay};
+    return DateOf(year{local.tm_year + 1900} / month{static_cast<unsigned>(local.tm_mon + 1)} /
+                      day{static_cast<unsigned>(local.tm_mday)},
+                  hours{local.tm_hour} + minutes{local.tm_min} + std::chrono::seconds{local.tm_sec} +
+                      now.time_since_epoch() % std::chrono::seconds{1});
 }
 
 FileSystem& RealFileSystem() noexcept

@@ -1,5 +1,6 @@
 #include "jet/store/file_system.h"
 
+#include "jet/base/date_text.h"
 #include "jet/base/error.h"
 
 #include <algorithm>
@@ -301,13 +302,9 @@ DateTime FileSystem::LocalTime()
     using namespace std::chrono;
     SYSTEMTIME local{};
     GetLocalTime(&local);
-    constexpr sys_days kDayZero = year{1899} / December / 30;
-    const sys_days day = year{local.wYear} / month{local.wMonth} / std::chrono::day{local.wDay};
-    const milliseconds timeOfDay =
-        hours{local.wHour} + minutes{local.wMinute} + seconds{local.wSecond} + milliseconds{local.wMilliseconds};
-    constexpr double kMillisecondsPerDay = 86'400'000.0;
-    return {static_cast<double>((day - kDayZero).count()) +
-            static_cast<double>(timeOfDay.count()) / kMillisecondsPerDay};
+    return DateOf(year{local.wYear} / month{local.wMonth} / day{local.wDay},
+                  hours{local.wHour} + minutes{local.wMinute} + seconds{local.wSecond} +
+                      milliseconds{local.wMilliseconds});
 }
 
 FileSystem& RealFileSystem() noexcept
