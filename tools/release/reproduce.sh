@@ -1,5 +1,6 @@
 #!/bin/sh
-# Builds the packages of a source archive twice, in folders of different names and without ccache, and compares them.
+# Builds the packages of a source archive and the ZIP for Windows twice, in folders of different names and without
+# ccache, and compares them.
 # usage: reproduce.sh ARCHIVE JOBS
 set -eu
 
@@ -11,7 +12,14 @@ trap 'rm -rf "$work"' EXIT
 for folder in one a/second/folder; do
     mkdir -p "$work/$folder"
     tar -xf "$archive" -C "$work/$folder" --strip-components=1
-    (cd "$work/$folder" && CCACHE_DISABLE=1 tools/packages/make.sh "$jobs") >"$work/log" 2>&1 || { cat "$work/log"; exit 1; }
+    (
+        cd "$work/$folder"
+        CCACHE_DISABLE=1
+        export CCACHE_DISABLE
+        tools/packages/make.sh "$jobs"
+        tools/windows/build.sh build/windows "$jobs"
+        cp build/windows/*.zip build/packages
+    ) >"$work/log" 2>&1 || { cat "$work/log"; exit 1; }
     (cd "$work/$folder/build/packages" && sha256sum -- *) >"$work/$(basename "$folder").sums"
 done
 cat "$work/one.sums"

@@ -1,6 +1,7 @@
 #!/bin/sh
-# Builds the libraries that velmora.exe is linked with, static, from FOLDER/sources into FOLDER/libraries. Without one of
-# those that unpack, velmora.exe is built all the same and refuses packed sources.
+# Builds the libraries that velmora.exe is linked with, static, from FOLDER/sources into FOLDER/libraries. Where the
+# sources of one that unpacks cannot be had, velmora.exe is built all the same and refuses packed sources; where one
+# cannot be built, nothing is.
 # usage: build_libraries.sh FOLDER JOBS
 set -eu
 
@@ -11,8 +12,14 @@ toolchain=$(cd "$here/../../cmake" && pwd)/mingw-w64.cmake
 prefix=$folder/libraries
 export CFLAGS="-O2 -ffile-prefix-map=$folder=."
 
+# The folder with the sources of a library.
 source_of() {
-    for candidate in "$folder/sources/$1"-[0-9]*/; do
+    case $1 in
+    xz) package=xz-utils ;;
+    zstd | archive) package=lib$1 ;;
+    *) package=$1 ;;
+    esac
+    for candidate in "$folder/sources/$package"-[0-9]*/; do
         [ -d "$candidate" ] && echo "$candidate" && return
     done
     return 1
@@ -66,16 +73,16 @@ build() {
         of_sources bz2 "$(source_of bzip2)" bzlib.h blocksort huffman crctable randtable compress decompress bzlib
         ;;
     xz)
-        with_cmake xz "$(source_of xz-utils)"
+        with_cmake xz "$(source_of xz)"
         ;;
     zstd)
-        with_cmake zstd "$(source_of libzstd)/build/cmake" -DZSTD_BUILD_SHARED=OFF -DZSTD_BUILD_STATIC=ON \
+        with_cmake zstd "$(source_of zstd)/build/cmake" -DZSTD_BUILD_SHARED=OFF -DZSTD_BUILD_STATIC=ON \
             -DZSTD_BUILD_PROGRAMS=OFF -DZSTD_BUILD_TESTS=OFF -DZSTD_LEGACY_SUPPORT=OFF
         ;;
     archive)
         # With the settings that it keeps for this compiler, but for the libraries above and for the Windows meant here:
         # the older one that they name lacks what the digests are made by.
-        source=$(source_of libarchive)
+        source=$(source_of archive)
         files=$(cd "$source/libarchive" && ls ./*.c | sed 's/^\.\///; s/\.c$//' | grep -v -x archive_disk_acl_.*)
         mkdir -p "$folder/archive"
         sed 's/^\(#define \(WINVER\|_WIN32_WINNT\)\) .*/\1 0x0601/; s/^#define NTDDI_VERSION.*//' \
@@ -91,14 +98,17 @@ build() {
 
 for library in expat zlib bzip2 xz zstd archive; do
     [ ! -e "$folder/$library.built" ] || continue
+    if [ "$library" != expat ] && ! source_of "$library" >"$folder/$library.log"; then
+        echo "build_libraries: there are no sources of $library; velmora.exe will read no packed sources" >&2
+        exit 0
+    fi
     echo "building $library for Windows"
     # Not as a condition, in which a step that fails would not end it.
     (set -e; build "$library") >"$folder/$library.log" 2>&1 &
     if ! wait $!; then
         tail -n 20 "$folder/$library.log" >&2
-        [ "$library" != expat ] || exit 1
-        echo "build_libraries: $library cannot be built (see $folder/$library.log); velmora.exe will read no packed sources" >&2
-        exit 0
+        echo "build_libraries: $library cannot be built (see $folder/$library.log)" >&2
+        exit 1
     fi
     : >"$folder/$library.built"
 done
