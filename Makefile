@@ -50,13 +50,15 @@ windows:
 	@tools/setup.sh g++-mingw-w64-x86-64-posix dpkg-dev
 	@tools/windows/build.sh build/windows $(JOBS)
 
-# Documents and the example converted by velmora.exe under Wine and by the program of this system, and compared; runs
-# that are killed; the tests of the engine under Wine. VELMORA_SHARED names the shared corpus and the checker (../shared otherwise).
+# Under Wine: the tests of the engine; documents and the example converted by velmora.exe and by the program of this
+# system, and compared; what Windows does in its own way; runs that are killed. VELMORA_SHARED names the shared corpus and
+# the checker (../shared otherwise).
 test-windows: windows build
 	@tools/setup.sh wine wine64 googletest
 	@tools/windows/tests.sh build/windows $(JOBS)
 	@python3 tools/windows/compare.py build/windows/velmora.exe $(PROGRAM) build/windows/compare examples/orders.xml \
 	    tests/corpus/by_hand/*.xml $$(find $${VELMORA_SHARED:-../shared}/corpus -name '*.xml' -size -3M | sort)
+	@python3 tools/windows/system.py build/windows/velmora.exe build/windows/system $${VELMORA_SHARED:-../shared}/tools
 	@python3 tools/windows/crash.py build/windows/velmora.exe build/windows/crash $${VELMORA_SHARED:-../shared}/tools
 
 # Pictures of every page and of a diagram into build/screenshots: light and dark, at 100 to 200 percent, also in German.
