@@ -27,6 +27,12 @@ others=$(x86_64-w64-mingw32-objdump -p "$folder/velmora.exe" | sed -n 's/.*DLL N
     grep -v -i -x -e advapi32.dll -e bcrypt.dll -e kernel32.dll -e msvcrt.dll -e shell32.dll || true)
 [ -z "$others" ] || { echo "build: velmora.exe needs libraries that Windows lacks: $others" >&2; exit 1; }
 
+# What stands in their place knows long paths (src/platform/windows/long_paths.cpp).
+if x86_64-w64-mingw32-objdump -p "$folder/velmora.exe" | grep -w -e _wstat64 -e _wfindfirst64; then
+    echo "build: velmora.exe calls functions that know no long paths" >&2
+    exit 1
+fi
+
 name=velmora-$version-windows-x64
 rm -rf "${folder:?}/$name" "$folder/$name.zip"
 mkdir "$folder/$name"

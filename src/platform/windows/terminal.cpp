@@ -12,6 +12,7 @@ namespace velmora {
 namespace {
 
 constexpr std::size_t kUsualColumns = 80;
+constexpr std::size_t kBufferBytes = std::size_t{64} * 1024; ///< whoever writes says when it is to be seen
 
 // The one mutable global: a handler can reach nothing else.
 volatile std::sig_atomic_t interrupted = 0;
@@ -70,6 +71,9 @@ std::size_t TerminalColumns(std::FILE* stream) noexcept
 
 void PrepareStreams()
 {
+    // The system's library would write byte by byte to a terminal, which shows the parts of a character for themselves.
+    for (std::FILE* stream : {stdout, stderr})
+        std::setvbuf(stream, nullptr, _IOFBF, kBufferBytes);
     for (std::FILE* stream : {stdin, stdout, stderr})
         _setmode(_fileno(stream), _O_BINARY);
     CodePageBefore() = GetConsoleOutputCP();
