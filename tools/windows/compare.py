@@ -135,6 +135,9 @@ def compare_alone(exe, program, base, document, way):
 def main():
     exe, program, base = (pathlib.Path(a).absolute() for a in sys.argv[1:4])
     documents = [pathlib.Path(a).absolute() for a in sys.argv[4:]]
+    for folder in exe.parent, program.parent:
+        for left in folder.glob("temporary_import_database*.mdb"):  # by a run that was killed; the next one tells of it
+            left.unlink()
     failed = 0
     with concurrent.futures.ThreadPoolExecutor(2) as pool:
         jobs = [pool.submit(compare, exe, program, base, d, w) for d in documents for w in WAYS]
