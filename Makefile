@@ -18,7 +18,7 @@ WINDOW := qt6-base-dev qt6-svg-dev qt6-l10n-tools qt6-tools-dev xvfb xdotool
 TRIES := mandoc zsh fish pkgconf codespell
 WITH_WINDOW := -DVELMORA_WINDOW=ON
 
-.PHONY: all setup build run window windows test-windows screenshots install package dist release-check test test-sanitize test-tsan tidy format reformat fuzz bench check-large \
+.PHONY: all setup build run window windows smoke-windows test-windows screenshots install package dist release-check test test-sanitize test-tsan tidy format reformat fuzz bench check-large \
     check-readers clean
 
 all: build
@@ -50,15 +50,20 @@ windows:
 	@tools/setup.sh g++-mingw-w64-x86-64-posix dpkg-dev
 	@tools/windows/build.sh build/windows $(JOBS)
 
-# Under Wine: the tests of the engine; documents and the example converted by velmora.exe and by the program of this
-# system, and compared; what Windows does in its own way; runs that are killed. VELMORA_SHARED names the shared corpus and
-# the checker (../shared otherwise).
-test-windows: windows build
-	@tools/setup.sh wine wine64 googletest
-	@tools/windows/tests.sh build/windows $(JOBS)
-	@python3 tools/windows/compare.py build/windows/velmora.exe $(PROGRAM) build/windows/compare examples/orders.xml \
-	    tests/corpus/by_hand/*.xml $$(find $${VELMORA_SHARED:-../shared}/corpus -name '*.xml' -size -3M | sort)
+# Under Wine: the example and the documents made by hand, converted by velmora.exe and by the program of this system, and
+# compared; what Windows does in its own way. VELMORA_SHARED names the shared corpus and the checker (../shared otherwise).
+SMOKE_DOCUMENTS = examples/orders.xml tests/corpus/by_hand/*.xml
+smoke-windows: windows build
+	@tools/setup.sh wine wine64
+	@python3 tools/windows/compare.py build/windows/velmora.exe $(PROGRAM) build/windows/compare $(SMOKE_DOCUMENTS) \
+	    $(MORE_DOCUMENTS)
 	@python3 tools/windows/system.py build/windows/velmora.exe build/windows/system $${VELMORA_SHARED:-../shared}/tools
+
+# The same with all documents of the shared corpus; the tests of the engine there, and runs that are killed.
+test-windows: MORE_DOCUMENTS = $$(find $${VELMORA_SHARED:-../shared}/corpus -name '*.xml' -size -3M | sort)
+test-windows: smoke-windows
+	@tools/setup.sh googletest
+	@tools/windows/tests.sh build/windows $(JOBS)
 	@python3 tools/windows/crash.py build/windows/velmora.exe build/windows/crash $${VELMORA_SHARED:-../shared}/tools
 
 # Pictures of every page and of a diagram into build/screenshots: light and dark, at 100 to 200 percent, also in German.
