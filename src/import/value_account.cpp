@@ -108,7 +108,8 @@ ValueAccount::Loss ValueAccount::Settle(bool attributesImported) const
     const auto count = static_cast<ElementId>(document_.ElementCount());
     for (ElementId element = 0; element < count; ++element) {
         document_.Passed(element);
-        for (std::uint32_t index = 0; index < document_.AttributeCount(element); ++index) {
+        const std::uint32_t attributes = document_.AttributeCount(element);
+        for (std::uint32_t index = 0; index < attributes; ++index) {
             if (document_.AttributeValue(element, index).empty())
                 continue;
             ++loss.offered;

@@ -155,7 +155,7 @@ void StructureAnalyser::CountLeaf(SiblingRun& run, const Occurrence& leaf)
         ++run.plainLeafCount;
 }
 
-void StructureAnalyser::Register(std::int32_t level, PathId path, const Occurrence& seen)
+inline void StructureAnalyser::Register(std::int32_t level, PathId path, const Occurrence& seen)
 {
     const std::size_t number = model_.Find(path);
     if (number == 0) {
