@@ -47,9 +47,11 @@ void ColumnImport::velImportNodeColumns(ElementId element, TableNumber number)
         TableSink& sink = sinks_[number];
         for (ElementId leaf = document_.FirstChild(element); leaf != kNoElement; leaf = document_.NextSibling(leaf)) {
             const PathPlan& plan = PlanOf(leaf);
+            if (plan.isEntered || document_.ChildCount(leaf) > 0)
+                continue;
             const std::string_view text = TextOf(plan, leaf);
             const ValueOrigin origin{.element = leaf, .isOffered = HasText(text)};
-            if (plan.isEntered || document_.ChildCount(leaf) > 0 || (!plan.keepsEmpty && !origin.isOffered))
+            if (!plan.keepsEmpty && !origin.isOffered)
                 continue;
             const ValuePlace& place = plan.outerText;
             if (KeepsForLater(place, text, origin))
@@ -75,7 +77,8 @@ std::string ColumnImport::AboutValue(const TableSink& sink, const ValuePlace& pl
 }
 
 /// What the value was refused for, if it was: it is not yet lost then.
-LossReason ColumnImport::SetValue(TableSink& sink, const ValuePlace& place, std::string_view value, ValueOrigin origin)
+inline LossReason ColumnImport::SetValue(TableSink& sink, const ValuePlace& place, std::string_view value,
+                                         ValueOrigin origin)
 {
     const FieldPlace found = fields_.Find(sink, place);
     if (!found.field)
@@ -123,7 +126,7 @@ std::string_view ColumnImport::ValueOf(ValueOrigin origin) const
 }
 
 /// White space only is the empty text, where that is kept.
-std::string_view ColumnImport::TextOf(const PathPlan& plan, ElementId element) const
+inline std::string_view ColumnImport::TextOf(const PathPlan& plan, ElementId element) const
 {
     const std::string_view text = document_.Content(element);
     return plan.keepsEmpty && IsBlank(text) ? std::string_view() : text;
@@ -145,8 +148,8 @@ bool ColumnImport::KeepsValueOut(int errorNumber) const
     }
 }
 
-LossReason ColumnImport::SetUnlessWrongType(TableSink& sink, std::size_t field, std::string_view value,
-                                            ValueOrigin origin, std::string_view named)
+inline LossReason ColumnImport::SetUnlessWrongType(TableSink& sink, std::size_t field, std::string_view value,
+                                                   ValueOrigin origin, std::string_view named)
 {
     try {
         writer_.Set(sink, field, value, origin, named);
@@ -214,7 +217,7 @@ void ColumnImport::SetAttributes(ElementId element, TableNumber number, Step& st
     }
 }
 
-bool ColumnImport::KeepsForLater(const ValuePlace& place, std::string_view value, ValueOrigin origin)
+inline bool ColumnImport::KeepsForLater(const ValuePlace& place, std::string_view value, ValueOrigin origin)
 {
     if (place.part == kNoTable)
         return false;

@@ -17,16 +17,6 @@ namespace {
 
 constexpr std::string_view kCreated = "Create database";
 
-template <class Operation>
-decltype(auto) Translated(Operation&& operation)
-{
-    try {
-        return operation();
-    } catch (const jet::Error& error) {
-        throw EngineError(error);
-    }
-}
-
 void CreateNew(Job& job, DatabaseSession& session, const fs::path& target, jet::Existing existing)
 {
     const fs::path folder = target.parent_path();

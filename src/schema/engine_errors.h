@@ -57,6 +57,17 @@ private:
     std::vector<std::string> names_;
 };
 
+/// Runs `operation` of the engine: its failures as EngineError.
+template <class Operation>
+decltype(auto) Translated(Operation&& operation)
+{
+    try {
+        return operation();
+    } catch (const jet::Error& error) {
+        throw EngineError(error);
+    }
+}
+
 /// Is this the failure of a moment, because someone else holds a lock?
 [[nodiscard]] bool IsLockConflict(const RuntimeError& error) noexcept;
 /// Has someone else the whole database open?

@@ -1,9 +1,7 @@
 #include "schema/recordset.h"
 
 #include "jet/base/date_text.h"
-#include "jet/base/error.h"
 #include "jet/base/value_text.h"
-#include "schema/engine_errors.h"
 
 #include <algorithm>
 #include <array>
@@ -11,20 +9,6 @@
 #include <limits>
 
 namespace velmora {
-
-namespace {
-
-template <class Operation>
-decltype(auto) Translated(Operation&& operation)
-{
-    try {
-        return operation();
-    } catch (const jet::Error& error) {
-        throw EngineError(error);
-    }
-}
-
-} // namespace
 
 bool Recordset::Eof()
 {
@@ -96,21 +80,17 @@ void Recordset::AddNew()
     Translated([&] { records_->AddNew(); });
 }
 
-void Recordset::SetText(std::size_t field, std::string_view utf8)
+/// Something of the text that was set last has been lost.
+void Recordset::NoteLoss(std::size_t field)
 {
-    const std::size_t zonesBefore = records_->ZonesLeftOut();
-    Translated([&] { records_->SetText(field, utf8); });
-    if (records_->ZonesLeftOut() != zonesBefore)
-        NoteColumnWithoutZone(records_->FieldName(field));
+    const std::string& column = records_->FieldName(field);
+    if (records_->ZonesLeftOut() != zonesNoted_ &&
+        std::ranges::find(columnsWithoutZone_, column) == columnsWithoutZone_.end())
+        columnsWithoutZone_.push_back(column);
     if (firstReplacedColumn_.empty() && records_->ReplacedCharacters() > 0)
-        firstReplacedColumn_ = records_->FieldName(field);
-}
-
-void Recordset::NoteColumnWithoutZone(const std::string& column)
-{
-    std::vector<std::string>& noted = columnsWithoutZone_;
-    if (std::find(noted.begin(), noted.end(), column) == noted.end())
-        noted.push_back(column);
+        firstReplacedColumn_ = column;
+    zonesNoted_ = records_->ZonesLeftOut();
+    replacedNoted_ = records_->ReplacedCharacters();
 }
 
 void Recordset::SetNull(std::size_t field)

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "jet/recordset.h"
+#include "schema/engine_errors.h"
 #include "schema/lock_retry.h"
 
 #include <cstddef>
@@ -81,7 +82,12 @@ public:
     [[nodiscard]] bool IsPending() const noexcept { return records_->IsPending(); }
     /// Throws 3163 (the field is too small) and 3421 (no conversion to the column's type); the field keeps its value
     /// then.
-    void SetText(std::size_t field, std::string_view utf8);
+    void SetText(std::size_t field, std::string_view utf8)
+    {
+        Translated([&] { records_->SetText(field, utf8); });
+        if (records_->ZonesLeftOut() != zonesNoted_ || records_->ReplacedCharacters() != replacedNoted_)
+            NoteLoss(field);
+    }
     void SetLong(std::size_t field, std::int32_t value);
     /// Takes the field's value away, also one that it has by default.
     void SetNull(std::size_t field);
@@ -110,12 +116,14 @@ public:
     [[nodiscard]] const std::vector<std::string>& ColumnsWithoutZone() const noexcept { return columnsWithoutZone_; }
 
 private:
-    void NoteColumnWithoutZone(const std::string& column);
+    void NoteLoss(std::size_t field);
 
     std::unique_ptr<jet::Recordset> records_;
     const LockSeam* locks_;
     std::string firstReplacedColumn_;
     std::vector<std::string> columnsWithoutZone_;
+    std::size_t zonesNoted_ = 0;
+    std::size_t replacedNoted_ = 0;
 };
 
 } // namespace velmora
