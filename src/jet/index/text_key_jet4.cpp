@@ -3,7 +3,6 @@
 
 #include <algorithm>
 #include <bit>
-#include <vector>
 
 namespace jet {
 
@@ -37,38 +36,52 @@ Byte StoreCode(std::array<Byte, kSize>& bytes, std::uint32_t code)
     return static_cast<Byte>(size);
 }
 
-/// The code that follows: 00 and 01 do not occur in a code's last place.
-std::uint32_t NextCode(std::uint32_t code)
+/// The code that comes so many steps behind `code`: 00 and 01 do not occur in a code's last place.
+std::uint32_t CodeBehind(std::uint32_t code, std::uint32_t steps)
 {
-    return (code & 0xFF) != 0xFF ? code + 1 : NextCode(code >> 8) << 8 | 0x02;
+    constexpr std::uint32_t kFirst = 0x02;
+    constexpr std::uint32_t kCount = 0x100 - kFirst;
+    if (steps == 0)
+        return code;
+    const std::uint32_t place = (code & 0xFF) - kFirst + steps;
+    return CodeBehind(code >> 8, place / kCount) << 8 | (kFirst + place % kCount);
 }
 
-/// So a character costs one look instead of a search among 3,260 rows.
-std::vector<Weight> ExpandWeights()
+/// What the row of the unit says.
+Weight SearchWeight(std::uint16_t unit)
 {
-    std::vector<Weight> weights(0x10000);
-    for (const Jet4WeightRow& row : kJet4General) {
-        std::uint32_t primary = row.primary;
-        std::uint32_t secondary = row.secondary;
+    const Jet4WeightRow& row = *(std::ranges::upper_bound(kJet4General, unit, {}, &Jet4WeightRow::first) - 1);
+    std::uint32_t primary = row.primary;
+    std::uint32_t secondary = row.secondary;
+    if (row.steps) {
         std::uint32_t& moving = primary != 0 ? primary : secondary;
-        for (std::uint32_t unit = row.first; unit <= row.last; ++unit) {
-            Weight& weight = weights[unit];
-            weight.kind = row.kind;
-            weight.primarySize = StoreCode(weight.primary, primary);
-            weight.secondarySize = StoreCode(weight.secondary, secondary);
-            if (row.steps)
-                moving = NextCode(moving);
-        }
+        moving = CodeBehind(moving, static_cast<std::uint32_t>(unit - row.first));
     }
-    return weights;
+    Weight weight;
+    weight.kind = row.kind;
+    weight.primarySize = StoreCode(weight.primary, primary);
+    weight.secondarySize = StoreCode(weight.secondary, secondary);
+    return weight;
 }
 
-/// By code unit; 65,536 of them.
-const std::vector<Weight>& Weights()
-{
-    static const std::vector<Weight> weights = ExpandWeights();
-    return weights;
-}
+/// Latin, Greek and Cyrillic letters cost one look instead of a search among 3,260 rows. All 65,536 code units would
+/// take half a millisecond at the start of each program.
+class Weights {
+public:
+    Weights()
+    {
+        for (std::uint16_t unit = 0; unit < kOften; ++unit)
+            often_[unit] = SearchWeight(unit);
+    }
+    [[nodiscard]] Weight operator[](std::uint16_t unit) const
+    {
+        return unit < kOften ? often_[unit] : SearchWeight(unit);
+    }
+
+private:
+    static constexpr std::uint16_t kOften = 0x500;
+    std::array<Weight, kOften> often_;
+};
 
 /// The parts of one key while its text is read. The arrays hold what 255 code units can give at most.
 /// Each part decides only where all before it are equal: first letters, then accents, then the size of kana, and last
@@ -215,7 +228,7 @@ void AppendJet4TextKey(Bytes& key, const KeyUnits& text, SortOrder order)
     while (count != 0 && text[count - 1] == kBlank)
         --count;
 
-    const std::vector<Weight>& weights = Weights();
+    static const Weights weights;
     KeyParts parts;
     for (std::size_t i = 0; i < count; ++i)
         parts.Add(weights[text[i]]);
