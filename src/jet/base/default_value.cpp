@@ -79,7 +79,7 @@ std::optional<Value> Literal(std::string_view text, const ValueType& type)
         return std::nullopt;
     // Without any marks only a number is a literal.
     const Value number = ParseText({.type = ColumnType::Double}, text);
-    const bool isText = type.type == ColumnType::Text || type.type == ColumnType::Memo;
+    const bool isText = IsText(type.type);
     // In a text column the number's own text is what is meant, not how it was typed: 007 is 7. For the other types the
     // text is read as one of a user would be, so that a currency is not rounded on its way through a double.
     return isText ? number : Value(std::string(text));

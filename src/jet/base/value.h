@@ -35,6 +35,11 @@ enum class ColumnType : std::uint8_t {
     return type == ColumnType::Ole || type == ColumnType::Memo;
 }
 
+[[nodiscard]] constexpr bool IsText(ColumnType type) noexcept
+{
+    return type == ColumnType::Text || type == ColumnType::Memo;
+}
+
 /// How a value looks in an index key.
 enum class KeyForm : std::uint8_t {
     None, ///< cannot be indexed

@@ -302,7 +302,7 @@ void EncodeValue(Bytes& out, const Format& format, const ValueType& type, const 
 
 void EncodeText(Bytes& out, const Format& format, const ValueType& type, std::string_view utf8)
 {
-    if (type.type == ColumnType::Text || type.type == ColumnType::Memo)
+    if (IsText(type.type))
         AppendTextValue(out, format, type, utf8);
     else
         EncodeValue(out, format, type, ParseText(type, utf8));

@@ -226,7 +226,7 @@ std::vector<Property> PropertyBlob::Texts() const
     std::vector<Property> texts;
     for (const Block& block : blocks_)
         for (const Entry& entry : block.entries)
-            if ((entry.type == ColumnType::Text || entry.type == ColumnType::Memo) && entry.name < names_.size())
+            if (IsText(entry.type) && entry.name < names_.size())
                 texts.push_back({block.owner, names_[entry.name], DecodeText(entry.value, *format_), entry.type});
     return texts;
 }

@@ -1,7 +1,7 @@
 #include "jet/index/index_page.h"
 
 #include "jet/base/error.h"
-#include "jet/store/bitmap.h"
+#include "jet/index/mask_words.h"
 
 #include <algorithm>
 #include <array>
@@ -13,39 +13,6 @@
 namespace jet {
 
 namespace {
-
-constexpr std::size_t kWordBits = 64;
-
-constexpr std::size_t WordsOf(std::size_t maskSize)
-{
-    return (maskSize + 7) / 8;
-}
-
-/// The bits 0 to `count` - 1; all of them from 64 on.
-constexpr std::uint64_t LowBits(std::size_t count)
-{
-    return count >= kWordBits ? ~std::uint64_t{0} : (std::uint64_t{1} << count) - 1;
-}
-
-/// LoadU64, in one load where the processor can: a search looks at dozens of these.
-std::uint64_t LoadWord(const Byte* at)
-{
-    if constexpr (std::endian::native == std::endian::little) {
-        std::uint64_t word = 0;
-        std::memcpy(&word, at, sizeof word);
-        return word;
-    } else {
-        return LoadU64({at, 8}, 0);
-    }
-}
-
-void StoreWord(Byte* at, std::uint64_t word)
-{
-    if constexpr (std::endian::native == std::endian::little)
-        std::memcpy(at, &word, sizeof word);
-    else
-        StoreU64({at, 8}, 0, word);
-}
 
 /// Eight bytes as a number that sorts as they do.
 std::uint64_t LoadHead(const Byte* at)
@@ -64,70 +31,6 @@ std::uint64_t HeadOf(ByteSpan own)
     std::ranges::copy(own, padded.begin()); // of none, too
     return LoadHead(padded.data());
 }
-
-/// A page's mask in registers' size, to move its bits.
-/// An entry that is put in moves the ends of all behind it: so the whole mask moves by bits, a word at a time.
-class MaskWords {
-public:
-    explicit MaskWords(ByteSpan mask) : count_(WordsOf(mask.size()))
-    {
-        words_[count_ - 1] = 0;
-        for (std::size_t i = 0; i < mask.size() / 8; ++i)
-            words_[i] = LoadWord(mask.data() + 8 * i);
-        for (std::size_t i = mask.size() / 8 * 8; i < mask.size(); ++i)
-            words_[i / 8] |= std::uint64_t{mask[i]} << 8 * (i % 8);
-    }
-
-    /// Moves the bits above `bit` up by `distance`.
-    void MoveUp(std::size_t bit, std::size_t distance)
-    {
-        for (std::size_t i = count_; i-- > bit / kWordBits;) {
-            const std::uint64_t stay = words_[i] & LowBits(i == bit / kWordBits ? bit % kWordBits + 1 : 0);
-            std::uint64_t moved = 0;
-            if (const std::size_t far = distance / kWordBits; i >= far) {
-                moved = Above(i - far, bit) << distance % kWordBits;
-                if (i > far && distance % kWordBits != 0)
-                    moved |= Above(i - far - 1, bit) >> (kWordBits - distance % kWordBits);
-            }
-            words_[i] = stay | moved;
-        }
-    }
-
-    /// Moves the bits above `bit` + `distance` down by `distance`, over those from `bit` + 1 on.
-    void MoveDown(std::size_t bit, std::size_t distance)
-    {
-        const std::size_t far = distance / kWordBits;
-        for (std::size_t i = bit / kWordBits; i < count_; ++i) {
-            const std::uint64_t stay = words_[i] & LowBits(i == bit / kWordBits ? bit % kWordBits + 1 : 0);
-            std::uint64_t moved = Above(i + far, bit + distance) >> distance % kWordBits;
-            if (distance % kWordBits != 0)
-                moved |= Above(i + far + 1, bit + distance) << (kWordBits - distance % kWordBits);
-            words_[i] = stay | moved;
-        }
-    }
-
-    void StoreTo(MutableBytes mask) const
-    {
-        for (std::size_t i = 0; i < mask.size() / 8; ++i)
-            StoreWord(mask.data() + 8 * i, words_[i]);
-        for (std::size_t i = mask.size() / 8 * 8; i < mask.size(); ++i)
-            mask[i] = static_cast<Byte>(words_[i / 8] >> 8 * (i % 8));
-    }
-
-private:
-    /// The bits of one word that lie above `bit` of the mask.
-    [[nodiscard]] std::uint64_t Above(std::size_t word, std::size_t bit) const
-    {
-        if (word >= count_ || (word + 1) * kWordBits <= bit + 1)
-            return 0;
-        const std::size_t below = bit + 1 > word * kWordBits ? bit + 1 - word * kWordBits : 0;
-        return words_[word] & ~LowBits(below);
-    }
-
-    static constexpr std::size_t kMaxWords = 57; // WordsOf(453), the longest mask
-    std::array<std::uint64_t, kMaxWords> words_;
-    std::size_t count_;
-};
 
 } // namespace
 
@@ -341,119 +244,6 @@ EntryList IndexPage::Entries() const
         entries.Add(Prefix(), own);
     }
     return entries;
-}
-
-void EntryList::WriteTo(EntryWriter& writer, std::size_t first, std::size_t count) const
-{
-    for (std::size_t i = first; i < first + count; ++i)
-        writer.Add((*this)[i]);
-}
-
-void IndexPageEditor::MakeEmpty(const MutablePageRef& page, const Format& format, PageNumber definitionPage,
-                                std::uint8_t level)
-{
-    const MutableBytes bytes = page.Data();
-    std::ranges::fill(bytes, Byte{0});
-    bytes[0] = static_cast<Byte>(level == 0 ? PageType::IndexLeaf : PageType::IndexNode);
-    bytes[1] = 1;
-    bytes[format.indexPage.level] = level;
-    StoreU32(bytes, kPageOwner, definitionPage);
-    IndexPageEditor(page, format).SetUsed(0);
-}
-
-void IndexPageEditor::SetUsed(std::size_t used)
-{
-    StoreU16(page_.Data(kPageFreeBytes, 2), 0, static_cast<std::uint16_t>(format_->indexPage.room - used));
-}
-
-/// As long as the entry shares the page's prefix nothing else has to be rewritten; the prefix is as long as possible
-/// only when a page is made, and never grows here.
-bool IndexPageEditor::Insert(const IndexPage& view, std::size_t place, ByteSpan entry)
-{
-    const std::size_t prefixSize = view.prefixSize_;
-    if (entry.size() <= prefixSize || entry.size() - prefixSize > view.FreeBytes() ||
-        !std::ranges::equal(entry.first(prefixSize), view.Prefix()))
-        return false;
-    const Format::IndexPageLayout& layout = format_->indexPage;
-    const ByteSpan own = entry.subspan(prefixSize);
-    const std::size_t used = view.used_;
-    if (used == 0) // an empty page's prefix means nothing
-        std::ranges::fill(page_.Data(layout.prefixLength, layout.prefixLengthSize), Byte{0});
-    if (place == used) {
-        Append(used, own);
-        return true;
-    }
-    const std::size_t end = used + own.size();
-    Byte* const page = page_.Data(UndoLog::Range{layout.entries + place, end - place},
-                                  UndoLog::Range{layout.mask, layout.maskSize}, UndoLog::Range{kPageFreeBytes, 2});
-    Byte* const at = page + layout.entries + place;
-    std::memmove(at + own.size(), at, used - place);
-    std::memcpy(at, own.data(), own.size());
-    const MutableBytes mask(page + layout.mask, layout.maskSize);
-    MaskWords words(mask);
-    words.MoveUp(place, own.size());
-    words.StoreTo(mask);
-    SetBit(mask, place + own.size());
-    StoreU16({page + kPageFreeBytes, 2}, 0, static_cast<std::uint16_t>(layout.room - end));
-    return true;
-}
-
-/// Ascending keys come to the end, where one bit of the mask is all.
-void IndexPageEditor::Append(std::size_t used, ByteSpan own)
-{
-    const Format::IndexPageLayout& layout = format_->indexPage;
-    const std::size_t end = used + own.size();
-    assert(end <= layout.room);
-    Byte* const page = page_.Data(UndoLog::Range{layout.entries + used, own.size()},
-                                  UndoLog::Range{layout.mask + end / 8, 1}, UndoLog::Range{kPageFreeBytes, 2});
-    std::memcpy(page + layout.entries + used, own.data(), own.size());
-    SetBit({page + layout.mask, layout.maskSize}, end);
-    StoreU16({page + kPageFreeBytes, 2}, 0, static_cast<std::uint16_t>(layout.room - end));
-}
-
-void IndexPageEditor::Remove(const IndexPage& view, std::size_t place)
-{
-    const Format::IndexPageLayout& layout = format_->indexPage;
-    const std::size_t end = view.After(place);
-    const std::size_t used = view.used_;
-    if (place == view.Begin() && end == used) {
-        return EntryWriter(page_, *format_, 0).Finish();
-    }
-    Byte* const at = page_.Data(layout.entries + place, used - place).data();
-    const std::size_t size = end - place;
-    std::memmove(at, at + size, used - end);
-    std::memset(at + used - end, 0, size);
-    const MutableBytes mask = page_.Data(layout.mask, layout.maskSize);
-    MaskWords words(mask);
-    words.MoveDown(place, size);
-    words.StoreTo(mask);
-    SetUsed(used - size);
-}
-
-void IndexPageEditor::SetChild(const IndexPage& view, std::size_t place, PageNumber child)
-{
-    const std::size_t end = format_->indexPage.entries + view.After(place);
-    StoreBigU32(page_.Data(end - kChildPointerSize, kChildPointerSize), 0, child);
-}
-
-EntryWriter::EntryWriter(const MutablePageRef& page, const Format& format, std::size_t prefixSize)
-    : editor_(page, format), prefixSize_(prefixSize)
-{
-    const Format::IndexPageLayout& layout = format.indexPage;
-    const MutableBytes bytes = page.Data();
-    std::ranges::fill(bytes.subspan(layout.mask), Byte{0});
-    if (layout.prefixLengthSize == 1)
-        bytes[layout.prefixLength] = static_cast<Byte>(prefixSize);
-    else
-        StoreU16(bytes, layout.prefixLength, static_cast<std::uint16_t>(prefixSize));
-    mask_ = bytes.subspan(layout.mask, layout.maskSize);
-    entries_ = bytes.subspan(layout.entries, layout.room);
-}
-
-void EntryWriter::Finish()
-{
-    assert(used_ <= entries_.size());
-    editor_.SetUsed(used_);
 }
 
 } // namespace jet

@@ -35,7 +35,7 @@ public:
         // A memo's record holds it plain: whether it is stored compressed is decided where it is written.
         ValueType type = type_;
         type.compressed = type.compressed && type.type != ColumnType::Memo;
-        const bool isText = type.type == ColumnType::Text || type.type == ColumnType::Memo;
+        const bool isText = IsText(type.type);
         if (isText && table_.Definition().columns[target_].rules.refusesEmpty && ToText(value).empty())
             throw Error(ErrorNumber::EmptyTextRefused, {table_.Definition().columns[target_].name});
         // Numbers and dates go into a text as they are shown.

@@ -156,7 +156,7 @@ Column& DesignColumn(TableDef& def, const ColumnSpec& spec, const DatabaseHeader
             throw Error(ErrorNumber::SizeTooLong, {spec.name});
         column.precision = spec.precision;
         column.scale = spec.scale;
-    } else if (format.version == JetVersion::Jet4 && (spec.type == ColumnType::Text || spec.type == ColumnType::Memo)) {
+    } else if (format.version == JetVersion::Jet4 && IsText(spec.type)) {
         // As columns have it that are made in Access: most texts take half the room then, and Access reads both forms.
         column.moreFlags = kMoreFlagsCompressed;
     }
