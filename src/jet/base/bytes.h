@@ -1,5 +1,7 @@
 #pragma once
 
+#include <bit>
+#include <cassert>
 #include <cstddef>
 #include <cstdint>
 #include <cstring>
@@ -15,21 +17,55 @@ using Bytes = std::vector<Byte>;
 using ByteSpan = std::span<const Byte>;
 using MutableBytes = std::span<Byte>;
 
-// Byte by byte, not by a cast: nothing in a page is aligned, and compilers make one load of it where they can.
+namespace bytes_detail {
+
+/// `value` with its bytes the other way round when the machine's are not in the order wanted.
+template <std::endian kOrder, typename Word>
+constexpr Word InOrder(Word value)
+{
+    if constexpr (kOrder == std::endian::native)
+        return value;
+    else if constexpr (sizeof(Word) == 2)
+        return __builtin_bswap16(value);
+    else if constexpr (sizeof(Word) == 4)
+        return __builtin_bswap32(value);
+    else
+        return __builtin_bswap64(value);
+}
+
+// Nothing in a page is aligned; a copy of so many bytes is one instruction, which bytes taken one by one are not.
+template <typename Word, std::endian kOrder = std::endian::little>
+Word Load(ByteSpan bytes, std::size_t at)
+{
+    assert(at <= bytes.size() && sizeof(Word) <= bytes.size() - at);
+    Word value;
+    std::memcpy(&value, bytes.data() + at, sizeof value);
+    return InOrder<kOrder>(value);
+}
+
+template <typename Word, std::endian kOrder = std::endian::little>
+void Store(MutableBytes bytes, std::size_t at, Word value)
+{
+    assert(at <= bytes.size() && sizeof(Word) <= bytes.size() - at);
+    value = InOrder<kOrder>(value);
+    std::memcpy(bytes.data() + at, &value, sizeof value);
+}
+
+} // namespace bytes_detail
+
 inline std::uint16_t LoadU16(ByteSpan bytes, std::size_t at)
 {
-    return static_cast<std::uint16_t>(bytes[at] | bytes[at + 1] << 8);
+    return bytes_detail::Load<std::uint16_t>(bytes, at);
 }
 
 inline std::uint32_t LoadU24(ByteSpan bytes, std::size_t at)
 {
-    return static_cast<std::uint32_t>(bytes[at]) | static_cast<std::uint32_t>(bytes[at + 1]) << 8 |
-           static_cast<std::uint32_t>(bytes[at + 2]) << 16;
+    return LoadU16(bytes, at) | static_cast<std::uint32_t>(bytes[at + 2]) << 16;
 }
 
 inline std::uint32_t LoadU32(ByteSpan bytes, std::size_t at)
 {
-    return LoadU24(bytes, at) | static_cast<std::uint32_t>(bytes[at + 3]) << 24;
+    return bytes_detail::Load<std::uint32_t>(bytes, at);
 }
 
 inline std::int32_t LoadI32(ByteSpan bytes, std::size_t at)
@@ -39,26 +75,23 @@ inline std::int32_t LoadI32(ByteSpan bytes, std::size_t at)
 
 inline std::uint64_t LoadU64(ByteSpan bytes, std::size_t at)
 {
-    return LoadU32(bytes, at) | static_cast<std::uint64_t>(LoadU32(bytes, at + 4)) << 32;
+    return bytes_detail::Load<std::uint64_t>(bytes, at);
 }
 
 inline void StoreU16(MutableBytes bytes, std::size_t at, std::uint16_t value)
 {
-    bytes[at] = static_cast<Byte>(value);
-    bytes[at + 1] = static_cast<Byte>(value >> 8);
+    bytes_detail::Store(bytes, at, value);
 }
 
 inline void StoreU24(MutableBytes bytes, std::size_t at, std::uint32_t value)
 {
-    bytes[at] = static_cast<Byte>(value);
-    bytes[at + 1] = static_cast<Byte>(value >> 8);
+    StoreU16(bytes, at, static_cast<std::uint16_t>(value));
     bytes[at + 2] = static_cast<Byte>(value >> 16);
 }
 
 inline void StoreU32(MutableBytes bytes, std::size_t at, std::uint32_t value)
 {
-    StoreU24(bytes, at, value);
-    bytes[at + 3] = static_cast<Byte>(value >> 24);
+    bytes_detail::Store(bytes, at, value);
 }
 
 inline void StoreI32(MutableBytes bytes, std::size_t at, std::int32_t value)
@@ -68,8 +101,7 @@ inline void StoreI32(MutableBytes bytes, std::size_t at, std::int32_t value)
 
 inline void StoreU64(MutableBytes bytes, std::size_t at, std::uint64_t value)
 {
-    StoreU32(bytes, at, static_cast<std::uint32_t>(value));
-    StoreU32(bytes, at + 4, static_cast<std::uint32_t>(value >> 32));
+    bytes_detail::Store(bytes, at, value);
 }
 
 // Inside index entries, whose bytes have to sort as the numbers do.
@@ -80,15 +112,17 @@ inline std::uint32_t LoadBigU24(ByteSpan bytes, std::size_t at)
 
 inline std::uint32_t LoadBigU32(ByteSpan bytes, std::size_t at)
 {
-    return static_cast<std::uint32_t>(bytes[at]) << 24 | LoadBigU24(bytes, at + 1);
+    return bytes_detail::Load<std::uint32_t, std::endian::big>(bytes, at);
+}
+
+inline std::uint64_t LoadBigU64(ByteSpan bytes, std::size_t at)
+{
+    return bytes_detail::Load<std::uint64_t, std::endian::big>(bytes, at);
 }
 
 inline void StoreBigU32(MutableBytes bytes, std::size_t at, std::uint32_t value)
 {
-    bytes[at] = static_cast<Byte>(value >> 24);
-    bytes[at + 1] = static_cast<Byte>(value >> 16);
-    bytes[at + 2] = static_cast<Byte>(value >> 8);
-    bytes[at + 3] = static_cast<Byte>(value);
+    bytes_detail::Store<std::uint32_t, std::endian::big>(bytes, at, value);
 }
 
 inline void AppendBytes(Bytes& out, ByteSpan more)

@@ -14,22 +14,15 @@ namespace jet {
 
 namespace {
 
-/// Eight bytes as a number that sorts as they do.
-std::uint64_t LoadHead(const Byte* at)
-{
-    const std::uint64_t word = LoadWord(at);
-    return std::endian::native == std::endian::little ? __builtin_bswap64(word) : word;
-}
-
 /// The first eight bytes of an entry's own part as a number, those that it lacks as zeros: of two that differ the less
 /// belongs to the entry that sorts first.
 std::uint64_t HeadOf(ByteSpan own)
 {
     if (own.size() >= 8)
-        return LoadHead(own.data());
+        return LoadBigU64(own, 0);
     std::array<Byte, 8> padded{};
     std::ranges::copy(own, padded.begin()); // of none, too
-    return LoadHead(padded.data());
+    return LoadBigU64(padded, 0);
 }
 
 } // namespace
@@ -66,7 +59,7 @@ std::uint64_t IndexPage::MaskWord(std::size_t word) const noexcept
 {
     const Format::IndexPageLayout& layout = format_->indexPage;
     // The last word reaches into the entries, which follow at once: their bytes are cut off.
-    const std::uint64_t value = LoadWord(page_.data() + layout.mask + 8 * word);
+    const std::uint64_t value = LoadU64(page_, layout.mask + 8 * word);
     return value & LowBits((layout.maskSize - 8 * word) * 8);
 }
 
@@ -157,7 +150,7 @@ std::uint64_t IndexPage::Head(std::size_t place, std::size_t end) const noexcept
     const std::size_t size = end - place;
     if (at + 8 > page_.size())
         return HeadOf(Stored(place, size));
-    const std::uint64_t bytes = LoadHead(page_.data() + at);
+    const std::uint64_t bytes = LoadBigU64(page_, at);
     return size >= 8 ? bytes : bytes & ~LowBits(kWordBits - 8 * size);
 }
 

@@ -3,10 +3,8 @@
 #include "jet/base/bytes.h"
 
 #include <array>
-#include <bit>
 #include <cstddef>
 #include <cstdint>
-#include <cstring>
 
 /// The mask of an index page, a word at a time.
 namespace jet {
@@ -24,26 +22,6 @@ constexpr std::uint64_t LowBits(std::size_t count)
     return count >= kWordBits ? ~std::uint64_t{0} : (std::uint64_t{1} << count) - 1;
 }
 
-/// LoadU64, in one load where the processor can: a search looks at dozens of these.
-inline std::uint64_t LoadWord(const Byte* at)
-{
-    if constexpr (std::endian::native == std::endian::little) {
-        std::uint64_t word = 0;
-        std::memcpy(&word, at, sizeof word);
-        return word;
-    } else {
-        return LoadU64({at, 8}, 0);
-    }
-}
-
-inline void StoreWord(Byte* at, std::uint64_t word)
-{
-    if constexpr (std::endian::native == std::endian::little)
-        std::memcpy(at, &word, sizeof word);
-    else
-        StoreU64({at, 8}, 0, word);
-}
-
 /// The mask in registers' size, to move its bits: an entry that is put in moves the ends of all behind it.
 class MaskWords {
 public:
@@ -51,7 +29,7 @@ public:
     {
         words_[count_ - 1] = 0;
         for (std::size_t i = 0; i < mask.size() / 8; ++i)
-            words_[i] = LoadWord(mask.data() + 8 * i);
+            words_[i] = LoadU64(mask, 8 * i);
         for (std::size_t i = mask.size() / 8 * 8; i < mask.size(); ++i)
             words_[i / 8] |= std::uint64_t{mask[i]} << 8 * (i % 8);
     }
@@ -87,7 +65,7 @@ public:
     void StoreTo(MutableBytes mask) const
     {
         for (std::size_t i = 0; i < mask.size() / 8; ++i)
-            StoreWord(mask.data() + 8 * i, words_[i]);
+            StoreU64(mask, 8 * i, words_[i]);
         for (std::size_t i = mask.size() / 8 * 8; i < mask.size(); ++i)
             mask[i] = static_cast<Byte>(words_[i / 8] >> 8 * (i % 8));
     }
