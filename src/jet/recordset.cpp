@@ -243,8 +243,8 @@ void Recordset::SaveNew()
     // Before the savepoint: a number once given stays given, whatever becomes of the record.
     if (autonumber_)
         lastAutonumber_ = TakeNumber(*autonumber_);
-    Savepoint savepoint(catalog_);
-    row_ = table_->Insert(record_);
+    SavepointOnDemand savepoint(catalog_);
+    row_ = table_->Insert(record_, &savepoint);
     walkIsHere_ = false;
     savepoint.Release();
     holds_ = Holds::Current;

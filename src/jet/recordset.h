@@ -137,6 +137,9 @@ private:
         bool isFilled = false;                                               ///< with blanks
         std::size_t maxUnits = std::numeric_limits<std::size_t>::max();      ///< UTF-16 code units, or bytes
         std::size_t maxCompressed = std::numeric_limits<std::size_t>::max(); ///< bytes of UTF-8; longer ones stay plain
+        /// A text of so many ASCII characters is stored as it is, behind a mark; else, in Jet 4, as UTF-16.
+        std::size_t minCopied = 1, maxCopied = 0;
+        std::size_t markSize = 0;
     };
     [[nodiscard]] static TextForm FormOf(const Column& column, const Format& format);
 
@@ -178,6 +181,7 @@ private:
     void SetRandom(MutableBytes bytes);
     void NoteOwnNumber(std::size_t field, std::int32_t value);
     void SetDateText(std::size_t field, std::string_view utf8);
+    [[nodiscard]] bool SetAscii(std::size_t field, std::string_view utf8);
     void AppendEncoded(Bytes& out, std::size_t field, std::string_view utf8);
 
     Catalog& catalog_;

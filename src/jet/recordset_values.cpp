@@ -6,6 +6,7 @@
 #include "jet/catalog/catalog.h"
 #include "jet/recordset.h"
 
+#include <algorithm>
 #include <bit>
 #include <cmath>
 
@@ -27,7 +28,39 @@ Recordset::TextForm Recordset::FormOf(const Column& column, const Format& format
         // As a short memo stands in the row, so that it is copied there as it is; a long one is never compressed.
         form.maxCompressed = format.maxInlineLong / 2;
     }
+    if (form.isFilled)
+        return form;
+    if (format.version == JetVersion::Jet4) {
+        form.minCopied = kMinCompressed;
+        form.maxCopied = std::min(form.maxUnits, form.maxCompressed);
+        form.markSize = kCompressedMark.size();
+    } else {
+        form.maxCopied = form.maxUnits;
+    }
     return form;
+}
+
+/// Nearly every text is of ASCII characters, and goes straight into the record. False, and nothing is set, when it is
+/// another one or has to be looked at more closely.
+bool Recordset::SetAscii(std::size_t field, std::string_view utf8)
+{
+    const TextForm& form = textForms_[field];
+    if (utf8.size() >= form.minCopied && utf8.size() <= form.maxCopied) {
+        const std::size_t size = form.markSize + utf8.size();
+        const MutableBytes room = record_.Room(size);
+        if (form.markSize != 0)
+            StoreU16(room, 0, LoadU16(kCompressedMark, 0));
+        if (!CopyPlainAscii(room.data() + form.markSize, utf8))
+            return false;
+        record_.Take(field, size);
+        return true;
+    }
+    if (utf8.empty() || utf8.size() > form.maxUnits || form.isFilled)
+        return false;
+    if (!ExpandAscii(record_.Room(2 * utf8.size()).data(), utf8))
+        return false;
+    record_.Take(field, 2 * utf8.size());
+    return true;
 }
 
 void Recordset::AppendEncoded(Bytes& out, std::size_t field, std::string_view utf8)
@@ -52,6 +85,8 @@ void Recordset::AppendEncoded(Bytes& out, std::size_t field, std::string_view ut
 void Recordset::SetText(std::size_t field, std::string_view utf8)
 {
     const Column& column = ColumnToSet(field);
+    if (textForms_[field].isText && SetAscii(field, utf8))
+        return;
     if (textForms_[field].isText)
         return record_.Encode(field, [&](Bytes& out) { AppendEncoded(out, field, utf8); });
     if (column.type == ColumnType::DateTime)

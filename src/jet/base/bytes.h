@@ -125,6 +125,28 @@ inline void StoreBigU32(MutableBytes bytes, std::size_t at, std::uint32_t value)
     bytes_detail::Store<std::uint32_t, std::endian::big>(bytes, at, value);
 }
 
+/// Copies bytes, mostly a few: then without a call. They may overlap.
+inline void CopyBytes(Byte* to, const Byte* from, std::size_t size)
+{
+    const auto copyEnds = [&]<typename Word>(Word first) {
+        Word last = 0;
+        std::memcpy(&first, from, sizeof first);
+        std::memcpy(&last, from + size - sizeof last, sizeof last);
+        std::memcpy(to, &first, sizeof first);
+        std::memcpy(to + size - sizeof last, &last, sizeof last);
+    };
+    if (size > 2 * sizeof(std::uint64_t))
+        std::memmove(to, from, size);
+    else if (size >= sizeof(std::uint64_t))
+        copyEnds(std::uint64_t{0});
+    else if (size >= sizeof(std::uint32_t))
+        copyEnds(std::uint32_t{0});
+    else if (size >= sizeof(std::uint16_t))
+        copyEnds(std::uint16_t{0});
+    else if (size != 0)
+        *to = *from;
+}
+
 inline void AppendBytes(Bytes& out, ByteSpan more)
 {
     out.insert(out.end(), more.begin(), more.end());

@@ -39,17 +39,23 @@ std::size_t AsciiLength(std::string_view text)
     return n;
 }
 
-/// The same without zeros.
-std::size_t AsciiLengthWithoutZero(std::string_view text)
+/// Are all bytes of `word` 0x01 to 0x7F?
+bool IsPlainAscii(std::uint64_t word)
 {
     constexpr std::uint64_t kOnes = 0x0101010101010101;
     constexpr std::uint64_t kTops = 0x8080808080808080;
     // A byte below 0x80 keeps its top bit clear when 1 is taken from it, unless it is 0; and what is borrowed there has
     // come to light already.
+    return ((word | (word - kOnes)) & kTops) == 0;
+}
+
+/// AsciiLength() without zeros.
+std::size_t AsciiLengthWithoutZero(std::string_view text)
+{
     const auto isPlain = [&](std::size_t at) {
         std::uint64_t word = 0;
         std::memcpy(&word, text.data() + at, sizeof word);
-        return ((word | (word - kOnes)) & kTops) == 0;
+        return IsPlainAscii(word);
     };
     std::size_t n = 0;
     while (n + sizeof(std::uint64_t) <= text.size() && isPlain(n))
@@ -238,9 +244,7 @@ void AppendUtf16(Bytes& out, std::string_view utf8)
         const std::size_t ascii = AsciiLength(utf8);
         const std::size_t at = out.size();
         out.resize(at + 2 * ascii);
-        Byte* const units = out.data() + at;
-        for (std::size_t i = 0; i < ascii; ++i)
-            units[2 * i] = static_cast<Byte>(utf8[i]);
+        static_cast<void>(ExpandAscii(out.data() + at, utf8.substr(0, ascii)));
         utf8.remove_prefix(ascii);
         if (!utf8.empty())
             PushUtf16(out, TakeCharacter(utf8));
@@ -262,6 +266,50 @@ std::size_t AppendCp1252(Bytes& out, std::string_view utf8)
         replaced += byte ? 0 : 1;
     }
     return replaced;
+}
+
+bool CopyPlainAscii(Byte* to, std::string_view text) noexcept
+{
+    const std::size_t size = text.size();
+    const auto copyWord = [&](std::size_t at) {
+        std::uint64_t word = 0;
+        std::memcpy(&word, text.data() + at, sizeof word);
+        std::memcpy(to + at, &word, sizeof word);
+        return IsPlainAscii(word);
+    };
+    if (size < sizeof(std::uint64_t)) {
+        bool isPlain = true;
+        for (std::size_t i = 0; i < size; ++i) {
+            to[i] = static_cast<Byte>(text[i]);
+            isPlain &= IsAscii(text[i]) && text[i] != 0;
+        }
+        return isPlain;
+    }
+    for (std::size_t at = 0; at + sizeof(std::uint64_t) < size; at += sizeof(std::uint64_t))
+        if (!copyWord(at))
+            return false;
+    return copyWord(size - sizeof(std::uint64_t)); // which may overlap the one before
+}
+
+bool ExpandAscii(Byte* to, std::string_view text) noexcept
+{
+    const ByteSpan from(reinterpret_cast<const Byte*>(text.data()), text.size());
+    const MutableBytes units(to, 2 * from.size());
+    std::size_t at = 0;
+    for (; at + sizeof(std::uint32_t) <= from.size(); at += sizeof(std::uint32_t)) {
+        std::uint64_t four = LoadU32(from, at);
+        if ((four & 0x80808080) != 0)
+            return false;
+        four = (four | four << 16) & 0x0000FFFF0000FFFF;
+        four = (four | four << 8) & 0x00FF00FF00FF00FF;
+        StoreU64(units, 2 * at, four);
+    }
+    bool isAscii = true;
+    for (; at < from.size(); ++at) {
+        isAscii &= from[at] < 0x80;
+        StoreU16(units, 2 * at, from[at]);
+    }
+    return isAscii;
 }
 
 std::size_t AppendText(Bytes& out, const Format& format, std::string_view utf8, bool compress)

@@ -27,6 +27,12 @@ std::size_t AppendCp1252(Bytes& out, std::string_view utf8);
 /// "?" (Jet 3).
 std::size_t AppendText(Bytes& out, const Format& format, std::string_view utf8, bool compress);
 
+/// Copies `text` to `to`, where there is room for it, if all its characters are 0x01 to 0x7F: the same byte in every
+/// form of every format. Else false, and what is there then means nothing.
+[[nodiscard]] bool CopyPlainAscii(Byte* to, std::string_view text) noexcept;
+/// The same as UTF-16LE, of all characters below 0x80.
+[[nodiscard]] bool ExpandAscii(Byte* to, std::string_view text) noexcept;
+
 /// Stored text back as UTF-8: plain or compressed UTF-16LE, or code page 1252.
 [[nodiscard]] std::string DecodeText(ByteSpan stored, const Format& format);
 /// Jet 4: a stored value expanded to plain UTF-16LE.

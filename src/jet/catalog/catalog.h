@@ -139,4 +139,20 @@ private:
     Catalog* catalog_;
 };
 
+/// The same, set only when a change asks for it.
+class SavepointOnDemand final : public ChangeGuard {
+public:
+    explicit SavepointOnDemand(Catalog& catalog) : catalog_(&catalog) {}
+    void Begin() override { savepoint_.emplace(*catalog_); }
+    void Release() noexcept
+    {
+        if (savepoint_)
+            savepoint_->Release();
+    }
+
+private:
+    Catalog* catalog_;
+    std::optional<Savepoint> savepoint_;
+};
+
 } // namespace jet

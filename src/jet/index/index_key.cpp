@@ -18,7 +18,6 @@ constexpr Byte kValueDescending = 0x80;
 constexpr Byte kNullAscending = 0x00;
 constexpr Byte kNullDescending = 0xFF;
 constexpr Byte kSignBit = 0x80;
-constexpr std::size_t kLongSize = 4;
 
 /// A key of another length, from a damaged row, could be the beginning of another one, which no key may be.
 void RequireSize(ByteSpan stored, std::size_t size)
@@ -133,13 +132,6 @@ void AppendBoolean(Bytes& key, SortOrder order, std::optional<ByteSpan> stored)
 void AppendKey(Bytes& key, const Format& format, const KeyColumn& column, std::optional<ByteSpan> stored)
 {
     const SortOrder order = column.order;
-    // By far the most are numbers of records, two or three for each that is saved.
-    if (column.type == ColumnType::Long && order == SortOrder::Ascending && stored && stored->size() == kLongSize) {
-        const ByteSpan number = *stored;
-        const std::array<Byte, 1 + kLongSize> bytes{kValueAscending, static_cast<Byte>(number[3] ^ kSignBit), number[2],
-                                                    number[1], number[0]};
-        return AppendBytes(key, bytes);
-    }
     const bool isAscending = order == SortOrder::Ascending;
     if (!stored && column.type != ColumnType::Boolean) {
         key.push_back(isAscending ? kNullAscending : kNullDescending);

@@ -24,6 +24,20 @@ struct KeyColumn {
     Collation collation;
 };
 
+/// Bytes of the key of a whole number of 32 bits.
+inline constexpr std::size_t kNumberKeySize = 5;
+
+/// The ascending key of such a number, from the four bytes of a row. By far the most keys are numbers of records, two
+/// or three for each that is saved.
+inline void StoreNumberKey(Byte* key, ByteSpan stored)
+{
+    constexpr Byte kValue = 0x7F;
+    constexpr std::uint32_t kSign = 0x80000000;
+    key[0] = kValue;
+    // Two's complement sorts like a number without a sign once its top bit is turned.
+    StoreBigU32({key + 1, 4}, 0, LoadU32(stored, 0) ^ kSign);
+}
+
 /// Appends the key bytes of one column to `key`: a flag byte and, unless null, the value, so that keys compare as
 /// bytes. `stored` is the value as a row holds it (text: UTF-16LE, compressed or not, or code page 1252; memo: the
 /// resolved value; boolean: one byte, 0 or 1), nullopt is Null. Throws Error when the collation is not General. Source:

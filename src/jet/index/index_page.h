@@ -5,6 +5,7 @@
 #include "jet/store/pager.h"
 
 #include <algorithm>
+#include <bit>
 #include <cstddef>
 #include <cstdint>
 #include <cstring>
@@ -20,6 +21,33 @@ class EntryWriter;
 
 /// Less than, equal to or greater than 0, as `a` sorts before, with or after `b`: byte by byte, the shorter one first.
 [[nodiscard]] int CompareBytes(ByteSpan a, ByteSpan b) noexcept;
+
+/// How many bytes at their beginning the two have in common.
+[[nodiscard]] inline std::size_t CountShared(ByteSpan a, ByteSpan b) noexcept
+{
+    const std::size_t size = std::min(a.size(), b.size());
+    std::size_t at = 0;
+    // The last words of each kind may overlap what is known to be equal.
+    if (size >= 8) {
+        for (;; at = std::min(at + 8, size - 8)) {
+            if (const std::uint64_t differ = LoadU64(a, at) ^ LoadU64(b, at); differ != 0)
+                return at + static_cast<std::size_t>(std::countr_zero(differ)) / 8;
+            if (at == size - 8)
+                return size;
+        }
+    }
+    if (size >= 4) {
+        for (;; at = size - 4) {
+            if (const std::uint32_t differ = LoadU32(a, at) ^ LoadU32(b, at); differ != 0)
+                return at + static_cast<std::size_t>(std::countr_zero(differ)) / 8;
+            if (at == size - 4)
+                return size;
+        }
+    }
+    while (at < size && a[at] == b[at])
+        ++at;
+    return at;
+}
 
 /// Entries of an index page put back to full length, in order, all in one buffer.
 class EntryList {
@@ -105,6 +133,16 @@ public:
     /// Number of entries before `place`.
     [[nodiscard]] std::size_t Ordinal(std::size_t place) const noexcept;
 
+    /// Calls `take` with the end of each entry, in order.
+    template <typename Take>
+    void ForEachEnd(const Take& take) const
+    {
+        for (std::size_t word = Begin() / 64; 64 * word <= End(); ++word)
+            for (std::uint64_t bits = MaskWord(word); bits != 0; bits &= bits - 1)
+                if (const std::size_t end = 64 * word + static_cast<std::size_t>(std::countr_zero(bits)); end > Begin())
+                    take(end);
+    }
+
     /// The entry's bytes behind the prefix.
     [[nodiscard]] ByteSpan OwnPart(std::size_t place) const noexcept { return OwnPart(place, After(place)); }
     /// The same of one whose end is known.
@@ -169,6 +207,9 @@ public:
     /// Puts behind the last entry, which ends at `used`, one whose own part is `own`. There is room for it.
     void Append(std::size_t used, ByteSpan own);
     void Remove(const IndexPage& view, std::size_t place);
+    /// Leaves the first `prefixSize` bytes out of all entries of `view`, which shows this page, but the first: bytes
+    /// that they share, and more than they leave out now. Throws CorruptPage when they do not.
+    void Pack(const IndexPage& view, std::size_t prefixSize);
     /// Lets the node's entry at `place` of `view`, which shows this page, name another child. The number of the one
     /// until now does not reach into the prefix.
     void SetChild(const IndexPage& view, std::size_t place, PageNumber child);
@@ -176,6 +217,7 @@ public:
 private:
     friend class EntryWriter;
     void SetUsed(std::size_t used);
+    void SetPrefixSize(MutableBytes page, std::size_t size);
     MutablePageRef page_;
     const Format* format_;
 };

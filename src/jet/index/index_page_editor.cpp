@@ -1,3 +1,4 @@
+#include "jet/base/error.h"
 #include "jet/index/index_page.h"
 #include "jet/index/mask_words.h"
 #include "jet/store/bitmap.h"
@@ -89,6 +90,43 @@ void IndexPageEditor::Remove(const IndexPage& view, std::size_t place)
     SetUsed(used - size);
 }
 
+void IndexPageEditor::Pack(const IndexPage& view, std::size_t prefixSize)
+{
+    const Format::IndexPageLayout& layout = format_->indexPage;
+    const std::size_t more = prefixSize - view.Begin();
+    const ByteSpan shared = view.Stored(view.Begin(), more);
+    const MutableBytes page = page_.Data();
+    Byte* const entries = page.data() + layout.entries;
+    Bytes mask(layout.maskSize); // the page's own still tells where the entries are
+    std::size_t place = 0;       // none yet
+    std::size_t packedEnd = 0;
+    view.ForEachEnd([&](std::size_t end) {
+        if (place == 0) {
+            packedEnd = end; // the first stays whole
+        } else {
+            if (end - place <= more || CountShared(view.Stored(place, more), shared) != more)
+                throw CorruptPage(page_.Number(), "the entries of the index are not in order");
+            CopyBytes(entries + packedEnd, entries + place + more, end - place - more);
+            packedEnd += end - place - more;
+        }
+        SetBit(mask, packedEnd);
+        place = end;
+    });
+    std::memset(entries + packedEnd, 0, view.End() - packedEnd);
+    std::ranges::copy(mask, page.begin() + static_cast<std::ptrdiff_t>(layout.mask));
+    SetPrefixSize(page, prefixSize);
+    SetUsed(packedEnd);
+}
+
+void IndexPageEditor::SetPrefixSize(MutableBytes page, std::size_t size)
+{
+    const Format::IndexPageLayout& layout = format_->indexPage;
+    if (layout.prefixLengthSize == 1)
+        page[layout.prefixLength] = static_cast<Byte>(size);
+    else
+        StoreU16(page, layout.prefixLength, static_cast<std::uint16_t>(size));
+}
+
 void IndexPageEditor::SetChild(const IndexPage& view, std::size_t place, PageNumber child)
 {
     const std::size_t end = format_->indexPage.entries + view.After(place);
@@ -101,10 +139,7 @@ EntryWriter::EntryWriter(const MutablePageRef& page, const Format& format, std::
     const Format::IndexPageLayout& layout = format.indexPage;
     const MutableBytes bytes = page.Data();
     std::ranges::fill(bytes.subspan(layout.mask), Byte{0});
-    if (layout.prefixLengthSize == 1)
-        bytes[layout.prefixLength] = static_cast<Byte>(prefixSize);
-    else
-        StoreU16(bytes, layout.prefixLength, static_cast<std::uint16_t>(prefixSize));
+    editor_.SetPrefixSize(bytes, prefixSize);
     mask_ = bytes.subspan(layout.mask, layout.maskSize);
     entries_ = bytes.subspan(layout.entries, layout.room);
 }

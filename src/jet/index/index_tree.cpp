@@ -4,7 +4,6 @@
 
 #include <algorithm>
 #include <cassert>
-#include <cstring>
 #include <utility>
 
 namespace jet {
@@ -19,7 +18,7 @@ void MakeEntry(Bytes& entry, ByteSpan key, RowId row)
 {
     // Mostly of the size that it had: then no byte is moved or cleared first.
     entry.resize(key.size() + kRowPointerSize);
-    std::ranges::copy(key, entry.begin());
+    CopyBytes(entry.data(), key.data(), key.size());
     StoreBigU32(entry, key.size(), row.Pointer());
 }
 
@@ -138,18 +137,14 @@ bool IndexTree::HasNeighbour(const IndexPage& leaf, std::size_t place, ByteSpan 
 
 bool IndexTree::Insert(ByteSpan key, RowId row)
 {
+    if (const Standing standing = StandingOf(key); CanAppend(key, standing, row)) {
+        Append(key, row);
+        return standing.isBehind;
+    }
     MakeEntry(entry_, key, row);
-    // With this limit every node has room for two entries, so that no split can leave a node without one.
-    if (entry_.size() + kChildPointerSize > GetFormat().indexPage.room / 2)
+    if (entry_.size() > MaxEntrySize())
         throw Error(ErrorNumber::RecordTooLarge, {},
                     "Its key in an index would have " + std::to_string(key.size()) + " bytes.");
-
-    assert(greatest_.empty() || lastLeaf_ != 0); // T9
-    const bool isGreater = !greatest_.empty() && CompareBytes(greatest_, entry_) < 0;
-    if (isGreater && AppendToLastLeaf()) {
-        greatest_.swap(entry_);
-        return !IsEntryOf(entry_, key); // the one that was the greatest until now
-    }
     const auto [ref, place] = Find(entry_);
     const IndexPage leaf = View(ref);
     if (place != leaf.End() && leaf.Compare(place, entry_) == 0)
@@ -163,27 +158,55 @@ bool IndexTree::Insert(ByteSpan key, RowId row)
     if (!IndexPageEditor(pager_->Write(leaf.Number()), GetFormat()).Insert(leaf, place, entry_)) {
         guessedLeaf_ = 0;
         InsertRebuilding();
-    } else if (isLast) {
-        lastPrefix_ = leaf.Begin();
-        lastUsed_ = leaf.End() + entry_.size() - leaf.Begin();
     }
-    if (isLast)
+    if (isLast) {
+        const PageRef last = pager_->Read(lastLeaf_);
+        lastPrefix_ = View(last).Begin();
+        lastUsed_ = View(last).End();
         greatest_ = entry_;
+    }
     return isNew;
 }
 
-/// Puts entry_, which is greater than all others, behind them. False, and nothing has changed, when the last leaf is
-/// not known so well, or cannot simply take it.
-bool IndexTree::AppendToLastLeaf()
+/// With this limit every node has room for two entries, so that no split can leave a node without one.
+std::size_t IndexTree::MaxEntrySize() const noexcept
 {
-    if (lastUsed_ == 0 || entry_.size() <= lastPrefix_ ||
-        entry_.size() - lastPrefix_ > GetFormat().indexPage.room - lastUsed_ ||
-        std::memcmp(entry_.data(), greatest_.data(), lastPrefix_) != 0)
+    return GetFormat().indexPage.room / 2 - kChildPointerSize;
+}
+
+IndexTree::Standing IndexTree::StandingOf(ByteSpan key) const noexcept
+{
+    if (greatest_.empty())
+        return {};
+    assert(lastLeaf_ != 0); // T9
+    const ByteSpan last = ByteSpan(greatest_).first(greatest_.size() - kRowPointerSize);
+    const std::size_t shared = CountShared(key, last);
+    // No key is the beginning of another one, so when one of the two ends here, so does the other.
+    if (shared == key.size() || shared == last.size())
+        return {.isLast = key.size() == last.size(), .shared = shared};
+    return {.isBehind = key[shared] > last[shared], .shared = shared};
+}
+
+bool IndexTree::CanAppend(ByteSpan key, const Standing& standing, RowId row) const noexcept
+{
+    const std::size_t size = key.size() + kRowPointerSize;
+    if (lastUsed_ == 0 || size <= lastPrefix_ || size - lastPrefix_ > GetFormat().indexPage.room - lastUsed_ ||
+        size > std::min(MaxEntrySize(), greatest_.capacity()) || !pager_->HasAtHand(lastLeaf_))
         return false;
-    const ByteSpan own = ByteSpan(entry_).subspan(lastPrefix_);
+    if (!standing.isLast)
+        return standing.isBehind && standing.shared >= lastPrefix_;
+    // Of one key the rows count, and the prefix may reach into their pointers.
+    const std::uint32_t last = LoadBigU32(greatest_, key.size());
+    const std::size_t beyond = lastPrefix_ > key.size() ? lastPrefix_ - key.size() : 0;
+    return last < row.Pointer() && (std::uint64_t{last ^ row.Pointer()} << 8 * beyond) >> 32 == 0;
+}
+
+void IndexTree::Append(ByteSpan key, RowId row)
+{
+    MakeEntry(greatest_, key, row);
+    const ByteSpan own = ByteSpan(greatest_).subspan(lastPrefix_);
     IndexPageEditor(pager_->Write(lastLeaf_), GetFormat()).Append(lastUsed_, own);
     lastUsed_ += own.size();
-    return true;
 }
 
 bool IndexTree::Remove(ByteSpan key, RowId row)

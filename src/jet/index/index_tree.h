@@ -57,6 +57,18 @@ public:
     /// Makes `root`, a freshly allocated page, an empty leaf.
     static void MakeEmpty(const MutablePageRef& root, const Format& format, PageNumber definitionPage);
 
+    /// How a key compares with that of the tree's last entry, as far as this is at hand.
+    struct Standing {
+        bool isBehind = false;  ///< it comes behind all keys
+        bool isLast = false;    ///< it is the last key
+        std::size_t shared = 0; ///< how many bytes of its beginning the last key has as well
+    };
+    [[nodiscard]] Standing StandingOf(ByteSpan key) const noexcept;
+    /// Can Append() add the entry: is it greater than all others, with room for it in the last leaf, which is at hand?
+    [[nodiscard]] bool CanAppend(ByteSpan key, const Standing& standing, RowId row) const noexcept;
+    /// Adds an entry, right after CanAppend() has said yes, and cannot fail.
+    void Append(ByteSpan key, RowId row);
+
     /// Adds an entry that is not there yet; true when no other has the same key. Throws RecordTooLarge when the key is
     /// longer than about half a page (nothing has changed then), DatabaseFull.
     bool Insert(ByteSpan key, RowId row);
@@ -87,6 +99,7 @@ private:
 
     [[nodiscard]] const Format& GetFormat() const noexcept { return pager_->GetFormat(); }
     [[nodiscard]] IndexPage View(const PageRef& page) const { return {page, GetFormat()}; }
+    [[nodiscard]] std::size_t MaxEntrySize() const noexcept;
 
     struct Found {
         PageRef leaf;
@@ -99,12 +112,11 @@ private:
     [[nodiscard]] PageRef Descend(ByteSpan wanted, Path* path) const;
     [[nodiscard]] bool HasNeighbour(const IndexPage& leaf, std::size_t place, ByteSpan key) const;
 
-    // Changes of one page (index_tree.cpp).
-    [[nodiscard]] bool AppendToLastLeaf();
-
     // Changes of more than one page (index_tree_change.cpp). A step of `path` is named by its depth; path.size() is
     // that of the leaf.
     void InsertRebuilding();
+    void ExtendLastLeaf(const Path& path, const PageRef& ref);
+    [[nodiscard]] bool PackAndInsert(const PageRef& ref);
     void AddLeaf(const Path& path, const IndexPage& leaf);
     void RemoveLeaf(PageNumber leaf);
     template <typename Entries>

@@ -63,17 +63,43 @@ void IndexTree::InsertRebuilding()
     const PageRef ref = Descend(entry_, &path);
     const IndexPage leaf = View(ref);
     const std::size_t place = leaf.LowerBound(entry_);
-    const bool isLast = place == leaf.End() && leaf.Next() == 0;
-    if (isLast && leaf.Begin() != 0 && !path.empty())
-        return AddLeaf(path, leaf);
+    if (place == leaf.End() && leaf.Next() == 0)
+        return ExtendLastLeaf(path, ref);
     const GrownLeaf entries(ref, GetFormat(), place, entry_);
-    const std::vector<PagePiece> pieces =
-        isLast ? ExtendLastLeaf(leaf, entries, GetFormat()) : CutLeaf(entries, GetFormat());
-    StorePage(path, path.size(), leaf.Number(), 0, entries, pieces);
+    StorePage(path, path.size(), leaf.Number(), 0, entries, CutLeaf(entries, GetFormat()));
 }
 
-/// Makes a leaf of entry_ alone behind `leaf`, the rightmost and not the root. That one is packed and full, and so
-/// stays as it is: what ascending keys meet once for every leaf that they fill looks at no other entry of it.
+/// Puts entry_ behind the entries of `ref`, the rightmost leaf, which has no room for it as it is. That leaf is packed
+/// when it is full for the first time, which its prefix tells, goes on taking entries that share this prefix, and is
+/// then left as it is.
+void IndexTree::ExtendLastLeaf(const Path& path, const PageRef& ref)
+{
+    if (View(ref).Begin() == 0 && PackAndInsert(ref))
+        return;
+    const IndexPage leaf = View(ref);
+    if (!path.empty())
+        return AddLeaf(path, leaf);
+    const GrownLeaf entries(ref, GetFormat(), leaf.End(), entry_);
+    StorePage(path, 0, leaf.Number(), 0, entries, CutOffLast(leaf, entries));
+}
+
+/// Packs the rightmost leaf, which is not, and puts entry_ behind its entries. False when there is no room even so.
+bool IndexTree::PackAndInsert(const PageRef& ref)
+{
+    const IndexPage leaf = View(ref);
+    Bytes first, last;
+    leaf.CopyEntry(leaf.Begin(), first);
+    leaf.CopyEntry(leaf.Before(leaf.End()), last);
+    const std::size_t prefixSize = LongestPrefix(first, last, GetFormat());
+    if (prefixSize == 0)
+        return false;
+    IndexPageEditor editor(pager_->Write(leaf.Number()), GetFormat());
+    editor.Pack(leaf, prefixSize);
+    const IndexPage packed = editor.View();
+    return editor.Insert(packed, packed.End(), entry_);
+}
+
+/// Makes a leaf of entry_ alone behind `leaf`, the rightmost and not the root, which stays as it is.
 void IndexTree::AddLeaf(const Path& path, const IndexPage& leaf)
 {
     Bytes last;

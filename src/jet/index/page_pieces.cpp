@@ -22,12 +22,7 @@ PagePacking Packed(const Format& format, const Entries& entries, std::size_t fir
 {
     if (count == 0)
         return {};
-    // As entries ascend, what the first and the last share, all share.
-    const auto& low = entries[first];
-    const auto& high = entries[first + count - 1];
-    const auto shared = static_cast<std::size_t>(std::ranges::mismatch(low, high).in1 - low.begin());
-    const std::size_t longest = format.indexPage.prefixLengthSize == 1 ? 0xFF : 0xFFFF;
-    const std::size_t prefixSize = std::min({shared, low.size() - 1, high.size() - 1, longest});
+    const std::size_t prefixSize = LongestPrefix(entries[first], entries[first + count - 1], format);
     return {prefixSize, entries.Size(first, count) - (count - 1) * prefixSize};
 }
 
@@ -47,6 +42,12 @@ std::size_t MiddleOf(const GrownLeaf& entries)
 }
 
 } // namespace
+
+std::size_t LongestPrefix(ByteSpan first, ByteSpan last, const Format& format)
+{
+    const std::size_t longest = format.indexPage.prefixLengthSize == 1 ? 0xFF : 0xFFFF;
+    return std::min({CountShared(first, last), first.size() - 1, last.size() - 1, longest});
+}
 
 GrownLeaf::GrownLeaf(const PageRef& leaf, const Format& format, std::size_t place, ByteSpan added)
     : page_(leaf.Bytes().begin(), leaf.Bytes().end()), leaf_(page_, leaf.Number(), format), places_(leaf_.Places()),
@@ -98,20 +99,11 @@ EntryList NodeChildren::Entries() const
     return entries;
 }
 
-std::vector<PagePiece> ExtendLastLeaf(const IndexPage& leaf, const GrownLeaf& entries, const Format& format)
+std::vector<PagePiece> CutOffLast(const IndexPage& leaf, const GrownLeaf& entries)
 {
     const std::size_t old = entries.Count() - 1;
-    const Bytes added = entries[old];
-    // A prefix tells that the page has been full once: it is not packed a second time, nor is it by Access.
-    const PagePacking packing =
-        leaf.Begin() == 0 ? Packed(format, entries, 0, old) : PagePacking{leaf.Begin(), leaf.UsedBytes()};
-    const std::size_t prefixSize = packing.prefixSize;
-    const bool shares = added.size() > prefixSize &&
-                        std::ranges::equal(ByteSpan(entries[0]).first(prefixSize), ByteSpan(added).first(prefixSize));
-    const PagePiece grown{0, old + 1, {prefixSize, packing.usedBytes + added.size() - prefixSize}, 0, added};
-    if (shares && grown.Fits(format))
-        return {grown};
-    return {{0, old, packing, 0, entries[old - 1]}, {old, 1, Unpacked(entries, old, 1), 0, added}};
+    return {{0, old, {leaf.Begin(), leaf.UsedBytes()}, 0, entries[old - 1]},
+            {old, 1, Unpacked(entries, old, 1), 0, entries[old]}};
 }
 
 std::vector<PagePiece> CutLeaf(const GrownLeaf& entries, const Format& format)

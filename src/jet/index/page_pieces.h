@@ -76,11 +76,12 @@ struct PagePiece {
     [[nodiscard]] bool Fits(const Format& format) const noexcept { return packing.usedBytes <= format.indexPage.room; }
 };
 
-/// `leaf`, the rightmost, has no room for the last of `entries`, which are its own and that one. It is packed when it
-/// is full for the first time, goes on taking entries that share its prefix, and is then left as it is; the new leaf
-/// begins unpacked.
-[[nodiscard]] std::vector<PagePiece> ExtendLastLeaf(const IndexPage& leaf, const GrownLeaf& entries,
-                                                    const Format& format);
+/// How many bytes a page leaves out of entries that ascend from `first` to `last`, when it is packed: those that all
+/// share, but at least one byte of each stays.
+[[nodiscard]] std::size_t LongestPrefix(ByteSpan first, ByteSpan last, const Format& format);
+/// `leaf`, the rightmost, has no room for the last of `entries`, which are its own and that one: it stays as it is, and
+/// the new leaf begins unpacked.
+[[nodiscard]] std::vector<PagePiece> CutOffLast(const IndexPage& leaf, const GrownLeaf& entries);
 /// The entries of a leaf with one more somewhere: one page, or two halves, by their bytes. Where an entry at the page's
 /// edge spoils the prefix, so that one half has no room, the cut is the nearest to the middle that leaves room in both.
 [[nodiscard]] std::vector<PagePiece> CutLeaf(const GrownLeaf& entries, const Format& format);

@@ -31,6 +31,12 @@ namespace {
 
 using RowRef = std::pair<Table*, RowId>;
 
+/// Puts the key of `record` into `key`; false when one of its columns is Null, which refers to nothing.
+bool MakeWhole(const KeyMaker& maker, Bytes& key, const Record& record)
+{
+    return !maker.Make(key, record).anyNull;
+}
+
 /// The rows of the child whose key is `key`.
 std::vector<RowId> RowsReferring(const Link& link, ByteSpan key)
 {
@@ -44,8 +50,8 @@ std::vector<RowId> RowsReferring(const Link& link, ByteSpan key)
 /// Gives the referencing columns of `child` the values that the referenced ones have in `parent`.
 void CopyKey(const Link& link, const Record& parent, Record& child)
 {
-    const std::vector<std::size_t>& from = link.parentKeyOfParent.Positions();
-    const std::vector<std::size_t>& to = link.parentKeyOfChild.Positions();
+    const std::vector<std::size_t>& from = link.parentKeyOfParent.Columns();
+    const std::vector<std::size_t>& to = link.parentKeyOfChild.Columns();
     for (std::size_t i = 0; i < to.size(); ++i) {
         if (const std::optional<ByteSpan> value = parent.Stored(from[i]))
             child.SetStored(to[i], *value);
@@ -56,7 +62,7 @@ void CopyKey(const Link& link, const Record& parent, Record& child)
 
 void ClearKey(const Link& link, Record& child)
 {
-    for (const std::size_t position : link.parentKeyOfChild.Positions())
+    for (const std::size_t position : link.parentKeyOfChild.Columns())
         child.SetNull(position);
 }
 
@@ -69,9 +75,23 @@ Error RelatedRecords(const Link& link)
 Error RelatedRecordRequired(const Link& link)
 {
     ErrorSubject subject{.table = link.child->Name(), .relation = link.name};
-    for (const std::size_t position : link.parentKeyOfChild.Positions())
+    for (const std::size_t position : link.parentKeyOfChild.Columns())
         subject.columns.push_back(link.child->Definition().columns[position].name);
     return Error(ErrorNumber::RelatedRecordRequired, {link.parent->Name()}).About(std::move(subject));
+}
+
+/// Does the child refer to the parent by the very bytes of its values? The same key may come of others, too.
+bool HasSameValues(const Link& link, const Record& child, const Record& parent)
+{
+    const std::vector<std::size_t>& ofChild = link.parentKeyOfChild.Columns();
+    const std::vector<std::size_t>& ofParent = link.parentKeyOfParent.Columns();
+    for (std::size_t i = 0; i < ofChild.size(); ++i) {
+        const std::optional<ByteSpan> value = child.Stored(ofChild[i]);
+        const std::optional<ByteSpan> referred = parent.Stored(ofParent[i]);
+        if (!value || !referred || !std::ranges::equal(*value, *referred))
+            return false;
+    }
+    return true;
 }
 
 /// Takes lookups of the links' parents back: their rows are about to change.
@@ -149,7 +169,7 @@ public:
 private:
     void FollowLink(Link& link, const Record& parent)
     {
-        if (!link.childKeyOfParent.Make(key_, parent))
+        if (!MakeWhole(link.childKeyOfParent, key_, parent))
             return;
         for (const RowId row : RowsReferring(link, key_)) {
             if (link.onDelete == DeleteRule::Cascade)
@@ -190,7 +210,7 @@ public:
         }
         for (const auto& [row, change] : changes_)
             for (Link* link : integrity_.links_.Of(*row.first).toChildren)
-                if (link->parentKeyOfParent.Make(key_, change.after))
+                if (MakeWhole(link->parentKeyOfParent, key_, change.after))
                     newKeys_.emplace(link, key_);
         for (const auto& [row, change] : changes_)
             CheckParents(*row.first, change);
@@ -215,10 +235,10 @@ private:
     void FollowLink(Link& link, const Change& parent)
     {
         Bytes newKey;
-        if (!link.childKeyOfParent.Make(key_, parent.before))
+        if (!MakeWhole(link.childKeyOfParent, key_, parent.before))
             return;
         // By keys, not by values: a name that changes its letter case only is the same key.
-        if (link.childKeyOfParent.Make(newKey, parent.after) && newKey == key_)
+        if (MakeWhole(link.childKeyOfParent, newKey, parent.after) && newKey == key_)
             return;
         // A copy, as the parent itself may be among the rows that refer to it, and change here.
         const Record values = parent.after;
@@ -242,9 +262,9 @@ private:
         }
         Change& change = found->second;
         Bytes had, wanted;
-        const bool hadKey = link.parentKeyOfChild.Make(had, change.after);
+        const bool hadKey = MakeWhole(link.parentKeyOfChild, had, change.after);
         CopyKey(link, parent, change.after);
-        if (link.parentKeyOfChild.Make(wanted, change.after) == hadKey && had == wanted)
+        if (MakeWhole(link.parentKeyOfChild, wanted, change.after) == hadKey && had == wanted)
             return;
         // Several relations over the same columns may pass a value round and round between them.
         if (++change.times > kMaxIndexColumns)
@@ -255,8 +275,8 @@ private:
     void CheckParents(Table& table, const Change& change)
     {
         for (Link* link : integrity_.links_.Of(table).toParents) {
-            const bool hadParent = link->parentKeyOfChild.Make(otherKey_, change.before);
-            if (!link->parentKeyOfChild.Make(key_, change.after) || (hadParent && key_ == otherKey_))
+            const bool hadParent = MakeWhole(link->parentKeyOfChild, otherKey_, change.before);
+            if (!MakeWhole(link->parentKeyOfChild, key_, change.after) || (hadParent && key_ == otherKey_))
                 continue;
             if (!newKeys_.contains({link, key_}) && !integrity_.HasParent(*link, table, change.after))
                 throw RelatedRecordRequired(*link);
@@ -281,26 +301,34 @@ void ReferentialIntegrity::RemovePending(const PendingRecord& record) noexcept
     std::erase(pending_, &record);
 }
 
-/// Looks for key_ among the keys that pending records have been given: of the last one begun first, as the parts of a
-/// whole are saved while that waits.
-bool ReferentialIntegrity::IsPendingKey(const Link& link)
+/// Asks `isParent` of the values of each pending record of the link's parent until it says yes: of the last one begun
+/// first, as the parts of a whole are saved while that waits.
+template <typename IsParent>
+bool ReferentialIntegrity::AnyPending(const Link& link, const IsParent& isParent) const
 {
     return std::any_of(pending_.rbegin(), pending_.rend(), [&](PendingRecord* pending) {
-        return &pending->PendingTable() == link.parent &&
-               link.parentKeyOfParent.Make(otherKey_, pending->PendingValues()) && otherKey_ == key_;
+        return &pending->PendingTable() == link.parent && isParent(pending->PendingValues());
     });
 }
 
 bool ReferentialIntegrity::HasParent(Link& link, const Table& table, const Record& record)
 {
-    if (!link.parentKeyOfChild.Make(key_, record) || key_ == link.lastFound || IsPendingKey(link))
+    // The usual case takes no key.
+    if (AnyPending(link, [&](const Record& parent) { return HasSameValues(link, record, parent); }))
+        return true;
+    if (!MakeWhole(link.parentKeyOfChild, key_, record) || key_ == link.lastFound)
+        return true;
+    const auto hasKey = [&](const Record& parent) {
+        return MakeWhole(link.parentKeyOfParent, otherKey_, parent) && otherKey_ == key_;
+    };
+    if (AnyPending(link, hasKey))
         return true;
     if (link.parent->Tree(link.parentIndex).Contains(key_)) {
         link.lastFound = key_;
         return true;
     }
     // A row may refer to itself.
-    return &table == link.parent && link.parentKeyOfParent.Make(otherKey_, record) && otherKey_ == key_;
+    return &table == link.parent && hasKey(record);
 }
 
 void ReferentialIntegrity::BeforeInsert(Table& table, const Record& record)

@@ -48,7 +48,8 @@ private:
     class Suspension;
 
     [[nodiscard]] bool HasParent(Link& link, const Table& table, const Record& record);
-    [[nodiscard]] bool IsPendingKey(const Link& link);
+    template <typename IsParent>
+    [[nodiscard]] bool AnyPending(const Link& link, const IsParent& isParent) const;
     [[nodiscard]] bool MayRefuseDelete(Table& table);
 
     LinkCache links_;

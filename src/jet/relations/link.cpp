@@ -30,45 +30,12 @@ bool SameTypes(const Table& table, const RealIndex& index, const Table& other, c
 
 KeyMaker Foreign(const Table& index, const RealIndex& real, const Table& values, const RealIndex& valuesIndex)
 {
-    KeyMaker maker(index, real.columns);
-    maker.ReadFrom(values, NumbersOf(valuesIndex));
+    KeyMaker maker(index.Definition(), real.columns);
+    maker.ReadFrom(values.Definition(), NumbersOf(valuesIndex));
     return maker;
 }
 
 } // namespace
-
-KeyMaker::KeyMaker(const Table& table, const std::vector<IndexColumn>& columns) : format_(table.Definition().format)
-{
-    for (const IndexColumn& column : columns) {
-        const std::size_t position = table.Definition().ColumnByNumber(column.column).value();
-        const Column& described = table.Definition().columns[position];
-        columns_.push_back({described.type, column.order, described.collation});
-        positions_.push_back(position);
-    }
-}
-
-void KeyMaker::ReadFrom(const Table& table, const std::vector<std::uint16_t>& numbers)
-{
-    positions_.clear();
-    for (const std::uint16_t number : numbers)
-        positions_.push_back(table.Definition().ColumnByNumber(number).value());
-}
-
-/// A Null in one of the columns makes that the row refers to nothing. A boolean is never Null: none stored is False.
-bool KeyMaker::Make(Bytes& key, const Record& record) const
-{
-    static constexpr Byte kFalse[] = {0};
-    key.clear();
-    for (std::size_t i = 0; i < columns_.size(); ++i) {
-        std::optional<ByteSpan> stored = record.Stored(positions_[i]);
-        if (!stored && columns_[i].type == ColumnType::Boolean)
-            stored = ByteSpan(kFalse);
-        if (!stored)
-            return false;
-        AppendKey(key, *format_, columns_[i], stored);
-    }
-    return true;
-}
 
 /// Both sides of a relation lead to the same link. What the definitions say of each other is checked here, once: from a
 /// damaged file the two may not fit.
@@ -90,10 +57,10 @@ Link* LinkCache::LinkOf(Table& child, const LogicalIndex& entry)
                         entry.name,
                         entry.realIndex,
                         partner->realIndex,
-                        KeyMaker(child, childIndex.columns),
+                        KeyMaker(child.Definition(), childIndex.columns),
                         Foreign(child, childIndex, parent, parentIndex),
                         Foreign(parent, parentIndex, child, childIndex),
-                        KeyMaker(parent, parentIndex.columns),
+                        KeyMaker(parent.Definition(), parentIndex.columns),
                         entry.cascadeUpdates,
                         entry.onDelete,
                         {}});

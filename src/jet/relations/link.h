@@ -1,7 +1,7 @@
 #pragma once
 
 #include "jet/catalog/catalog.h"
-#include "jet/index/index_key.h"
+#include "jet/table/key_plan.h"
 #include "jet/table/table.h"
 
 #include <cstdint>
@@ -13,27 +13,6 @@
 #include <vector>
 
 namespace jet {
-
-/// Makes the keys of one index out of records of its own table, or of those of the table on the other side of a
-/// relation.
-class KeyMaker {
-public:
-    /// `columns` are those of an index of `table`; values are read from records of `table`.
-    KeyMaker(const Table& table, const std::vector<IndexColumn>& columns);
-
-    /// Values come from records of `table`, its columns `numbers`, from now on.
-    void ReadFrom(const Table& table, const std::vector<std::uint16_t>& numbers);
-
-    /// Puts the key into `key`; false when one of its columns is Null, which refers to nothing.
-    [[nodiscard]] bool Make(Bytes& key, const Record& record) const;
-    /// Where the values stand in the record.
-    [[nodiscard]] const std::vector<std::size_t>& Positions() const noexcept { return positions_; }
-
-private:
-    const Format* format_;
-    std::vector<KeyColumn> columns_;
-    std::vector<std::size_t> positions_;
-};
 
 /// One enforced relation with what looking up its keys takes. Valid as long as no definition changes.
 struct Link {

@@ -85,13 +85,13 @@ void CheckNameAndLimits(Catalog& catalog, const Sides& sides, const RelationSpec
 void CheckRows(const Sides& sides)
 {
     const RealIndex& parentIndex = sides.parent->Definition().realIndexes[sides.parentIndex];
-    KeyMaker parentKeys(*sides.parent, parentIndex.columns);
-    parentKeys.ReadFrom(*sides.child, sides.childColumns);
+    KeyMaker parentKeys(sides.parent->Definition(), parentIndex.columns);
+    parentKeys.ReadFrom(sides.child->Definition(), sides.childColumns);
     Record record;
     Bytes key, lastFound;
     for (auto row = sides.child->NextRow(std::nullopt); row; row = sides.child->NextRow(row)) {
         sides.child->Read(*row, record);
-        if (!parentKeys.Make(key, record) || key == lastFound)
+        if (parentKeys.Make(key, record).anyNull || key == lastFound)
             continue;
         if (!sides.parent->Tree(sides.parentIndex).Contains(key))
             throw Error(ErrorNumber::DataViolatesRelation, {sides.child->Name(), sides.parent->Name()});

@@ -147,6 +147,8 @@ public:
     [[nodiscard]] PageRef Read(PageNumber page) { return PageRef(Fetch(page)); }
     /// The same, to be changed.
     [[nodiscard]] MutablePageRef Write(PageNumber page) { return MutablePageRef(Fetch(page)); }
+    /// Is the page in memory? It stays there until another one is read or made.
+    [[nodiscard]] bool Holds(PageNumber page) const noexcept { return page < table_.size() && table_[page] != nullptr; }
     /// `page`, all zero whatever the file holds there; the file grows when the page lies behind its end.
     [[nodiscard]] MutablePageRef Fresh(PageNumber page);
 
@@ -174,6 +176,7 @@ public:
     void Fail(std::exception_ptr reason) noexcept;
     /// Throws what Fail() was first given.
     void ThrowIfFailed() const;
+    [[nodiscard]] bool HasFailed() const noexcept { return static_cast<bool>(failure_); }
 
 private:
     Frame* Fetch(PageNumber page)

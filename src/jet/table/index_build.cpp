@@ -7,8 +7,7 @@ namespace jet {
 
 void IndexBuild::Add(const Record& record, RowId row)
 {
-    key_.clear();
-    const KeyFacts facts = plan_.Append(key_, record);
+    const KeyFacts facts = plan_.Make(key_, record);
     if (plan_.IsRequired() && facts.anyNull)
         throw Error(ErrorNumber::NullInPrimaryKey);
     if (!plan_.LeavesOut(facts))

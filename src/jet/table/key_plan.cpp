@@ -2,20 +2,37 @@
 
 namespace jet {
 
-KeyPlan::KeyPlan(const TableDef& def, const RealIndex& index) : format_(def.format), flags_(index.flags)
+KeyMaker::KeyMaker(const TableDef& def, const std::vector<IndexColumn>& columns) : format_(def.format)
 {
-    for (const IndexColumn& part : index.columns) {
+    for (const IndexColumn& part : columns) {
         const std::size_t position = def.ColumnByNumber(part.column).value();
         const Column& column = def.columns[position];
         columns_.push_back(position);
         kinds_.push_back({.type = column.type, .order = part.order, .collation = column.collation});
     }
+    isNumber_ = kinds_.size() == 1 && kinds_[0].type == ColumnType::Long && kinds_[0].order == SortOrder::Ascending;
 }
 
-KeyFacts KeyPlan::Append(Bytes& key, const Record& record) const
+void KeyMaker::ReadFrom(const TableDef& def, const std::vector<std::uint16_t>& numbers)
+{
+    columns_.clear();
+    for (const std::uint16_t number : numbers)
+        columns_.push_back(def.ColumnByNumber(number).value());
+}
+
+KeyFacts KeyMaker::Make(Bytes& key, const Record& record) const
 {
     static constexpr Byte kFalse[] = {0};
     KeyFacts facts;
+    if (isNumber_) {
+        const std::optional<ByteSpan> number = record.Stored(columns_[0]);
+        if (number && number->size() == sizeof(std::int32_t)) {
+            key.resize(kNumberKeySize);
+            StoreNumberKey(key.data(), *number);
+            return {.anyNull = false, .allNull = false};
+        }
+    }
+    key.clear();
     for (std::size_t i = 0; i < columns_.size(); ++i) {
         std::optional<ByteSpan> stored = record.Stored(columns_[i]);
         // A boolean has no Null: one that nobody has set is False, in the key as in the row.

@@ -3,7 +3,6 @@
 #include "jet/table/record.h"
 #include "jet/table/table_def.h"
 
-#include <span>
 #include <vector>
 
 namespace jet {
@@ -14,13 +13,31 @@ struct KeyFacts {
     bool allNull = true;
 };
 
-/// How the keys of one real index are made from records, its columns looked up once.
-class KeyPlan {
+/// Makes the keys of one index out of records of its own table, or of those of the table on the other side of a
+/// relation; its columns looked up once.
+class KeyMaker {
 public:
-    KeyPlan(const TableDef& def, const RealIndex& index);
+    /// `columns` are those of an index of the table; values are read from its records.
+    KeyMaker(const TableDef& def, const std::vector<IndexColumn>& columns);
+    /// Values come from records of another table, its columns `numbers`, from now on.
+    void ReadFrom(const TableDef& def, const std::vector<std::uint16_t>& numbers);
 
-    /// Appends the key of `record` to `key`. Throws Error when a text column has a sort order that cannot be encoded.
-    KeyFacts Append(Bytes& key, const Record& record) const;
+    /// Puts the key of `record` into `key`. Throws Error when a text column has a sort order that cannot be encoded.
+    KeyFacts Make(Bytes& key, const Record& record) const;
+    /// Column indexes in the records that values are read from, in the order of the key.
+    [[nodiscard]] const std::vector<std::size_t>& Columns() const noexcept { return columns_; }
+
+private:
+    const Format* format_;
+    bool isNumber_ = false; ///< one column, a whole number, ascending
+    std::vector<std::size_t> columns_;
+    std::vector<KeyColumn> kinds_; ///< parallel to columns_
+};
+
+/// The keys of one real index, and what it asks of them.
+class KeyPlan : public KeyMaker {
+public:
+    KeyPlan(const TableDef& def, const RealIndex& index) : KeyMaker(def, index.columns), flags_(index.flags) {}
 
     [[nodiscard]] bool IsUnique() const noexcept { return flags_ & index_flags::kUnique; }
     [[nodiscard]] bool IsRequired() const noexcept { return flags_ & index_flags::kRequired; }
@@ -31,14 +48,9 @@ public:
     }
     /// Must no other record have the same key? Records all of whose key columns are Null do not count as duplicates.
     [[nodiscard]] bool MustBeUnique(KeyFacts facts) const noexcept { return IsUnique() && !facts.allNull; }
-    /// Column indexes, in the order of the key.
-    [[nodiscard]] std::span<const std::size_t> Columns() const noexcept { return columns_; }
 
 private:
-    const Format* format_;
     Byte flags_;
-    std::vector<std::size_t> columns_;
-    std::vector<KeyColumn> kinds_; ///< parallel to columns_
 };
 
 } // namespace jet

@@ -28,6 +28,8 @@ public:
     /// A value that was to stand in the row leaves it after all.
     void MoveOut(std::size_t column, const Column& kind, const Format& format, ByteSpan stored, RowField& field);
     [[nodiscard]] bool IsKept(std::size_t column) const { return kept_[column]; }
+    /// Is there something to Write()?
+    [[nodiscard]] bool AnyOutside() const noexcept { return !outside_.empty(); }
 
     /// Writes what stands outside the row, and with that its fields are true. `stores`: by column index.
     void Write(std::span<const std::unique_ptr<LongValues>> stores);

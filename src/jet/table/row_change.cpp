@@ -25,7 +25,10 @@
 ///      place, and does the second for what is old.
 ///  R6  The row's size is known before anything is written: a long value with a record of its own takes twelve bytes of
 ///      the row, whatever they will say.
-///  R7  A hook may change further rows of the same table before a change goes on: each change under way has its own
+///  R7  A record that takes only what lies at hand, the end of a page with room and of the last leaf of each index, is
+///  put
+///      in without a step that can fail: so no savepoint is needed around it.
+///  R8  A hook may change further rows of the same table before a change goes on: each change under way has its own
 ///      scratch, and the row is compared with what was read before it is touched.
 namespace jet {
 
@@ -90,36 +93,45 @@ void Table::RowChange::CheckUpdate(const Record& record)
 /// so the row's size is known before anything is changed.
 void Table::RowChange::PrepareFields(const Record& record, bool isUpdate)
 {
-    const std::vector<Column>& columns = table_.def_.columns;
-    scratch_.fields.assign(columns.size(), RowField{});
-    scratch_.longFields.Begin(columns.size());
-    for (std::size_t i = 0; i < columns.size(); ++i) {
+    const RowLayout& layout = parts_.layout;
+    const std::span<const FieldKind> kinds = layout.Kinds();
+    scratch_.fields.resize(kinds.size());
+    if (layout.HasLongValues())
+        scratch_.longFields.Begin(kinds.size());
+    std::size_t variableBytes = 0;
+    for (std::size_t i = 0; i < kinds.size(); ++i) {
         const std::optional<ByteSpan> stored = record.Stored(i);
         RowField& field = scratch_.fields[i];
-        if (columns[i].type == ColumnType::Boolean) {
+        field = {};
+        if (kinds[i] == FieldKind::Boolean) {
             field.isSet = stored && !stored->empty() && (*stored)[0] != 0;
-            continue;
+        } else if (!stored) {
+            CheckMayBeNull(i, isUpdate);
+        } else {
+            field.isSet = true;
+            if (kinds[i] == FieldKind::LongValue)
+                PrepareLongValue(i, record, *stored, isUpdate);
+            else
+                field.bytes = *stored;
+            variableBytes += kinds[i] == FieldKind::Fixed ? 0 : field.Size();
         }
-        if (!stored) {
-            // A Null that has been there from before the rule stays.
-            if (columns[i].rules.required && !(isUpdate && scratch_.before.IsNull(i)))
-                throw Error(ErrorNumber::FieldRequired, {columns[i].name})
-                    .About({.table = table_.name_, .columns = {columns[i].name}});
-            continue;
-        }
-        field.isSet = true;
-        if (IsLongValue(columns[i].type))
-            PrepareLongValue(i, record, *stored, isUpdate);
-        else
-            field.bytes = *stored;
     }
-    size_ = parts_.layout.Measure(scratch_.fields);
+    size_ = layout.Measure(variableBytes);
     if (size_ <= table_.def_.format->maxRecordSize)
         return;
     for (const std::size_t column : LongValuesToMoveOut(parts_.layout, table_.def_, scratch_.fields))
-        scratch_.longFields.MoveOut(column, columns[column], *table_.def_.format, record.Stored(column).value(),
-                                    scratch_.fields[column]);
+        scratch_.longFields.MoveOut(column, table_.def_.columns[column], *table_.def_.format,
+                                    record.Stored(column).value(), scratch_.fields[column]);
     size_ = parts_.layout.Measure(scratch_.fields);
+}
+
+/// Throws FieldRequired, unless a Null has been there from before the rule: then it stays.
+void Table::RowChange::CheckMayBeNull(std::size_t column, bool isUpdate) const
+{
+    const Column& described = table_.def_.columns[column];
+    if (described.rules.required && !(isUpdate && scratch_.before.IsNull(column)))
+        throw Error(ErrorNumber::FieldRequired, {described.name})
+            .About({.table = table_.name_, .columns = {described.name}});
 }
 
 void Table::RowChange::PrepareLongValue(std::size_t column, const Record& record, ByteSpan stored, bool isUpdate)
@@ -140,19 +152,19 @@ void Table::RowChange::MakeKeys(const Record& record, std::vector<Key>& keys) co
     keys.resize(parts_.keyPlans.size());
     for (std::size_t i = 0; i < keys.size(); ++i) {
         const KeyPlan& plan = parts_.keyPlans[i];
-        keys[i].bytes.clear();
-        keys[i].facts = plan.Append(keys[i].bytes, record);
+        keys[i].facts = plan.Make(keys[i].bytes, record);
         keys[i].inIndex = !plan.LeavesOut(keys[i].facts);
     }
 }
 
-void Table::RowChange::CheckKey(std::size_t index, const Key& key) const
+void Table::RowChange::CheckKey(std::size_t index, Key& key) const
 {
     const KeyPlan& plan = parts_.keyPlans[index];
     if (plan.IsRequired() && key.facts.anyNull)
         throw Error(ErrorNumber::NullInPrimaryKey).About(IndexAsSubject(index));
+    key.standing = parts_.trees[index]->StandingOf(key.bytes);
     // Of an update only changed keys come here, so the row's own entry is never in the way.
-    if (plan.MustBeUnique(key.facts) && parts_.trees[index]->Contains(key.bytes))
+    if (!key.standing.isBehind && plan.MustBeUnique(key.facts) && parts_.trees[index]->Contains(key.bytes))
         throw Error(ErrorNumber::DuplicateKey).About(IndexAsSubject(index));
 }
 
@@ -177,6 +189,36 @@ bool Table::RowChange::KeyChanges(std::size_t index) const
     return old.inIndex != now.inIndex || old.bytes != now.bytes;
 }
 
+bool Table::RowChange::CanAppend() const
+{
+    if (scratch_.longFields.AnyOutside() || !table_.pager_->HasAtHand(table_.def_.pages.front()))
+        return false;
+    const std::optional<RowId> place = parts_.rows.PlaceAtHand(size_);
+    if (!place)
+        return false;
+    for (std::size_t i = 0; i < scratch_.keys.size(); ++i) {
+        const Key& key = scratch_.keys[i];
+        if (key.inIndex && !parts_.trees[i]->CanAppend(key.bytes, key.standing, *place))
+            return false;
+    }
+    return true;
+}
+
+RowId Table::RowChange::Append(const Record& record)
+{
+    const RowStore::Room room = parts_.rows.InsertAtHand(size_);
+    parts_.layout.Encode(scratch_.fields, room.bytes);
+    for (std::size_t i = 0; i < scratch_.keys.size(); ++i) {
+        const Key& key = scratch_.keys[i];
+        if (!key.inIndex)
+            continue;
+        parts_.trees[i]->Append(key.bytes, room.at);
+        table_.def_.realIndexes[i].distinctKeys += key.standing.isBehind ? 1 : 0;
+    }
+    CountRow(record);
+    return room.at;
+}
+
 RowId Table::RowChange::Insert(const Record& record)
 {
     scratch_.longFields.Write(parts_.longValues);
@@ -189,10 +231,16 @@ RowId Table::RowChange::Insert(const Record& record)
     }
     for (std::size_t i = 0; i < scratch_.keys.size(); ++i)
         InsertKey(i, row);
+    CountRow(record);
+    return row;
+}
+
+/// Counts a row that is new (R3).
+void Table::RowChange::CountRow(const Record& record)
+{
     ++table_.def_.rowCount;
     RaiseAutonumber(record);
     table_.StoreCounters();
-    return row;
 }
 
 void Table::RowChange::Update(RowId row, const Record& record)
@@ -264,13 +312,18 @@ void Table::RowChange::RaiseAutonumber(const Record& record)
         table_.def_.lastAutonumber = LoadU32(*stored, 0);
 }
 
-RowId Table::Insert(const Record& record)
+RowId Table::Insert(const Record& record, ChangeGuard* guard)
 {
-    ++rowChanges_;
+    const std::uint64_t changes = ++rowChanges_;
     RowChange change(*this);
     change.CheckInsert(record);
     if (hook_ != nullptr)
         hook_->BeforeInsert(*this, record);
+    // What was looked at before the hook counts only if that has changed nothing here.
+    if (changes == rowChanges_ && change.CanAppend())
+        return change.Append(record);
+    if (guard != nullptr)
+        guard->Begin();
     return change.Insert(record);
 }
 

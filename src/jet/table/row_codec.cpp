@@ -13,8 +13,18 @@ namespace {
 
 /// When a row moves, its place has to hold a pointer.
 constexpr std::size_t kMinRowSize = kRowPointerSize;
+constexpr std::size_t kBitsAtOnce = 64;
 constexpr std::size_t kJumpUnit = 256;
 constexpr Byte kJumpFiller = 0xFF;
+
+FieldKind KindOf(const Column& column)
+{
+    if (column.type == ColumnType::Boolean)
+        return FieldKind::Boolean;
+    if (column.IsFixed())
+        return FieldKind::Fixed;
+    return IsLongValue(column.type) ? FieldKind::LongValue : FieldKind::Variable;
+}
 
 std::size_t LoadNumber(ByteSpan row, std::size_t at, JetVersion version)
 {
@@ -36,31 +46,26 @@ RowLayout::RowLayout(const TableDef& def)
       maskSize_((fieldCount_ + 7) / 8), variable_(def.variableColumnsEver, kNoColumn)
 {
     std::size_t fixedSize = 0;
+    std::size_t filled = 0;
     for (std::size_t i = 0; i < def.columns.size(); ++i) {
         const Column& column = def.columns[i];
         numbers_.push_back(column.number);
+        kinds_.push_back(KindOf(column));
+        hasLongValues_ |= IsLongValue(column.type);
         if (!column.IsFixed()) {
             variable_[column.variableIndex] = i;
         } else if (column.type != ColumnType::Boolean) {
             const Byte filler = column.type == ColumnType::Text ? Byte{' '} : Byte{0};
             fixed_.push_back({i, column.fixedOffset, column.FixedSize(), filler});
             fixedSize = std::max(fixedSize, column.fixedOffset + column.FixedSize());
+            filled += column.FixedSize();
         }
     }
     fixedEnd_ = numberSize_ + fixedSize;
     // Rows of hardly more than booleans: the fixed area is made longer.
     if (variable_.empty() && fixedEnd_ + maskSize_ < kMinRowSize)
         fixedEnd_ = kMinRowSize - maskSize_;
-}
-
-std::size_t RowLayout::VariableBytes(std::span<const RowField> fields) const
-{
-    std::size_t size = 0;
-    for (const std::size_t column : variable_) {
-        if (column != kNoColumn && fields[column].isSet)
-            size += fields[column].Size();
-    }
-    return size;
+    hasGaps_ = numberSize_ + filled != fixedEnd_;
 }
 
 /// The table's own bytes count: one more jump may be what makes the next one necessary.
@@ -74,14 +79,24 @@ std::size_t RowLayout::JumpTableSize(std::size_t sizeWithout) const
     return jumps;
 }
 
-std::size_t RowLayout::Measure(std::span<const RowField> fields) const
+std::size_t RowLayout::Measure(std::size_t variableBytes) const
 {
     std::size_t size = fixedEnd_ + maskSize_;
     if (!variable_.empty()) {
-        size += VariableBytes(fields) + (variable_.size() + 2) * numberSize_;
+        size += variableBytes + (variable_.size() + 2) * numberSize_;
         size += JumpTableSize(size);
     }
     return size;
+}
+
+std::size_t RowLayout::Measure(std::span<const RowField> fields) const
+{
+    std::size_t variableBytes = 0;
+    for (const std::size_t column : variable_) {
+        if (column != kNoColumn && fields[column].isSet)
+            variableBytes += fields[column].Size();
+    }
+    return Measure(variableBytes);
 }
 
 void RowLayout::Encode(std::span<const RowField> fields, MutableBytes row) const
@@ -97,67 +112,80 @@ void RowLayout::Encode(std::span<const RowField> fields, MutableBytes row) const
 /// of a deleted row comes back to light.
 void RowLayout::EncodeFixed(std::span<const RowField> fields, MutableBytes row) const
 {
-    std::memset(row.data() + numberSize_, 0, fixedEnd_ - numberSize_);
+    if (hasGaps_)
+        std::memset(row.data() + numberSize_, 0, fixedEnd_ - numberSize_);
     for (const Fixed& fixed : fixed_) {
         const RowField& field = fields[fixed.column];
+        Byte* const at = row.data() + numberSize_ + fixed.offset;
         if (!field.isSet)
-            continue;
-        const std::size_t at = numberSize_ + fixed.offset;
-        const std::size_t size = std::min(field.bytes.size(), fixed.size);
-        if (size != 0)
-            std::memcpy(row.data() + at, field.bytes.data(), size);
-        if (fixed.filler != 0 && size < fixed.size) {
-            const std::size_t unit = version_ == JetVersion::Jet3 ? 1 : 2;
-            for (std::size_t i = size; i + unit <= fixed.size; i += unit)
-                row[at + i] = fixed.filler;
-        }
+            std::memset(at, 0, fixed.size);
+        else if (field.bytes.size() == fixed.size)
+            CopyBytes(at, field.bytes.data(), fixed.size);
+        else
+            FillFixed(fixed, field.bytes, at);
+    }
+}
+
+/// A value that is not as long as its column.
+void RowLayout::FillFixed(const Fixed& fixed, ByteSpan value, Byte* at) const
+{
+    const std::size_t size = std::min(value.size(), fixed.size);
+    CopyBytes(at, value.data(), size);
+    std::memset(at + size, 0, fixed.size - size);
+    if (fixed.filler != 0) {
+        const std::size_t unit = version_ == JetVersion::Jet3 ? 1 : 2;
+        for (std::size_t i = size; i + unit <= fixed.size; i += unit)
+            at[i] = fixed.filler;
     }
 }
 
 void RowLayout::EncodeVariable(std::span<const RowField> fields, MutableBytes row) const
 {
-    const std::size_t count = variable_.size();
+    // In locals, as for all that the compiler knows each byte that is written may be one of this object's.
+    const std::span<const std::size_t> columns = variable_;
+    const JetVersion version = version_;
+    const std::size_t numberSize = numberSize_;
     // Readers begin at the end of a row, where the mask is as long as the number of fields says, and go backwards.
-    const std::size_t numberAt = row.size() - maskSize_ - numberSize_;
-    StoreNumber(row, numberAt, count, version_);
-    std::size_t jumps = 0;
-    if (version_ == JetVersion::Jet3) {
-        jumps = (row.size() - 1) / kJumpUnit;
+    const std::size_t numberAt = row.size() - maskSize_ - numberSize;
+    StoreNumber(row, numberAt, columns.size(), version);
+    const std::size_t jumps = version == JetVersion::Jet3 ? (row.size() - 1) / kJumpUnit : 0;
+    if (jumps != 0)
         std::memset(row.data() + numberAt - jumps, kJumpFiller, jumps);
-    }
-    const std::size_t offsetsEnd = numberAt - jumps;
-    std::size_t at = fixedEnd_;
     std::size_t jumped = 0;
-    const auto storeOffset = [&](std::size_t entry) {
-        if (version_ == JetVersion::Jet3) {
-            for (; jumped < jumps && at >= kJumpUnit * (jumped + 1); ++jumped)
-                row[numberAt - 1 - jumped] = static_cast<Byte>(entry);
-        }
-        StoreNumber(row, offsetsEnd - (entry + 1) * numberSize_, at, version_);
-    };
-    for (std::size_t i = 0; i < count; ++i) {
-        storeOffset(i);
-        if (variable_[i] == kNoColumn || !fields[variable_[i]].isSet)
+    std::size_t offsetAt = numberAt - jumps;
+    std::size_t at = fixedEnd_;
+    for (std::size_t entry = 0;; ++entry) {
+        for (; jumped < jumps && at >= kJumpUnit * (jumped + 1); ++jumped)
+            row[numberAt - 1 - jumped] = static_cast<Byte>(entry);
+        offsetAt -= numberSize;
+        StoreNumber(row, offsetAt, at, version);
+        if (entry == columns.size())
+            break;
+        if (columns[entry] == kNoColumn || !fields[columns[entry]].isSet)
             continue;
-        const RowField& field = fields[variable_[i]];
-        for (const ByteSpan part : {field.head, field.bytes}) {
-            if (!part.empty())
-                std::memcpy(row.data() + at, part.data(), part.size());
-            at += part.size();
-        }
+        const RowField& field = fields[columns[entry]];
+        CopyBytes(row.data() + at, field.head.data(), field.head.size());
+        at += field.head.size();
+        CopyBytes(row.data() + at, field.bytes.data(), field.bytes.size());
+        at += field.bytes.size();
     }
-    storeOffset(count);
-    assert(at + (count + 1) * numberSize_ == offsetsEnd);
+    assert(at == offsetAt);
 }
 
 void RowLayout::EncodeMask(std::span<const RowField> fields, MutableBytes row) const
 {
-    Byte* mask = row.data() + row.size() - maskSize_;
-    std::memset(mask, 0, maskSize_);
+    const MutableBytes mask = row.last(maskSize_);
+    std::uint64_t first = 0; // the bits of the first 64 fields
+    if (mask.size() > sizeof first)
+        std::memset(mask.data(), 0, mask.size());
     for (std::size_t i = 0; i < numbers_.size(); ++i) {
-        if (fields[i].isSet)
+        if (numbers_[i] < kBitsAtOnce)
+            first |= std::uint64_t{fields[i].isSet} << numbers_[i];
+        else if (fields[i].isSet)
             mask[numbers_[i] >> 3] |= static_cast<Byte>(1u << (numbers_[i] & 7));
     }
+    for (std::size_t i = 0; i < std::min(mask.size(), sizeof first); ++i)
+        mask[i] = static_cast<Byte>(first >> 8 * i);
 }
 
 RowView::RowView(ByteSpan row, const TableDef& def, PageNumber page)

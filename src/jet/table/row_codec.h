@@ -22,6 +22,14 @@ struct RowField {
     void Shrink() noexcept { bytes = head.empty() ? bytes.first(kLongValueHeaderSize) : ByteSpan(); }
 };
 
+/// How a column's values stand in the rows of its table.
+enum class FieldKind : Byte {
+    Boolean, ///< as a bit of the null mask
+    Fixed,
+    Variable,
+    LongValue,
+};
+
 /// How the fields of one table become a row. Made once per state of the definition.
 ///
 ///   Jet 4: u16 field count · fixed area · variable data · u16 offsets, last first · u16 variable fields · null mask
@@ -34,8 +42,13 @@ class RowLayout {
 public:
     explicit RowLayout(const TableDef& def);
 
+    /// By column index.
+    [[nodiscard]] std::span<const FieldKind> Kinds() const noexcept { return kinds_; }
+    [[nodiscard]] bool HasLongValues() const noexcept { return hasLongValues_; }
     /// Bytes of the row of these fields, given by column index. Only their sizes are looked at.
     [[nodiscard]] std::size_t Measure(std::span<const RowField> fields) const;
+    /// The same, when the fields that are neither fixed nor booleans have so many bytes.
+    [[nodiscard]] std::size_t Measure(std::size_t variableBytes) const;
     /// Writes the row; `row` has exactly Measure() bytes, none of which belongs to a field. A fixed text or binary
     /// field that is shorter than its column is filled up with blanks or zeros.
     void Encode(std::span<const RowField> fields, MutableBytes row) const;
@@ -49,9 +62,9 @@ private:
     };
     static constexpr std::size_t kNoColumn = ~std::size_t{0};
 
-    [[nodiscard]] std::size_t VariableBytes(std::span<const RowField> fields) const;
     [[nodiscard]] std::size_t JumpTableSize(std::size_t sizeWithout) const;
     void EncodeFixed(std::span<const RowField> fields, MutableBytes row) const;
+    void FillFixed(const Fixed& fixed, ByteSpan value, Byte* at) const;
     void EncodeVariable(std::span<const RowField> fields, MutableBytes row) const;
     void EncodeMask(std::span<const RowField> fields, MutableBytes row) const;
 
@@ -60,6 +73,9 @@ private:
     std::size_t fieldCount_;
     std::size_t fixedEnd_; ///< from the start of the row
     std::size_t maskSize_;
+    bool hasLongValues_ = false;
+    bool hasGaps_ = false; ///< between the fixed fields or behind them
+    std::vector<FieldKind> kinds_;
     std::vector<Fixed> fixed_;
     std::vector<std::size_t> variable_;  ///< column index by variable index; kNoColumn where one was dropped
     std::vector<std::uint16_t> numbers_; ///< column number by column index

@@ -56,13 +56,31 @@ RowStore::Found RowStore::Find(RowId home) const
     return {std::move(target), at, targetView.Row(at.slot)};
 }
 
-RowStore::Room RowStore::Place(std::size_t size, SlotState state)
+RowStore::Room RowStore::Append(MutablePageRef page, std::size_t size, SlotState state) const
 {
-    MutablePageRef page = PageWithRoom(size);
-    DataPageEditor editor(page, pager_->GetFormat());
-    const auto [slot, bytes] = editor.Append(size, state);
+    const auto [slot, bytes] = DataPageEditor(page, pager_->GetFormat()).Append(size, state);
     const RowId at{page.Number(), slot};
     return {std::move(page), at, bytes};
+}
+
+RowStore::Room RowStore::Place(std::size_t size, SlotState state)
+{
+    return Append(PageWithRoom(size), size, state);
+}
+
+std::optional<RowId> RowStore::PlaceAtHand(std::size_t size) const
+{
+    const PageNumber last = pages_.Last();
+    if (last == 0 || !pager_->HasAtHand(last))
+        return std::nullopt;
+    const PageRef page = pager_->Read(last);
+    const DataPage view(page.Bytes(), last, pager_->GetFormat());
+    return view.Fits(size) ? std::optional(RowId{last, static_cast<std::uint8_t>(view.SlotCount())}) : std::nullopt;
+}
+
+RowStore::Room RowStore::InsertAtHand(std::size_t size)
+{
+    return Append(pager_->Write(pages_.Last()), size, SlotState::Row);
 }
 
 /// The page of the last insert nearly always has room. Else a few of those with room are looked at, and then a new one

@@ -32,6 +32,10 @@ public:
     [[nodiscard]] Found Find(RowId home) const;
     /// Appends a row of `size` bytes (at most Format::maxRecordSize).
     [[nodiscard]] Room Insert(std::size_t size) { return Place(size, SlotState::Row); }
+    /// Where Insert() would put the row, if that is a page at hand that has room for it.
+    [[nodiscard]] std::optional<RowId> PlaceAtHand(std::size_t size) const;
+    /// Does what Insert() does, right after PlaceAtHand() has found a place, and cannot fail.
+    [[nodiscard]] Room InsertAtHand(std::size_t size);
     /// Gives a row that exists another size, where it is or elsewhere. What the old bytes were is lost.
     [[nodiscard]] Room Replace(RowId home, std::size_t size);
     /// Deletes a row that exists. A page that holds nothing any more is freed.
@@ -44,6 +48,7 @@ public:
 
 private:
     [[nodiscard]] Room Place(std::size_t size, SlotState state);
+    [[nodiscard]] Room Append(MutablePageRef page, std::size_t size, SlotState state) const;
     [[nodiscard]] MutablePageRef PageWithRoom(std::size_t size);
     [[nodiscard]] std::optional<PageNumber> NextCandidate();
     void StorePointer(RowId home, RowId at);

@@ -209,9 +209,8 @@ std::optional<Bytes> Table::KeyOf(std::size_t index, const Record& record) const
 
 bool Table::MakeKey(std::size_t index, const Record& record, Bytes& key) const
 {
-    key.clear();
     const KeyPlan& plan = parts_->keyPlans[index];
-    return !plan.LeavesOut(plan.Append(key, record));
+    return !plan.LeavesOut(plan.Make(key, record));
 }
 
 IndexTree& Table::Tree(std::size_t index) const

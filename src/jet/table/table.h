@@ -25,6 +25,16 @@ public:
     virtual void BeforeDelete(Table& table, RowId row, const Record& before) = 0;
 };
 
+/// Who can take back a change that fails half way.
+class ChangeGuard {
+public:
+    /// From now on something is changed that may fail.
+    virtual void Begin() = 0;
+
+protected:
+    ~ChangeGuard() = default;
+};
+
 /// A column as a statement asks for it.
 struct ColumnSpec {
     std::string name;
@@ -87,7 +97,8 @@ public:
 
     /// Throws DuplicateKey, NullInPrimaryKey, FieldRequired, RecordTooLarge, DatabaseFull, and what the hook throws.
     /// The hook is asked last, when the table itself has nothing against the record; until then nothing is changed.
-    RowId Insert(const Record& record);
+    /// `guard`, when there is one, is told before it is, unless what is changed then cannot fail, as with most records.
+    RowId Insert(const Record& record, ChangeGuard* guard = nullptr);
     /// Replaces all values of `row`; throws as Insert(), and RecordDeleted. A long value that stays the same is not
     /// written again. `record` must not be changed by the hook.
     void Update(RowId row, const Record& record);

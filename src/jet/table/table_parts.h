@@ -17,7 +17,8 @@ struct RowScratch {
     struct Key {
         Bytes bytes; ///< the key as the index has it
         KeyFacts facts;
-        bool inIndex = false; ///< the index does not leave the record out
+        bool inIndex = false;         ///< the index does not leave the record out
+        IndexTree::Standing standing; ///< in the index, of a new record
     };
 
     Bytes oldRow;                 ///< the row as it was
@@ -63,6 +64,9 @@ public:
     void CheckInsert(const Record& record);
     void CheckUpdate(const Record& record);
 
+    /// After CheckInsert(): does all that the record takes lie at hand? Then Append() puts it in, and cannot fail.
+    [[nodiscard]] bool CanAppend() const;
+    RowId Append(const Record& record);
     RowId Insert(const Record& record);
     void Update(RowId row, const Record& record);
     void Delete(RowId row);
@@ -71,13 +75,15 @@ private:
     using Key = RowScratch::Key;
 
     void PrepareFields(const Record& record, bool isUpdate);
+    void CheckMayBeNull(std::size_t column, bool isUpdate) const;
     void PrepareLongValue(std::size_t column, const Record& record, ByteSpan stored, bool isUpdate);
     void MakeKeys(const Record& record, std::vector<Key>& keys) const;
-    void CheckKey(std::size_t index, const Key& key) const;
+    void CheckKey(std::size_t index, Key& key) const;
     [[nodiscard]] ErrorSubject IndexAsSubject(std::size_t index) const;
     [[nodiscard]] bool KeyChanges(std::size_t index) const;
 
     void InsertKey(std::size_t index, RowId row);
+    void CountRow(const Record& record);
     void DeleteOldLongValues(bool keepUnchanged);
     void RaiseAutonumber(const Record& record);
 

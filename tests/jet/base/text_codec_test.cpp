@@ -47,6 +47,28 @@ TEST(TextCodec, StoresTextAsTheFormatDoes)
     }
 }
 
+TEST(TextCodec, CopiesAsciiJustAsItIsEncoded)
+{
+    for (std::size_t size = 1; size < 40; ++size)
+        for (std::size_t at = 0; at <= size; ++at) // at the end: none is special
+            for (const char special : {'\0', '\x01', '\x7F', '\x80', '\xFF'}) {
+                SCOPED_TRACE("size " + std::to_string(size) + ", at " + std::to_string(at));
+                std::string text(size, 'x');
+                if (at < size)
+                    text[at] = special;
+                const bool isAscii = at == size || static_cast<unsigned char>(special) < 0x80;
+                Bytes plain(size), wide(2 * size), expected, expectedWide;
+                ASSERT_EQ(CopyPlainAscii(plain.data(), text), isAscii && (at == size || special != 0));
+                ASSERT_EQ(ExpandAscii(wide.data(), text), isAscii);
+                for (const char c : text) {
+                    expected.push_back(static_cast<Byte>(c));
+                    expectedWide.insert(expectedWide.end(), {static_cast<Byte>(c), 0});
+                }
+                EXPECT_TRUE(!isAscii || special == 0 || plain == expected);
+                EXPECT_TRUE(!isAscii || wide == expectedWide);
+            }
+}
+
 TEST(TextCodec, ReadsEveryStoredForm)
 {
     struct Case {

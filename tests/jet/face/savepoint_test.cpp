@@ -70,6 +70,19 @@ public:
         integrity_.UpdateRow(*open, row, record);
         savepoint.Release();
     }
+    /// Adds a row of one number; true when that took a savepoint.
+    bool Add(std::string_view table, std::size_t column, std::int32_t number)
+    {
+        const std::shared_ptr<Table> open = catalog_.Open(table);
+        record_.Reset(open->Definition().columns.size());
+        StoreI32(record_.SetSized(column, sizeof number), 0, number);
+        Guard guard;
+        const std::uint64_t before = allocationsLeft = 1000;
+        open->Insert(record_, &guard);
+        EXPECT_TRUE(guard.isAsked || allocationsLeft == before) << "row " << number;
+        allocationsLeft = 0;
+        return guard.isAsked;
+    }
     void Commit() { pager_->Commit(); }
     [[nodiscard]] std::vector<Bytes> Pages()
     {
@@ -82,10 +95,15 @@ public:
     }
 
 private:
+    struct Guard final : ChangeGuard {
+        bool isAsked = false;
+        void Begin() override { isAsked = true; }
+    };
     std::unique_ptr<Pager> pager_;
     Catalog catalog_;
     ReferentialIntegrity integrity_;
     sql::Executor executor_;
+    Record record_;
 };
 
 void MakeDatabase(CrashFileSystem& system, JetVersion version)
@@ -219,6 +237,22 @@ TEST(Savepoint, AnEndOfTheMemoryLeavesEverythingAsItWas)
                         allocationsLeft = 0;
                         return isMet;
                     });
+}
+
+TEST(Savepoint, ARecordThatTakesOnlyWhatIsAtHandNeedsNoneAndNoMemory)
+{
+    for (const JetVersion version : kVersions) {
+        CrashFileSystem system(1);
+        MakeDatabase(system, version);
+        SmallEngine engine(system);
+        int asked = 0;
+        for (int i = 0; i < 5000; ++i)
+            asked += engine.Add("numbers", 0, 2000 + i) ? 1 : 0;
+        EXPECT_GT(asked, 0); // pages become full
+        EXPECT_LT(asked, 150);
+        for (const int number : {1500, 1, 6999})
+            EXPECT_TRUE(engine.Add("numbers", 0, number) || number == 6999) << number;
+    }
 }
 
 } // namespace

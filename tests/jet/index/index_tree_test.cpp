@@ -318,4 +318,22 @@ TEST(IndexTree, KeysBeforeManyThatShareMoreShareTheirPages)
 }
 
 } // namespace
+
+TEST(IndexTree, BytesAreCountedAndCopiedWhateverTheirNumber)
+{
+    for (std::size_t size = 0; size < 40; ++size)
+        for (std::size_t same = 0; same <= size; ++same) {
+            Bytes a(size, 0x55), b(size, 0x55);
+            if (same != size)
+                b[same] ^= 0x80;
+            EXPECT_EQ(CountShared(a, b), same) << size;
+            Bytes moved(size + 3);
+            for (std::size_t i = 0; i < moved.size(); ++i)
+                moved[i] = static_cast<Byte>(i);
+            CopyBytes(moved.data() + 1, moved.data() + 3, size); // over itself
+            for (std::size_t i = 0; i < size; ++i)
+                EXPECT_EQ(moved[i + 1], i + 3) << size;
+        }
+}
+
 } // namespace jet::testing

@@ -96,4 +96,20 @@ TEST(RowCodec, JumpTableNamesTheFirstFieldBehindEach256Bytes)
         EXPECT_EQ(view.Field(layout.def.columns[i]).value().size(), texts[i].size()) << "field " << i;
 }
 
+TEST(RowCodec, EveryColumnHasItsBit)
+{
+    for (const JetVersion version : {JetVersion::Jet3, JetVersion::Jet4}) {
+        Layout layout(version);
+        std::vector<RowField> fields;
+        for (std::size_t i = 0; i < 130; ++i) {
+            layout.Add(ColumnType::Boolean, 1);
+            fields.push_back({{}, i % 3 == 0});
+        }
+        const Bytes row = Encode(layout.def, fields);
+        const RowView view(row, layout.def, 1);
+        for (std::size_t i = 0; i < fields.size(); ++i)
+            EXPECT_EQ(view.IsSet(layout.def.columns[i]), fields[i].isSet) << "field " << i;
+    }
+}
+
 } // namespace jet::testing
