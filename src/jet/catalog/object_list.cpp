@@ -170,6 +170,8 @@ void ObjectList::Touch(std::int32_t id)
     CatalogObject& object = At(id);
     // Access shows this date beside the object's name.
     object.updated = pager_->System().LocalTime();
+    if (table_.Overwrite(object.row, kDateUpdate, object.updated))
+        return;
     Record record;
     table_.Rows().Read(object.row, record);
     table_.Set(record, kDateUpdate, object.updated);

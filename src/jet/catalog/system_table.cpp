@@ -74,6 +74,13 @@ void SystemTable::Set(Record& record, std::uint16_t column, const Value& value) 
     record.SetStored(position, stored);
 }
 
+bool SystemTable::Overwrite(RowId row, std::uint16_t column, const Value& value)
+{
+    Bytes stored;
+    EncodeValue(stored, *table_.Definition().format, ColumnOf(column).GetValueType(), value);
+    return table_.Overwrite(row, positions_[column], stored);
+}
+
 /// The ids are collected before anybody acts on them: a row that is deleted takes its entry out of the walked tree.
 std::vector<RowId> SystemTable::RowsWith(std::uint16_t column, const Value& value)
 {

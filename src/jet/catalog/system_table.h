@@ -81,6 +81,9 @@ public:
     [[nodiscard]] bool Boolean(const Record& record, std::uint16_t column) const;
     void Set(Record& record, std::uint16_t column, const Value& value) const;
 
+    /// Sets it in the row itself, see Table::Overwrite().
+    [[nodiscard]] bool Overwrite(RowId row, std::uint16_t column, const Value& value);
+
     /// The rows whose `column`, on which one index alone stands, holds `value`; in the index's order.
     [[nodiscard]] std::vector<RowId> RowsWith(std::uint16_t column, const Value& value);
 

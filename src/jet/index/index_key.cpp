@@ -167,7 +167,9 @@ void AppendKey(Bytes& key, const Format& format, const KeyColumn& column, std::o
 Bytes TextKey(const Format& format, std::string_view utf8)
 {
     Bytes text;
-    Bytes key{kValueAscending};
+    Bytes key;
+    key.reserve(2 * utf8.size() + sizeof(std::uint64_t)); // what most texts need
+    key.push_back(kValueAscending);
     if (format.version == JetVersion::Jet3) {
         AppendCp1252(text, utf8);
         AppendJet3TextKey(key, text, SortOrder::Ascending);

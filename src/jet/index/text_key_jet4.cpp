@@ -22,10 +22,15 @@ constexpr Byte kHiddenMark = 0x06;    ///< third byte of each hidden entry
 struct Weight {
     WeightKind kind = WeightKind::None;
     Byte primarySize = 0;
-    Byte secondarySize = 0;
+    Byte secondarySize = 0; ///< at least 1 in what is a letter
     std::array<Byte, 4> primary{};
     std::array<Byte, 2> secondary{};
 };
+
+bool IsLetter(WeightKind kind)
+{
+    return kind != WeightKind::None && kind != WeightKind::Modifier && kind != WeightKind::Hidden;
+}
 
 template <std::size_t kSize>
 Byte StoreCode(std::array<Byte, kSize>& bytes, std::uint32_t code)
@@ -61,6 +66,9 @@ Weight SearchWeight(std::uint16_t unit)
     weight.kind = row.kind;
     weight.primarySize = StoreCode(weight.primary, primary);
     weight.secondarySize = StoreCode(weight.secondary, secondary);
+    // One mark for a letter without an accent.
+    if (weight.secondarySize == 0 && IsLetter(row.kind))
+        weight.secondarySize = StoreCode(weight.secondary, kNoSecondary);
     return weight;
 }
 
@@ -113,6 +121,8 @@ public:
     /// Appends everything up to and with the closing 00.
     void AppendTo(Bytes& key) const
     {
+        constexpr std::size_t kMarks = 16; // of all kinds
+        key.reserve(key.size() + primaryCount_ + secondaryCount_ + kanaCount_ + hiddenCount_ + kMarks);
         AppendBytes(key, {primary_.data(), primaryCount_});
         key.push_back(kSeparator);
         AppendBytes(key, {secondary_.data(), SignificantSecondaries()});
@@ -133,13 +143,12 @@ public:
 private:
     void AddLetter(const Weight& weight)
     {
-        for (std::size_t i = 0; i < weight.primarySize; ++i)
-            primary_[primaryCount_++] = weight.primary[i];
-        // One mark for a character, however many letters it stands for: a ligature may have several primary codes.
-        if (weight.secondarySize == 0)
-            secondary_[secondaryCount_++] = kNoSecondary;
-        for (std::size_t i = 0; i < weight.secondarySize; ++i)
-            secondary_[secondaryCount_++] = weight.secondary[i];
+        // Copied whole, which is quicker than by size; one mark, however many letters a character stands for: a
+        // ligature may have several primary codes.
+        std::ranges::copy(weight.primary, primary_.begin() + static_cast<std::ptrdiff_t>(primaryCount_));
+        primaryCount_ += weight.primarySize;
+        std::ranges::copy(weight.secondary, secondary_.begin() + static_cast<std::ptrdiff_t>(secondaryCount_));
+        secondaryCount_ += weight.secondarySize;
     }
 
     void AddKana(bool isSmall)
@@ -188,7 +197,7 @@ private:
     }
 
     std::array<Byte, 4 * kMaxTextUnits> primary_;
-    std::array<Byte, 2 * kMaxTextUnits> secondary_;
+    std::array<Byte, 2 * kMaxTextUnits + 1> secondary_; // a modifier may stand before all
     std::array<Byte, kMaxTextUnits> kana_;
     std::array<Byte, 4 * kMaxTextUnits> hidden_;
     std::size_t primaryCount_ = 0;

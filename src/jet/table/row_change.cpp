@@ -346,6 +346,23 @@ void Table::Update(RowId row, const Record& record)
     change.Update(row, record);
 }
 
+bool Table::Overwrite(RowId row, std::size_t column, ByteSpan stored)
+{
+    const Column& kind = def_.columns[column];
+    if (!kind.IsFixed() || def_.IndexOn(kind.number) != nullptr || def_.RelationOn(kind.number) != nullptr) // R1
+        return false;
+    const RowStore::Found found = parts_->rows.Find(row);
+    if (!found)
+        return false;
+    const std::optional<ByteSpan> old = RowView(found.bytes, def_, found.at.page).Field(kind);
+    if (!old || old->size() != stored.size())
+        return false;
+    ++rowChanges_;
+    const auto offset = static_cast<std::size_t>(old->data() - found.page.Bytes().data());
+    std::ranges::copy(stored, pager_->Write(found.at.page).Data(offset, stored.size()).begin());
+    return true;
+}
+
 void Table::Delete(RowId row)
 {
     ++rowChanges_;

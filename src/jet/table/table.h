@@ -102,6 +102,9 @@ public:
     /// Replaces all values of `row`; throws as Insert(), and RecordDeleted. A long value that stays the same is not
     /// written again. `record` must not be changed by the hook.
     void Update(RowId row, const Record& record);
+    /// Puts another value in the place of that of a fixed column on which no index stands. False, and nothing has
+    /// changed, when `column` is another one, or `row` has none there. The hook is not asked.
+    [[nodiscard]] bool Overwrite(RowId row, std::size_t column, ByteSpan stored);
     /// Throws RecordDeleted. When the hook has deleted the row itself (a cascade that goes round), that is all.
     void Delete(RowId row);
     /// All values; long values resolved. Throws RecordDeleted when there is no such row.
