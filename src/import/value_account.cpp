@@ -117,10 +117,11 @@ ValueAccount::Loss ValueAccount::Settle(bool attributesImported) const
                 groups.Add(document_.Path(element), document_.AttributeName(element, index),
                            attributesImported ? LossReason::NoRecord : LossReason::AttributesOff, element);
         }
-        if (!HasText(document_.Content(element)))
+        const bool isStored = textStored_[element]; // then it has one: the text itself need not be looked at again
+        if (!isStored && !HasText(document_.Content(element)))
             continue;
         ++loss.offered;
-        if (!textStored_[element])
+        if (!isStored)
             groups.Add(document_.Path(element), ValueOrigin::kOwnText, ReasonOfText(element), element);
     }
     loss.lost = loss.offered - stored_;
