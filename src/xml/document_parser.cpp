@@ -20,19 +20,6 @@ constexpr std::size_t kTextPerByte = 4;
 /// Ends a parse.
 struct TooMuchText {};
 
-const char* ParserName(ParseAs parseAs)
-{
-    switch (parseAs) {
-    case ParseAs::Utf8:
-        return "UTF-8";
-    case ParseAs::Latin1:
-        return "ISO-8859-1";
-    case ParseAs::Declared:
-        break;
-    }
-    return nullptr;
-}
-
 constexpr std::size_t kMaxTagShown = 100;
 
 std::string Reason(XML_Error error, std::string_view openTag)
@@ -97,13 +84,11 @@ void SkippedEntities::CountInTag(std::string_view startTag)
 }
 
 DocumentParser::DocumentParser(ParseAs parseAs, DocumentEvents& events, std::string_view only)
-    : parser_(XML_ParserCreate(ParserName(parseAs))), events_(events)
+    : expat_(parseAs), events_(events)
 {
-    if (!parser_)
-        throw std::bad_alloc();
     if (!only.empty())
         filter_.emplace(only);
-    XML_Parser parser = parser_.get();
+    XML_Parser parser = expat_.Get();
     XML_SetUserData(parser, this);
     XML_SetElementHandler(parser, OnStart, OnEnd);
     XML_SetCharacterDataHandler(parser, OnText);
@@ -116,19 +101,6 @@ DocumentParser::DocumentParser(ParseAs parseAs, DocumentEvents& events, std::str
     XML_SetExternalEntityRefHandler(parser, OnExternalEntity);
     XML_SetExternalEntityRefHandlerArg(parser, this);
     XML_SetBillionLaughsAttackProtectionActivationThreshold(parser, kEntityThresholdBytes);
-}
-
-template <class Step>
-void DocumentParser::Guard(Step&& step) noexcept
-{
-    if (failure_)
-        return; // the parser may still report what it has at hand
-    try {
-        step();
-    } catch (...) {
-        failure_ = std::current_exception();
-        XML_StopParser(parser_.get(), XML_FALSE);
-    }
 }
 
 bool DocumentParser::Takes(const XML_Char* name)
@@ -146,7 +118,7 @@ bool DocumentParser::Takes(const XML_Char* name)
 void DocumentParser::OnStart(void* self, const XML_Char* name, const XML_Char** attributes)
 {
     auto& parser = *static_cast<DocumentParser*>(self);
-    parser.Guard([&] {
+    parser.expat_.Guard([&] {
         if (!parser.Takes(name))
             return;
         parser.events_.StartElement(name, attributes);
@@ -161,7 +133,7 @@ void DocumentParser::OnStart(void* self, const XML_Char* name, const XML_Char** 
 void DocumentParser::OnEnd(void* self, const XML_Char*)
 {
     auto& parser = *static_cast<DocumentParser*>(self);
-    parser.Guard([&] {
+    parser.expat_.Guard([&] {
         if (!parser.filter_ || parser.filter_->Leave())
             parser.events_.EndElement();
     });
@@ -172,7 +144,7 @@ void DocumentParser::OnText(void* self, const XML_Char* text, int length)
     auto& parser = *static_cast<DocumentParser*>(self);
     if (parser.filter_ && !parser.filter_->IsInside())
         return;
-    parser.Guard([&] {
+    parser.expat_.Guard([&] {
         parser.events_.Text({text, static_cast<std::size_t>(length)});
         if (parser.hasDoctype_)
             parser.CountText(static_cast<std::size_t>(length));
@@ -182,7 +154,7 @@ void DocumentParser::OnText(void* self, const XML_Char* text, int length)
 int DocumentParser::OnUnknownEncoding(void* self, const XML_Char* name, XML_Encoding*)
 {
     auto& parser = *static_cast<DocumentParser*>(self);
-    parser.Guard([&] { parser.unknownEncoding_ = name; });
+    parser.expat_.Guard([&] { parser.unknownEncoding_ = name; });
     return XML_STATUS_ERROR;
 }
 
@@ -190,7 +162,7 @@ void DocumentParser::OnSkippedEntity(void* self, const XML_Char* name, int isPar
 {
     auto& parser = *static_cast<DocumentParser*>(self);
     if (isParameterEntity == 0)
-        parser.Guard([&] { parser.skipped_.Count(name); });
+        parser.expat_.Guard([&] { parser.skipped_.Count(name); });
 }
 
 int DocumentParser::OnExternalEntity(XML_Parser self, const XML_Char* context, const XML_Char*, const XML_Char*,
@@ -198,7 +170,7 @@ int DocumentParser::OnExternalEntity(XML_Parser self, const XML_Char* context, c
 {
     // The argument set for this handler comes in the parser's place.
     auto& parser = *reinterpret_cast<DocumentParser*>(self);
-    parser.Guard([&] {
+    parser.expat_.Guard([&] {
         const std::string_view open =
             context == nullptr ? std::string_view{} : context; // names with form feeds between
         parser.skipped_.Count(open.substr(open.rfind('\f') + 1));
@@ -216,7 +188,7 @@ void DocumentParser::OnEntityDeclaration(void* self, const XML_Char* name, int i
 {
     auto& parser = *static_cast<DocumentParser*>(self);
     if (isParameterEntity == 0)
-        parser.Guard([&] { parser.skipped_.Declare(name); });
+        parser.expat_.Guard([&] { parser.skipped_.Declare(name); });
 }
 
 /// The tag being reported, as it stands in the input.
@@ -224,8 +196,8 @@ std::string_view DocumentParser::CurrentTag() const noexcept
 {
     int offset = 0;
     int size = 0;
-    const char* const context = XML_GetInputContext(parser_.get(), &offset, &size);
-    const int length = std::min(XML_GetCurrentByteCount(parser_.get()), size - offset);
+    const char* const context = XML_GetInputContext(expat_.Get(), &offset, &size);
+    const int length = std::min(XML_GetCurrentByteCount(expat_.Get()), size - offset);
     if (context == nullptr || offset < 0 || length <= 0)
         return {};
     return {context + offset, static_cast<std::size_t>(length)};
@@ -233,7 +205,7 @@ std::string_view DocumentParser::CurrentTag() const noexcept
 
 void* DocumentParser::Buffer(std::size_t bytes)
 {
-    void* const buffer = XML_GetBuffer(parser_.get(), static_cast<int>(bytes));
+    void* const buffer = XML_GetBuffer(expat_.Get(), static_cast<int>(bytes));
     if (buffer == nullptr)
         throw std::bad_alloc();
     return buffer;
@@ -255,33 +227,31 @@ void DocumentParser::CountText(std::size_t bytes)
 bool DocumentParser::ParseBuffer(std::size_t bytes)
 {
     CountInput(bytes);
-    return Succeeded(XML_ParseBuffer(parser_.get(), static_cast<int>(bytes), XML_FALSE));
+    return Succeeded(XML_ParseBuffer(expat_.Get(), static_cast<int>(bytes), XML_FALSE));
 }
 
 bool DocumentParser::Parse(std::string_view bytes)
 {
     CountInput(bytes.size());
-    return Succeeded(XML_Parse(parser_.get(), bytes.data(), static_cast<int>(bytes.size()), XML_FALSE));
+    return Succeeded(XML_Parse(expat_.Get(), bytes.data(), static_cast<int>(bytes.size()), XML_FALSE));
 }
 
 bool DocumentParser::Finish()
 {
-    return Succeeded(XML_Parse(parser_.get(), "", 0, XML_TRUE));
+    return Succeeded(XML_Parse(expat_.Get(), "", 0, XML_TRUE));
 }
 
 bool DocumentParser::Succeeded(XML_Status status)
 {
-    if (failure_) {
-        try {
-            std::rethrow_exception(failure_);
-        } catch (const TooMuchText&) {
-            error_ = XML_ERROR_AMPLIFICATION_LIMIT_BREACH;
-            return false;
-        }
+    try {
+        expat_.Rethrow();
+    } catch (const TooMuchText&) {
+        error_ = XML_ERROR_AMPLIFICATION_LIMIT_BREACH;
+        return false;
     }
     if (status == XML_STATUS_OK)
         return true;
-    error_ = XML_GetErrorCode(parser_.get());
+    error_ = XML_GetErrorCode(expat_.Get());
     if (error_ == XML_ERROR_NO_MEMORY)
         throw std::bad_alloc();
     return false;
@@ -297,13 +267,13 @@ std::string DocumentParser::Problem(std::string_view openTag) const
 /// parser is.
 std::string DocumentParser::AtPosition(std::string_view reason) const
 {
-    return "line " + std::to_string(XML_GetCurrentLineNumber(parser_.get())) + ", column " +
-           std::to_string(XML_GetCurrentColumnNumber(parser_.get()) + 1) + ": " + std::string(reason);
+    return "line " + std::to_string(XML_GetCurrentLineNumber(expat_.Get())) + ", column " +
+           std::to_string(XML_GetCurrentColumnNumber(expat_.Get()) + 1) + ": " + std::string(reason);
 }
 
 bool DocumentParser::IsStuck() noexcept
 {
-    const XML_Index index = XML_GetCurrentByteIndex(parser_.get());
+    const XML_Index index = XML_GetCurrentByteIndex(expat_.Get());
     const bool stuck = index == lastIndex_;
     lastIndex_ = index;
     return stuck;

@@ -2,19 +2,15 @@
 
 #include "xml/document_events.h"
 #include "xml/document_loader.h"
+#include "xml/expat_parser.h"
 #include "xml/input_encoding.h"
 #include "xml/path_filter.h"
 
 #include <cstddef>
-#include <exception>
-#include <functional>
-#include <memory>
 #include <optional>
 #include <set>
 #include <string>
 #include <string_view>
-
-#include <expat.h>
 
 namespace velmora {
 
@@ -79,23 +75,15 @@ private:
                                             const XML_Char* systemId, const XML_Char* publicId,
                                             const XML_Char* notation);
 
-    /// Runs `step`; what it throws is kept until the parser, which is C, has returned.
-    template <class Step>
-    void Guard(Step&& step) noexcept;
     [[nodiscard]] bool Succeeded(XML_Status status);
     void CountInput(std::size_t bytes) noexcept;
     void CountText(std::size_t bytes);
     [[nodiscard]] std::string AtPosition(std::string_view reason) const;
     [[nodiscard]] std::string_view CurrentTag() const noexcept;
 
-    struct ParserDeleter {
-        void operator()(XML_Parser parser) const noexcept { XML_ParserFree(parser); }
-    };
-
-    std::unique_ptr<XML_ParserStruct, ParserDeleter> parser_;
+    ExpatParser expat_;
     DocumentEvents& events_;
     std::optional<PathFilter> filter_; ///< none: all of the document is taken
-    std::exception_ptr failure_;
     XML_Error error_ = XML_ERROR_NONE;
     std::string unknownEncoding_; ///< as it is declared
     std::size_t bytesGiven_ = 0;
