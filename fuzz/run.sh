@@ -14,7 +14,7 @@ shared=${VELMORA_SHARED:-$here/../../shared}
 # Copies the real files that are short enough for a target to `real`, and what fuzzing has found before.
 take_real_files() {
     case $target in
-    xml) find "$shared/corpus/xml" -name '*.xml' -size -20k -exec cp -u {} "$real" \; ;;
+    xml | segments) find "$shared/corpus/xml" -name '*.xml' -size -20k -exec cp -u {} "$real" \; ;;
     jet) find "$shared/corpus/mdb" "$shared/corpus/fuzz" -name '*.mdb' -size -140k -exec cp -u {} "$real" \; ;;
     esac
 }
@@ -48,6 +48,7 @@ xargs -P "$jobs" -L 1 "$0" "$build" "$seconds" "$jobs" <<EOF
 jet -max_len=150000 -entropic=0 -reduce_inputs=0
 sql -max_len=2000
 xml -max_len=20000
+segments -max_len=5000
 mapping -max_len=2000
 command_line -max_len=500
 EOF

@@ -36,6 +36,8 @@ struct ConversionSettings : RunFlags {
     std::string threads;     ///< a number; see ThreadsOf()
     /// A document that is shorter has no further thread, which would cost more than it saves.
     std::int64_t threadsFromBytes = 1'000'000;
+    /// What a thread parses at a time, where several do.
+    std::size_t segmentBytes = std::size_t{256} * 1024;
     bool blRecreateDatabase = false;
     bool blExtendMdb = false;
     bool blCreateTableRelations = false;

@@ -3,9 +3,11 @@
 #include "xml/document_builder.h"
 #include "xml/input_encoding.h"
 #include "xml/parse_ahead.h"
+#include "xml/parse_segments.h"
 #include "xml/path_filter.h"
 #include "xml/source_parse.h"
 
+#include <algorithm>
 #include <memory>
 #include <stdexcept>
 #include <string_view>
@@ -26,12 +28,31 @@ LoadResult Unreadable(std::string problem)
     return result;
 }
 
-LoadResult Load(const Source& source, const std::function<void(std::int64_t)>& onPiece, MemoryBudget budget,
-                Blanks blanks, Parsing parsing)
+using OnPiece = std::function<void(std::int64_t)>;
+
+/// nullopt when one parser has to do it all.
+std::optional<LoadResult> LoadInSegments(const Source& source, const OnPiece& onPiece, MemoryBudget budget,
+                                         Blanks blanks, const Parsing& parsing)
+{
+    if (parsing.threads < 2 || !source.only.empty())
+        return std::nullopt;
+    DocumentBuilder builder(std::move(budget), blanks);
+    ParseSegments segments(source, parsing.segmentBytes, parsing.threads);
+    if (!segments.Run(builder, onPiece))
+        return std::nullopt;
+    LoadResult result;
+    result.controlBytes = segments.ControlBytes();
+    result.document = builder.Take();
+    return result;
+}
+
+/// With one parser, which has a thread of its own where there is one to be had.
+LoadResult LoadInOne(const Source& source, const OnPiece& onPiece, MemoryBudget budget, Blanks blanks,
+                     const Parsing& parsing)
 {
     DocumentBuilder builder(std::move(budget), blanks);
     std::unique_ptr<SourceParse> parse;
-    if (parsing == Parsing::Ahead)
+    if (parsing.threads > 1)
         parse = ParseAhead(source).Run(builder, onPiece);
     if (!parse) {
         parse = std::make_unique<SourceParse>(source, builder);
@@ -45,10 +66,21 @@ LoadResult Load(const Source& source, const std::function<void(std::int64_t)>& o
     return result;
 }
 
+LoadResult Load(const Source& source, const OnPiece& onPiece, MemoryBudget budget, Blanks blanks,
+                const Parsing& parsing)
+{
+    // What has been taken is not taken back in the eyes of those who watch.
+    std::int64_t furthest = 0;
+    const OnPiece onFurtherPiece = [&](std::int64_t bytes) { onPiece(furthest = std::max(furthest, bytes)); };
+    if (std::optional<LoadResult> result = LoadInSegments(source, onFurtherPiece, budget, blanks, parsing))
+        return std::move(*result);
+    return LoadInOne(source, onFurtherPiece, std::move(budget), blanks, parsing);
+}
+
 } // namespace
 
 LoadResult LoadDocument(const Source& source, const std::function<void(std::int64_t)>& onPiece, MemoryBudget budget,
-                        Blanks blanks, Parsing parsing)
+                        Blanks blanks, const Parsing& parsing)
 {
     try {
         return Load(source, onPiece, std::move(budget), blanks, parsing);

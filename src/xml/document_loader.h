@@ -17,9 +17,9 @@ namespace velmora {
 inline constexpr std::size_t kDocumentMemoryBudgetBytes = std::size_t{96} << 20;
 
 /// Who parses.
-enum class Parsing : std::uint8_t {
-    Beside, ///< the thread that builds the document, by turns
-    Ahead,  ///< a thread of its own, where the system has one to give
+struct Parsing {
+    int threads = 1; ///< at work, the one that builds the document included, where the system has them to give
+    std::size_t segmentBytes = 0; ///< so much one of several parses at a time
 };
 
 struct LoadResult {
@@ -37,7 +37,7 @@ struct LoadResult {
 /// whoever parses.
 [[nodiscard]] LoadResult LoadDocument(const Source& source, const std::function<void(std::int64_t)>& onPiece,
                                       MemoryBudget budget = MemoryBudget(kDocumentMemoryBudgetBytes),
-                                      Blanks blanks = Blanks::BesideChildrenDropped, Parsing parsing = Parsing::Beside);
+                                      Blanks blanks = Blanks::BesideChildrenDropped, const Parsing& parsing = {});
 
 /// The line, counted from 1, on which `element` begins in the source from which its document was loaded. Reads it up to
 /// there: for messages. nullopt when it cannot be told any more, or in this encoding.

@@ -1,5 +1,7 @@
 #include "xml/event_batch.h"
 
+#include <utility>
+
 namespace velmora {
 
 void EventBatch::AddStart(std::string_view name, const char* const* attributes)
@@ -20,13 +22,12 @@ void EventBatch::AddText(std::string_view piece)
     events_.push_back({kText, static_cast<std::uint32_t>(piece.size())});
 }
 
-void EventBatch::Tell(DocumentEvents& events) const
+void EventBatch::Telling::TellUntil(std::size_t number, DocumentEvents& events)
 {
-    const char* text = text_.data();
-    const std::uint32_t* length = lengths_.data();
-    std::vector<const char*> attributes;
-    attributes.reserve(100000);
-    for (const Event& event : events_) {
+    const char* text = text_;
+    const std::uint32_t* length = length_;
+    for (std::size_t i = std::exchange(told_, number); i < number; ++i) {
+        const Event& event = batch_.events_[i];
         const std::string_view own(text, event.length);
         text += event.length;
         if (event.kind == kText) {
@@ -34,15 +35,17 @@ void EventBatch::Tell(DocumentEvents& events) const
         } else if (event.kind == kEnd) {
             events.EndElement();
         } else {
-            attributes.clear();
-            for (std::uint32_t i = 0; i < event.kind; ++i) {
-                attributes.push_back(text);
+            attributes_.clear();
+            for (std::uint32_t n = 0; n < event.kind; ++n) {
+                attributes_.push_back(text);
                 text += *length++ + 1;
             }
-            attributes.push_back(nullptr);
-            events.StartElement(own, attributes.data());
+            attributes_.push_back(nullptr);
+            events.StartElement(own, attributes_.data());
         }
     }
+    text_ = text;
+    length_ = length;
 }
 
 void EventBatch::Clear()

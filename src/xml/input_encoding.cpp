@@ -146,6 +146,14 @@ InputEncoding EncodingOf(const Source& source, std::string_view firstBytes)
     return DetectEncoding(firstBytes);
 }
 
+std::size_t CountControlBytes(const InputEncoding& encoding, std::string_view bytes) noexcept
+{
+    const auto isControl = [](char byte) { return (static_cast<unsigned char>(byte) & 0xE0) == 0x80; };
+    return encoding.parseAs == ParseAs::Latin1
+               ? static_cast<std::size_t>(std::count_if(bytes.begin(), bytes.end(), isControl))
+               : 0;
+}
+
 std::string FirstBytes(SourceStream& stream)
 {
     std::string head(kEncodingSniffBytes, '\0');

@@ -30,6 +30,9 @@ inline constexpr std::size_t kEncodingSniffBytes = 1024;
 /// An encoding that nobody knows is left to the parser, which says so.
 [[nodiscard]] InputEncoding DetectEncoding(std::string_view firstBytes);
 
+/// How many of `bytes` are control characters of ISO-8859-1, when that is what they are in: 80 to 9F.
+[[nodiscard]] std::size_t CountControlBytes(const InputEncoding& encoding, std::string_view bytes) noexcept;
+
 /// The encoding of this name, whatever a file declares; nullopt when nobody knows it.
 [[nodiscard]] std::optional<InputEncoding> EncodingNamed(std::string_view name);
 

@@ -42,7 +42,7 @@ std::optional<LoadAhead::Stamp> LoadAhead::StampOf(const Source& source)
     return error ? std::nullopt : std::optional(Stamp{size, time});
 }
 
-void LoadAhead::Begin(const Source& source, MemoryBudget budget, Blanks blanks, Parsing parsing)
+void LoadAhead::Begin(const Source& source, MemoryBudget budget, Blanks blanks, const Parsing& parsing)
 {
     Drop();
     source_ = source;
@@ -52,7 +52,7 @@ void LoadAhead::Begin(const Source& source, MemoryBudget budget, Blanks blanks, 
     worker_ = Worker::Start([this, budget = std::move(budget), blanks, parsing] { Load(budget, blanks, parsing); });
 }
 
-void LoadAhead::Load(MemoryBudget budget, Blanks blanks, Parsing parsing)
+void LoadAhead::Load(MemoryBudget budget, Blanks blanks, const Parsing& parsing)
 {
     const AtEnd end([this] {
         {

@@ -26,7 +26,7 @@ public:
 
     /// Begins to load `source`, a file of its own, with the parameters of LoadDocument. Nothing when there is no thread
     /// to be had.
-    void Begin(const Source& source, MemoryBudget budget, Blanks blanks, Parsing parsing);
+    void Begin(const Source& source, MemoryBudget budget, Blanks blanks, const Parsing& parsing);
     /// What has come of `source`. Waits for the end of its load, and calls `onPiece` meanwhile, with the bytes taken so
     /// far; what that throws ends the load, and what the load has thrown is thrown. nullopt when it is not the source
     /// that was begun last, or its file has changed since.
@@ -42,7 +42,7 @@ private:
     };
     [[nodiscard]] static std::optional<Stamp> StampOf(const Source& source);
 
-    void Load(MemoryBudget budget, Blanks blanks, Parsing parsing);
+    void Load(MemoryBudget budget, Blanks blanks, const Parsing& parsing);
     void Wait(const std::function<void(std::int64_t)>& onPiece);
     void Drop() noexcept;
 

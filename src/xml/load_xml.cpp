@@ -23,7 +23,7 @@ bool IsWorthAThread(const ConversionSettings& settings, const Source& source)
 /// `threads` are left for it.
 Parsing ParsingOf(const ConversionSettings& settings, const Source& source, int threads)
 {
-    return threads > 1 && IsWorthAThread(settings, source) ? Parsing::Ahead : Parsing::Beside;
+    return {.threads = IsWorthAThread(settings, source) ? threads : 1, .segmentBytes = settings.segmentBytes};
 }
 
 /// Text beside children is imported only where every value is.

@@ -37,7 +37,7 @@ LoadResult SourceParse::Result() const
 
 bool SourceParse::GiveHead()
 {
-    CountControlBytes(head_);
+    controlBytes_ += CountControlBytes(encoding_, head_);
     return converter_ ? GiveConverted(head_) : parser_.Parse(head_);
 }
 
@@ -61,17 +61,10 @@ bool SourceParse::GiveChunk()
     } else {
         void* const buffer = parser_.Buffer(chunkBytes_);
         const std::size_t count = Read(buffer, chunkBytes_);
-        CountControlBytes({static_cast<const char*>(buffer), count});
+        controlBytes_ += CountControlBytes(encoding_, {static_cast<const char*>(buffer), count});
         good = parser_.ParseBuffer(count);
     }
     return good;
-}
-
-void SourceParse::CountControlBytes(std::string_view bytes) noexcept
-{
-    const auto isControl = [](char byte) { return (static_cast<unsigned char>(byte) & 0xE0) == 0x80; };
-    if (encoding_.parseAs == ParseAs::Latin1)
-        controlBytes_ += static_cast<std::size_t>(std::count_if(bytes.begin(), bytes.end(), isControl));
 }
 
 bool SourceParse::GiveConverted(std::string_view bytes)

@@ -35,7 +35,6 @@ private:
     [[nodiscard]] bool GiveHead();
     [[nodiscard]] bool GiveChunk();
     [[nodiscard]] bool Finish();
-    void CountControlBytes(std::string_view bytes) noexcept;
     [[nodiscard]] bool GiveConverted(std::string_view bytes);
     [[nodiscard]] bool SetBadBytes(const char* what);
     [[nodiscard]] std::size_t Read(void* buffer, std::size_t bytes);

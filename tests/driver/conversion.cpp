@@ -54,6 +54,7 @@ Conversion::Conversion() : job(host), batch(job, map, {folder_.Path().string(), 
     Options("+quiet");
     job.controls.txtTHREADS.text = TestThreads();
     job.settings.threadsFromBytes = 0;
+    job.settings.segmentBytes = 40;
     job.controls.txtFILE_XML.text = (folder_ / "*.xml").string();
     job.controls.txtFILE_MDB.text = Target().string();
 }

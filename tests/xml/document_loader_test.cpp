@@ -175,20 +175,6 @@ TEST(DocumentLoader, StopsEntityBombs)
     }
 }
 
-TEST(DocumentLoader, EndsWithWhatIsThrownBetweenTwoPieces)
-{
-    const testing::TempFolder folder;
-    const std::string path = (folder / "document.xml").string();
-    testing::WriteFile(path, "<a>" + std::string(1'000'000, 'x') + "</a>");
-    int pieces = 0;
-    const auto onPiece = [&](std::int64_t) {
-        if (++pieces == 3)
-            throw Aborted();
-    };
-    EXPECT_THROW(static_cast<void>(testing::LoadFile(path, onPiece)), Aborted);
-    EXPECT_EQ(pieces, 3);
-}
-
 std::string ManyRecords()
 {
     std::string xml = "<list>";
@@ -197,6 +183,22 @@ std::string ManyRecords()
         xml += "<record id='" + number + "'>text " + number + "<leaf>" + number + "</leaf></record>";
     }
     return xml + "</list>";
+}
+
+TEST(DocumentLoader, EndsWithWhatIsThrownBetweenTwoPieces)
+{
+    const testing::TempFolder folder;
+    const std::string path = (folder / "document.xml").string();
+    for (const std::string& xml : {"<a>" + std::string(1'000'000, 'x') + "</a>", ManyRecords()}) {
+        testing::WriteFile(path, xml);
+        int pieces = 0;
+        const auto onPiece = [&](std::int64_t) {
+            if (++pieces == 3)
+                throw Aborted();
+        };
+        EXPECT_THROW(static_cast<void>(testing::LoadFile(path, onPiece)), Aborted);
+        EXPECT_EQ(pieces, 3);
+    }
 }
 
 /// A temporary file on a disk that has so much room, or that takes nothing at all.
@@ -239,7 +241,7 @@ TEST(DocumentLoader, SaysOfADocumentThatIsTooLargeOnlyInWhatWhoeverParses)
     const Source source((folder / "a.xml").string());
     testing::WriteFile(source.path, ManyRecords());
     const auto tooLarge = []() -> std::unique_ptr<TemporaryFile> { throw std::length_error("it has too much of it"); };
-    for (const Parsing parsing : {Parsing::Beside, Parsing::Ahead}) {
+    for (const Parsing& parsing : {Parsing{1}, Parsing{2, 1'000}, Parsing{2, 10'000'000}}) {
         const LoadResult loaded = LoadDocument(
             source, [](std::int64_t) {}, MemoryBudget(100'000, tooLarge), Blanks::BesideChildrenDropped, parsing);
         EXPECT_EQ(loaded.problem, "it has too much of it");

@@ -2,6 +2,7 @@
 
 #include "support/shared.h"
 #include "xml/document_loader.h"
+#include "xml/document_text.h"
 
 #include <string>
 #include <string_view>
@@ -13,8 +14,8 @@ inline LoadResult LoadFile(
     const Source& source, const std::function<void(std::int64_t)>& onPiece = [](std::int64_t) {},
     MemoryBudget budget = MemoryBudget(kDocumentMemoryBudgetBytes))
 {
-    const Parsing parsing = std::string_view(TestThreads()) == "1" ? Parsing::Beside : Parsing::Ahead;
-    return LoadDocument(source, onPiece, std::move(budget), Blanks::BesideChildrenDropped, parsing);
+    return LoadDocument(source, onPiece, std::move(budget), Blanks::BesideChildrenDropped,
+                        {.threads = std::stoi(TestThreads()), .segmentBytes = 1000});
 }
 
 /// Loads `bytes` as a file.
@@ -25,25 +26,6 @@ inline LoadResult LoadBytes(std::string_view bytes, MemoryBudget budget = Memory
     WriteFile(path, bytes);
     return LoadFile(
         path, [](std::int64_t) {}, std::move(budget));
-}
-
-/// One line per element: tag, attributes, content in brackets when there is any, and how many siblings bear the tag.
-inline std::string DocumentText(const Document& document)
-{
-    std::string text;
-    for (ElementId element = 0; element < document.ElementCount(); ++element) {
-        for (ElementId above = document.Parent(element); above != kNoElement; above = document.Parent(above))
-            text += ' ';
-        text += document.NameText(document.Name(element));
-        for (std::uint32_t i = 0; i < document.AttributeCount(element); ++i) {
-            text.append(" ").append(document.NameText(document.AttributeName(element, i)));
-            text.append("=").append(document.AttributeValue(element, i));
-        }
-        if (!document.Content(element).empty())
-            text.append(" [").append(document.Content(element)).append("]");
-        text.append(" x").append(std::to_string(document.SameTagCount(element))).append("\n");
-    }
-    return text;
 }
 
 } // namespace velmora::testing

@@ -1,0 +1,37 @@
+#pragma once
+
+#include "xml/document_loader.h"
+
+#include <cstdint>
+#include <string>
+
+namespace velmora::testing {
+
+/// One line per element: tag, attributes, content in brackets when there is any, and how many siblings bear the tag.
+inline std::string DocumentText(const Document& document)
+{
+    std::string text;
+    for (ElementId element = 0; element < document.ElementCount(); ++element) {
+        for (ElementId above = document.Parent(element); above != kNoElement; above = document.Parent(above))
+            text += ' ';
+        text += document.NameText(document.Name(element));
+        for (std::uint32_t i = 0; i < document.AttributeCount(element); ++i) {
+            text.append(" ").append(document.NameText(document.AttributeName(element, i)));
+            text.append("=").append(document.AttributeValue(element, i));
+        }
+        if (!document.Content(element).empty())
+            text.append(" [").append(document.Content(element)).append("]");
+        text.append(" x").append(std::to_string(document.SameTagCount(element))).append("\n");
+    }
+    return text;
+}
+
+/// All that a load of `source` tells.
+inline std::string LoadText(const Source& source, const Parsing& parsing)
+{
+    const LoadResult loaded = LoadDocument(
+        source, [](std::int64_t) {}, MemoryBudget(kDocumentMemoryBudgetBytes), Blanks::KeptBesideText, parsing);
+    return loaded.problem + "\n" + DocumentText(loaded.document) + std::to_string(loaded.controlBytes);
+}
+
+} // namespace velmora::testing
