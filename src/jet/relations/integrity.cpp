@@ -80,20 +80,6 @@ Error RelatedRecordRequired(const Link& link)
     return Error(ErrorNumber::RelatedRecordRequired, {link.parent->Name()}).About(std::move(subject));
 }
 
-/// Does the child refer to the parent by the very bytes of its values? The same key may come of others, too.
-bool HasSameValues(const Link& link, const Record& child, const Record& parent)
-{
-    const std::vector<std::size_t>& ofChild = link.parentKeyOfChild.Columns();
-    const std::vector<std::size_t>& ofParent = link.parentKeyOfParent.Columns();
-    for (std::size_t i = 0; i < ofChild.size(); ++i) {
-        const std::optional<ByteSpan> value = child.Stored(ofChild[i]);
-        const std::optional<ByteSpan> referred = parent.Stored(ofParent[i]);
-        if (!value || !referred || !std::ranges::equal(*value, *referred))
-            return false;
-    }
-    return true;
-}
-
 /// Takes lookups of the links' parents back: their rows are about to change.
 void ForgetFound(const LinkCache::TableLinks& links)
 {
@@ -301,34 +287,26 @@ void ReferentialIntegrity::RemovePending(const PendingRecord& record) noexcept
     std::erase(pending_, &record);
 }
 
-/// Asks `isParent` of the values of each pending record of the link's parent until it says yes: of the last one begun
-/// first, as the parts of a whole are saved while that waits.
-template <typename IsParent>
-bool ReferentialIntegrity::AnyPending(const Link& link, const IsParent& isParent) const
+/// Looks for key_ among the keys that pending records have been given: of the last one begun first, as the parts of a
+/// whole are saved while that waits.
+bool ReferentialIntegrity::IsPendingKey(const Link& link)
 {
     return std::any_of(pending_.rbegin(), pending_.rend(), [&](PendingRecord* pending) {
-        return &pending->PendingTable() == link.parent && isParent(pending->PendingValues());
+        return &pending->PendingTable() == link.parent &&
+               MakeWhole(link.parentKeyOfParent, otherKey_, pending->PendingValues()) && otherKey_ == key_;
     });
 }
 
 bool ReferentialIntegrity::HasParent(Link& link, const Table& table, const Record& record)
 {
-    // The usual case takes no key.
-    if (AnyPending(link, [&](const Record& parent) { return HasSameValues(link, record, parent); }))
-        return true;
-    if (!MakeWhole(link.parentKeyOfChild, key_, record) || key_ == link.lastFound)
-        return true;
-    const auto hasKey = [&](const Record& parent) {
-        return MakeWhole(link.parentKeyOfParent, otherKey_, parent) && otherKey_ == key_;
-    };
-    if (AnyPending(link, hasKey))
+    if (!MakeWhole(link.parentKeyOfChild, key_, record) || key_ == link.lastFound || IsPendingKey(link))
         return true;
     if (link.parent->Tree(link.parentIndex).Contains(key_)) {
         link.lastFound = key_;
         return true;
     }
     // A row may refer to itself.
-    return &table == link.parent && hasKey(record);
+    return &table == link.parent && MakeWhole(link.parentKeyOfParent, otherKey_, record) && otherKey_ == key_;
 }
 
 void ReferentialIntegrity::BeforeInsert(Table& table, const Record& record)

@@ -48,8 +48,7 @@ private:
     class Suspension;
 
     [[nodiscard]] bool HasParent(Link& link, const Table& table, const Record& record);
-    template <typename IsParent>
-    [[nodiscard]] bool AnyPending(const Link& link, const IsParent& isParent) const;
+    [[nodiscard]] bool IsPendingKey(const Link& link);
     [[nodiscard]] bool MayRefuseDelete(Table& table);
 
     LinkCache links_;

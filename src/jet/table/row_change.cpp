@@ -72,7 +72,7 @@ bool Table::RowChange::IsUnchanged(RowId row) const
 
 void Table::RowChange::CheckInsert(const Record& record)
 {
-    PrepareFields(record, false);
+    MeasureRow(record, false);
     MakeKeys(record, scratch_.keys);
     for (std::size_t i = 0; i < scratch_.keys.size(); ++i)
         CheckKey(i, scratch_.keys[i]);
@@ -80,7 +80,7 @@ void Table::RowChange::CheckInsert(const Record& record)
 
 void Table::RowChange::CheckUpdate(const Record& record)
 {
-    PrepareFields(record, true);
+    MeasureRow(record, true);
     MakeKeys(record, scratch_.keys);
     assert(scratch_.oldKeys.size() == scratch_.keys.size()); // R1: ReadBefore() came first
     for (std::size_t i = 0; i < scratch_.keys.size(); ++i) {
@@ -89,34 +89,47 @@ void Table::RowChange::CheckUpdate(const Record& record)
     }
 }
 
+/// Looks whether the record makes a row, and how long that is.
+void Table::RowChange::MeasureRow(const Record& record, bool isUpdate)
+{
+    const std::span<const FieldKind> kinds = parts_.layout.Kinds();
+    for (std::size_t i = 0; i < kinds.size(); ++i) {
+        if (record.IsNull(i) && kinds[i] != FieldKind::Boolean)
+            CheckMayBeNull(i, isUpdate);
+    }
+    if (parts_.layout.HasLongValues())
+        return PrepareFields(record, isUpdate);
+    size_ = parts_.layout.Measure(record);
+    if (size_ > table_.def_.format->maxRecordSize)
+        throw Error(ErrorNumber::RecordTooLarge);
+}
+
+void Table::RowChange::Encode(const Record& record, MutableBytes row) const
+{
+    assert(row.size() == size_); // R6
+    if (parts_.layout.HasLongValues())
+        parts_.layout.Encode(scratch_.fields, row);
+    else
+        parts_.layout.Encode(record, row);
+}
+
 /// Brings all fields into the form that the row holds, except that long values which need pages only keep their place;
 /// so the row's size is known before anything is changed.
 void Table::RowChange::PrepareFields(const Record& record, bool isUpdate)
 {
-    const RowLayout& layout = parts_.layout;
-    const std::span<const FieldKind> kinds = layout.Kinds();
-    scratch_.fields.resize(kinds.size());
-    if (layout.HasLongValues())
-        scratch_.longFields.Begin(kinds.size());
-    std::size_t variableBytes = 0;
+    const std::span<const FieldKind> kinds = parts_.layout.Kinds();
+    scratch_.fields.assign(kinds.size(), RowField{});
+    scratch_.longFields.Begin(kinds.size());
     for (std::size_t i = 0; i < kinds.size(); ++i) {
         const std::optional<ByteSpan> stored = record.Stored(i);
         RowField& field = scratch_.fields[i];
-        field = {};
-        if (kinds[i] == FieldKind::Boolean) {
-            field.isSet = stored && !stored->empty() && (*stored)[0] != 0;
-        } else if (!stored) {
-            CheckMayBeNull(i, isUpdate);
-        } else {
-            field.isSet = true;
-            if (kinds[i] == FieldKind::LongValue)
-                PrepareLongValue(i, record, *stored, isUpdate);
-            else
-                field.bytes = *stored;
-            variableBytes += kinds[i] == FieldKind::Fixed ? 0 : field.Size();
-        }
+        field.isSet = stored && (kinds[i] != FieldKind::Boolean || IsTrue(*stored));
+        if (stored && kinds[i] == FieldKind::LongValue)
+            PrepareLongValue(i, record, *stored, isUpdate);
+        else if (stored && kinds[i] != FieldKind::Boolean)
+            field.bytes = *stored;
     }
-    size_ = layout.Measure(variableBytes);
+    size_ = parts_.layout.Measure(scratch_.fields);
     if (size_ <= table_.def_.format->maxRecordSize)
         return;
     for (const std::size_t column : LongValuesToMoveOut(parts_.layout, table_.def_, scratch_.fields))
@@ -207,7 +220,7 @@ bool Table::RowChange::CanAppend() const
 RowId Table::RowChange::Append(const Record& record)
 {
     const RowStore::Room room = parts_.rows.InsertAtHand(size_);
-    parts_.layout.Encode(scratch_.fields, room.bytes);
+    Encode(record, room.bytes);
     for (std::size_t i = 0; i < scratch_.keys.size(); ++i) {
         const Key& key = scratch_.keys[i];
         if (!key.inIndex)
@@ -226,8 +239,7 @@ RowId Table::RowChange::Insert(const Record& record)
     {
         const RowStore::Room room = parts_.rows.Insert(size_);
         row = room.at;
-        assert(room.bytes.size() == size_); // R6
-        parts_.layout.Encode(scratch_.fields, room.bytes);
+        Encode(record, room.bytes);
     }
     for (std::size_t i = 0; i < scratch_.keys.size(); ++i)
         InsertKey(i, row);
@@ -252,8 +264,7 @@ void Table::RowChange::Update(RowId row, const Record& record)
     }
     {
         const RowStore::Room room = parts_.rows.Replace(row, size_);
-        assert(room.bytes.size() == size_); // R6
-        parts_.layout.Encode(scratch_.fields, room.bytes);
+        Encode(record, room.bytes);
     }
     RaiseAutonumber(record);
     table_.StoreCounters();

@@ -26,6 +26,26 @@ FieldKind KindOf(const Column& column)
     return IsLongValue(column.type) ? FieldKind::LongValue : FieldKind::Variable;
 }
 
+struct PreparedFields {
+    std::span<const RowField> fields;
+
+    [[nodiscard]] bool IsSet(std::size_t column) const { return fields[column].isSet; }
+    [[nodiscard]] ByteSpan Head(std::size_t column) const { return fields[column].head; }
+    [[nodiscard]] ByteSpan Value(std::size_t column) const { return fields[column].bytes; }
+};
+
+struct RecordFields {
+    const Record& record;
+    const FieldKind* kinds;
+
+    [[nodiscard]] bool IsSet(std::size_t column) const
+    {
+        return !record.IsNull(column) && (kinds[column] != FieldKind::Boolean || IsTrue(*record.Stored(column)));
+    }
+    [[nodiscard]] static ByteSpan Head(std::size_t) { return {}; }
+    [[nodiscard]] ByteSpan Value(std::size_t column) const { return *record.Stored(column); }
+};
+
 std::size_t LoadNumber(ByteSpan row, std::size_t at, JetVersion version)
 {
     return version == JetVersion::Jet3 ? row[at] : LoadU16(row, at);
@@ -79,7 +99,7 @@ std::size_t RowLayout::JumpTableSize(std::size_t sizeWithout) const
     return jumps;
 }
 
-std::size_t RowLayout::Measure(std::size_t variableBytes) const
+std::size_t RowLayout::SizeWith(std::size_t variableBytes) const
 {
     std::size_t size = fixedEnd_ + maskSize_;
     if (!variable_.empty()) {
@@ -96,10 +116,31 @@ std::size_t RowLayout::Measure(std::span<const RowField> fields) const
         if (column != kNoColumn && fields[column].isSet)
             variableBytes += fields[column].Size();
     }
-    return Measure(variableBytes);
+    return SizeWith(variableBytes);
+}
+
+std::size_t RowLayout::Measure(const Record& record) const
+{
+    std::size_t variableBytes = 0;
+    for (const std::size_t column : variable_) {
+        if (column != kNoColumn && !record.IsNull(column))
+            variableBytes += record.Stored(column)->size();
+    }
+    return SizeWith(variableBytes);
 }
 
 void RowLayout::Encode(std::span<const RowField> fields, MutableBytes row) const
+{
+    EncodeAll(PreparedFields{fields}, row);
+}
+
+void RowLayout::Encode(const Record& record, MutableBytes row) const
+{
+    EncodeAll(RecordFields{record, kinds_.data()}, row);
+}
+
+template <typename Fields>
+void RowLayout::EncodeAll(const Fields& fields, MutableBytes row) const
 {
     StoreNumber(row, 0, fieldCount_, version_);
     EncodeFixed(fields, row);
@@ -110,19 +151,20 @@ void RowLayout::Encode(std::span<const RowField> fields, MutableBytes row) const
 
 /// The whole area is written, as the page may have held other rows there: a Null's bytes are zeros, and nothing
 /// of a deleted row comes back to light.
-void RowLayout::EncodeFixed(std::span<const RowField> fields, MutableBytes row) const
+template <typename Fields>
+void RowLayout::EncodeFixed(const Fields& fields, MutableBytes row) const
 {
     if (hasGaps_)
         std::memset(row.data() + numberSize_, 0, fixedEnd_ - numberSize_);
     for (const Fixed& fixed : fixed_) {
-        const RowField& field = fields[fixed.column];
         Byte* const at = row.data() + numberSize_ + fixed.offset;
-        if (!field.isSet)
-            std::memset(at, 0, fixed.size);
-        else if (field.bytes.size() == fixed.size)
-            CopyBytes(at, field.bytes.data(), fixed.size);
+        const ByteSpan value = fields.IsSet(fixed.column) ? fields.Value(fixed.column) : ByteSpan();
+        if (value.size() == fixed.size)
+            CopyBytes(at, value.data(), fixed.size);
+        else if (fields.IsSet(fixed.column))
+            FillFixed(fixed, value, at);
         else
-            FillFixed(fixed, field.bytes, at);
+            std::memset(at, 0, fixed.size);
     }
 }
 
@@ -139,7 +181,8 @@ void RowLayout::FillFixed(const Fixed& fixed, ByteSpan value, Byte* at) const
     }
 }
 
-void RowLayout::EncodeVariable(std::span<const RowField> fields, MutableBytes row) const
+template <typename Fields>
+void RowLayout::EncodeVariable(const Fields& fields, MutableBytes row) const
 {
     // In locals, as for all that the compiler knows each byte that is written may be one of this object's.
     const std::span<const std::size_t> columns = variable_;
@@ -161,18 +204,21 @@ void RowLayout::EncodeVariable(std::span<const RowField> fields, MutableBytes ro
         StoreNumber(row, offsetAt, at, version);
         if (entry == columns.size())
             break;
-        if (columns[entry] == kNoColumn || !fields[columns[entry]].isSet)
+        const std::size_t column = columns[entry];
+        if (column == kNoColumn || !fields.IsSet(column))
             continue;
-        const RowField& field = fields[columns[entry]];
-        CopyBytes(row.data() + at, field.head.data(), field.head.size());
-        at += field.head.size();
-        CopyBytes(row.data() + at, field.bytes.data(), field.bytes.size());
-        at += field.bytes.size();
+        const ByteSpan head = fields.Head(column);
+        CopyBytes(row.data() + at, head.data(), head.size());
+        at += head.size();
+        const ByteSpan value = fields.Value(column);
+        CopyBytes(row.data() + at, value.data(), value.size());
+        at += value.size();
     }
     assert(at == offsetAt);
 }
 
-void RowLayout::EncodeMask(std::span<const RowField> fields, MutableBytes row) const
+template <typename Fields>
+void RowLayout::EncodeMask(const Fields& fields, MutableBytes row) const
 {
     const MutableBytes mask = row.last(maskSize_);
     std::uint64_t first = 0; // the bits of the first 64 fields
@@ -180,8 +226,8 @@ void RowLayout::EncodeMask(std::span<const RowField> fields, MutableBytes row) c
         std::memset(mask.data(), 0, mask.size());
     for (std::size_t i = 0; i < numbers_.size(); ++i) {
         if (numbers_[i] < kBitsAtOnce)
-            first |= std::uint64_t{fields[i].isSet} << numbers_[i];
-        else if (fields[i].isSet)
+            first |= std::uint64_t{fields.IsSet(i)} << numbers_[i];
+        else if (fields.IsSet(i))
             mask[numbers_[i] >> 3] |= static_cast<Byte>(1u << (numbers_[i] & 7));
     }
     for (std::size_t i = 0; i < std::min(mask.size(), sizeof first); ++i)

@@ -22,6 +22,12 @@ struct RowField {
     void Shrink() noexcept { bytes = head.empty() ? bytes.first(kLongValueHeaderSize) : ByteSpan(); }
 };
 
+/// What a record holds of a boolean, as its value.
+[[nodiscard]] inline bool IsTrue(ByteSpan stored) noexcept
+{
+    return !stored.empty() && stored[0] != 0;
+}
+
 /// How a column's values stand in the rows of its table.
 enum class FieldKind : Byte {
     Boolean, ///< as a bit of the null mask
@@ -47,11 +53,12 @@ public:
     [[nodiscard]] bool HasLongValues() const noexcept { return hasLongValues_; }
     /// Bytes of the row of these fields, given by column index. Only their sizes are looked at.
     [[nodiscard]] std::size_t Measure(std::span<const RowField> fields) const;
-    /// The same, when the fields that are neither fixed nor booleans have so many bytes.
-    [[nodiscard]] std::size_t Measure(std::size_t variableBytes) const;
     /// Writes the row; `row` has exactly Measure() bytes, none of which belongs to a field. A fixed text or binary
     /// field that is shorter than its column is filled up with blanks or zeros.
     void Encode(std::span<const RowField> fields, MutableBytes row) const;
+    /// The same straight from a record, whose columns have no long values.
+    [[nodiscard]] std::size_t Measure(const Record& record) const;
+    void Encode(const Record& record, MutableBytes row) const;
 
 private:
     struct Fixed {
@@ -62,11 +69,18 @@ private:
     };
     static constexpr std::size_t kNoColumn = ~std::size_t{0};
 
+    [[nodiscard]] std::size_t SizeWith(std::size_t variableBytes) const;
     [[nodiscard]] std::size_t JumpTableSize(std::size_t sizeWithout) const;
-    void EncodeFixed(std::span<const RowField> fields, MutableBytes row) const;
+    // `Fields` tells of each column whether it is set, its bytes, and what stands before them.
+    template <typename Fields>
+    void EncodeAll(const Fields& fields, MutableBytes row) const;
+    template <typename Fields>
+    void EncodeFixed(const Fields& fields, MutableBytes row) const;
+    template <typename Fields>
+    void EncodeVariable(const Fields& fields, MutableBytes row) const;
+    template <typename Fields>
+    void EncodeMask(const Fields& fields, MutableBytes row) const;
     void FillFixed(const Fixed& fixed, ByteSpan value, Byte* at) const;
-    void EncodeVariable(std::span<const RowField> fields, MutableBytes row) const;
-    void EncodeMask(std::span<const RowField> fields, MutableBytes row) const;
 
     JetVersion version_;
     std::size_t numberSize_;

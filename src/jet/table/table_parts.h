@@ -23,7 +23,7 @@ struct RowScratch {
 
     Bytes oldRow;                 ///< the row as it was
     Record before;                ///< the same, read
-    std::vector<RowField> fields; ///< by column index
+    std::vector<RowField> fields; ///< by column index, of a table with long values
     LongFields longFields;
     std::vector<Key> keys; ///< by real index
     std::vector<Key> oldKeys;
@@ -74,7 +74,9 @@ public:
 private:
     using Key = RowScratch::Key;
 
+    void MeasureRow(const Record& record, bool isUpdate);
     void PrepareFields(const Record& record, bool isUpdate);
+    void Encode(const Record& record, MutableBytes row) const;
     void CheckMayBeNull(std::size_t column, bool isUpdate) const;
     void PrepareLongValue(std::size_t column, const Record& record, ByteSpan stored, bool isUpdate);
     void MakeKeys(const Record& record, std::vector<Key>& keys) const;
