@@ -46,6 +46,7 @@ void ColumnImport::velImportNodeColumns(ElementId element, TableNumber number)
     Procedure(job_, "velImportNodeColumns", [&](Step& step) {
         TableSink& sink = sinks_[number];
         for (ElementId leaf = document_.FirstChild(element); leaf != kNoElement; leaf = document_.NextSibling(leaf)) {
+            document_.Passed(leaf);
             const PathPlan& plan = PlanOf(leaf);
             if (plan.isEntered || document_.ChildCount(leaf) > 0)
                 continue;

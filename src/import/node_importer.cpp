@@ -65,6 +65,7 @@ void NodeImporter::velImportNode()
                 continue;
             }
             level.child = document_.NextSibling(child);
+            document_.Passed(child);
             ImportChild(level, child, step); // may add a level
         }
     });
@@ -75,7 +76,6 @@ void NodeImporter::Enter(ElementId element, TableNumber parentSink, std::int32_t
     job_.host.ProcessEvents();
     job_.log.Trace("velImportNode: "); // like every procedure's name, also when the run ends here
     ThrowIfAborted(job_.settings);
-    document_.Passed(element);
     Level level{.element = element,
                 .child = document_.FirstChild(element),
                 .sink = columns_.PlanOf(element).table,
