@@ -9,6 +9,9 @@ namespace velmora {
 // What PagedMemory asks the system for: blocks of whole pages, in memory or, with a `file`, what TemporaryFile::Map
 // gives.
 
+/// Blocks of this size and more had better be multiples of it: a system that knows pages of 2 MiB uses them then.
+inline constexpr std::size_t kLargeBlockBytes = std::size_t{2} << 20;
+
 /// `block` with room for `bytes` instead of `before`, its content kept and zeros behind it; it may have moved. nullptr
 /// when that is not to be had: `block` is as it was then. A null `block` becomes a new one, in memory.
 [[nodiscard]] void* GrownBlock(void* block, std::size_t before, std::size_t bytes, TemporaryFile* file);

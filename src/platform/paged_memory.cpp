@@ -13,7 +13,8 @@ constexpr std::size_t kGranuleBytes = std::size_t{64} * 1024; // a multiple of e
 
 std::size_t RoundUp(std::size_t bytes)
 {
-    return (bytes + kGranuleBytes - 1) / kGranuleBytes * kGranuleBytes;
+    const std::size_t granule = bytes < kLargeBlockBytes ? kGranuleBytes : kLargeBlockBytes;
+    return (bytes + granule - 1) / granule * granule;
 }
 
 /// Gives every written piece back to the system at once, so that the move does not need the memory twice.
