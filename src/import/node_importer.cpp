@@ -115,7 +115,7 @@ void NodeImporter::FindRecordAround(Level& level) const
 /// Builds the element's record, again and again for a while when somebody else holds a lock.
 void NodeImporter::BuildRecord(Level& level, Step& step)
 {
-    const LockWait wait(locks_);
+    LockWait wait(locks_);
     const auto startAgain = [&] {
         columns_.Writer().Abandon();
         if (wait.IsOver())

@@ -18,9 +18,12 @@ std::chrono::milliseconds LockWait::Now() const
     return std::chrono::duration_cast<std::chrono::milliseconds>(std::chrono::steady_clock::now().time_since_epoch());
 }
 
-bool LockWait::IsOver() const
+bool LockWait::IsOver()
 {
-    return Now() - begin_ >= kRetryTime;
+    const std::chrono::milliseconds now = Now();
+    if (!begin_)
+        begin_ = now;
+    return now - *begin_ >= kRetryTime;
 }
 
 void LockWait::Pause() const

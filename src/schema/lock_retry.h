@@ -5,6 +5,7 @@
 #include <chrono>
 #include <concepts>
 #include <functional>
+#include <optional>
 
 namespace velmora {
 
@@ -36,19 +37,20 @@ void RetryWhile(bool (*passing)(const RuntimeError&) noexcept, Attempt&& attempt
     }
 }
 
-/// The time that a lock is waited for when nobody is asked: 10 seconds from the first try.
+/// The time that a lock is waited for when nobody is asked: 10 seconds from the first try that has failed.
 class LockWait {
 public:
     explicit LockWait(const LockSeam& seam) : seam_(seam) {}
 
-    [[nodiscard]] bool IsOver() const;
+    /// To be asked after each try that has failed.
+    [[nodiscard]] bool IsOver();
     void Pause() const;
 
 private:
     [[nodiscard]] std::chrono::milliseconds Now() const;
 
     const LockSeam& seam_;
-    std::chrono::milliseconds begin_ = Now();
+    std::optional<std::chrono::milliseconds> begin_; ///< of the waiting
 };
 
 } // namespace velmora
