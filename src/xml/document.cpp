@@ -77,13 +77,10 @@ bool IsBlank(std::string_view text) noexcept
                        [](char c) { return c == ' ' || c == '\n' || c == '\t' || c == '\r'; });
 }
 
-void Document::NotePassage(ElementId element) const noexcept
+void Document::GiveBack(Passage passage) const noexcept
 {
-    const ElementRecord& record = impl_->elements[element];
-    TextRange text = record.content;
-    if (text.lengthBytes == 0 && record.firstAttribute < impl_->attributes.Size())
-        text = impl_->attributes[record.firstAttribute].value;
-    impl_->NotePassage(element, text.lengthBytes == 0 ? impl_->SlotOfPassage() : text.slot);
+    impl_->GiveBack();
+    passage_ = passage;
 }
 
 } // namespace velmora

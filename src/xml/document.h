@@ -40,7 +40,7 @@ private:
 inline constexpr std::size_t kTextSlotBytes = 4;
 
 struct TextRange {
-    std::uint32_t slot = 0; ///< first byte divided by kTextSlotBytes
+    std::uint32_t slot = 0; ///< first byte divided by kTextSlotBytes; of no bytes, where they would be
     std::uint32_t lengthBytes = 0;
 };
 
@@ -74,6 +74,31 @@ struct AttributeRecord {
 enum class Blanks : std::uint8_t {
     BesideChildrenDropped, ///< between children they are no content, the others are as they stand
     KeptBesideText,        ///< they are content of an element that has other text
+};
+
+/// Where a walk over a document was when what it had passed left the memory last.
+class Passage {
+public:
+    Passage() = default;
+    /// `slot` is where the texts are that the walk comes to.
+    Passage(std::size_t element, std::size_t slot) noexcept : element_(element), slot_(slot) {}
+
+    /// Is that far away by now?
+    [[nodiscard]] bool IsFar(std::size_t element, std::size_t slot) const noexcept
+    {
+        constexpr std::size_t kBytes = std::size_t{8} << 20;
+        return IsFar(element, element_, kBytes / sizeof(ElementRecord)) || IsFar(slot, slot_, kBytes / kTextSlotBytes);
+    }
+
+private:
+    /// More than `distance`, whichever is the greater one.
+    [[nodiscard]] static bool IsFar(std::size_t a, std::size_t b, std::size_t distance) noexcept
+    {
+        return a - b + distance > 2 * distance;
+    }
+
+    std::size_t element_ = 0;
+    std::size_t slot_ = 0;
 };
 
 /// One XML document, parsed once into a compact tree: flat arrays, names interned, text in one arena. Never changes
@@ -141,8 +166,13 @@ public:
     /// leaves it.
     void Passed(ElementId element) const noexcept
     {
-        if (arrays_.areInFile)
-            NotePassage(element);
+        if (!arrays_.areInFile)
+            return;
+        const ElementRecord& record = arrays_.elements[element];
+        const std::uint32_t slot = record.content.slot;
+        // What has children has its text behind theirs, far away: leaves tell where the walk is.
+        if (record.childCount == 0 && passage_.IsFar(element, slot))
+            GiveBack({element, slot});
     }
 
 private:
@@ -172,10 +202,11 @@ private:
         return {arrays_.text + range.slot * kTextSlotBytes, range.lengthBytes};
     }
 
-    void NotePassage(ElementId element) const noexcept;
+    void GiveBack(Passage passage) const noexcept;
 
     std::unique_ptr<Impl> impl_;
     Arrays arrays_;
+    mutable Passage passage_; ///< of whoever walks
 };
 
 } // namespace velmora

@@ -23,7 +23,7 @@ inline TextRange DocumentBuilder::CloseText(std::size_t begin)
 {
     const std::size_t length = data_.text.Size() - begin;
     if (length == 0)
-        return {};
+        return {static_cast<std::uint32_t>(begin / kTextSlotBytes), 0};
     if (length > kMaxText)
         throw std::length_error("a text is longer than 4 GB");
     if (begin / kTextSlotBytes > kMaxText)
@@ -129,7 +129,15 @@ void DocumentBuilder::StartElement(std::string_view name, const char* const* att
     open_.push_back({.id = id, .path = path, .mixedBegin = mixed_.size()});
     AddAttributes(path, attributes);
     pieceBegin_ = data_.text.Size();
-    data_.NotePassage(id, pieceBegin_ / kTextSlotBytes);
+    if (data_.budget.isExceeded)
+        GiveBackPassed(id);
+}
+
+void DocumentBuilder::GiveBackPassed(ElementId element) const noexcept
+{
+    const std::size_t slot = pieceBegin_ / kTextSlotBytes;
+    if (document_.passage_.IsFar(element, slot))
+        document_.GiveBack({element, slot});
 }
 
 void DocumentBuilder::Text(std::string_view piece)

@@ -79,6 +79,7 @@ private:
     [[nodiscard]] std::uint32_t GroupOf(ElementId parent, PathId path);
     void ClosePieceBesideChild();
     void TakePieceBesideChild();
+    void GiveBackPassed(ElementId element) const noexcept;
     [[nodiscard]] TextRange CloseText(std::size_t begin);
 
     Document document_;

@@ -124,13 +124,12 @@ std::size_t PathTree::Size() const noexcept
     return impl_->nodes.size();
 }
 
-void Document::Impl::GiveBack(Passage passage) noexcept
+void Document::Impl::GiveBack() const noexcept
 {
     elements.GiveBack();
     groups.GiveBack();
     attributes.GiveBack();
     text.GiveBack();
-    passage_ = passage;
 }
 
 } // namespace velmora

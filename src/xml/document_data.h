@@ -38,15 +38,8 @@ class Document::Impl {
 public:
     explicit Impl(MemoryBudget memory = MemoryBudget(0)) : budget(std::move(memory)) {}
 
-    /// A walk has come to `element`, with texts about `slot`. What it has passed leaves the memory from time to time,
-    /// of arrays that are in a file.
-    void NotePassage(std::size_t element, std::size_t slot) noexcept
-    {
-        if (budget.isExceeded &&
-            (IsFar(element, passage_.element, sizeof(ElementRecord)) || IsFar(slot, passage_.slot, kTextSlotBytes)))
-            GiveBack({element, slot});
-    }
-    [[nodiscard]] std::size_t SlotOfPassage() const noexcept { return passage_.slot; }
+    /// Arrays that are in a file leave the memory.
+    void GiveBack() const noexcept;
 
     MemoryBudget budget; ///< before the arrays: they give back to it
     PagedArray<ElementRecord> elements{budget};
@@ -55,22 +48,6 @@ public:
     PagedArray<char> text{budget};
     NameTable names;
     PathTree paths;
-
-private:
-    /// Where a walk was when the memory was given back last.
-    struct Passage {
-        std::size_t element = 0;
-        std::size_t slot = 0;
-    };
-    static constexpr std::size_t kPassageBytes = std::size_t{8} << 20;
-
-    [[nodiscard]] static bool IsFar(std::size_t a, std::size_t b, std::size_t itemBytes) noexcept
-    {
-        return (a < b ? b - a : a - b) > kPassageBytes / itemBytes;
-    }
-    void GiveBack(Passage passage) noexcept;
-
-    Passage passage_;
 };
 
 } // namespace velmora
