@@ -48,7 +48,7 @@ void ColumnImport::velImportNodeColumns(ElementId element, TableNumber number)
         for (ElementId leaf = document_.FirstChild(element); leaf != kNoElement; leaf = document_.NextSibling(leaf)) {
             document_.Passed(leaf);
             const PathPlan& plan = PlanOf(leaf);
-            if (plan.isEntered || document_.ChildCount(leaf) > 0)
+            if (plan.isEntered || document_.HasChildren(leaf))
                 continue;
             const std::string_view text = TextOf(plan, leaf);
             const ValueOrigin origin{.element = leaf, .isOffered = HasText(text)};
@@ -236,7 +236,7 @@ void ColumnImport::ImportTextOfRecord(ElementId element, TableNumber number)
 {
     const PathPlan& plan = PlanOf(element);
     const std::string_view text = TextOf(plan, element);
-    if (text.empty() && document_.ChildCount(element) > 0)
+    if (text.empty() && document_.HasChildren(element))
         return;
     if (!KeepsForLater(plan.ownText, text, {.element = element, .isOffered = HasText(text)}))
         ImportOwnText(element, sinks_[number]);

@@ -196,7 +196,7 @@ void NodeImporter::ImportChild(Level& level, ElementId child, Step& step)
         return;
     }
     step([this, child] { return AboutTag(child); });
-    if (document_.ChildCount(child) > 0) {
+    if (document_.HasChildren(child)) {
         const TableNumber sink = level.sink;
         const std::int32_t key = level.key;
         Enter(child, sink, key, step);
@@ -219,7 +219,7 @@ void NodeImporter::ImportChildOfWrapper(const Level& level, ElementId child, Ste
                                "; without +skip_empty it is imported (+complete imports them)");
     if (plan.isRepeatedLeaf)
         columns_.velImportTwinBabyElements(child, parentKey, parentSink);
-    if (document_.ChildCount(child) > 0)
+    if (document_.HasChildren(child))
         Enter(child, parentSink, parentKey, step);
 }
 

@@ -98,7 +98,7 @@ LossReason ValueAccount::ReasonOfText(ElementId element) const
 {
     if (!textRefused_.empty() && textRefused_[element] != LossReason::None)
         return textRefused_[element];
-    return document_.ChildCount(element) > 0 ? LossReason::BesideChildren : LossReason::NoRecord;
+    return document_.HasChildren(element) ? LossReason::BesideChildren : LossReason::NoRecord;
 }
 
 ValueAccount::Loss ValueAccount::Settle(bool attributesImported) const

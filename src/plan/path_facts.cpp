@@ -54,8 +54,8 @@ std::vector<PathFacts> GatherFacts(const Document& document, bool looksAtForms, 
         const PathId path = document.Path(element);
         PathFacts& fact = facts[path];
         ++fact.count;
-        fact.hasChildren = fact.hasChildren || document.ChildCount(element) > 0;
-        fact.isRepeated = fact.isRepeated || document.SameTagCount(element) > 1;
+        fact.hasChildren = fact.hasChildren || document.HasChildren(element);
+        fact.isRepeated = fact.isRepeated || document.IsRepeated(element);
         const std::string_view text = document.Content(element);
         const bool isEmpty = IsBlank(text);
         fact.hasText = fact.hasText || !isEmpty;

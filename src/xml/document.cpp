@@ -77,6 +77,11 @@ bool IsBlank(std::string_view text) noexcept
                        [](char c) { return c == ' ' || c == '\n' || c == '\t' || c == '\r'; });
 }
 
+std::uint32_t Document::MostTwins(PathId path) const noexcept
+{
+    return path < impl_->mostTwins.size() ? impl_->mostTwins[path] : 0;
+}
+
 void Document::GiveBack(Passage passage) const noexcept
 {
     impl_->GiveBack();

@@ -44,22 +44,25 @@ struct TextRange {
     std::uint32_t lengthBytes = 0;
 };
 
-/// Elements stand in the order of their start tags: the first child of an element is the element behind it, and the
-/// attributes of an element end where those of the element behind it begin.
-struct ElementRecord {
-    std::uint32_t group = 0; ///< SiblingGroup it belongs to
-    ElementId nextSibling = kNoElement;
-    std::uint32_t childCount = 0;
-    std::uint32_t firstAttribute = 0;
-    TextRange content;
-};
-static_assert(sizeof(ElementRecord) == 24);
+inline constexpr unsigned kPathBits = 29;
 
-/// The children of one parent that bear one tag.
-struct SiblingGroup {
-    ElementId parent = kNoElement;
-    PathId path = 0;
-    std::uint32_t count = 0;
+/// Elements stand in the order of their start tags: the first child of an element is the element behind it, and the
+/// attributes of an element end where those of the element behind it begin. Most elements have no children, and are
+/// kept short: what the others have besides stands in a ParentRecord.
+struct ElementRecord {
+    std::uint32_t path : kPathBits = 0;
+    std::uint32_t isRepeated : 1 = 0; ///< its parent has other children with its tag
+    std::uint32_t isLast : 1 = 0;     ///< of its parent's children
+    std::uint32_t isParent : 1 = 0;   ///< has children
+    std::uint32_t firstAttribute = 0;
+    TextRange content; ///< of a parent `slot` is the number of its ParentRecord
+};
+static_assert(sizeof(ElementRecord) == 16);
+
+struct ParentRecord {
+    ElementId end = kNoElement; ///< the first element behind all that stand in it
+    std::uint32_t childCount = 0;
+    TextRange content;
 };
 
 struct AttributeRecord {
@@ -126,26 +129,34 @@ public:
     // Of one element. All O(1), and asked so often that they stand here.
     [[nodiscard]] ElementId Root() const noexcept { return IsEmpty() ? kNoElement : 0; }
     [[nodiscard]] NameId Name(ElementId element) const noexcept { return Paths().Name(Path(element)); }
-    [[nodiscard]] PathId Path(ElementId element) const noexcept { return Group(element).path; }
-    [[nodiscard]] ElementId Parent(ElementId element) const noexcept { return Group(element).parent; }
+    [[nodiscard]] PathId Path(ElementId element) const noexcept { return arrays_.elements[element].path; }
+    [[nodiscard]] bool HasChildren(ElementId element) const noexcept { return arrays_.elements[element].isParent != 0; }
     [[nodiscard]] ElementId FirstChild(ElementId element) const noexcept
     {
-        return ChildCount(element) == 0 ? kNoElement : element + 1;
+        return HasChildren(element) ? element + 1 : kNoElement;
     }
     [[nodiscard]] ElementId NextSibling(ElementId element) const noexcept
     {
-        return arrays_.elements[element].nextSibling;
+        const ElementRecord& record = arrays_.elements[element];
+        if (record.isLast != 0)
+            return kNoElement;
+        return record.isParent != 0 ? Parent(record).end : element + 1;
     }
     [[nodiscard]] std::uint32_t ChildCount(ElementId element) const noexcept
     {
-        return arrays_.elements[element].childCount;
+        const ElementRecord& record = arrays_.elements[element];
+        return record.isParent != 0 ? Parent(record).childCount : 0;
     }
-    /// How many children of the element's parent bear its tag, itself included; 1 for the document element.
-    [[nodiscard]] std::uint32_t SameTagCount(ElementId element) const noexcept { return Group(element).count; }
+    /// Does its parent have other children with its tag?
+    [[nodiscard]] bool IsRepeated(ElementId element) const noexcept
+    {
+        return arrays_.elements[element].isRepeated != 0;
+    }
     /// The element's own character data, pieces joined; white space between child elements as Blanks says.
     [[nodiscard]] std::string_view Content(ElementId element) const noexcept
     {
-        return Text(arrays_.elements[element].content);
+        const ElementRecord& record = arrays_.elements[element];
+        return Text(record.isParent != 0 ? Parent(record).content : record.content);
     }
     [[nodiscard]] std::uint32_t AttributeCount(ElementId element) const noexcept
     {
@@ -162,6 +173,10 @@ public:
         return Text(Attribute(element, index).value);
     }
 
+    /// Of the elements at `path` that have no children: with how many others of its tag one stands in its parent, at
+    /// the most. 0 for a path that was added later.
+    [[nodiscard]] std::uint32_t MostTwins(PathId path) const noexcept;
+
     /// To be told by a walk, at each element that it comes to: of a document too large for the memory, what was passed
     /// leaves it.
     void Passed(ElementId element) const noexcept
@@ -171,7 +186,7 @@ public:
         const ElementRecord& record = arrays_.elements[element];
         const std::uint32_t slot = record.content.slot;
         // What has children has its text behind theirs, far away: leaves tell where the walk is.
-        if (record.childCount == 0 && passage_.IsFar(element, slot))
+        if (record.isParent == 0 && passage_.IsFar(element, slot))
             GiveBack({element, slot});
     }
 
@@ -181,7 +196,7 @@ private:
     /// Where the arrays lie when all of the document has been loaded.
     struct Arrays {
         const ElementRecord* elements = nullptr;
-        const SiblingGroup* groups = nullptr;
+        const ParentRecord* parents = nullptr;
         const AttributeRecord* attributes = nullptr;
         const char* text = nullptr;
         std::size_t elementCount = 0;
@@ -189,9 +204,9 @@ private:
         bool areInFile = false; ///< some of them
     };
 
-    [[nodiscard]] const SiblingGroup& Group(ElementId element) const noexcept
+    [[nodiscard]] const ParentRecord& Parent(const ElementRecord& record) const noexcept
     {
-        return arrays_.groups[arrays_.elements[element].group];
+        return arrays_.parents[record.content.slot];
     }
     [[nodiscard]] const AttributeRecord& Attribute(ElementId element, std::uint32_t index) const noexcept
     {

@@ -65,6 +65,8 @@ PathId DocumentBuilder::LearnPath(const OpenElement& parent, std::string_view na
 {
     const NameId id = data_.names.Intern(name);
     const PathId path = data_.paths.Child(parent.path, id);
+    if (path >> kPathBits != 0)
+        throw std::length_error("the document has too many different paths");
     if (path >= states_.size())
         states_.resize(path + std::size_t{1});
     GuessesBehindLast(parent).Learn(data_.names.Text(id), path);
@@ -95,18 +97,27 @@ NameId DocumentBuilder::LearnAttribute(Guesses<NameId>& guesses, std::string_vie
     return id;
 }
 
-/// The group of the children of `parent` at `path`, counted up by one. When another group of this path was made after
-/// it, `parent` is closed: elements of one path never stand inside each other. So only the last one has to be
-/// remembered.
-inline std::uint32_t DocumentBuilder::GroupOf(ElementId parent, PathId path)
+/// Counts `element`, a child of `parent`. True when it is not the first one.
+inline bool DocumentBuilder::CountTwin(Twins& twins, ElementId parent, ElementId element)
 {
-    std::uint32_t& group = states_[path].lastGroup;
-    if (group == kNoGroup || data_.groups[group].parent != parent) {
-        group = static_cast<std::uint32_t>(data_.groups.Size());
-        data_.groups.Add({parent, path, 0});
+    if (twins.count == 0 || twins.parent != parent) {
+        twins = {.parent = parent, .first = element, .count = 1, .hasLeaf = false, .most = twins.most};
+        return false;
     }
-    ++data_.groups[group].count;
-    return group;
+    if (++twins.count == 2)
+        data_.elements[twins.first].isRepeated = 1;
+    if (twins.hasLeaf)
+        twins.most = std::max(twins.most, twins.count - 1);
+    return true;
+}
+
+/// Its first child has come.
+void DocumentBuilder::BeginChildren(OpenElement& parent)
+{
+    ElementRecord& record = data_.elements[parent.id];
+    record.isParent = 1;
+    record.content.slot = static_cast<std::uint32_t>(data_.parents.Size());
+    data_.parents.Add({});
 }
 
 void DocumentBuilder::StartElement(std::string_view name, const char* const* attributes)
@@ -117,13 +128,13 @@ void DocumentBuilder::StartElement(std::string_view name, const char* const* att
     ClosePieceBesideChild();
     OpenElement& above = open_.back();
     const PathId path = PathOf(above, name);
-    if (above.lastChild != kNoElement)
-        data_.elements[above.lastChild].nextSibling = id;
+    if (above.childCount++ == 0 && above.id != kNoElement)
+        BeginChildren(above);
     above.lastChild = id;
     above.lastChildPath = path;
-    ++above.childCount;
     ElementRecord record;
-    record.group = GroupOf(above.id, path);
+    record.path = path;
+    record.isRepeated = CountTwin(states_[path].twins, above.id, id);
     record.firstAttribute = static_cast<std::uint32_t>(data_.attributes.Size());
     data_.elements.Add(record);
     open_.push_back({.id = id, .path = path, .mixedBegin = mixed_.size()});
@@ -149,23 +160,37 @@ void DocumentBuilder::EndElement()
 {
     const OpenElement& element = open_.back();
     if (element.childCount != 0) {
-        ClosePieceBesideChild();
-        const char* const text = mixed_.data() + element.mixedBegin;
-        const std::size_t length = mixed_.size() - element.mixedBegin;
-        if (blanks_ != Blanks::KeptBesideText || !IsBlank({text, length}))
-            data_.text.Append(text, length);
-        mixed_.resize(element.mixedBegin);
+        EndParent(element);
+    } else {
+        data_.elements[element.id].content = CloseText(pieceBegin_);
+        Twins& twins = states_[element.path].twins;
+        twins.hasLeaf = true;
+        twins.most = std::max(twins.most, twins.count - 1);
     }
-    ElementRecord& record = data_.elements[element.id];
-    record.childCount = element.childCount;
-    record.content = CloseText(pieceBegin_);
     open_.pop_back();
     pieceBegin_ = data_.text.Size();
 }
 
-Document DocumentBuilder::Take() noexcept
+void DocumentBuilder::EndParent(const OpenElement& element)
 {
-    document_.arrays_ = {data_.elements.Data(),   data_.groups.Data(),
+    ClosePieceBesideChild();
+    const std::string_view text = std::string_view(mixed_).substr(element.mixedBegin);
+    if (blanks_ != Blanks::KeptBesideText || !IsBlank(text))
+        data_.text.Append(text.data(), text.size());
+    mixed_.resize(element.mixedBegin);
+    data_.elements[element.lastChild].isLast = 1;
+    ParentRecord& record = data_.parents[data_.elements[element.id].content.slot];
+    record = {static_cast<ElementId>(data_.elements.Size()), element.childCount, CloseText(pieceBegin_)};
+}
+
+Document DocumentBuilder::Take()
+{
+    if (data_.elements.Size() != 0)
+        data_.elements[0].isLast = 1;
+    data_.mostTwins.reserve(states_.size());
+    for (const PathState& state : states_)
+        data_.mostTwins.push_back(state.twins.most);
+    document_.arrays_ = {data_.elements.Data(),   data_.parents.Data(),
                          data_.attributes.Data(), data_.text.Data(),
                          data_.elements.Size(),   static_cast<std::uint32_t>(data_.attributes.Size()),
                          data_.budget.isExceeded};

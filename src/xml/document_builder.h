@@ -23,7 +23,7 @@ public:
     /// Tag of the innermost open element; empty when none is open.
     [[nodiscard]] std::string_view OpenTag() const noexcept;
     /// The finished document. The builder is of no use afterwards.
-    [[nodiscard]] Document Take() noexcept;
+    [[nodiscard]] Document Take();
 
 private:
     struct OpenElement {
@@ -63,12 +63,20 @@ private:
         };
         Guess first_, second_;
     };
-    static constexpr std::uint32_t kNoGroup = ~std::uint32_t{0};
+    /// The children of one parent at one path, those of the parent that had some last. When another parent has some,
+    /// that one is closed: elements of one path never stand inside each other.
+    struct Twins {
+        ElementId parent = kNoElement;
+        ElementId first = kNoElement;
+        std::uint32_t count = 0;
+        bool hasLeaf = false;
+        std::uint32_t most = 0; ///< beside one without children, of all parents
+    };
     struct PathState {
         Guesses<PathId> firstChild;
         Guesses<PathId> nextSibling;
         Guesses<NameId> firstAttribute;
-        std::uint32_t lastGroup = kNoGroup; ///< the group made last
+        Twins twins;
     };
 
     [[nodiscard]] PathId PathOf(const OpenElement& parent, std::string_view name);
@@ -76,7 +84,9 @@ private:
     [[nodiscard]] Guesses<PathId>& GuessesBehindLast(const OpenElement& parent);
     void AddAttributes(PathId path, const char* const* attributes);
     [[nodiscard]] NameId LearnAttribute(Guesses<NameId>& guesses, std::string_view name);
-    [[nodiscard]] std::uint32_t GroupOf(ElementId parent, PathId path);
+    [[nodiscard]] bool CountTwin(Twins& twins, ElementId parent, ElementId element);
+    void BeginChildren(OpenElement& parent);
+    void EndParent(const OpenElement& element);
     void ClosePieceBesideChild();
     void TakePieceBesideChild();
     void GiveBackPassed(ElementId element) const noexcept;

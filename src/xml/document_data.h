@@ -43,11 +43,12 @@ public:
 
     MemoryBudget budget; ///< before the arrays: they give back to it
     PagedArray<ElementRecord> elements{budget};
-    PagedArray<SiblingGroup> groups{budget};
+    PagedArray<ParentRecord> parents{budget};
     PagedArray<AttributeRecord> attributes{budget};
     PagedArray<char> text{budget};
     NameTable names;
     PathTree paths;
+    std::vector<std::uint32_t> mostTwins; ///< by path
 };
 
 } // namespace velmora

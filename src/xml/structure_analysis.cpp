@@ -129,8 +129,9 @@ Occurrence StructureAnalyser::Look(ElementId element) const
 {
     Occurrence seen;
     seen.childCount = static_cast<std::int32_t>(document_.ChildCount(element));
-    if (seen.childCount == 0)
-        seen.twinCount = static_cast<std::int32_t>(document_.SameTagCount(element)) - 1;
+    // The greatest number at its path stands for each: nobody asks for more than that, and whether there are any.
+    if (seen.childCount == 0 && document_.IsRepeated(element))
+        seen.twinCount = static_cast<std::int32_t>(document_.MostTwins(document_.Path(element)));
     seen.attributeCount = static_cast<std::int32_t>(document_.AttributeCount(element));
     seen.content = document_.Content(element);
     return seen;

@@ -256,10 +256,10 @@ TEST(DocumentLoader, TakesOnlyTheElementsAtSomePaths)
         std::vector<std::string> unmatched{};
     };
     const Case cases[] = {
-        {"//a/b/c", "a x1\n b x2\n  c k=1 [1] x1\n   d [2] x1\n b x2\n  c [4] x1\n"},
+        {"//a/b/c", "a x1\n b xn\n  c k=1 [1] x1\n   d [2] x1\n b xn\n  c [4] x1\n"},
         {"a/b/c/d;//a/e", "a x1\n b x1\n  c x1\n   d [2] x1\n e [6] x1\n"},
         {"//a/b;//a/b/c;//a/x/y;//b",
-         "a x1\n b [0] x2\n  c k=1 [1] x1\n   d [2] x1\n b x2\n  c [4] x1\n",
+         "a x1\n b [0] xn\n  c k=1 [1] x1\n   d [2] x1\n b xn\n  c [4] x1\n",
          {"//a/x/y", "//b"}},
         {"//a/b/@k", "", {"//a/b/@k"}},
     };

@@ -34,7 +34,8 @@ TEST(Document, KeepsWhatTheFileHolds)
         {"tags are counted per parent", "<a><b/><c/><b/><d><b/></d><b/></a>",
          "a x1\n b x3\n c x1\n b x3\n d x1\n  b x1\n b x3\n"},
         {"parents of one path count apart", "<a><b><c/><c/></b><b><c/></b></a>",
-         "a x1\n b x2\n  c x2\n  c x2\n b x2\n  c x1\n"},
+         "a x1\n b xn\n  c x2\n  c x2\n b xn\n  c x1\n"},
+        {"also beside one that has children", "<a><b><c/></b><b/><b/></a>", "a x1\n b x3\n  c x1\n b x3\n b x3\n"},
         {"line ends become LF", "<a>1\r\n2\r3</a>", "a [1\n2\n3] x1\n"},
     };
     for (const Case& c : cases) {
@@ -57,10 +58,10 @@ TEST(Document, ElementsAndAttributesMayComeInAnyOrder)
                                              " a y=3 x=4 z=5 x3\n"
                                              " ab xy=6 x1\n"
                                              " a x3\n"
-                                             " c x=7 x2\n"
+                                             " c x=7 xn\n"
                                              "  b x1\n"
                                              "  a x1\n"
-                                             " c y=8 x2\n"
+                                             " c y=8 xn\n"
                                              "  a x1\n"
                                              "  b x1\n"
                                              "   a x1\n");

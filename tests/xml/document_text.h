@@ -7,12 +7,14 @@
 
 namespace velmora::testing {
 
-/// One line per element: tag, attributes, content in brackets when there is any, and how many siblings bear the tag.
+/// One line per element: tag, attributes, content in brackets when there is any, and what is known of its siblings and
+/// children.
 inline std::string DocumentText(const Document& document)
 {
     std::string text;
     for (ElementId element = 0; element < document.ElementCount(); ++element) {
-        for (ElementId above = document.Parent(element); above != kNoElement; above = document.Parent(above))
+        const PathTree& paths = document.Paths();
+        for (PathId above = paths.Parent(document.Path(element)); above != 0; above = paths.Parent(above))
             text += ' ';
         text += document.NameText(document.Name(element));
         for (std::uint32_t i = 0; i < document.AttributeCount(element); ++i) {
@@ -21,7 +23,9 @@ inline std::string DocumentText(const Document& document)
         }
         if (!document.Content(element).empty())
             text.append(" [").append(document.Content(element)).append("]");
-        text.append(" x").append(std::to_string(document.SameTagCount(element))).append("\n");
+        const std::uint32_t most = document.MostTwins(document.Path(element));
+        const std::string repeated = most == 0 ? "n" : std::to_string(most + 1);
+        text.append(" x").append(document.IsRepeated(element) ? repeated : "1").append("\n");
     }
     return text;
 }
