@@ -114,9 +114,9 @@ test-sanitize:
 test-tsan:
 	@tools/setup.sh $(CLANG)
 	@cmake --preset tsan --log-level=WARNING
-	@cmake --build --preset tsan --parallel $(JOBS) --target platform_test xml_test driver_test
-	@for folder in platform xml driver; do \
-	    TSAN_OPTIONS=halt_on_error=1 VELMORA_TEST_THREADS=3 build/tsan/tests/$$folder/$${folder}_test \
+	@cmake --build --preset tsan --parallel $(JOBS) --target platform_test jet_store_test jet_model_test xml_test driver_test
+	@for program in platform/platform jet/store/jet_store jet/face/jet_model xml/xml driver/driver; do \
+	    TSAN_OPTIONS=halt_on_error=1 VELMORA_TEST_THREADS=3 build/tsan/tests/$${program}_test \
 	        --gtest_brief=1 --gtest_filter='$(TSAN_TESTS)' || exit 1; \
 	done
 

@@ -10,6 +10,7 @@
 #include "jet/store/overlay_file_system.h"
 #include "jet/store/pager.h"
 #include "jet/store/recovery.h"
+#include "jet/store/write_behind_file.h"
 
 #include <array>
 #include <string>
@@ -106,6 +107,15 @@ private:
     std::unique_ptr<File> old_;
     bool isMade_ = false;
 };
+
+/// The file of a pager that changes it.
+std::unique_ptr<File> WithThread(std::unique_ptr<File> file, int threads)
+{
+    constexpr std::uint64_t kBytesAtOnce = std::uint64_t{1} << 20;
+    if (threads < 2)
+        return file;
+    return std::make_unique<WriteBehindFile>(std::move(file), kBytesAtOnce);
+}
 
 /// Refuses what is no database of ours before anything is made beside it.
 void CheckHeader(File& file)
@@ -206,21 +216,21 @@ bool Connection::IsDatabase(const std::filesystem::path& path, FileSystem& syste
 }
 
 std::unique_ptr<Connection> Connection::Create(const std::filesystem::path& path, JetVersion version, Existing existing,
-                                               FileSystem& system)
+                                               FileSystem& system, int threads)
 {
     const std::filesystem::path target = system.Resolve(path);
     auto unfinished = std::make_unique<UnfinishedDatabase>(system, target, existing);
     auto lock = std::make_unique<LockFile>(system, target);
     // One moment for the header and all objects: owner ids depend on the first, and Access shows the others.
     const DateTime now = system.LocalTime();
-    std::unique_ptr<Pager> pager = Pager::Create(unfinished->Make(), {version, now.days}, Pager::kDefaultCacheBytes,
-                                                 std::make_unique<Journal>(system, target));
+    std::unique_ptr<Pager> pager = Pager::Create(WithThread(unfinished->Make(), threads), {version, now.days},
+                                                 Pager::kDefaultCacheBytes, std::make_unique<Journal>(system, target));
     BuildEmptyDatabase(*pager, now);
     return std::unique_ptr<Connection>(
         new Connection(std::make_unique<Impl>(std::move(lock), std::move(unfinished), std::move(pager))));
 }
 
-std::unique_ptr<Connection> Connection::Open(const std::filesystem::path& path, FileSystem& system)
+std::unique_ptr<Connection> Connection::Open(const std::filesystem::path& path, FileSystem& system, int threads)
 {
     const std::filesystem::path target = system.Resolve(path);
     // Before the lock file: what is no database gets none beside it.
@@ -229,8 +239,8 @@ std::unique_ptr<Connection> Connection::Open(const std::filesystem::path& path, 
     // Once more: somebody who was there before may have put another file in its place.
     std::unique_ptr<File> file = OpenLocked(system, target, OpenMode::ReadWrite);
     Recover(system, target, *file);
-    std::unique_ptr<Pager> pager =
-        Pager::Open(std::move(file), Pager::kDefaultCacheBytes, std::make_unique<Journal>(system, target));
+    std::unique_ptr<Pager> pager = Pager::Open(WithThread(std::move(file), threads), Pager::kDefaultCacheBytes,
+                                               std::make_unique<Journal>(system, target));
     return std::unique_ptr<Connection>(
         new Connection(std::make_unique<Impl>(std::move(lock), nullptr, std::move(pager))));
 }

@@ -27,16 +27,17 @@ enum class Existing { Refuse, Replace };
 /// came after the last one. A statement, or a change of a record, that fails for whatever reason has changed nothing,
 /// and the connection can be used further. When a commit fails, or a disk error prevents that something is taken back,
 /// all that is left is to go back to the last commit: whatever would change something repeats that error. A path that
-/// is a symbolic link means the file that it points at. One thread.
+/// is a symbolic link means the file that it points at. For one thread's calls.
 class Connection {
 public:
     /// Makes an empty database. It is written under another name beside `path` and takes its place at the first
     /// Commit(), so that a kill leaves no half-written one. Throws DatabaseExists when `path` exists, InvalidPath,
     /// ReadOnly, FileInUse. With Existing::Replace the file that stands there stays until that commit and is then
-    /// replaced in one step; nobody can open it meanwhile.
+    /// replaced in one step; nobody can open it meanwhile. With more than one of `threads` the connection has one of
+    /// its own that writes pages while its user goes on.
     [[nodiscard]] static std::unique_ptr<Connection> Create(const std::filesystem::path& path, JetVersion version,
                                                             Existing existing = Existing::Refuse,
-                                                            FileSystem& system = RealFileSystem());
+                                                            FileSystem& system = RealFileSystem(), int threads = 1);
     /// Can the file at `path` be replaced: is it an ordinary one that may be written, does its folder allow it, and has
     /// nobody else it open, as a database or otherwise? Changes nothing.
     [[nodiscard]] static bool CanReplace(const std::filesystem::path& path, FileSystem& system = RealFileSystem());
@@ -47,9 +48,9 @@ public:
     /// password? True also when it cannot be read: that is for Open() to say. Changes nothing.
     [[nodiscard]] static bool IsDatabase(const std::filesystem::path& path, FileSystem& system = RealFileSystem());
     /// Throws FileNotFound, InvalidPath, NotADatabase, UnrecognizedFormat, NotAValidPassword, ReadOnly (also when no
-    /// file can be made beside it), FileInUse. What is refused is left as it is.
+    /// file can be made beside it), FileInUse. What is refused is left as it is. `threads` as above.
     [[nodiscard]] static std::unique_ptr<Connection> Open(const std::filesystem::path& path,
-                                                          FileSystem& system = RealFileSystem());
+                                                          FileSystem& system = RealFileSystem(), int threads = 1);
     /// For reading only, beside others who only read: the file and what stands beside it stay as they are. Whatever a
     /// killed run has left behind is read as at the last commit, not put back. Statements and changes of records throw
     /// ReadOnly. Throws FileNotFound, InvalidPath, NotADatabase, UnrecognizedFormat, NotAValidPassword, and FileInUse

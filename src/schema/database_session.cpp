@@ -5,6 +5,7 @@
 #include "schema/clear_tables.h"
 #include "schema/engine_errors.h"
 #include "schema/origin_properties.h"
+#include "settings/threads.h"
 
 #include <algorithm>
 #include <iterator>
@@ -105,13 +106,13 @@ void OpenAndDropTables(Job& job, DatabaseSession& session, const fs::path& targe
 void DatabaseSession::Create(const fs::path& path, jet::JetVersion version, jet::Existing existing)
 {
     ++schemaState_;
-    connection_ = Translated([&] { return jet::Connection::Create(path, version, existing, Files()); });
+    connection_ = Translated([&] { return jet::Connection::Create(path, version, existing, Files(), Threads()); });
 }
 
 void DatabaseSession::Open(const fs::path& path)
 {
     ++schemaState_;
-    connection_ = Translated([&] { return jet::Connection::Open(path, Files()); });
+    connection_ = Translated([&] { return jet::Connection::Open(path, Files(), Threads()); });
 }
 
 void DatabaseSession::OpenReadOnly(const fs::path& path)
@@ -311,6 +312,7 @@ void velOpenDatabase(Job& job, DatabaseSession& session, const std::function<boo
             step("Target MDB file not specified");
             throw RuntimeError(runtime_errors::kBadFileName, "Target MDB file not specified");
         }
+        session.SetThreads(ThreadsOf(job.settings));
         const auto open = [&] {
             OpenTarget(job, session, PathFromUtf8(NativePath(job.settings.targetFile)), moveOn != nullptr, step);
         };

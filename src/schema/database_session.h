@@ -31,6 +31,8 @@ public:
     explicit DatabaseSession(LockSeam locks) : locks_(std::move(locks)) {}
     /// What is made, opened and written from now on is only tried out: it is gone in the end, and no file was touched.
     void BeginTrial() { trial_ = jet::MakeTrialFileSystem(); }
+    /// How many threads may be at work on what is made and opened from now on.
+    void SetThreads(int threads) { threads_ = threads; }
     DatabaseSession(const DatabaseSession&) = delete;
     DatabaseSession& operator=(const DatabaseSession&) = delete;
 
@@ -100,8 +102,11 @@ public:
 
 private:
     [[nodiscard]] jet::FileSystem& Files() const { return trial_ ? *trial_ : jet::RealFileSystem(); }
+    /// The files of a trial are for one thread.
+    [[nodiscard]] int Threads() const { return trial_ ? 1 : threads_; }
 
     LockSeam locks_;
+    int threads_ = 1;
     std::unique_ptr<jet::FileSystem> trial_; ///< none: the real one
     std::unique_ptr<jet::Connection> connection_;
     /// Adds `name` to one of the sets below, until TakeBack().

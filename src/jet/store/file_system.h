@@ -19,6 +19,11 @@ public:
     virtual void ReadAt(std::uint64_t offset, MutableBytes out) = 0;
     /// Throws Error: DiskFull or DiskError.
     virtual void WriteAt(std::uint64_t offset, ByteSpan bytes) = 0;
+    /// The same, but perhaps not at once: what fails then is thrown by a later call. Takes `bytes`, and leaves others
+    /// in their place, whose memory may be used again.
+    virtual void WriteLater(std::uint64_t offset, Bytes& bytes) { WriteAt(offset, bytes); }
+    /// What WriteLater() was given for the bytes from `offset` on need not be written any more.
+    virtual void Forget(std::uint64_t offset) noexcept { static_cast<void>(offset); }
     [[nodiscard]] virtual std::uint64_t Size() = 0;
     virtual void Truncate(std::uint64_t size) = 0;
     /// Everything written is on the disk when this returns.

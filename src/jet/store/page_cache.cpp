@@ -138,10 +138,12 @@ PageNumber PageCache::WriteRun(PageNumber page, bool heldToo)
         return frame != nullptr && frame->dirty && (heldToo || frame->pins == 0);
     };
     writeBuffer_.clear();
+    writeBuffer_.reserve(kMaxRun * pageSize_);
     PageNumber end = page;
     while (belongs(end) && end - page < kMaxRun)
         AppendBytes(writeBuffer_, {table_[end++]->data.get(), pageSize_});
-    WriteToFile(page, writeBuffer_);
+    BeginToOverwrite(page, end);
+    file_->WriteLater(std::uint64_t{page} * pageSize_, writeBuffer_);
     for (PageNumber written = page; written < end; ++written)
         table_[written]->dirty = false;
     return end;
@@ -161,15 +163,13 @@ void PageCache::WriteBehind()
     file_->BeginToWrite(std::uint64_t{begin} * pageSize_, std::uint64_t{end - begin} * pageSize_);
 }
 
-/// The one place where pages of the file are written.
-void PageCache::WriteToFile(PageNumber page, ByteSpan pages)
+/// Comes before every write of pages, those from `begin` to `end`, which lies behind.
+void PageCache::BeginToOverwrite(PageNumber begin, PageNumber end)
 {
     ThrowIfFailed();
-    const PageNumber end = page + static_cast<PageNumber>(pages.size() / pageSize_);
-    KeepOld(page, end);
+    KeepOld(begin, end);
     hasWritten_ = hasWrittenSince_ = true;
     fileEnd_ = std::max(fileEnd_, end);
-    file_->WriteAt(std::uint64_t{page} * pageSize_, pages);
 }
 
 /// Before the pages from `begin` to `end`, which lies behind, are overwritten, the journal must hold them. As that
@@ -243,6 +243,7 @@ void PageCache::PutBack()
     for (PageNumber page = undo_.PageCount(); page < pageCount_; ++page)
         Drop(page);
     pageCount_ = undo_.PageCount();
+    file_->Forget(std::uint64_t{pageCount_} * pageSize_);
     writtenBehind_ = std::min(writtenBehind_, pageCount_);
     undo_.VisitBackwards([this](const UndoLog::Piece& piece) {
         Frame* frame = Fetch(piece.page);
@@ -299,7 +300,8 @@ void PageCache::WriteBack()
 void PageCache::WriteBackHeader()
 {
     Frame& header = *table_[kHeaderPage];
-    WriteToFile(kHeaderPage, {header.data.get(), pageSize_});
+    BeginToOverwrite(kHeaderPage, kHeaderPage + 1);
+    file_->WriteAt(0, {header.data.get(), pageSize_});
     header.dirty = false;
     file_->Sync();
 }

@@ -117,8 +117,9 @@ private:
 /// journal, on the disk, holds what pages held at the last commit, for whoever comes after a crash; the undo log holds
 /// what they held at the savepoint, for a statement that fails. Cache and journal rely on this:
 ///
-///   1. A frame that is not dirty holds what the file holds. A write that fails leaves its frames dirty, so it has lost
-///      nothing, whatever part of it has reached the file.
+///   1. A frame that is not dirty holds what the file holds, seen through file_, which may write it later. A write that
+///      fails leaves its frames dirty, or what they held with file_, so it has lost nothing, whatever part of it has
+///      reached the disk.
 ///   2. No page that the file had at the last commit is overwritten before the journal holds what it had then; and the
 ///      journal holds it only once that is safe on the disk. A batch that fails half way counts for nothing.
 ///   3. Pages that the file did not have at the last commit need no journal: going back cuts them off. So nothing at
@@ -196,7 +197,7 @@ private:
     void Drop(PageNumber page) noexcept;
     void PutBack();
     PageNumber WriteRun(PageNumber page, bool heldToo);
-    void WriteToFile(PageNumber page, ByteSpan pages);
+    void BeginToOverwrite(PageNumber begin, PageNumber end);
     void KeepOld(PageNumber begin, PageNumber end);
     void WriteBehind();
 

@@ -17,6 +17,7 @@ Pager::Pager(std::unique_ptr<File> file, const DatabaseHeader& header, PageNumbe
 
 Pager::~Pager()
 {
+    file_->Forget(0); // what goes back needs no room
     try {
         if (journal_)
             journal_->RollBack();

@@ -116,14 +116,17 @@ void ExpectLastCommit(CrashFileSystem& system, const std::vector<std::string>& s
 
 TEST(Crash, AtEveryOperationLeavesTheLastCommit)
 {
-    for (const JetVersion version : kVersions) {
+    for (const auto& [version, writesBehind] :
+         {std::pair(JetVersion::Jet3, false), {JetVersion::Jet4, false}, {JetVersion::Jet4, true}}) {
         const std::vector<std::string> states = ExpectedStates(version);
         const TempFolder folder;
         std::vector<fs::path> kept;
         for (std::uint64_t stop = 1;; ++stop) {
-            SCOPED_TRACE("Jet " + std::to_string(version == JetVersion::Jet3 ? 3 : 4) + ", operation " +
-                         std::to_string(stop));
+            SCOPED_TRACE("Jet " + std::to_string(version == JetVersion::Jet3 ? 3 : 4) +
+                         (writesBehind ? ", with a thread" : "") + ", operation " + std::to_string(stop));
             CrashFileSystem system(static_cast<unsigned>(stop));
+            if (writesBehind)
+                system.SetWritesBehind();
             system.StopAt(stop);
             std::size_t done = 0;
             std::unique_ptr<Connection> connection;

@@ -27,8 +27,10 @@ constexpr const char* kFile = "test.mdb";
 
 class RandomRun {
 public:
-    RandomRun(JetVersion version, unsigned seed) : random_(seed), disk_(seed)
+    RandomRun(JetVersion version, unsigned seed, bool writesBehind) : random_(seed), disk_(seed)
     {
+        if (writesBehind)
+            disk_.SetWritesBehind();
         connection_ = Connection::Create(kFile, version, Existing::Refuse, disk_);
         connection_->Commit();
     }
@@ -485,14 +487,14 @@ unsigned FromEnvironment(const char* variable, unsigned otherwise)
     return text ? static_cast<unsigned>(std::stoul(text)) : otherwise;
 }
 
-void CompareInRandomOrder(JetVersion version, unsigned seed)
+void CompareInRandomOrder(JetVersion version, unsigned seed, bool writesBehind)
 {
     SCOPED_TRACE("seed " + std::to_string(seed));
     constexpr int kSteps = 400;
     constexpr int kStepsBetweenChecks = 80;
     const velmora::testing::TempFolder folder;
     std::vector<std::filesystem::path> states;
-    RandomRun run(version, seed);
+    RandomRun run(version, seed, writesBehind);
     for (int step = 1; step <= kSteps; ++step) {
         SCOPED_TRACE("step " + std::to_string(step));
         EXPECT_NO_THROW(run.Step());
@@ -512,9 +514,10 @@ TEST(RandomStatements, DatabaseAndModelStayTheSame)
     const unsigned firstSeed = FromEnvironment("VELMORA_MODEL_SEED", 5076);
     const unsigned rounds = FromEnvironment("VELMORA_MODEL_ROUNDS", 1);
     for (unsigned round = 0; round < rounds && !HasFailure(); ++round)
-        for (const JetVersion version : {JetVersion::Jet3, JetVersion::Jet4}) {
+        for (const auto& [version, writesBehind] :
+             {std::pair(JetVersion::Jet3, false), {JetVersion::Jet4, false}, {JetVersion::Jet4, true}}) {
             SCOPED_TRACE(static_cast<int>(version));
-            CompareInRandomOrder(version, firstSeed + round);
+            CompareInRandomOrder(version, firstSeed + round, writesBehind);
         }
 }
 

@@ -1,5 +1,6 @@
 #include "jet/store/crash_file_system.h"
 
+#include "jet/store/write_behind_file.h"
 #include "support/shared.h"
 
 #include <algorithm>
@@ -69,6 +70,7 @@ public:
     }
     ~Handle() override
     {
+        const Guarded guarded(system_.mutex_);
         --system_.openFiles_;
         std::erase_if(node_->locks, [this](const Lock& lock) { return lock.owner == this; });
     }
@@ -77,6 +79,7 @@ public:
 
     void ReadAt(std::uint64_t offset, MutableBytes out) override
     {
+        const Guarded guarded(system_.mutex_);
         system_.CheckPower();
         if (offset + out.size() > node_->now.size)
             throw Error(ErrorNumber::DiskError, {}, "(" + name_ + " ends before)");
@@ -85,6 +88,7 @@ public:
 
     void WriteAt(std::uint64_t offset, ByteSpan bytes) override
     {
+        const Guarded guarded(system_.mutex_);
         CheckWritable();
         system_.Count();
         system_.CheckRoom(*node_, std::max(node_->now.size, offset + bytes.size()));
@@ -92,10 +96,15 @@ public:
         node_->unsynced.push_back({false, offset, Bytes(bytes.begin(), bytes.end())});
     }
 
-    std::uint64_t Size() override { return node_->now.size; }
+    std::uint64_t Size() override
+    {
+        const Guarded guarded(system_.mutex_);
+        return node_->now.size;
+    }
 
     void Truncate(std::uint64_t size) override
     {
+        const Guarded guarded(system_.mutex_);
         CheckWritable();
         system_.Count();
         system_.CheckRoom(*node_, size);
@@ -105,6 +114,7 @@ public:
 
     void Sync() override
     {
+        const Guarded guarded(system_.mutex_);
         system_.Count();
         for (const Change& change : node_->unsynced)
             if (change.isResize)
@@ -116,6 +126,7 @@ public:
 
     bool TryLock(std::uint64_t offset, std::uint64_t size) override
     {
+        const Guarded guarded(system_.mutex_);
         const std::uint64_t end = size == kToTheEnd ? ~std::uint64_t{0} : offset + size;
         for (const Lock& lock : node_->locks)
             if (lock.owner != this && lock.begin < end && offset < lock.end && !(lock.shared && !writable_))
@@ -143,6 +154,7 @@ private:
 
 std::unique_ptr<File> CrashFileSystem::Open(const std::filesystem::path& path, OpenMode mode)
 {
+    const Guarded guarded(mutex_);
     CheckPower();
     if (mode == OpenMode::CreateNew) {
         if (Exists(path))
@@ -150,17 +162,20 @@ std::unique_ptr<File> CrashFileSystem::Open(const std::filesystem::path& path, O
         Count();
         ChangeEntries({{path, std::make_shared<Node>()}});
     }
-    return std::make_unique<Handle>(*this, Find(path), path.string(), mode != OpenMode::ReadOnly);
+    std::unique_ptr<File> file = std::make_unique<Handle>(*this, Find(path), path.string(), mode != OpenMode::ReadOnly);
+    return writesBehind_ ? std::make_unique<WriteBehindFile>(std::move(file), 0) : std::move(file);
 }
 
 std::unique_ptr<File> CrashFileSystem::OpenTemporary()
 {
+    const Guarded guarded(mutex_);
     Count();
     return std::make_unique<Handle>(*this, std::make_shared<Node>(), "a temporary file", true);
 }
 
 void CrashFileSystem::Remove(const std::filesystem::path& path)
 {
+    const Guarded guarded(mutex_);
     static_cast<void>(Find(path));
     Count();
     ChangeEntries({{path, nullptr}});
@@ -168,6 +183,7 @@ void CrashFileSystem::Remove(const std::filesystem::path& path)
 
 void CrashFileSystem::Rename(const std::filesystem::path& from, const std::filesystem::path& to)
 {
+    const Guarded guarded(mutex_);
     const std::shared_ptr<Node> node = Find(from);
     Count();
     ChangeEntries({{from, nullptr}, {to, node}});
@@ -175,6 +191,7 @@ void CrashFileSystem::Rename(const std::filesystem::path& from, const std::files
 
 void CrashFileSystem::SyncFolder(const std::filesystem::path& file)
 {
+    const Guarded guarded(mutex_);
     Count();
     const auto isOfFolder = [&](const EntryChange& change) {
         return change.front().first.parent_path() == file.parent_path();
@@ -212,7 +229,8 @@ const std::shared_ptr<CrashFileSystem::Node>& CrashFileSystem::Find(const std::f
 
 void CrashFileSystem::Count()
 {
-    if (++operations_ == failAt_)
+    ++operations_;
+    if (operations_ >= failAt_ && operations_ - failAt_ < failures_)
         throw Error(failure_, {}, "(operation " + std::to_string(operations_) + ")");
     CheckPower();
 }
@@ -259,7 +277,7 @@ void CrashFileSystem::Crash(Loss loss)
     syncedEntries_ = entries_;
     unsyncedEntries_.clear();
     stopAt_ = ~std::uint64_t{0};
-    failAt_ = 0;
+    failures_ = 0;
 }
 
 /// Of each unsynced write some of its sectors reach the disk: mostly all or none of them.
@@ -287,6 +305,7 @@ void CrashFileSystem::LoseSome(Node& node)
 
 std::vector<std::filesystem::path> CrashFileSystem::Files() const
 {
+    const Guarded guarded(mutex_);
     std::vector<std::filesystem::path> files;
     for (const auto& [path, node] : entries_)
         files.push_back(path);
@@ -295,6 +314,7 @@ std::vector<std::filesystem::path> CrashFileSystem::Files() const
 
 Bytes CrashFileSystem::Content(const std::filesystem::path& path) const
 {
+    const Guarded guarded(mutex_);
     const Extent& extent = Find(path)->now;
     Bytes content(static_cast<std::size_t>(extent.size));
     extent.Read(0, content);
@@ -303,6 +323,7 @@ Bytes CrashFileSystem::Content(const std::filesystem::path& path) const
 
 void CrashFileSystem::Put(const std::filesystem::path& path, ByteSpan content)
 {
+    const Guarded guarded(mutex_);
     auto node = std::make_shared<Node>();
     node->now.Write(0, content);
     node->synced = node->now;

@@ -7,6 +7,7 @@
 #include <filesystem>
 #include <map>
 #include <memory>
+#include <mutex>
 #include <optional>
 #include <random>
 #include <set>
@@ -35,7 +36,7 @@ enum class Loss {
 ///     connection = Connection::Open("a.mdb", fs);
 ///     fs.CopyOut("a.mdb", folder / "copy.mdb");   // for the checker
 ///
-/// Content that is all zero takes no memory. Folders need not be made.
+/// Content that is all zero takes no memory. Folders need not be made. Files may be used by several threads at a time.
 class CrashFileSystem : public FileSystem {
 public:
     explicit CrashFileSystem(unsigned seed = 0) : random_(seed) {}
@@ -43,19 +44,39 @@ public:
     // What may go wrong. An operation is whatever changes the disk: a write, truncation, sync, creation, removal,
     // renaming. They are counted from 1.
 
-    [[nodiscard]] std::uint64_t Operations() const { return operations_; }
-    /// Operation `number` and all that come later, reads too, throw DiskError and do nothing, until Crash().
-    void StopAt(std::uint64_t number) { stopAt_ = number; }
-    void PowerOff() { stopAt_ = operations_; }
-    [[nodiscard]] bool IsOff() const { return operations_ >= stopAt_; }
-    /// Operation `number` alone throws `error` and does nothing.
-    void FailAt(std::uint64_t number, ErrorNumber error)
+    [[nodiscard]] std::uint64_t Operations() const
     {
+        const Guarded guarded(mutex_);
+        return operations_;
+    }
+    /// Operation `number` and all that come later, reads too, throw DiskError and do nothing, until Crash().
+    void StopAt(std::uint64_t number)
+    {
+        const Guarded guarded(mutex_);
+        stopAt_ = number;
+    }
+    void PowerOff() { StopAt(Operations()); }
+    [[nodiscard]] bool IsOff() const
+    {
+        const Guarded guarded(mutex_);
+        return operations_ >= stopAt_;
+    }
+    /// The operations from `number` on throw `error` and do nothing: so many, or all until this is called again.
+    void FailAt(std::uint64_t number, ErrorNumber error, std::uint64_t count = 1)
+    {
+        const Guarded guarded(mutex_);
         failAt_ = number;
+        failures_ = count;
         failure_ = error;
     }
     /// No more than so many bytes fit, all files together; what is more throws DiskFull.
-    void SetCapacity(std::uint64_t bytes) { capacity_ = bytes; }
+    void SetCapacity(std::uint64_t bytes)
+    {
+        const Guarded guarded(mutex_);
+        capacity_ = bytes;
+    }
+    /// From now on files are opened in such a way that a thread writes what need not be written at once.
+    void SetWritesBehind() { writesBehind_ = true; }
 
     /// The power goes off, `user` with its files is destroyed, and the machine starts again.
     template <typename User>
@@ -79,7 +100,11 @@ public:
 
     [[nodiscard]] std::unique_ptr<File> Open(const std::filesystem::path& path, OpenMode mode) override;
     [[nodiscard]] std::unique_ptr<File> OpenTemporary() override;
-    [[nodiscard]] bool Exists(const std::filesystem::path& path) override { return entries_.contains(path); }
+    [[nodiscard]] bool Exists(const std::filesystem::path& path) override
+    {
+        const Guarded guarded(mutex_);
+        return entries_.contains(path);
+    }
     void Remove(const std::filesystem::path& path) override;
     void Rename(const std::filesystem::path& from, const std::filesystem::path& to) override;
     void SyncFolder(const std::filesystem::path& file) override;
@@ -89,6 +114,7 @@ public:
 
 private:
     class Handle;
+    using Guarded = std::lock_guard<std::recursive_mutex>;
     /// Bytes in chunks; those that are not there are zero.
     struct Extent {
         static constexpr std::uint64_t kChunk = 4096;
@@ -128,6 +154,7 @@ private:
     void LoseSome(Node& node);
     [[nodiscard]] const std::shared_ptr<Node>& Find(const std::filesystem::path& path) const;
 
+    mutable std::recursive_mutex mutex_; ///< of all that follows
     std::mt19937 random_;
     Entries entries_;
     Entries syncedEntries_;
@@ -136,8 +163,10 @@ private:
     std::uint64_t operations_ = 0;
     std::uint64_t stopAt_ = ~std::uint64_t{0};
     std::uint64_t failAt_ = 0;
+    std::uint64_t failures_ = 0;
     std::uint64_t capacity_ = ~std::uint64_t{0};
     ErrorNumber failure_ = ErrorNumber::DiskError;
+    bool writesBehind_ = false;
 };
 
 } // namespace jet::testing
