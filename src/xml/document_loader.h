@@ -13,8 +13,9 @@
 
 namespace velmora {
 
-/// From here on a document's arrays live in a temporary file.
-inline constexpr std::size_t kDocumentMemoryBudgetBytes = std::size_t{96} << 20;
+/// Beyond it a document's arrays live in a temporary file. With the page cache, and with a sort beside it, a run stays
+/// below 256 MB.
+inline constexpr std::size_t kDocumentMemoryBudgetBytes = std::size_t{128} << 20;
 
 /// Who parses.
 struct Parsing {

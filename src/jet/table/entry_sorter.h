@@ -22,7 +22,7 @@ public:
     using Visitor = std::function<void(const Entry&)>;
 
     /// What all sorters of one statement may hold together, in bytes.
-    static constexpr std::size_t kBudget = std::size_t{64} << 20;
+    static constexpr std::size_t kBudget = std::size_t{32} << 20;
 
     explicit EntrySorter(FileSystem& system, std::size_t budget = kBudget) : system_(&system), budget_(budget) {}
 
