@@ -173,7 +173,7 @@ Bytes TextKey(const Format& format, std::string_view utf8)
     if (format.version == JetVersion::Jet3) {
         AppendCp1252(text, utf8);
         AppendJet3TextKey(key, text, SortOrder::Ascending);
-    } else {
+    } else if (!AppendPlainJet4TextKey(key, utf8)) {
         AppendUtf16(text, utf8);
         AppendJet4TextKey(key, KeyUnits::OfUtf16(text), SortOrder::Ascending);
     }

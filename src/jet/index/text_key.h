@@ -7,6 +7,7 @@
 #include <array>
 #include <cstddef>
 #include <cstdint>
+#include <string_view>
 
 /// The value part of text keys (what follows the flag byte), one file per format, and what they are made of: the
 /// weights of the sort order 1033 version 0, "General", as facts. A code of up to four bytes is held as a number, its
@@ -75,5 +76,8 @@ private:
 };
 
 void AppendJet4TextKey(Bytes& key, const KeyUnits& text, SortOrder order);
+/// The same, ascending, of a text that is nothing but ASCII letters, digits and the like, as most names are. False, and
+/// nothing is appended, when it is another one.
+[[nodiscard]] bool AppendPlainJet4TextKey(Bytes& key, std::string_view ascii);
 
 } // namespace jet

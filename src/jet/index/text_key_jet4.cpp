@@ -89,6 +89,12 @@ private:
     std::array<Weight, kCount> weights_;
 };
 
+const OftenWeights& Often()
+{
+    static const OftenWeights weights;
+    return weights;
+}
+
 /// The parts of one key while its text is read. The arrays hold what 255 code units can give at most.
 /// Each part decides only where all before it are equal: first letters, then accents, then the size of kana, and last
 /// hyphens, apostrophes and control characters, by where they stand.
@@ -229,13 +235,36 @@ KeyUnits KeyUnits::OfStored(ByteSpan stored)
     return result;
 }
 
+bool AppendPlainJet4TextKey(Bytes& key, std::string_view ascii)
+{
+    constexpr std::uint8_t kAsciiEnd = 0x80;
+    if (ascii.empty() || ascii.back() == kBlank || ascii.size() > kMaxTextUnits)
+        return false;
+    const OftenWeights& often = Often();
+    std::array<Byte, 4 * kMaxTextUnits + 2> parts;
+    std::size_t size = 0;
+    for (const char c : ascii) {
+        const auto unit = static_cast<std::uint8_t>(c);
+        const Weight& weight = often[unit];
+        if (unit >= kAsciiEnd || weight.kind != WeightKind::Plain)
+            return false;
+        std::ranges::copy(weight.primary, parts.begin() + static_cast<std::ptrdiff_t>(size));
+        size += weight.primarySize;
+    }
+    // Nothing follows the letters: marks of those without an accent are dropped from the end.
+    parts[size++] = kSeparator;
+    parts[size++] = kEnd;
+    AppendBytes(key, {parts.data(), size});
+    return true;
+}
+
 void AppendJet4TextKey(Bytes& key, const KeyUnits& text, SortOrder order)
 {
     std::size_t count = text.Count();
     while (count != 0 && text[count - 1] == kBlank)
         --count;
 
-    static const OftenWeights often;
+    const OftenWeights& often = Often();
     KeyParts parts;
     for (std::size_t i = 0; i < count; ++i) {
         const std::uint16_t unit = text[i];

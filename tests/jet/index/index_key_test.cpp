@@ -108,6 +108,19 @@ TEST(IndexKey, TextIsWrittenAsAccessWritesIt)
     }
 }
 
+TEST(IndexKey, ANameHasTheKeyOfTheSameTextInAColumn)
+{
+    for (int code = 1; code < 0x80; ++code) {
+        const char c = static_cast<char>(code);
+        for (const std::string& name : {"a" + std::string(1, c) + "b", "ab" + std::string(1, c), std::string(70, c)}) {
+            SCOPED_TRACE(name);
+            Bytes stored;
+            AppendText(stored, kJet4, name, false);
+            EXPECT_EQ(Hex(TextKey(kJet4, name)), KeyHex(kJet4, ColumnType::Text, kUp, stored));
+        }
+    }
+}
+
 TEST(IndexKey, OnlyTheFirst255CharactersOfATextCount)
 {
     for (const Format* format : {&kJet3, &kJet4}) {
