@@ -100,8 +100,13 @@ const Column& Recordset::ColumnAt(std::size_t field) const
 {
     const std::vector<Column>& columns = Columns();
     if (field >= columns.size())
-        throw Error(ErrorNumber::ItemNotFound, {}, "(field " + std::to_string(field) + " of " + source_ + ")");
+        ThrowNoField(field);
     return columns[field];
+}
+
+void Recordset::ThrowNoField(std::size_t field) const
+{
+    throw Error(ErrorNumber::ItemNotFound, {}, "(field " + std::to_string(field) + " of " + source_ + ")");
 }
 
 std::optional<std::size_t> Recordset::FieldIndex(std::string_view name) const
@@ -126,16 +131,6 @@ std::size_t Recordset::CountCharacters(std::string_view utf8) const
     Bytes encoded;
     AppendCp1252(encoded, utf8);
     return encoded.size();
-}
-
-const Column& Recordset::ColumnToSet(std::size_t field)
-{
-    Follow();
-    if (field >= columns_.size())
-        throw Error(ErrorNumber::ItemNotFound, {}, "(field " + std::to_string(field) + " of " + source_ + ")");
-    if (holds_ == Holds::Nothing || holds_ == Holds::Current)
-        BeginEdit();
-    return columns_[field];
 }
 
 /// Opens the current record for change.

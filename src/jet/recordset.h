@@ -158,7 +158,16 @@ private:
     [[nodiscard]] const std::vector<Column>& Columns() const { return OpenTable().Definition().columns; }
     [[nodiscard]] const Column& ColumnAt(std::size_t field) const;
     /// The column for a field that is about to be set. Throws NoCurrentRecord when there is no record.
-    const Column& ColumnToSet(std::size_t field);
+    const Column& ColumnToSet(std::size_t field)
+    {
+        Follow();
+        if (field >= columns_.size())
+            ThrowNoField(field);
+        if (holds_ == Holds::Nothing || holds_ == Holds::Current)
+            BeginEdit();
+        return columns_[field];
+    }
+    [[noreturn]] void ThrowNoField(std::size_t field) const;
     void Follow()
     {
         if (OpenTable().Generation() != generation_)
@@ -181,7 +190,7 @@ private:
     void SetRandom(MutableBytes bytes);
     void NoteOwnNumber(std::size_t field, std::int32_t value);
     void SetDateText(std::size_t field, std::string_view utf8);
-    [[nodiscard]] bool SetAscii(std::size_t field, std::string_view utf8);
+    [[nodiscard]] bool SetAscii(const TextForm& form, std::size_t field, std::string_view utf8);
     void AppendEncoded(Bytes& out, std::size_t field, std::string_view utf8);
 
     Catalog& catalog_;

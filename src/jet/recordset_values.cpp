@@ -42,9 +42,8 @@ Recordset::TextForm Recordset::FormOf(const Column& column, const Format& format
 
 /// Nearly every text is of ASCII characters, and goes straight into the record. False, and nothing is set, when it is
 /// another one or has to be looked at more closely.
-bool Recordset::SetAscii(std::size_t field, std::string_view utf8)
+inline bool Recordset::SetAscii(const TextForm& form, std::size_t field, std::string_view utf8)
 {
-    const TextForm& form = textForms_[field];
     if (utf8.size() >= form.minCopied && utf8.size() <= form.maxCopied) {
         const std::size_t size = form.markSize + utf8.size();
         const MutableBytes room = record_.Room(size);
@@ -85,10 +84,11 @@ void Recordset::AppendEncoded(Bytes& out, std::size_t field, std::string_view ut
 void Recordset::SetText(std::size_t field, std::string_view utf8)
 {
     const Column& column = ColumnToSet(field);
-    if (textForms_[field].isText && SetAscii(field, utf8))
+    if (const TextForm& form = textForms_[field]; form.isText) {
+        if (!SetAscii(form, field, utf8))
+            record_.Encode(field, [&](Bytes& out) { AppendEncoded(out, field, utf8); });
         return;
-    if (textForms_[field].isText)
-        return record_.Encode(field, [&](Bytes& out) { AppendEncoded(out, field, utf8); });
+    }
     if (column.type == ColumnType::DateTime)
         return SetDateText(field, utf8);
     return Set(field, ParseText(column.GetValueType(), utf8));

@@ -128,15 +128,20 @@ inline void StoreBigU32(MutableBytes bytes, std::size_t at, std::uint32_t value)
 /// Copies bytes, mostly a few: then without a call. They may overlap.
 inline void CopyBytes(Byte* to, const Byte* from, std::size_t size)
 {
+    struct TwoWords {
+        std::uint64_t low, high;
+    };
     const auto copyEnds = [&]<typename Word>(Word first) {
-        Word last = 0;
+        Word last{};
         std::memcpy(&first, from, sizeof first);
         std::memcpy(&last, from + size - sizeof last, sizeof last);
         std::memcpy(to, &first, sizeof first);
         std::memcpy(to + size - sizeof last, &last, sizeof last);
     };
-    if (size > 2 * sizeof(std::uint64_t))
+    if (size > 2 * sizeof(TwoWords))
         std::memmove(to, from, size);
+    else if (size >= sizeof(TwoWords))
+        copyEnds(TwoWords{});
     else if (size >= sizeof(std::uint64_t))
         copyEnds(std::uint64_t{0});
     else if (size >= sizeof(std::uint32_t))

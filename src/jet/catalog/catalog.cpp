@@ -110,10 +110,9 @@ void Catalog::ApplyProperties(Table& table)
     if (!objects_.FindById(IdOf(table))->hasProperties)
         return;
     const PropertyBlob properties = objects_.Properties(IdOf(table));
-    const std::vector<Column>& columns = table.Definition().columns;
-    for (std::size_t i = 0; i < columns.size(); ++i) {
-        const Column& column = columns[i];
-        ColumnRules rules;
+    std::vector<ColumnRules> all;
+    for (const Column& column : table.Definition().columns) {
+        ColumnRules& rules = all.emplace_back();
         rules.required = properties.FindBoolean(column.name, kRequiredProperty);
         // Only where the property exists and is false: a column made by a statement has none and takes empty texts.
         rules.refusesEmpty = properties.Find(column.name, kAllowZeroLengthProperty) &&
@@ -123,8 +122,8 @@ void Catalog::ApplyProperties(Table& table)
         if (const std::optional<ByteSpan> expression = properties.Find(column.name, kDefaultValueProperty))
             rules.defaultValue =
                 ParseDefaultValue(DecodeText(*expression, GetFormat()), GetFormat(), column.GetValueType());
-        table.SetRules(i, std::move(rules));
     }
+    table.SetRules(std::move(all));
 }
 
 /// The names are gathered at the first question: most connections never ask one, and it takes every definition.

@@ -49,6 +49,11 @@ class EntryWriter;
     return at;
 }
 
+[[nodiscard]] inline bool SameBytes(ByteSpan a, ByteSpan b) noexcept
+{
+    return a.size() == b.size() && CountShared(a, b) == a.size();
+}
+
 /// Entries of an index page put back to full length, in order, all in one buffer.
 class EntryList {
 public:
@@ -205,7 +210,18 @@ public:
     /// with the page's prefix or has no room.
     [[nodiscard]] bool Insert(const IndexPage& view, std::size_t place, ByteSpan entry);
     /// Puts behind the last entry, which ends at `used`, one whose own part is `own`. There is room for it.
-    void Append(std::size_t used, ByteSpan own);
+    void Append(std::size_t used, ByteSpan own)
+    {
+        // Ascending keys come to the end, where one bit of the mask is all.
+        const Format::IndexPageLayout& layout = format_->indexPage;
+        const std::size_t end = used + own.size();
+        assert(end <= layout.room);
+        Byte* const page = page_.Data(UndoLog::Range{layout.entries + used, own.size()},
+                                      UndoLog::Range{layout.mask + end / 8, 1}, UndoLog::Range{kPageFreeBytes, 2});
+        CopyBytes(page + layout.entries + used, own.data(), own.size());
+        SetBit({page + layout.mask, layout.maskSize}, end);
+        StoreU16({page + kPageFreeBytes, 2}, 0, static_cast<std::uint16_t>(layout.room - end));
+    }
     void Remove(const IndexPage& view, std::size_t place);
     /// Leaves the first `prefixSize` bytes out of all entries of `view`, which shows this page, but the first: bytes
     /// that they share, and more than they leave out now. Throws CorruptPage when they do not.

@@ -58,19 +58,6 @@ bool IndexPageEditor::Insert(const IndexPage& view, std::size_t place, ByteSpan 
     return true;
 }
 
-/// Ascending keys come to the end, where one bit of the mask is all.
-void IndexPageEditor::Append(std::size_t used, ByteSpan own)
-{
-    const Format::IndexPageLayout& layout = format_->indexPage;
-    const std::size_t end = used + own.size();
-    assert(end <= layout.room);
-    Byte* const page = page_.Data(UndoLog::Range{layout.entries + used, own.size()},
-                                  UndoLog::Range{layout.mask + end / 8, 1}, UndoLog::Range{kPageFreeBytes, 2});
-    std::memcpy(page + layout.entries + used, own.data(), own.size());
-    SetBit({page + layout.mask, layout.maskSize}, end);
-    StoreU16({page + kPageFreeBytes, 2}, 0, static_cast<std::uint16_t>(layout.room - end));
-}
-
 void IndexPageEditor::Remove(const IndexPage& view, std::size_t place)
 {
     const Format::IndexPageLayout& layout = format_->indexPage;

@@ -13,15 +13,6 @@ namespace {
 /// More than any tree has: even a page of two children a level would fill the largest file before.
 constexpr std::size_t kMaxLevels = 32;
 
-/// key, page, slot: the bytes by which entries are ordered.
-void MakeEntry(Bytes& entry, ByteSpan key, RowId row)
-{
-    // Mostly of the size that it had: then no byte is moved or cleared first.
-    entry.resize(key.size() + kRowPointerSize);
-    CopyBytes(entry.data(), key.data(), key.size());
-    StoreBigU32(entry, key.size(), row.Pointer());
-}
-
 /// Fetches what a search looks at first: the mask, and the entries in the middle and the quarters. In trees that
 /// outgrow the processor's cache, waiting for these one after another is most of what a search costs.
 void Prefetch(const PageRef& page, const Format& format)
@@ -39,12 +30,6 @@ void RequireLeaf(const IndexPage& page)
 {
     if (!page.IsLeaf())
         throw CorruptPage(page.Number(), "a leaf is linked with an index page of another level");
-}
-
-/// Does the whole entry `entry` have exactly this key?
-bool IsEntryOf(ByteSpan entry, ByteSpan key)
-{
-    return entry.size() == key.size() + kRowPointerSize && std::ranges::equal(entry.first(key.size()), key);
 }
 
 } // namespace
@@ -168,47 +153,6 @@ bool IndexTree::Insert(ByteSpan key, RowId row)
     return isNew;
 }
 
-/// With this limit every node has room for two entries, so that no split can leave a node without one.
-std::size_t IndexTree::MaxEntrySize() const noexcept
-{
-    return GetFormat().indexPage.room / 2 - kChildPointerSize;
-}
-
-IndexTree::Standing IndexTree::StandingOf(ByteSpan key) const noexcept
-{
-    if (greatest_.empty())
-        return {};
-    assert(lastLeaf_ != 0); // T9
-    const ByteSpan last = ByteSpan(greatest_).first(greatest_.size() - kRowPointerSize);
-    const std::size_t shared = CountShared(key, last);
-    // No key is the beginning of another one, so when one of the two ends here, so does the other.
-    if (shared == key.size() || shared == last.size())
-        return {.isLast = key.size() == last.size(), .shared = shared};
-    return {.isBehind = key[shared] > last[shared], .shared = shared};
-}
-
-bool IndexTree::CanAppend(ByteSpan key, const Standing& standing, RowId row) const noexcept
-{
-    const std::size_t size = key.size() + kRowPointerSize;
-    if (lastUsed_ == 0 || size <= lastPrefix_ || size - lastPrefix_ > GetFormat().indexPage.room - lastUsed_ ||
-        size > std::min(MaxEntrySize(), greatest_.capacity()) || !pager_->HasAtHand(lastLeaf_))
-        return false;
-    if (!standing.isLast)
-        return standing.isBehind && standing.shared >= lastPrefix_;
-    // Of one key the rows count, and the prefix may reach into their pointers.
-    const std::uint32_t last = LoadBigU32(greatest_, key.size());
-    const std::size_t beyond = lastPrefix_ > key.size() ? lastPrefix_ - key.size() : 0;
-    return last < row.Pointer() && (std::uint64_t{last ^ row.Pointer()} << 8 * beyond) >> 32 == 0;
-}
-
-void IndexTree::Append(ByteSpan key, RowId row)
-{
-    MakeEntry(greatest_, key, row);
-    const ByteSpan own = ByteSpan(greatest_).subspan(lastPrefix_);
-    IndexPageEditor(pager_->Write(lastLeaf_), GetFormat()).Append(lastUsed_, own);
-    lastUsed_ += own.size();
-}
-
 bool IndexTree::Remove(ByteSpan key, RowId row)
 {
     MakeEntry(entry_, key, row);
@@ -247,8 +191,8 @@ IndexTree::Cursor IndexTree::Seek(ByteSpan key, RowId row) const
 
 bool IndexTree::Contains(ByteSpan key) const
 {
-    if (!greatest_.empty() && (IsEntryOf(greatest_, key) || CompareBytes(greatest_, key) < 0))
-        return IsEntryOf(greatest_, key);
+    if (const Standing standing = StandingOf(key); standing.isLast || standing.isBehind)
+        return standing.isLast;
     const auto [ref, place] = Find(key);
     const IndexPage leaf = View(ref);
     if (place != leaf.End())

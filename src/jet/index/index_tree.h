@@ -6,6 +6,8 @@
 #include "jet/store/pager.h"
 #include "jet/store/usage_map.h"
 
+#include <algorithm>
+#include <cassert>
 #include <span>
 #include <utility>
 #include <vector>
@@ -63,11 +65,42 @@ public:
         bool isLast = false;    ///< it is the last key
         std::size_t shared = 0; ///< how many bytes of its beginning the last key has as well
     };
-    [[nodiscard]] Standing StandingOf(ByteSpan key) const noexcept;
+    // These three come with every record, one after the other, so they stand here.
+
+    [[nodiscard]] Standing StandingOf(ByteSpan key) const noexcept
+    {
+        if (greatest_.empty())
+            return {};
+        assert(lastLeaf_ != 0); // T9
+        const ByteSpan last = ByteSpan(greatest_).first(greatest_.size() - kRowPointerSize);
+        const std::size_t shared = CountShared(key, last);
+        // No key is the beginning of another one, so when one of the two ends here, so does the other.
+        if (shared == key.size() || shared == last.size())
+            return {.isLast = key.size() == last.size(), .shared = shared};
+        return {.isBehind = key[shared] > last[shared], .shared = shared};
+    }
     /// Can Append() add the entry: is it greater than all others, with room for it in the last leaf, which is at hand?
-    [[nodiscard]] bool CanAppend(ByteSpan key, const Standing& standing, RowId row) const noexcept;
+    [[nodiscard]] bool CanAppend(ByteSpan key, const Standing& standing, RowId row) const noexcept
+    {
+        const std::size_t size = key.size() + kRowPointerSize;
+        if (lastUsed_ == 0 || size <= lastPrefix_ || size - lastPrefix_ > GetFormat().indexPage.room - lastUsed_ ||
+            size > std::min(MaxEntrySize(), greatest_.capacity()) || !pager_->HasAtHand(lastLeaf_))
+            return false;
+        if (!standing.isLast)
+            return standing.isBehind && standing.shared >= lastPrefix_;
+        // Of one key the rows count, and the prefix may reach into their pointers.
+        const std::uint32_t last = LoadBigU32(greatest_, key.size());
+        const std::size_t beyond = lastPrefix_ > key.size() ? lastPrefix_ - key.size() : 0;
+        return last < row.Pointer() && (std::uint64_t{last ^ row.Pointer()} << 8 * beyond) >> 32 == 0;
+    }
     /// Adds an entry, right after CanAppend() has said yes, and cannot fail.
-    void Append(ByteSpan key, RowId row);
+    void Append(ByteSpan key, RowId row)
+    {
+        MakeEntry(greatest_, key, row);
+        const ByteSpan own = ByteSpan(greatest_).subspan(lastPrefix_);
+        IndexPageEditor(pager_->Write(lastLeaf_), GetFormat()).Append(lastUsed_, own);
+        lastUsed_ += own.size();
+    }
 
     /// Adds an entry that is not there yet; true when no other has the same key. Throws RecordTooLarge when the key is
     /// longer than about half a page (nothing has changed then), DatabaseFull.
@@ -99,7 +132,19 @@ private:
 
     [[nodiscard]] const Format& GetFormat() const noexcept { return pager_->GetFormat(); }
     [[nodiscard]] IndexPage View(const PageRef& page) const { return {page, GetFormat()}; }
-    [[nodiscard]] std::size_t MaxEntrySize() const noexcept;
+    /// With this limit every node has room for two entries, so that no split can leave a node without one.
+    [[nodiscard]] std::size_t MaxEntrySize() const noexcept
+    {
+        return GetFormat().indexPage.room / 2 - kChildPointerSize;
+    }
+    /// key, page, slot: the bytes by which entries are ordered.
+    static void MakeEntry(Bytes& entry, ByteSpan key, RowId row)
+    {
+        // Mostly of the size that it had: then no byte is moved or cleared first.
+        entry.resize(key.size() + kRowPointerSize);
+        CopyBytes(entry.data(), key.data(), key.size());
+        StoreBigU32(entry, key.size(), row.Pointer());
+    }
 
     struct Found {
         PageRef leaf;

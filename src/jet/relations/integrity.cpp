@@ -293,13 +293,13 @@ bool ReferentialIntegrity::IsPendingKey(const Link& link)
 {
     return std::any_of(pending_.rbegin(), pending_.rend(), [&](PendingRecord* pending) {
         return &pending->PendingTable() == link.parent &&
-               MakeWhole(link.parentKeyOfParent, otherKey_, pending->PendingValues()) && otherKey_ == key_;
+               MakeWhole(link.parentKeyOfParent, otherKey_, pending->PendingValues()) && SameBytes(otherKey_, key_);
     });
 }
 
 bool ReferentialIntegrity::HasParent(Link& link, const Table& table, const Record& record)
 {
-    if (!MakeWhole(link.parentKeyOfChild, key_, record) || key_ == link.lastFound || IsPendingKey(link))
+    if (!MakeWhole(link.parentKeyOfChild, key_, record) || SameBytes(key_, link.lastFound) || IsPendingKey(link))
         return true;
     if (link.parent->Tree(link.parentIndex).Contains(key_)) {
         link.lastFound = key_;

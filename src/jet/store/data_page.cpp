@@ -11,9 +11,7 @@ namespace jet {
 
 namespace {
 
-constexpr std::size_t kSlotSize = 2;
-// A slot's offset has 13 bits, enough for 4096, which is where an empty first row begins; the top two are its state.
-constexpr std::uint16_t kOffsetMask = 0x1FFF;
+// The top two bits of a slot.
 constexpr std::uint16_t kMoved = 0x4000;
 constexpr std::uint16_t kMovedHere = 0x8000;
 constexpr std::uint16_t kDeleted = 0xC000;
@@ -36,28 +34,16 @@ constexpr std::uint16_t FlagsOf(SlotState state)
 
 } // namespace
 
-DataPage::DataPage(ByteSpan page, PageNumber number, const Format& format)
-    : page_(page), number_(number), format_(&format), slotCount_(LoadU16(page, format.dataPage.rowCount))
+void DataPage::ThrowNoDataPage() const
 {
     if (page_[0] != static_cast<Byte>(PageType::Data))
         throw CorruptPage(number_, "a data page is expected here, but its type is " + std::to_string(page_[0]));
-    if (SlotsEnd() > page_.size())
-        throw CorruptPage(number_, "its " + std::to_string(slotCount_) + " slots overrun it");
+    throw CorruptPage(number_, "its " + std::to_string(slotCount_) + " slots overrun it");
 }
 
-std::size_t DataPage::SlotsEnd() const noexcept
+void DataPage::ThrowOverlap(std::size_t lowest) const
 {
-    return format_->dataPage.slots + kSlotSize * slotCount_;
-}
-
-std::size_t DataPage::Begin(std::size_t slot) const noexcept
-{
-    return LoadU16(page_, format_->dataPage.slots + kSlotSize * slot) & kOffsetMask;
-}
-
-std::size_t DataPage::End(std::size_t slot) const noexcept
-{
-    return slot == 0 ? page_.size() : Begin(slot - 1);
+    throw CorruptPage(number_, "its lowest row begins at byte " + std::to_string(lowest));
 }
 
 SlotState DataPage::State(std::size_t slot) const noexcept
@@ -85,19 +71,6 @@ ByteSpan DataPage::Row(std::size_t slot) const
         throw CorruptPage(number_, "row " + std::to_string(slot) + " stands from byte " + std::to_string(begin) +
                                        " to " + std::to_string(end));
     return page_.subspan(begin, end - begin);
-}
-
-std::size_t DataPage::FreeBytes() const
-{
-    const std::size_t lowest = End(slotCount_);
-    if (lowest < SlotsEnd() || lowest > page_.size())
-        throw CorruptPage(number_, "its lowest row begins at byte " + std::to_string(lowest));
-    return lowest - SlotsEnd();
-}
-
-bool DataPage::Fits(std::size_t size) const
-{
-    return slotCount_ < kMaxRowsPerPage && size + kSlotSize <= FreeBytes();
 }
 
 ByteSpan DataPage::LiveRow(std::size_t slot) const

@@ -16,6 +16,8 @@ enum class SlotState {
     Deleted,   ///< nothing, and the number is not given out again
 };
 
+inline constexpr std::size_t kSlotSize = 2;
+
 /// The rows of one data page. A view: it owns nothing and is cheap to copy.
 ///
 ///   Jet 4  Jet 3  size  field (little-endian)
@@ -32,29 +34,55 @@ class DataPage {
 public:
     /// Views `page`, one whole page of type 0x01; `number` is for messages only. Throws CorruptPage when the slots
     /// overrun the page.
-    DataPage(ByteSpan page, PageNumber number, const Format& format);
+    DataPage(ByteSpan page, PageNumber number, const Format& format)
+        : page_(page), number_(number), format_(&format), slotCount_(LoadU16(page, format.dataPage.rowCount))
+    {
+        if (page_[0] != static_cast<Byte>(PageType::Data) || SlotsEnd() > page_.size())
+            ThrowNoDataPage();
+    }
 
     [[nodiscard]] std::size_t SlotCount() const noexcept { return slotCount_; }
     [[nodiscard]] std::uint32_t Owner() const noexcept { return LoadU32(page_, kPageOwner); }
     /// Bytes between the slots and the lowest row, as they are (the page's own count may be wrong in a damaged file).
     /// Throws CorruptPage when the two overlap.
-    [[nodiscard]] std::size_t FreeBytes() const;
+    [[nodiscard]] std::size_t FreeBytes() const
+    {
+        const std::size_t lowest = End(slotCount_);
+        if (lowest < SlotsEnd() || lowest > page_.size())
+            ThrowOverlap(lowest);
+        return lowest - SlotsEnd();
+    }
     [[nodiscard]] SlotState State(std::size_t slot) const noexcept;
     /// The bytes in `slot` (0 to SlotCount() - 1), whatever its state; of a moved row its 4-byte new address first.
     /// Throws CorruptPage when the slot points outside the page.
     [[nodiscard]] ByteSpan Row(std::size_t slot) const;
     /// Is there room for a new row of `size` bytes, its slot included? Throws CorruptPage when the lowest row overlaps
     /// the slots.
-    [[nodiscard]] bool Fits(std::size_t size) const;
+    [[nodiscard]] bool Fits(std::size_t size) const
+    {
+        return slotCount_ < kMaxRowsPerPage && size + kSlotSize <= FreeBytes();
+    }
     /// The row that a pointer promises in `slot`. Throws CorruptPage when there is no such slot, or it holds no
     /// ordinary row.
     [[nodiscard]] ByteSpan LiveRow(std::size_t slot) const;
 
 private:
     friend class DataPageEditor;
-    [[nodiscard]] std::size_t SlotsEnd() const noexcept;
-    [[nodiscard]] std::size_t Begin(std::size_t slot) const noexcept;
-    [[nodiscard]] std::size_t End(std::size_t slot) const noexcept;
+    // A slot's offset has 13 bits, enough for 4096, which is where an empty first row begins; the top two are its
+    // state.
+    static constexpr std::uint16_t kOffsetMask = 0x1FFF;
+
+    [[nodiscard]] std::size_t SlotsEnd() const noexcept { return format_->dataPage.slots + kSlotSize * slotCount_; }
+    [[nodiscard]] std::size_t Begin(std::size_t slot) const noexcept
+    {
+        return LoadU16(page_, format_->dataPage.slots + kSlotSize * slot) & kOffsetMask;
+    }
+    [[nodiscard]] std::size_t End(std::size_t slot) const noexcept
+    {
+        return slot == 0 ? page_.size() : Begin(slot - 1);
+    }
+    [[noreturn]] void ThrowNoDataPage() const;
+    [[noreturn]] void ThrowOverlap(std::size_t lowest) const;
 
     ByteSpan page_;
     PageNumber number_;

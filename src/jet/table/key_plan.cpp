@@ -10,7 +10,14 @@ KeyMaker::KeyMaker(const TableDef& def, const std::vector<IndexColumn>& columns)
         columns_.push_back(position);
         kinds_.push_back({.type = column.type, .order = part.order, .collation = column.collation});
     }
-    isNumber_ = kinds_.size() == 1 && kinds_[0].type == ColumnType::Long && kinds_[0].order == SortOrder::Ascending;
+    FindNumber();
+}
+
+void KeyMaker::FindNumber()
+{
+    const bool isNumber =
+        kinds_.size() == 1 && kinds_[0].type == ColumnType::Long && kinds_[0].order == SortOrder::Ascending;
+    number_ = isNumber ? columns_[0] : kNone;
 }
 
 void KeyMaker::ReadFrom(const TableDef& def, const std::vector<std::uint16_t>& numbers)
@@ -18,20 +25,13 @@ void KeyMaker::ReadFrom(const TableDef& def, const std::vector<std::uint16_t>& n
     columns_.clear();
     for (const std::uint16_t number : numbers)
         columns_.push_back(def.ColumnByNumber(number).value());
+    FindNumber();
 }
 
-KeyFacts KeyMaker::Make(Bytes& key, const Record& record) const
+KeyFacts KeyMaker::MakeParts(Bytes& key, const Record& record) const
 {
     static constexpr Byte kFalse[] = {0};
     KeyFacts facts;
-    if (isNumber_) {
-        const std::optional<ByteSpan> number = record.Stored(columns_[0]);
-        if (number && number->size() == sizeof(std::int32_t)) {
-            key.resize(kNumberKeySize);
-            StoreNumberKey(key.data(), *number);
-            return {.anyNull = false, .allNull = false};
-        }
-    }
     key.clear();
     for (std::size_t i = 0; i < columns_.size(); ++i) {
         std::optional<ByteSpan> stored = record.Stored(columns_[i]);

@@ -23,13 +23,27 @@ public:
     void ReadFrom(const TableDef& def, const std::vector<std::uint16_t>& numbers);
 
     /// Puts the key of `record` into `key`. Throws Error when a text column has a sort order that cannot be encoded.
-    KeyFacts Make(Bytes& key, const Record& record) const;
+    KeyFacts Make(Bytes& key, const Record& record) const
+    {
+        // Nearly every key is a number of a record, and is made several times for each.
+        if (number_ != kNone && record.HoldsBytes(number_, sizeof(std::int32_t))) {
+            key.resize(kNumberKeySize);
+            StoreNumberKey(key.data(), *record.Stored(number_));
+            return {.anyNull = false, .allNull = false};
+        }
+        return MakeParts(key, record);
+    }
     /// Column indexes in the records that values are read from, in the order of the key.
     [[nodiscard]] const std::vector<std::size_t>& Columns() const noexcept { return columns_; }
 
 private:
+    static constexpr std::size_t kNone = ~std::size_t{0};
+
+    [[nodiscard]] KeyFacts MakeParts(Bytes& key, const Record& record) const;
+    void FindNumber();
+
     const Format* format_;
-    bool isNumber_ = false; ///< one column, a whole number, ascending
+    std::size_t number_ = kNone; ///< the column, when it is the only one and an ascending whole number
     std::vector<std::size_t> columns_;
     std::vector<KeyColumn> kinds_; ///< parallel to columns_
 };

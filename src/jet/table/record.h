@@ -67,6 +67,11 @@ public:
         used_ = buffer_.size();
     }
     [[nodiscard]] bool IsNull(std::size_t column) const noexcept { return fields_[column].size == kNull; }
+    /// Is there a value of exactly `size` bytes?
+    [[nodiscard]] bool HoldsBytes(std::size_t column, std::size_t size) const noexcept
+    {
+        return fields_[column].size == size;
+    }
     [[nodiscard]] std::optional<ByteSpan> Stored(std::size_t column) const noexcept
     {
         const Field& field = fields_[column];

@@ -41,11 +41,6 @@ RowScratch& AcquireScratch(std::vector<std::unique_ptr<RowScratch>>& all, std::s
     return *all[used++];
 }
 
-bool SameBytes(ByteSpan a, ByteSpan b)
-{
-    return a.size() == b.size() && std::equal(a.begin(), a.end(), b.begin());
-}
-
 } // namespace
 
 Table::RowChange::RowChange(Table& table)
@@ -73,9 +68,12 @@ bool Table::RowChange::IsUnchanged(RowId row) const
 void Table::RowChange::CheckInsert(const Record& record)
 {
     MeasureRow(record, false);
-    MakeKeys(record, scratch_.keys);
-    for (std::size_t i = 0; i < scratch_.keys.size(); ++i)
-        CheckKey(i, scratch_.keys[i]);
+    std::vector<Key>& keys = scratch_.keys;
+    keys.resize(parts_.indexes.size());
+    for (std::size_t i = 0; i < keys.size(); ++i) {
+        MakeKey(i, record, keys[i]);
+        CheckKey(i, keys[i]);
+    }
 }
 
 void Table::RowChange::CheckUpdate(const Record& record)
@@ -92,11 +90,9 @@ void Table::RowChange::CheckUpdate(const Record& record)
 /// Looks whether the record makes a row, and how long that is.
 void Table::RowChange::MeasureRow(const Record& record, bool isUpdate)
 {
-    const std::span<const FieldKind> kinds = parts_.layout.Kinds();
-    for (std::size_t i = 0; i < kinds.size(); ++i) {
-        if (record.IsNull(i) && kinds[i] != FieldKind::Boolean)
-            CheckMayBeNull(i, isUpdate);
-    }
+    for (const std::size_t column : parts_.required)
+        if (record.IsNull(column))
+            CheckMayBeNull(column, isUpdate);
     if (parts_.layout.HasLongValues())
         return PrepareFields(record, isUpdate);
     size_ = parts_.layout.Measure(record);
@@ -141,10 +137,11 @@ void Table::RowChange::PrepareFields(const Record& record, bool isUpdate)
 /// Throws FieldRequired, unless a Null has been there from before the rule: then it stays.
 void Table::RowChange::CheckMayBeNull(std::size_t column, bool isUpdate) const
 {
+    if (isUpdate && scratch_.before.IsNull(column))
+        return;
     const Column& described = table_.def_.columns[column];
-    if (described.rules.required && !(isUpdate && scratch_.before.IsNull(column)))
-        throw Error(ErrorNumber::FieldRequired, {described.name})
-            .About({.table = table_.name_, .columns = {described.name}});
+    throw Error(ErrorNumber::FieldRequired, {described.name})
+        .About({.table = table_.name_, .columns = {described.name}});
 }
 
 void Table::RowChange::PrepareLongValue(std::size_t column, const Record& record, ByteSpan stored, bool isUpdate)
@@ -162,22 +159,26 @@ void Table::RowChange::PrepareLongValue(std::size_t column, const Record& record
 
 void Table::RowChange::MakeKeys(const Record& record, std::vector<Key>& keys) const
 {
-    keys.resize(parts_.keyPlans.size());
-    for (std::size_t i = 0; i < keys.size(); ++i) {
-        const KeyPlan& plan = parts_.keyPlans[i];
-        keys[i].facts = plan.Make(keys[i].bytes, record);
-        keys[i].inIndex = !plan.LeavesOut(keys[i].facts);
-    }
+    keys.resize(parts_.indexes.size());
+    for (std::size_t i = 0; i < keys.size(); ++i)
+        MakeKey(i, record, keys[i]);
 }
 
-void Table::RowChange::CheckKey(std::size_t index, Key& key) const
+inline void Table::RowChange::MakeKey(std::size_t index, const Record& record, Key& key) const
 {
-    const KeyPlan& plan = parts_.keyPlans[index];
+    const KeyPlan& plan = parts_.indexes[index].plan;
+    key.facts = plan.Make(key.bytes, record);
+    key.inIndex = !plan.LeavesOut(key.facts);
+}
+
+inline void Table::RowChange::CheckKey(std::size_t index, Key& key) const
+{
+    const auto& [plan, tree] = parts_.indexes[index];
     if (plan.IsRequired() && key.facts.anyNull)
         throw Error(ErrorNumber::NullInPrimaryKey).About(IndexAsSubject(index));
-    key.standing = parts_.trees[index]->StandingOf(key.bytes);
+    key.standing = tree.StandingOf(key.bytes);
     // Of an update only changed keys come here, so the row's own entry is never in the way.
-    if (!key.standing.isBehind && plan.MustBeUnique(key.facts) && parts_.trees[index]->Contains(key.bytes))
+    if (!key.standing.isBehind && plan.MustBeUnique(key.facts) && tree.Contains(key.bytes))
         throw Error(ErrorNumber::DuplicateKey).About(IndexAsSubject(index));
 }
 
@@ -211,7 +212,7 @@ bool Table::RowChange::CanAppend() const
         return false;
     for (std::size_t i = 0; i < scratch_.keys.size(); ++i) {
         const Key& key = scratch_.keys[i];
-        if (key.inIndex && !parts_.trees[i]->CanAppend(key.bytes, key.standing, *place))
+        if (key.inIndex && !parts_.indexes[i].tree.CanAppend(key.bytes, key.standing, *place))
             return false;
     }
     return true;
@@ -225,7 +226,7 @@ RowId Table::RowChange::Append(const Record& record)
         const Key& key = scratch_.keys[i];
         if (!key.inIndex)
             continue;
-        parts_.trees[i]->Append(key.bytes, room.at);
+        parts_.indexes[i].tree.Append(key.bytes, room.at);
         table_.def_.realIndexes[i].distinctKeys += key.standing.isBehind ? 1 : 0;
     }
     CountRow(record);
@@ -270,17 +271,17 @@ void Table::RowChange::Update(RowId row, const Record& record)
     table_.StoreCounters();
     for (std::size_t i = 0; i < scratch_.oldKeys.size(); ++i) {
         if (scratch_.oldKeys[i].inIndex && KeyChanges(i))
-            parts_.trees[i]->Remove(scratch_.oldKeys[i].bytes, row);
+            parts_.indexes[i].tree.Remove(scratch_.oldKeys[i].bytes, row);
     }
     DeleteOldLongValues(true);
 }
 
 void Table::RowChange::Delete(RowId row)
 {
-    assert(scratch_.oldKeys.size() == parts_.trees.size()); // R1: ReadBefore() came first
+    assert(scratch_.oldKeys.size() == parts_.indexes.size()); // R1: ReadBefore() came first
     for (std::size_t i = 0; i < scratch_.oldKeys.size(); ++i) {
         if (scratch_.oldKeys[i].inIndex)
-            parts_.trees[i]->Remove(scratch_.oldKeys[i].bytes, row);
+            parts_.indexes[i].tree.Remove(scratch_.oldKeys[i].bytes, row);
     }
     parts_.rows.Delete(row);
     DeleteOldLongValues(false);
@@ -296,7 +297,7 @@ void Table::RowChange::InsertKey(std::size_t index, RowId row)
     if (!key.inIndex)
         return;
     // Counted up with each new key and never down, as the engine of Access does: it guides the planner of queries only.
-    if (parts_.trees[index]->Insert(key.bytes, row))
+    if (parts_.indexes[index].tree.Insert(key.bytes, row))
         ++table_.def_.realIndexes[index].distinctKeys;
 }
 

@@ -29,18 +29,19 @@ FieldKind KindOf(const Column& column)
 struct PreparedFields {
     std::span<const RowField> fields;
 
-    [[nodiscard]] bool IsSet(std::size_t column) const { return fields[column].isSet; }
+    [[nodiscard]] bool HasValue(std::size_t column) const { return fields[column].isSet; }
+    [[nodiscard]] bool IsTrue(std::size_t boolean) const { return fields[boolean].isSet; }
     [[nodiscard]] ByteSpan Head(std::size_t column) const { return fields[column].head; }
     [[nodiscard]] ByteSpan Value(std::size_t column) const { return fields[column].bytes; }
 };
 
 struct RecordFields {
     const Record& record;
-    const FieldKind* kinds;
 
-    [[nodiscard]] bool IsSet(std::size_t column) const
+    [[nodiscard]] bool HasValue(std::size_t column) const { return !record.IsNull(column); }
+    [[nodiscard]] bool IsTrue(std::size_t boolean) const
     {
-        return !record.IsNull(column) && (kinds[column] != FieldKind::Boolean || IsTrue(*record.Stored(column)));
+        return !record.IsNull(boolean) && jet::IsTrue(*record.Stored(boolean));
     }
     [[nodiscard]] static ByteSpan Head(std::size_t) { return {}; }
     [[nodiscard]] ByteSpan Value(std::size_t column) const { return *record.Stored(column); }
@@ -72,9 +73,11 @@ RowLayout::RowLayout(const TableDef& def)
         numbers_.push_back(column.number);
         kinds_.push_back(KindOf(column));
         hasLongValues_ |= IsLongValue(column.type);
-        if (!column.IsFixed()) {
+        if (column.type == ColumnType::Boolean) {
+            booleans_.push_back(i);
+        } else if (!column.IsFixed()) {
             variable_[column.variableIndex] = i;
-        } else if (column.type != ColumnType::Boolean) {
+        } else {
             const Byte filler = column.type == ColumnType::Text ? Byte{' '} : Byte{0};
             fixed_.push_back({i, column.fixedOffset, column.FixedSize(), filler});
             fixedSize = std::max(fixedSize, column.fixedOffset + column.FixedSize());
@@ -136,7 +139,7 @@ void RowLayout::Encode(std::span<const RowField> fields, MutableBytes row) const
 
 void RowLayout::Encode(const Record& record, MutableBytes row) const
 {
-    EncodeAll(RecordFields{record, kinds_.data()}, row);
+    EncodeAll(RecordFields{record}, row);
 }
 
 template <typename Fields>
@@ -144,8 +147,12 @@ void RowLayout::EncodeAll(const Fields& fields, MutableBytes row) const
 {
     StoreNumber(row, 0, fieldCount_, version_);
     EncodeFixed(fields, row);
-    if (!variable_.empty())
-        EncodeVariable(fields, row);
+    if (variable_.empty())
+        return EncodeMask(fields, row);
+    if (version_ == JetVersion::Jet3)
+        EncodeVariable<JetVersion::Jet3>(fields, row);
+    else
+        EncodeVariable<JetVersion::Jet4>(fields, row);
     EncodeMask(fields, row);
 }
 
@@ -158,13 +165,12 @@ void RowLayout::EncodeFixed(const Fields& fields, MutableBytes row) const
         std::memset(row.data() + numberSize_, 0, fixedEnd_ - numberSize_);
     for (const Fixed& fixed : fixed_) {
         Byte* const at = row.data() + numberSize_ + fixed.offset;
-        const ByteSpan value = fields.IsSet(fixed.column) ? fields.Value(fixed.column) : ByteSpan();
-        if (value.size() == fixed.size)
-            CopyBytes(at, value.data(), fixed.size);
-        else if (fields.IsSet(fixed.column))
-            FillFixed(fixed, value, at);
-        else
+        if (!fields.HasValue(fixed.column))
             std::memset(at, 0, fixed.size);
+        else if (const ByteSpan value = fields.Value(fixed.column); value.size() == fixed.size)
+            CopyBytes(at, value.data(), fixed.size);
+        else
+            FillFixed(fixed, value, at);
     }
 }
 
@@ -181,17 +187,16 @@ void RowLayout::FillFixed(const Fixed& fixed, ByteSpan value, Byte* at) const
     }
 }
 
-template <typename Fields>
+template <JetVersion kVersion, typename Fields>
 void RowLayout::EncodeVariable(const Fields& fields, MutableBytes row) const
 {
-    // In locals, as for all that the compiler knows each byte that is written may be one of this object's.
+    constexpr std::size_t numberSize = kVersion == JetVersion::Jet3 ? 1 : 2;
+    // In a local, as for all that the compiler knows each byte that is written may be one of this object's.
     const std::span<const std::size_t> columns = variable_;
-    const JetVersion version = version_;
-    const std::size_t numberSize = numberSize_;
     // Readers begin at the end of a row, where the mask is as long as the number of fields says, and go backwards.
     const std::size_t numberAt = row.size() - maskSize_ - numberSize;
-    StoreNumber(row, numberAt, columns.size(), version);
-    const std::size_t jumps = version == JetVersion::Jet3 ? (row.size() - 1) / kJumpUnit : 0;
+    StoreNumber(row, numberAt, columns.size(), kVersion);
+    const std::size_t jumps = kVersion == JetVersion::Jet3 ? (row.size() - 1) / kJumpUnit : 0;
     if (jumps != 0)
         std::memset(row.data() + numberAt - jumps, kJumpFiller, jumps);
     std::size_t jumped = 0;
@@ -201,11 +206,11 @@ void RowLayout::EncodeVariable(const Fields& fields, MutableBytes row) const
         for (; jumped < jumps && at >= kJumpUnit * (jumped + 1); ++jumped)
             row[numberAt - 1 - jumped] = static_cast<Byte>(entry);
         offsetAt -= numberSize;
-        StoreNumber(row, offsetAt, at, version);
+        StoreNumber(row, offsetAt, at, kVersion);
         if (entry == columns.size())
             break;
         const std::size_t column = columns[entry];
-        if (column == kNoColumn || !fields.IsSet(column))
+        if (column == kNoColumn || !fields.HasValue(column))
             continue;
         const ByteSpan head = fields.Head(column);
         CopyBytes(row.data() + at, head.data(), head.size());
@@ -224,14 +229,19 @@ void RowLayout::EncodeMask(const Fields& fields, MutableBytes row) const
     std::uint64_t first = 0; // the bits of the first 64 fields
     if (mask.size() > sizeof first)
         std::memset(mask.data(), 0, mask.size());
-    for (std::size_t i = 0; i < numbers_.size(); ++i) {
-        if (numbers_[i] < kBitsAtOnce)
-            first |= std::uint64_t{fields.IsSet(i)} << numbers_[i];
-        else if (fields.IsSet(i))
-            mask[numbers_[i] >> 3] |= static_cast<Byte>(1u << (numbers_[i] & 7));
+    const std::span<const std::uint16_t> numbers = numbers_;
+    for (std::size_t i = 0; i < numbers.size(); ++i) {
+        const std::size_t number = numbers[i];
+        if (number < kBitsAtOnce)
+            first |= std::uint64_t{fields.HasValue(i)} << number;
+        else
+            mask[number >> 3] |= static_cast<Byte>(fields.HasValue(i) << (number & 7));
     }
     for (std::size_t i = 0; i < std::min(mask.size(), sizeof first); ++i)
         mask[i] = static_cast<Byte>(first >> 8 * i);
+    for (const std::size_t boolean : booleans_)
+        if (!fields.IsTrue(boolean))
+            mask[numbers[boolean] >> 3] &= static_cast<Byte>(~(1u << (numbers[boolean] & 7)));
 }
 
 RowView::RowView(ByteSpan row, const TableDef& def, PageNumber page)

@@ -71,12 +71,13 @@ private:
 
     [[nodiscard]] std::size_t SizeWith(std::size_t variableBytes) const;
     [[nodiscard]] std::size_t JumpTableSize(std::size_t sizeWithout) const;
-    // `Fields` tells of each column whether it is set, its bytes, and what stands before them.
+    // `Fields` tells of each column whether it has a value, its bytes, and what stands before them. `kVersion`, as
+    // nearly every step is another one in the other format.
     template <typename Fields>
     void EncodeAll(const Fields& fields, MutableBytes row) const;
     template <typename Fields>
     void EncodeFixed(const Fields& fields, MutableBytes row) const;
-    template <typename Fields>
+    template <JetVersion kVersion, typename Fields>
     void EncodeVariable(const Fields& fields, MutableBytes row) const;
     template <typename Fields>
     void EncodeMask(const Fields& fields, MutableBytes row) const;
@@ -90,6 +91,7 @@ private:
     bool hasLongValues_ = false;
     bool hasGaps_ = false; ///< between the fixed fields or behind them
     std::vector<FieldKind> kinds_;
+    std::vector<std::size_t> booleans_; ///< column indexes
     std::vector<Fixed> fixed_;
     std::vector<std::size_t> variable_;  ///< column index by variable index; kNoColumn where one was dropped
     std::vector<std::uint16_t> numbers_; ///< column number by column index

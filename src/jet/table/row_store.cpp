@@ -68,16 +68,6 @@ RowStore::Room RowStore::Place(std::size_t size, SlotState state)
     return Append(PageWithRoom(size), size, state);
 }
 
-std::optional<RowId> RowStore::PlaceAtHand(std::size_t size) const
-{
-    const PageNumber last = pages_.Last();
-    if (last == 0 || !pager_->HasAtHand(last))
-        return std::nullopt;
-    const PageRef page = pager_->Read(last);
-    const DataPage view(page.Bytes(), last, pager_->GetFormat());
-    return view.Fits(size) ? std::optional(RowId{last, static_cast<std::uint8_t>(view.SlotCount())}) : std::nullopt;
-}
-
 RowStore::Room RowStore::InsertAtHand(std::size_t size)
 {
     return Append(pager_->Write(pages_.Last()), size, SlotState::Row);

@@ -33,7 +33,15 @@ public:
     /// Appends a row of `size` bytes (at most Format::maxRecordSize).
     [[nodiscard]] Room Insert(std::size_t size) { return Place(size, SlotState::Row); }
     /// Where Insert() would put the row, if that is a page at hand that has room for it.
-    [[nodiscard]] std::optional<RowId> PlaceAtHand(std::size_t size) const;
+    [[nodiscard]] std::optional<RowId> PlaceAtHand(std::size_t size) const
+    {
+        const PageNumber last = pages_.Last();
+        if (last == 0 || !pager_->HasAtHand(last))
+            return std::nullopt;
+        const PageRef page = pager_->Read(last);
+        const DataPage view(page.Bytes(), last, pager_->GetFormat());
+        return view.Fits(size) ? std::optional(RowId{last, static_cast<std::uint8_t>(view.SlotCount())}) : std::nullopt;
+    }
     /// Does what Insert() does, right after PlaceAtHand() has found a place, and cannot fail.
     [[nodiscard]] Room InsertAtHand(std::size_t size);
     /// Gives a row that exists another size, where it is or elsewhere. What the old bytes were is lost.

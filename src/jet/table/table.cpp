@@ -17,10 +17,9 @@ Table::Parts::Parts(Pager& pager, const TableDef& def)
     : rows(pager, def.pages.front(), def.ownedPages, def.freeSpacePages), layout(def), allColumns(def.columns.size())
 {
     std::iota(allColumns.begin(), allColumns.end(), std::size_t{0});
-    for (const RealIndex& index : def.realIndexes) {
-        keyPlans.emplace_back(def, index);
-        trees.push_back(std::make_unique<IndexTree>(pager, index.root, index.usageMap, def.pages.front()));
-    }
+    indexes.reserve(def.realIndexes.size());
+    for (const RealIndex& index : def.realIndexes)
+        indexes.push_back({KeyPlan(def, index), IndexTree(pager, index.root, index.usageMap, def.pages.front())});
     for (std::size_t i = 0; i < def.columns.size(); ++i) {
         const Column& column = def.columns[i];
         longValues.push_back(IsLongValue(column.type)
@@ -29,6 +28,16 @@ Table::Parts::Parts(Pager& pager, const TableDef& def)
         if (column.IsAutonumber())
             autonumber = i;
     }
+    TakeRules(def);
+}
+
+/// A boolean is never Null, so nothing can be wrong with one.
+void Table::Parts::TakeRules(const TableDef& def)
+{
+    required.clear();
+    for (std::size_t i = 0; i < def.columns.size(); ++i)
+        if (def.columns[i].rules.required && layout.Kinds()[i] != FieldKind::Boolean)
+            required.push_back(i);
 }
 
 Table::Table(Pager& pager, PageNumber definitionPage, std::string name)
@@ -80,8 +89,8 @@ void Table::Destroy()
         if (values)
             values->DeleteAll();
     }
-    for (const std::unique_ptr<IndexTree>& tree : parts_->trees)
-        tree->Destroy();
+    for (Parts::Index& index : parts_->indexes)
+        index.tree.Destroy();
     parts_->rows.Clear();
     for (const RealIndex& index : def_.realIndexes)
         RemoveMapRecord(*pager_, index.usageMap);
@@ -95,6 +104,13 @@ void Table::Destroy()
     for (const PageNumber page : def_.pages)
         pager_->Free(page);
     parts_.reset();
+}
+
+void Table::SetRules(std::vector<ColumnRules> rules)
+{
+    for (std::size_t i = 0; i < rules.size(); ++i)
+        def_.columns[i].rules = std::move(rules[i]);
+    parts_->TakeRules(def_);
 }
 
 void Table::FlushCounters()
@@ -209,13 +225,13 @@ std::optional<Bytes> Table::KeyOf(std::size_t index, const Record& record) const
 
 bool Table::MakeKey(std::size_t index, const Record& record, Bytes& key) const
 {
-    const KeyPlan& plan = parts_->keyPlans[index];
+    const KeyPlan& plan = parts_->indexes[index].plan;
     return !plan.LeavesOut(plan.Make(key, record));
 }
 
 IndexTree& Table::Tree(std::size_t index) const
 {
-    return *parts_->trees[index];
+    return parts_->indexes[index].tree;
 }
 
 } // namespace jet

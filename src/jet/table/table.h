@@ -89,7 +89,8 @@ public:
     /// Nobody will ask for an id of an earlier epoch.
     void ForgetMoves() noexcept;
     void SetHook(RowHook* hook) noexcept { hook_ = hook; }
-    void SetRules(std::size_t column, ColumnRules rules) { def_.columns[column].rules = std::move(rules); }
+    /// `rules` are by column index.
+    void SetRules(std::vector<ColumnRules> rules);
     /// From now on the values of this memo or OLE column never stay in the row, however short.
     void SetNeverInline(std::size_t column) { def_.columns[column].neverInline = true; }
 

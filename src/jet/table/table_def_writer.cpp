@@ -65,10 +65,12 @@ void AppendHeader(Bytes& out, const Format& format, const TableDef& def)
     StoreU32(out, layout.freeSpacePages, def.freeSpacePages.Pointer());
 }
 
+constexpr std::size_t kDistinctKeys = 4; ///< in the counts of an index
+
 void StoreStatistics(MutableBytes block, const RealIndex& index)
 {
     StoreU32(block, 0, index.entriesAtBuild);
-    StoreU32(block, 4, index.distinctKeys);
+    StoreU32(block, kDistinctKeys, index.distinctKeys);
 }
 
 void AppendColumn(Bytes& out, const Format& format, const Column& column)
@@ -218,12 +220,14 @@ void WriteTableCounters(Pager& pager, const TableDef& def)
     // At most 128 blocks of statistics are accepted when a definition is read, so all of them lie on its first page.
     const UndoLog::Range counts{layout.rowCount, layout.lastAutonumber + 4 - layout.rowCount};
     const UndoLog::Range statistics{layout.sections, layout.statisticsSize * def.realIndexes.size()};
-    Byte* const data = first.Data(counts, statistics);
-    const MutableBytes page(data, statistics.offset + statistics.size);
+    const MutableBytes page(first.Data(counts, statistics), statistics.offset + statistics.size);
     StoreU32(page, layout.rowCount, def.rowCount);
     StoreU32(page, layout.lastAutonumber, def.lastAutonumber);
-    for (std::size_t i = 0; i < def.realIndexes.size(); ++i)
-        StoreStatistics(page.subspan(statistics.offset + i * layout.statisticsSize), def.realIndexes[i]);
+    std::size_t block = statistics.offset;
+    for (const RealIndex& index : def.realIndexes) {
+        StoreU32(page, block + kDistinctKeys, index.distinctKeys); // the other count is of the index's making
+        block += layout.statisticsSize;
+    }
 }
 
 void SortIndexesByName(TableDef& def)

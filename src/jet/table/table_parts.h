@@ -32,13 +32,20 @@ struct RowScratch {
 /// Everything that follows from one state of the definition.
 struct Table::Parts {
     Parts(Pager& pager, const TableDef& def);
+    /// To be called when the rules of the columns of `def` have changed.
+    void TakeRules(const TableDef& def);
 
     RowStore rows;
-    RowLayout layout;              ///< of rows as they are written now; older ones may have fewer fields
-    std::vector<KeyPlan> keyPlans; ///< by real index
-    std::vector<std::unique_ptr<IndexTree>> trees;       ///< by real index
+    RowLayout layout; ///< of rows as they are written now; older ones may have fewer fields
+    /// The keys of one real index, and where they are.
+    struct Index {
+        KeyPlan plan;
+        IndexTree tree;
+    };
+    std::vector<Index> indexes;                          ///< by real index; they never move
     std::vector<std::unique_ptr<LongValues>> longValues; ///< by column index; empty for other columns
     std::vector<std::size_t> allColumns;                 ///< 0, 1, 2 ...
+    std::vector<std::size_t> required;                   ///< column indexes of those that refuse Null
     std::optional<std::size_t> autonumber;               ///< column index
     /// One per change that is under way: a hook may change further rows of the same table.
     std::vector<std::unique_ptr<RowScratch>> scratch;
@@ -80,6 +87,7 @@ private:
     void CheckMayBeNull(std::size_t column, bool isUpdate) const;
     void PrepareLongValue(std::size_t column, const Record& record, ByteSpan stored, bool isUpdate);
     void MakeKeys(const Record& record, std::vector<Key>& keys) const;
+    void MakeKey(std::size_t index, const Record& record, Key& key) const;
     void CheckKey(std::size_t index, Key& key) const;
     [[nodiscard]] ErrorSubject IndexAsSubject(std::size_t index) const;
     [[nodiscard]] bool KeyChanges(std::size_t index) const;
