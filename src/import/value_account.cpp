@@ -104,27 +104,23 @@ LossReason ValueAccount::ReasonOfText(ElementId element) const
 ValueAccount::Loss ValueAccount::Settle(bool attributesImported) const
 {
     Loss loss;
+    loss.offered = static_cast<std::int64_t>(document_.ValueCount());
+    loss.lost = loss.offered - stored_;
+    if (loss.lost == 0 && attributesRefused_.IsEmpty())
+        return loss; // nothing to look for
     Groups groups = attributesRefused_;
     const auto count = static_cast<ElementId>(document_.ElementCount());
     for (ElementId element = 0; element < count; ++element) {
         document_.Passed(element);
         const std::uint32_t attributes = document_.AttributeCount(element);
         for (std::uint32_t index = 0; index < attributes; ++index) {
-            if (document_.AttributeValue(element, index).empty())
-                continue;
-            ++loss.offered;
-            if (!attributesSeen_[element])
+            if (!attributesSeen_[element] && !document_.AttributeValue(element, index).empty())
                 groups.Add(document_.Path(element), document_.AttributeName(element, index),
                            attributesImported ? LossReason::NoRecord : LossReason::AttributesOff, element);
         }
-        const bool isStored = textStored_[element]; // then it has one: the text itself need not be looked at again
-        if (!isStored && !HasText(document_.Content(element)))
-            continue;
-        ++loss.offered;
-        if (!isStored)
+        if (!textStored_[element] && HasText(document_.Content(element)))
             groups.Add(document_.Path(element), ValueOrigin::kOwnText, ReasonOfText(element), element);
     }
-    loss.lost = loss.offered - stored_;
     loss.groups = groups.InOrder();
     return loss;
 }

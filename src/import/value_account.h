@@ -1,7 +1,6 @@
 #pragma once
 
 #include "plan/mapping_plan.h"
-#include "platform/utf8.h"
 #include "xml/document.h"
 
 #include <cstddef>
@@ -60,16 +59,6 @@ struct PendingValues {
     }
 };
 
-/// Is there anything but white space?
-[[nodiscard]] inline bool HasText(std::string_view content) noexcept
-{
-    if (content.empty())
-        return false;
-    const auto first = static_cast<unsigned char>(content.front());
-    const bool isPlain = first > ' ' && first < 0x7F; // nearly every text begins so
-    return isPlain || !TrimWhiteSpace(content).empty();
-}
-
 /// Where the document has a value: an attribute's path ends in `attributePrefix` and its name.
 [[nodiscard]] std::string PathOfValue(const Document& document, PathId element, NameId attribute,
                                       std::string_view attributePrefix);
@@ -101,7 +90,7 @@ public:
         std::int64_t lost = 0;
         std::vector<Group> groups; ///< by their first value, in the document's order; attributes go before the text
     };
-    /// Counts once through the whole document.
+    /// Looks through the whole document once, unless nothing is lost.
     [[nodiscard]] Loss Settle(bool attributesImported) const;
 
 private:
@@ -109,6 +98,7 @@ private:
     class Groups {
     public:
         void Add(PathId path, NameId attribute, LossReason reason, ElementId element);
+        [[nodiscard]] bool IsEmpty() const noexcept { return groups_.empty(); }
         [[nodiscard]] std::vector<Group> InOrder() const;
 
     private:

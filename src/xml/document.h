@@ -1,5 +1,7 @@
 #pragma once
 
+#include "platform/utf8.h"
+
 #include <cstddef>
 #include <cstdint>
 #include <memory>
@@ -73,6 +75,16 @@ struct AttributeRecord {
 /// Is there nothing but what XML takes for white space?
 [[nodiscard]] bool IsBlank(std::string_view text) noexcept;
 
+/// Is there anything but white space, of every kind that Unicode knows?
+[[nodiscard]] inline bool HasText(std::string_view content) noexcept
+{
+    if (content.empty())
+        return false;
+    const auto first = static_cast<unsigned char>(content.front());
+    const bool isPlain = first > ' ' && first < 0x7F; // nearly every text begins so
+    return isPlain || !TrimWhiteSpace(content).empty();
+}
+
 /// What becomes of pieces of text that are white space only.
 enum class Blanks : std::uint8_t {
     BesideChildrenDropped, ///< between children they are no content, the others are as they stand
@@ -117,6 +129,8 @@ public:
     [[nodiscard]] std::size_t ElementCount() const noexcept { return arrays_.elementCount; }
     /// Of all contents and attribute values together, about.
     [[nodiscard]] std::uint64_t TextBytes() const noexcept;
+    /// Attributes that are not empty, and contents with text.
+    [[nodiscard]] std::uint64_t ValueCount() const noexcept { return arrays_.valueCount; }
     /// What its arrays take of the memory; not what is in a temporary file.
     [[nodiscard]] std::size_t MemoryBytes() const noexcept;
     [[nodiscard]] PathTree& Paths() noexcept;
@@ -201,6 +215,7 @@ private:
         const char* text = nullptr;
         std::size_t elementCount = 0;
         std::uint32_t attributeCount = 0;
+        std::uint64_t valueCount = 0;
         bool areInFile = false; ///< some of them
     };
 

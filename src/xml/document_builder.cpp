@@ -32,6 +32,13 @@ inline TextRange DocumentBuilder::CloseText(std::size_t begin)
     return {static_cast<std::uint32_t>(begin / kTextSlotBytes), static_cast<std::uint32_t>(length)};
 }
 
+/// The arena from the beginning of the last piece as an element's content.
+inline TextRange DocumentBuilder::CloseContent()
+{
+    valueCount_ += HasText({data_.text.Data() + pieceBegin_, data_.text.Size() - pieceBegin_}) ? 1 : 0;
+    return CloseText(pieceBegin_);
+}
+
 /// Takes the piece of text before or behind a child out of the arena; white space alone may be no content there.
 inline void DocumentBuilder::ClosePieceBesideChild()
 {
@@ -83,6 +90,7 @@ inline void DocumentBuilder::AddAttributes(PathId path, const char* const* attri
         const NameId id = known != nullptr ? *known : LearnAttribute(*guesses, name);
         guesses = &nextAttribute_[id];
         const std::size_t begin = data_.text.Size();
+        valueCount_ += value.empty() ? 0 : 1;
         data_.text.Append(value.data(), value.size());
         data_.attributes.Add({id, CloseText(begin)});
     }
@@ -162,7 +170,7 @@ void DocumentBuilder::EndElement()
     if (element.childCount != 0) {
         EndParent(element);
     } else {
-        data_.elements[element.id].content = CloseText(pieceBegin_);
+        data_.elements[element.id].content = CloseContent();
         Twins& twins = states_[element.path].twins;
         twins.hasLeaf = true;
         twins.most = std::max(twins.most, twins.count - 1);
@@ -180,7 +188,7 @@ void DocumentBuilder::EndParent(const OpenElement& element)
     mixed_.resize(element.mixedBegin);
     data_.elements[element.lastChild].isLast = 1;
     ParentRecord& record = data_.parents[data_.elements[element.id].content.slot];
-    record = {static_cast<ElementId>(data_.elements.Size()), element.childCount, CloseText(pieceBegin_)};
+    record = {static_cast<ElementId>(data_.elements.Size()), element.childCount, CloseContent()};
 }
 
 Document DocumentBuilder::Take()
@@ -190,10 +198,10 @@ Document DocumentBuilder::Take()
     data_.mostTwins.reserve(states_.size());
     for (const PathState& state : states_)
         data_.mostTwins.push_back(state.twins.most);
-    document_.arrays_ = {data_.elements.Data(),   data_.parents.Data(),
-                         data_.attributes.Data(), data_.text.Data(),
-                         data_.elements.Size(),   static_cast<std::uint32_t>(data_.attributes.Size()),
-                         data_.budget.isExceeded};
+    document_.arrays_ = {
+        data_.elements.Data(), data_.parents.Data(),   data_.attributes.Data(),
+        data_.text.Data(),     data_.elements.Size(),  static_cast<std::uint32_t>(data_.attributes.Size()),
+        valueCount_,           data_.budget.isExceeded};
     return std::move(document_);
 }
 

@@ -91,6 +91,7 @@ private:
     void TakePieceBesideChild();
     void GiveBackPassed(ElementId element) const noexcept;
     [[nodiscard]] TextRange CloseText(std::size_t begin);
+    [[nodiscard]] TextRange CloseContent();
 
     Document document_;
     Document::Impl& data_;
@@ -99,6 +100,7 @@ private:
     std::size_t pieceBegin_ = 0; ///< the text arena's end is the piece of text that is being read; here it begins
     /// Texts of open elements that have children, innermost last: a text goes to the arena when it is complete.
     std::string mixed_;
+    std::uint64_t valueCount_ = 0;                              ///< see Document::ValueCount
     std::vector<PathState> states_ = std::vector<PathState>(1); ///< by path
     std::vector<Guesses<NameId>> nextAttribute_;                ///< by the name of the attribute before
 };
