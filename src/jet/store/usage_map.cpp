@@ -77,15 +77,17 @@ public:
 
     void Add(PageNumber page)
     {
-        if (!Record().IsInline()) {
+        const MapRecord record = Record(); // a view, true until the record gets another size
+        if (!record.IsInline()) {
             AddToReference(page);
             return;
         }
         // An empty map has its range nowhere yet: it goes to where it is needed.
-        if (!Record().Covers(page) && Record().IsEmpty())
+        if (!record.Covers(page) && record.IsEmpty())
             StoreU32(Bytes(), 1, page & ~PageNumber{7});
-        if (Record().Covers(page) || GrowTo(page))
-            SetBit(Bytes().subspan(kInlineMapBits), page - Record().FirstPage());
+        const PageNumber first = record.FirstPage();
+        if (record.Covers(page) || GrowTo(page))
+            SetBit(Bytes().subspan(kInlineMapBits), page - first);
         else
             ConvertToReference(page);
     }
