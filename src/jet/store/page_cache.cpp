@@ -25,7 +25,7 @@ UndoLog::MakeFile TemporaryFiles(const Journal* journal)
 PageCache::PageCache(File& file, Journal* journal, const Format& format, PageNumber pageCount, std::size_t budgetBytes)
     : file_(&file), journal_(journal), format_(&format), pageSize_(format.pageSize), committedPages_(pageCount),
       pageCount_(pageCount), fileEnd_(pageCount), writtenBehind_(pageCount),
-      maxFrames_(std::max(budgetBytes / format.pageSize, kMinFrames)), table_(pageCount),
+      maxFrames_(std::max(budgetBytes / format.pageSize, kMinFrames)), table_(pageCount), memory_(format.pageSize),
       undo_(format.pageSize, maxFrames_ * format.pageSize / kUndoShare, TemporaryFiles(journal))
 {
 }
@@ -56,7 +56,7 @@ Frame* PageCache::Load(PageNumber page)
         throw CorruptPage(page, "it is referred to, but the file has only " + std::to_string(pageCount_) + " pages");
     Frame& frame = FreeFrame();
     unused_.push_back(&frame); // where it stays when the page cannot be read
-    file_->ReadAt(std::uint64_t{page} * pageSize_, {frame.data.get(), pageSize_});
+    file_->ReadAt(std::uint64_t{page} * pageSize_, {frame.data, pageSize_});
     unused_.pop_back();
     Enter(frame, page);
     return &frame;
@@ -67,8 +67,8 @@ Frame& PageCache::FreeFrame()
 {
     if (!unused_.empty()) {
         Frame* frame = unused_.back();
-        if (!frame->data) // the memory that it did not get when it was made
-            frame->data = std::make_unique_for_overwrite<Byte[]>(pageSize_);
+        if (frame->data == nullptr) // it did not get it when it was made
+            frame->data = memory_.Take();
         unused_.pop_back();
         return *frame;
     }
@@ -84,7 +84,7 @@ Frame& PageCache::FreeFrame()
     frame.undo = &undo_;
     frame.size = pageSize_;
     frame.changed = &changed_;
-    frame.data = std::make_unique_for_overwrite<Byte[]>(pageSize_);
+    frame.data = memory_.Take();
     unused_.pop_back();
     return frame;
 }
@@ -141,7 +141,7 @@ PageNumber PageCache::WriteRun(PageNumber page, bool heldToo)
     writeBuffer_.reserve(kMaxRun * pageSize_);
     PageNumber end = page;
     while (belongs(end) && end - page < kMaxRun)
-        AppendBytes(writeBuffer_, {table_[end++]->data.get(), pageSize_});
+        AppendBytes(writeBuffer_, {table_[end++]->data, pageSize_});
     BeginToOverwrite(page, end);
     file_->WriteLater(std::uint64_t{page} * pageSize_, writeBuffer_);
     for (PageNumber written = page; written < end; ++written)
@@ -247,7 +247,7 @@ void PageCache::PutBack()
     writtenBehind_ = std::min(writtenBehind_, pageCount_);
     undo_.VisitBackwards([this](const UndoLog::Piece& piece) {
         Frame* frame = Fetch(piece.page);
-        std::ranges::copy(piece.bytes, frame->data.get() + piece.offset);
+        std::ranges::copy(piece.bytes, frame->data + piece.offset);
         // Of a page that was not dirty the file still holds what it holds again, unless pages have been written.
         frame->dirty = false;
         if (piece.wasDirty || hasWrittenSince_)
@@ -301,7 +301,7 @@ void PageCache::WriteBackHeader()
 {
     Frame& header = *table_[kHeaderPage];
     BeginToOverwrite(kHeaderPage, kHeaderPage + 1);
-    file_->WriteAt(0, {header.data.get(), pageSize_});
+    file_->WriteAt(0, {header.data, pageSize_});
     header.dirty = false;
     file_->Sync();
 }

@@ -4,6 +4,7 @@
 #include "jet/base/format.h"
 #include "jet/store/file_system.h"
 #include "jet/store/journal.h"
+#include "jet/store/page_memory.h"
 #include "jet/store/undo_log.h"
 
 #include <cassert>
@@ -26,7 +27,7 @@ struct ChangedFrames {
 
 /// One page in memory.
 struct Frame {
-    std::unique_ptr<Byte[]> data;
+    Byte* data = nullptr;    ///< lent by the cache
     UndoLog* undo = nullptr; ///< told of what is about to be changed
     std::size_t size = 0;
     PageNumber number = 0;
@@ -67,7 +68,7 @@ public:
 
     [[nodiscard]] explicit operator bool() const noexcept { return frame_ != nullptr; }
     [[nodiscard]] PageNumber Number() const noexcept { return frame_->number; }
-    [[nodiscard]] ByteSpan Bytes() const noexcept { return {frame_->data.get(), frame_->size}; } ///< one whole page
+    [[nodiscard]] ByteSpan Bytes() const noexcept { return {frame_->data, frame_->size}; } ///< one whole page
     [[nodiscard]] PageType Type() const noexcept { return static_cast<PageType>(frame_->data[0]); }
 
 protected:
@@ -96,9 +97,9 @@ public:
     requires(std::is_same_v<Ranges, UndoLog::Range>&&...) [[nodiscard]] Byte* Data(const Ranges&... ranges) const
     {
         assert(((ranges.offset + ranges.size <= frame_->size) && ...));
-        frame_->undo->Note(frame_->number, frame_->data.get(), frame_->dirty, ranges...); // invariant 5
+        frame_->undo->Note(frame_->number, frame_->data, frame_->dirty, ranges...); // invariant 5
         frame_->Change();
-        return frame_->data.get();
+        return frame_->data;
     }
     /// The whole page.
     [[nodiscard]] MutableBytes Data() const { return Data(0, frame_->size); }
@@ -210,7 +211,8 @@ private:
     PageNumber fileEnd_;       ///< no page behind has ever been written
     PageNumber writtenBehind_; ///< pages before were written since they were new, or are older than the last commit
     std::size_t maxFrames_;
-    std::vector<Frame*> table_;  ///< by page number; nullptr = not in memory
+    std::vector<Frame*> table_; ///< by page number; nullptr = not in memory
+    PageMemory memory_;
     std::deque<Frame> frames_;   ///< a deque, so that frames never move
     std::vector<Frame*> unused_; ///< frames without a page
     std::size_t hand_ = 0;
