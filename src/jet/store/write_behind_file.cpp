@@ -148,6 +148,8 @@ void WriteBehindFile::Forget(std::uint64_t offset) noexcept
 /// What was asked for last counts.
 void WriteBehindFile::ReadAt(std::uint64_t offset, MutableBytes out)
 {
+    if (out.empty())
+        return;
     Lock lock(mutex_);
     const std::uint64_t end = offset + out.size();
     const auto last = std::find_if(tasks_.rbegin(), tasks_.rend(), [&](const Task& task) {

@@ -124,8 +124,9 @@ TEST_F(WriteBehind, KeepsWhatFailsUntilThereIsRoomOrNobodyWantsIt)
     Write(0, a);
     file->Sync();
     Fail(1, kForever);
-    Write(600, a);
-    Write(1200, b);
+    Bytes both = a;
+    AppendBytes(both, b);
+    Write(600, both);
     for (int round = 0; round < 3; ++round) {
         EXPECT_EQ(ErrorOf([&] { file->Sync(); }), ErrorNumber::DiskFull);
         EXPECT_EQ(ErrorOf([&] { file->WriteAt(0, b); }), ErrorNumber::DiskFull);
