@@ -7,7 +7,9 @@
 #include "support/scripted_host.h"
 #include "xml/document_loader.h"
 
+#include <algorithm>
 #include <cstdint>
+#include <map>
 
 namespace {
 
@@ -16,16 +18,28 @@ using namespace velmora::fuzzing;
 void CheckDocument(const velmora::Document& document)
 {
     std::size_t children = 0;
+    std::map<velmora::PathId, std::uint32_t> mostTwins;
     for (velmora::ElementId element = 0; element < document.ElementCount(); ++element) {
         std::uint32_t counted = 0;
-        for (velmora::ElementId child = document.FirstChild(element); child != velmora::kNoElement;
-             child = document.NextSibling(child)) {
-            Check(document.Parent(child) == element);
+        std::map<velmora::PathId, std::uint32_t> ofTag;
+        const auto forEachChild = [&](const auto& visit) {
+            for (velmora::ElementId child = document.FirstChild(element); child != velmora::kNoElement;
+                 child = document.NextSibling(child))
+                visit(child);
+        };
+        forEachChild([&](velmora::ElementId child) {
+            Check(document.Paths().Parent(document.Path(child)) == document.Path(element));
+            ++ofTag[document.Path(child)];
             ++counted;
-        }
+        });
+        forEachChild([&](velmora::ElementId child) {
+            const velmora::PathId path = document.Path(child);
+            Check(document.IsRepeated(child) == (ofTag[path] > 1));
+            if (!document.HasChildren(child))
+                mostTwins[path] = std::max(mostTwins[path], ofTag[path] - 1);
+        });
         Check(counted == document.ChildCount(element));
         children += counted;
-        Check(document.SameTagCount(element) >= 1);
         Check(document.Content(element).find('\0') == std::string_view::npos);
         for (std::uint32_t i = 0; i < document.AttributeCount(element); ++i)
             Check(!document.NameText(document.AttributeName(element, i)).empty() &&
@@ -33,6 +47,8 @@ void CheckDocument(const velmora::Document& document)
         Check(document.PathText(document.Path(element), 40).size() <= 40);
     }
     Check(document.IsEmpty() || children + 1 == document.ElementCount());
+    for (const auto& [path, most] : mostTwins)
+        Check(document.MostTwins(path) == most);
 }
 
 } // namespace
