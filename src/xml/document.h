@@ -46,6 +46,7 @@ struct TextRange {
     std::uint32_t lengthBytes = 0;
 };
 
+/// Of a path: an element has room for half a billion different ones, which would take gigabytes themselves.
 inline constexpr unsigned kPathBits = 29;
 
 /// Elements stand in the order of their start tags: the first child of an element is the element behind it, and the
@@ -154,12 +155,12 @@ public:
         const ElementRecord& record = arrays_.elements[element];
         if (record.isLast != 0)
             return kNoElement;
-        return record.isParent != 0 ? Parent(record).end : element + 1;
+        return record.isParent != 0 ? AsParent(record).end : element + 1;
     }
     [[nodiscard]] std::uint32_t ChildCount(ElementId element) const noexcept
     {
         const ElementRecord& record = arrays_.elements[element];
-        return record.isParent != 0 ? Parent(record).childCount : 0;
+        return record.isParent != 0 ? AsParent(record).childCount : 0;
     }
     /// Does its parent have other children with its tag?
     [[nodiscard]] bool IsRepeated(ElementId element) const noexcept
@@ -170,7 +171,7 @@ public:
     [[nodiscard]] std::string_view Content(ElementId element) const noexcept
     {
         const ElementRecord& record = arrays_.elements[element];
-        return Text(record.isParent != 0 ? Parent(record).content : record.content);
+        return Text(record.isParent != 0 ? AsParent(record).content : record.content);
     }
     [[nodiscard]] std::uint32_t AttributeCount(ElementId element) const noexcept
     {
@@ -219,7 +220,7 @@ private:
         bool areInFile = false; ///< some of them
     };
 
-    [[nodiscard]] const ParentRecord& Parent(const ElementRecord& record) const noexcept
+    [[nodiscard]] const ParentRecord& AsParent(const ElementRecord& record) const noexcept
     {
         return arrays_.parents[record.content.slot];
     }

@@ -13,8 +13,8 @@
 
 namespace velmora {
 
-/// Beyond it a document's arrays live in a temporary file. With the page cache, and with a sort beside it, a run stays
-/// below 256 MB.
+/// Beyond it a document's arrays live in a temporary file. With the budgets of the page cache (64 MiB) and of a sort
+/// (32 MiB) that makes 224 of the 256 MiB that a run may take.
 inline constexpr std::size_t kDocumentMemoryBudgetBytes = std::size_t{128} << 20;
 
 /// Who parses.

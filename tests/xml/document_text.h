@@ -7,8 +7,8 @@
 
 namespace velmora::testing {
 
-/// One line per element: tag, attributes, content in brackets when there is any, and what is known of its siblings and
-/// children.
+/// One line per element: tag, attributes, content in brackets when there is any, and how often the tag stands in its
+/// parent: x1, or for one that is repeated the greatest number at its path, n where none there is without children.
 inline std::string DocumentText(const Document& document)
 {
     std::string text;
