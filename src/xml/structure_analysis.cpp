@@ -23,13 +23,11 @@ struct Occurrence {
     {
         return childCount == 0 && attributeCount == 0 && twinCount >= 1;
     }
-};
-
-/// The siblings being walked at one level of the document.
-struct SiblingRun {
-    ElementId element = kNoElement; ///< where the walk stands
-    PathId parentPath = 0;
-    std::int32_t plainLeafCount = 0; ///< leaves that are columns of their parent's record
+    /// Is the element, a leaf, a column of its parent's record?
+    [[nodiscard]] bool IsPlainLeaf() const noexcept
+    {
+        return twinCount == 0 && (attributeCount == 0 || !content.empty());
+    }
 };
 
 class StructureAnalyser {
@@ -41,20 +39,17 @@ public:
     }
 
     void WalkDocument();
+    void TakeWrappingTagsOut();
 
 private:
-    void BeginRun(ElementId first, PathId parentPath);
-    void EndRun(const SiblingRun& run, ElementId last);
+    void BeginRun(PathId parentPath);
     [[nodiscard]] Occurrence Look(ElementId element) const;
     void RegisterAttributes(ElementId element, PathId path, std::uint32_t count);
-    void CountLeaf(SiblingRun& run, const Occurrence& leaf);
 
-    void Register(std::int32_t level, PathId path, const Occurrence& seen);
-    void Append(std::int32_t level, PathId path, const Occurrence& seen);
-    void RegisterInnerEntry(std::int32_t level, PathId path, std::string_view content);
-    static void Merge(ElementInfo& entry, const Occurrence& seen);
+    void Register(PathId path, const Occurrence& seen);
+    void Append(PathId path, const Occurrence& seen);
+    void RegisterInnerEntry(PathId path, std::string_view content);
     static void MergeContent(ElementInfo& entry, std::string_view content);
-    [[nodiscard]] PathId PathOfAttribute(PathId path, std::uint32_t index, NameId attribute);
     [[nodiscard]] NameId WithAttributePrefix(NameId attribute);
 
     Job& job_;
@@ -62,70 +57,75 @@ private:
     Document& document_;
     PathTree& paths_;
     StructureModel& model_;
-    std::vector<SiblingRun> runs_; ///< innermost last: a run's level is its place
     std::vector<NameId> prefixed_; ///< by attribute name: the name of its column, kNoName until it is asked for
     static constexpr NameId kNoName = ~NameId{0};
 
-    struct AttributePath {
+    struct AttributeEntry {
         NameId attribute = kNoName;
-        PathId path = 0;
+        std::size_t number = 0; ///< of its entry in the model
     };
     /// By the element's path and the attribute's place in the tag: what stood there last, which mostly comes again.
-    std::vector<std::vector<AttributePath>> attributePaths_;
+    std::vector<std::vector<AttributeEntry>> attributeEntries_;
 };
 
-/// The walk keeps its own stack: the depth of a document is not limited by that of the program's.
+/// From start tag to start tag, as elements stand in the document.
 void StructureAnalyser::WalkDocument()
 {
-    BeginRun(document_.Root(), 0);
-    while (!runs_.empty()) {
-        SiblingRun& run = runs_.back();
-        const ElementId element = run.element;
+    constexpr ElementId kElementsOfPiece = 0x1000;
+    BeginRun(0);
+    const auto count = static_cast<ElementId>(document_.ElementCount());
+    for (ElementId element = 0; element < count; ++element) {
+        if (element % kElementsOfPiece == 0)
+            job_.ProcessEvents();
         document_.Passed(element);
         const Occurrence seen = Look(element);
         const PathId path = document_.Path(element);
-        Register(static_cast<std::int32_t>(runs_.size()) - 1, path, seen);
+        Register(path, seen);
         if (seen.attributeCount > 0 && importsAttributes_)
             RegisterAttributes(element, path, static_cast<std::uint32_t>(seen.attributeCount));
-        if (seen.childCount > 0) {
-            BeginRun(document_.FirstChild(element), path);
-            continue;
-        }
-        CountLeaf(run, seen);
-        // On to the next sibling, or, where a run ends, to that of the nearest element above it.
-        while (!runs_.empty()) {
-            SiblingRun& innermost = runs_.back();
-            const ElementId last = innermost.element;
-            innermost.element = document_.NextSibling(last);
-            if (innermost.element != kNoElement)
-                break;
-            EndRun(innermost, last);
-            runs_.pop_back();
-        }
+        if (seen.childCount > 0)
+            BeginRun(path);
+        else if (!seen.IsPlainLeaf())
+            ++model_.lngRecordEstimate;
     }
 }
 
-void StructureAnalyser::BeginRun(ElementId first, PathId parentPath)
+/// The children of one element come.
+void StructureAnalyser::BeginRun(PathId parentPath)
 {
     if (job_.log.IsTracing())
         job_.log.Trace("velAnalyseNode: " + document_.PathText(parentPath));
     ++model_.lngRecordEstimate;
-    job_.ProcessEvents();
-    runs_.push_back({first, parentPath, 0});
 }
 
-/// A run without a plain leaf is one of wrapping tags only. With attributes imported, the attributes of the last
-/// sibling count against the plain leaves of all: an estimate, and meant so.
-void StructureAnalyser::EndRun(const SiblingRun& run, ElementId last)
+/// Siblings without a plain leaf among them are wrapping tags only, and make no record of the element around them. With
+/// attributes imported, the attributes of the last sibling count against the plain leaves of all: an estimate, and
+/// meant so.
+void StructureAnalyser::TakeWrappingTagsOut()
 {
-    if (!job_.settings.blSkipEmptyWrappingTags)
-        return;
-    const std::int32_t attributes = importsAttributes_ ? static_cast<std::int32_t>(document_.AttributeCount(last)) : 0;
-    if (run.plainLeafCount - attributes == 0)
-        --model_.lngRecordEstimate;
+    std::vector<std::int32_t> plainLeaves{0}; // among the siblings at each level, the innermost last
+    std::vector<ElementId> open;              // elements that they stand in
+    const auto count = static_cast<ElementId>(document_.ElementCount());
+    for (ElementId element = 0; element < count; ++element) {
+        document_.Passed(element);
+        if (document_.HasChildren(element)) {
+            open.push_back(element);
+            plainLeaves.push_back(0);
+            continue;
+        }
+        plainLeaves.back() += Look(element).IsPlainLeaf() ? 1 : 0;
+        for (ElementId last = element; document_.NextSibling(last) == kNoElement; open.pop_back()) {
+            const auto attributes = static_cast<std::int32_t>(importsAttributes_ ? document_.AttributeCount(last) : 0);
+            model_.lngRecordEstimate -= plainLeaves.back() == attributes ? 1 : 0;
+            plainLeaves.pop_back();
+            if (open.empty())
+                break;
+            last = open.back();
+        }
+    }
 }
 
-Occurrence StructureAnalyser::Look(ElementId element) const
+inline Occurrence StructureAnalyser::Look(ElementId element) const
 {
     Occurrence seen;
     seen.childCount = static_cast<std::int32_t>(document_.ChildCount(element));
@@ -137,95 +137,81 @@ Occurrence StructureAnalyser::Look(ElementId element) const
     return seen;
 }
 
-void StructureAnalyser::RegisterAttributes(ElementId element, PathId path, std::uint32_t count)
+inline void StructureAnalyser::RegisterAttributes(ElementId element, PathId path, std::uint32_t count)
 {
-    const auto level = static_cast<std::int32_t>(runs_.size());
+    if (path >= attributeEntries_.size())
+        attributeEntries_.resize(path + std::size_t{1});
+    std::vector<AttributeEntry>& entries = attributeEntries_[path];
+    if (count > entries.size())
+        entries.resize(count);
     for (std::uint32_t i = 0; i < count; ++i) {
         const NameId attribute = document_.AttributeName(element, i);
-        Register(level, PathOfAttribute(path, i, attribute),
-                 {.content = document_.AttributeValue(element, i), .attribute = attribute});
+        const std::string_view value = document_.AttributeValue(element, i);
+        if (entries[i].attribute == attribute) {
+            MergeContent(model_.Element(entries[i].number), value);
+            continue;
+        }
+        const PathId pathOfAttribute = paths_.Child(path, WithAttributePrefix(attribute));
+        Register(pathOfAttribute, {.content = value, .attribute = attribute});
+        entries[i] = {attribute, model_.Find(pathOfAttribute)};
     }
 }
 
-void StructureAnalyser::CountLeaf(SiblingRun& run, const Occurrence& leaf)
-{
-    const bool attributesOnly = leaf.attributeCount >= 1 && leaf.content.empty();
-    if (attributesOnly || leaf.twinCount >= 1)
-        ++model_.lngRecordEstimate;
-    else
-        ++run.plainLeafCount;
-}
-
-inline void StructureAnalyser::Register(std::int32_t level, PathId path, const Occurrence& seen)
+inline void StructureAnalyser::Register(PathId path, const Occurrence& seen)
 {
     const std::size_t number = model_.Find(path);
     if (number == 0) {
-        Append(level, path, seen);
+        Append(path, seen);
         return;
     }
     ElementInfo& entry = model_.Element(number);
     if (seen.IsRepeatedLeaf() && entry.lngMaxChildren == 0 && entry.lngMaxTwins == 0) {
         entry.lngMaxTwins = seen.twinCount;
-        RegisterInnerEntry(level, path, seen.content);
+        RegisterInnerEntry(path, seen.content);
         return;
     }
-    Merge(entry, seen);
+    entry.lngMaxChildren = std::max(entry.lngMaxChildren, seen.childCount);
+    entry.lngMaxTwins = std::max(entry.lngMaxTwins, seen.twinCount);
+    if (seen.attribute != ElementInfo::kNoAttribute)
+        entry.attribute = seen.attribute;
+    MergeContent(entry, seen.content);
 }
 
-void StructureAnalyser::Append(std::int32_t level, PathId path, const Occurrence& seen)
+void StructureAnalyser::Append(PathId path, const Occurrence& seen)
 {
     const ContentKind kind = ClassifyContent(seen.content);
+    const PathId parent = paths_.Parent(path);
     ElementInfo entry;
     entry.strPath = path;
     entry.lngMaxChildren = seen.childCount;
     entry.lngMaxTwins = seen.twinCount;
     entry.lngAttributes = seen.attributeCount;
-    entry.intLevel = level;
+    entry.intLevel = parent == 0 ? 0 : model_.Element(model_.Find(parent)).intLevel + 1;
     entry.strName = std::string(document_.NameText(paths_.Name(path)));
     entry.dblMaxSize = kind.size;
     entry.lngDataType = kind.dataType;
     entry.attribute = seen.attribute;
     model_.Append(std::move(entry));
     if (seen.IsRepeatedLeaf())
-        RegisterInnerEntry(level, path, seen.content);
+        RegisterInnerEntry(path, seen.content);
 }
 
 /// A repeated leaf is a table with one column of its own name.
-void StructureAnalyser::RegisterInnerEntry(std::int32_t level, PathId path, std::string_view content)
+void StructureAnalyser::RegisterInnerEntry(PathId path, std::string_view content)
 {
-    Register(level + 1, paths_.Child(path, paths_.Name(path)), {.content = content});
-}
-
-void StructureAnalyser::Merge(ElementInfo& entry, const Occurrence& seen)
-{
-    entry.lngMaxChildren = std::max(entry.lngMaxChildren, seen.childCount);
-    entry.lngMaxTwins = std::max(entry.lngMaxTwins, seen.twinCount);
-    if (seen.attribute != ElementInfo::kNoAttribute)
-        entry.attribute = seen.attribute;
-    if (entry.lngDataType == kNumericContent && !seen.content.empty())
-        MergeContent(entry, seen.content);
+    Register(paths_.Child(path, paths_.Name(path)), {.content = content});
 }
 
 /// A text entry keeps the length that it got first: the import widens a column when a value does not fit.
-void StructureAnalyser::MergeContent(ElementInfo& entry, std::string_view content)
+inline void StructureAnalyser::MergeContent(ElementInfo& entry, std::string_view content)
 {
+    if (entry.lngDataType != kNumericContent || content.empty())
+        return;
     const ContentKind kind = ClassifyContent(content);
     if (kind.size <= 0)
         return;
     entry.lngDataType = kind.dataType;
     entry.dblMaxSize = std::max(entry.dblMaxSize, kind.size);
-}
-
-PathId StructureAnalyser::PathOfAttribute(PathId path, std::uint32_t index, NameId attribute)
-{
-    if (path >= attributePaths_.size())
-        attributePaths_.resize(path + std::size_t{1});
-    std::vector<AttributePath>& last = attributePaths_[path];
-    if (index >= last.size())
-        last.resize(index + std::size_t{1});
-    if (last[index].attribute != attribute)
-        last[index] = {attribute, paths_.Child(path, WithAttributePrefix(attribute))};
-    return last[index].path;
 }
 
 NameId StructureAnalyser::WithAttributePrefix(NameId attribute)
@@ -242,7 +228,10 @@ NameId StructureAnalyser::WithAttributePrefix(NameId attribute)
 
 void AnalyseStructure(Job& job, Document& document, StructureModel& model)
 {
-    StructureAnalyser(job, document, model).WalkDocument();
+    StructureAnalyser analyser(job, document, model);
+    analyser.WalkDocument();
+    if (job.settings.blSkipEmptyWrappingTags)
+        analyser.TakeWrappingTagsOut();
 }
 
 } // namespace velmora
