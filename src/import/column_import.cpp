@@ -84,8 +84,7 @@ inline LossReason ColumnImport::SetValue(TableSink& sink, const ValuePlace& plac
     const FieldPlace found = fields_.Find(sink, place);
     if (!found.field)
         return found.refusal;
-    const std::string_view named = plan_.widensByTag ? std::string_view() : plan_.columns[place.column].name;
-    const LossReason refusal = SetUnlessWrongType(sink, *found.field, value, origin, named);
+    const LossReason refusal = SetUnlessWrongType(sink, *found.field, value, origin, plan_.widensByTag);
     return refusal == LossReason::DoesNotFitType ? SetBeside(sink, place, value, origin) : refusal;
 }
 
@@ -95,7 +94,7 @@ LossReason ColumnImport::SetBeside(TableSink& sink, const ValuePlace& place, std
     const std::string& beside = beside_.NameFor(sink, column);
     if (beside.empty())
         return LossReason::DoesNotFitType;
-    return SetUnlessWrongType(sink, writer_.FieldBeside(sink, column, beside, origin), value, origin, beside);
+    return SetUnlessWrongType(sink, writer_.FieldBeside(sink, column, beside, origin), value, origin, false);
 }
 
 /// A rule of `columns` has refused the record: their values go into columns beside. False when none is the document's.
@@ -110,7 +109,7 @@ bool ColumnImport::MoveBeside(TableSink& sink, const std::vector<std::string>& c
         sink.records->SetNull(*field);
         sink.values.TakeBack(*field);
         const std::string& beside = beside_.NameFor(sink, column);
-        writer_.Set(sink, writer_.FieldBeside(sink, column, beside, origin), ValueOf(origin), origin, beside);
+        writer_.Set(sink, writer_.FieldBeside(sink, column, beside, origin), ValueOf(origin), origin, false);
         hasMoved = true;
     }
     return hasMoved;
@@ -150,10 +149,10 @@ bool ColumnImport::KeepsValueOut(int errorNumber) const
 }
 
 inline LossReason ColumnImport::SetUnlessWrongType(TableSink& sink, std::size_t field, std::string_view value,
-                                                   ValueOrigin origin, std::string_view named)
+                                                   ValueOrigin origin, bool byTag)
 {
     try {
-        writer_.Set(sink, field, value, origin, named);
+        writer_.Set(sink, field, value, origin, byTag);
         return LossReason::None;
     } catch (const RuntimeError& error) {
         if (!KeepsValueOut(error.Number()))

@@ -40,6 +40,7 @@ public:
     /// Makes the records in which the last one goes on, in tables that continue its own; they have its key. May be
     /// called again after a failure.
     void SaveFurtherParts(TableNumber sink, std::int32_t key);
+    [[nodiscard]] bool HasFurtherParts() const noexcept { return !later_.empty(); }
 
     /// The progress step: a record was saved.
     void CountRecord();
@@ -75,7 +76,7 @@ private:
     void ImportOwnText(ElementId leaf, TableSink& sink);
     [[nodiscard]] bool KeepsValueOut(int errorNumber) const;
     [[nodiscard]] LossReason SetUnlessWrongType(TableSink& sink, std::size_t field, std::string_view value,
-                                                ValueOrigin origin, std::string_view named);
+                                                ValueOrigin origin, bool byTag);
     static void Refuse(TableSink& sink, ValueOrigin origin, LossReason reason);
     [[nodiscard]] std::string HelpFor(const EngineError& error, const TableSink& sink, TableNumber ownerSink);
     void SetAttributes(ElementId element, TableNumber sink, Step& step);

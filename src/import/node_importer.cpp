@@ -14,7 +14,8 @@ namespace {
 /// An element whose children are being walked.
 struct Level {
     ElementId element = kNoElement;
-    ElementId child = kNoElement;      ///< the next one
+    ElementId child = kNoElement; ///< the next one
+    const PathPlan* plan = nullptr;
     TableNumber sink = kNoTable;       ///< kNoTable: it has no record
     TableNumber parentSink = kNoTable; ///< then its children's records belong to the one here
     std::int32_t parentKey = 0;
@@ -76,9 +77,11 @@ void NodeImporter::Enter(ElementId element, TableNumber parentSink, std::int32_t
     job_.host.ProcessEvents();
     job_.log.Trace("velImportNode: "); // like every procedure's name, also when the run ends here
     ThrowIfAborted(job_.settings);
+    const PathPlan& plan = columns_.PlanOf(element);
     Level level{.element = element,
                 .child = document_.FirstChild(element),
-                .sink = columns_.PlanOf(element).table,
+                .plan = &plan,
+                .sink = plan.table,
                 .parentSink = parentSink,
                 .parentKey = parentKey};
     // Without a table an element is passed through, as a wrapping one is.
@@ -92,7 +95,7 @@ void NodeImporter::Enter(ElementId element, TableNumber parentSink, std::int32_t
         };
         step([parentPath] { return "Move to the beginning of " + parentPath(); });
         step([parentPath] { return "Loop through elements of " + parentPath() + " that have children"; });
-        if (columns_.PlanOf(element).hasOnlyLeaves && !job_.log.IsTracing())
+        if (plan.hasOnlyLeaves && !job_.log.IsTracing())
             PassOverLeaves(level, step);
     }
     levels_.push_back(level);
@@ -102,7 +105,7 @@ void NodeImporter::Enter(ElementId element, TableNumber parentSink, std::int32_t
 void NodeImporter::FindRecordAround(Level& level) const
 {
     const PlannedTable& table = *sinks_[level.sink].plan;
-    if (!columns_.PlanOf(level.element).isEntered || table.isShared || table.parent == level.parentSink)
+    if (!level.plan->isEntered || table.isShared || table.parent == level.parentSink)
         return;
     const auto around =
         std::find_if(levels_.rbegin(), levels_.rend(), [&](const Level& above) { return above.sink == table.parent; });
@@ -129,8 +132,9 @@ void NodeImporter::BuildRecord(Level& level, Step& step)
     };
     RetryWhile(
         IsLockConflict, [&] { TryBuildRecord(level, step); }, startAgain);
-    RetryWhile(
-        IsLockConflict, [&] { columns_.SaveFurtherParts(level.sink, level.key); }, startAgain);
+    if (columns_.HasFurtherParts())
+        RetryWhile(
+            IsLockConflict, [&] { columns_.SaveFurtherParts(level.sink, level.key); }, startAgain);
 }
 
 void NodeImporter::TryBuildRecord(Level& level, Step& step)
@@ -139,7 +143,7 @@ void NodeImporter::TryBuildRecord(Level& level, Step& step)
     RecordWriter& writer = columns_.Writer();
 
     step([&records = *sink.records] { return "Add new record to table [" + records.Source() + "]"; });
-    const PathPlan& plan = columns_.PlanOf(level.element);
+    const PathPlan& plan = *level.plan;
     writer.Begin(sink, level.element);
     columns_.BeginParts(level.element);
     if (level.parentSink != kNoTable)

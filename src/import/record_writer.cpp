@@ -50,12 +50,9 @@ void RecordWriter::Begin(TableSink& sink, ElementId element)
     FindKeys(sink);
 }
 
-void RecordWriter::FindKeys(TableSink& sink) const
+void RecordWriter::FindKeysAnew(TableSink& sink) const
 {
-    const std::uint64_t layout = sink.records->Layout();
-    if (sink.keyLayout == layout)
-        return;
-    sink.keyLayout = layout;
+    sink.keyLayout = sink.records->Layout();
     sink.values.byField.assign(sink.records->FieldCount(), {});
     sink.primaryKey = sink.records->FieldIndex(sink.plan->keys.primary);
     sink.foreignKey = sink.records->FieldIndex(sink.plan->keys.foreign);
@@ -95,43 +92,35 @@ void RecordWriter::SetMasterTable(TableSink& sink, std::string_view ownerTable)
     }
 }
 
-void RecordWriter::Set(TableSink& sink, std::size_t field, std::string_view value, ValueOrigin origin,
-                       std::string_view named)
+/// After a refusal: is the field one of a text column that can be widened for its value?
+bool RecordWriter::IsTooSmallText(TableSink& sink, std::size_t field, const RuntimeError& refusal)
 {
-    if (IsTyped(sink.types[field])) {
-        if (SetTyped(sink, field, value, origin))
-            return;
-        field = BecomeTextFor(sink, field, value, origin);
-    }
-    while (!TrySet(sink, field, value))
-        field = MakeRoom(sink, field, value, origin, named);
-    sink.values.Put(field, origin);
+    const bool isTooSmall = refusal.Number() == engine_errors::kFieldTooSmall;
+    const bool isText = sink.records->MaxCharacters(field) > 0;
+    if (isTooSmall && isText)
+        return true;
+    if (isTooSmall || refusal.Number() == engine_errors::kWrongType) // nothing widens a column of bytes
+        ClearDefault(sink, field);
+    return false;
 }
 
-/// False when it is a text column that is too small.
-bool RecordWriter::TrySet(TableSink& sink, std::size_t field, std::string_view value)
+/// Gives the place that the value's column has then.
+std::size_t RecordWriter::SetWithMoreRoom(TableSink& sink, std::size_t field, std::string_view value,
+                                          ValueOrigin origin, bool byTag)
 {
-    try {
-        sink.records->SetText(field, value);
-        return true;
-    } catch (const RuntimeError& error) {
-        const bool isTooSmall = error.Number() == engine_errors::kFieldTooSmall;
-        const bool isText = sink.records->MaxCharacters(field) > 0;
-        if (isTooSmall && isText)
-            return false;
-        if (isTooSmall || error.Number() == engine_errors::kWrongType) // nothing widens a column of bytes
-            ClearDefault(sink, field);
-        throw;
-    }
+    do
+        field = MakeRoom(sink, field, value, origin, byTag);
+    while (!TrySet(sink, field, value));
+    return field;
 }
 
 /// Widens a column for the value; gives the place that its own has then.
 std::size_t RecordWriter::MakeRoom(TableSink& sink, std::size_t field, std::string_view value, ValueOrigin origin,
-                                   std::string_view named)
+                                   bool byTag)
 {
     const std::string meant = sink.records->FieldName(field);
     const std::size_t characters = sink.records->CountCharacters(value);
-    const std::string name = named.empty() ? NameInDocument(origin) : std::string(named);
+    const std::string name = byTag ? NameInDocument(origin) : meant;
     Widen(sink, {Widening(sink, FieldToWiden(sink, field, name, characters), characters, origin)});
     return sink.records->FieldIndex(meant).value();
 }
@@ -143,9 +132,16 @@ std::string RecordWriter::NameInDocument(ValueOrigin origin) const
     return job_.settings.strAttrPrefix + std::string(document_.NameText(origin.attribute));
 }
 
-/// A value in a column whose type the program has chosen: one that it does not fit is not converted, however nearly it
-/// would. The empty text is Null there. False when the column has to be a text.
-bool RecordWriter::SetTyped(TableSink& sink, std::size_t field, std::string_view value, ValueOrigin origin)
+/// A value in a column whose type the program has chosen: one that it does not fit makes it a text.
+void RecordWriter::SetTyped(TableSink& sink, std::size_t field, std::string_view value, ValueOrigin origin, bool byTag)
+{
+    if (!TrySetTyped(sink, field, value, origin))
+        Set(sink, BecomeTextFor(sink, field, value, origin), value, origin, byTag);
+}
+
+/// What does not fit is not converted, however nearly it would. The empty text is Null there. False when the column has
+/// to be a text.
+bool RecordWriter::TrySetTyped(TableSink& sink, std::size_t field, std::string_view value, ValueOrigin origin)
 {
     const ColumnType type = sink.types[field];
     if (value.empty() ? type == ColumnType::YesNo : !Fits(type, value))
@@ -293,7 +289,8 @@ void RecordWriter::Save(TableSink& sink)
         AddProvisionalRow(sink);
     else
         KeepProvisionalRows();
-    velWriteRecordToFile(job_, sink, false);
+    if (sink.text.file)
+        velWriteRecordToFile(job_, sink, false);
     if (!isInner && sink.text.file)
         sink.text.file->Settle();
 }

@@ -2,6 +2,7 @@
 
 #include "import/table_sinks.h"
 #include "import/value_account.h"
+#include "plan/value_forms.h"
 #include "schema/column_widening.h"
 #include "schema/database_session.h"
 #include "schema/engine_errors.h"
@@ -32,12 +33,20 @@ public:
     void SetPrimaryKey(TableSink& sink, std::int32_t key);
     void SetForeignKey(TableSink& sink, std::int32_t key);
     void SetMasterTable(TableSink& sink, std::string_view ownerTable);
-    /// Puts a value of the document into a field. When the text column is too small, the column `named` so is widened
-    /// where that is too small as well, and then the one that was meant; without a name the one that bears the value's
-    /// own in the document. Throws 3421 when its type cannot hold the value, and 3163 when its bytes are too few: the
-    /// field is empty then, not at its default.
-    void Set(TableSink& sink, std::size_t field, std::string_view value, ValueOrigin origin,
-             std::string_view named = {});
+    /// Puts a value of the document into a field. When the text column is too small, it is widened; `byTag`, before
+    /// that the one that bears the value's own name in the document, where that is too small as well. Throws 3421 when
+    /// its type cannot hold the value, and 3163 when its bytes are too few: the field is empty then, not at its
+    /// default.
+    void Set(TableSink& sink, std::size_t field, std::string_view value, ValueOrigin origin, bool byTag)
+    {
+        if (IsTyped(sink.types[field])) {
+            SetTyped(sink, field, value, origin, byTag);
+            return;
+        }
+        if (!TrySet(sink, field, value))
+            field = SetWithMoreRoom(sink, field, value, origin, byTag);
+        sink.values.Put(field, origin);
+    }
     /// The field of the text column `name`, which is made when it is missing: it takes what does not fit `besides`.
     [[nodiscard]] std::size_t FieldBeside(TableSink& sink, const std::string& besides, const std::string& name,
                                           ValueOrigin origin);
@@ -52,18 +61,39 @@ public:
 private:
     void KeepProvisionalRows();
     void AddProvisionalRow(TableSink& sink);
-    void FindKeys(TableSink& sink) const;
+    void FindKeys(TableSink& sink) const
+    {
+        if (sink.keyLayout != sink.records->Layout())
+            FindKeysAnew(sink);
+    }
+    void FindKeysAnew(TableSink& sink) const;
     static void ClearDefault(TableSink& sink, std::size_t field);
-    [[nodiscard]] static bool TrySet(TableSink& sink, std::size_t field, std::string_view value);
+    /// False when it is a text column that is too small.
+    [[nodiscard]] static bool TrySet(TableSink& sink, std::size_t field, std::string_view value)
+    {
+        try {
+            sink.records->SetText(field, value);
+            return true;
+        } catch (const RuntimeError& error) {
+            if (!IsTooSmallText(sink, field, error))
+                throw;
+            return false;
+        }
+    }
+    [[nodiscard]] static bool IsTooSmallText(TableSink& sink, std::size_t field, const RuntimeError& refusal);
+    [[nodiscard]] std::size_t SetWithMoreRoom(TableSink& sink, std::size_t field, std::string_view value,
+                                              ValueOrigin origin, bool byTag);
     [[nodiscard]] std::size_t MakeRoom(TableSink& sink, std::size_t field, std::string_view value, ValueOrigin origin,
-                                       std::string_view named);
+                                       bool byTag);
     [[nodiscard]] std::string NameInDocument(ValueOrigin origin) const;
     [[nodiscard]] std::size_t FieldToWiden(const TableSink& sink, std::size_t field, const std::string& name,
                                            std::size_t characters) const;
     [[nodiscard]] ColumnToWiden Widening(const TableSink& sink, std::size_t field, std::size_t characters,
                                          ValueOrigin origin) const;
     void Widen(TableSink& sink, const std::vector<ColumnToWiden>& columns);
-    [[nodiscard]] bool SetTyped(TableSink& sink, std::size_t field, std::string_view value, ValueOrigin origin);
+    void SetTyped(TableSink& sink, std::size_t field, std::string_view value, ValueOrigin origin, bool byTag);
+    [[nodiscard]] static bool TrySetTyped(TableSink& sink, std::size_t field, std::string_view value,
+                                          ValueOrigin origin);
     [[nodiscard]] std::size_t BecomeTextFor(TableSink& sink, std::size_t field, std::string_view value,
                                             ValueOrigin origin);
     void BecomeText(TableSink& sink, std::size_t field, const std::string& reason);

@@ -75,11 +75,6 @@ bool Recordset::IsInStorageOrder()
     return Translated([&] { return records_->IsInStorageOrder(); });
 }
 
-void Recordset::AddNew()
-{
-    Translated([&] { records_->AddNew(); });
-}
-
 /// Something of the text that was set last has been lost.
 void Recordset::NoteLoss(std::size_t field)
 {
@@ -98,29 +93,13 @@ void Recordset::SetNull(std::size_t field)
     Translated([&] { records_->Set(field, jet::Null{}); });
 }
 
-void Recordset::SetLong(std::size_t field, std::int32_t value)
-{
-    Translated([&] { records_->SetLong(field, value); });
-}
-
-void Recordset::Update()
-{
-    Translated([&] {
-        if (locks_->onWrite)
-            locks_->onWrite();
-        records_->Update();
-    });
-}
-
 void Recordset::CancelUpdate()
 {
     Translated([&] { records_->CancelUpdate(); });
 }
 
-std::int32_t Recordset::GetLong(std::size_t field)
+std::int32_t Recordset::ReadLong(std::size_t field)
 {
-    if (const auto number = Translated([&] { return records_->PendingNumber(field); }))
-        return *number;
     const jet::Value value = Translated([&] { return records_->Get(field); });
     if (const auto* number = std::get_if<std::int32_t>(&value))
         return *number;

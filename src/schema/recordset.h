@@ -78,7 +78,10 @@ public:
     void MoveTo(std::uint64_t position);
     [[nodiscard]] bool IsInStorageOrder();
 
-    void AddNew();
+    void AddNew()
+    {
+        Translated([&] { records_->AddNew(); });
+    }
     [[nodiscard]] bool IsPending() const noexcept { return records_->IsPending(); }
     /// Throws 3163 (the field is too small) and 3421 (no conversion to the column's type); the field keeps its value
     /// then.
@@ -88,15 +91,29 @@ public:
         if (records_->ZonesLeftOut() != zonesNoted_ || records_->ReplacedCharacters() != replacedNoted_)
             NoteLoss(field);
     }
-    void SetLong(std::size_t field, std::int32_t value);
+    void SetLong(std::size_t field, std::int32_t value)
+    {
+        Translated([&] { records_->SetLong(field, value); });
+    }
     /// Takes the field's value away, also one that it has by default.
     void SetNull(std::size_t field);
     /// Saves the pending record. When the engine refuses it, it stays pending.
-    void Update();
+    void Update()
+    {
+        Translated([&] {
+            if (locks_->onWrite)
+                locks_->onWrite();
+            records_->Update();
+        });
+    }
     void CancelUpdate();
     /// Whole number in a field of the pending record, else of the record last saved; 0 when there is none. An
     /// autonumber that is asked for here is given to the pending record.
-    [[nodiscard]] std::int32_t GetLong(std::size_t field);
+    [[nodiscard]] std::int32_t GetLong(std::size_t field)
+    {
+        const auto number = Translated([&] { return records_->PendingNumber(field); });
+        return number ? *number : ReadLong(field);
+    }
     /// After 3047: the text fields that have to become memos so that the pending record fits, those with the most
     /// stored bytes first and no more than needed. Empty when it is not the record that is too large; nullopt when
     /// nothing makes it fit. Fields with an index or in a relation are not among them.
@@ -117,6 +134,7 @@ public:
 
 private:
     void NoteLoss(std::size_t field);
+    [[nodiscard]] std::int32_t ReadLong(std::size_t field);
 
     std::unique_ptr<jet::Recordset> records_;
     const LockSeam* locks_;

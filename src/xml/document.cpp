@@ -71,12 +71,6 @@ std::string Document::PathText(PathId path, std::size_t limit) const
     return std::string(CutUtf8(head, keep)).append(kCut).append(tail);
 }
 
-bool IsBlank(std::string_view text) noexcept
-{
-    return std::all_of(text.begin(), text.end(),
-                       [](char c) { return c == ' ' || c == '\n' || c == '\t' || c == '\r'; });
-}
-
 std::uint32_t Document::MostTwins(PathId path) const noexcept
 {
     return path < impl_->mostTwins.size() ? impl_->mostTwins[path] : 0;

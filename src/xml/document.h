@@ -2,6 +2,7 @@
 
 #include "platform/utf8.h"
 
+#include <algorithm>
 #include <cstddef>
 #include <cstdint>
 #include <memory>
@@ -74,7 +75,11 @@ struct AttributeRecord {
 };
 
 /// Is there nothing but what XML takes for white space?
-[[nodiscard]] bool IsBlank(std::string_view text) noexcept;
+[[nodiscard]] inline bool IsBlank(std::string_view text) noexcept
+{
+    const auto isBlank = [](char c) { return c == ' ' || c == '\n' || c == '\t' || c == '\r'; };
+    return std::all_of(text.begin(), text.end(), isBlank);
+}
 
 /// Is there anything but white space, of every kind that Unicode knows?
 [[nodiscard]] inline bool HasText(std::string_view content) noexcept
