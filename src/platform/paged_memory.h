@@ -83,6 +83,13 @@ public:
             std::memcpy(Items() + size_, items, count * sizeof(T));
         size_ += count;
     }
+    /// Lengthens the array by `count` items of unspecified value; the first of them.
+    [[nodiscard]] T* Extend(std::size_t count)
+    {
+        MakeRoom(count);
+        size_ += count;
+        return Items() + (size_ - count);
+    }
     /// Cuts the array, or lengthens it by items of unspecified value.
     void SetSize(std::size_t size)
     {

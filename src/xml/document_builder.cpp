@@ -1,17 +1,11 @@
 #include "xml/document_builder.h"
 
+#include "xml/document_limits.h"
+
 #include <algorithm>
-#include <limits>
-#include <stdexcept>
 #include <utility>
 
 namespace velmora {
-
-namespace {
-
-constexpr std::size_t kMaxText = std::numeric_limits<std::uint32_t>::max();
-
-} // namespace
 
 DocumentBuilder::DocumentBuilder(MemoryBudget budget, Blanks blanks)
     : data_(*(document_.impl_ = std::make_unique<Document::Impl>(std::move(budget)))), blanks_(blanks)
@@ -24,12 +18,16 @@ inline TextRange DocumentBuilder::CloseText(std::size_t begin)
     const std::size_t length = data_.text.Size() - begin;
     if (length == 0)
         return {static_cast<std::uint32_t>(begin / kTextSlotBytes), 0};
-    if (length > kMaxText)
-        throw std::length_error("a text is longer than 4 GB");
-    if (begin / kTextSlotBytes > kMaxText)
-        throw std::length_error("the document holds more than 16 GB of text");
-    data_.text.SetSize((data_.text.Size() + kTextSlotBytes - 1) / kTextSlotBytes * kTextSlotBytes);
+    CheckTextLength(length);
+    CheckTextBegin(begin);
+    AlignText();
     return {static_cast<std::uint32_t>(begin / kTextSlotBytes), static_cast<std::uint32_t>(length)};
+}
+
+/// The arena's end moves to where the next text may begin.
+inline void DocumentBuilder::AlignText()
+{
+    data_.text.SetSize((data_.text.Size() + kTextSlotBytes - 1) / kTextSlotBytes * kTextSlotBytes);
 }
 
 /// The arena from the beginning of the last piece as an element's content.
@@ -37,13 +35,6 @@ inline TextRange DocumentBuilder::CloseContent()
 {
     valueCount_ += HasText({data_.text.Data() + pieceBegin_, data_.text.Size() - pieceBegin_}) ? 1 : 0;
     return CloseText(pieceBegin_);
-}
-
-/// Takes the piece of text before or behind a child out of the arena; white space alone may be no content there.
-inline void DocumentBuilder::ClosePieceBesideChild()
-{
-    if (data_.text.Size() != pieceBegin_)
-        TakePieceBesideChild();
 }
 
 void DocumentBuilder::TakePieceBesideChild()
@@ -56,7 +47,7 @@ void DocumentBuilder::TakePieceBesideChild()
 }
 
 /// What came behind the last child of `parent`; as long as it has none, what came first.
-inline DocumentBuilder::Guesses<PathId>& DocumentBuilder::GuessesBehindLast(const OpenElement& parent)
+inline Guesses<PathId>& DocumentBuilder::GuessesBehindLast(const OpenElement& parent)
 {
     return parent.lastChildPath == 0 ? states_[parent.path].firstChild : states_[parent.lastChildPath].nextSibling;
 }
@@ -71,12 +62,17 @@ inline PathId DocumentBuilder::PathOf(const OpenElement& parent, std::string_vie
 PathId DocumentBuilder::LearnPath(const OpenElement& parent, std::string_view name)
 {
     const NameId id = data_.names.Intern(name);
-    const PathId path = data_.paths.Child(parent.path, id);
-    if (path >> kPathBits != 0)
-        throw std::length_error("the document has too many different paths");
+    const PathId path = AddPath(parent.path, id);
+    GuessesBehindLast(parent).Learn(data_.names.Text(id), path);
+    return path;
+}
+
+PathId DocumentBuilder::AddPath(PathId parent, NameId name)
+{
+    const PathId path = data_.paths.Child(parent, name);
+    CheckPath(path);
     if (path >= states_.size())
         states_.resize(path + std::size_t{1});
-    GuessesBehindLast(parent).Learn(data_.names.Text(id), path);
     return path;
 }
 
@@ -130,8 +126,7 @@ void DocumentBuilder::BeginChildren(OpenElement& parent)
 
 void DocumentBuilder::StartElement(std::string_view name, const char* const* attributes)
 {
-    if (data_.elements.Size() >= kNoElement - 1 || data_.attributes.Size() >= kMaxText / 2)
-        throw std::length_error("the document has too many elements or attributes");
+    CheckNumbers(data_.elements.Size(), data_.attributes.Size());
     const auto id = static_cast<ElementId>(data_.elements.Size());
     ClosePieceBesideChild();
     OpenElement& above = open_.back();
@@ -149,11 +144,12 @@ void DocumentBuilder::StartElement(std::string_view name, const char* const* att
     AddAttributes(path, attributes);
     pieceBegin_ = data_.text.Size();
     if (data_.budget.isExceeded)
-        GiveBackPassed(id);
+        GiveBackPassed();
 }
 
-void DocumentBuilder::GiveBackPassed(ElementId element) const noexcept
+void DocumentBuilder::GiveBackPassed() const noexcept
 {
+    const std::size_t element = data_.elements.Size();
     const std::size_t slot = pieceBegin_ / kTextSlotBytes;
     if (document_.passage_.IsFar(element, slot))
         document_.GiveBack({element, slot});
@@ -189,6 +185,30 @@ void DocumentBuilder::EndParent(const OpenElement& element)
     data_.elements[element.lastChild].isLast = 1;
     ParentRecord& record = data_.parents[data_.elements[element.id].content.slot];
     record = {static_cast<ElementId>(data_.elements.Size()), element.childCount, CloseContent()};
+}
+
+/// The last piece of text stays where it is, and another one begins.
+void DocumentBuilder::BeginPiece()
+{
+    AlignText();
+    pieceBegin_ = data_.text.Size();
+}
+
+/// As it was at the beginning, but for the memory that the arrays have.
+void DocumentBuilder::Clear()
+{
+    data_.elements.SetSize(0);
+    data_.parents.SetSize(0);
+    data_.attributes.SetSize(0);
+    data_.text.SetSize(0);
+    data_.names = {};
+    data_.paths = {};
+    open_.assign(1, {});
+    pieceBegin_ = 0;
+    mixed_.clear();
+    valueCount_ = 0;
+    states_.assign(1, {});
+    nextAttribute_.clear();
 }
 
 Document DocumentBuilder::Take()

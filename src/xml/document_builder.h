@@ -3,6 +3,7 @@
 #include "xml/document.h"
 #include "xml/document_data.h"
 #include "xml/document_events.h"
+#include "xml/path_state.h"
 
 #include <string>
 #include <string_view>
@@ -22,10 +23,14 @@ public:
 
     /// Tag of the innermost open element; empty when none is open.
     [[nodiscard]] std::string_view OpenTag() const noexcept;
+    /// What becomes of white space.
+    [[nodiscard]] Blanks BlanksRule() const noexcept { return blanks_; }
     /// The finished document. The builder is of no use afterwards.
     [[nodiscard]] Document Take();
 
 private:
+    friend class DocumentPart;
+    using Data = Document::Impl;
     struct OpenElement {
         ElementId id = kNoElement;
         PathId path = 0;
@@ -35,66 +40,31 @@ private:
         std::size_t mixedBegin = 0; ///< where its text begins in mixed_
     };
 
-    /// What came next the last times nearly always comes again, and comparing costs less than looking a name up. Two of
-    /// them: behind an element that repeats comes another one, or that which follows them all.
-    template <class Id>
-    class Guesses {
-    public:
-        /// nullptr when `name` is none of them.
-        [[nodiscard]] const Id* Find(std::string_view name) const noexcept
-        {
-            if (first_.Name() == name)
-                return &first_.id;
-            return second_.Name() == name ? &second_.id : nullptr;
-        }
-        /// `name` is to last as long as the guesses.
-        void Learn(std::string_view name, Id id) noexcept
-        {
-            second_ = first_;
-            first_ = {name.data(), static_cast<std::uint32_t>(name.size()), id};
-        }
-
-    private:
-        struct Guess {
-            [[nodiscard]] std::string_view Name() const noexcept { return {name, length}; }
-            const char* name = nullptr;
-            std::uint32_t length = 0; ///< no name is empty: nothing seen yet
-            Id id = 0;
-        };
-        Guess first_, second_;
-    };
-    /// The children of one parent at one path, those of the parent that had some last. When another parent has some,
-    /// that one is closed: elements of one path never stand inside each other.
-    struct Twins {
-        ElementId parent = kNoElement;
-        ElementId first = kNoElement;
-        std::uint32_t count = 0;
-        bool hasLeaf = false;
-        std::uint32_t most = 0; ///< beside one without children, of all parents
-    };
-    struct PathState {
-        Guesses<PathId> firstChild;
-        Guesses<PathId> nextSibling;
-        Guesses<NameId> firstAttribute;
-        Twins twins;
-    };
-
     [[nodiscard]] PathId PathOf(const OpenElement& parent, std::string_view name);
     [[nodiscard]] PathId LearnPath(const OpenElement& parent, std::string_view name);
+    [[nodiscard]] PathId AddPath(PathId parent, NameId name);
     [[nodiscard]] Guesses<PathId>& GuessesBehindLast(const OpenElement& parent);
     void AddAttributes(PathId path, const char* const* attributes);
     [[nodiscard]] NameId LearnAttribute(Guesses<NameId>& guesses, std::string_view name);
     [[nodiscard]] bool CountTwin(Twins& twins, ElementId parent, ElementId element);
     void BeginChildren(OpenElement& parent);
     void EndParent(const OpenElement& element);
-    void ClosePieceBesideChild();
+    /// Takes the piece of text before or behind a child out of the arena; white space alone may be no content there.
+    void ClosePieceBesideChild()
+    {
+        if (data_.text.Size() != pieceBegin_)
+            TakePieceBesideChild();
+    }
     void TakePieceBesideChild();
-    void GiveBackPassed(ElementId element) const noexcept;
+    void GiveBackPassed() const noexcept;
+    void AlignText();
+    void BeginPiece();
+    void Clear();
     [[nodiscard]] TextRange CloseText(std::size_t begin);
     [[nodiscard]] TextRange CloseContent();
 
     Document document_;
-    Document::Impl& data_;
+    Data& data_;
     const Blanks blanks_;
     std::vector<OpenElement> open_ = std::vector<OpenElement>(1); ///< the document element is a child of none
     std::size_t pieceBegin_ = 0; ///< the text arena's end is the piece of text that is being read; here it begins

@@ -1,7 +1,5 @@
 #include "xml/event_batch.h"
 
-#include <utility>
-
 namespace velmora {
 
 void EventBatch::AddStart(std::string_view name, const char* const* attributes)
@@ -22,12 +20,12 @@ void EventBatch::AddText(std::string_view piece)
     events_.push_back({kText, static_cast<std::uint32_t>(piece.size())});
 }
 
-void EventBatch::Telling::TellUntil(std::size_t number, DocumentEvents& events)
+void EventBatch::Tell(DocumentEvents& events) const
 {
-    const char* text = text_;
-    const std::uint32_t* length = length_;
-    for (std::size_t i = std::exchange(told_, number); i < number; ++i) {
-        const Event& event = batch_.events_[i];
+    const char* text = text_.data();
+    const std::uint32_t* length = lengths_.data();
+    std::vector<const char*> attributes;
+    for (const Event& event : events_) {
         const std::string_view own(text, event.length);
         text += event.length;
         if (event.kind == kText) {
@@ -35,17 +33,15 @@ void EventBatch::Telling::TellUntil(std::size_t number, DocumentEvents& events)
         } else if (event.kind == kEnd) {
             events.EndElement();
         } else {
-            attributes_.clear();
+            attributes.clear();
             for (std::uint32_t n = 0; n < event.kind; ++n) {
-                attributes_.push_back(text);
+                attributes.push_back(text);
                 text += *length++ + 1;
             }
-            attributes_.push_back(nullptr);
-            events.StartElement(own, attributes_.data());
+            attributes.push_back(nullptr);
+            events.StartElement(own, attributes.data());
         }
     }
-    text_ = text;
-    length_ = length;
 }
 
 void EventBatch::Clear()

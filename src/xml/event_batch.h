@@ -19,31 +19,9 @@ public:
     /// Is there so much in it that it had better be told?
     [[nodiscard]] bool IsFull() const noexcept { return events_.size() >= kManyEvents || text_.size() >= kMuchText; }
 
-    /// How many events.
-    [[nodiscard]] std::size_t Size() const noexcept { return events_.size(); }
-
-    void Tell(DocumentEvents& events) const { Telling(*this).TellUntil(Size(), events); }
+    void Tell(DocumentEvents& events) const;
     /// Keeps its memory, unless it has taken a lot.
     void Clear();
-
-    /// Tells the events of a batch bit by bit.
-    class Telling {
-    public:
-        /// `batch` must outlive the object.
-        explicit Telling(const EventBatch& batch)
-            : batch_(batch), text_(batch.text_.data()), length_(batch.lengths_.data())
-        {
-        }
-        /// Those that have not been told yet, up to the one with this number.
-        void TellUntil(std::size_t number, DocumentEvents& events);
-
-    private:
-        const EventBatch& batch_;
-        std::size_t told_ = 0;
-        const char* text_;            ///< of the next one
-        const std::uint32_t* length_; ///< of its first attribute's name
-        std::vector<const char*> attributes_;
-    };
 
 private:
     static constexpr std::size_t kManyEvents = 16'384;

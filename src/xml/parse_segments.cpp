@@ -11,19 +11,21 @@ namespace velmora {
 
 namespace {
 
-/// Building, which is one thread's work, takes about half as long as parsing: more would have to wait for it.
+/// Each has two segments on their way, which take memory, and reads and joins when no other one does.
 constexpr int kMostThreads = 6;
+/// Of a part that is kept for the next segment.
+constexpr std::size_t kMostPartBytes = std::size_t{4} << 20;
 
-/// Tells a builder of segments in their order, and sees that they fit together.
+/// Brings segments to a builder in their order, and sees that they fit together.
 class Joint {
 public:
     Joint(DocumentBuilder& builder, SegmentParser& parser) : builder_(builder), parser_(parser) {}
 
-    /// `tell` is given the builder, and whom to tell of outer ends.
-    template <class Tell>
-    void Add(const Segment& segment, Tell&& tell)
+    /// `join` is given the builder, and whom to tell of outer ends.
+    template <class Join>
+    void Add(const Segment& segment, Join&& join)
     {
-        tell(builder_,
+        join(builder_,
              [&](std::string_view tag, std::size_t behind) { return EndOuter(tag, segment.Bytes().substr(behind)); });
         // Only the last segment has the document's end in it, and the first all that is ahead of its element.
         if (builder_.OpenTag().empty() != segment.isLast)
@@ -65,10 +67,10 @@ bool ParseSegments::Run(DocumentBuilder& builder, const std::function<void(std::
         std::vector<std::unique_ptr<Worker>> workers; // their ends are waited for behind Stop()
         const AtEnd stop([this] { Stop(); });
         for (int i = 1; i < threads_; ++i)
-            workers.push_back(Worker::Start([this] { Work(); }));
+            workers.push_back(Worker::Start([this, blanks = builder.BlanksRule()] { Work(blanks); }));
         if (!workers.front())
             return false;
-        TellAll(builder, onPiece);
+        JoinAll(builder, onPiece);
         return true;
     } catch (const NotInSegments&) {
         return false;
@@ -77,18 +79,20 @@ bool ParseSegments::Run(DocumentBuilder& builder, const std::function<void(std::
     }
 }
 
-/// All that a parser uses is made by the thread that it works for: memory that two threads write to by turns is slow
-/// where it is close together.
-void ParseSegments::Work()
+ParseSegments::Tools ParseSegments::MakeTools(Blanks blanks) const
+{
+    return {SegmentParser(cutter_->As(), cutter_->Declaration()), blanks};
+}
+
+void ParseSegments::Work(Blanks blanks)
 {
     try {
-        SegmentParser parser(cutter_->As(), cutter_->Declaration());
-        SegmentBatch batch;
+        Tools tools = MakeTools(blanks);
         for (Lock lock(mutex_);;) {
             changed_.wait(lock, [this] { return isStopped_ || hasEnded_ || CanTake(); });
             if (isStopped_ || hasEnded_)
                 return;
-            Parse(Take(lock), parser, batch, lock);
+            Parse(Take(lock), tools, lock);
         }
     } catch (...) {
         Stop();
@@ -96,36 +100,37 @@ void ParseSegments::Work()
     }
 }
 
-void ParseSegments::TellAll(DocumentBuilder& builder, const std::function<void(std::int64_t)>& onPiece)
+void ParseSegments::JoinAll(DocumentBuilder& builder, const std::function<void(std::int64_t)>& onPiece)
 {
-    SegmentParser parser(cutter_->As(), cutter_->Declaration());
-    SegmentBatch batch;
-    Joint joint(builder, parser);
+    Tools tools = MakeTools(builder.BlanksRule());
+    Joint joint(builder, tools.parser);
     Lock lock(mutex_);
-    const auto add = [&](Place& place, auto&& tell) {
+    const auto add = [&](Place& place, auto&& join) {
         lock.unlock();
-        joint.Add(place.segment, tell);
+        joint.Add(place.segment, join);
         onPiece(place.segment.bytesTaken);
         lock.lock();
         place.isParsed = false;
-        ++told_;
+        ++joined_;
         changed_.notify_all();
     };
+    // What is ahead of it has been joined: there is no need to build it by itself.
     const auto addAsParsed = [&](Place& place) {
-        add(place,
-            [&](DocumentEvents& events, const auto& onOuterEnd) { parser.Parse(place.segment, events, onOuterEnd); });
+        add(place, [&](DocumentBuilder& whole, const auto& onOuterEnd) {
+            tools.parser.Parse(place.segment, whole, onOuterEnd);
+        });
     };
     addAsParsed(places_.front());
-    while (!isStopped_ && !(hasEnded_ && told_ == taken_)) {
-        Place& next = places_[told_ % places_.size()];
+    while (!isStopped_ && !(hasEnded_ && joined_ == taken_)) {
+        Place& next = places_[joined_ % places_.size()];
         if (next.isParsed) {
-            add(next, [&](DocumentEvents& events, const auto& onOuterEnd) { next.batch.Tell(events, onOuterEnd); });
+            add(next, [&](DocumentBuilder& whole, const auto& onOuterEnd) { next.part->JoinTo(whole, onOuterEnd); });
         } else if (CanTake()) {
             Place& place = Take(lock);
             if (&place == &next)
                 addAsParsed(place);
             else
-                Parse(place, parser, batch, lock);
+                Parse(place, tools, lock);
         } else {
             changed_.wait(lock);
         }
@@ -136,7 +141,7 @@ void ParseSegments::TellAll(DocumentBuilder& builder, const std::function<void(s
 
 bool ParseSegments::CanTake() const noexcept
 {
-    return !isReading_ && !hasEnded_ && taken_ - told_ < places_.size();
+    return !isReading_ && !hasEnded_ && taken_ - joined_ < places_.size();
 }
 
 /// Reads the next segment.
@@ -153,17 +158,21 @@ ParseSegments::Place& ParseSegments::Take(Lock& lock)
     return place;
 }
 
-/// Parses what has been read, to be told later on. `batch` is the thread's own.
-void ParseSegments::Parse(Place& place, SegmentParser& parser, SegmentBatch& batch, Lock& lock)
+/// Parses what has been read, to be joined later on.
+void ParseSegments::Parse(Place& place, Tools& tools, Lock& lock)
 {
     lock.unlock();
-    batch.Clear();
-    parser.Parse(place.segment, batch, [&](std::string_view tag, std::size_t behind) {
-        batch.AddOuterEnd(tag, behind);
+    std::unique_ptr<DocumentPart>& part = tools.part;
+    if (part && part->MemoryBytes() <= kMostPartBytes)
+        part->Clear();
+    else
+        part = std::make_unique<DocumentPart>(tools.blanks);
+    tools.parser.Parse(place.segment, part->Builder(), [&](std::string_view tag, std::size_t behind) {
+        part->EndOuter(tag, behind);
         return true;
     });
     lock.lock();
-    std::swap(place.batch, batch);
+    place.part.swap(part);
     place.isParsed = true;
     changed_.notify_all();
 }

@@ -2,7 +2,7 @@
 
 #include "source/source.h"
 #include "xml/document_builder.h"
-#include "xml/segment_batch.h"
+#include "xml/document_part.h"
 #include "xml/segment_cutter.h"
 #include "xml/segment_parser.h"
 
@@ -16,14 +16,14 @@
 
 namespace velmora {
 
-/// Parses a document in several threads, segment by segment. The one that builds from it takes part: it tells the
-/// builder of the segments in their order, and parses one while the next to be told is not ready.
+/// Parses a document in several threads, segment by segment. Each thread builds of a segment what can be built of it by
+/// itself. The one that calls joins these parts in their order, and parses a segment while the next one is not ready.
 class ParseSegments {
 public:
     /// Opens nothing yet. `source` must outlive the object. `threads` is more than 1.
     ParseSegments(const Source& source, std::size_t segmentBytes, int threads);
 
-    /// Tells `builder` of all that is in the document, and calls `onPiece` after each segment, with the bytes taken of
+    /// Brings all that is in the document to `builder`, and calls `onPiece` after each segment, with the bytes taken of
     /// the source; what that throws, and what `builder` throws, ends the parse. False when one parser has to begin from
     /// the beginning: the document is not to be cut, or there is something to say of it, or there is no thread.
     [[nodiscard]] bool Run(DocumentBuilder& builder, const std::function<void(std::int64_t)>& onPiece);
@@ -34,16 +34,24 @@ private:
     /// A segment on its way.
     struct Place {
         Segment segment;
-        SegmentBatch batch;
+        std::unique_ptr<DocumentPart> part;
         bool isParsed = false;
+    };
+    /// What a thread parses with. All of it is made by the thread itself: memory that two threads write to by turns is
+    /// slow where it is close together.
+    struct Tools {
+        SegmentParser parser;
+        const Blanks blanks;
+        std::unique_ptr<DocumentPart> part{};
     };
     using Lock = std::unique_lock<std::mutex>;
 
-    void Work();
-    void TellAll(DocumentBuilder& builder, const std::function<void(std::int64_t)>& onPiece);
+    void Work(Blanks blanks);
+    void JoinAll(DocumentBuilder& builder, const std::function<void(std::int64_t)>& onPiece);
     [[nodiscard]] bool CanTake() const noexcept;
     [[nodiscard]] Place& Take(Lock& lock);
-    void Parse(Place& place, SegmentParser& parser, SegmentBatch& batch, Lock& lock);
+    [[nodiscard]] Tools MakeTools(Blanks blanks) const;
+    void Parse(Place& place, Tools& tools, Lock& lock);
     void Stop() noexcept;
 
     const Source& source_;
@@ -55,7 +63,7 @@ private:
     std::condition_variable changed_;
     std::vector<Place> places_; ///< of the n-th segment: n modulo their number
     std::size_t taken_ = 0;     ///< how many segments have been read, or are being read
-    std::size_t told_ = 0;
+    std::size_t joined_ = 0;
     bool isReading_ = false;
     bool hasEnded_ = false;  ///< the last one has been read
     bool isStopped_ = false; ///< nobody goes on

@@ -22,12 +22,12 @@ SegmentParser::SegmentParser(ParseAs parseAs, std::string declaration)
 {
 }
 
-void SegmentParser::Parse(const Segment& segment, DocumentEvents& events, const OnOuterEnd& onOuterEnd)
+void SegmentParser::Parse(const Segment& segment, DocumentBuilder& builder, const DocumentPart::OnOuterEnd& onOuterEnd)
 {
     std::size_t at = 0;
     for (int ends = 0; ends <= kMostOuterEnds; ++ends) {
         const std::string_view bytes = segment.Bytes().substr(at);
-        Begin(segment.isFirst, events);
+        Begin(segment.isFirst, builder);
         if (Feed(bytes))
             return;
         // Here ends the parser, which knows nothing of the elements around. It begins anew behind the tag.
@@ -47,7 +47,7 @@ bool SegmentParser::IsEpilog(std::string_view bytes)
     return XML_Parse(expat_.Get(), bytes.data(), static_cast<int>(bytes.size()), XML_TRUE) == XML_STATUS_OK;
 }
 
-void SegmentParser::Begin(bool isFirst, DocumentEvents& events)
+void SegmentParser::Begin(bool isFirst, DocumentBuilder& builder)
 {
     expat_.Reset();
     if (!isFirst)
@@ -59,7 +59,7 @@ void SegmentParser::Begin(bool isFirst, DocumentEvents& events)
     XML_SetCharacterDataHandler(parser, OnText);
     XML_SetProcessingInstructionHandler(parser, OnInstruction);
     XML_SetStartDoctypeDeclHandler(parser, OnDoctype);
-    events_ = &events;
+    builder_ = &builder;
     depth_ = 0;
     hasProbed_ = false;
 }
@@ -102,7 +102,7 @@ void SegmentParser::OnStart(void* self, const XML_Char* name, const XML_Char** a
     auto& parser = *static_cast<SegmentParser*>(self);
     parser.expat_.Guard([&] {
         ++parser.depth_;
-        parser.events_->StartElement(name, attributes);
+        parser.builder_->StartElement(name, attributes);
     });
 }
 
@@ -112,14 +112,14 @@ void SegmentParser::OnEnd(void* self, const XML_Char*)
     parser.expat_.Guard([&] {
         if (parser.depth_-- == 0)
             throw NotInSegments();
-        parser.events_->EndElement();
+        parser.builder_->EndElement();
     });
 }
 
 void SegmentParser::OnText(void* self, const XML_Char* text, int length)
 {
     auto& parser = *static_cast<SegmentParser*>(self);
-    parser.expat_.Guard([&] { parser.events_->Text({text, static_cast<std::size_t>(length)}); });
+    parser.expat_.Guard([&] { parser.builder_->Text({text, static_cast<std::size_t>(length)}); });
 }
 
 void SegmentParser::OnInstruction(void* self, const XML_Char*, const XML_Char*)

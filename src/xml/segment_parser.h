@@ -1,6 +1,6 @@
 #pragma once
 
-#include "xml/document_events.h"
+#include "xml/document_part.h"
 #include "xml/expat_parser.h"
 #include "xml/segment_cutter.h"
 
@@ -14,16 +14,13 @@ namespace velmora {
 /// Parses segments of one document, each by itself.
 class SegmentParser {
 public:
-    /// Told of an end tag whose element has begun before the segment, and where in it that tag ends. False: what stands
-    /// behind it is left alone.
-    using OnOuterEnd = std::function<bool(std::string_view tag, std::size_t behind)>;
-
     /// `declaration` is the document's.
     SegmentParser(ParseAs parseAs, std::string declaration);
 
-    /// Tells what is in `segment`, in its order. Once all segments have been told, without a throw and with end tags
-    /// that fit, it is what one parser would have told. Throws NotInSegments, and what `events` and `onOuterEnd` throw.
-    void Parse(const Segment& segment, DocumentEvents& events, const OnOuterEnd& onOuterEnd);
+    /// Tells `builder` of what is in `segment`, in its order. Once all segments have been told, without a throw and
+    /// with end tags that fit, it is what one parser would have told. Throws NotInSegments, and what `builder` and
+    /// `onOuterEnd` throw.
+    void Parse(const Segment& segment, DocumentBuilder& builder, const DocumentPart::OnOuterEnd& onOuterEnd);
     /// May these be the last bytes of a document, behind the end of its only element?
     [[nodiscard]] bool IsEpilog(std::string_view bytes);
 
@@ -33,7 +30,7 @@ private:
         std::size_t behind;
     };
 
-    void Begin(bool isFirst, DocumentEvents& events);
+    void Begin(bool isFirst, DocumentBuilder& builder);
     void FeedContext();
     [[nodiscard]] bool Feed(std::string_view bytes);
     [[nodiscard]] OuterEnd OuterEndAtError(std::string_view bytes) const;
@@ -47,7 +44,7 @@ private:
 
     ExpatParser expat_;
     const std::string context_; ///< what the parser is fed ahead of a segment that is not the first
-    DocumentEvents* events_ = nullptr;
+    DocumentBuilder* builder_ = nullptr;
     std::size_t depth_ = 0; ///< how many elements are open that have begun in the segment
     XML_Index begin_ = 0;   ///< of the segment's bytes, as the parser counts
     XML_Index end_ = 0;

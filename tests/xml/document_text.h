@@ -30,12 +30,27 @@ inline std::string DocumentText(const Document& document)
     return text;
 }
 
+/// DocumentText, and all numbers that a document has: of its paths, and of each element's path, children and next
+/// sibling.
+inline std::string WholeText(const Document& document)
+{
+    std::string text = DocumentText(document) + std::to_string(document.ValueCount()) + " values in " +
+                       std::to_string(document.TextBytes()) + " bytes\n";
+    for (PathId path = 1; path < document.Paths().Size(); ++path)
+        text.append(document.PathText(path)).append("\n");
+    for (ElementId element = 0; element < document.ElementCount(); ++element)
+        for (const std::uint32_t number :
+             {document.Path(element), document.ChildCount(element), document.NextSibling(element)})
+            text.append(std::to_string(number)).append(" ");
+    return text;
+}
+
 /// All that a load of `source` tells.
-inline std::string LoadText(const Source& source, const Parsing& parsing)
+inline std::string LoadText(const Source& source, const Parsing& parsing, Blanks blanks = Blanks::KeptBesideText)
 {
     const LoadResult loaded = LoadDocument(
-        source, [](std::int64_t) {}, MemoryBudget(kDocumentMemoryBudgetBytes), Blanks::KeptBesideText, parsing);
-    return loaded.problem + "\n" + DocumentText(loaded.document) + std::to_string(loaded.controlBytes);
+        source, [](std::int64_t) {}, MemoryBudget(kDocumentMemoryBudgetBytes), blanks, parsing);
+    return loaded.problem + "\n" + WholeText(loaded.document) + std::to_string(loaded.controlBytes);
 }
 
 } // namespace velmora::testing

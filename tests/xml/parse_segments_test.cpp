@@ -19,6 +19,34 @@ std::string Difference(const Source& source, std::string_view xml, std::size_t s
     return inOne == inSegments ? "" : std::string(xml) + "\n in one: " + inOne + "\n in segments: " + inSegments;
 }
 
+/// As LoadText, of a document that is built of parts each of which knows nothing of the others.
+std::string TextOfParts(const Source& source, std::size_t segmentBytes, Blanks blanks)
+{
+    SegmentCutter cutter(source, segmentBytes);
+    SegmentParser parser(cutter.As(), cutter.Declaration());
+    DocumentBuilder whole{MemoryBudget(kDocumentMemoryBudgetBytes), blanks};
+    DocumentPart part(blanks);
+    const auto endElement = [&](std::string_view tag, std::size_t) {
+        EXPECT_EQ(whole.OpenTag(), tag);
+        whole.EndElement();
+        return !whole.OpenTag().empty();
+    };
+    for (Segment segment; !segment.isLast;) {
+        cutter.Next(segment);
+        if (whole.OpenTag().empty()) {
+            parser.Parse(segment, whole, endElement);
+            continue;
+        }
+        part.Clear();
+        parser.Parse(segment, part.Builder(), [&](std::string_view tag, std::size_t behind) {
+            part.EndOuter(tag, behind);
+            return true;
+        });
+        part.JoinTo(whole, endElement);
+    }
+    return "\n" + testing::WholeText(whole.Take()) + std::to_string(cutter.ControlBytes());
+}
+
 bool RunsInSegments(const Source& source, std::size_t segmentBytes)
 {
     DocumentBuilder builder{MemoryBudget(kDocumentMemoryBudgetBytes)};
@@ -46,6 +74,46 @@ TEST(ParseSegments, TellsWhatOneParserTellsWhereverItIsCut)
     for (const char* xml : documents)
         for (std::size_t segmentBytes = 1; segmentBytes <= 40; ++segmentBytes)
             ASSERT_EQ(Difference(source, xml, segmentBytes), "") << segmentBytes;
+}
+
+TEST(ParseSegments, ADocumentIsTheSameOfWhatPartsItIsBuilt)
+{
+    std::string begins;
+    std::string ends;
+    for (int depth = 0; depth < 25; ++depth) {
+        begins.append("<a>2</a><a> 1");
+        ends.append("</a>\n");
+    }
+    const std::string longText(40'000, 'x');
+    const std::string documents[] = {
+        "<a><b k='" + longText + "'>" + longText + "<c/><!--" + longText + "--><![CDATA[" + longText +
+            "]]></b><b/></a>",
+        "<a><b>1</b><b/><c><b/></c><b>2</b><c/><b>3<d/></b></a>",
+        "<a><r><k/><k/></r><r><k/></r><r><k/><k/><k><l/></k></r><r><k><l/><l>1</l></k><k/></r></a>",
+        "<a>1<b>x<c/>y<c>z</c> </b>\n<b> <c/> </b> <b> </b>t<b><c/></b> </a>",
+        "<a> <b/><![CDATA[ ]]><b/> <!-- <c/> --> <b/><?p <b/>?>&#32;<b>&lt;<c/><![CDATA[<b/>]]></b>\n</a>",
+        "<a><b k='1' l=''/><b l='2'><c k='3'/></b><b><c m='45678'><b k=''/></c>9</b></a>",
+        "<d>" + begins + "<b/>3" + ends + "<a/></d>",
+    };
+    const testing::TempFolder folder;
+    const Source source((folder / "a.xml").string());
+    const auto compare = [&](const std::string& xml, std::size_t least, std::size_t most) {
+        testing::WriteFile(source.path, xml);
+        for (const Blanks blanks : {Blanks::BesideChildrenDropped, Blanks::KeptBesideText}) {
+            const std::string inOne = testing::LoadText(source, {}, blanks);
+            const bool isWellFormed = inOne.starts_with('\n');
+            for (std::size_t segmentBytes = least; isWellFormed && segmentBytes <= most; ++segmentBytes)
+                ASSERT_EQ(TextOfParts(source, segmentBytes, blanks), inOne) << segmentBytes << " " << xml;
+        }
+    };
+    for (const std::string& xml : documents)
+        compare(xml, 1, 40);
+    for (unsigned seed = 0; seed < 200; ++seed) {
+        RandomXml random(seed);
+        const std::string xml = random.Document();
+        const std::size_t segmentBytes = 1 + random.Below(60);
+        compare(xml, segmentBytes, segmentBytes);
+    }
 }
 
 TEST(ParseSegments, TellsWhatOneParserTellsOfDocumentsOfAllKinds)
