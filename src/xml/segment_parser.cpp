@@ -12,6 +12,8 @@ constexpr std::string_view kOuterTag = "<velmora-outer>";
 constexpr std::string_view kOuterEndTag = "</velmora-outer>";
 /// Is fed behind the bytes: where the parser does not see it for what it is, they end in the middle of something.
 constexpr std::string_view kProbe = "<?velmora?>";
+/// The parser copies what it is given, and mostly ends soon, with the innermost of the elements around.
+constexpr std::size_t kFirstChunkBytes = std::size_t{16} * 1024;
 /// Each costs a new beginning.
 constexpr int kMostOuterEnds = 100;
 
@@ -74,8 +76,19 @@ bool SegmentParser::Feed(std::string_view bytes)
 {
     XML_Parser parser = expat_.Get();
     end_ = begin_ + static_cast<XML_Index>(bytes.size());
-    if (XML_Parse(parser, bytes.data(), static_cast<int>(bytes.size()), XML_FALSE) == XML_STATUS_OK)
-        XML_Parse(parser, kProbe.data(), static_cast<int>(kProbe.size()), XML_TRUE);
+    const auto give = [&](std::string_view some, bool isEnd) {
+        return XML_Parse(parser, some.data(), static_cast<int>(some.size()), isEnd ? XML_TRUE : XML_FALSE) ==
+               XML_STATUS_OK;
+    };
+    std::size_t given = 0;
+    bool isGood = true;
+    for (std::size_t chunk = kFirstChunkBytes; isGood && given < bytes.size(); chunk *= 2) {
+        const std::string_view some = bytes.substr(given, chunk);
+        isGood = give(some, false);
+        given += some.size();
+    }
+    if (isGood)
+        give(kProbe, true);
     expat_.Rethrow();
     if (XML_GetErrorCode(parser) == XML_ERROR_NO_MEMORY)
         throw std::bad_alloc();
