@@ -53,7 +53,7 @@ LoadResult LoadInOne(const Source& source, const OnPiece& onPiece, MemoryBudget 
     DocumentBuilder builder(std::move(budget), blanks);
     std::unique_ptr<SourceParse> parse;
     if (parsing.threads > 1)
-        parse = ParseAhead(source).Run(builder, onPiece);
+        parse = ParseAhead(source, parsing.segmentBytes).Run(builder, onPiece);
     if (!parse) {
         parse = std::make_unique<SourceParse>(source, builder);
         while (parse->Next())

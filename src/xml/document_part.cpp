@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <cstdint>
 #include <limits>
+#include <memory>
 
 namespace velmora {
 
@@ -12,6 +13,9 @@ namespace {
 
 /// Of the elements around a part, among the names in it.
 constexpr NameId kOuterName = ~NameId{0};
+
+constexpr std::size_t kNoLimit = std::numeric_limits<std::size_t>::max();
+constexpr std::size_t kMostKeptBytes = std::size_t{4} << 20;
 
 } // namespace
 
@@ -72,8 +76,8 @@ void DocumentPart::Joint::AddChildren(const Stretch& stretch)
                  to_.attributes.Size() + from_.elements[last].firstAttribute - begin.attributes);
     whole_.ClosePieceBesideChild();
     AddPaths(stretch);
-    if (whole_.open_.back().childCount == 0)
-        whole_.BeginChildren(whole_.open_.back());
+    if (DocumentBuilder::OpenElement& above = whole_.open_.back(); above.childCount == 0 && above.id != kNoElement)
+        whole_.BeginChildren(above);
     SetShift(begin);
     AddToParent(stretch.parent);
     AddElements(begin.elements, end.elements);
@@ -164,7 +168,7 @@ void DocumentPart::Joint::AddTwins(const Stretch& stretch)
         more.parent = isOuter ? whole_.open_.back().id : more.parent + shift_.elements;
         more.first += shift_.elements;
         Twins& known = whole_.states_[paths_[path]].twins;
-        if (known.parent == more.parent) {
+        if (known.count != 0 && known.parent == more.parent) {
             AddTwinsOfParent(known, more);
         } else {
             more.most = std::max(more.most, known.most);
@@ -195,7 +199,7 @@ void DocumentPart::Joint::AddOpen()
     }
 }
 
-DocumentPart::DocumentPart(Blanks blanks) : builder_(MemoryBudget(std::numeric_limits<std::size_t>::max()), blanks)
+DocumentPart::DocumentPart(Blanks blanks) : builder_(std::make_unique<DocumentBuilder>(MemoryBudget(kNoLimit), blanks))
 {
     BeginStretch(0);
 }
@@ -206,14 +210,14 @@ void DocumentPart::EndOuter(std::string_view tag, std::size_t behind)
     Stretch& stretch = stretches_.back();
     stretch.endTag = tag;
     stretch.behindEnd = behind;
-    builder_.BeginPiece();
-    BeginStretch(builder_.AddPath(stretch.around, kOuterName));
+    builder_->BeginPiece();
+    BeginStretch(builder_->AddPath(stretch.around, kOuterName));
 }
 
 void DocumentPart::JoinTo(DocumentBuilder& whole, const OnOuterEnd& onOuterEnd)
 {
     EndStretch();
-    Joint joint(whole, builder_);
+    Joint joint(whole, *builder_);
     for (const Stretch& stretch : stretches_) {
         joint.Add(stretch);
         if (&stretch == &stretches_.back())
@@ -225,21 +229,31 @@ void DocumentPart::JoinTo(DocumentBuilder& whole, const OnOuterEnd& onOuterEnd)
 
 void DocumentPart::Clear()
 {
-    builder_.Clear();
+    if (builder_->data_.budget.usedBytes > kMostKeptBytes)
+        builder_ = std::make_unique<DocumentBuilder>(MemoryBudget(kNoLimit), builder_->BlanksRule());
+    else
+        builder_->Clear();
     stretches_.clear();
     BeginStretch(0);
 }
 
+std::size_t DocumentPart::Bytes() const noexcept
+{
+    const DocumentBuilder::Data& data = builder_->data_;
+    return data.elements.Size() * sizeof(ElementRecord) + data.attributes.Size() * sizeof(AttributeRecord) +
+           data.text.Size() + builder_->mixed_.size() + (stretches_.size() - 1) * sizeof(Stretch);
+}
+
 DocumentPart::Extent DocumentPart::Here() const noexcept
 {
-    const DocumentBuilder::Data& data = builder_.data_;
-    return {data.elements.Size(), data.parents.Size(),    data.attributes.Size(),
-            data.text.Size(),     builder_.mixed_.size(), data.paths.Size()};
+    const DocumentBuilder::Data& data = builder_->data_;
+    return {data.elements.Size(), data.parents.Size(),     data.attributes.Size(),
+            data.text.Size(),     builder_->mixed_.size(), data.paths.Size()};
 }
 
 void DocumentPart::BeginStretch(PathId around)
 {
-    builder_.open_.back() = {.path = around, .mixedBegin = builder_.mixed_.size()};
+    builder_->open_.back() = {.path = around, .mixedBegin = builder_->mixed_.size()};
     stretches_.push_back({.around = around, .begin = Here()});
 }
 
@@ -247,8 +261,8 @@ void DocumentPart::EndStretch()
 {
     Stretch& stretch = stretches_.back();
     stretch.end = Here();
-    stretch.pieceBegin = builder_.pieceBegin_;
-    stretch.parent = builder_.open_.front();
+    stretch.pieceBegin = builder_->pieceBegin_;
+    stretch.parent = builder_->open_.front();
 }
 
 } // namespace velmora

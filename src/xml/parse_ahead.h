@@ -2,7 +2,8 @@
 
 #include "platform/bounded_queue.h"
 #include "source/source.h"
-#include "xml/event_batch.h"
+#include "xml/document_builder.h"
+#include "xml/document_part.h"
 #include "xml/source_parse.h"
 
 #include <cstddef>
@@ -13,33 +14,34 @@
 
 namespace velmora {
 
-/// Parses a document in a thread of its own, a little ahead of the one that builds from its events.
+/// Parses a document in a thread of its own, which builds parts of it. The one that calls joins them, a little behind.
 class ParseAhead {
 public:
-    /// Opens nothing yet. `source` must outlive the object.
-    explicit ParseAhead(const Source& source);
+    /// Opens nothing yet. `source` must outlive the object. `partBytes` is about what one part takes.
+    ParseAhead(const Source& source, std::size_t partBytes);
 
-    /// Tells `events` of all that is in the document, and gives the parse, which has come to its end. `onPiece` is
-    /// called for each of its pieces, with the bytes taken of the source; what it throws, and what `events` throws,
+    /// Brings all that is in the document to `builder`, and gives the parse, which has come to its end. `onPiece` is
+    /// called for each of its pieces, with the bytes taken of the source; what it throws, and what `builder` throws,
     /// ends the parse. Throws what the parse does. nullptr when there is no thread to be had: nothing has been done.
-    [[nodiscard]] std::unique_ptr<SourceParse> Run(DocumentEvents& events,
+    [[nodiscard]] std::unique_ptr<SourceParse> Run(DocumentBuilder& builder,
                                                    const std::function<void(std::int64_t)>& onPiece);
 
 private:
     /// What goes from thread to thread.
     struct Piece {
-        EventBatch batch;
+        std::unique_ptr<DocumentPart> part;
         std::optional<std::int64_t> bytesTaken; ///< with the last one of a chunk
     };
     class Sender;
 
-    void Parse();
+    void Parse(Blanks blanks);
 
     static constexpr std::size_t kPieces = 4;
 
     const Source& source_;
+    const std::size_t partBytes_;
     BoundedQueue<Piece> filled_{kPieces};
-    BoundedQueue<Piece> told_{kPieces}; ///< to be filled again
+    BoundedQueue<Piece> joined_{kPieces}; ///< to be filled again
     std::unique_ptr<SourceParse> parse_;
 };
 

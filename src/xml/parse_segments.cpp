@@ -13,8 +13,6 @@ namespace {
 
 /// Each has two segments on their way, which take memory, and reads and joins when no other one does.
 constexpr int kMostThreads = 6;
-/// Of a part that is kept for the next segment.
-constexpr std::size_t kMostPartBytes = std::size_t{4} << 20;
 
 /// Brings segments to a builder in their order, and sees that they fit together.
 class Joint {
@@ -163,7 +161,7 @@ void ParseSegments::Parse(Place& place, Tools& tools, Lock& lock)
 {
     lock.unlock();
     std::unique_ptr<DocumentPart>& part = tools.part;
-    if (part && part->MemoryBytes() <= kMostPartBytes)
+    if (part)
         part->Clear();
     else
         part = std::make_unique<DocumentPart>(tools.blanks);

@@ -14,10 +14,12 @@ class RandomXml {
 public:
     explicit RandomXml(unsigned seed) : random_(seed) {}
 
-    [[nodiscard]] std::string Document()
+    /// `doctype` stands ahead of the document element.
+    [[nodiscard]] std::string Document(std::string_view doctype = {})
     {
         std::string xml(OneOf({"", "\xEF\xBB\xBF", "<?xml version='1.0'?>\r\n",
                                "<?xml version='1.0' encoding='ISO-8859-1'?><!-- <x> -->"}));
+        xml.append(doctype);
         std::vector<std::string_view> open;
         const auto begin = [&] {
             open.push_back(OneOf({"a", "b", "list", "\xC3\xA4", "n:long-name"}));
