@@ -98,7 +98,8 @@ std::shared_ptr<Table> Catalog::OpenPage(PageNumber definitionPage)
     const CatalogObject* object = objects_.FindById(static_cast<std::int32_t>(definitionPage));
     if (!object || object->type != ObjectType::Table)
         throw Error(ErrorNumber::TableNotFound, {"page " + std::to_string(definitionPage)});
-    auto table = std::make_shared<Table>(*pager_, definitionPage, object->name);
+    auto table =
+        std::make_shared<Table>(*pager_, definitionPage, object->name, objects_.ObjectRows().Rows().Scratches());
     table->SetHook(hook_);
     ApplyProperties(*table);
     tables_.emplace(definitionPage, table);

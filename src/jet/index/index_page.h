@@ -209,15 +209,15 @@ public:
     /// Puts `entry` at `place` of `view`, which shows this page. False, and nothing changed, when it does not begin
     /// with the page's prefix or has no room.
     [[nodiscard]] bool Insert(const IndexPage& view, std::size_t place, ByteSpan entry);
-    /// Puts behind the last entry, which ends at `used`, one whose own part is `own`. There is room for it.
-    void Append(std::size_t used, ByteSpan own)
+    /// Puts behind the last entry of `leaf`, which ends at `used`, one whose own part is `own`. There is room for it.
+    static void Append(const PageAtHand& leaf, const Format& format, std::size_t used, ByteSpan own)
     {
         // Ascending keys come to the end, where one bit of the mask is all.
-        const Format::IndexPageLayout& layout = format_->indexPage;
+        const Format::IndexPageLayout& layout = format.indexPage;
         const std::size_t end = used + own.size();
         assert(end <= layout.room);
-        Byte* const page = page_.Data(UndoLog::Range{layout.entries + used, own.size()},
-                                      UndoLog::Range{layout.mask + end / 8, 1}, UndoLog::Range{kPageFreeBytes, 2});
+        Byte* const page = leaf.Data(UndoLog::Range{layout.entries + used, own.size()},
+                                     UndoLog::Range{layout.mask + end / 8, 1}, UndoLog::Range{kPageFreeBytes, 2});
         CopyBytes(page + layout.entries + used, own.data(), own.size());
         SetBit({page + layout.mask, layout.maskSize}, end);
         StoreU16({page + kPageFreeBytes, 2}, 0, static_cast<std::uint16_t>(layout.room - end));

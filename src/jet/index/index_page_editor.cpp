@@ -40,12 +40,13 @@ bool IndexPageEditor::Insert(const IndexPage& view, std::size_t place, ByteSpan 
     if (used == 0) // an empty page's prefix means nothing
         std::ranges::fill(page_.Data(layout.prefixLength, layout.prefixLengthSize), Byte{0});
     if (place == used) {
-        Append(used, own);
+        Append(page_.AtHand(), *format_, used, own);
         return true;
     }
     const std::size_t end = used + own.size();
-    Byte* const page = page_.Data(UndoLog::Range{layout.entries + place, end - place},
-                                  UndoLog::Range{layout.mask, layout.maskSize}, UndoLog::Range{kPageFreeBytes, 2});
+    Byte* const page =
+        page_.AtHand().Data(UndoLog::Range{layout.entries + place, end - place},
+                            UndoLog::Range{layout.mask, layout.maskSize}, UndoLog::Range{kPageFreeBytes, 2});
     Byte* const at = page + layout.entries + place;
     std::memmove(at + own.size(), at, used - place);
     std::memcpy(at, own.data(), own.size());

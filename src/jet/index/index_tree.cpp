@@ -122,8 +122,9 @@ bool IndexTree::HasNeighbour(const IndexPage& leaf, std::size_t place, ByteSpan 
 
 bool IndexTree::Insert(ByteSpan key, RowId row)
 {
-    if (const Standing standing = StandingOf(key); CanAppend(key, standing, row)) {
-        Append(key, row);
+    const Standing standing = StandingOf(key);
+    if (const PageAtHand leaf = LeafToAppend(key, standing, row)) {
+        Append(leaf, key, row);
         return standing.isBehind;
     }
     MakeEntry(entry_, key, row);

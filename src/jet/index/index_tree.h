@@ -79,26 +79,25 @@ public:
             return {.isLast = key.size() == last.size(), .shared = shared};
         return {.isBehind = key[shared] > last[shared], .shared = shared};
     }
-    /// Can Append() add the entry: is it greater than all others, with room for it in the last leaf, which is at hand?
-    [[nodiscard]] bool CanAppend(ByteSpan key, const Standing& standing, RowId row) const noexcept
+    /// The last leaf, when Append() can add the entry: it is greater than all others, and the leaf is at hand and has
+    /// room for it; else none.
+    [[nodiscard]] PageAtHand LeafToAppend(ByteSpan key, const Standing& standing, RowId row) const noexcept
     {
         const std::size_t size = key.size() + kRowPointerSize;
         if (lastUsed_ == 0 || size <= lastPrefix_ || size - lastPrefix_ > GetFormat().indexPage.room - lastUsed_ ||
-            size > std::min(MaxEntrySize(), greatest_.capacity()) || !pager_->HasAtHand(lastLeaf_))
-            return false;
-        if (!standing.isLast)
-            return standing.isBehind && standing.shared >= lastPrefix_;
-        // Of one key the rows count, and the prefix may reach into their pointers.
-        const std::uint32_t last = LoadBigU32(greatest_, key.size());
-        const std::size_t beyond = lastPrefix_ > key.size() ? lastPrefix_ - key.size() : 0;
-        return last < row.Pointer() && (std::uint64_t{last ^ row.Pointer()} << 8 * beyond) >> 32 == 0;
+            size > std::min(MaxEntrySize(), greatest_.capacity()))
+            return {};
+        if (standing.isLast ? !IsBehindLast(key.size(), row) : !standing.isBehind || standing.shared < lastPrefix_)
+            return {};
+        return pager_->AtHand(lastLeaf_);
     }
-    /// Adds an entry, right after CanAppend() has said yes, and cannot fail.
-    void Append(ByteSpan key, RowId row)
+    /// Adds an entry to `leaf`, which LeafToAppend() has given for it, and cannot fail.
+    void Append(const PageAtHand& leaf, ByteSpan key, RowId row)
     {
+        assert(leaf.Number() == lastLeaf_); // T9
         MakeEntry(greatest_, key, row);
         const ByteSpan own = ByteSpan(greatest_).subspan(lastPrefix_);
-        IndexPageEditor(pager_->Write(lastLeaf_), GetFormat()).Append(lastUsed_, own);
+        IndexPageEditor::Append(leaf, GetFormat(), lastUsed_, own);
         lastUsed_ += own.size();
     }
 
@@ -136,6 +135,13 @@ private:
     [[nodiscard]] std::size_t MaxEntrySize() const noexcept
     {
         return GetFormat().indexPage.room / 2 - kChildPointerSize;
+    }
+    /// Of one key the rows count, and the prefix may reach into their pointers.
+    [[nodiscard]] bool IsBehindLast(std::size_t keySize, RowId row) const noexcept
+    {
+        const std::uint32_t last = LoadBigU32(greatest_, keySize);
+        const std::size_t beyond = lastPrefix_ > keySize ? lastPrefix_ - keySize : 0;
+        return last < row.Pointer() && (std::uint64_t{last ^ row.Pointer()} << 8 * beyond) >> 32 == 0;
     }
     /// key, page, slot: the bytes by which entries are ordered.
     static void MakeEntry(Bytes& entry, ByteSpan key, RowId row)

@@ -91,20 +91,12 @@ void DataPageEditor::MakeEmpty(const MutablePageRef& page, const Format& format,
 
 DataPageEditor::NewRow DataPageEditor::Append(std::size_t size, SlotState state)
 {
-    const DataPage view = View();
-    assert(view.Fits(size));
-    const std::size_t slot = view.SlotCount();
-    const std::size_t begin = view.End(slot) - size;
-    const std::size_t slotAt = view.SlotsEnd();
-    const std::size_t headEnd = format_->dataPage.rowCount + kSlotSize;
-    // Asked for in one call, as it happens with every record: the row, its slot, the counts in the head.
-    Byte* const page = page_.Data(UndoLog::Range{begin, size}, UndoLog::Range{slotAt, kSlotSize},
-                                  UndoLog::Range{kPageFreeBytes, headEnd - kPageFreeBytes});
-    const MutableBytes head(page, slotAt + kSlotSize);
-    StoreU16(head, slotAt, static_cast<std::uint16_t>(begin | FlagsOf(state)));
-    StoreU16(head, format_->dataPage.rowCount, static_cast<std::uint16_t>(slot + 1));
-    StoreU16(head, kPageFreeBytes, static_cast<std::uint16_t>(begin - slotAt - kSlotSize));
-    return {static_cast<std::uint8_t>(slot), {page + begin, size}};
+    const std::optional<DataPage::Place> place = View().PlaceFor(size);
+    assert(place);
+    const MutableBytes bytes = Append(page_.AtHand(), *format_, *place);
+    if (state != SlotState::Row)
+        SetState(place->slot, state);
+    return {static_cast<std::uint8_t>(place->slot), bytes};
 }
 
 MutableBytes DataPageEditor::RowBytes(std::size_t slot)

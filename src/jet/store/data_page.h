@@ -56,12 +56,21 @@ public:
     /// The bytes in `slot` (0 to SlotCount() - 1), whatever its state; of a moved row its 4-byte new address first.
     /// Throws CorruptPage when the slot points outside the page.
     [[nodiscard]] ByteSpan Row(std::size_t slot) const;
-    /// Is there room for a new row of `size` bytes, its slot included? Throws CorruptPage when the lowest row overlaps
-    /// the slots.
-    [[nodiscard]] bool Fits(std::size_t size) const
+    /// Where a new row goes.
+    struct Place {
+        std::size_t slot;
+        std::size_t begin; ///< offset in the page
+        std::size_t size;
+    };
+    /// Of a row of `size` bytes; nullopt when there is no room for it and its slot. Throws CorruptPage when the lowest
+    /// row overlaps the slots.
+    [[nodiscard]] std::optional<Place> PlaceFor(std::size_t size) const
     {
-        return slotCount_ < kMaxRowsPerPage && size + kSlotSize <= FreeBytes();
+        if (slotCount_ >= kMaxRowsPerPage || size + kSlotSize > FreeBytes())
+            return std::nullopt;
+        return Place{slotCount_, End(slotCount_) - size, size};
     }
+    [[nodiscard]] bool Fits(std::size_t size) const { return PlaceFor(size).has_value(); }
     /// The row that a pointer promises in `slot`. Throws CorruptPage when there is no such slot, or it holds no
     /// ordinary row.
     [[nodiscard]] ByteSpan LiveRow(std::size_t slot) const;
@@ -106,6 +115,20 @@ public:
     };
     /// Appends a row of `size` bytes, which Fits. Its bytes are still to be written.
     NewRow Append(std::size_t size, SlotState state = SlotState::Row);
+    /// Makes a row at `place`, which PlaceFor() has just given, and gives its bytes, which are still to be written.
+    static MutableBytes Append(const PageAtHand& page, const Format& format, const DataPage::Place& place)
+    {
+        const std::size_t slotAt = format.dataPage.slots + kSlotSize * place.slot;
+        const std::size_t headEnd = format.dataPage.rowCount + kSlotSize;
+        // Asked for in one call, as it happens with every record: the row, its slot, the counts in the head.
+        Byte* const bytes = page.Data(UndoLog::Range{place.begin, place.size}, UndoLog::Range{slotAt, kSlotSize},
+                                      UndoLog::Range{kPageFreeBytes, headEnd - kPageFreeBytes});
+        const MutableBytes head(bytes, slotAt + kSlotSize);
+        StoreU16(head, slotAt, static_cast<std::uint16_t>(place.begin));
+        StoreU16(head, format.dataPage.rowCount, static_cast<std::uint16_t>(place.slot + 1));
+        StoreU16(head, kPageFreeBytes, static_cast<std::uint16_t>(place.begin - slotAt - kSlotSize));
+        return {bytes + place.begin, place.size};
+    }
     [[nodiscard]] MutableBytes RowBytes(std::size_t slot);
     /// Gives `slot` another size: the rows behind it are shifted, its content up to the smaller size stays, bytes that
     /// join are zero. False, and nothing changed, when the page has no room.

@@ -12,7 +12,6 @@
 #include <deque>
 #include <exception>
 #include <memory>
-#include <type_traits>
 #include <utility>
 #include <vector>
 
@@ -46,6 +45,37 @@ struct Frame {
         isListed = true;
         next = std::exchange(changed->first, this);
     }
+    /// The page's first byte. What lies in `ranges` may be changed, and no more. Throws DiskFull, DiskError.
+    template <typename... Ranges>
+    [[nodiscard]] Byte* Data(const Ranges&... ranges)
+    {
+        assert(((ranges.offset + ranges.size <= size) && ...));
+        undo->Note(number, data, dirty, ranges...); // invariant 5
+        Change();
+        return data;
+    }
+};
+
+/// A page in memory, found once for a change that looks at several pages before it touches the first. Nobody holds it:
+/// it is good until another page is read or made.
+class PageAtHand {
+public:
+    PageAtHand() = default;
+    [[nodiscard]] explicit operator bool() const noexcept { return frame_ != nullptr; }
+    [[nodiscard]] PageNumber Number() const noexcept { return frame_->number; }
+    [[nodiscard]] ByteSpan Bytes() const noexcept { return {frame_->data, frame_->size}; } ///< one whole page
+    /// The page's first byte. What lies in `ranges` may be changed, and no more. Fails only while there is a savepoint.
+    template <typename... Ranges>
+    [[nodiscard]] Byte* Data(const Ranges&... ranges) const
+    {
+        return frame_->Data(ranges...);
+    }
+
+private:
+    friend class PageCache;
+    friend class MutablePageRef;
+    explicit PageAtHand(Frame* frame) noexcept : frame_(frame) {}
+    Frame* frame_ = nullptr;
 };
 
 /// A page that stays in memory as long as this object lives. Cheap to move; copies share the pin. Must not outlive its
@@ -89,20 +119,12 @@ public:
     /// `size` bytes at `offset`, which may be changed, and no others. Throws DiskFull, DiskError.
     [[nodiscard]] MutableBytes Data(std::size_t offset, std::size_t size) const
     {
-        return {Data(UndoLog::Range{offset, size}) + offset, size};
-    }
-    /// The page's first byte. What lies in `ranges` may be changed, and no more: for changes that are made with every
-    /// record, as it costs less than asking for each.
-    template <typename... Ranges>
-    requires(std::is_same_v<Ranges, UndoLog::Range>&&...) [[nodiscard]] Byte* Data(const Ranges&... ranges) const
-    {
-        assert(((ranges.offset + ranges.size <= frame_->size) && ...));
-        frame_->undo->Note(frame_->number, frame_->data, frame_->dirty, ranges...); // invariant 5
-        frame_->Change();
-        return frame_->data;
+        return {frame_->Data(UndoLog::Range{offset, size}) + offset, size};
     }
     /// The whole page.
     [[nodiscard]] MutableBytes Data() const { return Data(0, frame_->size); }
+    /// For changes that are made with every record: several ranges at once.
+    [[nodiscard]] PageAtHand AtHand() const noexcept { return PageAtHand(frame_); }
 
 private:
     friend class PageCache;
@@ -149,8 +171,14 @@ public:
     [[nodiscard]] PageRef Read(PageNumber page) { return PageRef(Fetch(page)); }
     /// The same, to be changed.
     [[nodiscard]] MutablePageRef Write(PageNumber page) { return MutablePageRef(Fetch(page)); }
-    /// Is the page in memory? It stays there until another one is read or made.
-    [[nodiscard]] bool Holds(PageNumber page) const noexcept { return page < table_.size() && table_[page] != nullptr; }
+    /// The page, when it is in memory and may be changed at all.
+    [[nodiscard]] PageAtHand AtHand(PageNumber page) const noexcept
+    {
+        Frame* const frame = page < table_.size() && !failure_ ? table_[page] : nullptr;
+        if (frame != nullptr)
+            frame->recent = true;
+        return PageAtHand(frame);
+    }
     /// `page`, all zero whatever the file holds there; the file grows when the page lies behind its end.
     [[nodiscard]] MutablePageRef Fresh(PageNumber page);
 

@@ -56,8 +56,8 @@ public:
         return ref;
     }
     [[nodiscard]] MutablePageRef Write(PageNumber page) { return cache_.Write(page); }
-    /// Can the page be changed at once, without the disk? It can until another one is read or made.
-    [[nodiscard]] bool HasAtHand(PageNumber page) const noexcept { return cache_.Holds(page) && !cache_.HasFailed(); }
+    /// The page, when it can be changed at once, without the disk; else none.
+    [[nodiscard]] PageAtHand AtHand(PageNumber page) const noexcept { return cache_.AtHand(page); }
     /// A page that was free, now all zero. The file grows when none is. Throws DatabaseFull at 1 GB or 2 GB; nothing
     /// has changed then.
     [[nodiscard]] MutablePageRef Allocate();

@@ -26,25 +26,13 @@
 ///  R6  The row's size is known before anything is written: a long value with a record of its own takes twelve bytes of
 ///      the row, whatever they will say.
 ///  R7  A record that takes only what lies at hand, the end of a page with room and of the last leaf of each index, is
-///  put
-///      in without a step that can fail: so no savepoint is needed around it.
+///      put in without a step that can fail: so no savepoint is needed around it. What was found at hand is used before
+///      any other page is read.
 ///  R8  A hook may change further rows of the same table before a change goes on: each change under way has its own
 ///      scratch, and the row is compared with what was read before it is touched.
 namespace jet {
 
-namespace {
-
-RowScratch& AcquireScratch(std::vector<std::unique_ptr<RowScratch>>& all, std::size_t& used)
-{
-    if (used == all.size())
-        all.push_back(std::make_unique<RowScratch>());
-    return *all[used++];
-}
-
-} // namespace
-
-Table::RowChange::RowChange(Table& table)
-    : table_(table), parts_(*table.parts_), scratch_(AcquireScratch(parts_.scratch, parts_.changesUnderWay))
+Table::RowChange::RowChange(Table& table) : table_(table), parts_(*table.parts_), scratch_(table.scratches_->Acquire())
 {
 }
 
@@ -68,8 +56,7 @@ bool Table::RowChange::IsUnchanged(RowId row) const
 void Table::RowChange::CheckInsert(const Record& record)
 {
     MeasureRow(record, false);
-    std::vector<Key>& keys = scratch_.keys;
-    keys.resize(parts_.indexes.size());
+    const std::span<Key> keys = Keys(scratch_.keys);
     for (std::size_t i = 0; i < keys.size(); ++i) {
         MakeKey(i, record, keys[i]);
         CheckKey(i, keys[i]);
@@ -80,8 +67,7 @@ void Table::RowChange::CheckUpdate(const Record& record)
 {
     MeasureRow(record, true);
     MakeKeys(record, scratch_.keys);
-    assert(scratch_.oldKeys.size() == scratch_.keys.size()); // R1: ReadBefore() came first
-    for (std::size_t i = 0; i < scratch_.keys.size(); ++i) {
+    for (std::size_t i = 0; i < parts_.indexes.size(); ++i) {
         if (KeyChanges(i))
             CheckKey(i, scratch_.keys[i]);
     }
@@ -159,9 +145,18 @@ void Table::RowChange::PrepareLongValue(std::size_t column, const Record& record
 
 void Table::RowChange::MakeKeys(const Record& record, std::vector<Key>& keys) const
 {
-    keys.resize(parts_.indexes.size());
-    for (std::size_t i = 0; i < keys.size(); ++i)
-        MakeKey(i, record, keys[i]);
+    const std::span<Key> used = Keys(keys);
+    for (std::size_t i = 0; i < used.size(); ++i)
+        MakeKey(i, record, used[i]);
+}
+
+/// Those of the table's indexes.
+inline std::span<Table::RowChange::Key> Table::RowChange::Keys(std::vector<Key>& keys) const
+{
+    const std::size_t count = parts_.indexes.size();
+    if (keys.size() < count)
+        keys.resize(count);
+    return {keys.data(), count};
 }
 
 inline void Table::RowChange::MakeKey(std::size_t index, const Record& record, Key& key) const
@@ -203,49 +198,67 @@ bool Table::RowChange::KeyChanges(std::size_t index) const
     return old.inIndex != now.inIndex || old.bytes != now.bytes;
 }
 
-bool Table::RowChange::CanAppend() const
+bool Table::RowChange::FindAtHand()
 {
-    if (scratch_.longFields.AnyOutside() || !table_.pager_->HasAtHand(table_.def_.pages.front()))
+    if (parts_.layout.HasLongValues() && scratch_.longFields.AnyOutside())
         return false;
-    const std::optional<RowId> place = parts_.rows.PlaceAtHand(size_);
-    if (!place)
+    definition_ = table_.pager_->AtHand(table_.def_.pages.front());
+    place_ = parts_.rows.FindAtHand(size_);
+    if (!definition_ || !place_)
         return false;
-    for (std::size_t i = 0; i < scratch_.keys.size(); ++i) {
-        const Key& key = scratch_.keys[i];
-        if (key.inIndex && !parts_.indexes[i].tree.CanAppend(key.bytes, key.standing, *place))
-            return false;
+    const RowId row = place_->At();
+    Key* key = scratch_.keys.data();
+    for (const Parts::Index& index : parts_.indexes) {
+        if (key->inIndex) {
+            key->leaf = index.tree.LeafToAppend(key->bytes, key->standing, row);
+            if (!key->leaf)
+                return false;
+        }
+        ++key;
     }
     return true;
 }
 
 RowId Table::RowChange::Append(const Record& record)
 {
-    const RowStore::Room room = parts_.rows.InsertAtHand(size_);
-    Encode(record, room.bytes);
-    for (std::size_t i = 0; i < scratch_.keys.size(); ++i) {
-        const Key& key = scratch_.keys[i];
-        if (!key.inIndex)
-            continue;
-        parts_.indexes[i].tree.Append(key.bytes, room.at);
-        table_.def_.realIndexes[i].distinctKeys += key.standing.isBehind ? 1 : 0;
+    const RowId row = place_->At();
+    Encode(record, parts_.rows.InsertAt(*place_));
+    const Key* key = scratch_.keys.data();
+    RealIndex* counted = table_.def_.realIndexes.data();
+    for (Parts::Index& index : parts_.indexes) {
+        if (key->inIndex) {
+            index.tree.Append(key->leaf, key->bytes, row);
+            counted->distinctKeys += key->standing.isBehind ? 1 : 0;
+        }
+        ++key;
+        ++counted;
     }
     CountRow(record);
-    return room.at;
+    table_.StoreCounters(definition_);
+    return row;
 }
 
 RowId Table::RowChange::Insert(const Record& record)
 {
-    scratch_.longFields.Write(parts_.longValues);
+    WriteLongValues();
     RowId row;
     {
         const RowStore::Room room = parts_.rows.Insert(size_);
         row = room.at;
         Encode(record, room.bytes);
     }
-    for (std::size_t i = 0; i < scratch_.keys.size(); ++i)
+    for (std::size_t i = 0; i < parts_.indexes.size(); ++i)
         InsertKey(i, row);
     CountRow(record);
+    table_.StoreCounters();
     return row;
+}
+
+/// In a table without them the scratch may still hold those of another one.
+void Table::RowChange::WriteLongValues()
+{
+    if (parts_.layout.HasLongValues())
+        scratch_.longFields.Write(parts_.longValues);
 }
 
 /// Counts a row that is new (R3).
@@ -253,13 +266,12 @@ void Table::RowChange::CountRow(const Record& record)
 {
     ++table_.def_.rowCount;
     RaiseAutonumber(record);
-    table_.StoreCounters();
 }
 
 void Table::RowChange::Update(RowId row, const Record& record)
 {
-    scratch_.longFields.Write(parts_.longValues);
-    for (std::size_t i = 0; i < scratch_.keys.size(); ++i) {
+    WriteLongValues();
+    for (std::size_t i = 0; i < parts_.indexes.size(); ++i) {
         if (KeyChanges(i))
             InsertKey(i, row);
     }
@@ -269,7 +281,7 @@ void Table::RowChange::Update(RowId row, const Record& record)
     }
     RaiseAutonumber(record);
     table_.StoreCounters();
-    for (std::size_t i = 0; i < scratch_.oldKeys.size(); ++i) {
+    for (std::size_t i = 0; i < parts_.indexes.size(); ++i) {
         if (scratch_.oldKeys[i].inIndex && KeyChanges(i))
             parts_.indexes[i].tree.Remove(scratch_.oldKeys[i].bytes, row);
     }
@@ -278,8 +290,7 @@ void Table::RowChange::Update(RowId row, const Record& record)
 
 void Table::RowChange::Delete(RowId row)
 {
-    assert(scratch_.oldKeys.size() == parts_.indexes.size()); // R1: ReadBefore() came first
-    for (std::size_t i = 0; i < scratch_.oldKeys.size(); ++i) {
+    for (std::size_t i = 0; i < parts_.indexes.size(); ++i) {
         if (scratch_.oldKeys[i].inIndex)
             parts_.indexes[i].tree.Remove(scratch_.oldKeys[i].bytes, row);
     }
@@ -332,7 +343,7 @@ RowId Table::Insert(const Record& record, ChangeGuard* guard)
     if (hook_ != nullptr)
         hook_->BeforeInsert(*this, record);
     // What was looked at before the hook counts only if that has changed nothing here.
-    if (changes == rowChanges_ && change.CanAppend())
+    if (changes == rowChanges_ && change.FindAtHand())
         return change.Append(record);
     if (guard != nullptr)
         guard->Begin();

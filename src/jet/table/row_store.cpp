@@ -68,11 +68,6 @@ RowStore::Room RowStore::Place(std::size_t size, SlotState state)
     return Append(PageWithRoom(size), size, state);
 }
 
-RowStore::Room RowStore::InsertAtHand(std::size_t size)
-{
-    return Append(pager_->Write(pages_.Last()), size, SlotState::Row);
-}
-
 /// The page of the last insert nearly always has room. Else a few of those with room are looked at, and then a new one
 /// is begun: however many pages have a little room, an insert does not pay for all of them.
 MutablePageRef RowStore::PageWithRoom(std::size_t size)

@@ -32,18 +32,26 @@ public:
     [[nodiscard]] Found Find(RowId home) const;
     /// Appends a row of `size` bytes (at most Format::maxRecordSize).
     [[nodiscard]] Room Insert(std::size_t size) { return Place(size, SlotState::Row); }
-    /// Where Insert() would put the row, if that is a page at hand that has room for it.
-    [[nodiscard]] std::optional<RowId> PlaceAtHand(std::size_t size) const
+    /// Where a row can go without a step that may fail.
+    struct PlaceAtHand {
+        PageAtHand page;
+        DataPage::Place place;
+        [[nodiscard]] RowId At() const noexcept { return {page.Number(), static_cast<std::uint8_t>(place.slot)}; }
+    };
+    /// Where Insert() would put a row of `size` bytes, if that is a page at hand.
+    [[nodiscard]] std::optional<PlaceAtHand> FindAtHand(std::size_t size) const
     {
-        const PageNumber last = pages_.Last();
-        if (last == 0 || !pager_->HasAtHand(last))
+        const PageAtHand page = pages_.Last() != 0 ? pager_->AtHand(pages_.Last()) : PageAtHand();
+        if (!page)
             return std::nullopt;
-        const PageRef page = pager_->Read(last);
-        const DataPage view(page.Bytes(), last, pager_->GetFormat());
-        return view.Fits(size) ? std::optional(RowId{last, static_cast<std::uint8_t>(view.SlotCount())}) : std::nullopt;
+        const auto place = DataPage(page.Bytes(), page.Number(), pager_->GetFormat()).PlaceFor(size);
+        return place ? std::optional(PlaceAtHand{page, *place}) : std::nullopt;
     }
-    /// Does what Insert() does, right after PlaceAtHand() has found a place, and cannot fail.
-    [[nodiscard]] Room InsertAtHand(std::size_t size);
+    /// Does what Insert() does at a place that was just found. The bytes are to be filled at once.
+    [[nodiscard]] MutableBytes InsertAt(const PlaceAtHand& found) const
+    {
+        return DataPageEditor::Append(found.page, pager_->GetFormat(), found.place);
+    }
     /// Gives a row that exists another size, where it is or elsewhere. What the old bytes were is lost.
     [[nodiscard]] Room Replace(RowId home, std::size_t size);
     /// Deletes a row that exists. A page that holds nothing any more is freed.

@@ -40,9 +40,10 @@ void Table::Parts::TakeRules(const TableDef& def)
             required.push_back(i);
 }
 
-Table::Table(Pager& pager, PageNumber definitionPage, std::string name)
+Table::Table(Pager& pager, PageNumber definitionPage, std::string name, std::shared_ptr<RowScratches> scratches)
     : pager_(&pager), name_(std::move(name)), def_(ReadTableDef(pager, definitionPage)),
-      parts_(std::make_unique<Parts>(pager, def_))
+      parts_(std::make_unique<Parts>(pager, def_)),
+      scratches_(scratches ? std::move(scratches) : std::make_shared<RowScratches>())
 {
 }
 
@@ -121,13 +122,19 @@ void Table::FlushCounters()
 
 void Table::StoreCounters()
 {
-    WriteTableCounters(*pager_, def_);
+    const MutablePageRef definition = pager_->Write(def_.pages.front());
+    StoreCounters(definition.AtHand());
+}
+
+void Table::StoreCounters(const PageAtHand& definition)
+{
+    WriteTableCounters(definition, def_);
     isNumberAhead_ = false;
 }
 
 void Table::Reread()
 {
-    assert(parts_->changesUnderWay == 0);
+    assert(scratches_->used == 0);
     TableDef def = ReadTableDef(*pager_, def_.pages.front());
     const std::uint32_t numberOnPage = def.lastAutonumber;
     // A number that was given out stays given, though the page has gone back to one before it.

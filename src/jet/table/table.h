@@ -15,6 +15,7 @@
 namespace jet {
 
 class Table;
+struct RowScratches;
 
 /// What relations ask to be told of. Called before anything is changed; throws to refuse. Cascades act from inside.
 class RowHook {
@@ -61,7 +62,8 @@ struct IndexSpec {
 /// given out for records that are not saved yet, or never will be, reach it by FlushCounters().
 class Table {
 public:
-    Table(Pager& pager, PageNumber definitionPage, std::string name);
+    /// `scratches`: of the tables with which this one is to share what changes of rows need; none = its own.
+    Table(Pager& pager, PageNumber definitionPage, std::string name, std::shared_ptr<RowScratches> scratches = nullptr);
     ~Table();
     Table(const Table&) = delete;
     Table& operator=(const Table&) = delete;
@@ -84,6 +86,8 @@ public:
     /// The id that a row has now whose id was `row` in `epoch`; nullopt when it was not there when the rows were
     /// written anew, or nobody was to ask any more.
     [[nodiscard]] std::optional<RowId> Relocated(RowId row, std::uint32_t epoch) const;
+    /// What its changes of rows need, for tables that are to share it.
+    [[nodiscard]] const std::shared_ptr<RowScratches>& Scratches() const noexcept { return scratches_; }
     /// Counts the changes of rows and indexes, whose pages are then not what they were.
     [[nodiscard]] std::uint64_t RowChanges() const noexcept { return rowChanges_; }
     /// Nobody will ask for an id of an earlier epoch.
@@ -176,6 +180,7 @@ private:
     void ChangeTo(TableDef def, bool rewrites);
     void Adopt(TableDef def);
     void StoreCounters();
+    void StoreCounters(const PageAtHand& definition);
     void NumberRows(std::size_t column);
     Pager* pager_;
     std::string name_;
@@ -185,6 +190,7 @@ private:
     bool isNumberAhead_ = false; ///< lastAutonumber differs from the page's
     RowHook* hook_ = nullptr;
     std::unique_ptr<Parts> parts_; ///< trees, long-value stores, insert position
+    std::shared_ptr<RowScratches> scratches_;
     std::uint32_t firstEpoch_ = 0; ///< the epoch of moves_[0]
     /// All rows written anew.
     struct Move {

@@ -150,8 +150,8 @@ struct TableDef {
 void WriteTableDef(Pager& pager, TableDef& def);
 /// The joined content; its first 8 bytes, the head of the first page, are zero.
 [[nodiscard]] Bytes SerializeTableDef(const Format& format, const TableDef& def);
-/// Writes only row count, autonumber and index statistics.
-void WriteTableCounters(Pager& pager, const TableDef& def);
+/// Writes only row count, autonumber and index statistics; `first` is the definition's first page.
+void WriteTableCounters(const PageAtHand& first, const TableDef& def);
 /// Puts the logical indexes in the order that the file wants.
 void SortIndexesByName(TableDef& def);
 

@@ -213,10 +213,9 @@ void WriteTableDef(Pager& pager, TableDef& def)
         pager.Free(def.pages.back());
 }
 
-void WriteTableCounters(Pager& pager, const TableDef& def)
+void WriteTableCounters(const PageAtHand& first, const TableDef& def)
 {
-    const Format::DefinitionLayout& layout = pager.GetFormat().definition;
-    const MutablePageRef first = pager.Write(def.pages.front());
+    const Format::DefinitionLayout& layout = def.format->definition;
     // At most 128 blocks of statistics are accepted when a definition is read, so all of them lie on its first page.
     const UndoLog::Range counts{layout.rowCount, layout.lastAutonumber + 4 - layout.rowCount};
     const UndoLog::Range statistics{layout.sections, layout.statisticsSize * def.realIndexes.size()};

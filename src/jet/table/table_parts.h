@@ -19,14 +19,30 @@ struct RowScratch {
         KeyFacts facts;
         bool inIndex = false;         ///< the index does not leave the record out
         IndexTree::Standing standing; ///< in the index, of a new record
+        PageAtHand leaf;              ///< the one to which a new record's entry can be appended
     };
 
     Bytes oldRow;                 ///< the row as it was
     Record before;                ///< the same, read
     std::vector<RowField> fields; ///< by column index, of a table with long values
     LongFields longFields;
-    std::vector<Key> keys; ///< by real index
+    std::vector<Key> keys; ///< by real index; there may be more than the table has
     std::vector<Key> oldKeys;
+};
+
+/// The scratch of all tables of a connection, which is shared, so that it stays in the processor's cache when every
+/// record is one of another table. One for each change under way: a hook may change further rows before a change goes
+/// on.
+struct RowScratches {
+    std::vector<std::unique_ptr<RowScratch>> all;
+    std::size_t used = 0;
+
+    [[nodiscard]] RowScratch& Acquire()
+    {
+        if (used == all.size())
+            all.push_back(std::make_unique<RowScratch>());
+        return *all[used++];
+    }
 };
 
 /// Everything that follows from one state of the definition.
@@ -47,9 +63,6 @@ struct Table::Parts {
     std::vector<std::size_t> allColumns;                 ///< 0, 1, 2 ...
     std::vector<std::size_t> required;                   ///< column indexes of those that refuse Null
     std::optional<std::size_t> autonumber;               ///< column index
-    /// One per change that is under way: a hook may change further rows of the same table.
-    std::vector<std::unique_ptr<RowScratch>> scratch;
-    std::size_t changesUnderWay = 0;
 };
 
 /// One insert, update or delete under way. First everything that can be refused is looked at, then things are changed;
@@ -57,7 +70,7 @@ struct Table::Parts {
 class Table::RowChange {
 public:
     explicit RowChange(Table& table);
-    ~RowChange() { --parts_.changesUnderWay; }
+    ~RowChange() { --table_.scratches_->used; }
     RowChange(const RowChange&) = delete;
     RowChange& operator=(const RowChange&) = delete;
 
@@ -71,8 +84,9 @@ public:
     void CheckInsert(const Record& record);
     void CheckUpdate(const Record& record);
 
-    /// After CheckInsert(): does all that the record takes lie at hand? Then Append() puts it in, and cannot fail.
-    [[nodiscard]] bool CanAppend() const;
+    /// After CheckInsert(): looks for all that the record takes, and whether it lies at hand. Then Append() puts it
+    /// there, and cannot fail.
+    [[nodiscard]] bool FindAtHand();
     RowId Append(const Record& record);
     RowId Insert(const Record& record);
     void Update(RowId row, const Record& record);
@@ -86,12 +100,14 @@ private:
     void Encode(const Record& record, MutableBytes row) const;
     void CheckMayBeNull(std::size_t column, bool isUpdate) const;
     void PrepareLongValue(std::size_t column, const Record& record, ByteSpan stored, bool isUpdate);
+    [[nodiscard]] std::span<Key> Keys(std::vector<Key>& keys) const;
     void MakeKeys(const Record& record, std::vector<Key>& keys) const;
     void MakeKey(std::size_t index, const Record& record, Key& key) const;
     void CheckKey(std::size_t index, Key& key) const;
     [[nodiscard]] ErrorSubject IndexAsSubject(std::size_t index) const;
     [[nodiscard]] bool KeyChanges(std::size_t index) const;
 
+    void WriteLongValues();
     void InsertKey(std::size_t index, RowId row);
     void CountRow(const Record& record);
     void DeleteOldLongValues(bool keepUnchanged);
@@ -101,6 +117,9 @@ private:
     Parts& parts_;
     RowScratch& scratch_;
     std::size_t size_ = 0; ///< of the new row
+    // What FindAtHand() has found, beside the leaves.
+    PageAtHand definition_;
+    std::optional<RowStore::PlaceAtHand> place_;
 };
 
 } // namespace jet
