@@ -8,6 +8,11 @@ namespace {
 
 /// Enough for every page that one operation holds at a time, however small the budget.
 constexpr std::size_t kMinFrames = 32;
+/// With so much in memory a page that is not to be written and was not used lately makes room for the next before more
+/// memory is taken: what a growing file has left behind is rarely asked for again, and memory never touched before
+/// costs more than a page. So many frames are looked at for that.
+constexpr std::size_t kColdBytes = std::size_t{16} << 20;
+constexpr std::size_t kColdSteps = 8;
 /// Pages written in one go: enough that the system's cost for each call and block no longer shows.
 constexpr PageNumber kMaxRun = 32;
 /// New pages are written so many bytes at a time, and the last so many not at all, as most of them still change.
@@ -72,11 +77,10 @@ Frame& PageCache::FreeFrame()
         unused_.pop_back();
         return *frame;
     }
-    if (frames_.size() >= maxFrames_)
-        if (Frame* victim = Victim(); victim != nullptr && (!victim->dirty || IsWrittenForRoom(*victim))) {
-            table_[victim->number] = nullptr;
-            return *victim;
-        }
+    if (Frame* victim = Victim(); victim != nullptr) {
+        table_[victim->number] = nullptr;
+        return *victim;
+    }
     if (unused_.capacity() <= frames_.size()) // so that giving a frame back cannot fail
         unused_.reserve(2 * frames_.size() + kMinFrames);
     Frame& frame = frames_.emplace_back();
@@ -104,16 +108,26 @@ bool PageCache::IsWrittenForRoom(const Frame& victim)
     }
 }
 
-/// The next frame that can be taken, nullptr when every page is held.
+/// A frame whose page is to leave memory, and is written; nullptr when there shall be one frame more.
 Frame* PageCache::Victim()
 {
+    Frame* cold = frames_.size() * pageSize_ >= kColdBytes ? Unused(kColdSteps, true) : nullptr;
+    if (cold != nullptr || frames_.size() < maxFrames_)
+        return cold;
     // Two rounds: the first may do no more than take everybody's mark away.
-    for (std::size_t step = 0; step < 2 * frames_.size(); ++step) {
+    Frame* victim = Unused(2 * frames_.size(), false);
+    return victim != nullptr && (!victim->dirty || IsWrittenForRoom(*victim)) ? victim : nullptr;
+}
+
+/// Among the next frames the first that nobody holds or has used lately, nullptr when there is none.
+Frame* PageCache::Unused(std::size_t steps, bool isWritten)
+{
+    for (; steps != 0; --steps) {
         Frame& frame = frames_[hand_];
         hand_ = hand_ + 1 == frames_.size() ? 0 : hand_ + 1;
         if (frame.pins != 0)
             continue;
-        if (!frame.recent)
+        if (!frame.recent && !(isWritten && frame.dirty))
             return &frame;
         frame.recent = false;
     }

@@ -132,9 +132,10 @@ private:
 };
 
 /// The pages of one file that are in memory. A cached page is found by one look into a table; when the budget is used
-/// up, a clock hand takes pages that nobody holds and nobody used lately. Changed pages that are neighbours are written
-/// together. A page that is pinned stays, budget or not. A commit looks at the pages changed since the last one only,
-/// however large the file and the memory are.
+/// up, a clock hand takes pages that nobody holds and nobody used lately, and before that those of them that need not
+/// be written: so of a file that only grows there is not more in memory than is used. Changed pages that are neighbours
+/// are written together. A page that is pinned stays, budget or not. A commit looks at the pages changed since the last
+/// one only, however large the file and the memory are.
 ///
 /// Between two commits pages may have to be written, so two things are kept that differ in what they are for: the
 /// journal, on the disk, holds what pages held at the last commit, for whoever comes after a crash; the undo log holds
@@ -220,6 +221,7 @@ private:
     Frame* Load(PageNumber page);
     Frame& FreeFrame();
     Frame* Victim();
+    Frame* Unused(std::size_t steps, bool isWritten);
     [[nodiscard]] bool IsWrittenForRoom(const Frame& victim);
     void Enter(Frame& frame, PageNumber page) noexcept;
     void CollectChanged();

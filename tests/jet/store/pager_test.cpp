@@ -35,7 +35,7 @@ void Grow(Pager& pager, unsigned count, std::uint32_t stamp)
 
 TEST(Pager, ACommitHasLittleLeftToWriteHoweverMuchTheFileHasGrown)
 {
-    constexpr unsigned kPages = 4'000;
+    constexpr unsigned kPages = 10'000; // more than stay in memory
     CrashFileSystem disk;
     auto pager = NewPager(disk, JetVersion::Jet4);
     pager->Commit();
