@@ -35,9 +35,15 @@ PageCache::PageCache(File& file, Journal* journal, const Format& format, PageNum
 {
 }
 
+/// How many pages are written behind at a time.
+inline PageNumber PageCache::StretchPages() const noexcept
+{
+    return static_cast<PageNumber>(kBehindBytes / pageSize_);
+}
+
 MutablePageRef PageCache::Fresh(PageNumber page)
 {
-    if (page >= writtenBehind_ + 2 * kBehindBytes / pageSize_)
+    if (page >= writtenBehind_ + 2 * StretchPages())
         WriteBehind();
     if (page >= table_.size())
         // By doubling, so that a file that grows page by page does not copy the table each time.
@@ -97,11 +103,11 @@ Frame& PageCache::FreeFrame()
 bool PageCache::IsWrittenForRoom(const Frame& victim)
 {
     if (!isRollingBack_) {
-        WriteRun(victim.number, false);
+        WriteRun(victim.number, Changed::NotHeld);
         return true;
     }
     try {
-        WriteRun(victim.number, false);
+        WriteRun(victim.number, Changed::NotHeld);
         return true;
     } catch (const Error&) {
         return false;
@@ -142,19 +148,24 @@ void PageCache::Enter(Frame& frame, PageNumber page) noexcept
     table_[page] = &frame;
 }
 
-/// Writes the changed pages from `page` on, which is one, up to the first that is not, in one go; of those that
-/// somebody holds only when `heldToo`. Gives the page behind them.
-PageNumber PageCache::WriteRun(PageNumber page, bool heldToo)
+bool PageCache::IsAmong(Changed which, PageNumber page) const noexcept
 {
-    const auto belongs = [&](PageNumber number) {
-        const Frame* frame = number < pageCount_ ? table_[number] : nullptr;
-        // For room alone held pages stay: who holds one may be in the midst of a change. A commit finds nobody so.
-        return frame != nullptr && frame->dirty && (heldToo || frame->pins == 0);
-    };
+    const Frame* frame = page < pageCount_ ? table_[page] : nullptr;
+    if (frame == nullptr || !frame->dirty)
+        return false;
+    // Who holds a page may be in the midst of a change. A commit finds nobody so.
+    const bool isFree = which == Changed::All || frame->pins == 0;
+    return isFree && !(which == Changed::AtRest && frame->recent);
+}
+
+/// Writes the changed pages from `page` on, which is one of `which`, up to the first that is not, in one go. Gives the
+/// page behind them.
+PageNumber PageCache::WriteRun(PageNumber page, Changed which)
+{
     writeBuffer_.clear();
     writeBuffer_.reserve(kMaxRun * pageSize_);
     PageNumber end = page;
-    while (belongs(end) && end - page < kMaxRun)
+    while (IsAmong(which, end) && end - page < kMaxRun)
         AppendBytes(writeBuffer_, {table_[end++]->data, pageSize_});
     BeginToOverwrite(page, end);
     file_->WriteLater(std::uint64_t{page} * pageSize_, writeBuffer_);
@@ -163,18 +174,20 @@ PageNumber PageCache::WriteRun(PageNumber page, bool heldToo)
     return end;
 }
 
-/// Held pages and those that change once more are written by the commit.
+/// Held pages and those in use are written later on, by the commit at the latest: of many tables that are filled by
+/// turns every page would be written twice.
 void PageCache::WriteBehind()
 {
     const PageNumber begin = writtenBehind_;
-    const PageNumber end = std::min(begin + static_cast<PageNumber>(kBehindBytes / pageSize_), pageCount_);
+    const PageNumber end = std::min(begin + StretchPages(), pageCount_);
     writtenBehind_ = end;
-    for (PageNumber page = begin; page < end;) {
-        const Frame* frame = table_[page];
-        const bool isWanted = frame != nullptr && frame->dirty && frame->pins == 0;
-        page = isWanted ? WriteRun(page, false) : page + 1;
-    }
+    for (PageNumber page = begin; page < end;)
+        page = IsAmong(Changed::AtRest, page) ? WriteRun(page, Changed::AtRest) : page + 1;
     file_->BeginToWrite(std::uint64_t{begin} * pageSize_, std::uint64_t{end - begin} * pageSize_);
+    // Those of the next pages that are used until it is their turn are in use.
+    for (PageNumber page = end; page < std::min(end + StretchPages(), pageCount_); ++page)
+        if (Frame* frame = table_[page]; frame != nullptr)
+            frame->recent = false;
 }
 
 /// Comes before every write of pages, those from `begin` to `end`, which lies behind.
@@ -303,7 +316,7 @@ void PageCache::WriteBack()
     PageNumber written = kHeaderPage + 1;
     for (const PageNumber page : pages)
         if (page >= written)
-            written = WriteRun(page, true);
+            written = WriteRun(page, Changed::All);
     if (fileEnd_ > pageCount_) { // invariant 7
         file_->Truncate(std::uint64_t{pageCount_} * pageSize_);
         fileEnd_ = pageCount_;

@@ -157,8 +157,9 @@ private:
 ///   7. The file may for a while be longer than PageCount(), by pages that were written and then dropped; the next
 ///      commit cuts it.
 ///
-/// As the file grows, its new pages are written a little behind its end, and the disk begins with them: a commit, and
-/// with it the end of a run that is cancelled, then has little left to wait for, however much has been inserted.
+/// As the file grows, those of its new pages that are no longer in use are written a little behind its end, and the
+/// disk begins with them: a commit, and with it the end of a run that is cancelled, then has little left to wait for,
+/// however much has been inserted.
 class PageCache {
 public:
     /// `journal` may be null: then what was not committed is lost, and so is what it has overwritten.
@@ -227,9 +228,13 @@ private:
     void CollectChanged();
     void Drop(PageNumber page) noexcept;
     void PutBack();
-    PageNumber WriteRun(PageNumber page, bool heldToo);
+    /// Pages that have changed: all of them, those that nobody holds, or those of them that nobody has used lately.
+    enum class Changed : std::uint8_t { All, NotHeld, AtRest };
+    [[nodiscard]] bool IsAmong(Changed which, PageNumber page) const noexcept;
+    PageNumber WriteRun(PageNumber page, Changed which);
     void BeginToOverwrite(PageNumber begin, PageNumber end);
     void KeepOld(PageNumber begin, PageNumber end);
+    [[nodiscard]] PageNumber StretchPages() const noexcept;
     void WriteBehind();
 
     File* file_;
@@ -239,7 +244,7 @@ private:
     PageNumber committedPages_; ///< those of the file at the last commit
     PageNumber pageCount_;
     PageNumber fileEnd_;       ///< no page behind has ever been written
-    PageNumber writtenBehind_; ///< pages before were written since they were new, or are older than the last commit
+    PageNumber writtenBehind_; ///< pages before had their turn since they were new, or are older than the last commit
     std::size_t maxFrames_;
     std::vector<Frame*> table_; ///< by page number; nullptr = not in memory
     PageMemory memory_;
