@@ -18,6 +18,12 @@ namespace {
 
 constexpr std::string_view kPasswordKey = "pwd=";
 
+/// With whatever sign: "--preview" is nearer to "-preview" and meant for its opposite.
+bool IsPreview(std::string_view word)
+{
+    return word.ends_with("preview");
+}
+
 } // namespace
 
 std::string_view Version() noexcept
@@ -59,12 +65,15 @@ void Application::ReportUnknown(std::string_view token)
         unknown_ = shown;
     if (meant && mistyped_.empty())
         mistyped_ = shown;
+    if (meant && IsPreview(*meant) && mistypedPreview_.empty())
+        mistypedPreview_ = shown;
 }
 
 std::optional<std::string> Application::TakeRefusal()
 {
     const std::string unknown = std::exchange(unknown_, {});
     const std::string mistyped = std::exchange(mistyped_, {});
+    const std::string preview = std::exchange(mistypedPreview_, {});
     const Controls& controls = job_.controls;
     const auto refusal = [](const std::string& reason) { return reason + "; nothing was written"; };
     if (controls.chkStrict.Checked() && !unknown.empty())
@@ -73,6 +82,9 @@ std::optional<std::string> Application::TakeRefusal()
         return refusal("Not begun, because of +strict: the file of tag names could not be read");
     if (controls.txtFILE_XML.text == kStandardInput && !controls.FromUrl() && !job_.host.ReadsStandardInput())
         return refusal("Standard input (xml=-) is read by velmora without a window");
+    if (!preview.empty() && !controls.chkPreview.Checked())
+        return refusal("Not begun, because \"" + preview +
+                       "\" is not known and may be mistyped: \"preview\" writes nothing");
     const bool recreates = controls.chkRecreateDatabase.Checked();
     const std::string& target = controls.txtFILE_MDB.text;
     if (mistyped.empty() || !controls.txtFILE_EXPORT.text.empty() ||

@@ -28,7 +28,7 @@ public:
 
     /// The "Convert" button. What was wrong with the command line keeps a run from beginning once: with "+strict"
     /// always, and otherwise where a word that was perhaps mistyped could have saved a database from being replaced or
-    /// emptied.
+    /// emptied, or was to be "preview".
     /// Then it writes the summary, where one is wanted; of a preview only to standard output.
     RunOutcome Convert();
     /// The "Cancel" button: ends the run that is going on; nothing without one.
@@ -49,8 +49,9 @@ private:
     TagMap tagMap_;
     Batch batch_;
     bool mappingLoaded_ = true;
-    std::string unknown_;  ///< the first unknown word; the empty one that a blank too many makes is none
-    std::string mistyped_; ///< the first that resembles a known one
+    std::string unknown_;         ///< the first unknown word; the empty one that a blank too many makes is none
+    std::string mistyped_;        ///< the first that resembles a known one
+    std::string mistypedPreview_; ///< the first that resembles "preview"
 };
 
 } // namespace velmora

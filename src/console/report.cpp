@@ -30,7 +30,7 @@ A switch is one word; a key is a word, "=" and its value. Upper and lower case
 of the words do not matter. Of options that contradict each other the last one
 counts. A value with blanks is put in quotes: xml="my orders.xml". Words that
 are not known are reported and skipped; where one may be mistyped and a database
-would be replaced or emptied, the run does not begin.
+would be replaced or emptied, or "preview" was meant, the run does not begin.
 
 Plain names need no key: what ends in .xml, or is there and begins like XML, is
 a source, one word that ends in .mdb the database, which is kept and extended

@@ -394,7 +394,7 @@ constexpr Option kOptions[] = {
     {.group = OptionGroup::Running,
      .control = &Controls::chkPreview,
      .setting = &ConversionSettings::blPreview,
-     .words = "preview",
+     .words = "preview +preview",
      .offWords = "-preview",
      .help = "write nothing, no file at all, and show what a run would do: its tables with their columns and records, "
              "names that would be changed, values that would be left behind, what would end it, and how large the "
