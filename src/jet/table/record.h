@@ -12,6 +12,12 @@ namespace jet {
 /// one buffer that is kept from record to record. A memo or OLE value is held as its resolved bytes; a boolean as one
 /// byte, 0 or 1, and Null is False.
 class Record {
+    static constexpr std::size_t kNull = ~std::size_t{0};
+    struct Field {
+        std::size_t begin = 0;
+        std::size_t size = kNull;
+    };
+
 public:
     Record() = default;
     Record(const Record& other)
@@ -80,6 +86,24 @@ public:
         return ByteSpan(buffer_.data() + field.begin, field.size);
     }
 
+    /// The values as they are, for whoever goes through all of them: valid until the record changes.
+    class View {
+    public:
+        [[nodiscard]] bool IsNull(std::size_t column) const noexcept { return fields_[column].size == kNull; }
+        /// Of a field that is not Null.
+        [[nodiscard]] ByteSpan Value(std::size_t column) const noexcept
+        {
+            return {bytes_ + fields_[column].begin, fields_[column].size};
+        }
+
+    private:
+        friend class Record;
+        View(const Field* fields, const Byte* bytes) noexcept : fields_(fields), bytes_(bytes) {}
+        const Field* fields_;
+        const Byte* bytes_;
+    };
+    [[nodiscard]] View Values() const noexcept { return {fields_.data(), buffer_.data()}; }
+
 private:
     void Grow(std::size_t size);
     void Swap(Record& other) noexcept
@@ -90,11 +114,6 @@ private:
     }
     [[nodiscard]] std::ptrdiff_t Used() const noexcept { return static_cast<std::ptrdiff_t>(used_); }
 
-    static constexpr std::size_t kNull = ~std::size_t{0};
-    struct Field {
-        std::size_t begin = 0;
-        std::size_t size = kNull;
-    };
     std::vector<Field> fields_;
     Bytes buffer_; ///< of which the values take `used_` bytes
     std::size_t used_ = 0;

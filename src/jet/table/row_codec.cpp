@@ -1,6 +1,7 @@
 #include "jet/table/row_codec.h"
 
 #include "jet/base/error.h"
+#include "jet/store/bitmap.h"
 #include "jet/store/long_values.h"
 
 #include <algorithm>
@@ -13,7 +14,6 @@ namespace {
 
 /// When a row moves, its place has to hold a pointer.
 constexpr std::size_t kMinRowSize = kRowPointerSize;
-constexpr std::size_t kBitsAtOnce = 64;
 constexpr std::size_t kJumpUnit = 256;
 constexpr Byte kJumpFiller = 0xFF;
 
@@ -36,15 +36,12 @@ struct PreparedFields {
 };
 
 struct RecordFields {
-    const Record& record;
+    Record::View record;
 
     [[nodiscard]] bool HasValue(std::size_t column) const { return !record.IsNull(column); }
-    [[nodiscard]] bool IsTrue(std::size_t boolean) const
-    {
-        return !record.IsNull(boolean) && jet::IsTrue(*record.Stored(boolean));
-    }
+    [[nodiscard]] bool IsTrue(std::size_t boolean) const { return HasValue(boolean) && jet::IsTrue(Value(boolean)); }
     [[nodiscard]] static ByteSpan Head(std::size_t) { return {}; }
-    [[nodiscard]] ByteSpan Value(std::size_t column) const { return *record.Stored(column); }
+    [[nodiscard]] ByteSpan Value(std::size_t column) const { return record.Value(column); }
 };
 
 std::size_t LoadNumber(ByteSpan row, std::size_t at, JetVersion version)
@@ -63,32 +60,43 @@ void StoreNumber(MutableBytes row, std::size_t at, std::size_t value, JetVersion
 } // namespace
 
 RowLayout::RowLayout(const TableDef& def)
-    : version_(def.format->version), numberSize_(def.format->rowNumberSize), fieldCount_(def.columnsEver),
-      maskSize_((fieldCount_ + 7) / 8), variable_(def.variableColumnsEver, kNoColumn)
+    : variableCount_(def.variableColumnsEver), fieldCount_(def.columnsEver),
+      maskSize_(static_cast<std::uint16_t>((fieldCount_ + 7) / 8)),
+      numberSize_(static_cast<std::uint16_t>(def.format->rowNumberSize)), version_(def.format->version)
 {
-    std::size_t fixedSize = 0;
-    std::size_t filled = 0;
+    std::vector<Step> variable(variableCount_, {kNoColumn, 0});
+    std::vector<Step> booleans;
+    std::size_t fixedEnd = numberSize_;
+    std::size_t filledEnd = numberSize_; // without gaps it would end here
     for (std::size_t i = 0; i < def.columns.size(); ++i) {
         const Column& column = def.columns[i];
-        numbers_.push_back(column.number);
+        Step step{static_cast<std::uint16_t>(i), column.number};
         kinds_.push_back(KindOf(column));
         hasLongValues_ |= IsLongValue(column.type);
         if (column.type == ColumnType::Boolean) {
-            booleans_.push_back(i);
-        } else if (!column.IsFixed()) {
-            variable_[column.variableIndex] = i;
+            booleans.push_back(step);
+            continue;
+        }
+        SetBit(mask_, column.number);
+        if (!column.IsFixed()) {
+            variable[column.variableIndex] = step;
         } else {
-            const Byte filler = column.type == ColumnType::Text ? Byte{' '} : Byte{0};
-            fixed_.push_back({i, column.fixedOffset, column.FixedSize(), filler});
-            fixedSize = std::max(fixedSize, column.fixedOffset + column.FixedSize());
-            filled += column.FixedSize();
+            step.offset = static_cast<std::uint16_t>(numberSize_ + column.fixedOffset);
+            step.size = static_cast<std::uint16_t>(column.FixedSize());
+            step.filler = column.type == ColumnType::Text ? Byte{' '} : Byte{0};
+            steps_.push_back(step);
+            fixedEnd = std::max(fixedEnd, std::size_t{step.offset} + step.size);
+            filledEnd += step.size;
         }
     }
-    fixedEnd_ = numberSize_ + fixedSize;
+    fixedCount_ = static_cast<std::uint16_t>(steps_.size());
+    steps_.insert(steps_.end(), variable.begin(), variable.end());
+    steps_.insert(steps_.end(), booleans.begin(), booleans.end());
     // Rows of hardly more than booleans: the fixed area is made longer.
-    if (variable_.empty() && fixedEnd_ + maskSize_ < kMinRowSize)
-        fixedEnd_ = kMinRowSize - maskSize_;
-    hasGaps_ = numberSize_ + filled != fixedEnd_;
+    if (variable.empty() && fixedEnd + maskSize_ < kMinRowSize)
+        fixedEnd = kMinRowSize - maskSize_;
+    fixedEnd_ = static_cast<std::uint16_t>(fixedEnd);
+    hasGaps_ = filledEnd != fixedEnd;
 }
 
 /// The table's own bytes count: one more jump may be what makes the next one necessary.
@@ -104,9 +112,9 @@ std::size_t RowLayout::JumpTableSize(std::size_t sizeWithout) const
 
 std::size_t RowLayout::SizeWith(std::size_t variableBytes) const
 {
-    std::size_t size = fixedEnd_ + maskSize_;
-    if (!variable_.empty()) {
-        size += variableBytes + (variable_.size() + 2) * numberSize_;
+    std::size_t size = std::size_t{fixedEnd_} + maskSize_;
+    if (variableCount_ != 0) {
+        size += variableBytes + (std::size_t{variableCount_} + 2) * numberSize_;
         size += JumpTableSize(size);
     }
     return size;
@@ -115,69 +123,78 @@ std::size_t RowLayout::SizeWith(std::size_t variableBytes) const
 std::size_t RowLayout::Measure(std::span<const RowField> fields) const
 {
     std::size_t variableBytes = 0;
-    for (const std::size_t column : variable_) {
-        if (column != kNoColumn && fields[column].isSet)
-            variableBytes += fields[column].Size();
+    for (const Step& step : Variable()) {
+        if (step.column != kNoColumn && fields[step.column].isSet)
+            variableBytes += fields[step.column].Size();
     }
     return SizeWith(variableBytes);
 }
 
 std::size_t RowLayout::Measure(const Record& record) const
 {
+    const Record::View values = record.Values();
     std::size_t variableBytes = 0;
-    for (const std::size_t column : variable_) {
-        if (column != kNoColumn && !record.IsNull(column))
-            variableBytes += record.Stored(column)->size();
+    for (const Step& step : Variable()) {
+        if (step.column != kNoColumn && !values.IsNull(step.column))
+            variableBytes += values.Value(step.column).size();
     }
     return SizeWith(variableBytes);
 }
 
 void RowLayout::Encode(std::span<const RowField> fields, MutableBytes row) const
 {
-    EncodeAll(PreparedFields{fields}, row);
+    if (version_ == JetVersion::Jet3)
+        EncodeAll<JetVersion::Jet3>(PreparedFields{fields}, row);
+    else
+        EncodeAll<JetVersion::Jet4>(PreparedFields{fields}, row);
 }
 
 void RowLayout::Encode(const Record& record, MutableBytes row) const
 {
-    EncodeAll(RecordFields{record}, row);
+    if (version_ == JetVersion::Jet3)
+        EncodeAll<JetVersion::Jet3>(RecordFields{record.Values()}, row);
+    else
+        EncodeAll<JetVersion::Jet4>(RecordFields{record.Values()}, row);
 }
 
-template <typename Fields>
+template <JetVersion kVersion, typename Fields>
 void RowLayout::EncodeAll(const Fields& fields, MutableBytes row) const
 {
-    StoreNumber(row, 0, fieldCount_, version_);
-    EncodeFixed(fields, row);
-    if (variable_.empty())
-        return EncodeMask(fields, row);
-    if (version_ == JetVersion::Jet3)
-        EncodeVariable<JetVersion::Jet3>(fields, row);
-    else
-        EncodeVariable<JetVersion::Jet4>(fields, row);
-    EncodeMask(fields, row);
+    const MutableBytes mask = row.last(maskSize_);
+    CopyBytes(mask.data(), mask_.data(), mask.size());
+    StoreNumber(row, 0, fieldCount_, kVersion);
+    EncodeFixed(fields, row, mask);
+    if (variableCount_ != 0)
+        EncodeVariable<kVersion>(fields, row, mask);
+    for (const Step& boolean : Booleans())
+        if (fields.IsTrue(boolean.column))
+            SetBit(mask, boolean.number);
 }
 
 /// The whole area is written, as the page may have held other rows there: a Null's bytes are zeros, and nothing
 /// of a deleted row comes back to light.
 template <typename Fields>
-void RowLayout::EncodeFixed(const Fields& fields, MutableBytes row) const
+inline void RowLayout::EncodeFixed(const Fields& fields, MutableBytes row, MutableBytes mask) const
 {
     if (hasGaps_)
-        std::memset(row.data() + numberSize_, 0, fixedEnd_ - numberSize_);
-    for (const Fixed& fixed : fixed_) {
-        Byte* const at = row.data() + numberSize_ + fixed.offset;
-        if (!fields.HasValue(fixed.column))
+        std::memset(row.data() + numberSize_, 0, std::size_t{fixedEnd_} - numberSize_);
+    for (const Step& fixed : Fixed()) {
+        Byte* const at = row.data() + fixed.offset;
+        if (!fields.HasValue(fixed.column)) {
+            ClearBit(mask, fixed.number);
             std::memset(at, 0, fixed.size);
-        else if (const ByteSpan value = fields.Value(fixed.column); value.size() == fixed.size)
-            CopyBytes(at, value.data(), fixed.size);
-        else
+        } else if (const ByteSpan value = fields.Value(fixed.column); value.size() == fixed.size) {
+            CopyBytes(at, value.data(), value.size());
+        } else {
             FillFixed(fixed, value, at);
+        }
     }
 }
 
 /// A value that is not as long as its column.
-void RowLayout::FillFixed(const Fixed& fixed, ByteSpan value, Byte* at) const
+void RowLayout::FillFixed(const Step& fixed, ByteSpan value, Byte* at) const
 {
-    const std::size_t size = std::min(value.size(), fixed.size);
+    const std::size_t size = std::min<std::size_t>(value.size(), fixed.size);
     CopyBytes(at, value.data(), size);
     std::memset(at + size, 0, fixed.size - size);
     if (fixed.filler != 0) {
@@ -188,14 +205,14 @@ void RowLayout::FillFixed(const Fixed& fixed, ByteSpan value, Byte* at) const
 }
 
 template <JetVersion kVersion, typename Fields>
-void RowLayout::EncodeVariable(const Fields& fields, MutableBytes row) const
+inline void RowLayout::EncodeVariable(const Fields& fields, MutableBytes row, MutableBytes mask) const
 {
     constexpr std::size_t numberSize = kVersion == JetVersion::Jet3 ? 1 : 2;
     // In a local, as for all that the compiler knows each byte that is written may be one of this object's.
-    const std::span<const std::size_t> columns = variable_;
+    const Steps steps = Variable();
     // Readers begin at the end of a row, where the mask is as long as the number of fields says, and go backwards.
     const std::size_t numberAt = row.size() - maskSize_ - numberSize;
-    StoreNumber(row, numberAt, columns.size(), kVersion);
+    StoreNumber(row, numberAt, steps.size(), kVersion);
     const std::size_t jumps = kVersion == JetVersion::Jet3 ? (row.size() - 1) / kJumpUnit : 0;
     if (jumps != 0)
         std::memset(row.data() + numberAt - jumps, kJumpFiller, jumps);
@@ -207,11 +224,15 @@ void RowLayout::EncodeVariable(const Fields& fields, MutableBytes row) const
             row[numberAt - 1 - jumped] = static_cast<Byte>(entry);
         offsetAt -= numberSize;
         StoreNumber(row, offsetAt, at, kVersion);
-        if (entry == columns.size())
+        if (entry == steps.size())
             break;
-        const std::size_t column = columns[entry];
-        if (column == kNoColumn || !fields.HasValue(column))
+        const std::size_t column = steps[entry].column;
+        if (column == kNoColumn)
             continue;
+        if (!fields.HasValue(column)) {
+            ClearBit(mask, steps[entry].number);
+            continue;
+        }
         const ByteSpan head = fields.Head(column);
         CopyBytes(row.data() + at, head.data(), head.size());
         at += head.size();
@@ -220,28 +241,6 @@ void RowLayout::EncodeVariable(const Fields& fields, MutableBytes row) const
         at += value.size();
     }
     assert(at == offsetAt);
-}
-
-template <typename Fields>
-void RowLayout::EncodeMask(const Fields& fields, MutableBytes row) const
-{
-    const MutableBytes mask = row.last(maskSize_);
-    std::uint64_t first = 0; // the bits of the first 64 fields
-    if (mask.size() > sizeof first)
-        std::memset(mask.data(), 0, mask.size());
-    const std::span<const std::uint16_t> numbers = numbers_;
-    for (std::size_t i = 0; i < numbers.size(); ++i) {
-        const std::size_t number = numbers[i];
-        if (number < kBitsAtOnce)
-            first |= std::uint64_t{fields.HasValue(i)} << number;
-        else
-            mask[number >> 3] |= static_cast<Byte>(fields.HasValue(i) << (number & 7));
-    }
-    for (std::size_t i = 0; i < std::min(mask.size(), sizeof first); ++i)
-        mask[i] = static_cast<Byte>(first >> 8 * i);
-    for (const std::size_t boolean : booleans_)
-        if (!fields.IsTrue(boolean))
-            mask[numbers[boolean] >> 3] &= static_cast<Byte>(~(1u << (numbers[boolean] & 7)));
 }
 
 RowView::RowView(ByteSpan row, const TableDef& def, PageNumber page)

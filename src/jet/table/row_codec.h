@@ -4,6 +4,7 @@
 #include "jet/table/row_store.h"
 #include "jet/table/table_def.h"
 
+#include <array>
 #include <optional>
 #include <span>
 #include <vector>
@@ -61,40 +62,44 @@ public:
     void Encode(const Record& record, MutableBytes row) const;
 
 private:
-    struct Fixed {
-        std::size_t column; ///< index
-        std::size_t offset; ///< from the start of the fixed area
-        std::size_t size;
-        Byte filler;
+    /// What is done for one column, or for the place of a variable one that was dropped.
+    struct Step {
+        std::uint16_t column;     ///< index; kNoColumn where there is none any more
+        std::uint16_t number;     ///< bit in the null mask
+        std::uint16_t offset = 0; ///< of a fixed field, from the start of the row
+        std::uint16_t size = 0;   ///< the same
+        Byte filler = 0;          ///< of a fixed field
     };
-    static constexpr std::size_t kNoColumn = ~std::size_t{0};
+    using Steps = std::span<const Step>;
+    static constexpr std::uint16_t kNoColumn = 0xFFFF;
 
+    [[nodiscard]] Steps Fixed() const noexcept { return {steps_.data(), fixedCount_}; }
+    [[nodiscard]] Steps Variable() const noexcept { return {steps_.data() + fixedCount_, variableCount_}; }
+    [[nodiscard]] Steps Booleans() const noexcept { return Steps(steps_).subspan(fixedCount_ + variableCount_); }
     [[nodiscard]] std::size_t SizeWith(std::size_t variableBytes) const;
     [[nodiscard]] std::size_t JumpTableSize(std::size_t sizeWithout) const;
     // `Fields` tells of each column whether it has a value, its bytes, and what stands before them. `kVersion`, as
     // nearly every step is another one in the other format.
-    template <typename Fields>
+    template <JetVersion kVersion, typename Fields>
     void EncodeAll(const Fields& fields, MutableBytes row) const;
     template <typename Fields>
-    void EncodeFixed(const Fields& fields, MutableBytes row) const;
+    void EncodeFixed(const Fields& fields, MutableBytes row, MutableBytes mask) const;
     template <JetVersion kVersion, typename Fields>
-    void EncodeVariable(const Fields& fields, MutableBytes row) const;
-    template <typename Fields>
-    void EncodeMask(const Fields& fields, MutableBytes row) const;
-    void FillFixed(const Fixed& fixed, ByteSpan value, Byte* at) const;
+    void EncodeVariable(const Fields& fields, MutableBytes row, MutableBytes mask) const;
+    void FillFixed(const Step& fixed, ByteSpan value, Byte* at) const;
 
+    std::vector<Step> steps_; ///< the fixed fields, the variable ones by their place among these, the booleans
+    std::uint16_t fixedCount_ = 0;
+    std::uint16_t variableCount_;
+    std::uint16_t fieldCount_;
+    std::uint16_t fixedEnd_; ///< from the start of the row
+    std::uint16_t maskSize_;
+    std::uint16_t numberSize_;
     JetVersion version_;
-    std::size_t numberSize_;
-    std::size_t fieldCount_;
-    std::size_t fixedEnd_; ///< from the start of the row
-    std::size_t maskSize_;
     bool hasLongValues_ = false;
-    bool hasGaps_ = false; ///< between the fixed fields or behind them
+    bool hasGaps_ = false;                           ///< between the fixed fields or behind them
+    std::array<Byte, (kMaxColumns + 7) / 8> mask_{}; ///< of a row without Nulls, its booleans False
     std::vector<FieldKind> kinds_;
-    std::vector<std::size_t> booleans_; ///< column indexes
-    std::vector<Fixed> fixed_;
-    std::vector<std::size_t> variable_;  ///< column index by variable index; kNoColumn where one was dropped
-    std::vector<std::uint16_t> numbers_; ///< column number by column index
 };
 
 /// The parts of a row that was read. A view: valid as long as the row's bytes.
