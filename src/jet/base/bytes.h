@@ -17,6 +17,10 @@ using Bytes = std::vector<Byte>;
 using ByteSpan = std::span<const Byte>;
 using MutableBytes = std::span<Byte>;
 
+/// What the processor fetches at a time. Where every record is of another table, what comes with each stands in as few
+/// of these as can be.
+inline constexpr std::size_t kCacheLine = 64;
+
 namespace bytes_detail {
 
 /// `value` with its bytes the other way round when the machine's are not in the order wanted.

@@ -17,7 +17,6 @@ constexpr std::size_t kMaxLevels = 32;
 /// outgrow the processor's cache, waiting for these one after another is most of what a search costs.
 void Prefetch(const PageRef& page, const Format& format)
 {
-    constexpr std::size_t kCacheLine = 64;
     const Byte* const bytes = page.Bytes().data();
     const Format::IndexPageLayout& layout = format.indexPage;
     for (std::size_t at = 0; at < layout.entries; at += kCacheLine)
@@ -147,8 +146,8 @@ bool IndexTree::Insert(ByteSpan key, RowId row)
     }
     if (isLast) {
         const PageRef last = pager_->Read(lastLeaf_);
-        lastPrefix_ = View(last).Begin();
-        lastUsed_ = View(last).End();
+        lastPrefix_ = static_cast<std::uint32_t>(View(last).Begin());
+        lastUsed_ = static_cast<std::uint32_t>(View(last).End());
         greatest_ = entry_;
     }
     return isNew;

@@ -98,7 +98,7 @@ public:
         MakeEntry(greatest_, key, row);
         const ByteSpan own = ByteSpan(greatest_).subspan(lastPrefix_);
         IndexPageEditor::Append(leaf, GetFormat(), lastUsed_, own);
-        lastUsed_ += own.size();
+        lastUsed_ += static_cast<std::uint32_t>(own.size());
     }
 
     /// Adds an entry that is not there yet; true when no other has the same key. Throws RecordTooLarge when the key is
@@ -192,15 +192,16 @@ private:
         return static_cast<std::uint8_t>(path.size() - depth);
     }
 
+    // What an append takes.
     Pager* pager_;
+    Bytes greatest_;               ///< the tree's last entry, empty = not known
+    PageNumber lastLeaf_ = 0;      ///< rightmost leaf, 0 = not known
+    std::uint32_t lastUsed_ = 0;   ///< bytes of entries in the rightmost leaf, 0 = not known
+    std::uint32_t lastPrefix_ = 0; ///< of the rightmost leaf, when lastUsed_ is known
     PageNumber root_;
     UsageMap pages_;
     PageNumber definitionPage_;
-    PageNumber lastLeaf_ = 0;    ///< rightmost leaf, 0 = not known
-    Bytes greatest_;             ///< the tree's last entry, empty = not known
-    std::size_t lastUsed_ = 0;   ///< bytes of entries in the rightmost leaf, 0 = not known
-    std::size_t lastPrefix_ = 0; ///< of the rightmost leaf, when lastUsed_ is known
-    Bytes entry_;                ///< the one that is inserted or removed
+    Bytes entry_; ///< the one that is inserted or removed
     /// Where something was last looked for or inserted. A guess, true or not: leaf 0 = none.
     mutable PageNumber guessedLeaf_ = 0;
     mutable std::size_t guessedPlace_ = 0;

@@ -52,18 +52,18 @@ Link* LinkCache::LinkOf(Table& child, const LogicalIndex& entry)
         !SameTypes(child, childIndex, parent, parent.Definition().realIndexes[partner->realIndex]))
         throw CorruptPage(page, "the relation " + entry.name + " does not fit its other side in " + parent.Name());
     const RealIndex& parentIndex = parent.Definition().realIndexes[partner->realIndex];
-    link.reset(new Link{&child,
-                        &parent,
-                        entry.name,
-                        entry.realIndex,
-                        partner->realIndex,
-                        KeyMaker(child.Definition(), childIndex.columns),
-                        Foreign(child, childIndex, parent, parentIndex),
-                        Foreign(parent, parentIndex, child, childIndex),
-                        KeyMaker(parent.Definition(), parentIndex.columns),
-                        entry.cascadeUpdates,
-                        entry.onDelete,
-                        {}});
+    link.reset(new Link{.parent = &parent,
+                        .parentIndex = partner->realIndex,
+                        .lastFound = {},
+                        .parentKeyOfChild = Foreign(parent, parentIndex, child, childIndex),
+                        .parentKeyOfParent = KeyMaker(parent.Definition(), parentIndex.columns),
+                        .child = &child,
+                        .childIndex = entry.realIndex,
+                        .childKeyOfChild = KeyMaker(child.Definition(), childIndex.columns),
+                        .childKeyOfParent = Foreign(child, childIndex, parent, parentIndex),
+                        .name = entry.name,
+                        .cascadeUpdates = entry.cascadeUpdates,
+                        .onDelete = entry.onDelete});
     return link.get();
 }
 

@@ -16,16 +16,18 @@ namespace jet {
 
 /// One enforced relation with what looking up its keys takes. Valid as long as no definition changes.
 struct Link {
-    Table* child;                                 ///< the referencing table
-    Table* parent;                                ///< the referenced one
-    std::string name;                             ///< of the relation
-    std::size_t childIndex, parentIndex;          ///< real indexes
-    KeyMaker childKeyOfChild, childKeyOfParent;   ///< keys of the child's index
-    KeyMaker parentKeyOfChild, parentKeyOfParent; ///< keys of the parent's index
-    bool cascadeUpdates;
-    DeleteRule onDelete;
+    // What is looked at with every row of the child comes first.
+    Table* parent;           ///< the referenced table
+    std::size_t parentIndex; ///< real index of the parent
     /// The parent's key that was last found to exist; empty = none. Rows of one parent often come one after another.
     Bytes lastFound;
+    KeyMaker parentKeyOfChild, parentKeyOfParent; ///< keys of the parent's index
+    Table* child;                                 ///< the referencing table
+    std::size_t childIndex;                       ///< real index of the child
+    KeyMaker childKeyOfChild, childKeyOfParent;   ///< keys of the child's index
+    std::string name;                             ///< of the relation
+    bool cascadeUpdates;
+    DeleteRule onDelete;
 };
 
 /// The links of each table, made when first asked for and made anew after any definition has changed.

@@ -25,7 +25,7 @@ struct ChangedFrames {
 };
 
 /// One page in memory.
-struct Frame {
+struct alignas(kCacheLine) Frame {
     Byte* data = nullptr;    ///< lent by the cache
     UndoLog* undo = nullptr; ///< told of what is about to be changed
     std::size_t size = 0;

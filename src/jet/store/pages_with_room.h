@@ -42,10 +42,10 @@ public:
 
 private:
     Pager* pager_;
+    PageNumber last_ = 0;
     Kind kind_;
     UsageMap owned_;
     UsageMap freeSpace_;
-    PageNumber last_ = 0;
 };
 
 } // namespace jet

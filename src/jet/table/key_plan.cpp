@@ -17,7 +17,7 @@ void KeyMaker::FindNumber()
 {
     const bool isNumber =
         kinds_.size() == 1 && kinds_[0].type == ColumnType::Long && kinds_[0].order == SortOrder::Ascending;
-    number_ = isNumber ? columns_[0] : kNone;
+    number_ = isNumber ? static_cast<std::uint32_t>(columns_[0]) : kNone;
 }
 
 void KeyMaker::ReadFrom(const TableDef& def, const std::vector<std::uint16_t>& numbers)

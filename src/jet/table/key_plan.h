@@ -37,13 +37,13 @@ public:
     [[nodiscard]] const std::vector<std::size_t>& Columns() const noexcept { return columns_; }
 
 private:
-    static constexpr std::size_t kNone = ~std::size_t{0};
+    static constexpr std::uint32_t kNone = ~std::uint32_t{0};
 
     [[nodiscard]] KeyFacts MakeParts(Bytes& key, const Record& record) const;
     void FindNumber();
 
+    std::uint32_t number_ = kNone; ///< the column, when it is the only one and an ascending whole number
     const Format* format_;
-    std::size_t number_ = kNone; ///< the column, when it is the only one and an ascending whole number
     std::vector<std::size_t> columns_;
     std::vector<KeyColumn> kinds_; ///< parallel to columns_
 };

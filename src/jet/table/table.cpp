@@ -14,7 +14,7 @@
 namespace jet {
 
 Table::Parts::Parts(Pager& pager, const TableDef& def)
-    : rows(pager, def.pages.front(), def.ownedPages, def.freeSpacePages), layout(def), allColumns(def.columns.size())
+    : layout(def), rows(pager, def.pages.front(), def.ownedPages, def.freeSpacePages), allColumns(def.columns.size())
 {
     std::iota(allColumns.begin(), allColumns.end(), std::size_t{0});
     indexes.reserve(def.realIndexes.size());
@@ -41,9 +41,8 @@ void Table::Parts::TakeRules(const TableDef& def)
 }
 
 Table::Table(Pager& pager, PageNumber definitionPage, std::string name, std::shared_ptr<RowScratches> scratches)
-    : pager_(&pager), name_(std::move(name)), def_(ReadTableDef(pager, definitionPage)),
-      parts_(std::make_unique<Parts>(pager, def_)),
-      scratches_(scratches ? std::move(scratches) : std::make_shared<RowScratches>())
+    : pager_(&pager), def_(ReadTableDef(pager, definitionPage)), parts_(std::make_unique<Parts>(pager, def_)),
+      scratches_(scratches ? std::move(scratches) : std::make_shared<RowScratches>()), name_(std::move(name))
 {
 }
 

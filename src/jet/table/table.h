@@ -183,14 +183,14 @@ private:
     void StoreCounters(const PageAtHand& definition);
     void NumberRows(std::size_t column);
     Pager* pager_;
-    std::string name_;
-    TableDef def_;
     std::uint64_t generation_ = 0;
     std::uint64_t rowChanges_ = 0;
-    bool isNumberAhead_ = false; ///< lastAutonumber differs from the page's
-    RowHook* hook_ = nullptr;
+    TableDef def_;
     std::unique_ptr<Parts> parts_; ///< trees, long-value stores, insert position
     std::shared_ptr<RowScratches> scratches_;
+    RowHook* hook_ = nullptr;
+    bool isNumberAhead_ = false; ///< lastAutonumber differs from the page's
+    std::string name_;
     std::uint32_t firstEpoch_ = 0; ///< the epoch of moves_[0]
     /// All rows written anew.
     struct Move {

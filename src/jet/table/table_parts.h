@@ -51,18 +51,18 @@ struct Table::Parts {
     /// To be called when the rules of the columns of `def` have changed.
     void TakeRules(const TableDef& def);
 
-    RowStore rows;
-    RowLayout layout; ///< of rows as they are written now; older ones may have fewer fields
     /// The keys of one real index, and where they are.
-    struct Index {
+    struct alignas(kCacheLine) Index {
         KeyPlan plan;
         IndexTree tree;
     };
-    std::vector<Index> indexes;                          ///< by real index; they never move
+    std::vector<Index> indexes;            ///< by real index; they never move
+    std::vector<std::size_t> required;     ///< column indexes of those that refuse Null
+    std::optional<std::size_t> autonumber; ///< column index
+    RowLayout layout;                      ///< of rows as they are written now; older ones may have fewer fields
+    RowStore rows;
     std::vector<std::unique_ptr<LongValues>> longValues; ///< by column index; empty for other columns
     std::vector<std::size_t> allColumns;                 ///< 0, 1, 2 ...
-    std::vector<std::size_t> required;                   ///< column indexes of those that refuse Null
-    std::optional<std::size_t> autonumber;               ///< column index
 };
 
 /// One insert, update or delete under way. First everything that can be refused is looked at, then things are changed;
