@@ -143,6 +143,7 @@ public:
 
     [[nodiscard]] Catalog& GetCatalog() noexcept { return catalog_; }
     [[nodiscard]] ReferentialIntegrity& Integrity() noexcept { return integrity_; }
+    [[nodiscard]] RecordPool& Records() noexcept { return records_; }
 
     void Execute(std::string_view sql) { executor_.Run(sql::ParseStatement(sql)); }
 
@@ -171,6 +172,7 @@ private:
     std::unique_ptr<Pager> pager_;
     Catalog catalog_;
     ReferentialIntegrity integrity_;
+    RecordPool records_;
     sql::Executor executor_;
 };
 
@@ -269,7 +271,7 @@ Rowset Connection::OpenSchema(SchemaKind kind, const Restrictions& restrictions)
 
 Recordset Connection::OpenTable(std::string_view table)
 {
-    return {impl_->GetCatalog(), impl_->Integrity(), table};
+    return {impl_->GetCatalog(), impl_->Integrity(), impl_->Records(), table};
 }
 
 std::vector<Property> Connection::Properties(std::string_view table)

@@ -13,7 +13,7 @@
 ///   Current   --Set-->          Edited     its values differ from what is stored
 ///   Nothing, Current --AddNew--> Pending   a record that has no row yet
 ///   Edited    --Update-->       Nothing    cascades may have changed the row once more: it is read anew
-///   Pending   --Update-->       Current    the record is a row now, the current one
+///   Pending   --Update-->       Nothing    the record is a row now, the current one
 ///   Edited, Pending --CancelUpdate, Move--> Nothing
 ///
 /// An Update that fails changes none of this: the record can be mended and saved once more.
@@ -25,8 +25,8 @@ constexpr Byte kSystemTableType = 0x53;
 
 } // namespace
 
-Recordset::Recordset(Catalog& catalog, ReferentialIntegrity& integrity, std::string_view table)
-    : catalog_(catalog), table_(catalog.Open(table)), integrity_(integrity), source_(table_->Name())
+Recordset::Recordset(Catalog& catalog, ReferentialIntegrity& integrity, RecordPool& records, std::string_view table)
+    : table_(catalog.Open(table)), catalog_(catalog), integrity_(integrity), records_(records), source_(table_->Name())
 {
     TakeLayout();
 }
@@ -55,9 +55,9 @@ void Recordset::TakeLayout()
     rowsEpoch_ = table_->RowsEpoch();
     autonumber_.reset();
     defaults_.clear();
-    textForms_.clear();
+    forms_.clear();
     for (const Column& column : columns_)
-        textForms_.push_back(FormOf(column, *def.format));
+        forms_.push_back(FormOf(column, *def.format));
     for (std::size_t field = 0; field < columns_.size(); ++field) {
         const std::optional<DefaultValue>& value = columns_[field].rules.defaultValue;
         // A random autonumber is a default value and nothing else: the table's counter has no part in it.
@@ -83,8 +83,8 @@ void Recordset::FollowChange()
         FollowWalk(old[walkField_].name);
     if (holds_ == Holds::Nothing)
         return;
-    const Record values = std::move(record_);
-    record_.Reset(columns_.size());
+    const Record values = std::move(*record_);
+    record_->Reset(columns_.size());
     const auto type = [](const Column& column) { return column.type; };
     for (std::size_t from = 0; from < old.size(); ++from) {
         const auto to = std::ranges::find(columns_, old[from].name, &Column::name);
@@ -92,7 +92,7 @@ void Recordset::FollowChange()
             continue;
         // A text fits a memo as it is stored; between other types a column of the same name is another column.
         if (type(*to) == type(old[from]) || (IsText(type(*to)) && IsText(type(old[from]))))
-            record_.SetStored(static_cast<std::size_t>(to - columns_.begin()), *values.Stored(from));
+            record_->SetStored(static_cast<std::size_t>(to - columns_.begin()), *values.Stored(from));
     }
 }
 
@@ -133,22 +133,27 @@ std::size_t Recordset::CountCharacters(std::string_view utf8) const
     return encoded.size();
 }
 
+void Recordset::ThrowNoneBegun() const
+{
+    throw Error(ErrorNumber::NoCurrentRecord, {}, "(No record of " + source_ + " has been begun.)");
+}
+
 /// Opens the current record for change.
 void Recordset::BeginEdit()
 {
     RequireUserTable();
     if (!isPlaced_ || !row_)
-        throw Error(ErrorNumber::NoCurrentRecord, {}, "(No record of " + source_ + " has been begun.)");
+        ThrowNoneBegun();
     Load();
     holds_ = Holds::Edited;
 }
 
-/// Brings the current row into record_.
+/// Brings the current row into record_->
 void Recordset::Load()
 {
     if (holds_ != Holds::Nothing)
         return;
-    table_->Read(*row_, record_);
+    table_->Read(*row_, Values());
     holds_ = Holds::Current;
 }
 
@@ -170,7 +175,7 @@ Value Recordset::Get(std::size_t field)
     } else {
         Load();
     }
-    return table_->Get(record_, field);
+    return table_->Get(*record_, field);
 }
 
 std::optional<std::int32_t> Recordset::PendingNumber(std::size_t field)
@@ -182,10 +187,10 @@ std::optional<std::int32_t> Recordset::PendingNumber(std::size_t field)
 /// Gives the pending record its number, unless it has one.
 std::int32_t Recordset::TakeNumber(std::size_t field)
 {
-    if (const std::optional<ByteSpan> stored = record_.Stored(field))
+    if (const std::optional<ByteSpan> stored = record_->Stored(field))
         return LoadI32(*stored, 0);
     takenNumber_ = table_->TakeAutonumber();
-    StoreI32(record_.SetSized(field, sizeof(std::int32_t)), 0, *takenNumber_);
+    StoreI32(record_->SetSized(field, sizeof(std::int32_t)), 0, *takenNumber_);
     return *takenNumber_;
 }
 
@@ -203,7 +208,7 @@ std::uint64_t Recordset::RecordCount() const
 const Record& Recordset::PendingValues()
 {
     Follow();
-    return record_;
+    return *record_;
 }
 
 // ---- A record being added -------------------------------------------------------------------------------------------
@@ -215,7 +220,7 @@ void Recordset::AddNew()
     // As programs that use such recordsets rely on: who begins a record without saving the one before means to keep it.
     if (IsPending() || holds_ == Holds::Edited)
         Update();
-    record_.Reset(columns_.size());
+    Values().Reset(forms_.size());
     for (const std::size_t field : defaults_)
         SetDefault(field);
     holds_ = Holds::Pending;
@@ -230,7 +235,7 @@ void Recordset::Update()
     else if (holds_ == Holds::Edited)
         SaveEdit();
     else
-        throw Error(ErrorNumber::NoCurrentRecord, {}, "(No record of " + source_ + " has been begun.)");
+        ThrowNoneBegun();
 }
 
 void Recordset::SaveNew()
@@ -239,11 +244,12 @@ void Recordset::SaveNew()
     if (autonumber_)
         lastAutonumber_ = TakeNumber(*autonumber_);
     SavepointOnDemand savepoint(catalog_);
-    row_ = table_->Insert(record_, &savepoint);
+    row_ = table_->Insert(*record_, &savepoint);
     walkIsHere_ = false;
     savepoint.Release();
-    holds_ = Holds::Current;
+    holds_ = Holds::Nothing;
     integrity_.RemovePending(*this);
+    records_.GiveBack(std::move(record_));
     takenNumber_.reset();
     isPlaced_ = true;
     lastSaved_ = *row_;
@@ -254,14 +260,17 @@ void Recordset::SaveEdit()
 {
     // The plan of a cascade takes a copy: it may come round and change this very row.
     Savepoint savepoint(catalog_);
-    integrity_.UpdateRow(*table_, *row_, record_);
+    integrity_.UpdateRow(*table_, *row_, *record_);
     savepoint.Release();
     holds_ = Holds::Nothing;
 }
 
 std::optional<std::vector<std::size_t>> Recordset::TextsToWiden()
 {
-    return OpenTable().TextsToWiden(PendingValues());
+    Follow();
+    if (holds_ == Holds::Nothing)
+        ThrowNoneBegun();
+    return table_->TextsToWiden(*record_);
 }
 
 void Recordset::CancelUpdate() noexcept

@@ -4,6 +4,7 @@
 #include "jet/index_walk.h"
 #include "jet/relations/integrity.h"
 #include "jet/table/record.h"
+#include "jet/table/record_pool.h"
 #include "jet/table/table.h"
 
 #include <cstddef>
@@ -130,20 +131,22 @@ private:
         Pending, ///< a record that is being added
     };
 
-    /// What a text becomes in a column.
-    struct TextForm {
+    /// What a column's values are to be, as far as nearly every value is set without looking at anything else.
+    struct FieldForm {
+        ColumnType type;
         bool isText = false; ///< the column holds texts
         bool refusesEmpty = false;
-        bool isFilled = false;                                               ///< with blanks
-        std::size_t maxUnits = std::numeric_limits<std::size_t>::max();      ///< UTF-16 code units, or bytes
-        std::size_t maxCompressed = std::numeric_limits<std::size_t>::max(); ///< bytes of UTF-8; longer ones stay plain
+        bool isFilled = false; ///< with blanks
+        std::uint8_t markSize = 0;
         /// A text of so many ASCII characters is stored as it is, behind a mark; else, in Jet 4, as UTF-16.
-        std::size_t minCopied = 1, maxCopied = 0;
-        std::size_t markSize = 0;
+        std::uint32_t minCopied = 1, maxCopied = 0;
+        std::uint32_t maxCompressed = kNoLimit;                         ///< bytes of UTF-8; longer ones stay plain
+        std::size_t maxUnits = std::numeric_limits<std::size_t>::max(); ///< UTF-16 code units, or bytes
     };
-    [[nodiscard]] static TextForm FormOf(const Column& column, const Format& format);
+    static constexpr std::uint32_t kNoLimit = std::numeric_limits<std::uint32_t>::max();
+    [[nodiscard]] static FieldForm FormOf(const Column& column, const Format& format);
 
-    Recordset(Catalog& catalog, ReferentialIntegrity& integrity, std::string_view table);
+    Recordset(Catalog& catalog, ReferentialIntegrity& integrity, RecordPool& records, std::string_view table);
 
     [[nodiscard]] const Table& PendingTable() const override { return *table_; }
     [[nodiscard]] const Record& PendingValues() override;
@@ -161,13 +164,14 @@ private:
     const Column& ColumnToSet(std::size_t field)
     {
         Follow();
-        if (field >= columns_.size())
+        if (field >= forms_.size())
             ThrowNoField(field);
         if (holds_ == Holds::Nothing || holds_ == Holds::Current)
             BeginEdit();
         return columns_[field];
     }
     [[noreturn]] void ThrowNoField(std::size_t field) const;
+    [[noreturn]] void ThrowNoneBegun() const;
     void Follow()
     {
         if (OpenTable().Generation() != generation_)
@@ -177,6 +181,13 @@ private:
     void TakeLayout();
     std::int32_t TakeNumber(std::size_t field);
     void RequireUserTable() const;
+    /// What holds_ says, or anything.
+    [[nodiscard]] Record& Values()
+    {
+        if (!record_)
+            record_ = records_.Take();
+        return *record_;
+    }
     void Load();
     void StandOn(std::optional<RowId> row);
     void GoOnFromHere();
@@ -190,35 +201,35 @@ private:
     void SetRandom(MutableBytes bytes);
     void NoteOwnNumber(std::size_t field, std::int32_t value);
     void SetDateText(std::size_t field, std::string_view utf8);
-    [[nodiscard]] bool SetAscii(const TextForm& form, std::size_t field, std::string_view utf8);
+    [[nodiscard]] bool SetAscii(const FieldForm& form, std::size_t field, std::string_view utf8);
     void AppendEncoded(Bytes& out, std::size_t field, std::string_view utf8);
 
-    Catalog& catalog_;
-    std::shared_ptr<Table> table_; ///< none once closed
-    ReferentialIntegrity& integrity_;
-    std::string source_;
-
-    // As of generation_: brought up to date before anything is done after the columns have changed.
-    std::uint64_t generation_ = 0;
-    std::vector<Column> columns_;
-    std::vector<TextForm> textForms_;       ///< by field
-    std::optional<std::size_t> autonumber_; ///< the field that the table's counter fills
-    std::vector<std::size_t> defaults_;     ///< fields with a default value
-    std::uint32_t rowsEpoch_ = 0;           ///< see Table::RowsEpoch()
-
-    bool isPlaced_ = false;         ///< row_ tells where we are
-    std::optional<RowId> row_;      ///< the current row; none behind the last
-    std::optional<IndexWalk> walk_; ///< none: in storage order
-    std::size_t walkField_ = 0;     ///< by whose index walk_ goes
-    bool walkIsHere_ = true;        ///< walk_ stands on row_
+    // What comes with every record that is added.
+    std::shared_ptr<Table> table_;   ///< none once closed
+    std::uint64_t generation_ = 0;   ///< of the table when all that follows from its columns was last looked up
+    std::unique_ptr<Record> record_; ///< there unless holds_ is Nothing
+    std::vector<FieldForm> forms_;   ///< by field
     Holds holds_ = Holds::Nothing;
-    Record record_;
+    bool isPlaced_ = false;                   ///< row_ tells where we are
+    bool walkIsHere_ = true;                  ///< walk_ stands on row_
+    std::optional<RowId> row_;                ///< the current row; none behind the last
+    std::optional<std::size_t> autonumber_;   ///< the field that the table's counter fills
+    std::vector<std::size_t> defaults_;       ///< fields with a default value
     std::optional<std::int32_t> takenNumber_; ///< given to the pending record by the table
     std::optional<std::int32_t> lastAutonumber_;
     RowId lastSaved_;
     std::uint32_t lastSavedEpoch_ = 0;
+    std::uint32_t rowsEpoch_ = 0; ///< see Table::RowsEpoch()
     std::size_t replaced_ = 0;
     std::size_t zonesLeftOut_ = 0;
+    Catalog& catalog_;
+    ReferentialIntegrity& integrity_;
+    RecordPool& records_;
+
+    std::string source_;
+    std::vector<Column> columns_;
+    std::optional<IndexWalk> walk_; ///< none: in storage order
+    std::size_t walkField_ = 0;     ///< by whose index walk_ goes
 };
 
 } // namespace jet

@@ -13,11 +13,9 @@
 // What becomes of a value that a field of the pending record is given: a text, a number, a default value.
 namespace jet {
 
-Recordset::TextForm Recordset::FormOf(const Column& column, const Format& format)
+Recordset::FieldForm Recordset::FormOf(const Column& column, const Format& format)
 {
-    TextForm form;
-    form.isText = IsText(column.type);
-    form.refusesEmpty = column.rules.refusesEmpty;
+    FieldForm form{.type = column.type, .isText = IsText(column.type), .refusesEmpty = column.rules.refusesEmpty};
     if (column.type == ColumnType::Text) {
         const ValueType type = column.GetValueType();
         form.isFilled = type.filled;
@@ -26,46 +24,46 @@ Recordset::TextForm Recordset::FormOf(const Column& column, const Format& format
             form.maxCompressed = 0;
     } else {
         // As a short memo stands in the row, so that it is copied there as it is; a long one is never compressed.
-        form.maxCompressed = format.maxInlineLong / 2;
+        form.maxCompressed = static_cast<std::uint32_t>(format.maxInlineLong / 2);
     }
     if (form.isFilled)
         return form;
     if (format.version == JetVersion::Jet4) {
         form.minCopied = kMinCompressed;
-        form.maxCopied = std::min(form.maxUnits, form.maxCompressed);
-        form.markSize = kCompressedMark.size();
+        form.maxCopied = static_cast<std::uint32_t>(std::min<std::size_t>(form.maxUnits, form.maxCompressed));
+        form.markSize = static_cast<std::uint8_t>(kCompressedMark.size());
     } else {
-        form.maxCopied = form.maxUnits;
+        form.maxCopied = static_cast<std::uint32_t>(form.maxUnits);
     }
     return form;
 }
 
 /// Nearly every text is of ASCII characters, and goes straight into the record. False, and nothing is set, when it is
 /// another one or has to be looked at more closely.
-inline bool Recordset::SetAscii(const TextForm& form, std::size_t field, std::string_view utf8)
+inline bool Recordset::SetAscii(const FieldForm& form, std::size_t field, std::string_view utf8)
 {
     if (utf8.size() >= form.minCopied && utf8.size() <= form.maxCopied) {
         const std::size_t size = form.markSize + utf8.size();
-        const MutableBytes room = record_.Room(size);
+        const MutableBytes room = record_->Room(size);
         if (form.markSize != 0)
             StoreU16(room, 0, LoadU16(kCompressedMark, 0));
         if (!CopyPlainAscii(room.data() + form.markSize, utf8))
             return false;
-        record_.Take(field, size);
+        record_->Take(field, size);
         return true;
     }
     if (utf8.empty() || utf8.size() > form.maxUnits || form.isFilled)
         return false;
-    if (!ExpandAscii(record_.Room(2 * utf8.size()).data(), utf8))
+    if (!ExpandAscii(record_->Room(2 * utf8.size()).data(), utf8))
         return false;
-    record_.Take(field, 2 * utf8.size());
+    record_->Take(field, 2 * utf8.size());
     return true;
 }
 
 void Recordset::AppendEncoded(Bytes& out, std::size_t field, std::string_view utf8)
 {
     const Format& format = *table_->Definition().format;
-    const TextForm& form = textForms_[field];
+    const FieldForm& form = forms_[field];
     if (utf8.empty() && form.refusesEmpty)
         throw Error(ErrorNumber::EmptyTextRefused, {columns_[field].name});
     // A character takes at least one byte of UTF-8, so most texts need not be counted.
@@ -84,9 +82,9 @@ void Recordset::AppendEncoded(Bytes& out, std::size_t field, std::string_view ut
 void Recordset::SetText(std::size_t field, std::string_view utf8)
 {
     const Column& column = ColumnToSet(field);
-    if (const TextForm& form = textForms_[field]; form.isText) {
+    if (const FieldForm& form = forms_[field]; form.isText) {
         if (!SetAscii(form, field, utf8))
-            record_.Encode(field, [&](Bytes& out) { AppendEncoded(out, field, utf8); });
+            record_->Encode(field, [&](Bytes& out) { AppendEncoded(out, field, utf8); });
         return;
     }
     if (column.type == ColumnType::DateTime)
@@ -105,11 +103,11 @@ void Recordset::SetDateText(std::size_t field, std::string_view utf8)
 
 void Recordset::SetLong(std::size_t field, std::int32_t value)
 {
-    const Column& column = ColumnToSet(field);
-    if (column.type != ColumnType::Long)
+    [[maybe_unused]] const Column& exists = ColumnToSet(field);
+    if (forms_[field].type != ColumnType::Long)
         return Set(field, value);
     NoteOwnNumber(field, value);
-    StoreI32(record_.SetSized(field, sizeof value), 0, value);
+    StoreI32(record_->SetSized(field, sizeof value), 0, value);
 }
 
 void Recordset::Set(std::size_t field, const Value& value)
@@ -117,7 +115,7 @@ void Recordset::Set(std::size_t field, const Value& value)
     const Column& column = ColumnToSet(field);
     if (IsNull(value)) {
         if (!IsPending() || field != autonumber_)
-            record_.SetNull(field);
+            record_->SetNull(field);
         return;
     }
     if (IsText(column.type))
@@ -126,13 +124,13 @@ void Recordset::Set(std::size_t field, const Value& value)
         return Set(field, ParseText(column.GetValueType(), *text));
     if (column.type == ColumnType::Boolean) {
         const bool isSet = ToBoolean(value);
-        record_.SetSized(field, 1)[0] = isSet ? 1 : 0;
+        record_->SetSized(field, 1)[0] = isSet ? 1 : 0;
         return;
     }
     if (const auto* number = std::get_if<std::int32_t>(&value))
         NoteOwnNumber(field, *number);
-    record_.Encode(field,
-                   [&](Bytes& out) { EncodeValue(out, *table_->Definition().format, column.GetValueType(), value); });
+    record_->Encode(field,
+                    [&](Bytes& out) { EncodeValue(out, *table_->Definition().format, column.GetValueType(), value); });
 }
 
 /// A number that the caller sets counts as given when it is the next one, so that no other record gets it before this
@@ -152,12 +150,12 @@ void Recordset::SetDefault(std::size_t field)
 {
     const DefaultValue& value = *columns_[field].rules.defaultValue;
     const auto setDate = [&](double days) {
-        StoreU64(record_.SetSized(field, sizeof days), 0, std::bit_cast<std::uint64_t>(days));
+        StoreU64(record_->SetSized(field, sizeof days), 0, std::bit_cast<std::uint64_t>(days));
     };
     const auto now = [&] { return catalog_.GetPager().System().LocalTime().days; };
     switch (value.kind) {
     case DefaultValue::Kind::Stored:
-        return record_.SetStored(field, value.stored);
+        return record_->SetStored(field, value.stored);
     case DefaultValue::Kind::Now:
         return setDate(now());
     case DefaultValue::Kind::Today:
@@ -167,9 +165,9 @@ void Recordset::SetDefault(std::size_t field)
         return setDate(days - std::floor(days));
     }
     case DefaultValue::Kind::NewGuid:
-        return SetRandom(record_.SetSized(field, sizeof(Guid::bytes)));
+        return SetRandom(record_->SetSized(field, sizeof(Guid::bytes)));
     case DefaultValue::Kind::RandomNumber:
-        return SetRandom(record_.SetSized(field, sizeof(std::int32_t)));
+        return SetRandom(record_->SetSized(field, sizeof(std::int32_t)));
     }
 }
 

@@ -45,7 +45,7 @@ void Recordset::GoOnFromHere()
 {
     Load();
     if (walk_)
-        walk_->GoOnFrom(*table_, *row_, record_);
+        walk_->GoOnFrom(*table_, *row_, *record_);
     walkIsHere_ = true;
 }
 
