@@ -62,7 +62,7 @@ void ColumnImport::velImportNodeColumns(ElementId element, TableNumber number)
             if (refusal == LossReason::None)
                 continue;
             if (refusal == LossReason::KeyColumn || !ImportLeafIntoOwnTable(leaf, number))
-                Refuse(sink, origin, refusal);
+                writer_.Values().Refuse(origin, refusal);
         }
     });
 }
@@ -78,14 +78,19 @@ std::string ColumnImport::AboutValue(const TableSink& sink, const ValuePlace& pl
 }
 
 /// What the value was refused for, if it was: it is not yet lost then.
-inline LossReason ColumnImport::SetValue(TableSink& sink, const ValuePlace& place, std::string_view value,
-                                         ValueOrigin origin)
+LossReason ColumnImport::SetValue(TableSink& sink, const ValuePlace& place, std::string_view value, ValueOrigin origin)
 {
     const FieldPlace found = fields_.Find(sink, place);
-    if (!found.field)
+    if (found.refusal != LossReason::None || SetUnlessWrongType(sink, found.field, value, origin, plan_.widensByTag))
         return found.refusal;
-    const LossReason refusal = SetUnlessWrongType(sink, *found.field, value, origin, plan_.widensByTag);
-    return refusal == LossReason::DoesNotFitType ? SetBeside(sink, place, value, origin) : refusal;
+    return SetBeside(sink, place, value, origin);
+}
+
+inline void ColumnImport::SetOrRefuse(TableSink& sink, const ValuePlace& place, std::string_view value,
+                                      ValueOrigin origin)
+{
+    if (const LossReason refusal = SetValue(sink, place, value, origin); refusal != LossReason::None)
+        writer_.Values().Refuse(origin, refusal);
 }
 
 LossReason ColumnImport::SetBeside(TableSink& sink, const ValuePlace& place, std::string_view value, ValueOrigin origin)
@@ -94,7 +99,8 @@ LossReason ColumnImport::SetBeside(TableSink& sink, const ValuePlace& place, std
     const std::string& beside = beside_.NameFor(sink, column);
     if (beside.empty())
         return LossReason::DoesNotFitType;
-    return SetUnlessWrongType(sink, writer_.FieldBeside(sink, column, beside, origin), value, origin, false);
+    const std::size_t field = writer_.FieldBeside(sink, column, beside, origin);
+    return SetUnlessWrongType(sink, field, value, origin, false) ? LossReason::None : LossReason::DoesNotFitType;
 }
 
 /// A rule of `columns` has refused the record: their values go into columns beside. False when none is the document's.
@@ -103,11 +109,10 @@ bool ColumnImport::MoveBeside(TableSink& sink, const std::vector<std::string>& c
     bool hasMoved = false;
     for (const std::string& column : columns) {
         const auto field = sink.records->FieldIndex(column);
-        if (!plan_.importsEverything || !field || sink.values.byField[*field].element == kNoElement)
+        if (!plan_.importsEverything || !field || !writer_.Values().isFilled[*field])
             continue;
-        const ValueOrigin origin = sink.values.byField[*field];
         sink.records->SetNull(*field);
-        sink.values.TakeBack(*field);
+        const ValueOrigin origin = writer_.Values().TakeBack(*field);
         const std::string& beside = beside_.NameFor(sink, column);
         writer_.Set(sink, writer_.FieldBeside(sink, column, beside, origin), ValueOf(origin), origin, false);
         hasMoved = true;
@@ -129,7 +134,7 @@ std::string_view ColumnImport::ValueOf(ValueOrigin origin) const
 inline std::string_view ColumnImport::TextOf(const PathPlan& plan, ElementId element) const
 {
     const std::string_view text = document_.Content(element);
-    return plan.keepsEmpty && IsBlank(text) ? std::string_view() : text;
+    return plan.keepsEmpty && !HasText(text) && IsBlank(text) ? std::string_view() : text;
 }
 
 /// Is the column at fault? With everything imported there is another place for the value.
@@ -148,23 +153,17 @@ bool ColumnImport::KeepsValueOut(int errorNumber) const
     }
 }
 
-inline LossReason ColumnImport::SetUnlessWrongType(TableSink& sink, std::size_t field, std::string_view value,
-                                                   ValueOrigin origin, bool byTag)
+inline bool ColumnImport::SetUnlessWrongType(TableSink& sink, std::size_t field, std::string_view value,
+                                             ValueOrigin origin, bool byTag)
 {
     try {
         writer_.Set(sink, field, value, origin, byTag);
-        return LossReason::None;
+        return true;
     } catch (const RuntimeError& error) {
         if (!KeepsValueOut(error.Number()))
             throw;
-        return LossReason::DoesNotFitType;
+        return false;
     }
-}
-
-void ColumnImport::Refuse(TableSink& sink, ValueOrigin origin, LossReason reason)
-{
-    if (reason != LossReason::None)
-        sink.values.refused.push_back({origin, reason});
 }
 
 void ColumnImport::ImportOwnText(ElementId leaf, TableSink& sink)
@@ -173,7 +172,7 @@ void ColumnImport::ImportOwnText(ElementId leaf, TableSink& sink)
     const std::string_view text = TextOf(plan, leaf);
     const ValueOrigin origin{.element = leaf, .isOffered = HasText(text)};
     // A record without its text is still a record: the loss is counted, not fatal.
-    Refuse(sink, origin, SetValue(sink, plan.ownText, text, origin));
+    SetOrRefuse(sink, plan.ownText, text, origin);
 }
 
 /// False when the leaf has no table.
@@ -195,7 +194,7 @@ bool ColumnImport::ImportLeafIntoOwnTable(ElementId leaf, TableNumber ownerSink)
 void ColumnImport::SetAttributes(ElementId element, TableNumber number, Step& step)
 {
     TableSink& sink = sinks_[number];
-    sink.values.attributeOwner = element;
+    writer_.Values().attributeOwner = element;
     AttributeFinder places(plan_.AttributesOf(PlanOf(element)));
     const std::uint32_t count = document_.AttributeCount(element);
     for (std::uint32_t index = 0; index < count; ++index) {
@@ -213,16 +212,13 @@ void ColumnImport::SetAttributes(ElementId element, TableNumber number, Step& st
         const ValuePlace& place = places.Find(name);
         const ValueOrigin origin{element, name, isOffered};
         if (!KeepsForLater(place, value, origin))
-            Refuse(sink, origin, SetValue(sink, place, value, origin));
+            SetOrRefuse(sink, place, value, origin);
     }
 }
 
-inline bool ColumnImport::KeepsForLater(const ValuePlace& place, std::string_view value, ValueOrigin origin)
+void ColumnImport::KeepForLater(const ValuePlace& place, std::string_view value, ValueOrigin origin)
 {
-    if (place.part == kNoTable)
-        return false;
     later_.push_back({&place, value, origin});
-    return true;
 }
 
 void ColumnImport::BeginParts(ElementId element)
@@ -248,11 +244,11 @@ void ColumnImport::SaveFurtherParts(TableNumber number, std::int32_t key)
         const TableNumber part = later_.front().place->part;
         TableSink& sink = sinks_[part];
         writer_.Begin(sink, elementOfParts_);
-        sink.values.isContinuation = true;
+        writer_.Values().isContinuation = true;
         writer_.SetPrimaryKey(sink, key);
         const auto end = std::ranges::find_if(later_, [&](const LaterValue& v) { return v.place->part != part; });
         for (auto value = later_.begin(); value != end; ++value)
-            Refuse(sink, value->origin, SetValue(sink, *value->place, value->value, value->origin));
+            SetOrRefuse(sink, *value->place, value->value, value->origin);
         Save(part, number);
         later_.erase(later_.begin(), end);
     }
@@ -320,7 +316,8 @@ void ColumnImport::Save(TableNumber number, TableNumber ownerSink)
             if (!IsBrokenRule(error))
                 throw;
             if (!MoveBeside(sink, error.Subject().columns))
-                throw ExplainRefusal(error, sink, document_, source_, HelpFor(error, sink, ownerSink));
+                throw ExplainRefusal(error, sink, writer_.Values().element, document_, source_,
+                                     HelpFor(error, sink, ownerSink));
         }
     }
 }

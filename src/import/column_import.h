@@ -65,19 +65,26 @@ private:
         ValueOrigin origin;
     };
 
-    [[nodiscard]] bool KeepsForLater(const ValuePlace& place, std::string_view value, ValueOrigin origin);
+    void KeepForLater(const ValuePlace& place, std::string_view value, ValueOrigin origin);
+    [[nodiscard]] bool KeepsForLater(const ValuePlace& place, std::string_view value, ValueOrigin origin)
+    {
+        const bool isLater = place.part != kNoTable;
+        if (isLater)
+            KeepForLater(place, value, origin);
+        return isLater;
+    }
     [[nodiscard]] std::string_view TextOf(const PathPlan& plan, ElementId element) const;
     [[nodiscard]] LossReason SetValue(TableSink& sink, const ValuePlace& place, std::string_view value,
                                       ValueOrigin origin);
+    void SetOrRefuse(TableSink& sink, const ValuePlace& place, std::string_view value, ValueOrigin origin);
     [[nodiscard]] LossReason SetBeside(TableSink& sink, const ValuePlace& place, std::string_view value,
                                        ValueOrigin origin);
     [[nodiscard]] bool MoveBeside(TableSink& sink, const std::vector<std::string>& columns);
     [[nodiscard]] std::string_view ValueOf(ValueOrigin origin) const;
     void ImportOwnText(ElementId leaf, TableSink& sink);
     [[nodiscard]] bool KeepsValueOut(int errorNumber) const;
-    [[nodiscard]] LossReason SetUnlessWrongType(TableSink& sink, std::size_t field, std::string_view value,
-                                                ValueOrigin origin, bool byTag);
-    static void Refuse(TableSink& sink, ValueOrigin origin, LossReason reason);
+    [[nodiscard]] bool SetUnlessWrongType(TableSink& sink, std::size_t field, std::string_view value,
+                                          ValueOrigin origin, bool byTag);
     [[nodiscard]] std::string HelpFor(const EngineError& error, const TableSink& sink, TableNumber ownerSink);
     void SetAttributes(ElementId element, TableNumber sink, Step& step);
 

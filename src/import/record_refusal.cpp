@@ -42,15 +42,15 @@ bool IsBrokenRule(const EngineError& error) noexcept
     }
 }
 
-RuntimeError ExplainRefusal(const EngineError& error, TableSink& sink, const Document& document, const Source& source,
-                            const std::string& help)
+RuntimeError ExplainRefusal(const EngineError& error, TableSink& sink, ElementId element, const Document& document,
+                            const Source& source, const std::string& help)
 {
     std::string text = error.what();
     text += " (" + RuleOf(error.Subject());
     for (const std::string& column : error.Subject().columns)
         text += ", " + column + " = " + ValueIn(*sink.records, column);
     text += "; record " + std::to_string(sink.savedRecords + 1) + " of " + document.PathText(sink.plan->path);
-    if (const auto line = LineOfElement(source, sink.values.element))
+    if (const auto line = LineOfElement(source, element))
         text += ", line " + std::to_string(*line);
     if (!help.empty())
         text += "; " + help;

@@ -6,6 +6,7 @@
 #include "schema/refused_change.h"
 
 #include <algorithm>
+#include <cassert>
 #include <string>
 #include <utility>
 
@@ -19,23 +20,22 @@ constexpr std::size_t kMaxTextCharacters = 255;
 /// The values of a pending record, by their columns' names, while positions change.
 class ValuesByName {
 public:
-    explicit ValuesByName(TableSink& sink) : sink_(sink)
+    ValuesByName(const Recordset& records, PendingValues& values) : records_(records), values_(values)
     {
-        for (const std::size_t field : sink.values.filled)
-            named_.emplace_back(sink.records->FieldName(field), sink.values.byField[field]);
+        for (const auto& [origin, field] : values.held)
+            named_.emplace_back(records.FieldName(field), origin);
     }
     void PutBack() const
     {
-        PendingValues& values = sink_.values;
-        values.byField.assign(sink_.records->FieldCount(), {});
-        values.filled.clear();
+        values_.Clear();
         for (const auto& [name, origin] : named_)
-            if (const auto field = sink_.records->FieldIndex(name))
-                values.Put(*field, origin);
+            if (const auto field = records_.FieldIndex(name))
+                values_.Put(*field, origin);
     }
 
 private:
-    TableSink& sink_;
+    const Recordset& records_;
+    PendingValues& values_;
     std::vector<std::pair<std::string, ValueOrigin>> named_;
 };
 
@@ -44,21 +44,23 @@ private:
 void RecordWriter::Begin(TableSink& sink, ElementId element)
 {
     sink.records->AddNew();
-    begun_.push_back(&sink);
-    sink.values.Clear();
-    sink.values.element = element;
+    assert(endOfBegun_ != begun_.end());
+    Begun& begun = *endOfBegun_++;
+    begun.sink = &sink;
+    begun.values.Begin(element);
     FindKeys(sink);
 }
 
 void RecordWriter::FindKeysAnew(TableSink& sink) const
 {
     sink.keyLayout = sink.records->Layout();
-    sink.values.byField.assign(sink.records->FieldCount(), {});
     sink.primaryKey = sink.records->FieldIndex(sink.plan->keys.primary);
     sink.foreignKey = sink.records->FieldIndex(sink.plan->keys.foreign);
     sink.masterTable = sink.records->FieldIndex(sink.plan->keys.master);
     sink.types = session_.ChosenTypes(*sink.records, sink.foreignKey);
     sink.hasYesNo = std::ranges::find(sink.types, ColumnType::YesNo) != sink.types.end();
+    if (std::ranges::none_of(sink.types, IsTyped))
+        sink.types.clear();
 }
 
 void RecordWriter::SetPrimaryKey(TableSink& sink, std::int32_t key)
@@ -143,14 +145,14 @@ void RecordWriter::SetTyped(TableSink& sink, std::size_t field, std::string_view
 /// to be a text.
 bool RecordWriter::TrySetTyped(TableSink& sink, std::size_t field, std::string_view value, ValueOrigin origin)
 {
-    const ColumnType type = sink.types[field];
+    const ColumnType type = sink.TypeOf(field);
     if (value.empty() ? type == ColumnType::YesNo : !Fits(type, value))
         return false;
     if (value.empty())
         sink.records->SetNull(field);
     else
         sink.records->SetText(field, value);
-    sink.values.Put(field, origin);
+    Values().Put(field, origin);
     return true;
 }
 
@@ -168,8 +170,8 @@ std::size_t RecordWriter::BecomeTextFor(TableSink& sink, std::size_t field, std:
 
 void RecordWriter::BecomeText(TableSink& sink, std::size_t field, const std::string& reason)
 {
-    const ValuesByName values(sink);
-    TurnIntoText(job_, session_, sink.records->Source(), {sink.records->FieldName(field), sink.types[field]}, reason);
+    const ValuesByName values(*sink.records, Values());
+    TurnIntoText(job_, session_, sink.records->Source(), {sink.records->FieldName(field), sink.TypeOf(field)}, reason);
     FindKeys(sink);
     values.PutBack();
 }
@@ -178,7 +180,7 @@ void RecordWriter::BecomeText(TableSink& sink, std::size_t field, const std::str
 void RecordWriter::TellWhatIsMissing(TableSink& sink)
 {
     for (std::size_t field = 0; field < sink.types.size(); ++field)
-        if (sink.types[field] == ColumnType::YesNo && sink.values.byField[field].element == kNoElement)
+        if (sink.types[field] == ColumnType::YesNo && !Values().isFilled[field])
             BecomeText(sink, field, "a record at " + document_.PathText(sink.plan->path) + " has no value");
 }
 
@@ -186,7 +188,7 @@ void RecordWriter::TellWhatIsMissing(TableSink& sink)
 /// of the document has brought stays.
 void RecordWriter::ClearDefault(TableSink& sink, std::size_t field)
 {
-    if (sink.values.byField[field].element == kNoElement)
+    if (!Values().isFilled[field])
         sink.records->SetNull(field);
 }
 
@@ -215,7 +217,7 @@ ColumnToWiden RecordWriter::Widening(const TableSink& sink, std::size_t field, s
 void RecordWriter::Widen(TableSink& sink, const std::vector<ColumnToWiden>& columns)
 {
     // Only this sink can have a pending record on the table: an owner on the same one would have had the column itself.
-    const ValuesByName values(sink);
+    const ValuesByName values(*sink.records, Values());
     velChangeColumnToMemo(job_, session_, sink.records->Source(), columns);
     FindKeys(sink);
     values.PutBack();
@@ -226,7 +228,7 @@ std::size_t RecordWriter::FieldBeside(TableSink& sink, const std::string& beside
 {
     if (const auto field = sink.records->FieldIndex(name))
         return *field;
-    const ValuesByName values(sink);
+    const ValuesByName values(*sink.records, Values());
     AddColumnBeside(job_, session_, sink.records->Source(), besides, name,
                     PathOfValue(document_, document_.Path(origin.element), origin.attribute, ""));
     FindKeys(sink);
@@ -247,17 +249,17 @@ void RecordWriter::MakeFit(TableSink& sink, const EngineError& error)
     for (const std::size_t field : *texts) {
         std::string text;
         sink.records->AppendText(field, text);
-        columns.push_back(Widening(sink, field, sink.records->CountCharacters(text), sink.values.byField[field]));
+        columns.push_back(Widening(sink, field, sink.records->CountCharacters(text), Values().In(field)));
     }
     Widen(sink, columns);
 }
 
-void RecordWriter::NoteLengths(TableSink& sink)
+void RecordWriter::NoteLengths(TableSink& sink, const PendingValues& values)
 {
     std::string text;
-    for (const std::size_t field : sink.values.filled) {
+    for (const auto& [origin, field] : values.held) {
         text.clear();
-        if (!sink.records->AppendIsoText(field, sink.types[field] == ColumnType::Time, text))
+        if (!sink.records->AppendIsoText(field, sink.TypeOf(field) == ColumnType::Time, text))
             continue;
         std::size_t& longest = sink.longest[sink.records->FieldName(field)];
         longest = std::max(longest, sink.records->CountCharacters(text));
@@ -278,13 +280,13 @@ void RecordWriter::Save(TableSink& sink)
             MakeFit(sink, error);
         }
     }
-    begun_.pop_back();
+    const PendingValues& values = (--endOfBegun_)->values;
     ++sink.savedRecords;
     if (job_.settings.blPreview)
-        NoteLengths(sink);
-    account_.Stored(sink.values);
+        NoteLengths(sink, values);
+    account_.Stored(values);
     // Before its line, which may fail: the record is in its table, whatever comes.
-    const bool isInner = !begun_.empty();
+    const bool isInner = endOfBegun_ != begun_.begin();
     if (isInner)
         AddProvisionalRow(sink);
     else
@@ -321,11 +323,11 @@ std::int32_t RecordWriter::Key(TableSink& sink)
 
 void RecordWriter::Abandon()
 {
-    if (begun_.empty())
+    if (endOfBegun_ == begun_.begin())
         return;
-    const ElementId owner = begun_.front()->values.element;
-    for (; !begun_.empty(); begun_.pop_back())
-        begun_.back()->DropPending();
+    const ElementId owner = begun_.front().values.element;
+    while (endOfBegun_ != begun_.begin())
+        (--endOfBegun_)->sink->DropPending();
     if (provisional_.empty())
         return;
     for (TableSink* const sink : provisional_)

@@ -8,6 +8,7 @@
 #include "schema/engine_errors.h"
 #include "settings/job.h"
 
+#include <array>
 #include <cstdint>
 #include <string>
 #include <string_view>
@@ -27,6 +28,9 @@ public:
     {
     }
 
+    RecordWriter(const RecordWriter&) = delete;
+    RecordWriter& operator=(const RecordWriter&) = delete;
+
     /// `element` is what the record is made of.
     void Begin(TableSink& sink, ElementId element);
     // Key columns that the table does not have, or that take no such value, are passed over.
@@ -39,13 +43,13 @@ public:
     /// default.
     void Set(TableSink& sink, std::size_t field, std::string_view value, ValueOrigin origin, bool byTag)
     {
-        if (IsTyped(sink.types[field])) {
+        if (IsTyped(sink.TypeOf(field))) {
             SetTyped(sink, field, value, origin, byTag);
             return;
         }
         if (!TrySet(sink, field, value))
             field = SetWithMoreRoom(sink, field, value, origin, byTag);
-        sink.values.Put(field, origin);
+        Values().Put(field, origin);
     }
     /// The field of the text column `name`, which is made when it is missing: it takes what does not fit `besides`.
     [[nodiscard]] std::size_t FieldBeside(TableSink& sink, const std::string& besides, const std::string& name,
@@ -53,12 +57,19 @@ public:
     /// Saves the record begun last. Every finished record passes here. It stays pending when the engine refuses it.
     /// Rows saved while their owner is pending go with it when that is abandoned.
     void Save(TableSink& sink);
+    /// The values of the record begun last.
+    [[nodiscard]] PendingValues& Values() noexcept { return endOfBegun_[-1].values; }
     /// The primary key of the pending record, else of the one last saved; 0 when the table has none.
     [[nodiscard]] std::int32_t Key(TableSink& sink);
     /// Drops every record that is not yet saved, and the rows saved for the oldest of them: as if none had been begun.
     void Abandon();
 
 private:
+    struct Begun {
+        TableSink* sink = nullptr;
+        PendingValues values;
+    };
+
     void KeepProvisionalRows();
     void AddProvisionalRow(TableSink& sink);
     void FindKeys(TableSink& sink) const
@@ -67,9 +78,9 @@ private:
             FindKeysAnew(sink);
     }
     void FindKeysAnew(TableSink& sink) const;
-    static void ClearDefault(TableSink& sink, std::size_t field);
+    void ClearDefault(TableSink& sink, std::size_t field);
     /// False when it is a text column that is too small.
-    [[nodiscard]] static bool TrySet(TableSink& sink, std::size_t field, std::string_view value)
+    [[nodiscard]] bool TrySet(TableSink& sink, std::size_t field, std::string_view value)
     {
         try {
             sink.records->SetText(field, value);
@@ -80,7 +91,7 @@ private:
             return false;
         }
     }
-    [[nodiscard]] static bool IsTooSmallText(TableSink& sink, std::size_t field, const RuntimeError& refusal);
+    [[nodiscard]] bool IsTooSmallText(TableSink& sink, std::size_t field, const RuntimeError& refusal);
     [[nodiscard]] std::size_t SetWithMoreRoom(TableSink& sink, std::size_t field, std::string_view value,
                                               ValueOrigin origin, bool byTag);
     [[nodiscard]] std::size_t MakeRoom(TableSink& sink, std::size_t field, std::string_view value, ValueOrigin origin,
@@ -92,20 +103,20 @@ private:
                                          ValueOrigin origin) const;
     void Widen(TableSink& sink, const std::vector<ColumnToWiden>& columns);
     void SetTyped(TableSink& sink, std::size_t field, std::string_view value, ValueOrigin origin, bool byTag);
-    [[nodiscard]] static bool TrySetTyped(TableSink& sink, std::size_t field, std::string_view value,
-                                          ValueOrigin origin);
+    [[nodiscard]] bool TrySetTyped(TableSink& sink, std::size_t field, std::string_view value, ValueOrigin origin);
     [[nodiscard]] std::size_t BecomeTextFor(TableSink& sink, std::size_t field, std::string_view value,
                                             ValueOrigin origin);
     void BecomeText(TableSink& sink, std::size_t field, const std::string& reason);
     void TellWhatIsMissing(TableSink& sink);
-    static void NoteLengths(TableSink& sink);
+    static void NoteLengths(TableSink& sink, const PendingValues& values);
     void MakeFit(TableSink& sink, const EngineError& error);
 
     Job& job_;
     DatabaseSession& session_;
     const Document& document_;
     ValueAccount& account_;
-    std::vector<TableSink*> begun_;       ///< sinks with a pending record, the oldest first
+    std::array<Begun, 2> begun_;          ///< records not yet saved: one, and one of a leaf inside it
+    Begun* endOfBegun_ = begun_.data();   ///< behind the one begun last
     std::vector<TableSink*> provisional_; ///< sinks with provisional rows
 };
 

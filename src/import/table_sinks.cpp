@@ -176,14 +176,15 @@ std::int64_t velCloseTables(Job& job, DatabaseSession& session, TableSinks& sink
     return shortfall.recordsWithoutText;
 }
 
-FieldFinder::Slot FieldFinder::LookUp(const TableSink& sink, ColumnNumber column) const
+void FieldFinder::LookUp(const TableSink& sink, ColumnNumber column)
 {
     const Recordset& records = *sink.records;
-    const std::uint64_t layout = records.Layout();
-    const auto field = records.FieldIndex(plan_.columns[column].name);
-    if (!field)
-        return {layout, 0, LossReason::NoColumn};
-    return {layout, static_cast<std::uint32_t>(*field), IsKey(sink, *field) ? LossReason::KeyColumn : LossReason::None};
+    Slot& slot = slots_[column];
+    slot = {.layout = records.Layout()};
+    if (const auto field = records.FieldIndex(plan_.columns[column].name)) {
+        slot.field = static_cast<std::uint32_t>(*field);
+        slot.refusal = IsKey(sink, *field) ? LossReason::KeyColumn : LossReason::None;
+    }
 }
 
 /// Only its type tells a key column from one of the document's own that bears its name, in a table without keys.

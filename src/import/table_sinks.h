@@ -2,7 +2,6 @@
 
 #include "import/files_of_run.h"
 #include "import/text_file.h"
-#include "import/value_account.h"
 #include "plan/mapping_plan.h"
 #include "schema/database_session.h"
 #include "settings/job.h"
@@ -33,11 +32,11 @@ struct TableSink {
     // Positions of the key columns, and the types of the others, found anew when the layout is another one.
     std::uint64_t keyLayout = 0;
     std::optional<std::size_t> primaryKey, foreignKey, masterTable;
-    /// Likewise, by position: what the program has made of columns, see DatabaseSession::ChosenTypes().
+    /// Likewise, by position: what the program has made of columns, see DatabaseSession::ChosenTypes(). Empty when they
+    /// are texts all of them.
     std::vector<ColumnType> types;
     bool hasYesNo = false; ///< some is ColumnType::YesNo
 
-    PendingValues values;
     TextOutput text;
     std::map<std::string, std::size_t> longest; ///< characters of the longest value, by column; in a preview
     std::int64_t savedRecords = 0;
@@ -46,6 +45,7 @@ struct TableSink {
     std::int32_t provisionalKey = 0; ///< that record's key
 
     [[nodiscard]] bool HasTable() const noexcept { return records.has_value(); }
+    [[nodiscard]] ColumnType TypeOf(std::size_t field) const { return types.empty() ? ColumnType::Text : types[field]; }
     void DropPending();
     /// With their lines in the text file.
     void RemoveProvisionalRows();
@@ -82,8 +82,8 @@ std::int64_t velCloseTables(Job& job, DatabaseSession& session, TableSinks& sink
 
 /// Where a value belongs.
 struct FieldPlace {
-    std::optional<std::size_t> field;          ///< position in the record
-    LossReason refusal = LossReason::NoColumn; ///< why there is none
+    std::uint32_t field = 0;                   ///< position in the record
+    LossReason refusal = LossReason::NoColumn; ///< why there is none; None: there is
 };
 
 /// Where the plan's columns stand in the tables of the database: positions, looked up by name once, and again only when
@@ -95,12 +95,10 @@ public:
     /// `sink` is that of the column's table.
     [[nodiscard]] FieldPlace Find(const TableSink& sink, const ValuePlace& place)
     {
-        Slot& slot = slots_[place.column];
+        const Slot& slot = slots_[place.column];
         if (slot.layout != sink.records->Layout())
-            slot = LookUp(sink, place.column);
-        if (slot.refusal == LossReason::None)
-            return {slot.field, LossReason::None};
-        return {std::nullopt, slot.refusal == LossReason::NoColumn ? place.otherwise : slot.refusal};
+            LookUp(sink, place.column);
+        return {slot.field, slot.refusal == LossReason::NoColumn ? place.otherwise : slot.refusal};
     }
 
 private:
@@ -110,7 +108,7 @@ private:
         LossReason refusal = LossReason::NoColumn;
     };
 
-    [[nodiscard]] Slot LookUp(const TableSink& sink, ColumnNumber column) const;
+    void LookUp(const TableSink& sink, ColumnNumber column);
     [[nodiscard]] static bool IsKey(const TableSink& sink, std::size_t field);
 
     const MappingPlan& plan_;

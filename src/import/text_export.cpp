@@ -105,7 +105,7 @@ void JoinNames(std::string& line, const TextOutput& text, const ConversionSettin
 /// As the document writes it, where the program has chosen the column's type.
 bool AppendValue(TableSink& sink, std::size_t field, DateForm dates, std::string& out)
 {
-    const ColumnType type = sink.types[field];
+    const ColumnType type = sink.TypeOf(field);
     return IsTyped(type) ? sink.records->AppendIsoText(field, type == ColumnType::Time, out)
                          : sink.records->AppendText(field, out, dates);
 }

@@ -14,6 +14,30 @@ std::string PathOfValue(const Document& document, PathId element, NameId attribu
     return path;
 }
 
+ValueOrigin PendingValues::TakeBack(std::size_t field)
+{
+    const ValueOrigin origin = In(field);
+    std::erase_if(held, [field](const Value& value) { return value.field == field; });
+    isFilled[field] = false;
+    return origin;
+}
+
+void PendingValues::Overwrite(std::size_t field)
+{
+    Refuse(TakeBack(field), LossReason::Overwritten);
+}
+
+void PendingValues::Refuse(ValueOrigin origin, LossReason reason)
+{
+    refused.push_back({origin, reason});
+}
+
+ValueOrigin PendingValues::In(std::size_t field) const
+{
+    const auto value = std::ranges::find(held, field, &Value::field);
+    return value == held.end() ? ValueOrigin() : value->origin;
+}
+
 std::size_t ValueAccount::Groups::Hash::operator()(const Key& key) const noexcept
 {
     constexpr std::uint64_t kSpread = 0x9E3779B97F4A7C15; // path and attribute both count up from 0
@@ -44,10 +68,9 @@ ValueAccount::ValueAccount(const Document& document)
 
 void ValueAccount::StoreText(ElementId element)
 {
-    if (textStored_[element])
-        return;
-    textStored_[element] = true;
-    ++stored_;
+    std::vector<bool>::reference isStored = textStored_[element];
+    stored_ += isStored ? 0 : 1;
+    isStored = true;
 }
 
 void ValueAccount::Stored(const PendingValues& values)
@@ -56,8 +79,7 @@ void ValueAccount::Stored(const PendingValues& values)
     // An element that fills two records brings the same attributes into both.
     const bool isFirstRecord = owner != kNoElement && !attributesSeen_[owner];
     const bool countAttributes = values.isContinuation || isFirstRecord;
-    for (const std::size_t field : values.filled) {
-        const ValueOrigin origin = values.byField[field];
+    for (const auto& [origin, field] : values.held) {
         if (!origin.isOffered)
             continue;
         if (origin.attribute == ValueOrigin::kOwnText)

@@ -3,6 +3,7 @@
 #include "plan/mapping_plan.h"
 #include "xml/document.h"
 
+#include <array>
 #include <cstddef>
 #include <cstdint>
 #include <string>
@@ -12,51 +13,65 @@
 
 namespace velmora {
 
-/// One value of the document: an element's own text, or one of its attributes.
+/// One value of the document: an element's own text, or one of its attributes. It fits a register, as it is handed on
+/// with every value.
 struct ValueOrigin {
-    static constexpr NameId kOwnText = ~NameId{0};
+    static constexpr NameId kOwnText = ~NameId{0} >> 1;
     ElementId element = kNoElement;
-    NameId attribute = kOwnText;
-    bool isOffered = true; ///< false: an empty attribute or text, which is kept, but is no value that could be lost
+    NameId attribute : 31 = kOwnText;
+    NameId isOffered : 1 = 1; ///< 0: an empty attribute or text, which is kept, but is no value that could be lost
 };
+static_assert(sizeof(ValueOrigin) == 8);
 
 /// Which values of the document stand in the fields of the record that is being built. A later value for the same field
 /// takes the place of the earlier one.
 struct PendingValues {
+    struct Value {
+        ValueOrigin origin;
+        std::uint32_t field; ///< its position
+    };
     struct Refusal {
         ValueOrigin origin;
         LossReason reason;
     };
-    ElementId element = kNoElement;        ///< of which the record is made
-    std::vector<ValueOrigin> byField;      ///< by position; no element where the field holds no value of the document
-    std::vector<std::size_t> filled;       ///< positions that hold one
-    std::vector<Refusal> refused;          ///< values that were offered to the record, and that it does not hold
-    bool isContinuation = false;           ///< of a record that has another part, where its attributes were offered
-    ElementId attributeOwner = kNoElement; ///< element whose attributes were offered to the record
+    static constexpr std::size_t kMaxFields = 255; ///< no table has more
 
-    void Clear()
+    ElementId element = kNoElement;          ///< of which the record is made
+    ElementId attributeOwner = kNoElement;   ///< element whose attributes were offered to the record
+    bool isContinuation = false;             ///< of a record that has another part, where its attributes were offered
+    std::array<bool, kMaxFields> isFilled{}; ///< by position: the field holds one of `held`
+    std::vector<Value> held;
+    std::vector<Refusal> refused; ///< values that were offered to the record, and that it does not hold
+
+    void Begin(ElementId ofElement)
     {
-        for (const std::size_t field : filled)
-            byField[field] = {};
-        filled.clear();
-        refused.clear();
+        element = ofElement;
         attributeOwner = kNoElement;
         isContinuation = false;
+        Clear();
+        refused.clear();
     }
-    /// The field holds no value any more.
-    void TakeBack(std::size_t field)
+    /// No field holds a value any more.
+    void Clear()
     {
-        byField[field] = {};
-        std::erase(filled, field);
+        for (const Value& value : held)
+            isFilled[value.field] = false;
+        held.clear();
     }
     void Put(std::size_t field, ValueOrigin origin)
     {
-        if (byField[field].element == kNoElement)
-            filled.push_back(field);
-        else
-            refused.push_back({byField[field], LossReason::Overwritten});
-        byField[field] = origin;
+        if (isFilled[field])
+            Overwrite(field);
+        isFilled[field] = true;
+        held.push_back({origin, static_cast<std::uint32_t>(field)});
     }
+    /// The field holds no value any more; gives the one that it held.
+    ValueOrigin TakeBack(std::size_t field);
+    void Overwrite(std::size_t field);
+    /// The value was offered to the record, which does not hold it.
+    void Refuse(ValueOrigin origin, LossReason reason);
+    /// The value in the field; of no element when it holds none.
+    [[nodiscard]] ValueOrigin In(std::size_t field) const;
 };
 
 /// Where the document has a value: an attribute's path ends in `attributePrefix` and its name.

@@ -31,6 +31,11 @@ static_assert(engine_errors::kNotUniquelyIndexed == static_cast<int>(jet::ErrorN
 static_assert(engine_errors::kNoSuchField == static_cast<int>(jet::ErrorNumber::NoSuchField));
 static_assert(engine_errors::kWrongType == static_cast<int>(jet::ErrorNumber::WrongType));
 
+void ThrowEngineError(const jet::Error& error)
+{
+    throw EngineError(error);
+}
+
 bool IsLockConflict(const RuntimeError& error) noexcept
 {
     return error.Number() == static_cast<int>(jet::ErrorNumber::TableLocked);

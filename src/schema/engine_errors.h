@@ -57,6 +57,8 @@ private:
     std::vector<std::string> names_;
 };
 
+[[noreturn]] void ThrowEngineError(const jet::Error& error);
+
 /// Runs `operation` of the engine: its failures as EngineError.
 template <class Operation>
 decltype(auto) Translated(Operation&& operation)
@@ -64,7 +66,7 @@ decltype(auto) Translated(Operation&& operation)
     try {
         return operation();
     } catch (const jet::Error& error) {
-        throw EngineError(error);
+        ThrowEngineError(error);
     }
 }
 
