@@ -53,10 +53,15 @@ void RecordWriter::Begin(TableSink& sink, ElementId element)
 
 void RecordWriter::FindKeysAnew(TableSink& sink) const
 {
+    const auto find = [&](const std::string& name) -> std::optional<std::uint32_t> {
+        if (const auto field = sink.records->FieldIndex(name))
+            return static_cast<std::uint32_t>(*field);
+        return std::nullopt;
+    };
     sink.keyLayout = sink.records->Layout();
-    sink.primaryKey = sink.records->FieldIndex(sink.plan->keys.primary);
-    sink.foreignKey = sink.records->FieldIndex(sink.plan->keys.foreign);
-    sink.masterTable = sink.records->FieldIndex(sink.plan->keys.master);
+    sink.primaryKey = find(sink.plan->keys.primary);
+    sink.foreignKey = find(sink.plan->keys.foreign);
+    sink.masterTable = find(sink.plan->keys.master);
     sink.types = session_.ChosenTypes(*sink.records, sink.foreignKey);
     sink.hasYesNo = std::ranges::find(sink.types, ColumnType::YesNo) != sink.types.end();
     if (std::ranges::none_of(sink.types, IsTyped))
@@ -291,9 +296,10 @@ void RecordWriter::Save(TableSink& sink)
         AddProvisionalRow(sink);
     else
         KeepProvisionalRows();
-    if (sink.text.file)
-        velWriteRecordToFile(job_, sink, false);
-    if (!isInner && sink.text.file)
+    if (!job_.settings.blTextExport || !sink.text.file) // the sink's is far from what else a record needs
+        return;
+    velWriteRecordToFile(job_, sink, false);
+    if (!isInner)
         sink.text.file->Settle();
 }
 

@@ -24,25 +24,27 @@ struct TextOutput {
     std::string line;                               ///< kept from record to record
 };
 
-/// One table's output during the import of one document.
-struct TableSink {
-    const PlannedTable* plan = nullptr; ///< none in number 0
-    std::optional<Recordset> records;   ///< none: the database has no such table
+inline constexpr std::size_t kCacheLineBytes = 64;
 
+/// One table's output during the import of one document. Where there are many, nearly each record finds its sink
+/// outside of the processor's caches: what every record needs stands first, and in few of their lines.
+struct alignas(kCacheLineBytes) TableSink {
+    const PlannedTable* plan = nullptr; ///< none in number 0
     // Positions of the key columns, and the types of the others, found anew when the layout is another one.
     std::uint64_t keyLayout = 0;
-    std::optional<std::size_t> primaryKey, foreignKey, masterTable;
-    /// Likewise, by position: what the program has made of columns, see DatabaseSession::ChosenTypes(). Empty when they
+    std::optional<std::uint32_t> primaryKey, foreignKey, masterTable;
+    std::int64_t savedRecords = 0;
+    std::int32_t provisionalKey = 0; ///< of the owner's record, see below
+    bool hasYesNo = false;           ///< some type is ColumnType::YesNo
+
+    std::optional<Recordset> records; ///< none: the database has no such table
+    /// By position: what the program has made of columns, see DatabaseSession::ChosenTypes(). Empty when they
     /// are texts all of them.
     std::vector<ColumnType> types;
-    bool hasYesNo = false; ///< some is ColumnType::YesNo
-
     TextOutput text;
-    std::map<std::string, std::size_t> longest; ///< characters of the longest value, by column; in a preview
-    std::int64_t savedRecords = 0;
     /// Rows saved for a record of the owner that is itself not yet saved.
     std::vector<std::uint64_t> provisionalRows;
-    std::int32_t provisionalKey = 0; ///< that record's key
+    std::map<std::string, std::size_t> longest; ///< characters of the longest value, by column; in a preview
 
     [[nodiscard]] bool HasTable() const noexcept { return records.has_value(); }
     [[nodiscard]] ColumnType TypeOf(std::size_t field) const { return types.empty() ? ColumnType::Text : types[field]; }
