@@ -13,8 +13,10 @@
 ///   Current   --Set-->          Edited     its values differ from what is stored
 ///   Nothing, Current --AddNew--> Pending   a record that has no row yet
 ///   Edited    --Update-->       Nothing    cascades may have changed the row once more: it is read anew
-///   Pending   --Update-->       Nothing    the record is a row now, the current one
+///   Pending   --Update-->       Current    the record is a row now, the current one
 ///   Edited, Pending --CancelUpdate, Move--> Nothing
+///
+/// What an Update has saved may be taken by another recordset that begins a record; then the row is read again.
 ///
 /// An Update that fails changes none of this: the record can be mended and saved once more.
 namespace jet {
@@ -36,6 +38,7 @@ void Recordset::Close() noexcept
     if (!table_)
         return;
     CancelUpdate();
+    records_.Keep(record_);
     generation_ = table_->Generation();
     table_.reset();
 }
@@ -145,13 +148,14 @@ void Recordset::BeginEdit()
     if (!isPlaced_ || !row_)
         ThrowNoneBegun();
     Load();
+    records_.Keep(record_);
     holds_ = Holds::Edited;
 }
 
-/// Brings the current row into record_->
+/// Brings the current row into record_, unless that holds a record.
 void Recordset::Load()
 {
-    if (holds_ != Holds::Nothing)
+    if (holds_ != Holds::Nothing && record_)
         return;
     table_->Read(*row_, Values());
     holds_ = Holds::Current;
@@ -247,13 +251,13 @@ void Recordset::SaveNew()
     row_ = table_->Insert(*record_, &savepoint);
     walkIsHere_ = false;
     savepoint.Release();
-    holds_ = Holds::Nothing;
+    holds_ = Holds::Current;
     integrity_.RemovePending(*this);
-    records_.GiveBack(std::move(record_));
     takenNumber_.reset();
     isPlaced_ = true;
     lastSaved_ = *row_;
     lastSavedEpoch_ = rowsEpoch_;
+    records_.Offer(record_);
 }
 
 void Recordset::SaveEdit()
@@ -270,6 +274,7 @@ std::optional<std::vector<std::size_t>> Recordset::TextsToWiden()
     Follow();
     if (holds_ == Holds::Nothing)
         ThrowNoneBegun();
+    Load();
     return table_->TextsToWiden(*record_);
 }
 

@@ -181,9 +181,10 @@ private:
     void TakeLayout();
     std::int32_t TakeNumber(std::size_t field);
     void RequireUserTable() const;
-    /// What holds_ says, or anything.
+    /// Of this recordset alone, with what holds_ says or anything in it.
     [[nodiscard]] Record& Values()
     {
+        records_.Keep(record_);
         if (!record_)
             record_ = records_.Take();
         return *record_;
@@ -207,7 +208,7 @@ private:
     // What comes with every record that is added.
     std::shared_ptr<Table> table_;   ///< none once closed
     std::uint64_t generation_ = 0;   ///< of the table when all that follows from its columns was last looked up
-    std::unique_ptr<Record> record_; ///< there unless holds_ is Nothing
+    std::unique_ptr<Record> record_; ///< always there when holds_ is Edited or Pending
     std::vector<FieldForm> forms_;   ///< by field
     Holds holds_ = Holds::Nothing;
     bool isPlaced_ = false;                   ///< row_ tells where we are

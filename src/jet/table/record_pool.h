@@ -8,24 +8,41 @@
 
 namespace jet {
 
-/// Records that nobody fills at the moment. All recordsets of a connection take theirs from here and give them back
-/// when they are saved, the one used last first: so the few that are pending at a time stay in the processor's cache
-/// when every record is one of another table.
+/// Records that nobody fills at the moment. All recordsets of a connection take theirs from here, the one used last
+/// first: so the few that are pending at a time stay in the processor's cache when every record is one of another
+/// table.
 class RecordPool {
 public:
+    using Place = std::unique_ptr<Record>;
+
     /// A record with anything in it.
-    [[nodiscard]] std::unique_ptr<Record> Take()
+    [[nodiscard]] Place Take()
     {
+        if (offered_ != nullptr)
+            return std::move(*std::exchange(offered_, nullptr));
         if (spare_.empty())
             return std::make_unique<Record>();
-        std::unique_ptr<Record> record = std::move(spare_.back());
+        Place record = std::move(spare_.back());
         spare_.pop_back();
         return record;
     }
-    void GiveBack(std::unique_ptr<Record> record) { spare_.push_back(std::move(record)); }
+    /// What stands in `place` has been saved: it can be read there until somebody else takes it.
+    void Offer(Place& place)
+    {
+        if (offered_ != nullptr && offered_ != &place)
+            spare_.push_back(std::move(*offered_));
+        offered_ = &place;
+    }
+    /// Nobody else may take what stands in `place`: it is about to be filled, or to go.
+    void Keep(const Place& place) noexcept
+    {
+        if (offered_ == &place)
+            offered_ = nullptr;
+    }
 
 private:
-    std::vector<std::unique_ptr<Record>> spare_;
+    Place* offered_ = nullptr;
+    std::vector<Place> spare_;
 };
 
 } // namespace jet
