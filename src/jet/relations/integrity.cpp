@@ -291,10 +291,11 @@ void ReferentialIntegrity::RemovePending(const PendingRecord& record) noexcept
 /// whole are saved while that waits.
 bool ReferentialIntegrity::IsPendingKey(const Link& link)
 {
-    return std::any_of(pending_.rbegin(), pending_.rend(), [&](PendingRecord* pending) {
-        return &pending->PendingTable() == link.parent &&
-               MakeWhole(link.parentKeyOfParent, otherKey_, pending->PendingValues()) && SameBytes(otherKey_, key_);
-    });
+    for (std::size_t i = pending_.size(); i-- > 0;)
+        if (&pending_[i]->PendingTable() == link.parent &&
+            MakeWhole(link.parentKeyOfParent, otherKey_, pending_[i]->PendingValues()) && SameBytes(otherKey_, key_))
+            return true;
+    return false;
 }
 
 bool ReferentialIntegrity::HasParent(Link& link, const Table& table, const Record& record)
@@ -302,7 +303,7 @@ bool ReferentialIntegrity::HasParent(Link& link, const Table& table, const Recor
     if (!MakeWhole(link.parentKeyOfChild, key_, record) || SameBytes(key_, link.lastFound) || IsPendingKey(link))
         return true;
     if (link.parent->Tree(link.parentIndex).Contains(key_)) {
-        link.lastFound = key_;
+        link.lastFound.swap(key_);
         return true;
     }
     // A row may refer to itself.
