@@ -56,10 +56,11 @@ bool Table::RowChange::IsUnchanged(RowId row) const
 void Table::RowChange::CheckInsert(const Record& record)
 {
     MeasureRow(record, false);
-    const std::span<Key> keys = Keys(scratch_.keys);
-    for (std::size_t i = 0; i < keys.size(); ++i) {
-        MakeKey(i, record, keys[i]);
-        CheckKey(i, keys[i]);
+    Key* key = Keys(scratch_.keys);
+    for (const Parts::Index& index : parts_.indexes) {
+        MakeKey(index, record, *key);
+        CheckKey(index, *key);
+        ++key;
     }
 }
 
@@ -69,7 +70,7 @@ void Table::RowChange::CheckUpdate(const Record& record)
     MakeKeys(record, scratch_.keys);
     for (std::size_t i = 0; i < parts_.indexes.size(); ++i) {
         if (KeyChanges(i))
-            CheckKey(i, scratch_.keys[i]);
+            CheckKey(parts_.indexes[i], scratch_.keys[i]);
     }
 }
 
@@ -145,40 +146,40 @@ void Table::RowChange::PrepareLongValue(std::size_t column, const Record& record
 
 void Table::RowChange::MakeKeys(const Record& record, std::vector<Key>& keys) const
 {
-    const std::span<Key> used = Keys(keys);
-    for (std::size_t i = 0; i < used.size(); ++i)
-        MakeKey(i, record, used[i]);
+    Key* key = Keys(keys);
+    for (const Parts::Index& index : parts_.indexes)
+        MakeKey(index, record, *key++);
 }
 
-/// Those of the table's indexes.
-inline std::span<Table::RowChange::Key> Table::RowChange::Keys(std::vector<Key>& keys) const
+/// The first of them, one for each of the table's indexes.
+inline Table::RowChange::Key* Table::RowChange::Keys(std::vector<Key>& keys) const
 {
-    const std::size_t count = parts_.indexes.size();
-    if (keys.size() < count)
-        keys.resize(count);
-    return {keys.data(), count};
+    if (keys.size() < parts_.indexes.size())
+        keys.resize(parts_.indexes.size());
+    return keys.data();
 }
 
-inline void Table::RowChange::MakeKey(std::size_t index, const Record& record, Key& key) const
+inline void Table::RowChange::MakeKey(const Parts::Index& index, const Record& record, Key& key)
 {
-    const KeyPlan& plan = parts_.indexes[index].plan;
-    key.facts = plan.Make(key.bytes, record);
-    key.inIndex = !plan.LeavesOut(key.facts);
+    key.facts = index.plan.Make(key.bytes, record);
+    key.inIndex = !index.plan.LeavesOut(key.facts);
 }
 
-inline void Table::RowChange::CheckKey(std::size_t index, Key& key) const
+inline void Table::RowChange::CheckKey(const Parts::Index& index, Key& key) const
 {
-    const auto& [plan, tree] = parts_.indexes[index];
+    const auto& [plan, tree] = index;
     if (plan.IsRequired() && key.facts.anyNull)
-        throw Error(ErrorNumber::NullInPrimaryKey).About(IndexAsSubject(index));
+        Refuse(index, ErrorNumber::NullInPrimaryKey);
     key.standing = tree.StandingOf(key.bytes);
     // Of an update only changed keys come here, so the row's own entry is never in the way.
     if (!key.standing.isBehind && plan.MustBeUnique(key.facts) && tree.Contains(key.bytes))
-        throw Error(ErrorNumber::DuplicateKey).About(IndexAsSubject(index));
+        Refuse(index, ErrorNumber::DuplicateKey);
 }
 
-ErrorSubject Table::RowChange::IndexAsSubject(std::size_t index) const
+/// Throws an error about the index.
+void Table::RowChange::Refuse(const Parts::Index& refusing, ErrorNumber number) const
 {
+    const auto index = static_cast<std::size_t>(&refusing - parts_.indexes.data());
     ErrorSubject subject{.table = table_.name_};
     for (const LogicalIndex& entry : table_.def_.logicalIndexes) {
         if (entry.realIndex == index && (subject.index.empty() || entry.type == IndexType::Primary))
@@ -188,7 +189,7 @@ ErrorSubject Table::RowChange::IndexAsSubject(std::size_t index) const
         const auto column = std::ranges::find(table_.def_.columns, part.column, &Column::number);
         subject.columns.push_back(column->name);
     }
-    return subject;
+    throw Error(number).About(std::move(subject));
 }
 
 bool Table::RowChange::KeyChanges(std::size_t index) const

@@ -100,11 +100,11 @@ private:
     void Encode(const Record& record, MutableBytes row) const;
     void CheckMayBeNull(std::size_t column, bool isUpdate) const;
     void PrepareLongValue(std::size_t column, const Record& record, ByteSpan stored, bool isUpdate);
-    [[nodiscard]] std::span<Key> Keys(std::vector<Key>& keys) const;
+    [[nodiscard]] Key* Keys(std::vector<Key>& keys) const;
     void MakeKeys(const Record& record, std::vector<Key>& keys) const;
-    void MakeKey(std::size_t index, const Record& record, Key& key) const;
-    void CheckKey(std::size_t index, Key& key) const;
-    [[nodiscard]] ErrorSubject IndexAsSubject(std::size_t index) const;
+    static void MakeKey(const Parts::Index& index, const Record& record, Key& key);
+    void CheckKey(const Parts::Index& index, Key& key) const;
+    [[noreturn]] void Refuse(const Parts::Index& refusing, ErrorNumber number) const;
     [[nodiscard]] bool KeyChanges(std::size_t index) const;
 
     void WriteLongValues();
