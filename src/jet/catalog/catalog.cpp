@@ -98,8 +98,7 @@ std::shared_ptr<Table> Catalog::OpenPage(PageNumber definitionPage)
     const CatalogObject* object = objects_.FindById(static_cast<std::int32_t>(definitionPage));
     if (!object || object->type != ObjectType::Table)
         throw Error(ErrorNumber::TableNotFound, {"page " + std::to_string(definitionPage)});
-    auto table =
-        std::make_shared<Table>(*pager_, definitionPage, object->name, objects_.ObjectRows().Rows().Scratches());
+    auto table = std::make_shared<Table>(*pager_, definitionPage, object->name, objects_.ObjectRows().Rows().Group());
     table->SetHook(hook_);
     ApplyProperties(*table);
     tables_.emplace(definitionPage, table);
@@ -339,10 +338,10 @@ void Catalog::NoteChange(Table& table)
     ++structureVersion_;
 }
 
+/// Those of the engine's own tables, which nobody else adds rows to, are on their pages already.
 void Catalog::FlushCounters()
 {
-    for (const auto& [page, table] : tables_)
-        table->FlushCounters();
+    objects_.ObjectRows().Rows().FlushCounters();
 }
 
 void Catalog::ForgetMoves() noexcept

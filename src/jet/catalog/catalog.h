@@ -82,7 +82,7 @@ public:
 
     /// Throws DatabaseFull when no more objects fit.
     void CheckRoomForObject() const;
-    /// Writes what the tables keep in memory (autonumbers) to their pages.
+    /// Writes what the tables keep in memory (counts of rows and keys, autonumbers) to their pages.
     void FlushCounters();
     /// To be called after a commit: tables that nobody has open forget where their rows were before.
     void ForgetMoves() noexcept;
@@ -120,7 +120,12 @@ void BuildEmptyDatabase(Pager& pager, DateTime created);
 class Savepoint {
 public:
     /// Throws what the pager failed with.
-    explicit Savepoint(Catalog& catalog) : catalog_(&catalog) { catalog.GetPager().SetSavepoint(); }
+    explicit Savepoint(Catalog& catalog) : catalog_(&catalog)
+    {
+        catalog.GetPager().ThrowIfFailed();
+        catalog.FlushCounters(); // where all that a statement may change is looked for
+        catalog.GetPager().SetSavepoint();
+    }
     ~Savepoint()
     {
         if (catalog_ != nullptr)
@@ -139,20 +144,33 @@ private:
     Catalog* catalog_;
 };
 
-/// The same, set only when a change asks for it.
+/// The same around the insert of one record, set only when that asks for it.
 class SavepointOnDemand final : public ChangeGuard {
 public:
-    explicit SavepointOnDemand(Catalog& catalog) : catalog_(&catalog) {}
-    void Begin() override { savepoint_.emplace(*catalog_); }
+    explicit SavepointOnDemand(Catalog& catalog) : catalog_(catalog) {}
+    ~SavepointOnDemand()
+    {
+        if (isSet_)
+            catalog_.RollBack();
+    }
+    SavepointOnDemand(const SavepointOnDemand&) = delete;
+    SavepointOnDemand& operator=(const SavepointOnDemand&) = delete;
+
+    void Begin() override
+    {
+        catalog_.GetPager().SetSavepoint();
+        isSet_ = true;
+    }
     void Release() noexcept
     {
-        if (savepoint_)
-            savepoint_->Release();
+        if (isSet_)
+            catalog_.GetPager().ReleaseSavepoint();
+        isSet_ = false;
     }
 
 private:
-    Catalog* catalog_;
-    std::optional<Savepoint> savepoint_;
+    Catalog& catalog_;
+    bool isSet_ = false;
 };
 
 } // namespace jet

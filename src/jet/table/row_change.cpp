@@ -14,7 +14,9 @@
 ///      made of the row's values and names the row's home slot, wherever its bytes are.
 ///  R2  Each record of a long value is referred to by one field of one row. A value that an update leaves as it was
 ///      keeps its record, and the field's bytes with it; no two rows share one.
-///  R3  The definition's row count is the number of rows. Its autonumber is not less than any value in that column.
+///  R3  The definition's row count is the number of rows. Its autonumber is not less than any value in that column. On
+///      its page it may lack what came by R7 without a savepoint around it; but that is written there before a
+///      savepoint is set under which the table may change, and before a commit.
 ///
 /// How they are kept while things change:
 ///
@@ -32,7 +34,8 @@
 ///      scratch, and the row is compared with what was read before it is touched.
 namespace jet {
 
-Table::RowChange::RowChange(Table& table) : table_(table), parts_(*table.parts_), scratch_(table.scratches_->Acquire())
+Table::RowChange::RowChange(Table& table)
+    : table_(table), parts_(*table.parts_), scratch_(table.group_->AcquireScratch())
 {
 }
 
@@ -203,9 +206,8 @@ bool Table::RowChange::FindAtHand()
 {
     if (parts_.layout.HasLongValues() && scratch_.longFields.AnyOutside())
         return false;
-    definition_ = table_.pager_->AtHand(table_.def_.pages.front());
     place_ = parts_.rows.FindAtHand(size_);
-    if (!definition_ || !place_)
+    if (!place_)
         return false;
     const RowId row = place_->At();
     Key* key = scratch_.keys.data();
@@ -235,7 +237,7 @@ RowId Table::RowChange::Append(const Record& record)
         ++counted;
     }
     CountRow(record);
-    table_.StoreCounters(definition_);
+    table_.areCountsAhead_ = true;
     return row;
 }
 
@@ -343,11 +345,19 @@ RowId Table::Insert(const Record& record, ChangeGuard* guard)
     change.CheckInsert(record);
     if (hook_ != nullptr)
         hook_->BeforeInsert(*this, record);
-    // What was looked at before the hook counts only if that has changed nothing here.
-    if (changes == rowChanges_ && change.FindAtHand())
-        return change.Append(record);
     if (guard != nullptr)
+        NoteAhead();
+    // What was looked at before the hook counts only if that has changed nothing here.
+    if (changes == rowChanges_ && change.FindAtHand()) {
+        const RowId row = change.Append(record);
+        if (guard == nullptr) // there may be a savepoint around it
+            StoreCounters();
+        return row;
+    }
+    if (guard != nullptr) {
+        StoreCounters();
         guard->Begin();
+    }
     return change.Insert(record);
 }
 

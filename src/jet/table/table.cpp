@@ -40,13 +40,17 @@ void Table::Parts::TakeRules(const TableDef& def)
             required.push_back(i);
 }
 
-Table::Table(Pager& pager, PageNumber definitionPage, std::string name, std::shared_ptr<RowScratches> scratches)
+Table::Table(Pager& pager, PageNumber definitionPage, std::string name, std::shared_ptr<TableGroup> group)
     : pager_(&pager), def_(ReadTableDef(pager, definitionPage)), parts_(std::make_unique<Parts>(pager, def_)),
-      scratches_(scratches ? std::move(scratches) : std::make_shared<RowScratches>()), name_(std::move(name))
+      group_(group ? std::move(group) : std::make_shared<TableGroup>()), name_(std::move(name))
 {
 }
 
-Table::~Table() = default;
+Table::~Table()
+{
+    if (isNoted_)
+        std::erase(group_->ahead, this);
+}
 
 PageNumber Table::Create(Pager& pager, const std::vector<ColumnSpec>& columns)
 {
@@ -113,38 +117,56 @@ void Table::SetRules(std::vector<ColumnRules> rules)
     parts_->TakeRules(def_);
 }
 
+/// To be called before the counters get ahead of the definition page.
+void Table::NoteAhead()
+{
+    if (isNoted_)
+        return;
+    group_->ahead.push_back(this);
+    isNoted_ = true;
+}
+
 void Table::FlushCounters()
 {
-    if (parts_ != nullptr && isNumberAhead_)
-        StoreCounters();
+    for (std::vector<Table*>& ahead = group_->ahead; !ahead.empty(); ahead.pop_back()) {
+        Table& table = *ahead.back();
+        if (table.parts_ != nullptr && (table.isNumberAhead_ || table.areCountsAhead_))
+            table.StoreCounters();
+        table.isNoted_ = false;
+    }
 }
 
 void Table::StoreCounters()
 {
     const MutablePageRef definition = pager_->Write(def_.pages.front());
-    StoreCounters(definition.AtHand());
-}
-
-void Table::StoreCounters(const PageAtHand& definition)
-{
-    WriteTableCounters(definition, def_);
-    isNumberAhead_ = false;
+    WriteTableCounters(definition.AtHand(), def_);
+    isNumberAhead_ = areCountsAhead_ = false;
 }
 
 void Table::Reread()
 {
-    assert(scratches_->used == 0);
+    assert(group_->usedScratches == 0);
     TableDef def = ReadTableDef(*pager_, def_.pages.front());
     const std::uint32_t numberOnPage = def.lastAutonumber;
     // A number that was given out stays given, though the page has gone back to one before it.
     if (std::ranges::any_of(def.columns, &Column::IsAutonumber))
         def.lastAutonumber = def_.lastAutonumber;
+    // Rows are counted ahead of the page only from before the savepoint, and since then nothing has changed here.
+    const bool areCountsAhead = areCountsAhead_;
+    if (areCountsAhead) {
+        def.rowCount = def_.rowCount;
+        for (std::size_t i = 0; i < def.realIndexes.size(); ++i)
+            def.realIndexes[i].distinctKeys = def_.realIndexes[i].distinctKeys;
+    }
     // Rows that had been written anew are where they were. Each time they get maps of their own.
     RowId ownedPages = def_.ownedPages;
     for (; ownedPages != def.ownedPages && !moves_.empty(); moves_.pop_back())
         ownedPages = moves_.back().ownedPages;
     Adopt(std::move(def));
+    areCountsAhead_ = areCountsAhead;
     isNumberAhead_ = def_.lastAutonumber != numberOnPage;
+    if (isNumberAhead_)
+        NoteAhead();
     ++generation_;
 }
 
@@ -154,7 +176,7 @@ void Table::Adopt(TableDef def)
     auto parts = std::make_unique<Parts>(*pager_, def);
     def_ = std::move(def);
     parts_ = std::move(parts);
-    isNumberAhead_ = false;
+    isNumberAhead_ = areCountsAhead_ = false;
     ++rowChanges_;
 }
 
@@ -171,6 +193,7 @@ Value Table::Get(const Record& record, std::size_t column) const
 /// One that is not used leaves a gap, unless it was the last and is returned.
 std::int32_t Table::TakeAutonumber()
 {
+    NoteAhead();
     isNumberAhead_ = true;
     return static_cast<std::int32_t>(++def_.lastAutonumber);
 }
@@ -180,6 +203,7 @@ void Table::ReturnAutonumber(std::int32_t number) noexcept
     if (def_.lastAutonumber != static_cast<std::uint32_t>(number))
         return;
     --def_.lastAutonumber;
+    NoteAhead();
     isNumberAhead_ = true;
 }
 

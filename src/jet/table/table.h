@@ -15,7 +15,7 @@
 namespace jet {
 
 class Table;
-struct RowScratches;
+struct TableGroup;
 
 /// What relations ask to be told of. Called before anything is changed; throws to refuse. Cascades act from inside.
 class RowHook {
@@ -58,12 +58,13 @@ struct IndexSpec {
 /// it.
 ///
 /// What the object knows it has read from pages, and reads anew by Reread() when these go back to a savepoint: so a
-/// function that throws may stop anywhere. Only the last autonumber is ahead of the definition page: numbers that were
-/// given out for records that are not saved yet, or never will be, reach it by FlushCounters().
+/// function that throws may stop anywhere. Only the counters are ahead of the definition page: those of records that
+/// were appended to what lies at hand, and the last autonumber, as numbers are given out for records that are not saved
+/// yet, or never will be. They reach it by FlushCounters().
 class Table {
 public:
-    /// `scratches`: of the tables with which this one is to share what changes of rows need; none = its own.
-    Table(Pager& pager, PageNumber definitionPage, std::string name, std::shared_ptr<RowScratches> scratches = nullptr);
+    /// `group`: of the tables with which this one is to share what changes of rows need; none = its own.
+    Table(Pager& pager, PageNumber definitionPage, std::string name, std::shared_ptr<TableGroup> group = nullptr);
     ~Table();
     Table(const Table&) = delete;
     Table& operator=(const Table&) = delete;
@@ -86,8 +87,8 @@ public:
     /// The id that a row has now whose id was `row` in `epoch`; nullopt when it was not there when the rows were
     /// written anew, or nobody was to ask any more.
     [[nodiscard]] std::optional<RowId> Relocated(RowId row, std::uint32_t epoch) const;
-    /// What its changes of rows need, for tables that are to share it.
-    [[nodiscard]] const std::shared_ptr<RowScratches>& Scratches() const noexcept { return scratches_; }
+    /// What it shares with other tables, for one that is to join them.
+    [[nodiscard]] const std::shared_ptr<TableGroup>& Group() const noexcept { return group_; }
     /// Counts the changes of rows and indexes, whose pages are then not what they were.
     [[nodiscard]] std::uint64_t RowChanges() const noexcept { return rowChanges_; }
     /// Nobody will ask for an id of an earlier epoch.
@@ -166,10 +167,11 @@ public:
     void Renumber();
     /// Frees everything that belongs to the table; nothing but the destructor may be called afterwards.
     void Destroy();
-    /// Before every commit.
+    /// Writes the counters of all tables of its group to their definition pages. Before every commit, and before every
+    /// savepoint but that of an insert's guard.
     void FlushCounters();
     /// To be called after pages have gone back to a savepoint: reads the definition anew. The columns have no rules
-    /// then. Numbers once given stay given.
+    /// then. Numbers once given stay given, and what was counted before the savepoint stays counted.
     void Reread();
 
 private:
@@ -180,16 +182,18 @@ private:
     void ChangeTo(TableDef def, bool rewrites);
     void Adopt(TableDef def);
     void StoreCounters();
-    void StoreCounters(const PageAtHand& definition);
+    void NoteAhead();
     void NumberRows(std::size_t column);
     Pager* pager_;
     std::uint64_t generation_ = 0;
     std::uint64_t rowChanges_ = 0;
     TableDef def_;
     std::unique_ptr<Parts> parts_; ///< trees, long-value stores, insert position
-    std::shared_ptr<RowScratches> scratches_;
+    std::shared_ptr<TableGroup> group_;
     RowHook* hook_ = nullptr;
-    bool isNumberAhead_ = false; ///< lastAutonumber differs from the page's
+    bool isNumberAhead_ = false;  ///< lastAutonumber differs from the page's
+    bool areCountsAhead_ = false; ///< rows were appended that the page does not count
+    bool isNoted_ = false;        ///< in the group, as one of which either may be so
     std::string name_;
     std::uint32_t firstEpoch_ = 0; ///< the epoch of moves_[0]
     /// All rows written anew.

@@ -30,18 +30,19 @@ struct RowScratch {
     std::vector<Key> oldKeys;
 };
 
-/// The scratch of all tables of a connection, which is shared, so that it stays in the processor's cache when every
-/// record is one of another table. One for each change under way: a hook may change further rows before a change goes
-/// on.
-struct RowScratches {
-    std::vector<std::unique_ptr<RowScratch>> all;
-    std::size_t used = 0;
+/// What the tables of a connection share.
+struct TableGroup {
+    /// Shared, so that they stay in the processor's cache when every record is one of another table. One for each
+    /// change under way: a hook may change further rows before a change goes on.
+    std::vector<std::unique_ptr<RowScratch>> scratches;
+    std::size_t usedScratches = 0;
+    std::vector<Table*> ahead; ///< those whose definition pages may lack what they have counted
 
-    [[nodiscard]] RowScratch& Acquire()
+    [[nodiscard]] RowScratch& AcquireScratch()
     {
-        if (used == all.size())
-            all.push_back(std::make_unique<RowScratch>());
-        return *all[used++];
+        if (usedScratches == scratches.size())
+            scratches.push_back(std::make_unique<RowScratch>());
+        return *scratches[usedScratches++];
     }
 };
 
@@ -70,7 +71,7 @@ struct Table::Parts {
 class Table::RowChange {
 public:
     explicit RowChange(Table& table);
-    ~RowChange() { --table_.scratches_->used; }
+    ~RowChange() { --table_.group_->usedScratches; }
     RowChange(const RowChange&) = delete;
     RowChange& operator=(const RowChange&) = delete;
 
@@ -116,10 +117,8 @@ private:
     Table& table_;
     Parts& parts_;
     RowScratch& scratch_;
-    std::size_t size_ = 0; ///< of the new row
-    // What FindAtHand() has found, beside the leaves.
-    PageAtHand definition_;
-    std::optional<RowStore::PlaceAtHand> place_;
+    std::size_t size_ = 0;                       ///< of the new row
+    std::optional<RowStore::PlaceAtHand> place_; ///< what FindAtHand() has found, beside the leaves
 };
 
 } // namespace jet

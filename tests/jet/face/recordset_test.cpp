@@ -69,6 +69,48 @@ TEST(Recordset, AnAutonumberIsGivenOnceAndTakenBack)
     EXPECT_TRUE(database.AllSound());
 }
 
+TEST(Recordset, WhatWasCountedStaysCountedWhenARecordIsTakenBack)
+{
+    Database database(JetVersion::Jet4);
+    database.Execute("CREATE TABLE t (PKEY Counter NOT NULL, n Long, a Text, b Text, c Text, d Text, e Text, f Text, "
+                     "g Text, h Text)");
+    for (const char* index : {"UNIQUE INDEX t_PKEY ON t (PKEY) WITH PRIMARY", "INDEX t_n ON t (n)",
+                              "INDEX t_texts ON t (a, b, c, d, e, f, g, h)"})
+        database.Execute(std::string("CREATE ") + index);
+    database.Execute("CREATE TABLE other (n Long)");
+    Recordset records = database.Open("t");
+    Recordset other = database.Open("other");
+    const auto add = [&records](int n) {
+        records.AddNew();
+        records.SetLong(1, n);
+        records.Update();
+    };
+    for (int i = 0; i < 40; ++i) {
+        add(i / 2);
+        other.AddNew();
+        other.Update();
+    }
+    // That a key is too long shows when the row stands already, with an entry in the indexes before.
+    records.AddNew();
+    records.SetLong(1, 100);
+    for (std::size_t field = 2; field < 10; ++field)
+        records.SetText(field, std::string(255, 'x'));
+    EXPECT_EQ(ErrorOf([&] { records.Update(); }), ErrorNumber::RecordTooLarge);
+    records.CancelUpdate();
+    EXPECT_EQ(records.RecordCount(), 40u);
+    add(20);
+    records.Close();
+    other.Close();
+    database.Reopen();
+    EXPECT_TRUE(database.AllSound());
+    EXPECT_EQ(database.Open("t").RecordCount(), 41u);
+    EXPECT_EQ(database.Open("other").RecordCount(), 40u);
+    EXPECT_EQ(database.Schema(SchemaKind::Indexes, {"", "", "t_n"}, {"CARDINALITY"}), "21\n");
+    Recordset again = database.Open("t");
+    again.AddNew();
+    EXPECT_EQ(again.Get(0), Value(42));
+}
+
 TEST(Recordset, AutonumbersGoOnBehindThoseThatAreThere)
 {
     Database database(JetVersion::Jet4);
