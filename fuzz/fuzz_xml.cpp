@@ -18,6 +18,8 @@ using namespace velmora::fuzzing;
 void CheckDocument(const velmora::Document& document)
 {
     std::size_t children = 0;
+    std::uint64_t values = 0;
+    std::map<velmora::PathId, std::uint32_t> mostChildren;
     std::map<velmora::PathId, std::uint32_t> mostTwins;
     for (velmora::ElementId element = 0; element < document.ElementCount(); ++element) {
         std::uint32_t counted = 0;
@@ -38,15 +40,20 @@ void CheckDocument(const velmora::Document& document)
             if (!document.HasChildren(child))
                 mostTwins[path] = std::max(mostTwins[path], ofTag[path] - 1);
         });
-        Check(counted == document.ChildCount(element));
+        std::uint32_t& most = mostChildren[document.Path(element)];
+        most = std::max(most, counted);
         children += counted;
-        Check(document.Content(element).find('\0') == std::string_view::npos);
-        for (std::uint32_t i = 0; i < document.AttributeCount(element); ++i)
-            Check(!document.NameText(document.AttributeName(element, i)).empty() &&
-                  document.AttributeValue(element, i).find('\0') == std::string_view::npos);
+        values += velmora::HasText(document.Content(element)) ? 1 : 0;
+        for (std::uint32_t i = 0; i < document.AttributeCount(element); ++i) {
+            Check(!document.NameText(document.AttributeName(element, i)).empty());
+            values += document.AttributeValue(element, i).empty() ? 0 : 1;
+        }
         Check(document.PathText(document.Path(element), 40).size() <= 40);
     }
     Check(document.IsEmpty() || children + 1 == document.ElementCount());
+    Check(values == document.ValueCount());
+    for (const auto& [path, most] : mostChildren)
+        Check(document.MostChildren(path) == most);
     for (const auto& [path, most] : mostTwins)
         Check(document.MostTwins(path) == most);
 }

@@ -71,9 +71,23 @@ std::string Document::PathText(PathId path, std::size_t limit) const
     return std::string(CutUtf8(head, keep)).append(kCut).append(tail);
 }
 
+std::uint32_t Document::MostChildren(PathId path) const noexcept
+{
+    return path < impl_->most.size() ? impl_->most[path].children : 0;
+}
+
 std::uint32_t Document::MostTwins(PathId path) const noexcept
 {
-    return path < impl_->mostTwins.size() ? impl_->mostTwins[path] : 0;
+    return path < impl_->most.size() ? impl_->most[path].twins : 0;
+}
+
+void Document::PassedLeaf(ElementId leaf) const noexcept
+{
+    TextSlot slot = ContentSlot(arrays_.elements[leaf]);
+    for (std::uint32_t i = AttributeCount(leaf); slot == kNoText && i > 0; --i) // their texts stand in front of it
+        slot = Attribute(leaf, i - 1).value;
+    if (passage_.IsFar(leaf, slot))
+        GiveBack({leaf, slot});
 }
 
 void Document::GiveBack(Passage passage) const noexcept

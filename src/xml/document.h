@@ -39,39 +39,41 @@ private:
     std::unique_ptr<Impl> impl_;
 };
 
-/// Texts begin at multiples of 4 bytes, so that 32 bits reach 16 GiB of them.
+/// Texts begin at multiples of 4 bytes, so that 32 bits reach 16 GiB of them. No text of an XML document has a byte of
+/// zero in it, so one stands behind each: that takes less than its length would.
 inline constexpr std::size_t kTextSlotBytes = 4;
 
-struct TextRange {
-    std::uint32_t slot = 0; ///< first byte divided by kTextSlotBytes; of no bytes, where they would be
-    std::uint32_t lengthBytes = 0;
-};
+/// Where a text is: its first byte divided by kTextSlotBytes.
+using TextSlot = std::uint32_t;
+/// Here is the text of no bytes, all of them.
+inline constexpr TextSlot kNoText = 0;
 
-/// Of a path: an element has room for half a billion different ones, which would take gigabytes themselves.
-inline constexpr unsigned kPathBits = 29;
+/// Of a path: an element has room for a quarter of a billion different ones, which would take gigabytes themselves.
+inline constexpr unsigned kPathBits = 28;
 
-/// Elements stand in the order of their start tags: the first child of an element is the element behind it, and the
-/// attributes of an element end where those of the element behind it begin. Most elements have no children, and are
-/// kept short: what the others have besides stands in a ParentRecord.
+/// Elements stand in the order of their start tags: the first child of an element is the element behind it. Most of
+/// them have a text only, and are kept short: what the others have besides stands in a FurtherRecord.
 struct ElementRecord {
     std::uint32_t path : kPathBits = 0;
     std::uint32_t isRepeated : 1 = 0; ///< its parent has other children with its tag
     std::uint32_t isLast : 1 = 0;     ///< of its parent's children
     std::uint32_t isParent : 1 = 0;   ///< has children
-    std::uint32_t firstAttribute = 0;
-    TextRange content; ///< of a parent `slot` is the number of its ParentRecord
+    std::uint32_t hasFurther : 1 = 0; ///< children or attributes
+    std::uint32_t content = kNoText;  ///< a TextSlot; with a FurtherRecord, the number of that
 };
-static_assert(sizeof(ElementRecord) == 16);
+static_assert(sizeof(ElementRecord) == 8);
 
-struct ParentRecord {
-    ElementId end = kNoElement; ///< the first element behind all that stand in it
-    std::uint32_t childCount = 0;
-    TextRange content;
+/// Of an element with children or attributes. They stand in the order of the elements: the attributes of one end where
+/// those of the next begin. Behind the last one stands one more, for its end.
+struct FurtherRecord {
+    ElementId end = kNoElement; ///< of a parent: the first element behind all that stand in it
+    std::uint32_t firstAttribute = 0;
+    TextSlot content = kNoText;
 };
 
 struct AttributeRecord {
     NameId name = 0;
-    TextRange value;
+    TextSlot value = kNoText;
 };
 
 /// Is there nothing but what XML takes for white space?
@@ -101,14 +103,15 @@ enum class Blanks : std::uint8_t {
 class Passage {
 public:
     Passage() = default;
-    /// `slot` is where the texts are that the walk comes to.
+    /// `slot` is where the texts are that the walk comes to, as far as that is known: kNoText does not tell.
     Passage(std::size_t element, std::size_t slot) noexcept : element_(element), slot_(slot) {}
 
     /// Is that far away by now?
     [[nodiscard]] bool IsFar(std::size_t element, std::size_t slot) const noexcept
     {
         constexpr std::size_t kBytes = std::size_t{8} << 20;
-        return IsFar(element, element_, kBytes / sizeof(ElementRecord)) || IsFar(slot, slot_, kBytes / kTextSlotBytes);
+        return IsFar(element, element_, kBytes / sizeof(ElementRecord)) ||
+               (slot != kNoText && IsFar(slot, slot_, kBytes / kTextSlotBytes));
     }
 
 private:
@@ -160,12 +163,7 @@ public:
         const ElementRecord& record = arrays_.elements[element];
         if (record.isLast != 0)
             return kNoElement;
-        return record.isParent != 0 ? AsParent(record).end : element + 1;
-    }
-    [[nodiscard]] std::uint32_t ChildCount(ElementId element) const noexcept
-    {
-        const ElementRecord& record = arrays_.elements[element];
-        return record.isParent != 0 ? AsParent(record).childCount : 0;
+        return record.isParent != 0 ? FurtherOf(record).end : element + 1;
     }
     /// Does its parent have other children with its tag?
     [[nodiscard]] bool IsRepeated(ElementId element) const noexcept
@@ -175,14 +173,15 @@ public:
     /// The element's own character data, pieces joined; white space between child elements as Blanks says.
     [[nodiscard]] std::string_view Content(ElementId element) const noexcept
     {
-        const ElementRecord& record = arrays_.elements[element];
-        return Text(record.isParent != 0 ? AsParent(record).content : record.content);
+        return Text(ContentSlot(arrays_.elements[element]));
     }
     [[nodiscard]] std::uint32_t AttributeCount(ElementId element) const noexcept
     {
-        const ElementRecord* const record = arrays_.elements + element;
-        const bool isLast = element + 1 == arrays_.elementCount;
-        return (isLast ? arrays_.attributeCount : record[1].firstAttribute) - record->firstAttribute;
+        const ElementRecord& record = arrays_.elements[element];
+        if (record.hasFurther == 0)
+            return 0;
+        const FurtherRecord* const further = &FurtherOf(record);
+        return further[1].firstAttribute - further->firstAttribute;
     }
     [[nodiscard]] NameId AttributeName(ElementId element, std::uint32_t index) const noexcept
     {
@@ -193,6 +192,8 @@ public:
         return Text(Attribute(element, index).value);
     }
 
+    /// How many children an element at `path` has at the most. 0 for a path that was added later.
+    [[nodiscard]] std::uint32_t MostChildren(PathId path) const noexcept;
     /// Of the elements at `path` that have no children: with how many others of its tag one stands in its parent, at
     /// the most. 0 for a path that was added later.
     [[nodiscard]] std::uint32_t MostTwins(PathId path) const noexcept;
@@ -202,16 +203,13 @@ public:
     void Passed(ElementId element) const noexcept
     {
         const ElementRecord& record = arrays_.elements[element];
-        const std::uint32_t slot = record.content.slot;
         // Who makes records looks at so much between two elements that the processor loses sight of the walk.
         __builtin_prefetch(&record + kElementsAhead);
-        if (record.content.lengthBytes != 0)
-            __builtin_prefetch(arrays_.text + slot * kTextSlotBytes + kTextBytesAhead);
-        if (!arrays_.areInFile)
-            return;
+        if (record.hasFurther == 0 && record.content != kNoText)
+            __builtin_prefetch(arrays_.text + record.content * kTextSlotBytes + kTextBytesAhead);
         // What has children has its text behind theirs, far away: leaves tell where the walk is.
-        if (record.isParent == 0 && passage_.IsFar(element, slot))
-            GiveBack({element, slot});
+        if (arrays_.areInFile && record.isParent == 0)
+            PassedLeaf(element);
     }
 
 private:
@@ -220,28 +218,30 @@ private:
     /// Where the arrays lie when all of the document has been loaded.
     struct Arrays {
         const ElementRecord* elements = nullptr;
-        const ParentRecord* parents = nullptr;
+        const FurtherRecord* further = nullptr;
         const AttributeRecord* attributes = nullptr;
         const char* text = nullptr;
         std::size_t elementCount = 0;
-        std::uint32_t attributeCount = 0;
         std::uint64_t valueCount = 0;
         bool areInFile = false; ///< some of them
     };
 
-    [[nodiscard]] const ParentRecord& AsParent(const ElementRecord& record) const noexcept
+    /// `record` has one.
+    [[nodiscard]] const FurtherRecord& FurtherOf(const ElementRecord& record) const noexcept
     {
-        return arrays_.parents[record.content.slot];
+        return arrays_.further[record.content];
+    }
+    [[nodiscard]] TextSlot ContentSlot(const ElementRecord& record) const noexcept
+    {
+        return record.hasFurther != 0 ? FurtherOf(record).content : record.content;
     }
     [[nodiscard]] const AttributeRecord& Attribute(ElementId element, std::uint32_t index) const noexcept
     {
-        return arrays_.attributes[arrays_.elements[element].firstAttribute + index];
+        return arrays_.attributes[FurtherOf(arrays_.elements[element]).firstAttribute + index];
     }
-    [[nodiscard]] std::string_view Text(TextRange range) const noexcept
-    {
-        return {arrays_.text + range.slot * kTextSlotBytes, range.lengthBytes};
-    }
+    [[nodiscard]] std::string_view Text(TextSlot slot) const noexcept { return {arrays_.text + slot * kTextSlotBytes}; }
 
+    void PassedLeaf(ElementId leaf) const noexcept;
     void GiveBack(Passage passage) const noexcept;
     static constexpr std::size_t kElementsAhead = 24;
     static constexpr std::size_t kTextBytesAhead = 512;

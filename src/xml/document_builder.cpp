@@ -3,38 +3,57 @@
 #include "xml/document_limits.h"
 
 #include <algorithm>
+#include <cassert>
 #include <utility>
 
 namespace velmora {
 
+namespace {
+
+/// Where a text may begin behind one that ends there, and the byte behind that.
+constexpr std::size_t SlotBehind(std::size_t end)
+{
+    return (end / kTextSlotBytes + 1) * kTextSlotBytes;
+}
+
+} // namespace
+
 DocumentBuilder::DocumentBuilder(MemoryBudget budget, Blanks blanks)
     : data_(*(document_.impl_ = std::make_unique<Document::Impl>(std::move(budget)))), blanks_(blanks)
 {
+    BeginArena();
+}
+
+/// The text of no bytes is the first one.
+void DocumentBuilder::BeginArena()
+{
+    data_.text.SetSize(0);
+    data_.text.Append("\0\0\0", kTextSlotBytes);
+    pieceBegin_ = kTextSlotBytes;
 }
 
 /// The arena from `begin` to its end as one text; the arena's end moves to where the next one may begin.
-inline TextRange DocumentBuilder::CloseText(std::size_t begin)
+inline TextSlot DocumentBuilder::CloseText(std::size_t begin)
 {
-    const std::size_t length = data_.text.Size() - begin;
-    if (length == 0)
-        return {static_cast<std::uint32_t>(begin / kTextSlotBytes), 0};
-    CheckTextLength(length);
+    const std::size_t end = data_.text.Size();
+    if (end == begin)
+        return kNoText;
+    CheckTextLength(end - begin);
     CheckTextBegin(begin);
-    AlignText();
-    return {static_cast<std::uint32_t>(begin / kTextSlotBytes), static_cast<std::uint32_t>(length)};
+    data_.text.SetSize(SlotBehind(end));
+    data_.text[end] = '\0';
+    return static_cast<TextSlot>(begin / kTextSlotBytes);
 }
 
-/// The arena's end moves to where the next text may begin.
-inline void DocumentBuilder::AlignText()
-{
-    data_.text.SetSize((data_.text.Size() + kTextSlotBytes - 1) / kTextSlotBytes * kTextSlotBytes);
-}
-
-/// The arena from the beginning of the last piece as an element's content.
-inline TextRange DocumentBuilder::CloseContent()
+/// The arena from the beginning of the last piece becomes the element's content.
+inline void DocumentBuilder::CloseContent(ElementRecord& element)
 {
     valueCount_ += HasText({data_.text.Data() + pieceBegin_, data_.text.Size() - pieceBegin_}) ? 1 : 0;
-    return CloseText(pieceBegin_);
+    const TextSlot content = CloseText(pieceBegin_);
+    if (element.hasFurther != 0)
+        data_.further[element.content].content = content;
+    else
+        element.content = content;
 }
 
 void DocumentBuilder::TakePieceBesideChild()
@@ -116,12 +135,20 @@ inline bool DocumentBuilder::CountTwin(Twins& twins, ElementId parent, ElementId
 }
 
 /// Its first child has come.
-void DocumentBuilder::BeginChildren(OpenElement& parent)
+void DocumentBuilder::BeginChildren(const OpenElement& parent)
 {
     ElementRecord& record = data_.elements[parent.id];
     record.isParent = 1;
-    record.content.slot = static_cast<std::uint32_t>(data_.parents.Size());
-    data_.parents.Add({});
+    if (record.hasFurther == 0)
+        AddFurther(record);
+}
+
+/// There are no attributes yet of what begins at the element or behind it.
+void DocumentBuilder::AddFurther(ElementRecord& element)
+{
+    element.hasFurther = 1;
+    element.content = static_cast<std::uint32_t>(data_.further.Size());
+    data_.further.Add({.firstAttribute = static_cast<std::uint32_t>(data_.attributes.Size())});
 }
 
 void DocumentBuilder::StartElement(std::string_view name, const char* const* attributes)
@@ -138,7 +165,8 @@ void DocumentBuilder::StartElement(std::string_view name, const char* const* att
     ElementRecord record;
     record.path = path;
     record.isRepeated = CountTwin(states_[path].twins, above.id, id);
-    record.firstAttribute = static_cast<std::uint32_t>(data_.attributes.Size());
+    if (*attributes != nullptr)
+        AddFurther(record);
     data_.elements.Add(record);
     open_.push_back({.id = id, .path = path, .mixedBegin = mixed_.size()});
     AddAttributes(path, attributes);
@@ -157,6 +185,7 @@ void DocumentBuilder::GiveBackPassed() const noexcept
 
 void DocumentBuilder::Text(std::string_view piece)
 {
+    assert(piece.find('\0') == std::string_view::npos);
     data_.text.Append(piece.data(), piece.size());
 }
 
@@ -166,7 +195,7 @@ void DocumentBuilder::EndElement()
     if (element.childCount != 0) {
         EndParent(element);
     } else {
-        data_.elements[element.id].content = CloseContent();
+        CloseContent(data_.elements[element.id]);
         Twins& twins = states_[element.path].twins;
         twins.hasLeaf = true;
         twins.most = std::max(twins.most, twins.count - 1);
@@ -183,14 +212,17 @@ void DocumentBuilder::EndParent(const OpenElement& element)
         data_.text.Append(text.data(), text.size());
     mixed_.resize(element.mixedBegin);
     data_.elements[element.lastChild].isLast = 1;
-    ParentRecord& record = data_.parents[data_.elements[element.id].content.slot];
-    record = {static_cast<ElementId>(data_.elements.Size()), element.childCount, CloseContent()};
+    ElementRecord& record = data_.elements[element.id];
+    data_.further[record.content].end = static_cast<ElementId>(data_.elements.Size());
+    CloseContent(record);
+    std::uint32_t& most = states_[element.path].mostChildren;
+    most = std::max(most, element.childCount);
 }
 
 /// The last piece of text stays where it is, and another one begins.
 void DocumentBuilder::BeginPiece()
 {
-    AlignText();
+    data_.text.SetSize(SlotBehind(data_.text.Size()));
     pieceBegin_ = data_.text.Size();
 }
 
@@ -198,13 +230,12 @@ void DocumentBuilder::BeginPiece()
 void DocumentBuilder::Clear()
 {
     data_.elements.SetSize(0);
-    data_.parents.SetSize(0);
+    data_.further.SetSize(0);
     data_.attributes.SetSize(0);
-    data_.text.SetSize(0);
+    BeginArena();
     data_.names = {};
     data_.paths = {};
     open_.assign(1, {});
-    pieceBegin_ = 0;
     mixed_.clear();
     valueCount_ = 0;
     states_.assign(1, {});
@@ -215,13 +246,12 @@ Document DocumentBuilder::Take()
 {
     if (data_.elements.Size() != 0)
         data_.elements[0].isLast = 1;
-    data_.mostTwins.reserve(states_.size());
+    data_.further.Add({.firstAttribute = static_cast<std::uint32_t>(data_.attributes.Size())});
+    data_.most.reserve(states_.size());
     for (const PathState& state : states_)
-        data_.mostTwins.push_back(state.twins.most);
-    document_.arrays_ = {
-        data_.elements.Data(), data_.parents.Data(),   data_.attributes.Data(),
-        data_.text.Data(),     data_.elements.Size(),  static_cast<std::uint32_t>(data_.attributes.Size()),
-        valueCount_,           data_.budget.isExceeded};
+        data_.most.push_back({state.mostChildren, state.twins.most});
+    document_.arrays_ = {data_.elements.Data(), data_.further.Data(), data_.attributes.Data(), data_.text.Data(),
+                         data_.elements.Size(), valueCount_,          data_.budget.isExceeded};
     return std::move(document_);
 }
 

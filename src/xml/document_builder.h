@@ -47,7 +47,8 @@ private:
     void AddAttributes(PathId path, const char* const* attributes);
     [[nodiscard]] NameId LearnAttribute(Guesses<NameId>& guesses, std::string_view name);
     [[nodiscard]] bool CountTwin(Twins& twins, ElementId parent, ElementId element);
-    void BeginChildren(OpenElement& parent);
+    void BeginChildren(const OpenElement& parent);
+    void AddFurther(ElementRecord& element);
     void EndParent(const OpenElement& element);
     /// Takes the piece of text before or behind a child out of the arena; white space alone may be no content there.
     void ClosePieceBesideChild()
@@ -57,11 +58,11 @@ private:
     }
     void TakePieceBesideChild();
     void GiveBackPassed() const noexcept;
-    void AlignText();
     void BeginPiece();
+    void BeginArena();
     void Clear();
-    [[nodiscard]] TextRange CloseText(std::size_t begin);
-    [[nodiscard]] TextRange CloseContent();
+    [[nodiscard]] TextSlot CloseText(std::size_t begin);
+    void CloseContent(ElementRecord& element);
 
     Document document_;
     Data& data_;

@@ -127,7 +127,7 @@ std::size_t PathTree::Size() const noexcept
 void Document::Impl::GiveBack() const noexcept
 {
     elements.GiveBack();
-    parents.GiveBack();
+    further.GiveBack();
     attributes.GiveBack();
     text.GiveBack();
 }

@@ -36,6 +36,11 @@ private:
 
 class Document::Impl {
 public:
+    /// How much there is of something at a path, at the most.
+    struct Most {
+        std::uint32_t children, twins;
+    };
+
     explicit Impl(MemoryBudget memory = MemoryBudget(0)) : budget(std::move(memory)) {}
 
     /// Arrays that are in a file leave the memory.
@@ -43,12 +48,12 @@ public:
 
     MemoryBudget budget; ///< before the arrays: they give back to it
     PagedArray<ElementRecord> elements{budget};
-    PagedArray<ParentRecord> parents{budget};
+    PagedArray<FurtherRecord> further{budget};
     PagedArray<AttributeRecord> attributes{budget};
     PagedArray<char> text{budget};
     NameTable names;
     PathTree paths;
-    std::vector<std::uint32_t> mostTwins; ///< by path
+    std::vector<Most> most; ///< by path
 };
 
 } // namespace velmora

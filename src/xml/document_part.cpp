@@ -43,8 +43,10 @@ public:
 
 private:
     struct Shift {
-        std::uint32_t elements, parents, attributes, slots;
+        std::uint32_t elements, further, attributes, slots;
         std::size_t mixedBytes;
+
+        [[nodiscard]] TextSlot Moved(TextSlot slot) const noexcept { return slot == kNoText ? slot : slot + slots; }
     };
 
     void AddChildren(const Stretch& stretch);
@@ -52,10 +54,10 @@ private:
     void SetShift(const Extent& begin);
     void AddToParent(const DocumentBuilder::OpenElement& parent);
     void AddElements(std::size_t begin, std::size_t end);
-    void AddParents(std::size_t begin, std::size_t end);
+    void AddFurther(std::size_t begin, std::size_t end);
     void AddAttributes(std::size_t begin, std::size_t end);
     void AddTexts(const Stretch& stretch);
-    void AddTwins(const Stretch& stretch);
+    void AddStates(const Stretch& stretch);
     void AddTwinsOfParent(Twins& known, const Twins& more);
 
     DocumentBuilder& whole_;
@@ -71,9 +73,8 @@ void DocumentPart::Joint::AddChildren(const Stretch& stretch)
 {
     const Extent& begin = stretch.begin;
     const Extent& end = stretch.end;
-    const std::size_t last = end.elements - 1;
-    CheckNumbers(to_.elements.Size() + last - begin.elements,
-                 to_.attributes.Size() + from_.elements[last].firstAttribute - begin.attributes);
+    CheckNumbers(to_.elements.Size() + end.elements - 1 - begin.elements,
+                 to_.attributes.Size() + end.attributes - begin.attributes);
     whole_.ClosePieceBesideChild();
     AddPaths(stretch);
     if (DocumentBuilder::OpenElement& above = whole_.open_.back(); above.childCount == 0 && above.id != kNoElement)
@@ -81,10 +82,10 @@ void DocumentPart::Joint::AddChildren(const Stretch& stretch)
     SetShift(begin);
     AddToParent(stretch.parent);
     AddElements(begin.elements, end.elements);
-    AddParents(begin.parents, end.parents);
+    AddFurther(begin.further, end.further);
     AddAttributes(begin.attributes, end.attributes);
     AddTexts(stretch);
-    AddTwins(stretch);
+    AddStates(stretch);
     if (to_.budget.isExceeded)
         whole_.GiveBackPassed();
 }
@@ -100,7 +101,7 @@ void DocumentPart::Joint::AddPaths(const Stretch& stretch)
 void DocumentPart::Joint::SetShift(const Extent& begin)
 {
     const auto difference = [](std::size_t to, std::size_t from) { return static_cast<std::uint32_t>(to - from); };
-    shift_ = {difference(to_.elements.Size(), begin.elements), difference(to_.parents.Size(), begin.parents),
+    shift_ = {difference(to_.elements.Size(), begin.elements), difference(to_.further.Size(), begin.further),
               difference(to_.attributes.Size(), begin.attributes),
               difference(to_.text.Size() / kTextSlotBytes, begin.textBytes / kTextSlotBytes),
               whole_.mixed_.size() - begin.mixedBytes};
@@ -119,31 +120,31 @@ void DocumentPart::Joint::AddElements(std::size_t begin, std::size_t end)
 {
     const auto moved = [paths = paths_.data(), shift = shift_](ElementRecord record) {
         record.path = paths[record.path];
-        record.firstAttribute += shift.attributes;
-        record.content.slot += record.isParent != 0 ? shift.parents : shift.slots;
+        record.content = record.hasFurther != 0 ? record.content + shift.further : shift.Moved(record.content);
         return record;
     };
     const ElementRecord* const from = from_.elements.Data();
     std::transform(from + begin, from + end, to_.elements.Extend(end - begin), moved);
 }
 
-/// Those that are open at the part's end are written when they end.
-void DocumentPart::Joint::AddParents(std::size_t begin, std::size_t end)
+/// What is not known yet of those that are open at the part's end is written when they end.
+void DocumentPart::Joint::AddFurther(std::size_t begin, std::size_t end)
 {
-    const auto moved = [shift = shift_](ParentRecord record) {
+    const auto moved = [shift = shift_](FurtherRecord record) {
         record.end += shift.elements;
-        record.content.slot += shift.slots;
+        record.firstAttribute += shift.attributes;
+        record.content = shift.Moved(record.content);
         return record;
     };
-    const ParentRecord* const from = from_.parents.Data();
-    std::transform(from + begin, from + end, to_.parents.Extend(end - begin), moved);
+    const FurtherRecord* const from = from_.further.Data();
+    std::transform(from + begin, from + end, to_.further.Extend(end - begin), moved);
 }
 
 void DocumentPart::Joint::AddAttributes(std::size_t begin, std::size_t end)
 {
     const auto moved = [names = names_.data(), shift = shift_](AttributeRecord record) {
         record.name = names[record.name];
-        record.value.slot += shift.slots;
+        record.value = shift.Moved(record.value);
         return record;
     };
     const AttributeRecord* const from = from_.attributes.Data();
@@ -160,14 +161,16 @@ void DocumentPart::Joint::AddTexts(const Stretch& stretch)
 }
 
 /// What was known of a path's elements is of parents that are closed, unless these are children of the element around.
-void DocumentPart::Joint::AddTwins(const Stretch& stretch)
+void DocumentPart::Joint::AddStates(const Stretch& stretch)
 {
     for (PathId path = stretch.around + 1; path < stretch.end.paths; ++path) {
         const bool isOuter = from_.paths.Parent(path) == stretch.around;
+        PathState& state = whole_.states_[paths_[path]];
+        state.mostChildren = std::max(state.mostChildren, part_.states_[path].mostChildren);
         Twins more = part_.states_[path].twins;
         more.parent = isOuter ? whole_.open_.back().id : more.parent + shift_.elements;
         more.first += shift_.elements;
-        Twins& known = whole_.states_[paths_[path]].twins;
+        Twins& known = state.twins;
         if (known.count != 0 && known.parent == more.parent) {
             AddTwinsOfParent(known, more);
         } else {
@@ -240,14 +243,15 @@ void DocumentPart::Clear()
 std::size_t DocumentPart::Bytes() const noexcept
 {
     const DocumentBuilder::Data& data = builder_->data_;
-    return data.elements.Size() * sizeof(ElementRecord) + data.attributes.Size() * sizeof(AttributeRecord) +
-           data.text.Size() + builder_->mixed_.size() + (stretches_.size() - 1) * sizeof(Stretch);
+    return data.elements.Size() * sizeof(ElementRecord) + data.further.Size() * sizeof(FurtherRecord) +
+           data.attributes.Size() * sizeof(AttributeRecord) + data.text.Size() + builder_->mixed_.size() +
+           (stretches_.size() - 1) * sizeof(Stretch);
 }
 
 DocumentPart::Extent DocumentPart::Here() const noexcept
 {
     const DocumentBuilder::Data& data = builder_->data_;
-    return {data.elements.Size(), data.parents.Size(),     data.attributes.Size(),
+    return {data.elements.Size(), data.further.Size(),     data.attributes.Size(),
             data.text.Size(),     builder_->mixed_.size(), data.paths.Size()};
 }
 

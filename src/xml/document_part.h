@@ -41,7 +41,7 @@ public:
 private:
     /// How much there is in the part's arrays at some place of it.
     struct Extent {
-        std::size_t elements, parents, attributes, textBytes, mixedBytes, paths;
+        std::size_t elements, further, attributes, textBytes, mixedBytes, paths;
     };
     struct Stretch {
         PathId around; ///< stands for the path of the element around it; the paths of what is in it follow

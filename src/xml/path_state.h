@@ -52,6 +52,7 @@ struct PathState {
     Guesses<PathId> nextSibling;
     Guesses<NameId> firstAttribute;
     Twins twins;
+    std::uint32_t mostChildren = 0; ///< of an element at the path that has ended
 };
 
 } // namespace velmora

@@ -128,9 +128,10 @@ void StructureAnalyser::TakeWrappingTagsOut()
 inline Occurrence StructureAnalyser::Look(ElementId element) const
 {
     Occurrence seen;
-    seen.childCount = static_cast<std::int32_t>(document_.ChildCount(element));
     // The greatest number at its path stands for each: nobody asks for more than that, and whether there are any.
-    if (seen.childCount == 0 && document_.IsRepeated(element))
+    if (document_.HasChildren(element))
+        seen.childCount = static_cast<std::int32_t>(document_.MostChildren(document_.Path(element)));
+    else if (document_.IsRepeated(element))
         seen.twinCount = static_cast<std::int32_t>(document_.MostTwins(document_.Path(element)));
     seen.attributeCount = static_cast<std::int32_t>(document_.AttributeCount(element));
     seen.content = document_.Content(element);

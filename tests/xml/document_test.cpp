@@ -30,6 +30,8 @@ TEST(Document, KeepsWhatTheFileHolds)
          "<a>x<![CDATA[<&>]]>&lt;<!--no--><?no no?>&#65;</a>", "a [x<&><A] x1\n"},
         {"internal entities and default attributes",
          "<!DOCTYPE a [<!ENTITY e 'ent'><!ATTLIST a d CDATA 'def'>]><a b='&e;'>&e;</a>", "a b=ent d=def [ent] x1\n"},
+        {"attributes beside text and children", "<a x='1'>abcd<b y=''/>efg<c z='xyz'>hij</c></a>",
+         "a x=1 [abcdefg] x1\n b y= x1\n c z=xyz [hij] x1\n"},
         {"prefixes stay", "<n:a xmlns:n='u' n:b='1'/>", "n:a xmlns:n=u n:b=1 x1\n"},
         {"tags are counted per parent", "<a><b/><c/><b/><d><b/></d><b/></a>",
          "a x1\n b x3\n c x1\n b x3\n d x1\n  b x1\n b x3\n"},

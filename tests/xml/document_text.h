@@ -30,17 +30,16 @@ inline std::string DocumentText(const Document& document)
     return text;
 }
 
-/// DocumentText, and all numbers that a document has: of its paths, and of each element's path, children and next
-/// sibling.
+/// DocumentText, and all numbers that a document has: of its paths the most children, and of each element its path and
+/// next sibling.
 inline std::string WholeText(const Document& document)
 {
     std::string text = DocumentText(document) + std::to_string(document.ValueCount()) + " values in " +
                        std::to_string(document.TextBytes()) + " bytes\n";
     for (PathId path = 1; path < document.Paths().Size(); ++path)
-        text.append(document.PathText(path)).append("\n");
+        text.append(document.PathText(path)).append(" ").append(std::to_string(document.MostChildren(path))) += '\n';
     for (ElementId element = 0; element < document.ElementCount(); ++element)
-        for (const std::uint32_t number :
-             {document.Path(element), document.ChildCount(element), document.NextSibling(element)})
+        for (const std::uint32_t number : {document.Path(element), document.NextSibling(element)})
             text.append(std::to_string(number)).append(" ");
     return text;
 }
