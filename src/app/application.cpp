@@ -18,7 +18,7 @@ namespace {
 
 constexpr std::string_view kPasswordKey = "pwd=";
 
-/// With whatever sign: "--preview" is nearer to "-preview" and meant for its opposite.
+/// With whatever sign: "-previev" may be meant for the one as well as for the other.
 bool IsPreview(std::string_view word)
 {
     return word.ends_with("preview");

@@ -57,6 +57,8 @@ bool Resembles(std::string_view typed, std::string_view word, std::size_t distan
 
 std::optional<std::string_view> ResemblingWord(std::string_view token)
 {
+    if (token.starts_with("--")) // as other programs have it; whoever writes so wants the word itself
+        token.remove_prefix(2);
     const std::size_t equals = token.find('=');
     const std::string typed = LowerCase(equals == token.npos ? token : token.substr(0, equals + 1));
     std::optional<std::string_view> nearest;

@@ -49,6 +49,7 @@ TEST(Application, AMistypedWordDoesNotCostADatabase)
         {"-d previw", true, true, "\"preview\" writes nothing"},
         {"prewiew", false, true, kDoubt},
         {"-d --preview", true, true, kDoubt},
+        {"-d --preview", true, true, "Did you mean preview?"},
         {"-d -preview", true, false},
         {"pwdd=secret xlm=b", true, true, "Unknown parameter:pwdd=***"},
         {"+strict foo", false, true, "+strict: \"foo\" is not known"},
