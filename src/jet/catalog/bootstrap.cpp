@@ -17,8 +17,7 @@ namespace {
 
 constexpr Byte kSystemTableType = 0x53;
 
-// ---- The system tables
-// ------------------------------------------------------------------------------------------------
+// ---- The system tables ----------------------------------------------------------------------------------------------
 
 /// Text and binary columns have the greatest size that the format allows; the flags follow from the type.
 struct SystemColumn {

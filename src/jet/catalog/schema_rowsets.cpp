@@ -160,8 +160,7 @@ Value ReferencedKeyName(Catalog& catalog, const Relationship& relationship)
     return Null();
 }
 
-// ---- One function for each kind
-// ----------------------------------------------------------------------------------------
+// ---- One function for each kind -------------------------------------------------------------------------------------
 
 /// Ordered by type and then by name.
 Rowset Tables(Catalog& catalog, const Restrictions& restrictions)
