@@ -16,6 +16,8 @@ namespace {
 
 /// Records are written to the journal so many bytes at a time.
 constexpr std::size_t kBufferSize = std::size_t{1} << 18;
+/// A longer one is removed after its commit: the disk has better uses for the room.
+constexpr std::uint64_t kMostKeptBytes = std::uint64_t{1} << 20;
 
 std::uint64_t NewSalt(FileSystem& system)
 {
@@ -33,7 +35,18 @@ Journal::Journal(FileSystem& system, std::filesystem::path database)
 {
 }
 
-void Journal::Begin(File& database, const Format& format, PageNumber pageCount)
+Journal::~Journal()
+{
+    if (isActive_ || file_ == nullptr)
+        return;
+    try {
+        RemoveFile();
+    } catch (const Error&) {
+        return; // it counts for nothing, and whoever opens the database next removes it
+    }
+}
+
+void Journal::MakeFile()
 {
     const std::filesystem::path path = fmt::PathFor(databasePath_);
     if (system_.Exists(path)) // one that is done with and could not be removed
@@ -41,7 +54,14 @@ void Journal::Begin(File& database, const Format& format, PageNumber pageCount)
     std::unique_ptr<File> file = system_.Open(path, OpenMode::CreateNew);
     // It holds the database's content, which not everybody may read.
     system_.CopyRights(databasePath_, path);
+    file_ = std::move(file);
+    hasSafeName_ = false;
+}
 
+void Journal::Begin(File& database, const Format& format, PageNumber pageCount)
+{
+    if (file_ == nullptr)
+        MakeFile();
     database_ = &database;
     format_ = &format;
     pageCount_ = pageCount;
@@ -58,8 +78,7 @@ void Journal::Begin(File& database, const Format& format, PageNumber pageCount)
                           .commitCounter = LoadCommitCounter(database, format),
                           .salt = salt_,
                           .identity = fmt::IdentityOf(start)});
-    // Only now: the file is what IsActive() goes by, and until here every step may throw.
-    file_ = std::move(file);
+    isActive_ = true; // only now: until here every step may throw
 }
 
 bool Journal::Holds(PageNumber page) const noexcept
@@ -104,9 +123,10 @@ void Journal::Keep(std::span<const PageNumber> pages)
     if (!buffer_.empty())
         Flush();
     file_->Sync();
-    if (isFirst)
-        // A journal whose name a power failure takes is none, however safe its content is.
+    // A journal whose name a power failure takes is none, however safe its content is.
+    if (!hasSafeName_)
         system_.SyncFolder(databasePath_);
+    hasSafeName_ = true;
 
     SetBit(held_, kHeaderPage);
     for (const PageNumber page : pages)
@@ -126,14 +146,27 @@ void Journal::Keep(std::span<const PageNumber> pages)
 
 void Journal::Finish()
 {
+    // Nobody waits for the disk: the database says of itself that it is whole, and as long as this run has it, nobody
+    // else makes it say otherwise.
     fmt::Invalidate(*file_);
-    file_.reset();
+    file_->BeginToWrite(0, fmt::kHeaderSize);
+    isActive_ = false;
     buffer_ = Bytes();
+    if (end_ <= kMostKeptBytes)
+        return;
     try {
-        system_.Remove(fmt::PathFor(databasePath_));
+        RemoveFile();
     } catch (const Error&) {
-        return; // it counts no longer, and the next one replaces it
+        file_.reset(); // the next one replaces it
     }
+}
+
+/// Should a power failure bring it back, it still counts for nothing.
+void Journal::RemoveFile()
+{
+    file_->Sync();
+    file_.reset();
+    system_.Remove(fmt::PathFor(databasePath_));
 }
 
 void Journal::RollBack()

@@ -12,16 +12,21 @@ namespace jet {
 /// The rollback journal: a file beside the database with what its pages held at the last commit, from the moment when
 /// the first of them is overwritten to the next commit. What is in it and in which order things happen is described in
 /// docs/file-format/journal.md.
+///
+/// A small one stays for the next transaction, as one that counts for nothing: a new file, with a name that outlives a
+/// power failure, costs as much as all else that a small commit waits for.
 class Journal {
 public:
     /// Of the database at `database`. No file is made yet.
     Journal(FileSystem& system, std::filesystem::path database);
+    /// Removes the file, unless it is needed to put the database back.
+    ~Journal();
     Journal(const Journal&) = delete;
     Journal& operator=(const Journal&) = delete;
 
-    /// Has a file been made since the last commit?
-    [[nodiscard]] bool IsActive() const noexcept { return file_ != nullptr; }
-    /// Makes the file for `database`, which has `pageCount` pages as of its last commit. Before anything in it is
+    /// Has it begun since the last commit?
+    [[nodiscard]] bool IsActive() const noexcept { return isActive_; }
+    /// Begins the journal of `database`, which has `pageCount` pages as of its last commit. Before anything in it is
     /// overwritten, Keep must return. When it throws, nothing has begun.
     void Begin(File& database, const Format& format, PageNumber pageCount);
     /// What `page` held at the last commit is on the disk, or it was not there. Begin() came before.
@@ -30,7 +35,7 @@ public:
     /// overwritten when this returns. When it throws, it holds none of them, and may be asked again.
     void Keep(std::span<const PageNumber> pages);
 
-    /// Everything of a commit is on the disk: this is the moment at which it counts.
+    /// Everything of a commit is on the disk, and it counts.
     void Finish();
     /// Puts the database back to its last commit. When it throws, the next one who opens the database does that.
     void RollBack();
@@ -38,12 +43,16 @@ public:
     [[nodiscard]] FileSystem& System() const noexcept { return system_; }
 
 private:
+    void MakeFile();
+    void RemoveFile();
     void Append(PageNumber page);
     void Flush();
 
     FileSystem& system_;
     std::filesystem::path databasePath_;
-    std::unique_ptr<File> file_;
+    std::unique_ptr<File> file_; ///< kept from one transaction to the next
+    bool hasSafeName_ = false;   ///< a power failure does not take the file's name
+    bool isActive_ = false;
     File* database_ = nullptr;
     const Format* format_ = nullptr;
     PageNumber pageCount_ = 0;

@@ -91,7 +91,6 @@ void Invalidate(File& journal)
 {
     // The header is one sector: it is there, or it is gone.
     journal.WriteAt(0, Bytes(kHeaderSize));
-    journal.Sync();
 }
 
 std::uint64_t IdentityOf(ByteSpan page0)

@@ -36,7 +36,7 @@ enum class HeaderState {
 /// Reads the header of `journal` into `header`.
 [[nodiscard]] HeaderState Load(File& journal, Header& header);
 
-/// Without its header a journal is one that is done with. It is on the disk when this returns.
+/// Without its header a journal is one that is done with. A Sync has to follow where that matters.
 void Invalidate(File& journal);
 
 /// Tells databases apart by the part of page 0 (its first jet::kHeaderSize bytes) that never changes.

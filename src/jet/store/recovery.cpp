@@ -133,6 +133,7 @@ void Recover(FileSystem& system, const std::filesystem::path& path, File& databa
         // Put back, made void, removed: wherever this ends, whoever comes next begins again or has nothing left to do.
         JournalRecords(*state.journal, state.header).PutBack(database);
         fmt::Invalidate(*state.journal);
+        state.journal->Sync();
         state.journal.reset();
         system.Remove(journalPath);
         return;
