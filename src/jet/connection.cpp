@@ -20,7 +20,7 @@ namespace jet {
 
 namespace {
 
-/// Beside the target, until the first commit.
+/// Beside the target, until the first commit is on the disk.
 constexpr const char* kNewFileSuffix = ".velmora-new";
 
 std::unique_ptr<File> OpenLocked(FileSystem& system, const std::filesystem::path& path, OpenMode mode)

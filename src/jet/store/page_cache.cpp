@@ -321,7 +321,8 @@ void PageCache::WriteBack()
         file_->Truncate(std::uint64_t{pageCount_} * pageSize_);
         fileEnd_ = pageCount_;
     }
-    file_->Sync();
+    if (committedPages_ != 0)
+        file_->Sync();
 }
 
 void PageCache::WriteBackHeader()

@@ -196,7 +196,8 @@ public:
 
     /// Has a page been changed since the last commit?
     [[nodiscard]] bool HasChanges() const noexcept;
-    /// Writes every changed page except page 0 (kHeaderPage), in ascending order, and waits for the disk.
+    /// Writes every changed page except page 0 (kHeaderPage), in ascending order, and waits for the disk. Of a new file
+    /// that wait comes with page 0: whoever makes one gives it its name only then.
     void WriteBack();
     /// The same for page 0.
     void WriteBackHeader();

@@ -90,8 +90,7 @@ void Pager::Commit()
     if (!cache_.HasChanges())
         return;
     cache_.WriteBack();
-    // The header comes last: until it is there, a new file is no database, and its commit counter vouches for all
-    // before it.
+    // The header comes last: its commit counter vouches for all before it.
     CountCommit(cache_.Write(kHeaderPage).Data(), *format_);
     cache_.WriteBackHeader();
     cache_.EndCommit();
