@@ -8,15 +8,20 @@ namespace jet {
 
 namespace {
 
-/// With what the page cache writes in one go, this is as much as it writes while the thread is still at the last lot.
-constexpr std::size_t kMaxTasks = 40;
+/// So much is kept at most. It is more than the page cache writes in one go, and more than a disk takes while it is at
+/// something else.
+constexpr std::size_t kMaxBytes = std::size_t{5} << 20;
+/// The thread is not woken for less, nor the caller who waits for room: that costs as much as to write a page.
+constexpr std::size_t kLot = kMaxBytes / 4;
+/// Buffers that are kept.
+constexpr std::size_t kMaxUsed = 40;
 
 } // namespace
 
 WriteBehindFile::WriteBehindFile(std::unique_ptr<File> file, std::uint64_t bytesAtOnce)
     : file_(std::move(file)), bytesAtOnce_(bytesAtOnce)
 {
-    used_.reserve(kMaxTasks);
+    used_.reserve(kMaxUsed);
 }
 
 WriteBehindFile::~WriteBehindFile()
@@ -49,7 +54,7 @@ void WriteBehindFile::Work()
 {
     Lock lock(mutex_);
     for (;;) {
-        hasTasks_.wait(lock, [this] { return isEnding_ || (!tasks_.empty() && !isHalted_); });
+        hasTasks_.wait(lock, [this] { return isEnding_ || (isBegun_ && !isHalted_); });
         if (isEnding_)
             return;
         isWorking_ = true;
@@ -68,7 +73,9 @@ void WriteBehindFile::Work()
             RemoveFirst();
         else
             isHalted_ = true;
-        hasDone_.notify_one();
+        isBegun_ = !tasks_.empty();
+        if (isHalted_ || !isBegun_ || bytes_ <= kMaxBytes - kLot)
+            hasDone_.notify_one();
     }
 }
 
@@ -82,20 +89,34 @@ void WriteBehindFile::Do(const Task& task)
 
 void WriteBehindFile::RemoveFirst() noexcept
 {
-    if (used_.size() < used_.capacity())
-        used_.push_back(std::move(tasks_.front().bytes));
+    Task& first = tasks_.front();
+    bytes_ -= first.bytes.size();
+    if (first.isLarge && used_.size() < kMaxUsed)
+        used_.push_back(std::move(first.bytes));
     tasks_.pop_front();
 }
 
 // ---- The caller's side ----------------------------------------------------------------------------------------------
 
-/// Waits until nothing is left to be done; from a write on that has failed, does it here.
+void WriteBehindFile::Add(Task task)
+{
+    const bool isHint = task.bytes.empty();
+    tasks_.push_back(std::move(task));
+    bytes_ += tasks_.back().bytes.size();
+    if (isBegun_ || (!isHint && bytes_ < kLot))
+        return;
+    isBegun_ = true;
+    hasTasks_.notify_one();
+}
+
+/// Waits until nothing is left to be done; what the thread has not begun, or has failed with, is done here.
 void WriteBehindFile::Finish(Lock& lock)
 {
-    hasDone_.wait(lock, [this] { return tasks_.empty() || (isHalted_ && !isWorking_); });
+    hasDone_.wait(lock, [this] { return !isBegun_ || (isHalted_ && !isWorking_); });
+    isHalted_ = true; // also when it fails here
     for (; !tasks_.empty(); RemoveFirst())
         Do(tasks_.front());
-    isHalted_ = false;
+    isHalted_ = isBegun_ = false;
 }
 
 void WriteBehindFile::Finish()
@@ -112,22 +133,24 @@ void WriteBehindFile::WriteLater(std::uint64_t offset, Bytes& bytes)
         return;
     }
     Lock lock(mutex_);
-    hasDone_.wait(lock, [this] { return isHalted_ || tasks_.size() < kMaxTasks; });
+    if (bytes_ + bytes.size() > kMaxBytes)
+        hasDone_.wait(lock, [this] { return isHalted_ || !isBegun_ || bytes_ <= kMaxBytes - kLot; });
     if (isHalted_)
         Finish(lock);
-    tasks_.push_back({offset, std::exchange(bytes, {})});
+    if (bytes.size() < bytes.capacity() / 2) // a large buffer is not kept waiting for little
+        return Add({offset, bytes});
+    Add({.offset = offset, .bytes = std::exchange(bytes, {}), .isLarge = true});
     if (!used_.empty()) {
         bytes = std::move(used_.back());
         used_.pop_back();
     }
-    hasTasks_.notify_one();
 }
 
 void WriteBehindFile::BeginToWrite(std::uint64_t offset, std::uint64_t size)
 {
     const Lock lock(mutex_);
     if (!tasks_.empty())
-        tasks_.push_back({offset, {}, size});
+        Add({offset, {}, size});
     else
         file_->BeginToWrite(offset, size);
 }
@@ -138,10 +161,14 @@ void WriteBehindFile::Forget(std::uint64_t offset) noexcept
     isHalted_ = true;
     hasDone_.wait(lock, [this] { return !isWorking_; });
     for (Task& task : tasks_)
-        if (task.offset + task.bytes.size() > offset)
-            task.bytes.resize(offset - std::min(task.offset, offset));
+        if (task.offset + task.bytes.size() > offset) {
+            const std::size_t left = offset - std::min(task.offset, offset);
+            bytes_ -= task.bytes.size() - left;
+            task.bytes.resize(left);
+        }
     std::erase_if(tasks_, [](const Task& task) { return task.bytes.empty(); });
     isHalted_ = false;
+    isBegun_ = isBegun_ && !tasks_.empty();
     hasTasks_.notify_one();
 }
 

@@ -14,7 +14,7 @@
 namespace jet {
 
 /// Stands before another file, for one who does not want to wait for it: a thread does what WriteLater() was asked for,
-/// in that order. Whoever looks through this object finds all of it done: ReadAt() sees it, everything else waits for
+/// in that order, some of it at a time. Whoever looks through this object finds all of it done: ReadAt() sees it, everything else waits for
 /// it. So the disk sees all in the order of the calls, too.
 ///
 /// A write that fails loses nothing: its bytes stay here and can be read. The next call that needs the queue, with room
@@ -51,11 +51,13 @@ private:
         std::uint64_t offset;
         Bytes bytes;
         std::uint64_t hintSize = 0;
+        bool isLarge = false; ///< in a buffer that was the caller's
     };
     using Lock = std::unique_lock<std::mutex>;
 
     [[nodiscard]] bool HasThread();
     void Work();
+    void Add(Task task);
     void Do(const Task& task);
     void RemoveFirst() noexcept;
     void Finish(Lock& lock);
@@ -67,7 +69,9 @@ private:
     std::condition_variable hasTasks_;
     std::condition_variable hasDone_;
     std::deque<Task> tasks_; ///< the first is under way, or has failed
+    std::size_t bytes_ = 0;  ///< of them
     std::vector<Bytes> used_;
+    bool isBegun_ = false;   ///< the thread is to do what there is; never without tasks
     bool isWorking_ = false; ///< at the first
     bool isHalted_ = false;  ///< begins no other
     bool isEnding_ = false;
