@@ -185,7 +185,7 @@ bool ColumnImport::ImportLeafIntoOwnTable(ElementId leaf, TableNumber ownerSink)
     TableSink& owner = sinks_[ownerSink];
     writer_.Begin(sink, leaf);
     writer_.SetMasterTable(sink, owner.records->Source());
-    writer_.SetForeignKey(sink, writer_.Key(owner));
+    writer_.SetForeignKey(sink, writer_.Key(owner), owner);
     ImportOwnText(leaf, sink);
     Save(number, ownerSink);
     return true;
@@ -265,7 +265,7 @@ void ColumnImport::velImportTwinBabyElements(ElementId leaf, std::int32_t ownerK
         TableSink& sink = sinks_[number];
         step([&sink] { return "Add new record to table [" + sink.records->Source() + "]"; });
         writer_.Begin(sink, leaf);
-        writer_.SetForeignKey(sink, ownerKey);
+        writer_.SetForeignKey(sink, ownerKey, sinks_[ownerSink]);
         writer_.SetMasterTable(sink, ownerSink == kNoTable ? std::string_view() : sinks_[ownerSink].records->Source());
         if (!content.empty()) {
             step([this, leaf, &sink] { return AboutValue(sink, PlanOf(leaf).ownText); });
@@ -297,7 +297,7 @@ void ColumnImport::velImportNodeAttributesRecord(ElementId leaf, TableNumber lea
         });
         step([&sink] { return "Add new record to table  [" + sink.records->Source() + "] (Attributes only)"; });
         writer_.Begin(sink, leaf);
-        writer_.SetForeignKey(sink, ownerKey);
+        writer_.SetForeignKey(sink, ownerKey, sinks_[ownerSink]);
         SetAttributes(leaf, leafSink, step);
         step([&sink] { return "Update record in table [" + sink.records->Source() + "]"; });
         Save(leafSink, ownerSink);

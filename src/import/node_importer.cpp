@@ -149,7 +149,7 @@ void NodeImporter::TryBuildRecord(Level& level, Step& step)
     if (level.parentSink != kNoTable)
         writer.SetMasterTable(sink, SourceOf(level.parentSink));
     if (level.parentSink != kNoTable || !plan.isEntered)
-        writer.SetForeignKey(sink, level.parentKey);
+        writer.SetForeignKey(sink, level.parentKey, sinks_[level.parentSink]);
     if (columns_.ImportsAttributesOf(level.element)) {
         step([&records = *sink.records] { return "Import all attributes into table [" + records.Source() + "]"; });
         columns_.velImportNodeAttributes(level.element, level.sink);

@@ -60,6 +60,7 @@ void RecordWriter::FindKeysAnew(TableSink& sink) const
     };
     sink.keyLayout = sink.records->Layout();
     sink.primaryKey = find(sink.plan->keys.primary);
+    sink.isNumbered = sink.primaryKey && sink.records->IsAutonumber(*sink.primaryKey);
     sink.foreignKey = find(sink.plan->keys.foreign);
     sink.masterTable = find(sink.plan->keys.master);
     sink.types = session_.ChosenTypes(*sink.records, sink.foreignKey);
@@ -74,13 +75,16 @@ void RecordWriter::SetPrimaryKey(TableSink& sink, std::int32_t key)
         sink.records->SetLong(*sink.primaryKey, key);
 }
 
-void RecordWriter::SetForeignKey(TableSink& sink, std::int32_t key)
+void RecordWriter::SetForeignKey(TableSink& sink, std::int32_t key, const TableSink& owner)
 {
     sink.provisionalKey = key;
     if (!sink.foreignKey)
         return;
     try {
-        sink.records->SetLong(*sink.foreignKey, key);
+        if (owner.isNumbered)
+            sink.records->SetReference(*sink.foreignKey, key, *owner.records);
+        else
+            sink.records->SetLong(*sink.foreignKey, key);
     } catch (const RuntimeError& error) {
         if (IsLockConflict(error))
             throw;

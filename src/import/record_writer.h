@@ -35,7 +35,8 @@ public:
     void Begin(TableSink& sink, ElementId element);
     // Key columns that the table does not have, or that take no such value, are passed over.
     void SetPrimaryKey(TableSink& sink, std::int32_t key);
-    void SetForeignKey(TableSink& sink, std::int32_t key);
+    /// `key` is that of the record in `owner`, number 0 for none.
+    void SetForeignKey(TableSink& sink, std::int32_t key, const TableSink& owner);
     void SetMasterTable(TableSink& sink, std::string_view ownerTable);
     /// Puts a value of the document into a field. When the text column is too small, it is widened; `byTag`, before
     /// that the one that bears the value's own name in the document, where that is too small as well. Throws 3421 when

@@ -36,6 +36,7 @@ struct alignas(kCacheLineBytes) TableSink {
     std::int64_t savedRecords = 0;
     std::int32_t provisionalKey = 0; ///< of the owner's record, see below
     bool hasYesNo = false;           ///< some type is ColumnType::YesNo
+    bool isNumbered = false;         ///< its primary key is an autonumber
 
     std::optional<Recordset> records; ///< none: the database has no such table
     /// By position: what the program has made of columns, see DatabaseSession::ChosenTypes(). Empty when they

@@ -6,6 +6,7 @@
 #include "jet/catalog/catalog.h"
 
 #include <algorithm>
+#include <cassert>
 
 /// What record_ holds decides what a call means, and changes like this:
 ///
@@ -227,6 +228,7 @@ void Recordset::AddNew()
     Values().Reset(forms_.size());
     for (const std::size_t field : defaults_)
         SetDefault(field);
+    told_.parent = nullptr;
     holds_ = Holds::Pending;
     integrity_.AddPending(*this);
 }
@@ -242,13 +244,31 @@ void Recordset::Update()
         ThrowNoneBegun();
 }
 
+/// Does whoever has filled the pending record know that all it refers to is there?
+References Recordset::KnownReferences()
+{
+    if (structure_ != catalog_.StructureVersion()) {
+        references_ = integrity_.FactsOf(*table_);
+        structure_ = catalog_.StructureVersion();
+    }
+    if (!references_.any)
+        return References::Known;
+    if (!references_.sole || told_.parent != references_.sole->parent || told_.field != references_.sole->field)
+        return References::Ask;
+    const std::optional<ByteSpan> stored = record_->Stored(told_.field);
+    const bool isStill = stored && stored->size() == sizeof told_.number && LoadI32(*stored, 0) == told_.number;
+    return isStill ? References::Known : References::Ask;
+}
+
 void Recordset::SaveNew()
 {
     // Before the savepoint: a number once given stays given, whatever becomes of the record.
     if (autonumber_)
         lastAutonumber_ = TakeNumber(*autonumber_);
     SavepointOnDemand savepoint(catalog_);
-    row_ = table_->Insert(*record_, &savepoint);
+    const References references = KnownReferences();
+    assert(references == References::Ask || integrity_.HasParents(*table_, *record_));
+    row_ = table_->Insert(*record_, &savepoint, references);
     walkIsHere_ = false;
     savepoint.Release();
     holds_ = Holds::Current;

@@ -79,6 +79,9 @@ public:
     /// field keeps its value then.
     void SetText(std::size_t field, std::string_view utf8);
     void SetLong(std::size_t field, std::int32_t value);
+    /// The same with the autonumber of a record that was saved through `parent` and not deleted since, or is pending
+    /// there. When this is what the field refers to by a relation, nobody looks for that record again.
+    void SetReference(std::size_t field, std::int32_t number, const Recordset& parent);
     /// Null takes the field's value away, a default value too; a pending autonumber stays.
     void Set(std::size_t field, const Value& value);
     /// Saves the pending record, which becomes the current one, or the changes of the current one, a changed key with
@@ -195,6 +198,7 @@ private:
     [[nodiscard]] IndexWalk& Walk();
     void FollowWalk(std::string_view column);
     void BeginEdit();
+    [[nodiscard]] References KnownReferences();
     void SaveNew();
     void SaveEdit();
     void DeleteRow(RowId row);
@@ -218,6 +222,15 @@ private:
     std::vector<std::size_t> defaults_;       ///< fields with a default value
     std::optional<std::int32_t> takenNumber_; ///< given to the pending record by the table
     std::optional<std::int32_t> lastAutonumber_;
+    /// What SetReference() was told of the pending record.
+    struct Told {
+        std::size_t field = 0;
+        std::int32_t number = 0;
+        const Table* parent = nullptr; ///< none: nothing
+    };
+    Told told_;
+    ReferenceFacts references_;                                ///< of the table
+    std::uint64_t structure_ = ~static_cast<std::uint64_t>(0); ///< the version for which they hold
     RowId lastSaved_;
     std::uint32_t lastSavedEpoch_ = 0;
     std::uint32_t rowsEpoch_ = 0; ///< see Table::RowsEpoch()

@@ -110,6 +110,12 @@ void Recordset::SetLong(std::size_t field, std::int32_t value)
     StoreI32(record_->SetSized(field, sizeof value), 0, value);
 }
 
+void Recordset::SetReference(std::size_t field, std::int32_t number, const Recordset& parent)
+{
+    SetLong(field, number);
+    told_ = {field, number, parent.table_.get()};
+}
+
 void Recordset::Set(std::size_t field, const Value& value)
 {
     const Column& column = ColumnToSet(field);

@@ -95,6 +95,12 @@ public:
     {
         Translated([&] { records_->SetLong(field, value); });
     }
+    /// The same with the autonumber of a record that was saved through `parent` and not deleted since, or is pending
+    /// there: nobody looks for it again.
+    void SetReference(std::size_t field, std::int32_t number, const Recordset& parent)
+    {
+        Translated([&] { records_->SetReference(field, number, *parent.records_); });
+    }
     /// Takes the field's value away, also one that it has by default.
     void SetNull(std::size_t field);
     /// Saves the pending record. When the engine refuses it, it stays pending.

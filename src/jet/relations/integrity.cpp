@@ -282,6 +282,25 @@ ReferentialIntegrity::ReferentialIntegrity(Catalog& catalog) : links_(catalog)
     catalog.SetRowHook(this);
 }
 
+bool ReferentialIntegrity::HasParents(Table& table, const Record& record)
+{
+    return std::ranges::all_of(links_.Of(table).toParents, [&](Link* link) { return HasParent(*link, table, record); });
+}
+
+ReferenceFacts ReferentialIntegrity::FactsOf(Table& table)
+{
+    const std::vector<Link*>& links = links_.Of(table).toParents;
+    ReferenceFacts facts{.any = !links.empty(), .sole = std::nullopt};
+    if (links.size() != 1)
+        return facts;
+    const Link& link = *links.front();
+    const std::vector<std::size_t>& from = link.parentKeyOfChild.Columns();
+    const std::vector<std::size_t>& to = link.parentKeyOfParent.Columns();
+    if (to.size() == 1 && link.parent->Definition().columns[to.front()].IsAutonumber())
+        facts.sole = {from.front(), link.parent};
+    return facts;
+}
+
 void ReferentialIntegrity::RemovePending(const PendingRecord& record) noexcept
 {
     std::erase(pending_, &record);

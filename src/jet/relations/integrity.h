@@ -3,6 +3,8 @@
 #include "jet/relations/link.h"
 #include "jet/table/table.h"
 
+#include <cstddef>
+#include <optional>
 #include <vector>
 
 namespace jet {
@@ -17,6 +19,17 @@ public:
     [[nodiscard]] virtual const Record& PendingValues() = 0;
 };
 
+/// What the records of a table refer to.
+struct ReferenceFacts {
+    /// A field that refers to the autonumber of another table.
+    struct ToNumber {
+        std::size_t field; ///< by column index
+        const Table* parent;
+    };
+    bool any = false;
+    std::optional<ToNumber> sole; ///< when there is this one, and no other reference of any kind
+};
+
 /// Keeps every reference of one table to another whole: refuses what would break one, or carries a change on to the
 /// rows that refer to the changed one, through any number of tables, cycles included. A Null in the referencing columns
 /// refers to nothing.
@@ -24,6 +37,11 @@ class ReferentialIntegrity final : public RowHook {
 public:
     /// Takes its place as the catalog's hook; tables must not have been opened yet.
     explicit ReferentialIntegrity(Catalog& catalog);
+
+    /// Does the record refer to nothing that is not there?
+    [[nodiscard]] bool HasParents(Table& table, const Record& record);
+    /// Holds as long as the catalog's StructureVersion() stays. Throws CorruptPage.
+    [[nodiscard]] ReferenceFacts FactsOf(Table& table);
 
     void AddPending(PendingRecord& record) { pending_.push_back(&record); }
     void RemovePending(const PendingRecord& record) noexcept;

@@ -338,12 +338,12 @@ void Table::RowChange::RaiseAutonumber(const Record& record)
         table_.def_.lastAutonumber = LoadU32(*stored, 0);
 }
 
-RowId Table::Insert(const Record& record, ChangeGuard* guard)
+RowId Table::Insert(const Record& record, ChangeGuard* guard, References references)
 {
     const std::uint64_t changes = ++rowChanges_;
     RowChange change(*this);
     change.CheckInsert(record);
-    if (hook_ != nullptr)
+    if (hook_ != nullptr && references == References::Ask)
         hook_->BeforeInsert(*this, record);
     if (guard != nullptr)
         NoteAhead();

@@ -26,6 +26,9 @@ public:
     virtual void BeforeDelete(Table& table, RowId row, const Record& before) = 0;
 };
 
+/// Is the hook to be asked about a new record, or does whoever brings it know that what it refers to is there?
+enum class References : std::uint8_t { Ask, Known };
+
 /// Who can take back a change that fails half way.
 class ChangeGuard {
 public:
@@ -104,7 +107,7 @@ public:
     /// Throws DuplicateKey, NullInPrimaryKey, FieldRequired, RecordTooLarge, DatabaseFull, and what the hook throws.
     /// The hook is asked last, when the table itself has nothing against the record; until then nothing is changed.
     /// `guard`, when there is one, is told before it is, unless what is changed then cannot fail, as with most records.
-    RowId Insert(const Record& record, ChangeGuard* guard = nullptr);
+    RowId Insert(const Record& record, ChangeGuard* guard = nullptr, References references = References::Ask);
     /// Replaces all values of `row`; throws as Insert(), and RecordDeleted. A long value that stays the same is not
     /// written again. `record` must not be changed by the hook.
     void Update(RowId row, const Record& record);

@@ -110,6 +110,52 @@ TEST(Integrity, AKeyGivenToAPendingRecordCountsAsPresent)
     EXPECT_EQ(ErrorOf([&] { database.Add("b", {{"id", "3"}, {"ref", "7"}}); }), ErrorNumber::RelatedRecordRequired);
 }
 
+TEST(Integrity, OnlyTheReferenceThatItsMakerKnowsIsNotLookedFor)
+{
+    for (const JetVersion version : kVersions) {
+        Database database(version);
+        MakeTables(database);
+        database.Execute(kLink);
+        Recordset parent = database.Open("parent");
+        Recordset child = database.Open("child");
+        parent.AddNew();
+        const std::int32_t number = parent.PendingNumber(0).value();
+        const auto add = [&](const auto& fill) {
+            child.AddNew();
+            fill();
+            const auto error = ErrorOf([&] { child.Update(); });
+            child.CancelUpdate();
+            return error;
+        };
+        const auto refer = [&] { child.SetReference(1, number, parent); };
+        EXPECT_EQ(add(refer), std::nullopt) << "while it is pending";
+        parent.Update();
+        EXPECT_EQ(add(refer), std::nullopt);
+        child.AddNew();
+        refer();
+        child.CancelUpdate();
+        EXPECT_EQ(add([&] { child.SetLong(1, number + 1); }), ErrorNumber::RelatedRecordRequired) << "a record later";
+        EXPECT_EQ(add([&] {
+                      refer();
+                      child.SetLong(1, number + 1);
+                  }),
+                  ErrorNumber::RelatedRecordRequired);
+        EXPECT_EQ(add([&] { child.SetReference(1, number + 1, child); }), ErrorNumber::RelatedRecordRequired)
+            << "a record of another table";
+        database.Execute("ALTER TABLE [child] ADD COLUMN [other] Long");
+        database.Execute(
+            "ALTER TABLE [child] ADD CONSTRAINT [second] FOREIGN KEY ([other]) REFERENCES [parent] ([PKEY])");
+        EXPECT_EQ(add([&] {
+                      refer();
+                      child.SetLong(3, number + 1);
+                  }),
+                  ErrorNumber::RelatedRecordRequired);
+        EXPECT_EQ(add(refer), std::nullopt);
+        EXPECT_EQ(database.Rows("child"), "1|1||\n2|1||\n3|1||\n");
+        EXPECT_TRUE(database.AllSound());
+    }
+}
+
 TEST(Integrity, ADeleteCascadesThroughAnyDepthAndRoundCycles)
 {
     for (const JetVersion version : kVersions) {
