@@ -144,7 +144,7 @@ TEST_F(ProgramTest, AnInterruptEndsTheRunInGoodOrderAndASecondOneAtOnce)
     };
     // Who is asked whether to cancel can answer by a second Ctrl-C.
     const Case cases[] = {
-        {" of about 600=INT", "+quiet", {"reading, ", "Operation cancelled", "ended with 130"}},
+        {"Import XML: Approx=INT", "+quiet", {"reading, ", "Operation cancelled", "ended with 130"}},
         {"Analyse XML=TERM", "+quiet", {"Operation cancelled by user", "no database was made", "ended with 130"}},
         {"Import XML: Approx=INT,[C]ancel=INT", "-quiet", {"[O]K", "ended with -2"}},
     };
