@@ -57,6 +57,7 @@ void Recordset::TakeLayout()
     generation_ = table_->Generation();
     columns_ = def.columns;
     rowsEpoch_ = table_->RowsEpoch();
+    isUserTable_ = def.tableType != kSystemTableType;
     autonumber_.reset();
     defaults_.clear();
     forms_.clear();
@@ -68,7 +69,7 @@ void Recordset::TakeLayout()
         if (value)
             defaults_.push_back(field);
         else if (columns_[field].IsAutonumber())
-            autonumber_ = field;
+            autonumber_ = static_cast<std::uint32_t>(field);
     }
 }
 
@@ -164,7 +165,7 @@ void Recordset::Load()
 
 void Recordset::RequireUserTable() const
 {
-    if (table_->Definition().tableType == kSystemTableType)
+    if (!isUserTable_)
         throw Error(ErrorNumber::ReadOnly, {}, "(" + source_ + " is a table of the engine's own.)");
 }
 
@@ -251,9 +252,9 @@ References Recordset::KnownReferences()
         references_ = integrity_.FactsOf(*table_);
         structure_ = catalog_.StructureVersion();
     }
-    if (!references_.any)
+    if (references_.kind == ReferenceFacts::Kind::None)
         return References::Known;
-    if (!references_.sole || told_.parent != references_.sole->parent || told_.field != references_.sole->field)
+    if (told_.parent == nullptr || told_.parent != references_.parent || told_.field != references_.field)
         return References::Ask;
     const std::optional<ByteSpan> stored = record_->Stored(told_.field);
     const bool isStill = stored && stored->size() == sizeof told_.number && LoadI32(*stored, 0) == told_.number;

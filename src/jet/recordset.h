@@ -28,7 +28,7 @@ class Catalog;
 ///
 /// Fields are addressed by position, 0-based in the order of the table's columns; Generation() tells when positions and
 /// field count have changed (a column was added or dropped through any path on the connection).
-class Recordset final : private PendingRecord {
+class alignas(kCacheLine) Recordset final : private PendingRecord {
 public:
     enum class State { Closed = 0, Open = 1 };
 
@@ -127,7 +127,7 @@ public:
 private:
     friend class Connection;
     /// What record_ is.
-    enum class Holds {
+    enum class Holds : std::uint8_t {
         Nothing,
         Current, ///< the current row, as it is stored
         Edited,  ///< the current row with values that have not been saved
@@ -209,6 +209,13 @@ private:
     [[nodiscard]] bool SetAscii(const FieldForm& form, std::size_t field, std::string_view utf8);
     void AppendEncoded(Bytes& out, std::size_t field, std::string_view utf8);
 
+    /// What SetReference() was told of the pending record.
+    struct Told {
+        std::uint32_t field = 0;
+        std::int32_t number = 0;
+        const Table* parent = nullptr; ///< none: nothing
+    };
+
     // What comes with every record that is added.
     std::shared_ptr<Table> table_;   ///< none once closed
     std::uint64_t generation_ = 0;   ///< of the table when all that follows from its columns was last looked up
@@ -217,28 +224,23 @@ private:
     Holds holds_ = Holds::Nothing;
     bool isPlaced_ = false;                   ///< row_ tells where we are
     bool walkIsHere_ = true;                  ///< walk_ stands on row_
+    bool isUserTable_ = false;                ///< not one of the engine's own
     std::optional<RowId> row_;                ///< the current row; none behind the last
-    std::optional<std::size_t> autonumber_;   ///< the field that the table's counter fills
-    std::vector<std::size_t> defaults_;       ///< fields with a default value
+    std::optional<std::uint32_t> autonumber_; ///< the field that the table's counter fills
     std::optional<std::int32_t> takenNumber_; ///< given to the pending record by the table
     std::optional<std::int32_t> lastAutonumber_;
-    /// What SetReference() was told of the pending record.
-    struct Told {
-        std::size_t field = 0;
-        std::int32_t number = 0;
-        const Table* parent = nullptr; ///< none: nothing
-    };
-    Told told_;
-    ReferenceFacts references_;                                ///< of the table
-    std::uint64_t structure_ = ~static_cast<std::uint64_t>(0); ///< the version for which they hold
     RowId lastSaved_;
     std::uint32_t lastSavedEpoch_ = 0;
     std::uint32_t rowsEpoch_ = 0; ///< see Table::RowsEpoch()
-    std::size_t replaced_ = 0;
-    std::size_t zonesLeftOut_ = 0;
+    Told told_;
+    ReferenceFacts references_;                                ///< of the table
+    std::uint64_t structure_ = ~static_cast<std::uint64_t>(0); ///< the version for which they hold
     Catalog& catalog_;
     ReferentialIntegrity& integrity_;
     RecordPool& records_;
+    std::vector<std::size_t> defaults_; ///< fields with a default value
+    std::size_t replaced_ = 0;
+    std::size_t zonesLeftOut_ = 0;
 
     std::string source_;
     std::vector<Column> columns_;

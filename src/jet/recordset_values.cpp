@@ -113,7 +113,7 @@ void Recordset::SetLong(std::size_t field, std::int32_t value)
 void Recordset::SetReference(std::size_t field, std::int32_t number, const Recordset& parent)
 {
     SetLong(field, number);
-    told_ = {field, number, parent.table_.get()};
+    told_ = {static_cast<std::uint32_t>(field), number, parent.table_.get()};
 }
 
 void Recordset::Set(std::size_t field, const Value& value)

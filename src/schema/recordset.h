@@ -144,10 +144,10 @@ private:
 
     std::unique_ptr<jet::Recordset> records_;
     const LockSeam* locks_;
-    std::string firstReplacedColumn_;
-    std::vector<std::string> columnsWithoutZone_;
     std::size_t zonesNoted_ = 0;
     std::size_t replacedNoted_ = 0;
+    std::string firstReplacedColumn_;
+    std::vector<std::string> columnsWithoutZone_;
 };
 
 } // namespace velmora

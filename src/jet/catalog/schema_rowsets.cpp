@@ -265,7 +265,7 @@ Rowset Indexes(Catalog& catalog, const Restrictions& restrictions)
                                 real.IsUnique(), NullsRule(real), static_cast<std::int32_t>(i + 1),
                                 column ? Value(def.columns[*column].name) : Value(),
                                 real.columns[i].order == SortOrder::Ascending ? std::int32_t{1} : std::int32_t{2},
-                                static_cast<std::int32_t>(real.distinctKeys)});
+                                static_cast<std::int32_t>(table->Tree(index.realIndex).DistinctKeys())});
             }
         }
     }

@@ -33,8 +33,9 @@ void RequireLeaf(const IndexPage& page)
 
 } // namespace
 
-IndexTree::IndexTree(Pager& pager, PageNumber root, RowId usageMap, PageNumber definitionPage)
-    : pager_(&pager), root_(root), pages_(pager, usageMap), definitionPage_(definitionPage)
+IndexTree::IndexTree(Pager& pager, PageNumber root, RowId usageMap, PageNumber definitionPage,
+                     std::uint32_t distinctKeys)
+    : pager_(&pager), distinctKeys_(distinctKeys), root_(root), pages_(pager, usageMap), definitionPage_(definitionPage)
 {
 }
 
@@ -123,7 +124,7 @@ bool IndexTree::Insert(ByteSpan key, RowId row)
 {
     const Standing standing = StandingOf(key);
     if (const PageAtHand leaf = LeafToAppend(key, standing, row)) {
-        Append(leaf, key, row);
+        Append(leaf, key, standing, row);
         return standing.isBehind;
     }
     MakeEntry(entry_, key, row);
@@ -150,6 +151,7 @@ bool IndexTree::Insert(ByteSpan key, RowId row)
         lastUsed_ = static_cast<std::uint32_t>(View(last).End());
         greatest_ = entry_;
     }
+    distinctKeys_ += isNew ? 1 : 0;
     return isNew;
 }
 

@@ -53,8 +53,8 @@ public:
         std::size_t pagesSeen_ = 0; ///< a chain that goes round is found by this
     };
 
-    /// `definitionPage` is the owner written into each page.
-    IndexTree(Pager& pager, PageNumber root, RowId usageMap, PageNumber definitionPage);
+    /// `definitionPage` is the owner written into each page; `distinctKeys` go on being counted.
+    IndexTree(Pager& pager, PageNumber root, RowId usageMap, PageNumber definitionPage, std::uint32_t distinctKeys = 0);
 
     /// Makes `root`, a freshly allocated page, an empty leaf.
     static void MakeEmpty(const MutablePageRef& root, const Format& format, PageNumber definitionPage);
@@ -92,13 +92,14 @@ public:
         return pager_->AtHand(lastLeaf_);
     }
     /// Adds an entry to `leaf`, which LeafToAppend() has given for it, and cannot fail.
-    void Append(const PageAtHand& leaf, ByteSpan key, RowId row)
+    void Append(const PageAtHand& leaf, ByteSpan key, const Standing& standing, RowId row)
     {
         assert(leaf.Number() == lastLeaf_); // T9
         MakeEntry(greatest_, key, row);
         const ByteSpan own = ByteSpan(greatest_).subspan(lastPrefix_);
         IndexPageEditor::Append(leaf, GetFormat(), lastUsed_, own);
         lastUsed_ += static_cast<std::uint32_t>(own.size());
+        distinctKeys_ += standing.isBehind ? 1 : 0;
     }
 
     /// Adds an entry that is not there yet; true when no other has the same key. Throws RecordTooLarge when the key is
@@ -118,6 +119,9 @@ public:
     /// Frees all pages, root included. The usage map stays, empty.
     void Destroy();
     [[nodiscard]] PageNumber Root() const noexcept { return root_; }
+    /// Counted up with each new key and never down, as the engine of Access does: it guides the planner of queries
+    /// only.
+    [[nodiscard]] std::uint32_t DistinctKeys() const noexcept { return distinctKeys_; }
 
 private:
     /// A node on the way down to a leaf, and the child taken.
@@ -198,6 +202,8 @@ private:
     PageNumber lastLeaf_ = 0;      ///< rightmost leaf, 0 = not known
     std::uint32_t lastUsed_ = 0;   ///< bytes of entries in the rightmost leaf, 0 = not known
     std::uint32_t lastPrefix_ = 0; ///< of the rightmost leaf, when lastUsed_ is known
+    std::uint32_t distinctKeys_;
+
     PageNumber root_;
     UsageMap pages_;
     PageNumber definitionPage_;

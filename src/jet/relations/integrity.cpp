@@ -290,15 +290,15 @@ bool ReferentialIntegrity::HasParents(Table& table, const Record& record)
 ReferenceFacts ReferentialIntegrity::FactsOf(Table& table)
 {
     const std::vector<Link*>& links = links_.Of(table).toParents;
-    ReferenceFacts facts{.any = !links.empty(), .sole = std::nullopt};
+    using enum ReferenceFacts::Kind;
     if (links.size() != 1)
-        return facts;
+        return {.kind = links.empty() ? None : Other};
     const Link& link = *links.front();
-    const std::vector<std::size_t>& from = link.parentKeyOfChild.Columns();
     const std::vector<std::size_t>& to = link.parentKeyOfParent.Columns();
-    if (to.size() == 1 && link.parent->Definition().columns[to.front()].IsAutonumber())
-        facts.sole = {from.front(), link.parent};
-    return facts;
+    if (to.size() != 1 || !link.parent->Definition().columns[to.front()].IsAutonumber())
+        return {};
+    const std::size_t from = link.parentKeyOfChild.Columns().front();
+    return {.kind = ToNumber, .field = static_cast<std::uint32_t>(from), .parent = link.parent};
 }
 
 void ReferentialIntegrity::RemovePending(const PendingRecord& record) noexcept

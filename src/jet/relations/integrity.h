@@ -3,8 +3,7 @@
 #include "jet/relations/link.h"
 #include "jet/table/table.h"
 
-#include <cstddef>
-#include <optional>
+#include <cstdint>
 #include <vector>
 
 namespace jet {
@@ -21,13 +20,14 @@ public:
 
 /// What the records of a table refer to.
 struct ReferenceFacts {
-    /// A field that refers to the autonumber of another table.
-    struct ToNumber {
-        std::size_t field; ///< by column index
-        const Table* parent;
+    enum class Kind : std::uint8_t {
+        None,     ///< to nothing
+        ToNumber, ///< one field refers to the autonumber of another table
+        Other,
     };
-    bool any = false;
-    std::optional<ToNumber> sole; ///< when there is this one, and no other reference of any kind
+    Kind kind = Kind::Other;
+    std::uint32_t field = 0; ///< of ToNumber, by column index
+    const Table* parent = nullptr;
 };
 
 /// Keeps every reference of one table to another whole: refuses what would break one, or carries a change on to the

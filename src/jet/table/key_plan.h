@@ -3,6 +3,7 @@
 #include "jet/table/record.h"
 #include "jet/table/table_def.h"
 
+#include <memory>
 #include <vector>
 
 namespace jet {
@@ -34,7 +35,7 @@ public:
         return MakeParts(key, record);
     }
     /// Column indexes in the records that values are read from, in the order of the key.
-    [[nodiscard]] const std::vector<std::size_t>& Columns() const noexcept { return columns_; }
+    [[nodiscard]] const std::vector<std::size_t>& Columns() const noexcept { return parts_->columns; }
 
 private:
     static constexpr std::uint32_t kNone = ~std::uint32_t{0};
@@ -42,10 +43,14 @@ private:
     [[nodiscard]] KeyFacts MakeParts(Bytes& key, const Record& record) const;
     void FindNumber();
 
+    /// What keys that are not a number take: elsewhere, so that the others find all they need in one cache line.
+    struct Parts {
+        const Format* format;
+        std::vector<std::size_t> columns;
+        std::vector<KeyColumn> kinds; ///< parallel to columns
+    };
+    std::unique_ptr<Parts> parts_;
     std::uint32_t number_ = kNone; ///< the column, when it is the only one and an ascending whole number
-    const Format* format_;
-    std::vector<std::size_t> columns_;
-    std::vector<KeyColumn> kinds_; ///< parallel to columns_
 };
 
 /// The keys of one real index, and what it asks of them.

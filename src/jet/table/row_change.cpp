@@ -227,14 +227,10 @@ RowId Table::RowChange::Append(const Record& record)
     const RowId row = place_->At();
     Encode(record, parts_.rows.InsertAt(*place_));
     const Key* key = scratch_.keys.data();
-    RealIndex* counted = table_.def_.realIndexes.data();
     for (Parts::Index& index : parts_.indexes) {
-        if (key->inIndex) {
-            index.tree.Append(key->leaf, key->bytes, row);
-            counted->distinctKeys += key->standing.isBehind ? 1 : 0;
-        }
+        if (key->inIndex)
+            index.tree.Append(key->leaf, key->bytes, key->standing, row);
         ++key;
-        ++counted;
     }
     CountRow(record);
     table_.areCountsAhead_ = true;
@@ -308,11 +304,8 @@ void Table::RowChange::Delete(RowId row)
 void Table::RowChange::InsertKey(std::size_t index, RowId row)
 {
     const Key& key = scratch_.keys[index];
-    if (!key.inIndex)
-        return;
-    // Counted up with each new key and never down, as the engine of Access does: it guides the planner of queries only.
-    if (parts_.indexes[index].tree.Insert(key.bytes, row))
-        ++table_.def_.realIndexes[index].distinctKeys;
+    if (key.inIndex)
+        parts_.indexes[index].tree.Insert(key.bytes, row);
 }
 
 void Table::RowChange::DeleteOldLongValues(bool keepUnchanged)

@@ -19,7 +19,8 @@ Table::Parts::Parts(Pager& pager, const TableDef& def)
     std::iota(allColumns.begin(), allColumns.end(), std::size_t{0});
     indexes.reserve(def.realIndexes.size());
     for (const RealIndex& index : def.realIndexes)
-        indexes.push_back({KeyPlan(def, index), IndexTree(pager, index.root, index.usageMap, def.pages.front())});
+        indexes.push_back(
+            {KeyPlan(def, index), IndexTree(pager, index.root, index.usageMap, def.pages.front(), index.distinctKeys)});
     for (std::size_t i = 0; i < def.columns.size(); ++i) {
         const Column& column = def.columns[i];
         longValues.push_back(IsLongValue(column.type)
@@ -41,9 +42,10 @@ void Table::Parts::TakeRules(const TableDef& def)
 }
 
 Table::Table(Pager& pager, PageNumber definitionPage, std::string name, std::shared_ptr<TableGroup> group)
-    : pager_(&pager), def_(ReadTableDef(pager, definitionPage)), parts_(std::make_unique<Parts>(pager, def_)),
-      group_(group ? std::move(group) : std::make_shared<TableGroup>()), name_(std::move(name))
+    : pager_(&pager), group_(group ? std::move(group) : std::make_shared<TableGroup>()),
+      def_(ReadTableDef(pager, definitionPage)), name_(std::move(name))
 {
+    parts_ = std::make_unique<Parts>(pager, def_);
 }
 
 Table::~Table()
@@ -136,8 +138,15 @@ void Table::FlushCounters()
     }
 }
 
+void Table::TakeKeyCounts(TableDef& def) const
+{
+    for (std::size_t i = 0; i < def.realIndexes.size(); ++i)
+        def.realIndexes[i].distinctKeys = parts_->indexes[i].tree.DistinctKeys();
+}
+
 void Table::StoreCounters()
 {
+    TakeKeyCounts(def_);
     const MutablePageRef definition = pager_->Write(def_.pages.front());
     WriteTableCounters(definition.AtHand(), def_);
     isNumberAhead_ = areCountsAhead_ = false;
@@ -155,8 +164,7 @@ void Table::Reread()
     const bool areCountsAhead = areCountsAhead_;
     if (areCountsAhead) {
         def.rowCount = def_.rowCount;
-        for (std::size_t i = 0; i < def.realIndexes.size(); ++i)
-            def.realIndexes[i].distinctKeys = def_.realIndexes[i].distinctKeys;
+        TakeKeyCounts(def);
     }
     // Rows that had been written anew are where they were. Each time they get maps of their own.
     RowId ownedPages = def_.ownedPages;

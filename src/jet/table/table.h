@@ -64,7 +64,7 @@ struct IndexSpec {
 /// function that throws may stop anywhere. Only the counters are ahead of the definition page: those of records that
 /// were appended to what lies at hand, and the last autonumber, as numbers are given out for records that are not saved
 /// yet, or never will be. They reach it by FlushCounters().
-class Table {
+class alignas(kCacheLine) Table {
 public:
     /// `group`: of the tables with which this one is to share what changes of rows need; none = its own.
     Table(Pager& pager, PageNumber definitionPage, std::string name, std::shared_ptr<TableGroup> group = nullptr);
@@ -184,19 +184,23 @@ private:
     void AddIndex(LogicalIndex entry, const RealIndex* wanted);
     void ChangeTo(TableDef def, bool rewrites);
     void Adopt(TableDef def);
+    void TakeKeyCounts(TableDef& def) const;
     void StoreCounters();
     void NoteAhead();
     void NumberRows(std::size_t column);
+
+    // What comes with every record that is added, the definition's counters included.
     Pager* pager_;
-    std::uint64_t generation_ = 0;
-    std::uint64_t rowChanges_ = 0;
-    TableDef def_;
     std::unique_ptr<Parts> parts_; ///< trees, long-value stores, insert position
     std::shared_ptr<TableGroup> group_;
+    std::uint64_t generation_ = 0;
+    std::uint64_t rowChanges_ = 0;
     RowHook* hook_ = nullptr;
     bool isNumberAhead_ = false;  ///< lastAutonumber differs from the page's
     bool areCountsAhead_ = false; ///< rows were appended that the page does not count
     bool isNoted_ = false;        ///< in the group, as one of which either may be so
+    TableDef def_;
+
     std::string name_;
     std::uint32_t firstEpoch_ = 0; ///< the epoch of moves_[0]
     /// All rows written anew.

@@ -47,7 +47,7 @@ struct TableGroup {
 };
 
 /// Everything that follows from one state of the definition.
-struct Table::Parts {
+struct alignas(kCacheLine) Table::Parts {
     Parts(Pager& pager, const TableDef& def);
     /// To be called when the rules of the columns of `def` have changed.
     void TakeRules(const TableDef& def);
