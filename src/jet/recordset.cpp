@@ -251,6 +251,7 @@ References Recordset::KnownReferences()
     if (structure_ != catalog_.StructureVersion()) {
         references_ = integrity_.FactsOf(*table_);
         structure_ = catalog_.StructureVersion();
+        told_.parent = nullptr; // that table may be another one now
     }
     if (references_.kind == ReferenceFacts::Kind::None)
         return References::Known;

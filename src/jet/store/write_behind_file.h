@@ -14,8 +14,8 @@
 namespace jet {
 
 /// Stands before another file, for one who does not want to wait for it: a thread does what WriteLater() was asked for,
-/// in that order, some of it at a time. Whoever looks through this object finds all of it done: ReadAt() sees it, everything else waits for
-/// it. So the disk sees all in the order of the calls, too.
+/// in that order, when there is enough of it. Whoever looks through this object finds all of it done: ReadAt() sees it,
+/// everything else waits for it. So the disk sees all in the order of the calls, too.
 ///
 /// A write that fails loses nothing: its bytes stay here and can be read. The next call that needs the queue, with room
 /// for more or empty, tries again in its caller's thread and throws what comes of it; the thread does nothing
