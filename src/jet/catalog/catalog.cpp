@@ -261,11 +261,12 @@ void Catalog::CheckMayWiden(const Table& table, const ColumnSpec& spec)
                     "(Field '" + column.name + "' belongs to relation '" + relation + "'.)")
             .About({.table = table.Name(), .relation = relation, .columns = {column.name}});
     }
+    if (spec.type != ColumnType::Memo || !def.IsInIndex(column.number))
+        return;
     const LogicalIndex* const index = def.IndexOn(column.number);
-    if (index != nullptr && spec.type == ColumnType::Memo)
-        throw Error(ErrorNumber::FieldInIndex, {},
-                    "(Index '" + index->name + "' stands on field '" + column.name + "'.)")
-            .About({.table = table.Name(), .index = index->name, .columns = {column.name}});
+    const std::string name = index == nullptr ? "" : index->name;
+    throw Error(ErrorNumber::FieldInIndex, {}, "(Index '" + name + "' stands on field '" + column.name + "'.)")
+        .About({.table = table.Name(), .index = name, .columns = {column.name}});
 }
 
 void Catalog::WidenColumns(Table& table, const std::vector<ColumnSpec>& columns)

@@ -376,7 +376,7 @@ void Table::Update(RowId row, const Record& record)
 bool Table::Overwrite(RowId row, std::size_t column, ByteSpan stored)
 {
     const Column& kind = def_.columns[column];
-    if (!kind.IsFixed() || def_.IndexOn(kind.number) != nullptr || def_.RelationOn(kind.number) != nullptr) // R1
+    if (!kind.IsFixed() || def_.IsInIndex(kind.number)) // R1
         return false;
     const RowStore::Found found = parts_->rows.Find(row);
     if (!found)

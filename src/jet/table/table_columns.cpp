@@ -81,7 +81,7 @@ void Table::DropColumn(std::string_view name)
     if (const LogicalIndex* const side = def_.RelationOn(column.number))
         throw Error(ErrorNumber::FieldInRelation, {name}).About({.table = name_, .relation = side->name});
     // A table needs one column: in the words of that number the field "is needed by the system".
-    if (def_.columns.size() == 1)
+    if (def_.columns.size() == 1 || def_.IsInIndex(column.number))
         throw Error(ErrorNumber::FieldInIndex, {name});
 
     TableDef def = def_;
@@ -121,8 +121,7 @@ std::optional<std::vector<std::size_t>> Table::TextsToWiden(const Record& record
         // Long values can leave the row all but for their head.
         static constexpr std::array<Byte, kLongValueHeaderSize> kHead{};
         fields[i] = {.bytes = IsLongValue(column.type) ? ByteSpan(kHead) : *stored, .isSet = true};
-        const bool isHeld = def_.IndexOn(column.number) != nullptr || def_.RelationOn(column.number) != nullptr;
-        if (column.type == ColumnType::Text && !column.IsFixed() && !isHeld)
+        if (column.type == ColumnType::Text && !column.IsFixed() && !def_.IsInIndex(column.number))
             texts.push_back(i);
     }
     if (RowLayout(def_).Measure(fields) <= def_.format->maxRecordSize)

@@ -290,6 +290,13 @@ const LogicalIndex* TableDef::RelationOn(std::uint16_t column) const noexcept
     return FindIndexOn(*this, column, [](IndexType type) { return type == IndexType::Relation; });
 }
 
+bool TableDef::IsInIndex(std::uint16_t column) const noexcept
+{
+    return std::ranges::any_of(realIndexes, [&](const RealIndex& index) {
+        return std::ranges::find(index.columns, column, &IndexColumn::column) != index.columns.end();
+    });
+}
+
 const LogicalIndex* TableDef::IndexByNumber(std::uint32_t number) const noexcept
 {
     for (const LogicalIndex& index : logicalIndexes) {

@@ -135,6 +135,8 @@ struct TableDef {
     /// An index on the column (its number) that is none of a relation, or one that is; nullptr when there is none.
     [[nodiscard]] const LogicalIndex* IndexOn(std::uint16_t column) const noexcept;
     [[nodiscard]] const LogicalIndex* RelationOn(std::uint16_t column) const noexcept;
+    /// Does any real index stand on the column? In a damaged file that may be one to which no logical one belongs.
+    [[nodiscard]] bool IsInIndex(std::uint16_t column) const noexcept;
     [[nodiscard]] const LogicalIndex* IndexByNumber(std::uint32_t number) const noexcept;
     /// The number that the next logical index gets: greatest + 1.
     [[nodiscard]] std::uint32_t NextIndexNumber() const noexcept;

@@ -1,9 +1,11 @@
+#include "jet/catalog/catalog.h"
 #include "jet/face/database.h"
 
 namespace jet {
 namespace {
 
 using testing::Database;
+using testing::ErrorOf;
 using testing::kVersions;
 
 TEST(Statement, ARefusedOneHasChangedNothing)
@@ -116,6 +118,27 @@ TEST(Statement, ATableInUseIsNotDroppedNorItsRelations)
     }
     EXPECT_EQ(database.Try("ALTER TABLE c DROP CONSTRAINT link"), std::nullopt);
     EXPECT_EQ(database.Try("DROP TABLE t"), std::nullopt);
+}
+
+TEST(Statement, AnIndexThatHasLostItsNameHoldsItsColumns)
+{
+    for (const JetVersion version : kVersions) {
+        Database database(version);
+        database.Execute("CREATE TABLE t (a Text(20), b Long)");
+        database.Execute("CREATE INDEX i ON t (a)");
+        database.Close();
+        {
+            const auto pager = Pager::Open(OpenFile(database.Path(), OpenMode::ReadWrite));
+            TableDef def = ReadTableDef(*pager, static_cast<PageNumber>(Catalog(*pager).FindTable("t")->id));
+            def.logicalIndexes.clear();
+            WriteTableDef(*pager, def);
+            pager->Commit();
+        }
+        const auto damaged = Connection::Open(database.Path());
+        for (const char* statement : {"ALTER TABLE t DROP COLUMN a", "ALTER TABLE t ALTER COLUMN a Longtext"})
+            EXPECT_EQ(ErrorOf([&] { damaged->Execute(statement); }), ErrorNumber::FieldInIndex) << statement;
+        damaged->Execute("ALTER TABLE t DROP COLUMN b");
+    }
 }
 
 TEST(Statement, AnIndexCountsItsDistinctKeys)
