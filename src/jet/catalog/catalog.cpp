@@ -264,9 +264,9 @@ void Catalog::CheckMayWiden(const Table& table, const ColumnSpec& spec)
     if (spec.type != ColumnType::Memo || !def.IsInIndex(column.number))
         return;
     const LogicalIndex* const index = def.IndexOn(column.number);
-    const std::string name = index == nullptr ? "" : index->name;
-    throw Error(ErrorNumber::FieldInIndex, {}, "(Index '" + name + "' stands on field '" + column.name + "'.)")
-        .About({.table = table.Name(), .index = name, .columns = {column.name}});
+    const std::string which = index == nullptr ? "An index without a name" : "Index '" + index->name + "'";
+    throw Error(ErrorNumber::FieldInIndex, {}, "(" + which + " stands on field '" + column.name + "'.)")
+        .About({.table = table.Name(), .index = index == nullptr ? "" : index->name, .columns = {column.name}});
 }
 
 void Catalog::WidenColumns(Table& table, const std::vector<ColumnSpec>& columns)

@@ -8,10 +8,10 @@ namespace jet {
 
 namespace {
 
-/// So much is kept at most. It is more than the page cache writes in one go, and more than a disk takes while it is at
-/// something else.
+/// So much is kept at most: several times what the page cache writes in one go.
 constexpr std::size_t kMaxBytes = std::size_t{5} << 20;
-/// The thread is not woken for less, nor the caller who waits for room: that costs as much as to write a page.
+/// The thread is not woken for less, nor the caller who waits for room: with pages that come one by one both would
+/// mostly fall asleep and wake.
 constexpr std::size_t kLot = kMaxBytes / 4;
 /// Buffers that are kept.
 constexpr std::size_t kMaxUsed = 40;
